@@ -1,0 +1,193 @@
+// Class vorn: one adjustment run on a project.
+//
+//   vorn run(&p);                        // the project is filled in
+//   if (run.vornstart() == 0) run.vornL2();
+//                                        // the destructor leaves p.runresults
+//
+// One object serves one run, from one thread. No operation throws; failure is a
+// negative integer and a line on the report, on Feedback, or on both.
+
+#ifndef VORN_VORN_H
+#define VORN_VORN_H
+
+#include <stdio.h>
+
+#include "project.h"
+#include "result.h"
+
+#if defined(_WIN32) && defined(VORN_EXPORT)
+#define VORN_API __declspec(dllexport)
+#elif defined(_WIN32) && defined(VORN_IMPORT)
+#define VORN_API __declspec(dllimport)
+#else
+#define VORN_API
+#endif
+
+struct point;
+struct measure;
+struct gpsbase;
+struct camera;
+struct lump;
+struct tempresult;
+struct nameindex;
+struct solverinput;
+class approx;
+class simplex;
+class compact;
+class jordan;
+
+class VORN_API vorn {
+public:
+    // Copies settings and pointers from the project; allocates nothing.
+    explicit vorn(project *p);
+
+    // Hands the results back into the project and releases all working arrays.
+    // Runs whether or not the run succeeded.
+    ~vorn();
+
+    // Plain member-by-member copy, pointers included: the left side becomes a second
+    // owner of the same arrays, and what it held is not released.
+    vorn &operator=(const vorn &other);
+
+    vorn(const vorn &) = delete;
+
+    // Loads and checks the network and numbers the unknowns. Returns 0, or
+    //   -1 loading failed                -4 no approximate coordinates found
+    //   -2 the lumps could not be set up -5 coordinates missing in a run that computes none
+    //   -3 no datum                      -6 the connected net could not be set up
+    int vornstart();
+
+    // Adjust: least squares in compact storage, least squares by Gauss-Jordan, least
+    // absolute values by the simplex method. Call one of them once, after vornstart
+    // returned 0. Return 0, or
+    //   -1 no memory                     -4 divergence or no convergence
+    //   -2 the solver could not be set up -5 no inverse
+    //   -3 the system could not be solved
+    int vornL2();
+    int vornjordan();
+    int vornL1();
+
+private:
+    friend struct vorn_access;      // white-box tests
+
+    // loading
+    int fill_vorn();
+    void chk_numbers(int *ilumtable, int *nsplitsta, int *nsplittar);
+    int chk_connect();
+    int selectm(int kind, int *itimetable);
+    void count_photo();
+    int verif();
+    void deselall(int kind);
+    int checkm(int kind);
+    int searchnam(const char *name);
+    int vornallocate();
+    void fill_isplit(int **isplit, int nsplitsta, int nsplittar, int nepoch, int *itimetable);
+    void fill_pt(int *ilumtable, int **isplit, int nsplitsta, int nsplittar, int nepoch);
+    void duplicate(int kind, int ipoint, int ncopy);
+    int fill_measure(int kind, int **isplit, int nsplitsta, int nsplittar, int nepoch);
+    int vornsearch(const char *name);
+    int fill_gps();
+    int fill_photo();
+    void fill_connect();
+    void clean_templump(int *ilumtable, int *itimetable, int **isplit, int nepoch, int nrow);
+    void invers(double *a, int n);
+
+    // set-up
+    void trigapprox();
+    void summary();
+    int lumpcheck();
+    int datumcheck();
+    int vornapprox();
+    void set_prepare();
+    int set_connect();
+    void summary2();
+    void outputapprox();
+    void showpoints();
+    void showmeasures();
+
+    // end of a run
+    void handover(solverinput *in);     // everything a solver works on
+    void clean();
+    int backtoproject();
+    void fill_obs_stat();
+    int fill_obs_res();
+    void fill_1D(int i);
+    void fill_sta2D(int i);
+    void fill_tar2D(int i);
+    void fill_sta3D(int iout, int ipoint);
+    void fill_tar3D(int iout, int ipoint);
+    int usesimili(int mode);
+    void backtrans(int ilump, int iepoch, double r[3][3]);
+    void backsol(int ilump, int iepoch, double r[3][3], int ipoint);
+    void flagdecode(int flag, int *a, int *b, int *c, int *d, int *e);
+
+    project *pproject;              // the host object
+    approx *papprox;                // alive only inside vornapprox
+    simplex *psimplex;              // alive only inside vornL1
+    compact *pcompact;              // alive only inside vornL2
+    jordan *pjordan;                // alive only inside vornjordan
+    Feedback *pfeedback;
+    char *pname;                    // the run's file name inside the project, not a copy
+    FILE *out;                      // report stream, the host's
+    int idebug;
+    int dim;                        // 1, 2, 3
+    int irun;                       // -2 error propagation, -1 L1, 0 solution, 1 statistics
+    int iearth;                     // 0 none, 1 cartesian, 2 mixed coordinates
+    double radius;                  // metres
+    double trans[3];                // metres
+    double horigin;                 // metres
+    double latitude;                // radians
+    int itmax;
+    double convergence;             // metres
+    int iredux;                     // reduction code of distances
+    int iunit;                      // unit code of lengths
+    int nlump;                      // distinct lump indexes, later the lumps that stand
+    lump *lumps;                    // [nlump]
+    int ncamera;
+    camera *cameras;                // [ncamera]
+    int icon;                       // connected net: 0 none, 1 export, 2 import, 3 both
+    int nexport, nimport;           // exported and imported points
+    int *lcon;                      // [max(nexport, nimport)] index table of the connected net
+    double *Qcon;                   // packed matrix of the connected net
+    station_input *psta;            // host records
+    int npsta;
+    target_input *ptar;
+    int nptar;
+    measure_input *pdist;
+    int npdist;
+    measure_input *pdifh;
+    int npdifh;
+    measure_input *pdir1;
+    int npdir1;
+    measure_input *pdir2;
+    int npdir2;
+    double pi;
+    int iapprox;                    // 0 nothing to compute, 1 asked by the user, 9 values missing
+    point *points;                  // [npoints] stations first, then targets
+    int nsta, ntar, npoints;
+    measure *dist, *difh, *dir1, *dir2;
+    int ndist, ndifh, ndir1, ndir2;
+    int nweighted;                  // coordinates and parameters with an a-priori weight
+    int nfixh;                      // fixed heights in mixed coordinates
+    double sdist, sdifh, sdir1, sdir2;  // a-priori standard deviations of the lists
+    double sigma0;                  // a-priori standard deviation of unit weight
+    measure *obsuv1, *obsuv2;       // [nobsuv] image coordinates u and v
+    int nobsuv;
+    double suv;
+    measure *az;
+    int naz;
+    double saz;
+    gpsbase *gps;
+    int ngps;
+    double sgps;
+    int nstat100;                   // selected targets with a status above 100
+    int ia1[9];                     // counts of fixed items
+    int nunk1, nunk2, ndatum, nunk; // coordinates, nuisance parameters, datum conditions, order
+    double datum[7];                // entries of the conditions in force are set to 0
+    tempresult *temp_res;
+
+    nameindex *pointindex;          // names of points, made by the first vornsearch
+    nameindex *hostindex;           // names of host stations and targets, made by the first searchnam
+};
+
+#endif

@@ -1,0 +1,3 @@
+// Residual analysis.
+#include "solution/solution.h"
+void solution::resanalysis(double, double) {}

@@ -1,0 +1,3 @@
+// Standard deviations and ellipses.
+#include "solution/solution.h"
+void solution::stddev(double) {}
