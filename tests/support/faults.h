@@ -1,0 +1,13 @@
+// Failing allocations: the engine takes all its memory with calloc, which the linker
+// redirects here (--wrap=calloc).
+
+#ifndef TESTS_FAULTS_H
+#define TESTS_FAULTS_H
+
+// The n-th calloc from now returns null, all others succeed; 0: none fails.
+void fail_allocation(int n);
+
+// Callocs since the last fail_allocation.
+int allocations();
+
+#endif
