@@ -55,7 +55,7 @@ struct Model {
     List<measure_input> distances, heightdiffs, directions, verticals, azimuths;
     List<gps_input> baselines;
     List<group_input> groups;
-    std::vector<std::string> group_names;       // one a group
+    std::vector<std::string> group_names;        // one a group
     std::vector<std::vector<int>> group_members; // one a group: indexes of stations
     List<camera_input> cameras;
     List<image_input> images;

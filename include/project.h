@@ -29,7 +29,7 @@ struct result;
 // Observation kinds: typ of a measure_input, also the number of its list.
 enum {
     KIND_DISTANCE = 1,
-    KIND_DISTANCE_CONSTANTS = 2,   // a distance that takes the constants of its station
+    KIND_DISTANCE_CONSTANTS = 2, // a distance that takes the constants of its station
     KIND_HEIGHT_DIFFERENCE = 3,
     KIND_DIRECTION = 4,
     KIND_VERTICAL = 5,
@@ -42,10 +42,10 @@ enum { STATUS_OFF = -1, STATUS_ON = 1, STATUS_COMPUTE = 2 };
 
 // Code of a coordinate, an orientation, a constant or an epoch's scale.
 enum {
-    CODE_ABSENT = -1,      // any negative value: not in this problem
-    CODE_FREE = 1,         // also 0: free and used for the datum
-    CODE_NO_DATUM = 2,     // free, not used for the datum
-    CODE_WEIGHTED = 3,     // weighted by its standard deviation
+    CODE_ABSENT = -1,  // any negative value: not in this problem
+    CODE_FREE = 1,     // also 0: free and used for the datum
+    CODE_NO_DATUM = 2, // free, not used for the datum
+    CODE_WEIGHTED = 3, // weighted by its standard deviation
     CODE_FIXED = 4
 };
 
@@ -58,23 +58,23 @@ public:
 };
 
 struct station_input {
-    int typ;                    // 2: belongs to a group and takes its constants
-    char name[12];              // at most 8 significant characters
-    int status;                 // STATUS_...
-    alignas(8) double x[3];     // coordinates
-    alignas(8) double r[3];     // orientation angles Rx1, Rx2, Rx3, radians
-    alignas(8) double sx[3];    // standard deviations of x
-    alignas(8) double sr[3];    // standard deviations of r
-    int ix[3];                  // code of each coordinate
-    int ir[3];                  // code of each orientation
-    int ilump;                  // lump index, 0 none
-    int iconn;                  // 1 exported to a connected net, 2 imported from one
-    int ilevel;                 // 1: the instrument is levelled
+    int typ;                 // 2: belongs to a group and takes its constants
+    char name[12];           // at most 8 significant characters
+    int status;              // STATUS_...
+    alignas(8) double x[3];  // coordinates
+    alignas(8) double r[3];  // orientation angles Rx1, Rx2, Rx3, radians
+    alignas(8) double sx[3]; // standard deviations of x
+    alignas(8) double sr[3]; // standard deviations of r
+    int ix[3];               // code of each coordinate
+    int ir[3];               // code of each orientation
+    int ilump;               // lump index, 0 none
+    int iconn;               // 1 exported to a connected net, 2 imported from one
+    int ilevel;              // 1: the instrument is levelled
 };
 
 struct target_input {
     char name[12];
-    int status;                 // as for stations; above 100 see the datum rules in 3D
+    int status; // as for stations; above 100 see the datum rules in 3D
     alignas(8) double x[3];
     alignas(8) double sx[3];
     int ix[3];
@@ -83,61 +83,61 @@ struct target_input {
 };
 
 struct measure_input {
-    int typ;                    // KIND_..., above 0 selected; the engine negates it to deselect
+    int typ; // KIND_..., above 0 selected; the engine negates it to deselect
     char from[12];
-    alignas(8) double h1;       // height of the instrument above from, metres
+    alignas(8) double h1; // height of the instrument above from, metres
     char to[12];
-    alignas(8) double h2;       // height of the target above to, metres
-    alignas(8) double val;      // observed value
-    alignas(8) double sig;      // its standard deviation, same unit as val
-    int time;                   // epoch, 0 none
+    alignas(8) double h2;  // height of the target above to, metres
+    alignas(8) double val; // observed value
+    alignas(8) double sig; // its standard deviation, same unit as val
+    int time;              // epoch, 0 none
 };
 
 struct gps_input {
-    int status;                 // above 0 selected
+    int status; // above 0 selected
     char from[9];
     char to[9];
-    alignas(8) double dx[3];    // components from -> to, metres
-    alignas(8) double cov[6];   // covariance of dx: xx, xy, xz, yy, yz, zz
+    alignas(8) double dx[3];  // components from -> to, metres
+    alignas(8) double cov[6]; // covariance of dx: xx, xy, xz, yy, yz, zz
 };
 
 struct group_input {
-    int typ;                    // negative: ignored; 0 when handed over; the engine adds 6, 7, 8
+    int typ; // negative: ignored; 0 when handed over; the engine adds 6, 7, 8
     int unused[3];
-    int ic[3];                  // code of additive constant, scale, refraction
-    alignas(8) double c[3];     // their values; the engine writes back the adjusted ones
-    alignas(8) double sc[3];    // their standard deviations, written back as well
+    int ic[3];               // code of additive constant, scale, refraction
+    alignas(8) double c[3];  // their values; the engine writes back the adjusted ones
+    alignas(8) double sc[3]; // their standard deviations, written back as well
     int nmember;
-    int *member;                // nmember indexes in stations
+    int *member; // nmember indexes in stations
 };
 
 struct camera_input {
-    int status;                 // above 0 used
+    int status; // above 0 used
     char name[12];
-    int nu, nv;                 // width and height in pixels
-    alignas(8) double pu, pv;   // pixel size in u and v
-    int ip[10];                 // code of each inner parameter
-    alignas(8) double p[10];    // inner parameters
+    int nu, nv;               // width and height in pixels
+    alignas(8) double pu, pv; // pixel size in u and v
+    int ip[10];               // code of each inner parameter
+    alignas(8) double p[10];  // inner parameters
     alignas(8) double unused[10];
 };
 
 struct image_input {
-    int status;                 // above 0 used; the engine negates it to drop the image
-    char file[80];              // text file of image coordinates
+    int status;    // above 0 used; the engine negates it to drop the image
+    char file[80]; // text file of image coordinates
     char station[9];
     char camera[9];
 };
 
 struct lump_definition {
-    int id;                     // lump index
-    int kind;                   // 1: rotations held at zero; 2: scale held at 1
-    int iref;                   // reference epoch, used if positive
-    int n;                      // entries of each array below
+    int id;   // lump index
+    int kind; // 1: rotations held at zero; 2: scale held at 1
+    int iref; // reference epoch, used if positive
+    int n;    // entries of each array below
     int *epoch;
-    int *code;                  // code of each epoch's scale: 4 fixed
+    int *code; // code of each epoch's scale: 4 fixed
     double *scale;
-    double *tx, *ty, *tz;       // translation
-    double *rx, *ry, *rz;       // rotation
+    double *tx, *ty, *tz; // translation
+    double *rx, *ry, *rz; // rotation
 };
 
 // Relative precision of two points, filled by a run with statistics.
@@ -181,36 +181,36 @@ public:
     int nazimuths;
     gps_input *baselines;
     int nbaselines;
-    int igps;                   // 0 baselines ignored; 1 and 9 change the datum rules
+    int igps; // 0 baselines ignored; 1 and 9 change the datum rules
     group_input *groups;
     int ngroups;
-    int iphoto;                 // 1: photogrammetric data are present
+    int iphoto; // 1: photogrammetric data are present
     camera_input *cameras;
     int ncameras;
     image_input *images;
     int nimages;
-    alignas(8) double suv;      // a-priori standard deviation of an image coordinate
-    int iunit;                  // 0 metres, 1 millimetres, 2 inches
-    int iredux;                 // reduction code of distances
-    alignas(8) double sdist;    // a-priori standard deviations of the lists
+    alignas(8) double suv;   // a-priori standard deviation of an image coordinate
+    int iunit;               // 0 metres, 1 millimetres, 2 inches
+    int iredux;              // reduction code of distances
+    alignas(8) double sdist; // a-priori standard deviations of the lists
     alignas(8) double sdifh;
     alignas(8) double sdir1;
     alignas(8) double sdir2;
     alignas(8) double saz;
     alignas(8) double sgps;
-    int lumpmethod;             // 0 none, 1, 9
+    int lumpmethod; // 0 none, 1, 9
     lump_definition *lumpdefs;
     int nlumpdefs;
-    char confile[128];          // connected-net file to import
+    char confile[128]; // connected-net file to import
     pair_input *pairs;
     int npairs;
-    result *runresults;         // 0 or the results of the last run
-    alignas(8) double azrot;    // turn of the plane in the azimuth equation, radians
-    int imixed;                 // -1 before a run; point of a mixed datum
+    result *runresults;      // 0 or the results of the last run
+    alignas(8) double azrot; // turn of the plane in the azimuth equation, radians
+    int imixed;              // -1 before a run; point of a mixed datum
 
     // Fields of this host, behind the contract.
-    int iangle;                 // raw angular unit, ANGLE_...
-    int izenith;                // 1: the host's vertical angles are zenith angles, 0 elevations
+    int iangle;  // raw angular unit, ANGLE_...
+    int izenith; // 1: the host's vertical angles are zenith angles, 0 elevations
 
     // Conversions between the raw angular unit and radians. First argument of the
     // rawto...: 1 a value, 2 a standard deviation. First argument of the ...toraw:
@@ -223,7 +223,7 @@ public:
     double htoraw(int mode, double rad);
     double aztoraw(int mode, double rad);
     double vtoraw(int mode, double rad);
-    void freerun(result *run);  // releases a result and all that hangs from it
+    void freerun(result *run); // releases a result and all that hangs from it
 };
 
 enum { ANGLE_GON = 0, ANGLE_DEGREE = 1, ANGLE_PACKED = 2, ANGLE_RADIAN = 3 };

@@ -13,17 +13,17 @@
 #define VORN_RESULT_H
 
 struct result {
-    int irun;                       // run mode
+    int irun; // run mode
     int dim;
-    int nstar, ntarr;               // returned stations and targets
+    int nstar, ntarr; // returned stations and targets
 
-    int *ihost;                     // [npt] host index of a point; a target's index stands after the stations
-    int *code1, *code2, *code3;     // [npt] 1 free in the datum, 2 free outside it, 3 weighted, 4 fixed
-    double *x0, *y0, *z0;           // [npt] approximate coordinates
-    double *xpt, *ypt, *zpt;        // [npt] final coordinates
-    double *sxpt, *sypt, *szpt;     // [npt] their standard deviations, 3D only
-    double *rx, *ry, *rz;           // [nstar] orientation of each station, 3D only
-    double *srx, *sry, *srz;        // [nstar] their standard deviations
+    int *ihost;                 // [npt] host index of a point; a target's index stands after the stations
+    int *code1, *code2, *code3; // [npt] 1 free in the datum, 2 free outside it, 3 weighted, 4 fixed
+    double *x0, *y0, *z0;       // [npt] approximate coordinates
+    double *xpt, *ypt, *zpt;    // [npt] final coordinates
+    double *sxpt, *sypt, *szpt; // [npt] their standard deviations, 3D only
+    double *rx, *ry, *rz;       // [nstar] orientation of each station, 3D only
+    double *srx, *sry, *srz;    // [nstar] their standard deviations
 
     int ndist, ndifh, ndir1, ndir2; // sizes of the four residual blocks
     int *iobs;                      // [nres] index of the observation in its host list
@@ -33,10 +33,10 @@ struct result {
     int *inorm, *inormb;            // [nres] normal test, normal test with divided level,
     int *itau, *itaub;              // [nres] tau test, tau test with divided level
 
-    int dof;                        // degrees of freedom
-    alignas(8) double sig0;         // a-priori standard deviation of unit weight
-    alignas(8) double sigpost;      // a posteriori
-    int itest;                      // one-tailed test: 1 passed, -1 failed, 0 not made
+    int dof;                   // degrees of freedom
+    alignas(8) double sig0;    // a-priori standard deviation of unit weight
+    alignas(8) double sigpost; // a posteriori
+    int itest;                 // one-tailed test: 1 passed, -1 failed, 0 not made
 
     // A kind of observation: a-priori and a-posteriori standard deviation, goodness
     // of fit (1 passed, -1 failed, 0 not made), counts of the last four marks.
@@ -57,16 +57,16 @@ struct result {
     int ichiaz, nnormaz, nnormbaz, ntauaz, ntaubaz;
 
     // Point ellipses in the planes 1-2, 1-3, 2-3: semi-axes a >= b, bearing t in radians.
-    double *ell12a, *ell12b, *ell12t;   // [npt]
+    double *ell12a, *ell12b, *ell12t; // [npt]
     double *ell13a, *ell13b, *ell13t;
     double *ell23a, *ell23b, *ell23t;
 
     int nrow;
-    int *ilump, *iepoch, *iref;     // [nrow] lump index, epoch, reference epoch
-    double *tx, *ty, *tz;           // [nrow] translation
-    double *lrx, *lry, *lrz;        // [nrow] rotation
-    double *tscale;                 // [nrow] scale
-    double *stx, *sty, *stz;        // [nrow] their standard deviations
+    int *ilump, *iepoch, *iref; // [nrow] lump index, epoch, reference epoch
+    double *tx, *ty, *tz;       // [nrow] translation
+    double *lrx, *lry, *lrz;    // [nrow] rotation
+    double *tscale;             // [nrow] scale
+    double *stx, *sty, *stz;    // [nrow] their standard deviations
     double *slrx, *slry, *slrz;
     double *stscale;
 };

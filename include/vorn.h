@@ -68,7 +68,7 @@ public:
     int vornL1();
 
 private:
-    friend struct vorn_access;      // white-box tests
+    friend struct vorn_access; // white-box tests
 
     // loading
     int fill_vorn();
@@ -106,7 +106,7 @@ private:
     void showmeasures();
 
     // end of a run
-    void handover(solverinput *in);     // everything a solver works on
+    void handover(solverinput *in); // everything a solver works on
     void clean();
     int backtoproject();
     void fill_obs_stat();
@@ -121,35 +121,35 @@ private:
     void backsol(int ilump, int iepoch, double r[3][3], int ipoint);
     void flagdecode(int flag, int *a, int *b, int *c, int *d, int *e);
 
-    project *pproject;              // the host object
-    approx *papprox;                // alive only inside vornapprox
-    simplex *psimplex;              // alive only inside vornL1
-    compact *pcompact;              // alive only inside vornL2
-    jordan *pjordan;                // alive only inside vornjordan
+    project *pproject; // the host object
+    approx *papprox;   // alive only inside vornapprox
+    simplex *psimplex; // alive only inside vornL1
+    compact *pcompact; // alive only inside vornL2
+    jordan *pjordan;   // alive only inside vornjordan
     Feedback *pfeedback;
-    char *pname;                    // the run's file name inside the project, not a copy
-    FILE *out;                      // report stream, the host's
+    char *pname; // the run's file name inside the project, not a copy
+    FILE *out;   // report stream, the host's
     int idebug;
-    int dim;                        // 1, 2, 3
-    int irun;                       // -2 error propagation, -1 L1, 0 solution, 1 statistics
-    int iearth;                     // 0 none, 1 cartesian, 2 mixed coordinates
-    double radius;                  // metres
-    double trans[3];                // metres
-    double horigin;                 // metres
-    double latitude;                // radians
+    int dim;         // 1, 2, 3
+    int irun;        // -2 error propagation, -1 L1, 0 solution, 1 statistics
+    int iearth;      // 0 none, 1 cartesian, 2 mixed coordinates
+    double radius;   // metres
+    double trans[3]; // metres
+    double horigin;  // metres
+    double latitude; // radians
     int itmax;
-    double convergence;             // metres
-    int iredux;                     // reduction code of distances
-    int iunit;                      // unit code of lengths
-    int nlump;                      // distinct lump indexes, later the lumps that stand
-    lump *lumps;                    // [nlump]
+    double convergence; // metres
+    int iredux;         // reduction code of distances
+    int iunit;          // unit code of lengths
+    int nlump;          // distinct lump indexes, later the lumps that stand
+    lump *lumps;        // [nlump]
     int ncamera;
-    camera *cameras;                // [ncamera]
-    int icon;                       // connected net: 0 none, 1 export, 2 import, 3 both
-    int nexport, nimport;           // exported and imported points
-    int *lcon;                      // [max(nexport, nimport)] index table of the connected net
-    double *Qcon;                   // packed matrix of the connected net
-    station_input *psta;            // host records
+    camera *cameras;      // [ncamera]
+    int icon;             // connected net: 0 none, 1 export, 2 import, 3 both
+    int nexport, nimport; // exported and imported points
+    int *lcon;            // [max(nexport, nimport)] index table of the connected net
+    double *Qcon;         // packed matrix of the connected net
+    station_input *psta;  // host records
     int npsta;
     target_input *ptar;
     int nptar;
@@ -162,16 +162,16 @@ private:
     measure_input *pdir2;
     int npdir2;
     double pi;
-    int iapprox;                    // 0 nothing to compute, 1 asked by the user, 9 values missing
-    point *points;                  // [npoints] stations first, then targets
+    int iapprox;   // 0 nothing to compute, 1 asked by the user, 9 values missing
+    point *points; // [npoints] stations first, then targets
     int nsta, ntar, npoints;
     measure *dist, *difh, *dir1, *dir2;
     int ndist, ndifh, ndir1, ndir2;
-    int nweighted;                  // coordinates and parameters with an a-priori weight
-    int nfixh;                      // fixed heights in mixed coordinates
-    double sdist, sdifh, sdir1, sdir2;  // a-priori standard deviations of the lists
-    double sigma0;                  // a-priori standard deviation of unit weight
-    measure *obsuv1, *obsuv2;       // [nobsuv] image coordinates u and v
+    int nweighted;                     // coordinates and parameters with an a-priori weight
+    int nfixh;                         // fixed heights in mixed coordinates
+    double sdist, sdifh, sdir1, sdir2; // a-priori standard deviations of the lists
+    double sigma0;                     // a-priori standard deviation of unit weight
+    measure *obsuv1, *obsuv2;          // [nobsuv] image coordinates u and v
     int nobsuv;
     double suv;
     measure *az;
@@ -186,8 +186,8 @@ private:
     double datum[7];                // entries of the conditions in force are set to 0
     tempresult *temp_res;
 
-    nameindex *pointindex;          // names of points, made by the first vornsearch
-    nameindex *hostindex;           // names of host stations and targets, made by the first searchnam
+    nameindex *pointindex; // names of points, made by the first vornsearch
+    nameindex *hostindex;  // names of host stations and targets, made by the first searchnam
 };
 
 #endif

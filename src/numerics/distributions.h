@@ -6,6 +6,6 @@
 #ifndef VORN_DISTRIBUTIONS_H
 #define VORN_DISTRIBUTIONS_H
 
-double chi2tail(int nu, double x);      // upper tail of chi-square with nu degrees of freedom
+double chi2tail(int nu, double x); // upper tail of chi-square with nu degrees of freedom
 
 #endif

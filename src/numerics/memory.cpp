@@ -14,6 +14,6 @@ void *zeroed(long long n, size_t size)
 
 void *zeroed_square(long long n, size_t size)
 {
-    if (n < 0 || n > 3037000499LL) return NULL;    // n * n stays below 2^63
+    if (n < 0 || n > 3037000499LL) return NULL; // n * n stays below 2^63
     return zeroed(n * n, size);
 }

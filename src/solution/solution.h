@@ -22,28 +22,28 @@ class solution {
 public:
     explicit solution(const solverinput &in);
 
-    virtual void finish() = 0;          // releases all arrays of the solver
-    virtual void banner() = 0;          // head of the report
-    virtual void debugnormal() = 0;     // prints the system
-    virtual int prepare() = 0;          // allocates; non-zero stops the run
-    virtual void zeronormal() = 0;      // clears the system, writes the datum rows
-    virtual int resolution() = 0;       // solves for delta; non-zero stops the run
+    virtual void finish() = 0;      // releases all arrays of the solver
+    virtual void banner() = 0;      // head of the report
+    virtual void debugnormal() = 0; // prints the system
+    virtual int prepare() = 0;      // allocates; non-zero stops the run
+    virtual void zeronormal() = 0;  // clears the system, writes the datum rows
+    virtual int resolution() = 0;   // solves for delta; non-zero stops the run
     virtual void addrow(int n1, int n2, double b) = 0;
     virtual void buildgps(int ibase, const int iu[6], const double w[3]) = 0;
-    virtual int inverse() = 0;          // makes inv; non-zero stops the inversion
+    virtual int inverse() = 0; // makes inv; non-zero stops the inversion
 
     int iterate();
     int inversion();
 
 protected:
-    friend struct solution_access;      // white-box tests
+    friend struct solution_access; // white-box tests
 
-    ~solution() {}                      // objects are deleted through their own class
+    ~solution() {} // objects are deleted through their own class
 
     // frame
     void normal();
     int statalloc();
-    void freestat();                    // releases the histogram arrays
+    void freestat(); // releases the histogram arrays
 
     // observation geometry
     void norm_dist();
@@ -53,19 +53,18 @@ protected:
     void norm_az();
     void setrot(int which, int i, double *ca, double *sa, double *cb, double *sb, double *cc, double *sc);
     double distance(int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
-    void distrow1(int i, double c, double w, const double d[3], const double r1[3][3], const double r2[3][3],
-                  int l1, int l2);
-    void distrow2(int i, double *c, double w, const double d[3], const double r1[3][3], const double r2[3][3],
-                  int l1, int l2);
+    void distrow1(int i, double c, double w, const double d[3], const double r1[3][3], const double r2[3][3], int l1,
+                  int l2);
+    void distrow2(int i, double *c, double w, const double d[3], const double r1[3][3], const double r2[3][3], int l1,
+                  int l2);
     void difhrow(int i, double dh, double w);
-    double dir1comp(int i, double d[3], double e[3], double *rr, double r1[3][3], double r2[3][3], int *l1,
-                    int *l2);
+    double dir1comp(int i, double d[3], double e[3], double *rr, double r1[3][3], double r2[3][3], int *l1, int *l2);
     void dir1row1(int i, double w, const double e[3], double rr, double g[3], const double r1[3][3],
                   const double r2[3][3], int l1, int l2);
     void dir1row2(int i, double w, const double d[3], const double e[3], double rr, const double g[3], double ca,
                   double sa, double cc, double sc, const double r1[3][3], const double r2[3][3], int l1, int l2);
-    double dir2comp(int i, double d[3], double e[3], double *rr, double *l, double r1[3][3], double r2[3][3],
-                    int *l1, int *l2);
+    double dir2comp(int i, double d[3], double e[3], double *rr, double *l, double r1[3][3], double r2[3][3], int *l1,
+                    int *l2);
     void dir2row1(int i, double w, const double d[3], const double e[3], double rr, double l, double g[3],
                   const double r1[3][3], const double r2[3][3], int l1, int l2);
     void dir2row2(int i, double w, const double d[3], double ca, double sa, double cb, double l, const double g[3],
@@ -80,8 +79,8 @@ protected:
 
     // images and baselines
     void norm_photo();
-    int image_coor(int i, int icam, double d[3], double e[3], double *u, double *v, double r1[3][3],
-                   double r2[3][3], int *l1, int *l2);
+    int image_coor(int i, int icam, double d[3], double e[3], double *u, double *v, double r1[3][3], double r2[3][3],
+                   int *l1, int *l2);
     void photorow1(int i, int which, int icam, double f, const double e[3]);
     void photorow2(int i, int which, int icam, double f, const double d[3], const double e[3], double ca, double sa,
                    double cb, double sb, double cc, double sc);
@@ -97,12 +96,12 @@ protected:
     void norm_weighted();
 
     // shared by the least-squares solvers
-    void traceobs(int withtyp);         // lists the observations; withtyp adds typ to a distance
-    void setcentre();                   // means of the datum coordinates
+    void traceobs(int withtyp); // lists the observations; withtyp adds typ to a distance
+    void setcentre();           // means of the datum coordinates
 
     // statistics
-    double rescov(double *dofc, double *vdist, double *vdifh, double *vdir1, double *vdir2, double *vaz,
-                  double *vgps, double *vphoto);
+    double rescov(double *dofc, double *vdist, double *vdifh, double *vdir1, double *vdir2, double *vaz, double *vgps,
+                  double *vphoto);
     double variances(double sum, double dofc, double vdist, double vdifh, double vdir1, double vdir2, double vaz,
                      double vgps, double vphoto);
     void resanalysis(double sigpost, double dofc);
@@ -121,20 +120,20 @@ protected:
 
     Feedback *pfeedback;
     project *pproject;
-    char *pname;                // the run's file name inside the project
+    char *pname; // the run's file name inside the project
     FILE *out;
-    int irun;                   // -2 error propagation, -1 L1, 0 solution, 1 statistics
+    int irun; // -2 error propagation, -1 L1, 0 solution, 1 statistics
     int idebug;
     int dim;
-    int iearth;                 // 0 none, 1 cartesian, 2 mixed coordinates
+    int iearth; // 0 none, 1 cartesian, 2 mixed coordinates
     double radius;
     double trans[3];
     double horigin;
-    double latitude;            // radians
+    double latitude; // radians
     int itmax;
     double convergence;
     double pi;
-    point *points;              // [npoints]
+    point *points; // [npoints]
     measure *dist, *difh, *dir1, *dir2;
     int nsta, ntar, npoints;
     int ndist, ndifh, ndir1, ndir2;
@@ -145,26 +144,26 @@ protected:
     measure *az;
     gpsbase *gps;
     double saz, sgps;
-    int iredux;                 // reduction code of distances
-    int nunk1;                  // coordinates
-    int nunk2;                  // orientations, constants, camera and lump parameters
-    int ndatum;                 // rows of datum conditions
-    int nunk;                   // order of the system; prepare adds ndatum
-    double datum[7];            // datum parameters
-    double centre[3];           // means of the datum coordinates
-    double rot[3][3];           // rotation of the current station
-    double a1[8];               // row buffer, entries 1 to 7
-    double a2[18];              // row buffer, entries 1 to 17
+    int iredux;       // reduction code of distances
+    int nunk1;        // coordinates
+    int nunk2;        // orientations, constants, camera and lump parameters
+    int ndatum;       // rows of datum conditions
+    int nunk;         // order of the system; prepare adds ndatum
+    double datum[7];  // datum parameters
+    double centre[3]; // means of the datum coordinates
+    double rot[3][3]; // rotation of the current station
+    double a1[8];     // row buffer, entries 1 to 7
+    double a2[18];    // row buffer, entries 1 to 17
     int ia1[8];
     int ia2[18];
     double *rhs;
-    double *delta;              // [nunk] solution of one iteration
-    double *inv;                // [nunk][nunk] inverse, row by row
-    double confidence;          // percent
-    int nclass;                 // classes of a histogram
-    double hrange;              // half range of the histograms in standard deviations
-    double *hlim, *hnorm;       // [nclass] class limits, class probabilities
-    int *hall, *hdist, *hdifh, *hdir1, *hdir2, *haz;    // [nclass] counts
+    double *delta;                                   // [nunk] solution of one iteration
+    double *inv;                                     // [nunk][nunk] inverse, row by row
+    double confidence;                               // percent
+    int nclass;                                      // classes of a histogram
+    double hrange;                                   // half range of the histograms in standard deviations
+    double *hlim, *hnorm;                            // [nclass] class limits, class probabilities
+    int *hall, *hdist, *hdifh, *hdir1, *hdir2, *haz; // [nclass] counts
     int *hgps1, *hgps2, *hgps3;
     int nlump;
     lump *lumps;

@@ -20,7 +20,7 @@ public:
     int inverse() override;
 
 private:
-    friend struct jordan_access;        // white-box tests
+    friend struct jordan_access; // white-box tests
 
     void gaussj(const double *a, double *b, int n, double *x, double *ainv, double *det);
     static void swapd(double *a, double *b);
@@ -30,9 +30,9 @@ private:
     void checkalloc(void *p);
 
     double tiny;
-    int ierralloc;              // error code of a failed allocation
-    int ierror;                 // last error
-    double *norm;               // [nunk][nunk] normal matrix with datum border, row by row
+    int ierralloc; // error code of a failed allocation
+    int ierror;    // last error
+    double *norm;  // [nunk][nunk] normal matrix with datum border, row by row
 };
 
 #endif

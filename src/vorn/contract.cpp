@@ -16,7 +16,7 @@ static_assert(sizeof(int) == 4 && sizeof(double) == 8, "the contract counts on 4
 
 #if UINTPTR_MAX == 0xffffffffu
 
-#define AT(record, field, position) \
+#define AT(record, field, position)                                                                                    \
     static_assert(offsetof(record, field) == (position), #record "::" #field " must stand at " #position)
 #define SIZE(record, bytes) static_assert(sizeof(record) == (bytes), #record " must have " #bytes " bytes")
 

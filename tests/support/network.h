@@ -53,9 +53,9 @@ public:
     // Text of the report so far.
     std::string report();
 
-    project p;                              // radian, elevations, a-priori deviations 1.0
+    project p; // radian, elevations, a-priori deviations 1.0
     Recorder messages;
-    std::vector<station_input> stations;    // references from station() die with the next one
+    std::vector<station_input> stations; // references from station() die with the next one
     std::vector<target_input> targets;
     std::vector<measure_input> distances, heightdiffs, directions, verticals, azimuths;
     std::vector<gps_input> baselines;
