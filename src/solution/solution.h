@@ -107,14 +107,50 @@ protected:
     void resanalysis(double sigpost, double dofc);
     void stddev(double f);
     double justres(int kind);
+    double justdist(); // plain residuals of one list; weighted sum of squares
+    double justdifh();
+    double justdir1();
+    double justdir2();
+    double justphoto();
+    double justaz();
+    double plainresidual(measure *m, double v, double s);
     void gpsres(double *sum);
+    void filllimits();     // class limits of the histograms
+    int classof(double x); // class of a value, -1 at or below the first limit
     int classcode(double r);
+    int observations(); // rows of observations, baselines and image coordinates counted by component
+    void justtest(double sum);
+    void testfactor(double t, tempresult *result);
+    void showcomponent(int n, const char *text, double component, double apriori, double *root);
+
+    void printhistogram(const char *title, const int *count, int n, int *verdict);
+    int classify(double r, double s, double sigpost, double cn, char *mn, double cnb, char *mnb, double ct, char *mt,
+                 double ctb, char *mtb, char *mout);
+
+    void ellipse(double qxx, double qyy, double qxy, double *a, double *b, double *t);
+    int findpoint(const char *name);
+    void relellipse(int k, int i, int j, double f);
 
     // reports and exports
     void applydelta(int iter);
+    void tracedelta(int iter);
+    void addheights();
+    void adddatum();
     void corrections();
+    void lumpinformation();
     void finalresults(int iter);
+    void finalspace();
+    void reported(const point *p, double x[3]); // coordinates as the report shows them, origin put back
+    void camerainformation(FILE *f, int all);
+    double toraw(int kind, int mode, double x); // angles of a kind to the host's unit; lengths as they are
     int justout();
+    void residualtables();
+    char residualmark(int c);
+    void residualtable(int kind, const char *title, const measure *list, int n);
+    void gpstable();
+    void phototable();
+    void photorow(FILE *rejects, int i);
+    const camera *photocamera(int i);
     void writeQcon();
     void input_for_tessalpin(FILE *f);
 
