@@ -18,6 +18,8 @@
 #include "project.h"
 #include "vorn/records.h"
 
+struct testlimits; // limits of the residual tests, private to the residual analysis
+
 class solution {
 public:
     explicit solution(const solverinput &in);
@@ -123,10 +125,25 @@ protected:
     void testfactor(double t, tempresult *result);
     void showcomponent(int n, const char *text, double component, double apriori, double *root);
 
-    void printhistogram(const char *title, const int *count, int n, int *verdict);
+    void classprobabilities();
+    void testresidual(double r, double s, const testlimits *lim, int *count, kindresult *block, int *iflag,
+                      char marks[5]);
+    void kindresiduals(int kind, const char *gap, const char *title, measure *list, int n, const testlimits *lim,
+                       int *count, kindresult *block);
+    void gpsresiduals(const testlimits *lim);
+    void photoresiduals(const testlimits *lim, kindresult *block);
+    void histogram(const char *title, const int *count, int n, int *verdict);
     int classify(double r, double s, double sigpost, double cn, char *mn, double cnb, char *mnb, double ct, char *mt,
                  double ctb, char *mtb, char *mout);
 
+    double cofactor(int i, int j); // inv, 0 when the position lies before it
+    double rootvariance(int i, double f);
+    void pointheight(point *p, double f);
+    void pointplane(point *p, double f);
+    void pointspace(point *p, double f);
+    void stationerrors(point *p, double f);
+    void lumperrors(lump *l, double f);
+    void pairellipses(double f);
     void ellipse(double qxx, double qyy, double qxy, double *a, double *b, double *t);
     int findpoint(const char *name);
     void relellipse(int k, int i, int j, double f);
