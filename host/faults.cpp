@@ -7,11 +7,9 @@
 
 #include "utf8.h"
 
-namespace vornhost
-{
+namespace vornhost {
 
-namespace
-{
+namespace {
 
 constexpr size_t longest_quote = 40; // characters
 
@@ -49,7 +47,7 @@ std::string printable(std::string_view text)
     return out;
 }
 
-std::string quoted(std::string_view text)
+std::string quote(std::string_view text)
 {
     std::string out = "\"";
     size_t offset = 0;

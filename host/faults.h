@@ -10,8 +10,7 @@
 
 #include "model.h"
 
-namespace vornhost
-{
+namespace vornhost {
 
 struct Fault {
     std::string file; // as the user named it
@@ -24,13 +23,13 @@ struct Fault {
 };
 
 // Keeps the first faults in the order of their places, and counts all of them.
-class Faults
-{
+class Faults {
 public:
     static constexpr size_t limit = 50;
 
     // Number of a file in the places of later faults.
     int add_file(const std::string &path);
+    int file_count() const { return (int)files.size(); }
     const std::string &file(int index) const { return files[(size_t)index]; }
 
     void add(Source at, std::string what, std::string remedy);
@@ -53,7 +52,7 @@ private:
 };
 
 // Text in quotation marks for a message: at most 40 characters, control characters escaped.
-std::string quoted(std::string_view text);
+std::string quote(std::string_view text);
 
 // The text with control characters, line ends and broken UTF-8 written as \xNN or \uNNNN.
 std::string printable(std::string_view text);

@@ -1,10 +1,8 @@
 #include "model.h"
 
-namespace vornhost
-{
+namespace vornhost {
 
-namespace
-{
+namespace {
 
 template <class Record> void attach_list(List<Record> &list, Record **array, int *count)
 {

@@ -9,8 +9,7 @@
 #include "faults.h"
 #include "model.h"
 
-namespace vornhost
-{
+namespace vornhost {
 
 // Fills the model from the file and attaches its arrays. Returns false, with every fault
 // of the file in faults and the model empty, when something in it is wrong.

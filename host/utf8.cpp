@@ -1,10 +1,8 @@
 #include "utf8.h"
 
-namespace vornhost
-{
+namespace vornhost {
 
-namespace
-{
+namespace {
 
 bool continues(std::string_view text, size_t offset)
 {

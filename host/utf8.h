@@ -8,8 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vornhost
-{
+namespace vornhost {
 
 // Length in bytes (1 to 4) of the character at offset, 0 when the bytes there are not
 // UTF-8 (overlong forms, surrogates and values above U+10FFFF included).
