@@ -30,6 +30,11 @@ struct camera;
 struct lump;
 struct tempresult;
 struct nameindex;
+struct lumptables;
+struct lumpcount;
+struct splitrows;
+struct membership;
+struct pointwalk;
 struct solverinput;
 class approx;
 class simplex;
@@ -91,6 +96,42 @@ private:
     void fill_connect();
     void clean_templump(int *ilumtable, int *itimetable, int **isplit, int nepoch, int nrow);
     void invers(double *a, int n);
+
+    // steps of the loading
+    int load_network(lumptables *t);
+    void give_up_lumps(const char *why);
+    void count_observations(lumptables *t);
+    double unit_sigma() const;
+    void split_points(lumptables *t);
+    void count_constants();
+    int load_observations(const lumptables *t);
+    int verif1D();
+    int verif2D();
+    int verif3D();
+    void check_list(int kind);
+    int allocate_lists();
+    measure_input *hostlist(int kind, int *n) const;
+    int *listcount(int kind);
+    measure *measurelist(int kind) const;
+    int hoststatus(int ihost) const;
+    bool usable(int kind, const measure_input *m);
+    bool count_lump(lumpcount *c, const char *field, int *ilump);
+    void enter_rows(int which, int **isplit, int nrow);
+    double lengthfactor() const;
+    void fill_stations(pointwalk *w, const membership *groups);
+    void fill_targets(pointwalk *w);
+    void fill_coordinates(point *p, const double x[3], const double sx[3], const int ix[3], int status);
+    void fill_orientations(point *p, const station_input *s);
+    void fill_groups(point *p, int ihost, const membership *groups);
+    void fill_constants(point *p, int igroup);
+    void hold_height(point *p, const int ix[3]);
+    void place_point(pointwalk *w, int kind, int ihost, int ilump, int iconn);
+    void lone_fixed_height();
+    int fill_list(int kind, const splitrows *sta, const splitrows *tar);
+    int find_ends(const measure_input *m, int ihost, const splitrows *sta, const splitrows *tar, int *ip1, int *ip2);
+    int fill_value(const measure_input *m, double val[2]);
+    void drop_pointindex();
+    void drop_hostindex();
 
     // set-up
     void trigapprox();
