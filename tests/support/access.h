@@ -188,10 +188,16 @@ struct solution_access {
     static constexpr auto justres = &solution::justres;
     static constexpr auto gpsres = &solution::gpsres;
     static constexpr auto classcode = &solution::classcode;
+    static constexpr auto filllimits = &solution::filllimits;
+    static constexpr auto classify = &solution::classify;
+    static constexpr auto ellipse = &solution::ellipse;
+    static constexpr auto findpoint = &solution::findpoint;
+    static constexpr auto relellipse = &solution::relellipse;
     static constexpr auto applydelta = &solution::applydelta;
     static constexpr auto corrections = &solution::corrections;
     static constexpr auto finalresults = &solution::finalresults;
     static constexpr auto justout = &solution::justout;
+    static constexpr auto residualtables = &solution::residualtables;
     static constexpr auto writeQcon = &solution::writeQcon;
     static constexpr auto input_for_tessalpin = &solution::input_for_tessalpin;
     static constexpr auto pfeedback = &solution::pfeedback;
