@@ -1,10 +1,327 @@
-// Frame of the adjustment.
+// Frame of the adjustment: the iteration loop, the order of the observation families in
+// one assembly, the inversion with its statistics, and what the least-squares solvers share
+// (list of the observations, centre of the datum, misclosure of an imported coordinate).
+// Reads and updates the records of the network in place; owns the histogram arrays.
+
 #include "solution/solution.h"
-solution::solution(const solverinput &) {}
-int solution::iterate() { return -1; }
-int solution::inversion() { return -1; }
-void solution::normal() {}
-int solution::statalloc() { return 0; }
-void solution::freestat() {}
-void solution::traceobs(int) {}
-void solution::setcentre() {}
+
+#include <math.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "numerics/memory.h"
+#include "vorn/message.h"
+
+solution::solution(const solverinput &in)
+    : pfeedback(in.pproject->pfeedback), pproject(in.pproject), pname(in.pproject->filename), out(in.pproject->out),
+      irun(in.pproject->irun), idebug(in.pproject->idebug), dim(in.pproject->dim), iearth(in.pproject->iearth),
+      radius(in.pproject->radius), horigin(in.pproject->horigin), itmax(in.pproject->itmax),
+      convergence(in.pproject->convergence), pi(4.0 * atan(1.0)), points(in.points), dist(in.dist), difh(in.difh),
+      dir1(in.dir1), dir2(in.dir2), nsta(in.nsta), ntar(in.ntar), npoints(in.nsta + in.ntar), ndist(in.ndist),
+      ndifh(in.ndifh), ndir1(in.ndir1), ndir2(in.ndir2), nweighted(in.nweighted), nfixh(in.nfixh), sdist(in.sdist),
+      sdifh(in.sdifh), sdir1(in.sdir1), sdir2(in.sdir2), sigma0(in.sigma0), naz(in.naz), ngps(in.ngps), az(in.az),
+      gps(in.gps), saz(in.saz), sgps(in.sgps), iredux(in.iredux), nunk1(in.nunk1), nunk2(in.nunk2), ndatum(in.ndatum),
+      nunk(in.nunk), datum(), centre(), rot(), a1(), a2(), ia1(), ia2(), rhs(NULL), delta(NULL), inv(NULL),
+      confidence(95.0), nclass(10), hrange(5.0), hlim(NULL), hnorm(NULL), hall(NULL), hdist(NULL), hdifh(NULL),
+      hdir1(NULL), hdir2(NULL), haz(NULL), hgps1(NULL), hgps2(NULL), hgps3(NULL), nlump(in.nlump), lumps(in.lumps),
+      icon(in.icon), nexport(in.nexport), nimport(in.nimport), lcon(in.lcon), Qcon(in.Qcon), nobsuv(in.nobsuv),
+      obsuv1(in.obsuv1), obsuv2(in.obsuv2), suv(in.suv), ncamera(in.ncamera), cameras(in.cameras), temp_res(in.temp_res)
+{
+    memcpy(trans, in.pproject->trans, sizeof trans);
+    latitude = in.pproject->latitude * pi / 180.0;
+    if (in.datum) memcpy(datum, in.datum, sizeof datum);
+    if (in.ia1) memcpy(ia1, in.ia1, sizeof ia1);
+}
+
+// One step: zeronormal, normal, resolution, applydelta; the step is applied before it is
+// tested. Returns 0 or the code of iterate; *iter is the number of the last step, from 0.
+int solution::iterations(int *iter)
+{
+    double limit = 1.0 / convergence;
+    if (limit < 1000000.0) limit = 1000000.0;
+    for (int i = 0;; i++) {
+        *iter = i;
+        zeronormal();
+        normal();
+        if (resolution()) {
+            fprintf(out, "\nProgram stops in resolution\n");
+            return -3;
+        }
+        applydelta(i);
+        if (irun < 0) return 0; // least absolute values: one pass
+        double largest;
+        if (testdelta(i, limit, &largest)) return -4;
+        tell(pfeedback, "      Iteration %2d %22.7lf", i, largest);
+        if (!(largest > convergence && i < itmax)) return 0;
+    }
+}
+
+// Largest coordinate step; nuisance and datum unknowns take no part. Returns -1 at the
+// first step over the limit. A not-a-number is neither large nor over the limit.
+int solution::testdelta(int iter, double limit, double *largest)
+{
+    *largest = 0.0;
+    for (int k = 0; k < nunk1; k++) {
+        const double d = fabs(delta[k]);
+        if (d > *largest) *largest = d;
+        if (d > limit) {
+            tell(pfeedback, "Problem at iteration %2d with delta[%d] %lf", iter, k, delta[k]);
+            return -1;
+        }
+    }
+    return 0;
+}
+
+// Residuals of a run without inversion; a failure is only told.
+void solution::plainreport()
+{
+    if (justout()) tell(pfeedback, "Pb with justout()");
+}
+
+int solution::iterate()
+{
+    banner();
+    if (prepare()) {
+        fprintf(out, "\nProgram stops in prepare\n");
+        finish();
+        return -2;
+    }
+    tell(pfeedback, "Start resolution...");
+    if (irun == -2) return 0; // error propagation: no iteration
+
+    int i;
+    const int failure = iterations(&i);
+    if (failure) {
+        finish();
+        return failure;
+    }
+    // The counter alone decides: a step that met the threshold at number itmax is refused too.
+    if (i == itmax) {
+        fprintf(out, "\nNo convergence after %d iterations\n", i);
+        plainreport();
+        finish();
+        return -4;
+    }
+    if (irun >= 0) tell(pfeedback, "The solution has converged");
+    corrections();
+    finalresults(i);
+    if (irun == 0) {
+        plainreport();
+        finish();
+    }
+    return 0;
+}
+
+void solution::normal()
+{
+    if (ndist > 0) norm_dist();
+    if (ndifh > 0) norm_difh();
+    if (ndir1 > 0) norm_dir1();
+    if (ndir2 > 0) norm_dir2();
+    if (naz > 0) norm_az();
+    if (ngps > 0) norm_gps();
+    if (nfixh > 0) norm_fixh();
+    if (nweighted > 0 && icon < 2) norm_weighted(); // an imported net brings its own weights
+    if (nlump > 0) norm_lump();
+    if (nobsuv > 0) norm_photo();
+    if (idebug == 9) {
+        fprintf(out, "start debugnormal...\n");
+        debugnormal();
+        fprintf(out, "end debugnormal!\n");
+    }
+}
+
+// Root of the mean a-priori variance, each component of an observation counted once; not a
+// number without observations.
+double solution::meansigma()
+{
+    const double n[] = {(double)ndist, (double)ndifh,      (double)ndir1,       (double)ndir2,
+                        (double)naz,   3.0 * (double)ngps, 2.0 * (double)nobsuv};
+    const double s[] = {sdist, sdifh, sdir1, sdir2, saz, sgps, suv};
+    double sum = 0.0, count = 0.0;
+    for (int k = 0; k < 7; k++) {
+        sum += n[k] * s[k] * s[k];
+        count += n[k];
+    }
+    return sqrt(sum / count);
+}
+
+// Number of histogram classes: the redundancy where it is below the usual number, at least 3.
+static int classes(int usual, double dofc)
+{
+    const double c = dofc + 0.1;
+    if (c < (double)usual) usual = c < 3.0 ? 3 : (int)c;
+    return usual < 3 ? 3 : usual;
+}
+
+// Residuals, variance factor and tests. *sigpost is the a-posteriori standard deviation,
+// -1.0 without redundancy: then nothing is tested. Returns 0, or -1 without memory.
+int solution::statistics(double *sigpost)
+{
+    double dofc = 0.0, vdist = 0.0, vdifh = 0.0, vdir1 = 0.0, vdir2 = 0.0, vaz = 0.0, vgps = 0.0, vphoto = 0.0;
+    sigma0 = meansigma();
+    const double sum = rescov(&dofc, &vdist, &vdifh, &vdir1, &vdir2, &vaz, &vgps, &vphoto);
+    *sigpost = variances(sum, dofc, vdist, vdifh, vdir1, vdir2, vaz, vgps, vphoto);
+    if (*sigpost == -1.0) {
+        tell(pfeedback, "      No degree of freedom -> no use of statistics");
+        return 0;
+    }
+    tell(pfeedback, "      Sigma a posteriori %16.7lf", *sigpost);
+    nclass = classes(nclass, dofc);
+    if (statalloc() < 0) {
+        tell(pfeedback, "statalloc () - memory allocation failed");
+        return -1;
+    }
+    resanalysis(*sigpost, dofc);
+    return 0;
+}
+
+int solution::inversion()
+{
+    tell(pfeedback, "Start inversion...");
+    if (inverse()) {
+        fprintf(out, "\nProgram stops in inverse\n");
+        finish();
+        return -5;
+    }
+    double f = 1.0; // error propagation: plain cofactors
+    if (irun != -2 && statistics(&f)) {
+        finish();
+        return -1;
+    }
+    const bool tested = f != -1.0;
+    stddev(tested ? f : 1.0);
+    if (tested && (icon == 1 || icon == 3)) writeQcon();
+    finish();
+    return 0;
+}
+
+// Takes the histogram arrays. Returns 0, or after finish() -6 (common arrays, distances,
+// height differences, directions, vertical angles), -7 (azimuths), -8 (baselines).
+int solution::statalloc()
+{
+    struct counter {
+        int **array;
+        int n;
+        int code;
+    };
+    const counter counters[] = {{&hall, 1, -6},      {&hdist, ndist, -6}, {&hdifh, ndifh, -6},
+                                {&hdir1, ndir1, -6}, {&hdir2, ndir2, -6}, {&haz, naz, -7},
+                                {&hgps1, ngps, -8},  {&hgps2, ngps, -8},  {&hgps3, ngps, -8}};
+    freestat();
+    hlim = (double *)zeroed(nclass, sizeof *hlim);
+    hnorm = (double *)zeroed(nclass, sizeof *hnorm);
+    int code = hlim && hnorm ? 0 : -6;
+    for (size_t k = 0; code == 0 && k < sizeof counters / sizeof counters[0]; k++) {
+        if (counters[k].n <= 0) continue;
+        *counters[k].array = (int *)zeroed(nclass, sizeof(int));
+        if (!*counters[k].array) code = counters[k].code;
+    }
+    if (code) finish();
+    return code;
+}
+
+void solution::freestat()
+{
+    double **const values[] = {&hlim, &hnorm};
+    int **const counts[] = {&hall, &hdist, &hdifh, &hdir1, &hdir2, &haz, &hgps1, &hgps2, &hgps3};
+    for (double **a : values) {
+        free(*a);
+        *a = NULL;
+    }
+    for (int **a : counts) {
+        free(*a);
+        *a = NULL;
+    }
+}
+
+// A list in metres: names, value, standard deviation.
+void solution::tracemeasures(const char *title, const measure *list, int n)
+{
+    fprintf(out, "%s", title);
+    for (const measure *m = list; m < list + n; m++)
+        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", m->p1->name, m->p2->name, m->val[0], m->val[1]);
+}
+
+// A list of angles, shown as horizontal ones whatever they are.
+void solution::tracehorizontal(const measure *list, int n)
+{
+    for (const measure *m = list; m < list + n; m++)
+        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", m->p1->name, m->p2->name, pproject->htoraw(1, m->val[0]),
+                pproject->htoraw(0, m->val[1]));
+}
+
+// Parallel lists of directions and vertical angles: one line a pair that names the same
+// points, otherwise both pairs of names with their index.
+void solution::tracepairs()
+{
+    for (int i = 0; i < ndir1; i++) {
+        const measure *h = dir1 + i, *v = dir2 + i;
+        const point *a = h->p1, *b = h->p2, *c = v->p1, *d = v->p2;
+        if (strcmp(a->name, c->name) == 0 && strcmp(b->name, d->name) == 0)
+            fprintf(out, "%8s  %8s%22.5lf%15.5lf%15.5lf%10.5lf\n", a->name, b->name, pproject->htoraw(1, h->val[0]),
+                    pproject->vtoraw(1, v->val[0]), pproject->htoraw(0, h->val[1]), pproject->vtoraw(0, v->val[1]));
+        else
+            fprintf(out, "dir1%4d %8s  %8s\ndir2%4d %8s  %8s\n", i, a->name, b->name, i, c->name, d->name);
+    }
+}
+
+void solution::tracedirections()
+{
+    fprintf(out, "directions\n");
+    if (ndir1 == ndir2) {
+        tracepairs();
+        return;
+    }
+    tracehorizontal(dir1, ndir1);
+    if (dim == 2 && ndir2 == 0) return;
+    fprintf(out, "\n");
+    tracehorizontal(dir2, ndir2);
+}
+
+void solution::traceobs(int withtyp)
+{
+    if (withtyp) {
+        fprintf(out, "distances\n");
+        for (const measure *m = dist; m < dist + ndist; m++)
+            fprintf(out, "%8s  %8s%22.5lf%15.5lf    %d\n", m->p1->name, m->p2->name, m->val[0], m->val[1], m->typ);
+    } else {
+        tracemeasures("distances\n", dist, ndist);
+    }
+    tracemeasures("height differences\n", difh, ndifh);
+    tracedirections();
+    fprintf(out, "gps baselines\n");
+    for (const gpsbase *g = gps; g < gps + ngps; g++)
+        fprintf(out, "%8s  %8s%22.6lf%15.6lf%15.6lf\n", g->p1->name, g->p2->name, g->dx[0], g->dx[1], g->dx[2]);
+    fprintf(out, "photo coordinates\n");
+    for (int i = 0; i < nobsuv; i++)
+        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", obsuv1[i].p1->name, obsuv1[i].p2->name, obsuv1[i].val[0],
+                obsuv2[i].val[0]);
+}
+
+// Mean of each coordinate over the points that use it for the datum, 0 where none does.
+// Nothing to do without datum rows and in dimension 1.
+void solution::setcentre()
+{
+    if (ndatum == 0 || dim == 1) return;
+    for (int k = 0; k < dim; k++) {
+        double sum = 0.0;
+        int n = 0;
+        for (const point *p = points; p < points + npoints; p++) {
+            if (p->defdatum[k] != DATUM_USED) continue;
+            sum += p->xpt[k];
+            n++;
+        }
+        centre[k] = n > 0 ? sum / n : 0.0;
+    }
+}
+
+// Initial less current value of the coordinate with the unknown col; previous when no
+// coordinate has it.
+double solution::importdiff(int col, double previous)
+{
+    for (const point *p = points; p < points + npoints; p++)
+        for (int k = 0; k < 3; k++)
+            if (p->n0[k] == col) return p->x0[k] - p->xpt[k];
+    return previous;
+}

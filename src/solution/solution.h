@@ -34,7 +34,13 @@ public:
     virtual void buildgps(int ibase, const int iu[6], const double w[3]) = 0;
     virtual int inverse() = 0; // makes inv; non-zero stops the inversion
 
+    // Adjusts. Returns 0; -2 stop in prepare; -3 stop in resolution; -4 divergence or no
+    // convergence. After 0 with irun other than 0 the arrays stand for inversion; on every
+    // other road they are released.
     int iterate();
+
+    // Inverse, statistics, standard deviations. Returns 0; -1 no memory for the histograms;
+    // -5 no inverse. The arrays are released.
     int inversion();
 
 protected:
@@ -43,6 +49,11 @@ protected:
     ~solution() {} // objects are deleted through their own class
 
     // frame
+    int iterations(int *iter);
+    int testdelta(int iter, double limit, double *largest);
+    void plainreport();
+    int statistics(double *sigpost);
+    double meansigma();
     void normal();
     int statalloc();
     void freestat(); // releases the histogram arrays
@@ -72,6 +83,15 @@ protected:
     void dir2row2(int i, double w, const double d[3], double ca, double sa, double cb, double l, const double g[3],
                   const double r1[3][3], const double r2[3][3], int l1, int l2);
     double azcomp(int i);
+    void difference(int kind, int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
+    void toinstrument(const double d[3], double e[3]);
+    void coorentries(const measure *m, double f, const double v[3], const double r1[3][3], const double r2[3][3],
+                     int l1, int l2);
+    void lumpentries(const measure *m, double f, const double v[3], const double r1[3][3], const double r2[3][3],
+                     int l1, int l2);
+    void coorentry(int number, double c);  // appends to the first-kind row
+    void paramentry(int number, double c); // appends to the second-kind row
+    double withinturn(double v);           // a misclosure of angles, brought back by one turn at most
 
     // reductions
     double distred(int i);
@@ -99,7 +119,12 @@ protected:
 
     // shared by the least-squares solvers
     void traceobs(int withtyp); // lists the observations; withtyp adds typ to a distance
-    void setcentre();           // means of the datum coordinates
+    void tracemeasures(const char *title, const measure *list, int n);
+    void tracedirections();
+    void tracepairs();
+    void tracehorizontal(const measure *list, int n);
+    void setcentre(); // means of the datum coordinates
+    double importdiff(int col, double previous);
 
     // statistics
     double rescov(double *dofc, double *vdist, double *vdifh, double *vdir1, double *vdir2, double *vaz, double *vgps,
@@ -230,6 +255,10 @@ protected:
     camera *cameras;
     tempresult *temp_res;
 };
+
+// Weight factor of an observation: a-priori standard deviation s of its list over its own,
+// WEIGHT_CAP when that one is not at least SIGMA_LIMIT.
+double weightfactor(double s, double sigma);
 
 // Brings an angle (radians) below two pi in magnitude, keeping its sign.
 void reduceangle(double *a);

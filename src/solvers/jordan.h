@@ -9,20 +9,32 @@ class jordan final : public solution {
 public:
     explicit jordan(const solverinput &in);
 
-    void finish() override;
+    void finish() override; // may be called twice
     void banner() override;
     void debugnormal() override;
-    int prepare() override;
+    int prepare() override; // -1 without memory
     void zeronormal() override;
-    int resolution() override;
+    int resolution() override; // -20 without memory: delta and inv are zero then
     void addrow(int n1, int n2, double b) override;
     void buildgps(int ibase, const int iu[6], const double w[3]) override;
-    int inverse() override;
+    int inverse() override; // as resolution, for error propagation; otherwise inv stands already
 
 private:
     friend struct jordan_access; // white-box tests
 
+    void debugrows(const char *title, int first, int last, long *count);
+    void addimport();
+    void datumentry(int row, int col, double c);
+    void datumheights(int r0);
+    void datumplane(int r0);
+    void datumspace(int r0);
+    void datumtilts(int row, const point *p, const double d[3]);
+    void datumturn(int row, const point *p, const double d[3]);
+    void datumscale(int row, const point *p, const double d[3]);
     void gaussj(const double *a, double *b, int n, double *x, double *ainv, double *det);
+    void eliminate(double *a, double *b, int n, double *det, int *pivots, char *used);
+    static double preparerow(double *a, double *b, int n, int irow, int icol);
+    static void unscramble(double *a, int n, const int *pivots);
     static void swapd(double *a, double *b);
     static double clampdet(double det);
     void seterror(int code);
