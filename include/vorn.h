@@ -133,6 +133,12 @@ private:
     void drop_pointindex();
     void drop_hostindex();
 
+    // images
+    int count_lines(const image_input *im);
+    int fill_cameras();
+    int search_camera(const char *name) const;
+    int fill_image(const image_input *im, int icam, point *station, int *k);
+
     // set-up
     void trigapprox();
     void summary();
@@ -150,6 +156,7 @@ private:
     void handover(solverinput *in); // everything a solver works on
     void clean();
     int backtoproject();
+    int writecon(); // the connected-net file of the export; 0 or -9
     void fill_obs_stat();
     int fill_obs_res();
     void fill_1D(int i);

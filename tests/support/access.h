@@ -46,6 +46,7 @@ struct vorn_access {
     static constexpr auto handover = &vorn::handover;
     static constexpr auto clean = &vorn::clean;
     static constexpr auto backtoproject = &vorn::backtoproject;
+    static constexpr auto writecon = &vorn::writecon;
     static constexpr auto fill_obs_stat = &vorn::fill_obs_stat;
     static constexpr auto fill_obs_res = &vorn::fill_obs_res;
     static constexpr auto fill_1D = &vorn::fill_1D;
