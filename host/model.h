@@ -41,6 +41,13 @@ struct StationNote {
 };
 
 struct Model {
+    // A copy would keep the arrays of its original; a moved model keeps its own.
+    Model() = default;
+    Model(const Model &) = delete;
+    Model &operator=(const Model &) = delete;
+    Model(Model &&) = default;
+    Model &operator=(Model &&) = default;
+
     std::string title;
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path

@@ -124,6 +124,8 @@ void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
     cut_at_commas(line, out, faults);
     const bool nothing = std::all_of(out.begin(), out.end(), [](const Cell &cell) { return cell.text.empty(); });
     if (nothing) out.clear();
+    // Spreadsheets write empty cells behind the last column.
+    while (out.size() > std::max<size_t>(width, 1) && out.back().text.empty()) out.pop_back();
 }
 
 void Table::cut_at_blanks(Line line, std::vector<Cell> &out) const

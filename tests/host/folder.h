@@ -1,0 +1,75 @@
+// A temporary folder with files of a test, and what the reader makes of them.
+
+#ifndef TESTS_HOST_FOLDER_H
+#define TESTS_HOST_FOLDER_H
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "network_file.h"
+
+using Lines = std::vector<std::string>;
+
+class Folder {
+public:
+    Folder()
+    {
+        char pattern[] = "/tmp/vornXXXXXX";
+        path = mkdtemp(pattern) ? pattern : "/nowhere";
+    }
+    ~Folder() { std::filesystem::remove_all(path); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+
+    std::string file(const std::string &name) const { return path + "/" + name; }
+    std::string write(const std::string &name, const std::string &text) const
+    {
+        std::ofstream(file(name), std::ios::binary) << text;
+        return file(name);
+    }
+
+    // Reads net.inp; returns the lines of its faults without the folder's path.
+    Lines read(const std::string &name = "net.inp")
+    {
+        accepted = vornhost::read_network(file(name), model, faults);
+        Lines lines = faults.lines();
+        for (std::string &line : lines) shorten(line);
+        return lines;
+    }
+
+    void shorten(std::string &line) const
+    {
+        const std::string prefix = path + "/";
+        for (size_t at = line.find(prefix); at != std::string::npos; at = line.find(prefix, at))
+            line.erase(at, prefix.size());
+    }
+
+    std::string path;
+    vornhost::Model model;
+    vornhost::Faults faults;
+    bool accepted = false;
+};
+
+// Faults of a network file with this text.
+inline Lines faults_of(const std::string &text)
+{
+    Folder folder;
+    folder.write("net.inp", text);
+    return folder.read();
+}
+
+// The model of a network file that has no faults.
+inline vornhost::Model model_of(const std::string &text, Lines *faults = nullptr)
+{
+    Folder folder;
+    folder.write("net.inp", text);
+    const Lines lines = folder.read();
+    if (faults) *faults = lines;
+    return std::move(folder.model);
+}
+
+#endif
