@@ -154,6 +154,7 @@ private:
 
     // end of a run
     void handover(solverinput *in); // everything a solver works on
+    bool take_temp_res(const char *entry);
     void clean();
     int backtoproject();
     int writecon(); // the connected-net file of the export; 0 or -9

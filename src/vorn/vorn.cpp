@@ -188,27 +188,26 @@ void vorn::handover(solverinput *in)
     in->temp_res = temp_res;
 }
 
+// The record that the statistics fill; a run of error propagation has none.
+bool vorn::take_temp_res(const char *entry)
+{
+    free(temp_res);
+    temp_res = NULL;
+    if (irun == -2) return true;
+    temp_res = (tempresult *)zeroed(1, sizeof(tempresult));
+    if (!temp_res) fprintf(out, "%s: Cannot allocate temp_res\n", entry);
+    return temp_res;
+}
+
 int vorn::vornL2()
 {
-    if (irun != -2) {
-        temp_res = (tempresult *)zeroed(1, sizeof(tempresult));
-        if (!temp_res) {
-            fprintf(out, "vornL2+: Cannot allocate temp_res\n");
-            return -1;
-        }
-    }
+    if (!take_temp_res("vornL2+")) return -1;
     return -1;
 }
 
 int vorn::vornjordan()
 {
-    if (irun != -2) {
-        temp_res = (tempresult *)zeroed(1, sizeof(tempresult));
-        if (!temp_res) {
-            fprintf(out, "vornjordan: Cannot allocate temp_res\n");
-            return -1;
-        }
-    }
+    if (!take_temp_res("vornjordan")) return -1;
     solverinput in;
     handover(&in);
     pjordan = new (std::nothrow) jordan(in);
