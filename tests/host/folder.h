@@ -4,6 +4,9 @@
 #define TESTS_HOST_FOLDER_H
 
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -30,6 +33,17 @@ public:
     {
         std::ofstream(file(name), std::ios::binary) << text;
         return file(name);
+    }
+
+    // A socket: a file that exists and that nobody can open.
+    void make_socket(const std::string &name) const
+    {
+        sockaddr_un address = sockaddr_un();
+        address.sun_family = AF_UNIX;
+        file(name).copy(address.sun_path, sizeof address.sun_path - 1);
+        const int handle = socket(AF_UNIX, SOCK_STREAM, 0);
+        if (bind(handle, (const sockaddr *)&address, sizeof address) != 0) abort();
+        close(handle);
     }
 
     // Reads net.inp; returns the lines of its faults without the folder's path.
