@@ -1,8 +1,29 @@
 #include <gtest/gtest.h>
 #include <math.h>
+#include <stdlib.h>
+
+#include <new>
 
 #include "support/access.h"
+#include "support/faults.h"
 #include "support/network.h"
+
+namespace {
+
+bool holds(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+// A station between three fixed targets.
+void add_plane(Network &n)
+{
+    n.station("S", 10, 20);
+    const double x[3] = {100, 0, -50}, y[3] = {0, 100, -50};
+    const char *names[3] = {"A", "B", "C"};
+    for (int i = 0; i < 3; i++) {
+        target_input &t = n.target(names[i], x[i], y[i]);
+        t.ix[0] = t.ix[1] = CODE_FIXED;
+        n.distance("S", names[i], hypot(x[i] - 10, y[i] - 20), 0.001);
+    }
+}
 
 TEST(VornConstructor, TurnsLatitudeIntoRadians)
 {
@@ -10,4 +31,253 @@ TEST(VornConstructor, TurnsLatitudeIntoRadians)
     n.p.latitude = 180.0;
     vorn run(n.ready());
     EXPECT_DOUBLE_EQ(V(run, latitude), 4.0 * atan(1.0));
+    EXPECT_DOUBLE_EQ(V(run, pi), 4.0 * atan(1.0));
+    EXPECT_EQ(n.p.latitude, 180.0);
 }
+
+TEST(VornConstructor, CopiesTheSettings)
+{
+    Network n(2);
+    project &p = n.p;
+    p.irun = -2;
+    p.idebug = 9;
+    p.iearth = 2;
+    p.radius = 1;
+    for (int i = 0; i < 3; i++) p.trans[i] = 2 + i;
+    p.horigin = 5;
+    p.itmax = 6;
+    p.convergence = 7;
+    p.iredux = 8;
+    p.iunit = 2;
+    p.sdist = 10;
+    p.sdifh = 11;
+    p.sdir1 = 12;
+    p.sdir2 = 13;
+    p.suv = 14;
+    p.saz = 15;
+    p.sgps = 16;
+    vorn run(n.ready());
+    EXPECT_EQ(V(run, pproject), &p);
+    EXPECT_EQ(V(run, pfeedback), &n.messages);
+    EXPECT_EQ(V(run, pname), p.filename); // the host's buffer itself
+    EXPECT_EQ(V(run, out), p.out);
+    EXPECT_EQ(V(run, idebug), 9);
+    EXPECT_EQ(V(run, dim), 2);
+    EXPECT_EQ(V(run, irun), -2);
+    EXPECT_EQ(V(run, iearth), 2);
+    EXPECT_EQ(V(run, radius), 1);
+    for (int i = 0; i < 3; i++) EXPECT_EQ(V(run, trans)[i], 2 + i);
+    EXPECT_EQ(V(run, horigin), 5);
+    EXPECT_EQ(V(run, itmax), 6);
+    EXPECT_EQ(V(run, convergence), 7);
+    EXPECT_EQ(V(run, iredux), 8);
+    EXPECT_EQ(V(run, iunit), 2);
+    EXPECT_EQ(V(run, sdist), 10);
+    EXPECT_EQ(V(run, sdifh), 11);
+    EXPECT_EQ(V(run, sdir1), 12);
+    EXPECT_EQ(V(run, sdir2), 13);
+    EXPECT_EQ(V(run, suv), 14);
+    EXPECT_EQ(V(run, saz), 15);
+    EXPECT_EQ(V(run, sgps), 16);
+}
+
+TEST(VornConstructor, SharesTheRecordsOfTheHost)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    n.target("T", 0, 0);
+    n.target("U", 0, 0);
+    for (int i = 0; i < 3; i++) n.distance("S", "T", 1, 1);
+    for (int i = 0; i < 4; i++) n.heightdiff("S", "T", 1, 1);
+    for (int i = 0; i < 5; i++) n.direction("S", "T", 1, 1);
+    for (int i = 0; i < 6; i++) n.vertical("S", "T", 1, 1);
+    vorn run(n.ready());
+    EXPECT_EQ(V(run, psta), n.stations.data());
+    EXPECT_EQ(V(run, npsta), 1);
+    EXPECT_EQ(V(run, ptar), n.targets.data());
+    EXPECT_EQ(V(run, nptar), 2);
+    EXPECT_EQ(V(run, pdist), n.distances.data());
+    EXPECT_EQ(V(run, npdist), 3);
+    EXPECT_EQ(V(run, pdifh), n.heightdiffs.data());
+    EXPECT_EQ(V(run, npdifh), 4);
+    EXPECT_EQ(V(run, pdir1), n.directions.data());
+    EXPECT_EQ(V(run, npdir1), 5);
+    EXPECT_EQ(V(run, pdir2), n.verticals.data());
+    EXPECT_EQ(V(run, npdir2), 6);
+}
+
+TEST(VornConstructor, AllocatesNothingAndStartsEmpty)
+{
+    Network n(3);
+    n.ready();
+    fail_allocation(0);
+    vorn run(&n.p);
+    EXPECT_EQ(allocations(), 0);
+    for (int count :
+         {V(run, nlump), V(run, icon), V(run, nexport), V(run, nimport), V(run, iapprox), V(run, nsta), V(run, ntar),
+          V(run, npoints), V(run, ndist), V(run, ndifh), V(run, ndir1), V(run, ndir2), V(run, nweighted), V(run, nfixh),
+          V(run, nobsuv), V(run, naz), V(run, ngps), V(run, ncamera), V(run, ndatum)})
+        EXPECT_EQ(count, 0);
+    for (const void *array : std::initializer_list<const void *>{
+             V(run, lumps), V(run, lcon), V(run, Qcon), V(run, points), V(run, dist), V(run, difh), V(run, dir1),
+             V(run, dir2), V(run, obsuv1), V(run, obsuv2), V(run, az), V(run, gps), V(run, cameras), V(run, temp_res)})
+        EXPECT_EQ(array, nullptr);
+}
+
+TEST(VornConstructor, SeesNoLaterChangeOfTheSettings)
+{
+    Network n(2);
+    vorn run(n.ready());
+    n.p.itmax = 99;
+    n.p.sdist = 99;
+    EXPECT_EQ(V(run, itmax), 20);
+    EXPECT_EQ(V(run, sdist), 1.0);
+}
+
+TEST(VornAssignment, CopiesMemberByMember)
+{
+    Network n(2), m(3);
+    add_plane(n);
+    vorn run(n.ready());
+    ASSERT_EQ((V(run, fill_vorn)()), 0);
+    // The copy is never destroyed: run owns the arrays.
+    alignas(vorn) unsigned char place[sizeof(vorn)];
+    vorn *copy = new (place) vorn(m.ready());
+    EXPECT_EQ(&(*copy = run), copy);
+    EXPECT_EQ(V(*copy, pproject), &n.p);
+    EXPECT_EQ(V(*copy, dim), 2);
+    EXPECT_EQ(V(*copy, points), V(run, points));
+    EXPECT_EQ(V(*copy, dist), V(run, dist));
+    EXPECT_EQ(V(*copy, npoints), 4);
+    EXPECT_EQ(V(*copy, sigma0), V(run, sigma0));
+}
+
+TEST(Vornstart, Returns0WhenReadyToSolve)
+{
+    Network n(2);
+    add_plane(n);
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), 0);
+    EXPECT_EQ(V(run, iapprox), 0);
+    EXPECT_EQ(n.messages.questions.size(), 1u);
+}
+
+TEST(Vornstart, ReturnsMinus1WhenLoadingFails)
+{
+    Network n(2);
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -1);
+    EXPECT_EQ(n.messages.lines.back(), "fill_vorn: Stop in verif");
+}
+
+TEST(Vornstart, WantsCoordinatesWhereItComputesNone)
+{
+    for (int photo = 0; photo < 2; photo++) {
+        Network n(photo ? 3 : 2);
+        add_plane(n);
+        for (auto &t : n.targets) t.ix[2] = CODE_FIXED;
+        for (int i = 0; i < 3; i++) n.stations[0].ir[i] = CODE_FIXED;
+        n.p.irun = photo ? 0 : -2;
+        n.p.iphoto = photo;
+        n.target("D", 0, 0).status = STATUS_COMPUTE;
+        n.distance("S", "D", 1, 1);
+        vorn run(n.ready());
+        V(run, iapprox) = 9;
+        EXPECT_EQ(run.vornstart(), -5);
+        EXPECT_TRUE(holds(n.report(), "\nvornstart: for error propagation, need coordinates\n"));
+        EXPECT_TRUE(n.messages.questions.empty());
+    }
+}
+
+TEST(Vornstart, ComputesNoCoordinatesForErrorPropagation)
+{
+    Network n(2);
+    add_plane(n);
+    n.p.irun = -2;
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), 0);
+    EXPECT_TRUE(n.messages.questions.empty());
+}
+
+TEST(Solvers, ReturnMinus1WithoutMemoryForTheStatistics)
+{
+    Network n(2);
+    add_plane(n);
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    fail_allocation(1);
+    EXPECT_EQ(run.vornL2(), -1);
+    EXPECT_TRUE(holds(n.report(), "vornL2+: Cannot allocate temp_res\n"));
+    fail_allocation(1);
+    EXPECT_EQ(run.vornjordan(), -1);
+    EXPECT_TRUE(holds(n.report(), "vornjordan: Cannot allocate temp_res\n"));
+    fail_allocation(0);
+    EXPECT_EQ(V(run, pcompact), nullptr); // no solver was built
+    EXPECT_EQ(V(run, pjordan), nullptr);
+    EXPECT_EQ(V(run, temp_res), nullptr);
+}
+
+TEST(Solvers, KeepNoStatisticsInErrorPropagationAndForAbsoluteValues)
+{
+    for (int irun : {-2, -1}) {
+        Network n(2);
+        add_plane(n);
+        n.p.irun = irun;
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        if (irun == -2)
+            run.vornjordan();
+        else
+            run.vornL1();
+        EXPECT_EQ(V(run, temp_res), nullptr);
+    }
+}
+
+TEST(Solvers, KeepTheStatisticsOfTheOtherRuns)
+{
+    for (int irun : {0, 1}) {
+        Network n(2);
+        add_plane(n);
+        n.p.irun = irun;
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        run.vornjordan();
+        EXPECT_NE(V(run, temp_res), nullptr);
+    }
+}
+
+TEST(Handover, PassesTheWholeNetworkToTheSolver)
+{
+    Network n(2);
+    add_plane(n);
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    solverinput in;
+    (V(run, handover)(&in));
+    EXPECT_EQ(in.pproject, &n.p);
+    EXPECT_EQ(in.points, V(run, points));
+    EXPECT_EQ(in.dist, V(run, dist));
+    EXPECT_EQ(in.nsta, 1);
+    EXPECT_EQ(in.ntar, 3);
+    EXPECT_EQ(in.ndist, 3);
+    EXPECT_EQ(in.ndifh + in.ndir1 + in.ndir2 + in.naz + in.ngps + in.nobsuv + in.ncamera, 0);
+    EXPECT_EQ(in.ia1, V(run, ia1));
+    EXPECT_EQ(in.datum, V(run, datum));
+    EXPECT_EQ(in.sigma0, V(run, sigma0));
+    EXPECT_EQ(in.nunk, V(run, nunk));
+    EXPECT_EQ(in.temp_res, nullptr);
+}
+
+TEST(VornDestructor, ReleasesTheConnectedNetAndClosesAFailedRun)
+{
+    Network n(3);
+    {
+        vorn run(n.ready());
+        EXPECT_EQ(run.vornstart(), -1);
+        V(run, lcon) = (int *)calloc(1, sizeof(int)); // a leak would show in the sanitizer
+        V(run, Qcon) = (double *)calloc(1, sizeof(double));
+    }
+    EXPECT_EQ(n.messages.lines.back(), "fill_vorn: Stop in verif");
+}
+
+} // namespace
