@@ -49,7 +49,20 @@ Model read(const std::string &text)
 
 } // namespace
 
-TEST(NetworkFile, ReadsTheExampleOfItsReference)
+TEST(NetworkFile, ReadsTheExampleInItsReference)
+{
+    std::ifstream file(SOURCE_DIR "/docs/network-file.md");
+    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const std::string mark = "```toml\n";
+    const size_t begin = text.find(mark) + mark.size();
+    const Model model = read(text.substr(begin, text.find("```", begin) - begin));
+    EXPECT_EQ(model.stations.size(), 2u);
+    EXPECT_EQ(model.targets.size(), 2u);
+    EXPECT_EQ(model.distances.size(), 3u);
+    EXPECT_EQ(model.directions.size(), 6u);
+}
+
+TEST(NetworkFile, ReadsASmallNetwork)
 {
     const Model model = read("[run]\n"
                              "title     = \"Distance-direction network\"\n"
