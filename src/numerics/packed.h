@@ -12,8 +12,9 @@
 // Place of row i, column j <= i in a packed matrix.
 inline size_t packed_place(size_t i, size_t j) { return i * (i + 1) / 2 + j; }
 
-// Number of elements of a packed matrix of order n.
-inline long long packed_size(long long n) { return n * (n + 1) / 2; }
+// Number of elements of a packed matrix of order n; -1, which no allocation accepts, when
+// it exceeds the range of the result.
+inline long long packed_size(long long n) { return n <= 3000000000LL ? n * (n + 1) / 2 : -1; }
 
 // Replaces a by its inverse. A pivot of exactly 0 is no error: it stays 0, the division
 // by it is left out, and the caller tests the result.

@@ -98,6 +98,7 @@ protected:
     void geomvec(int which, int i, double n[3], double l[3], double g[3]);
     double dir1red(int i);
     double dir2red(int i);
+    void tracereduction(const measure *m, double r);
 
     // images and baselines
     void norm_photo();
@@ -116,6 +117,14 @@ protected:
     void norm_lump();
     void norm_fixh();
     void norm_weighted();
+    int lumpposition(const point *p, int t);
+    int lumpmoved(const point *p, int t, double x[3], double r[3][3]);
+    void coorcondition(int number, double a, double b);
+    void paramcondition(int number, double a, double b);
+    void holdparam(int number, double wanted, double value);
+    void lumpconditions(const lump *l, int j);
+    void fixedscales(const lump *l);
+    void weightparam(const point *p, int k);
 
     // shared by the least-squares solvers
     void traceobs(int withtyp); // lists the observations; withtyp adds typ to a distance

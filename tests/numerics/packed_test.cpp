@@ -105,4 +105,5 @@ TEST(PackedMatrix, LiesByRowsOfTheLowerTriangle)
     for (size_t i = 0; i < 5; i++)
         for (size_t j = 0; j <= i; j++) EXPECT_EQ(place++, packed_place(i, j));
     EXPECT_EQ(15, packed_size(5));
+    EXPECT_EQ(-1, packed_size(6000000000LL)); // n (n + 1) exceeds 2^63
 }
