@@ -145,6 +145,7 @@ struct vorn_access {
 #define V(object, member) ((object).*vorn_access::member)
 
 struct solution_access {
+    static constexpr auto normal = &solution::normal;
     static constexpr auto statalloc = &solution::statalloc;
     static constexpr auto freestat = &solution::freestat;
     static constexpr auto norm_dist = &solution::norm_dist;
@@ -182,6 +183,8 @@ struct solution_access {
     static constexpr auto norm_weighted = &solution::norm_weighted;
     static constexpr auto traceobs = &solution::traceobs;
     static constexpr auto setcentre = &solution::setcentre;
+    static constexpr auto importdiff = &solution::importdiff;
+    static constexpr auto withinturn = &solution::withinturn;
     static constexpr auto rescov = &solution::rescov;
     static constexpr auto variances = &solution::variances;
     static constexpr auto resanalysis = &solution::resanalysis;
