@@ -1,0 +1,828 @@
+#include <gtest/gtest.h>
+#include <math.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <random>
+
+#include "support/bare.h"
+#include "support/faults.h"
+
+namespace {
+
+typedef std::vector<double> Matrix; // row by row
+
+// Records of a network and the solver on them; every point gets consecutive unknowns.
+class Solved : public BareRecords {
+public:
+    explicit Solved(int d) : BareRecords(d), dim(d) {}
+    ~Solved()
+    {
+        if (!s) return;
+        s->finish();
+        delete s;
+    }
+
+    point &add(const char *name, double x, double y, double z = 0.0)
+    {
+        point p = point();
+        snprintf(p.name, sizeof p.name, "%-8s", name);
+        p.xpt[0] = p.x0[0] = x;
+        p.xpt[1] = p.x0[1] = y;
+        p.xpt[2] = p.x0[2] = z;
+        p.xex[4] = 1.0;
+        for (int c = 0; c < 3; c++) {
+            p.n0[c] = dim == 1 ? (c == 2 ? nunk1++ : N_NONE) : c < dim ? nunk1++ : N_NONE;
+            p.defdatum[c] = DATUM_USED;
+        }
+        for (int c = 0; c < 6; c++) p.n1[c] = N_NONE;
+        points.push_back(p);
+        return points.back();
+    }
+
+    measure &observe(std::vector<measure> &list, int from, int to, double val, double sigma)
+    {
+        measure m = measure();
+        m.p1 = &points[from];
+        m.p2 = &points[to];
+        m.val[0] = val;
+        m.val[1] = sigma;
+        list.push_back(m);
+        return list.back();
+    }
+
+    jordan &solver(int nsta, int ndatum)
+    {
+        solverinput in = input();
+        in.points = points.data();
+        in.nsta = nsta;
+        in.ntar = (int)points.size() - nsta;
+        in.dist = dist.data(), in.ndist = (int)dist.size();
+        in.difh = difh.data(), in.ndifh = (int)difh.size();
+        in.gps = gps.data(), in.ngps = (int)gps.size();
+        in.sdist = in.sdifh = in.sdir1 = in.sdir2 = in.saz = in.sgps = in.suv = in.sigma0 = 1.0;
+        in.nunk1 = nunk1, in.nunk2 = nunk2, in.ndatum = ndatum, in.nunk = nunk1 + nunk2;
+        in.temp_res = &result;
+        s = new jordan(in);
+        return *s;
+    }
+    double norm(int r, int c) { return J(*s, norm)[(size_t)r * S(*s, nunk) + c]; }
+
+    int dim, nunk1 = 0, nunk2 = 0;
+    jordan *s = nullptr;
+};
+
+Matrix product(const Matrix &a, const Matrix &b, int n)
+{
+    Matrix c(n * n, 0.0);
+    for (int i = 0; i < n; i++)
+        for (int j = 0; j < n; j++)
+            for (int k = 0; k < n; k++) c[i * n + j] += a[i * n + k] * b[k * n + j];
+    return c;
+}
+
+// The elimination written out step by step, each search over the whole matrix.
+void reference(const Matrix &a, Matrix b, int n, Matrix *x, Matrix *ainv, double *det)
+{
+    Matrix &m = *ainv;
+    m = a;
+    std::vector<int> used(n, 0), rows(n), cols(n);
+    int irow = 0, icol = 0;
+    *det = 1.0;
+    for (int i = 0; i < n; i++) {
+        double big = 0.0;
+        for (int j = 0; j < n; j++)
+            for (int k = 0; k < n; k++)
+                if (!used[j] && !used[k] && fabs(m[j * n + k]) > big) {
+                    big = fabs(m[j * n + k]);
+                    irow = j;
+                    icol = k;
+                }
+        used[icol] = 1;
+        rows[i] = irow;
+        cols[i] = icol;
+        if (irow != icol) {
+            *det = -*det;
+            for (int k = 0; k < n; k++) std::swap(m[irow * n + k], m[icol * n + k]);
+            std::swap(b[irow], b[icol]);
+        }
+        const double p = m[icol * n + icol];
+        *det = p * *det > 1e100 ? 1e100 : p * *det;
+        m[icol * n + icol] = 1.0;
+        for (int k = 0; k < n; k++) m[icol * n + k] /= p;
+        b[icol] /= p;
+        for (int r = 0; r < n; r++) {
+            if (r == icol) continue;
+            const double f = m[r * n + icol];
+            m[r * n + icol] = 0.0;
+            for (int k = 0; k < n; k++) m[r * n + k] -= f * m[icol * n + k];
+            b[r] -= f * b[icol];
+        }
+    }
+    for (int i = n - 1; i >= 0; i--)
+        if (rows[i] != cols[i])
+            for (int r = 0; r < n; r++) std::swap(m[r * n + rows[i]], m[r * n + cols[i]]);
+    *x = b;
+}
+
+bool same(double a, double b) { return a == b || (isnan(a) && isnan(b)); }
+
+// Points in no special position.
+void scatter(Solved &r, int n)
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> one(-50.0, 50.0);
+    const char *names[] = {"A", "B", "C", "D", "E", "F", "G"};
+    for (int p = 0; p < n; p++) {
+        const double x = one(random), y = one(random), z = one(random);
+        r.add(names[p], x, y, z);
+    }
+}
+
+} // namespace
+
+// ---- gaussj ----
+
+TEST(Gaussj, SolvesAndInverts)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> one(-1.0, 1.0);
+    for (int n : {0, 1, 2, 3, 7, 20}) {
+        Matrix a(n * n), b(n), x(n), inv(n * n);
+        for (double &v : a) v = one(random);
+        for (double &v : b) v = one(random);
+        const Matrix a0 = a, b0 = b;
+        double det;
+        J(s, gaussj)(a.data(), b.data(), n, x.data(), inv.data(), &det);
+        EXPECT_EQ(a, a0); // left unchanged
+        const Matrix unit = product(a0, inv, n);
+        for (int i = 0; i < n; i++) {
+            double sum = 0.0;
+            for (int k = 0; k < n; k++) sum += a0[i * n + k] * x[k];
+            EXPECT_NEAR(sum, b0[i], 1e-11);
+            for (int j = 0; j < n; j++) EXPECT_NEAR(unit[i * n + j], i == j ? 1.0 : 0.0, 1e-11);
+        }
+    }
+}
+
+TEST(Gaussj, GivesTheDeterminantWithItsSign)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    const struct {
+        Matrix a;
+        int n;
+        double det;
+    } cases[] = {{{}, 0, 1.0},
+                 {{-3.0}, 1, -3.0},
+                 {{0, 1, 1, 0}, 2, -1.0},
+                 {{1, 2, 3, 4}, 2, -2.0},
+                 {{0, 1, 0, 0, 0, 1, 1, 0, 0}, 3, 1.0}, // a cyclic exchange is even
+                 {{2, -1, 0, -1, 2, -1, 0, -1, 2}, 3, 4.0}};
+    for (const auto &c : cases) {
+        Matrix b(c.n), x(c.n), inv(c.n * c.n);
+        double det;
+        J(s, gaussj)(c.a.data(), b.data(), c.n, x.data(), inv.data(), &det);
+        EXPECT_NEAR(det, c.det, 1e-14);
+    }
+}
+
+TEST(Gaussj, AgreesToTheBitWithTheStepsWrittenOut)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> few(-2, 2), order(1, 9);
+    for (int trial = 0; trial < 300; trial++) {
+        // Small whole numbers: many equal elements, many singular matrices.
+        const int n = order(random);
+        Matrix a(n * n), b(n), x(n), inv(n * n), x1, inv1;
+        for (double &v : a) v = few(random);
+        for (double &v : b) v = few(random) / 3.0;
+        double det, det1;
+        reference(a, b, n, &x1, &inv1, &det1);
+        J(s, gaussj)(a.data(), b.data(), n, x.data(), inv.data(), &det);
+        EXPECT_TRUE(same(det, det1)) << det << " " << det1;
+        for (int i = 0; i < n; i++) EXPECT_TRUE(same(x[i], x1[i])) << x[i] << " " << x1[i];
+        for (int i = 0; i < n * n; i++) EXPECT_TRUE(same(inv[i], inv1[i])) << inv[i] << " " << inv1[i];
+    }
+}
+
+TEST(Gaussj, SpreadsNotANumbersFromAMatrixOfZeros)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    Matrix a(9, 0.0), b = {1.0, 2.0, 3.0}, x(3), inv(9);
+    double det;
+    J(s, gaussj)(a.data(), b.data(), 3, x.data(), inv.data(), &det);
+    EXPECT_FALSE(isfinite(x[0]));
+    EXPECT_FALSE(isfinite(inv[0]));
+}
+
+TEST(Gaussj, TakesInfinitiesAndNotANumbersWithoutHarm)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    for (double v : {(double)NAN, (double)INFINITY}) {
+        Matrix a(16, v), b(4, v), x(4), inv(16);
+        double det;
+        J(s, gaussj)(a.data(), b.data(), 4, x.data(), inv.data(), &det);
+        EXPECT_TRUE(isnan(x[3]));
+    }
+}
+
+TEST(Gaussj, HoldsTheDeterminantFromAbove)
+{
+    EXPECT_EQ((*jordan_access::clampdet)(1e99), 1e99);
+    EXPECT_EQ((*jordan_access::clampdet)(1.1e100), 1e100);
+    EXPECT_EQ((*jordan_access::clampdet)(-1e300), -1e300);
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    const Matrix a = {1e60, 0, 0, 0, 1e60, 0, 0, 0, -0.5}; // 1e60, held, -0.5e100
+    Matrix b(3), x(3), inv(9);
+    double det;
+    J(s, gaussj)(a.data(), b.data(), 3, x.data(), inv.data(), &det);
+    EXPECT_DOUBLE_EQ(det, -0.5e100);
+}
+
+TEST(Gaussj, RecordsAFailedAllocationAndLeavesZeros)
+{
+    for (int n : {1, 2}) {
+        Solved r(2);
+        jordan &s = r.solver(0, 0);
+        Matrix a = {2, 0, 0, 2}, b = {1, 1}, x = {7, 7}, inv(4, 7.0);
+        double det = 7.0;
+        EXPECT_EQ(J(s, geterror)(), 0);
+        fail_allocation(n);
+        J(s, gaussj)(a.data(), b.data(), 2, x.data(), inv.data(), &det);
+        fail_allocation(0);
+        EXPECT_EQ(J(s, geterror)(), -20);
+        EXPECT_EQ(x, Matrix(2, 0.0));
+        EXPECT_EQ(inv, Matrix(4, 0.0));
+        EXPECT_EQ(det, 1.0);
+    }
+}
+
+TEST(JordanHelpers, ExchangeNumbersAndKeepTheLastError)
+{
+    double a = 1.0, b = 2.0;
+    (*jordan_access::swapd)(&a, &b);
+    EXPECT_EQ(a, 2.0);
+    EXPECT_EQ(b, 1.0);
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    EXPECT_EQ(J(s, tiny), 1.0e-20);
+    EXPECT_EQ(J(s, ierralloc), -20);
+    J(s, seterror)(5);
+    J(s, checkalloc)(&a);
+    EXPECT_EQ(J(s, geterror)(), 5);
+    J(s, checkalloc)(nullptr);
+    EXPECT_EQ(J(s, geterror)(), -20);
+}
+
+// ---- set-up and release ----
+
+TEST(JordanConstructor, HoldsNoArrays)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    EXPECT_EQ(J(s, norm), nullptr);
+    EXPECT_EQ(S(s, inv), nullptr);
+    EXPECT_EQ(J(s, ierror), 0);
+}
+
+TEST(JordanBanner, HeadsTheReport)
+{
+    Solved r(2);
+    r.solver(0, 0).banner();
+    EXPECT_EQ(r.n.report(), "\n\nGauss Jordan solution\nVersion 0.0\n");
+}
+
+TEST(JordanPrepare, TakesZeroedArraysOfTheOrderWithTheDatumRows)
+{
+    Solved r(2);
+    r.add("A", 1, 10);
+    r.add("B", 3, 20);
+    r.nunk2 = 1;
+    jordan &s = r.solver(0, 3);
+    EXPECT_EQ(s.prepare(), 0);
+    EXPECT_EQ(S(s, nunk), 8);
+    EXPECT_EQ(S(s, centre)[0], 2.0);
+    EXPECT_EQ(S(s, centre)[1], 15.0);
+    for (int k = 0; k < 64; k++) {
+        EXPECT_EQ(J(s, norm)[k], 0.0);
+        EXPECT_EQ(S(s, inv)[k], 0.0);
+    }
+    for (int k = 0; k < 8; k++) {
+        EXPECT_EQ(S(s, rhs)[k], 0.0);
+        EXPECT_EQ(S(s, delta)[k], 0.0);
+    }
+    EXPECT_EQ(r.n.report(), ""); // no trace without idebug
+}
+
+TEST(JordanPrepare, KeepsTheOrderWithoutDatumConditions)
+{
+    Solved r(2);
+    r.add("A", 1, 10);
+    jordan &s = r.solver(0, 0);
+    EXPECT_EQ(s.prepare(), 0);
+    EXPECT_EQ(S(s, nunk), 2);
+}
+
+TEST(JordanPrepare, TracesTheObservations)
+{
+    Solved r(2);
+    r.add("A", 1, 10);
+    r.add("B", 1, 20);
+    r.observe(r.dist, 0, 1, 10.5, 0.01).typ = 1;
+    r.n.p.idebug = 1;
+    r.solver(1, 0).prepare();
+    EXPECT_EQ(r.n.report(), "distances\nA         B                     10.50000        0.01000\n"
+                            "height differences\ndirections\ngps baselines\nphoto coordinates\n");
+}
+
+TEST(JordanPrepare, ReturnsMinus1WithoutMemoryAndTellsWhichPair)
+{
+    for (int k = 1; k <= 4; k++) {
+        Solved r(2);
+        r.add("A", 1, 10);
+        jordan &s = r.solver(0, 0);
+        fail_allocation(k);
+        EXPECT_EQ(s.prepare(), -1);
+        fail_allocation(0);
+        EXPECT_EQ(r.n.report(), k <= 2 ? "pb with allocation of norm\n" : "pb with allocation of inv\n");
+    }
+}
+
+TEST(JordanFinish, ReleasesEverythingAndMayBeCalledTwice)
+{
+    Solved r(3);
+    r.add("A", 1, 10, 5);
+    jordan &s = r.solver(0, 0);
+    s.prepare();
+    S(s, statalloc)();
+    s.finish();
+    for (double *a : {S(s, rhs), S(s, delta), S(s, inv), J(s, norm), S(s, hlim), S(s, hnorm)}) EXPECT_EQ(a, nullptr);
+    EXPECT_EQ(S(s, hall), nullptr);
+    s.finish();
+    EXPECT_EQ(r.n.report(), ""); // a missing file of stations is normal
+}
+
+// ---- normal equations ----
+
+namespace {
+
+void write_row(jordan &s, const std::vector<int> &u1, const Matrix &a1, const std::vector<int> &u2, const Matrix &a2,
+               double b)
+{
+    for (size_t k = 0; k < u1.size(); k++) {
+        S(s, ia1)[k + 1] = u1[k];
+        S(s, a1)[k + 1] = a1[k];
+    }
+    for (size_t k = 0; k < u2.size(); k++) {
+        S(s, ia2)[k + 1] = u2[k];
+        S(s, a2)[k + 1] = a2[k];
+    }
+    s.addrow((int)u1.size(), (int)u2.size(), b);
+}
+
+} // namespace
+
+TEST(JordanAddrow, AddsTheProductsOfARowToBothTriangles)
+{
+    Solved r(2);
+    r.nunk1 = 5;
+    r.nunk2 = 4;
+    jordan &s = r.solver(0, 0);
+    s.prepare();
+    Matrix n(81, 0.0), h(9, 0.0);
+    const struct {
+        std::vector<int> u1;
+        Matrix a1;
+        std::vector<int> u2;
+        Matrix a2;
+        double b;
+    } rows[] = {{{4, 0}, {2, 3}, {1}, {5}, 0.5},
+                {{}, {}, {3, 0}, {7, -1}, 2.0},
+                {{2, 2}, {1.5, 0.5}, {}, {}, -3.0}, // a number that occurs twice adds up
+                {{}, {}, {}, {}, 9.0}};
+    for (const auto &row : rows) {
+        write_row(s, row.u1, row.a1, row.u2, row.a2, row.b);
+        Matrix a(9, 0.0);
+        for (size_t k = 0; k < row.u1.size(); k++) a[row.u1[k]] += row.a1[k];
+        for (size_t k = 0; k < row.u2.size(); k++) a[5 + row.u2[k]] += row.a2[k];
+        for (int i = 0; i < 9; i++) {
+            h[i] += a[i] * row.b;
+            for (int j = 0; j < 9; j++) n[i * 9 + j] += a[i] * a[j];
+        }
+    }
+    for (int i = 0; i < 9; i++) {
+        EXPECT_DOUBLE_EQ(S(s, rhs)[i], h[i]);
+        for (int j = 0; j < 9; j++) EXPECT_DOUBLE_EQ(r.norm(i, j), n[i * 9 + j]);
+    }
+}
+
+TEST(JordanAddrow, TakesTheLongestRow)
+{
+    Solved r(3);
+    r.nunk1 = 7;
+    r.nunk2 = 17;
+    jordan &s = r.solver(0, 0);
+    s.prepare();
+    std::vector<int> u1, u2;
+    for (int k = 0; k < 7; k++) u1.push_back(k);
+    for (int k = 0; k < 17; k++) u2.push_back(k);
+    write_row(s, u1, Matrix(7, 2.0), u2, Matrix(17, 3.0), 1.0);
+    EXPECT_EQ(r.norm(0, 23), 6.0);
+    EXPECT_EQ(r.norm(23, 23), 9.0);
+    EXPECT_EQ(S(s, rhs)[23], 3.0);
+}
+
+TEST(JordanBuildgps, AddsTheWeightBlockOfABaseline)
+{
+    const int numbers[][6] = {{0, 1, 2, 3, 4, 5}, {-1, -1, -1, 0, 1, 2}, {5, -1, 2, -1, 0, 1}, {3, 4, 5, 0, 1, 2}};
+    for (const auto &iu : numbers) {
+        Solved r(3);
+        r.nunk1 = 6;
+        gpsbase g = gpsbase();
+        const double packed[6] = {4, 1, 5, 0.5, -2, 6};
+        for (int k = 0; k < 6; k++) g.w[k] = packed[k];
+        r.gps.push_back(g);
+        jordan &s = r.solver(0, 0);
+        s.prepare();
+        const double w[3] = {0.1, -0.2, 0.3};
+        s.buildgps(0, iu, w);
+        // A' W A and A' W w with A = (-1 at the first point, 1 at the second)
+        const double W[3][3] = {{4, 1, 0.5}, {1, 5, -2}, {0.5, -2, 6}};
+        double a[3][6] = {};
+        for (int c = 0; c < 6; c++)
+            if (iu[c] >= 0) a[c % 3][iu[c]] = c < 3 ? -1.0 : 1.0;
+        for (int i = 0; i < 6; i++) {
+            double h = 0.0;
+            for (int k = 0; k < 3; k++)
+                for (int l = 0; l < 3; l++) h += a[k][i] * W[k][l] * w[l];
+            EXPECT_NEAR(S(s, rhs)[i], h, 1e-15);
+            for (int j = 0; j < 6; j++) {
+                double n = 0.0;
+                for (int k = 0; k < 3; k++)
+                    for (int l = 0; l < 3; l++) n += a[k][i] * W[k][l] * a[l][j];
+                EXPECT_NEAR(r.norm(i, j), n, 1e-15);
+            }
+        }
+    }
+}
+
+// ---- datum rows ----
+
+namespace {
+
+// An entry of the conditions: row, axis of its column, value, flag that it needs (-1 none).
+struct Entry {
+    int row, axis;
+    char value; // 1; x, y, z less the centre; X, Y, Z the negative
+    int flag;
+};
+
+double valueof(char v, const double d[3])
+{
+    switch (v) {
+    case 'x': return d[0];
+    case 'y': return d[1];
+    case 'z': return d[2];
+    case 'X': return -d[0];
+    case 'Y': return -d[1];
+    case 'Z': return -d[2];
+    }
+    return 1.0;
+}
+
+// Every combination of used and other coordinates over seven points.
+void expect_table(int dim, int ndatum, const std::vector<Entry> &table)
+{
+    Solved r(dim);
+    scatter(r, 7);
+    for (int p = 0; p < 7; p++)
+        for (int c = 0; c < 3; c++) r.points[p].defdatum[c] = (p + 1) >> c & 1 ? DATUM_USED : -(p % 2);
+    r.nunk2 = 2;
+    jordan &s = r.solver(0, ndatum);
+    s.prepare();
+    J(s, norm)[0] = 5.0;
+    S(s, rhs)[1] = 5.0;
+    S(s, delta)[1] = 5.0;
+    s.zeronormal();
+    const int n = S(s, nunk), r0 = r.nunk1 + 2;
+    Matrix want((size_t)n * n, 0.0);
+    for (const point &p : r.points) {
+        double d[3];
+        for (int c = 0; c < 3; c++) d[c] = p.xpt[c] - S(s, centre)[c];
+        for (const Entry &e : table) {
+            if (e.flag >= 0 && p.defdatum[e.flag] != 1) continue;
+            const size_t row = r0 + e.row, col = p.n0[e.axis];
+            want[row * n + col] = want[col * n + row] = valueof(e.value, d);
+        }
+    }
+    for (int i = 0; i < n; i++) {
+        EXPECT_EQ(S(s, rhs)[i], 0.0);
+        for (int j = 0; j < n; j++) EXPECT_EQ(r.norm(i, j), want[(size_t)i * n + j]) << i << " " << j;
+    }
+    EXPECT_EQ(S(s, delta)[1], 5.0); // keeps its values
+}
+
+const std::vector<Entry> SHIFTS = {{0, 0, '1', 0}, {1, 1, '1', 1}, {2, 2, '1', 2}};
+const std::vector<Entry> TURNS = {{3, 1, 'Z', 2}, {3, 2, 'y', 1}, {4, 0, 'z', -1},
+                                  {4, 2, 'X', 0}, {5, 0, 'Y', 1}, {5, 1, 'x', 0}};
+
+std::vector<Entry> joined(std::vector<Entry> a, const std::vector<Entry> &b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+std::vector<Entry> scaleat(int row) { return {{row, 0, 'x', 0}, {row, 1, 'y', 1}, {row, 2, 'z', 2}}; }
+
+} // namespace
+
+TEST(JordanDatum, HeightsAreHeldByTheirSum) { expect_table(1, 1, {{0, 2, '1', 2}}); }
+
+TEST(JordanDatum, PlaneHasShiftsAndTurn)
+{
+    expect_table(2, 3, {{0, 0, '1', 0}, {1, 1, '1', 1}, {2, 0, 'Y', 1}, {2, 1, 'x', 0}});
+}
+
+TEST(JordanDatum, PlaneWithoutDistancesHasTheScaleToo)
+{
+    expect_table(2, 4,
+                 {{0, 0, '1', 0}, {1, 1, '1', 1}, {2, 0, 'Y', 1}, {2, 1, 'x', 0}, {3, 0, 'x', 0}, {3, 1, 'y', 1}});
+}
+
+TEST(JordanDatum, SpaceHasShifts) { expect_table(3, 3, SHIFTS); }
+
+TEST(JordanDatum, SpaceWithHeightDifferencesHasTheTurnAboutTheThirdAxis)
+{
+    const std::vector<Entry> turn = joined(SHIFTS, {{3, 0, 'Y', 1}, {3, 1, 'x', 0}});
+    expect_table(3, 4, turn);
+    expect_table(3, 5, joined(turn, scaleat(4)));
+}
+
+TEST(JordanDatum, SpaceHasThreeTurnsAndScale)
+{
+    expect_table(3, 6, joined(SHIFTS, TURNS));
+    expect_table(3, 7, joined(joined(SHIFTS, TURNS), scaleat(6)));
+}
+
+TEST(JordanDatum, LeavesOutCoordinatesWithoutUnknown)
+{
+    for (int dim : {1, 2, 3}) {
+        Solved r(dim);
+        scatter(r, 3);
+        for (int c = 0; c < 3; c++) r.points[1].n0[c] = N_NONE; // fixed, but flagged for the datum
+        jordan &s = r.solver(0, dim == 1 ? 1 : dim == 2 ? 4 : 7);
+        s.prepare();
+        s.zeronormal();
+        for (int k = 0; k < S(s, ndatum); k++)
+            for (int c = 0; c < dim; c++) EXPECT_EQ(r.norm(r.nunk1 + k, dim + c), 0.0);
+        EXPECT_EQ(r.norm(r.nunk1, 0), 1.0);
+        if (dim > 1) {
+            EXPECT_EQ(r.norm(r.nunk1 + 1, 0), 0.0); // nothing strays into the first column
+        }
+    }
+}
+
+// The conditions span what the observations of a free network do not determine: no distance
+// changes along them, and the scale changes each distance by itself.
+TEST(JordanDatum, ShiftsAndTurnsChangeNoDistance)
+{
+    for (int dim : {2, 3}) {
+        Solved r(dim);
+        scatter(r, 5);
+        for (int p = 0; p < 5; p++)
+            for (int q = 0; q < p; q++) r.observe(r.dist, p, q, 10.0, 1.0);
+        // In the plane a scale row needs a network without distances, in space it has its own count.
+        const int nfree = dim == 2 ? 3 : 6;
+        jordan &s = r.solver(5, nfree + 1);
+        s.prepare();
+        s.zeronormal();
+        for (const measure &m : r.dist) {
+            double d[3], length = 0.0;
+            for (int c = 0; c < dim; c++) {
+                d[c] = m.p2->xpt[c] - m.p1->xpt[c];
+                length += d[c] * d[c];
+            }
+            length = sqrt(length);
+            for (int k = 0; k <= nfree; k++) {
+                double change = 0.0;
+                for (int c = 0; c < dim; c++)
+                    change += d[c] / length * (r.norm(r.nunk1 + k, m.p2->n0[c]) - r.norm(r.nunk1 + k, m.p1->n0[c]));
+                EXPECT_NEAR(change, k < nfree ? 0.0 : length, 1e-12) << k;
+            }
+        }
+    }
+}
+
+TEST(JordanDatum, TurnsAndScaleAreOrthogonalToShifts)
+{
+    Solved r(3);
+    scatter(r, 6);
+    jordan &s = r.solver(0, 7);
+    s.prepare();
+    s.zeronormal();
+    for (int k = 0; k < 3; k++)
+        for (int l = 3; l < 7; l++) {
+            double sum = 0.0;
+            for (int c = 0; c < r.nunk1; c++) sum += r.norm(r.nunk1 + k, c) * r.norm(r.nunk1 + l, c);
+            EXPECT_NEAR(sum, 0.0, 1e-11); // the centre is the mean
+        }
+}
+
+TEST(JordanResolution, SatisfiesTheConditionsAndLeavesMultipliersOfZero)
+{
+    for (int dim : {2, 3}) {
+        Solved r(dim);
+        scatter(r, 6);
+        for (int p = 0; p < 6; p++)
+            for (int q = 0; q < p; q++) {
+                double sum = 0.0;
+                for (int c = 0; c < dim; c++) sum += pow(r.points[p].xpt[c] - r.points[q].xpt[c], 2);
+                r.observe(r.dist, p, q, sqrt(sum) + 0.01 * ((p * q) % 5 - 2), 0.01);
+            }
+        const int ndatum = dim == 2 ? 3 : 6;
+        jordan &s = r.solver(6, ndatum);
+        s.prepare();
+        s.zeronormal();
+        S(s, normal)();
+        ASSERT_EQ(s.resolution(), 0);
+        double largest = 0.0;
+        for (int c = 0; c < r.nunk1; c++) largest = fmax(largest, fabs(S(s, delta)[c]));
+        EXPECT_GT(largest, 1e-3);
+        for (int k = 0; k < ndatum; k++) {
+            double sum = 0.0;
+            for (int c = 0; c < r.nunk1; c++) sum += r.norm(r.nunk1 + k, c) * S(s, delta)[c];
+            EXPECT_NEAR(sum, 0.0, 1e-10);
+            EXPECT_NEAR(S(s, delta)[r.nunk1 + k], 0.0, 1e-9);
+        }
+    }
+}
+
+// ---- imported coordinates ----
+
+TEST(JordanImport, WeighsTheDifferencesFromTheImportedValues)
+{
+    for (int icon : {2, 3}) {
+        Solved r(2);
+        scatter(r, 3);
+        r.points[0].x0[0] += 0.5, r.points[0].x0[1] -= 0.25, r.points[2].x0[0] += 2.0;
+        jordan &s = r.solver(0, 0);
+        int lcon[2] = {4, 0}; // third point, then the first one
+        double Q[10];
+        for (int k = 0; k < 10; k++) Q[k] = k + 1.0;
+        S(s, icon) = icon;
+        S(s, nimport) = 2;
+        S(s, lcon) = lcon;
+        S(s, Qcon) = Q;
+        s.prepare();
+        s.zeronormal();
+        const double W[4][4] = {{1, 2, 4, 7}, {2, 3, 5, 8}, {4, 5, 6, 9}, {7, 8, 9, 10}};
+        const double t[4] = {2.0, 0.0, 0.5, -0.25};
+        const int at[4] = {4, 5, 0, 1};
+        for (int i = 0; i < 4; i++) {
+            double h = 0.0;
+            for (int j = 0; j < 4; j++) {
+                h += W[i][j] * t[j];
+                EXPECT_EQ(r.norm(at[i], at[j]), W[i][j]);
+            }
+            EXPECT_NEAR(S(s, rhs)[at[i]], h, 1e-12);
+        }
+        EXPECT_EQ(r.norm(2, 2), 0.0);
+    }
+}
+
+TEST(JordanImport, IsLeftOutOfAnExportAlone)
+{
+    Solved r(2);
+    scatter(r, 3);
+    jordan &s = r.solver(0, 0);
+    S(s, icon) = 1;
+    S(s, nimport) = 2; // lcon is null
+    s.prepare();
+    s.zeronormal();
+    EXPECT_EQ(r.norm(0, 0), 0.0);
+}
+
+TEST(JordanImport, CarriesTheDifferenceOverAtANumberThatNoCoordinateHas)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5).x0[2] = 5.5;
+    r.add("B", 0, 0, 7).x0[2] = 9.0;
+    jordan &s = r.solver(0, 0);
+    int lcon[4] = {1, -2, 77, 0}; // the second and third point dropped out
+    double Q[10] = {2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+    S(s, icon) = 2;
+    S(s, nimport) = 4;
+    S(s, lcon) = lcon;
+    S(s, Qcon) = Q;
+    s.prepare();
+    s.zeronormal();
+    EXPECT_EQ(r.norm(1, 1), 2.0);
+    EXPECT_EQ(r.norm(0, 1), 8.0);
+    EXPECT_EQ(r.norm(0, 0), 11.0);
+    EXPECT_DOUBLE_EQ(S(s, rhs)[1], 2.0 * 2 + 2.0 * 3 + 2.0 * 5 + 0.5 * 8);
+    EXPECT_DOUBLE_EQ(S(s, rhs)[0], 2.0 * 8 + 2.0 * 9 + 2.0 * 10 + 0.5 * 11);
+}
+
+// ---- trace of the system ----
+
+TEST(JordanDebugnormal, PrintsTheLowerTriangleWithItsCounterAndTheRightHandSide)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5);
+    r.add("B", 0, 0, 6);
+    r.nunk2 = 1;
+    jordan &s = r.solver(0, 1);
+    s.prepare();
+    s.zeronormal();
+    write_row(s, {0, 1}, {-2.0, 2.0}, {}, {}, 0.5);
+    write_row(s, {}, {}, {0}, {3.0}, -1.0);
+    s.debugnormal();
+    EXPECT_EQ(r.n.report(), "type 1\n"
+                            "line 0   delta           -1.000000000000\n"
+                            "0               4.000000000000\n"
+                            "line 1   delta            1.000000000000\n"
+                            "1              -4.000000000000\n"
+                            "2               4.000000000000\n"
+                            "type 2\n"
+                            "line 2   delta           -3.000000000000\n"
+                            "5               9.000000000000\n"
+                            "type 3\n"
+                            "line 3   delta            0.000000000000\n"
+                            "6               1.000000000000\n"
+                            "7               1.000000000000\n"
+                            "\nRHS to check\n"
+                            "first RHS     #  0 =           -1.000000000000\n"
+                            "first RHS     #  1 =            1.000000000000\n"
+                            "other RHS     #  0 =           -3.000000000000\n"
+                            "datum RHS     #  0 =            0.000000000000\n");
+}
+
+TEST(JordanDebugnormal, HasNoDatumLinesWithoutConditions)
+{
+    Solved r(1);
+    jordan &s = r.solver(0, 0);
+    s.prepare();
+    s.debugnormal();
+    EXPECT_EQ(r.n.report(), "type 1\ntype 2\ntype 3\n\nRHS to check\n");
+}
+
+// ---- inverse ----
+
+TEST(JordanInverse, StandsFromTheLastResolution)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5);
+    r.add("B", 0, 0, 6);
+    r.points[0].n0[2] = N_NONE;
+    r.points[1].n0[2] = 0;
+    r.nunk1 = 1;
+    r.observe(r.difh, 0, 1, 1.25, 0.5);
+    jordan &s = r.solver(0, 0);
+    s.prepare();
+    EXPECT_EQ(s.inverse(), 0);
+    EXPECT_EQ(S(s, inv)[0], 0.0); // nothing was done
+    s.zeronormal();
+    S(s, normal)();
+    EXPECT_EQ(s.resolution(), 0);
+    EXPECT_DOUBLE_EQ(S(s, delta)[0], 0.25);
+    EXPECT_DOUBLE_EQ(S(s, inv)[0], 0.25);
+    S(s, inv)[0] = 7.0;
+    EXPECT_EQ(s.inverse(), 0);
+    EXPECT_EQ(S(s, inv)[0], 7.0);
+    S(s, irun) = -2;
+    EXPECT_EQ(s.inverse(), 0);
+    EXPECT_DOUBLE_EQ(S(s, inv)[0], 0.25);
+}
+
+TEST(JordanResolution, FailsWithoutWorkArraysAndStopsTheRun)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5);
+    jordan &s = r.solver(0, 0);
+    fail_allocation(5); // behind the four arrays of prepare
+    EXPECT_EQ(s.iterate(), -3);
+    fail_allocation(0);
+    EXPECT_EQ(r.n.report(), "\n\nGauss Jordan solution\nVersion 0.0\n\nProgram stops in resolution\n");
+    EXPECT_EQ(r.points[0].xpt[2], 5.0);
+}
+
+TEST(JordanInverse, FailsWithoutWorkArraysAndStopsTheInversion)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5);
+    r.n.p.irun = -2;
+    jordan &s = r.solver(0, 0);
+    ASSERT_EQ(s.iterate(), 0);
+    fail_allocation(2);
+    EXPECT_EQ(s.inversion(), -5);
+    fail_allocation(0);
+    EXPECT_EQ(S(s, inv), nullptr);
+}
