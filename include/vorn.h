@@ -99,6 +99,7 @@ private:
 
     // steps of the loading
     int load_network(lumptables *t);
+    long long npoint_input() const;
     void give_up_lumps(const char *why);
     void count_observations(lumptables *t);
     double unit_sigma() const;

@@ -9,10 +9,8 @@
 
 #include "vorn.h"
 
-#include <limits.h>
 #include <stdlib.h>
 
-#include "numerics/memory.h"
 #include "vorn/message.h"
 #include "vorn/names.h"
 #include "vorn/numbers.h"
@@ -55,7 +53,7 @@ void vorn::chk_numbers(int *ilumtable, int *nsplitsta, int *nsplittar)
     nsta = ntar = 0;
     *nsplitsta = *nsplittar = 0;
     lumpcount c = {ilumtable, NULL, NULL, AT_STATION};
-    if (ilumtable) c.lumpindex = numberindex_make((long long)npsta + nptar);
+    if (ilumtable) c.lumpindex = numberindex_make(npoint_input());
     for (int i = 0; i < npsta; i++) {
         if (psta[i].status <= 0) continue;
         nsta++;
@@ -155,9 +153,6 @@ static long long count_marks(int **isplit, int first, int end, int nepoch)
     return n;
 }
 
-// A sum of counts, as an int.
-static int count_of(long long n) { return n > INT_MAX ? INT_MAX : (int)n; }
-
 void vorn::fill_isplit(int **isplit, int nsplitsta, int nsplittar, int nepoch, int *itimetable)
 {
     const int nrow = count_of((long long)nsplitsta + nsplittar);
@@ -192,8 +187,7 @@ void vorn::clean_templump(int *ilumtable, int *itimetable, int **isplit, int nep
     free(ilumtable);
     free(itimetable);
     if (nepoch == 0) return;
-    for (int i = 0; isplit && i < nrow; i++) free(isplit[i]);
-    free(isplit);
+    free_rows(isplit, nrow);
     nlump = 0;
     for (int i = 0; points && i < npoints; i++) points[i].ilump = 0;
 }

@@ -8,14 +8,14 @@
 
 #include "vorn.h"
 
-#include <limits.h>
 #include <math.h>
 #include <stdlib.h>
 
 #include "numerics/memory.h"
 #include "vorn/message.h"
-#include "vorn/names.h"
+#include "vorn/numbers.h"
 #include "vorn/records.h"
+#include "vorn/splitrows.h"
 
 // Tables of the lumps while the network is loaded.
 struct lumptables {
@@ -27,26 +27,18 @@ struct lumptables {
     int nepoch;      // epochs by which points are split; 0 without isplit
 };
 
-// A count from a sum of counts; it stays an int.
-static int count_of(long long n) { return n > INT_MAX ? INT_MAX : (int)n; }
-
-static void release_tables(int *ilumtable, int *itimetable, int **isplit, int nrow)
-{
-    free(ilumtable);
-    free(itimetable);
-    for (int i = 0; isplit && i < nrow; i++) free(isplit[i]);
-    free(isplit);
-}
-
 int vorn::fill_vorn()
 {
     lumptables t = {NULL, NULL, NULL, 0, 0, 0};
     const int result = load_network(&t);
+    const int nrow = count_of((long long)t.nsplitsta + t.nsplittar);
     if (result == 0) {
-        clean_templump(t.ilumtable, t.itimetable, t.isplit, t.nepoch, count_of((long long)t.nsplitsta + t.nsplittar));
+        clean_templump(t.ilumtable, t.itimetable, t.isplit, t.nepoch, nrow);
         if (icon == 2 || icon == 3) fill_connect();
     } else {
-        release_tables(t.ilumtable, t.itimetable, t.isplit, count_of((long long)t.nsplitsta + t.nsplittar));
+        free(t.ilumtable);
+        free(t.itimetable);
+        free_rows(t.isplit, nrow);
     }
     drop_hostindex();
     return result;
@@ -58,7 +50,7 @@ int vorn::load_network(lumptables *t)
         dim = 3;
         tell_and_print(pfeedback, out, "fill_vorn: With photogrammetric data, dim=3");
     }
-    t->ilumtable = (int *)zeroed((long long)npsta + nptar, sizeof(int));
+    t->ilumtable = (int *)zeroed(npoint_input(), sizeof(int));
     if (!t->ilumtable) give_up_lumps("fill_vorn: Could not allocate ilumtable=> no lumps");
     chk_numbers(t->ilumtable, &t->nsplitsta, &t->nsplittar);
     if (chk_connect() < 0) {
@@ -81,6 +73,9 @@ int vorn::load_network(lumptables *t)
     count_constants();
     return load_observations(t);
 }
+
+// Stations and targets of the host; a negative count counts for none.
+long long vorn::npoint_input() const { return (npsta > 0 ? npsta : 0LL) + (nptar > 0 ? nptar : 0LL); }
 
 // Goes on without lumps when a table of theirs could not be had.
 void vorn::give_up_lumps(const char *why)
@@ -126,7 +121,7 @@ static int **split_rows(int nrow, int nepoch)
     for (int i = 0; rows && i < nrow; i++) {
         rows[i] = (int *)zeroed(nepoch + 1LL, sizeof(int));
         if (rows[i]) continue;
-        release_tables(NULL, NULL, rows, i);
+        free_rows(rows, i);
         rows = NULL;
     }
     return rows;

@@ -3,6 +3,7 @@
 
 #include "vorn/numbers.h"
 
+#include <limits.h>
 #include <stdint.h>
 #include <stdlib.h>
 
@@ -18,6 +19,8 @@ struct numberindex {
     long long nfree;   // values that may still be entered
     numberslot *slots; // [mask + 1]
 };
+
+int count_of(long long n) { return n > INT_MAX ? INT_MAX : (int)n; }
 
 // The slot of a value, or the empty slot where it would stand.
 static numberslot *find_slot(const numberindex *ix, int value)

@@ -1,10 +1,14 @@
 // Index of numbers: from an int (a lump index, an epoch) to its place in a table of
-// distinct values.
+// distinct values. And the way back from a sum of counts to an int.
 
 #ifndef VORN_NUMBERS_H
 #define VORN_NUMBERS_H
 
 struct numberindex;
+
+// A sum of counts as an int; one that does not fit becomes the largest, for which there is
+// no memory.
+int count_of(long long n);
 
 // An empty index for at most n values; null without memory.
 numberindex *numberindex_make(long long n);

@@ -62,6 +62,7 @@ static bool count_members(int *start, int nstation, const group_input *groups, i
 // Both arrays null without memory.
 static membership make_membership(int nstation, const group_input *groups, int ngroup)
 {
+    if (nstation < 0) nstation = 0;
     membership m = {(int *)zeroed(nstation + 1LL, sizeof(int)), NULL};
     int *next = (int *)zeroed(nstation + 1LL, sizeof(int)); // place of a station's next entry
     if (m.start && next && count_members(m.start, nstation, groups, ngroup))

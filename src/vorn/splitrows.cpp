@@ -44,3 +44,10 @@ void unchain_rows(splitrows *s)
     s->index = NULL;
     s->next = NULL;
 }
+
+void free_rows(int **rows, int n)
+{
+    if (!rows) return;
+    for (int i = 0; i < n; i++) free(rows[i]);
+    free(rows);
+}

@@ -32,4 +32,7 @@ int next_row(const splitrows *s, const char *name, int i);
 // Releases the chains.
 void unchain_rows(splitrows *s);
 
+// Releases n rows and their table; null is allowed.
+void free_rows(int **rows, int n);
+
 #endif

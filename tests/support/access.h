@@ -44,6 +44,7 @@ struct vorn_access {
     static constexpr auto showpoints = &vorn::showpoints;
     static constexpr auto showmeasures = &vorn::showmeasures;
     static constexpr auto handover = &vorn::handover;
+    static constexpr auto take_temp_res = &vorn::take_temp_res;
     static constexpr auto clean = &vorn::clean;
     static constexpr auto backtoproject = &vorn::backtoproject;
     static constexpr auto writecon = &vorn::writecon;

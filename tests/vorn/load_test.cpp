@@ -332,6 +332,18 @@ TEST(FillVorn, CountsEpochsUpToTheEndOfTheTable)
     EXPECT_EQ(V(run, npoints), 5);
 }
 
+TEST(FillVorn, TakesNegativeCountsOfPointsForNone)
+{
+    Network n(2);
+    add_lump(n);
+    n.ready();
+    n.p.nstations = -3;
+    vorn run(&n.p);
+    EXPECT_EQ((V(run, fill_vorn)()), -2); // two lump points, no station: no direction is left
+    EXPECT_EQ(V(run, nsta), 0);
+    EXPECT_EQ(V(run, ntar), 2);
+}
+
 TEST(FillVorn, KeepsTheLumpsOfMethodology1Together)
 {
     Network n(2);

@@ -38,6 +38,13 @@ TEST(NumberIndex, IsNullWithoutMemoryOrForTooMany)
     numberindex_free(nullptr);
 }
 
+TEST(CountOf, KeepsASumThatFitsAndHoldsALargerOne)
+{
+    EXPECT_EQ(count_of(-3), -3);
+    EXPECT_EQ(count_of(INT_MAX), INT_MAX);
+    EXPECT_EQ(count_of(INT_MAX + 1LL), INT_MAX);
+}
+
 TEST(PlaceOf, GivesTheSameWithAndWithoutAnIndex)
 {
     const int table[] = {8, 6, 8, 2};
