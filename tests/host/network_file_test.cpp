@@ -438,6 +438,14 @@ TEST(NetworkFile, RefusesWhatIsNotToml)
     EXPECT_EQ(faults_of(run + "[tables]\nstations = \"\"\"\nname\n").size(), 1u);
 }
 
+TEST(NetworkFile, RefusesAKeyThatBeginsWithABracket)
+{
+    EXPECT_EQ(
+        faults_of(run + "[}units]\n" + tables),
+        Lines{"net.inp:3:2: Error while parsing key: expected bare key starting character or string delimiter, saw "
+              "'}'; correct it as TOML"});
+}
+
 TEST(NetworkFile, RefusesKeysOfExcessiveDepth)
 {
     std::string deep = "a";
