@@ -83,7 +83,7 @@ static void sixcoordinates(const point *p, const point *q, int number[6])
 void compact::scanpair(const measure *list, int n, int first, int last, int alsorefraction)
 {
     for (int i = 0; i < n; i++) {
-        int number[6], second[4], nsecond = 0;
+        int number[6], second[4] = {N_NONE, N_NONE, N_NONE, N_NONE}, nsecond = 0;
         sixcoordinates(list[i].p1, list[i].p2, number);
         for (int c = first; c <= last; c++) second[nsecond++] = list[i].p1->n1[c];
         if (alsorefraction) second[nsecond++] = list[i].p1->n1[5];
@@ -198,7 +198,8 @@ int compact::prepare()
 
     if (idebug) traceobs(1);
     // This line comes with or without a trace.
-    else if (ndir1 != ndir2 && !(dim == 2 && ndir2 == 0)) fprintf(out, "\n");
+    else if (ndir1 != ndir2 && !(dim == 2 && ndir2 == 0))
+        fprintf(out, "\n");
 
     scanobs();
     scanextra();

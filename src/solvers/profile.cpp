@@ -12,7 +12,7 @@
 double pivotlimit(int n, const double *a, const size_t *add)
 {
     double m = 0.0;
-    for (int i = 0; i < n; i++)     // the first stored element of a row, not its diagonal
+    for (int i = 0; i < n; i++) // the first stored element of a row, not its diagonal
         if (fabs(a[add[i]]) > m) m = fabs(a[add[i]]);
     if (m < 1.0) return 1.0e-18;
     if (m < 10.0) return 1.0e-17;
@@ -57,10 +57,7 @@ static void factor_row(int i, double *a, const size_t *add, double *d)
     d[i] = row[i] - dot(d, row, fi, i);
 }
 
-int cvec(int n, double *a, const size_t *add, double *b, double *d)
-{
-    return cmat(n, 1, a, add, b, d);
-}
+int cvec(int n, double *a, const size_t *add, double *b, double *d) { return cmat(n, 1, a, add, b, d); }
 
 int cmat(int n, int m, double *a, const size_t *add, double *b, double *d)
 {

@@ -9,6 +9,7 @@
 #include <new>
 
 #include "numerics/memory.h"
+#include "solvers/compact.h"
 #include "solvers/jordan.h"
 #include "vorn/message.h"
 #include "vorn/names.h"
@@ -202,7 +203,17 @@ bool vorn::take_temp_res(const char *entry)
 int vorn::vornL2()
 {
     if (!take_temp_res("vornL2+")) return -1;
-    return -1;
+    solverinput in;
+    handover(&in);
+    pcompact = new (std::nothrow) compact(in);
+    if (!pcompact) return -1;
+
+    int result = pcompact->iterate();
+    fflush(out);
+    if (result == 0 && irun != 0) result = pcompact->inversion(); // any mode but 0 inverts
+    fflush(out);
+    delete pcompact;
+    return result;
 }
 
 int vorn::vornjordan()
