@@ -180,7 +180,7 @@ TEST(Vornstart, WantsCoordinatesWhereItComputesNone)
         n.p.irun = photo ? 0 : -2;
         n.p.iphoto = photo;
         n.target("D", 0, 0).status = STATUS_COMPUTE;
-        n.distance("S", "D", 1, 1);
+        for (const char *from : {"S", "A", "B"}) n.distance(from, "D", 1, 1);
         vorn run(n.ready());
         V(run, iapprox) = 9;
         EXPECT_EQ(run.vornstart(), -5);
