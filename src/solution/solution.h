@@ -20,6 +20,8 @@
 
 struct testlimits; // limits of the residual tests, private to the residual analysis
 
+struct residualsum; // what the residuals of a kind add up to, private to their covariances
+
 class solution {
 public:
     explicit solution(const solverinput &in);
@@ -107,6 +109,8 @@ protected:
     void photorow1(int i, int which, int icam, double f, const double e[3]);
     void photorow2(int i, int which, int icam, double f, const double d[3], const double e[3], double ca, double sa,
                    double cb, double sb, double cc, double sc);
+    void photoangles(const point *p, int which, double k, const double d[3], const double e[3], double ca, double sa,
+                     double cb, double sb, double cc, double sc);
     void norm_gps();
 
     // lumps and constraints
@@ -136,6 +140,21 @@ protected:
     double importdiff(int col, double previous);
 
     // statistics
+    double Q(int i, int j) const // cofactor by its position in inv; 0 when that lies before inv
+    {
+        const long long at = (long long)i * nunk + j;
+        return at >= 0 ? inv[at] : 0.0;
+    }
+    double cofres(int n1, int n2, double w);
+    void addresidual(residualsum *s, measure *m, double v, double w, double wrow, const char *what, int i);
+    double covdist(double *sum, double *dofc);
+    double covdifh(double *sum, double *dofc);
+    double covdir1(double *sum, double *dofc);
+    double covdir2(double *sum, double *dofc);
+    double covaz(double *sum, double *dofc);
+    void gpscofactor(const gpsbase *g, double c[6]);
+    double covgps(double *sum, double *dofc);
+    double covphoto(double *sum, double *dofc);
     double rescov(double *dofc, double *vdist, double *vdifh, double *vdir1, double *vdir2, double *vaz, double *vgps,
                   double *vphoto);
     double variances(double sum, double dofc, double vdist, double vdifh, double vdir1, double vdir2, double vaz,
@@ -170,7 +189,6 @@ protected:
     int classify(double r, double s, double sigpost, double cn, char *mn, double cnb, char *mnb, double ct, char *mt,
                  double ctb, char *mtb, char *mout);
 
-    double cofactor(int i, int j); // inv, 0 when the position lies before it
     double rootvariance(int i, double f);
     void pointheight(point *p, double f);
     void pointplane(point *p, double f);
@@ -202,7 +220,15 @@ protected:
     void phototable();
     void photorow(FILE *rejects, int i);
     const camera *photocamera(int i);
+    int pointnamed(const char *name, int first, int n);
+    int collect(int n, int iconn, const char *name, int first, int npoint);
+    int collectexports();
+    int keepblocks(int n);
     void writeQcon();
+    int choosestations(FILE *f, int *chosen);
+    int stationunknown(const point *p, int k);
+    void writecofactors(FILE *f, const int *chosen, int row);
+    void writestations(FILE *f, const int *chosen, int n);
     void input_for_tessalpin(FILE *f);
 
     Feedback *pfeedback;

@@ -1,10 +1,12 @@
 // Standard deviations of coordinates, station and lump parameters; point ellipses and
 // relative ellipses of the pairs that the host asked for.
 //
-// Reads the cofactors Q(i, j) = inv[i * nunk + j]. Every result carries the factor f: the
-// a-posteriori standard deviation, or 1. Writes sxpt, sxex and ell of the points, the
-// standard deviations of the lumps, the host's pair records, and prints on out. Metres;
-// bearings in radians between 0 and pi, printed in the host's unit.
+// Reads the cofactors Q(i, j) by their position: an unknown -1 (none) puts it before the
+// array when it is the row, which reads as 0; as the column it reads the end of the row
+// before. Every result carries the factor f: the a-posteriori standard deviation, or 1.
+// Writes sxpt, sxex and ell of the points, the standard deviations of the lumps, the host's
+// pair records, and prints on out. Metres; bearings in radians between 0 and pi, printed in
+// the host's unit.
 //
 // ell[0] semi-major axes, ell[1] semi-minor axes, ell[2] bearings; column 0 the plane of
 // coordinates 1 and 2, column 1 that of 1 and 3, column 2 that of 2 and 3.
@@ -22,15 +24,7 @@ static const double SMALLEST_DIFFERENCE2 = 1e-10; // metres squared
 
 static double root(double q) { return q > 0.0 ? sqrt(q) : 0.0; }
 
-// An unknown -1 (none) puts the position before the array when it is the row, which reads
-// as 0; as the column it reads the end of the row before.
-double solution::cofactor(int i, int j)
-{
-    const long long at = (long long)i * nunk + j;
-    return at >= 0 ? inv[at] : 0.0;
-}
-
-double solution::rootvariance(int i, double f) { return root(cofactor(i, i)) * f; }
+double solution::rootvariance(int i, double f) { return root(Q(i, i)) * f; }
 
 // Eigenvalues l of the block as axes sqrt(l); bearing of the major axis, pi where atan2
 // gives 0.
@@ -60,13 +54,13 @@ void solution::pointplane(point *p, double f)
 {
     double q[3], s[3], a, b, t = 0.0;
     for (int c = 0; c < 3; c++) {
-        q[c] = p->n0[c] != N_NONE ? cofactor(p->n0[c], p->n0[c]) : 0.0;
+        q[c] = p->n0[c] != N_NONE ? Q(p->n0[c], p->n0[c]) : 0.0;
         s[c] = root(q[c]) * f;
     }
     a = root(q[0]);
     b = root(q[1]);
     const long long at = (long long)p->n0[0] * nunk + p->n0[1];
-    if (at > 0 && (a != 0.0 || b != 0.0)) ellipse(q[0], q[1], inv[at], &a, &b, &t);
+    if (at > 0 && (a != 0.0 || b != 0.0)) ellipse(q[0], q[1], Q(p->n0[0], p->n0[1]), &a, &b, &t);
     p->ell[0][0] = f * a;
     p->ell[1][0] = f * b;
     p->ell[2][0] = t;
@@ -83,9 +77,9 @@ void solution::pointspace(point *p, double f)
 {
     for (int k = 0; k < 3; k++) {
         const int c = PLANE[k][0], d = PLANE[k][1];
-        const double qc = cofactor(p->n0[c], p->n0[c]), qd = cofactor(p->n0[d], p->n0[d]);
+        const double qc = Q(p->n0[c], p->n0[c]), qd = Q(p->n0[d], p->n0[d]);
         double a = sqrt(qc), b = sqrt(qd), t = 0.0;
-        if (qc != 0.0 || qd != 0.0) ellipse(qc, qd, cofactor(p->n0[c], p->n0[d]), &a, &b, &t);
+        if (qc != 0.0 || qd != 0.0) ellipse(qc, qd, Q(p->n0[c], p->n0[d]), &a, &b, &t);
         p->ell[0][k] = f * a;
         p->ell[1][k] = f * b;
         p->ell[2][k] = t;
@@ -151,10 +145,10 @@ void solution::relellipse(int k, int i, int j, double f)
     pair_input *pair = pproject->pairs + k;
     double *const ell[3] = {pair->ell12, pair->ell13, pair->ell23};
     double v[3];
-    for (int c = 0; c < 3; c++) v[c] = cofactor(a[c], a[c]) + cofactor(b[c], b[c]) - 2.0 * cofactor(a[c], b[c]);
+    for (int c = 0; c < 3; c++) v[c] = Q(a[c], a[c]) + Q(b[c], b[c]) - 2.0 * Q(a[c], b[c]);
     for (int p = 0; p < 3; p++) {
         const int c = PLANE[p][0], d = PLANE[p][1];
-        const double w = cofactor(a[c], a[d]) + cofactor(b[c], b[d]) - cofactor(a[c], b[d]) - cofactor(a[d], b[c]);
+        const double w = Q(a[c], a[d]) + Q(b[c], b[d]) - Q(a[c], b[d]) - Q(a[d], b[c]);
         double major = 0.0, minor = 0.0, t = 0.0;
         if (v[c] > 0.0 && v[d] > 0.0) ellipse(v[c], v[d], w, &major, &minor, &t);
         ell[p][0] = f * major;
