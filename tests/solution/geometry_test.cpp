@@ -738,6 +738,185 @@ TEST(NormAz, GivesZeroCoefficientsBetweenCoincidentPoints)
     EXPECT_EQ(s.rows[0].a1, (std::vector<double>{0.0, -0.0}));
 }
 
+// ---- lumps ----
+
+namespace {
+
+// Two lumps with two epochs beside their reference; P belongs to the first, Q to the second.
+// The seven parameters of each epoch are unknowns behind those of the stations.
+class Lumped : public Rows {
+public:
+    Lumped(unsigned seed, int lump_p, int lump_q) : Rows(3)
+    {
+        scatter(*this, seed, 0.4);
+        points[0].ilump = lump_p;
+        points[3].ilump = lump_q;
+        number_all(3);
+        std::mt19937 random(seed + 100);
+        std::uniform_real_distribution<double> one(-1.0, 1.0);
+        for (int k = 0; k < 2; k++) {
+            for (int j = 0; j < 2; j++) {
+                epochs[k][j] = 10 + j;
+                first[k][j] = nunk2 + 7 * (2 * k + j);
+                for (int c = 0; c < 7; c++) par[k][c][j] = c < 3 ? 5 * one(random) : c < 6 ? 0.8 * one(random) : 1.2;
+            }
+            lump l = lump();
+            l.nepoch = 3;
+            l.iref = 1;
+            l.iunk = first[k];
+            l.epoch = epochs[k];
+            double **const to[7] = {&l.tx, &l.ty, &l.tz, &l.rx, &l.ry, &l.rz, &l.scale};
+            for (int c = 0; c < 7; c++) *to[c] = par[k][c];
+            lumps.push_back(l);
+        }
+    }
+    // The observation from P to Q at an epoch.
+    void sight(std::vector<measure> &list, int epoch)
+    {
+        observe(list, 0, 3, 0.2, 0.5).time = epoch;
+        const int n1 = nunk1, n2 = nunk2;
+        wire(3);
+        nunk1 = n1;
+        nunk2 = n2 + 28;
+        nunk = nunk1 + nunk2;
+    }
+    void expect_lump_derivatives(double w, const std::function<double()> &f)
+    {
+        for (int k = 0; k < 2; k++)
+            for (int j = 0; j < 2; j++)
+                for (int c = 0; c < 7; c++)
+                    EXPECT_NEAR(entry(rows[0].u2, rows[0].a2, first[k][j] + c) / w,
+                                quotient(f, &par[k][c][j], c < 3 ? STEP_M : STEP_RAD), TOLERANCE)
+                        << "lump " << k << " epoch " << j << " parameter " << c;
+    }
+    int epochs[2][2], first[2][2];
+    double par[2][7][2];
+};
+
+struct Family {
+    const char *name;
+    std::vector<measure> Bare::*list;
+    void (*norm)(Rows &s);
+    double (*computed)(Rows &s, int i);
+};
+
+const Family FAMILIES[] = {{"distance", &Bare::dist, [](Rows &s) { S(s, norm_dist)
+                                                                   (); }, computed_distance},
+                           {"direction", &Bare::dir1, [](Rows &s) { S(s, norm_dir1)
+                                                                    (); }, computed_direction},
+                           {"vertical angle", &Bare::dir2, [](Rows &s) { S(s, norm_dir2)
+                                                                         (); }, computed_vertical}};
+
+// The vertical term of the instrument has no part in the computed value.
+void without_vertical_term(Rows &s)
+{
+    for (size_t k = 0; k < s.rows[0].u2.size(); k++)
+        if (s.rows[0].u2[k] == s.points[0].n1[5]) s.rows[0].a2[k] = 0.0;
+}
+
+} // namespace
+
+TEST(LumpedRows, CoefficientsAreTheDerivativesWithBothEndsMoved)
+{
+    for (const Family &family : FAMILIES)
+        for (unsigned seed : {1u, 2u, 3u})
+            for (int epoch : {10, 11}) {
+                SCOPED_TRACE(testing::Message() << family.name << " " << seed << " " << epoch);
+                Lumped s(seed, 1, 2);
+                s.sight(s.*family.list, epoch);
+                family.norm(s);
+                ASSERT_EQ(s.rows.size(), 1u);
+                const double c0 = family.computed(s, 0);
+                auto f = [&] { return family.computed(s, 0) - c0; };
+                without_vertical_term(s);
+                expect_derivatives(s, s.rows[0], 2.0, f, 3);
+                s.expect_lump_derivatives(2.0, f);
+            }
+}
+
+TEST(LumpedRows, CoefficientsAreTheDerivativesWithTheTargetMovedAlone)
+{
+    for (const Family &family : FAMILIES) {
+        SCOPED_TRACE(family.name);
+        Lumped s(4, 0, 2);
+        s.sight(s.*family.list, 10);
+        family.norm(s);
+        const double c0 = family.computed(s, 0);
+        auto f = [&] { return family.computed(s, 0) - c0; };
+        without_vertical_term(s);
+        expect_derivatives(s, s.rows[0], 2.0, f, 3);
+        s.expect_lump_derivatives(2.0, f);
+    }
+}
+
+// With P moved and Q in the world, the coefficient of Q is that of P with the other sign
+// instead of its own derivative, unless P has no unknown on the axis.
+TEST(LumpedRows, CarryTheCoefficientOfAMovedStationOverToItsTarget)
+{
+    for (const Family &family : FAMILIES) {
+        SCOPED_TRACE(family.name);
+        Lumped s(5, 1, 0);
+        s.points[0].n0[1] = N_NONE;
+        s.sight(s.*family.list, 11);
+        family.norm(s);
+        const Row &row = s.rows[0];
+        const point &p = s.points[0], &q = s.points[3];
+        auto f = [&] { return family.computed(s, 0); };
+        for (int c = 0; c < 3; c++) {
+            const double of_q = entry(row.u1, row.a1, q.n0[c]) / 2.0;
+            const double derivative = quotient(f, &s.points[3].xpt[c], STEP_M);
+            if (c == 1) {
+                EXPECT_NEAR(of_q, derivative, TOLERANCE);
+                continue;
+            }
+            const double of_p = entry(row.u1, row.a1, p.n0[c]) / 2.0;
+            EXPECT_NEAR(of_p, quotient(f, &s.points[0].xpt[c], STEP_M), TOLERANCE);
+            EXPECT_EQ(of_q, -of_p);
+            EXPECT_GT(fabs(of_q - derivative), 1e-4);
+        }
+        s.expect_lump_derivatives(2.0, f);
+    }
+}
+
+TEST(LumpedRows, ArePlainAtTheReferenceEpochAndAtEpochsThatTheLumpDoesNotKnow)
+{
+    for (const Family &family : FAMILIES)
+        for (int epoch : {0, 1, 99}) {
+            SCOPED_TRACE(testing::Message() << family.name << " " << epoch);
+            Lumped s(6, 1, 2), t(6, 0, 0);
+            s.sight(s.*family.list, epoch);
+            t.sight(t.*family.list, 0);
+            family.norm(s);
+            family.norm(t);
+            EXPECT_EQ(s.rows[0].u1, t.rows[0].u1);
+            EXPECT_EQ(s.rows[0].a1, t.rows[0].a1);
+            EXPECT_EQ(s.rows[0].u2, t.rows[0].u2);
+            EXPECT_EQ(s.rows[0].b, t.rows[0].b);
+        }
+}
+
+TEST(LumpedRows, HoldTheFourteenParametersBehindTheOrientation)
+{
+    Lumped s(7, 1, 2);
+    s.sight(s.dir2, 10);
+    S(s, norm_dir2)();
+    EXPECT_EQ(s.rows[0].u2.size(), 17u);
+    EXPECT_EQ(s.rows[0].u2[3], s.first[0][0]);
+    EXPECT_EQ(s.rows[0].u2[10], s.first[1][0]);
+}
+
+TEST(LumpedRows, TakeTheConstantsOfTheInstrumentToo)
+{
+    Lumped s(8, 1, 2);
+    s.sight(s.dist, 11);
+    s.dist[0].typ = 1;
+    S(s, norm_dist)();
+    auto f = [&] { return computed_distance(s, 0); };
+    expect_derivatives(s, s.rows[0], 2.0, f, 3);
+    s.expect_lump_derivatives(2.0, f);
+    EXPECT_NEAR(s.rows[0].b, (0.2 - f()) * 2.0, 1e-12);
+}
+
 // ---- weights ----
 
 TEST(RowBuilders, WeighEachListWithItsOwnDeviation)
