@@ -149,7 +149,7 @@ TEST(Gaussj, SolvesAndInverts)
     jordan &s = r.solver(0, 0);
     std::mt19937 random(3);
     std::uniform_real_distribution<double> one(-1.0, 1.0);
-    for (int n : {0, 1, 2, 3, 7, 20}) {
+    for (int n : {1, 2, 3, 7, 20}) {
         Matrix a(n * n), b(n), x(n), inv(n * n);
         for (double &v : a) v = one(random);
         for (double &v : b) v = one(random);
@@ -175,8 +175,7 @@ TEST(Gaussj, GivesTheDeterminantWithItsSign)
         Matrix a;
         int n;
         double det;
-    } cases[] = {{{}, 0, 1.0},
-                 {{-3.0}, 1, -3.0},
+    } cases[] = {{{-3.0}, 1, -3.0},
                  {{0, 1, 1, 0}, 2, -1.0},
                  {{1, 2, 3, 4}, 2, -2.0},
                  {{0, 1, 0, 0, 0, 1, 1, 0, 0}, 3, 1.0}, // a cyclic exchange is even
@@ -802,6 +801,13 @@ TEST(JordanInverse, StandsFromTheLastResolution)
     EXPECT_DOUBLE_EQ(S(s, inv)[0], 0.25);
 }
 
+TEST(JordanResolution, TakesANetworkWithoutUnknowns)
+{
+    Solved r(2);
+    jordan &s = r.solver(0, 0);
+    EXPECT_EQ(s.iterate(), 0);
+}
+
 TEST(JordanResolution, FailsWithoutWorkArraysAndStopsTheRun)
 {
     Solved r(1);
@@ -825,4 +831,246 @@ TEST(JordanInverse, FailsWithoutWorkArraysAndStopsTheInversion)
     EXPECT_EQ(s.inversion(), -5);
     fail_allocation(0);
     EXPECT_EQ(S(s, inv), nullptr);
+}
+
+// ---- whole runs ----
+
+namespace {
+
+// A plane network of two stations and four targets with all distances and directions, to which
+// small errors were added; drawn where the shift and the turn (radians) put it.
+struct Plane {
+    double dx = 0.0, dy = 0.0, turn = 0.0;
+    bool reversed = false, fixed = false, directions = true;
+};
+
+const double PLANE[6][2] = {{0, 0}, {400, 30}, {120, 310}, {350, 280}, {-90, 150}, {210, -200}};
+const char *const PLANE_NAMES[6] = {"S1", "S2", "A", "B", "C", "D"};
+
+double plane_error(int p, int q) { return 0.004 * sin(5.0 * p + 11.0 * q); }
+
+void place(const Plane &f, const double x[2], double y[2])
+{
+    y[0] = f.dx + x[0] * cos(f.turn) - x[1] * sin(f.turn);
+    y[1] = f.dy + x[0] * sin(f.turn) + x[1] * cos(f.turn);
+}
+
+void draw(Network &n, const Plane &f)
+{
+    for (int k = 0; k < 6; k++) {
+        const int p = f.reversed ? (k < 2 ? 1 - k : 7 - k) : k;
+        const double rough[2] = {PLANE[p][0] + 0.05 * (p % 3 - 1), PLANE[p][1] - 0.04 * (p % 2)};
+        double x[2];
+        place(f, rough, x);
+        int *code;
+        if (p < 2) {
+            station_input &s = n.station(PLANE_NAMES[p], x[0], x[1]);
+            s.r[2] = -f.turn + 0.001 * p;
+            s.ir[2] = f.directions ? CODE_FREE : CODE_FIXED;
+            code = s.ix;
+        } else {
+            code = n.target(PLANE_NAMES[p], x[0], x[1]).ix;
+        }
+        if (f.fixed && (p == 2 || p == 3)) code[0] = code[1] = CODE_FIXED;
+    }
+    for (int p = 0; p < 2; p++)
+        for (int q = 0; q < 6; q++) {
+            if (p == q) continue;
+            const double dx = PLANE[q][0] - PLANE[p][0], dy = PLANE[q][1] - PLANE[p][1];
+            n.distance(PLANE_NAMES[p], PLANE_NAMES[q], hypot(dx, dy) + plane_error(p, q), 0.004);
+            if (f.directions)
+                n.direction(PLANE_NAMES[p], PLANE_NAMES[q], atan2(dy, dx) + 1e-5 * plane_error(q, p) / 0.004, 1e-5);
+        }
+}
+
+// Adjusted coordinates of the six points in the order of PLANE.
+Matrix adjusted(Network &n)
+{
+    Matrix x;
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), 0) << n.report();
+    EXPECT_EQ(run.vornjordan(), 0) << n.report();
+    for (const char *name : PLANE_NAMES)
+        for (int k = 0; k < V(run, npoints); k++) {
+            const point &p = V(run, points)[k];
+            if (strncmp(p.name, name, strlen(name)) != 0) continue;
+            x.push_back(p.xpt[0]);
+            x.push_back(p.xpt[1]);
+        }
+    return x;
+}
+
+// Solution of the symmetric positive system n x = h by the square root of the matrix.
+Matrix cholesky(Matrix n, Matrix h)
+{
+    const int m = (int)h.size();
+    for (int i = 0; i < m; i++)
+        for (int j = 0; j <= i; j++) {
+            double sum = n[i * m + j];
+            for (int k = 0; k < j; k++) sum -= n[i * m + k] * n[j * m + k];
+            n[i * m + j] = i == j ? sqrt(sum) : sum / n[j * m + j];
+        }
+    for (int i = 0; i < m; i++) {
+        for (int k = 0; k < i; k++) h[i] -= n[i * m + k] * h[k];
+        h[i] /= n[i * m + i];
+    }
+    for (int i = m - 1; i >= 0; i--) {
+        for (int k = i + 1; k < m; k++) h[i] -= n[k * m + i] * h[k];
+        h[i] /= n[i * m + i];
+    }
+    return h;
+}
+
+// Least squares on the distances of a network with A and B fixed, by normal equations.
+Matrix trilaterated(const Network &n, Matrix x)
+{
+    for (int step = 0; step < 10; step++) {
+        Matrix normal(144, 0.0), h(12, 0.0);
+        for (int k = 4; k < 8; k++) normal[k * 13] = 1.0; // fixed
+        for (const measure_input &m : n.distances) {
+            int at[2] = {0, 0};
+            for (int p = 0; p < 6; p++) {
+                if (strcmp(m.from, PLANE_NAMES[p]) == 0) at[0] = p;
+                if (strcmp(m.to, PLANE_NAMES[p]) == 0) at[1] = p;
+            }
+            const double dx = x[2 * at[1]] - x[2 * at[0]], dy = x[2 * at[1] + 1] - x[2 * at[0] + 1], c = hypot(dx, dy);
+            Matrix a(12, 0.0);
+            for (int end = 0; end < 2; end++) {
+                if (at[end] == 2 || at[end] == 3) continue;
+                a[2 * at[end]] = (end ? dx : -dx) / c / m.sig;
+                a[2 * at[end] + 1] = (end ? dy : -dy) / c / m.sig;
+            }
+            for (int i = 0; i < 12; i++) {
+                h[i] += a[i] * (m.val - c) / m.sig;
+                for (int j = 0; j < 12; j++) normal[i * 12 + j] += a[i] * a[j];
+            }
+        }
+        const Matrix delta = cholesky(normal, h);
+        for (int k = 0; k < 12; k++) x[k] += delta[k];
+    }
+    return x;
+}
+
+} // namespace
+
+TEST(JordanRun, SolvesADistanceNetworkAsItsNormalEquationsDo)
+{
+    Network n(2);
+    Plane f;
+    f.fixed = true;
+    f.directions = false;
+    draw(n, f);
+    n.p.convergence = 1e-10;
+    Matrix x;
+    for (const station_input &s : n.stations) x.insert(x.end(), {s.x[0], s.x[1]});
+    for (const target_input &t : n.targets) x.insert(x.end(), {t.x[0], t.x[1]});
+    const Matrix want = trilaterated(n, x), found = adjusted(n);
+    ASSERT_EQ(found.size(), 12u);
+    for (int k = 0; k < 12; k++) EXPECT_NEAR(found[k], want[k], 1e-8);
+}
+
+TEST(JordanRun, MovesItsResultWithTheNetwork)
+{
+    Network n(2), m(2);
+    Plane f, g;
+    g.dx = 1000.0, g.dy = -700.0, g.turn = 0.6;
+    draw(n, f);
+    draw(m, g);
+    n.p.convergence = m.p.convergence = 1e-9;
+    const Matrix a = adjusted(n), b = adjusted(m);
+    ASSERT_EQ(a.size(), 12u);
+    ASSERT_EQ(b.size(), 12u);
+    for (int p = 0; p < 6; p++) {
+        double want[2];
+        place(g, &a[2 * p], want);
+        EXPECT_NEAR(b[2 * p], want[0], 1e-8);
+        EXPECT_NEAR(b[2 * p + 1], want[1], 1e-8);
+    }
+}
+
+TEST(JordanRun, DoesNotDependOnTheOrderOfThePoints)
+{
+    Network n(2), m(2);
+    Plane f, g;
+    g.reversed = true;
+    draw(n, f);
+    draw(m, g);
+    n.p.convergence = m.p.convergence = 1e-9;
+    const Matrix a = adjusted(n), b = adjusted(m);
+    ASSERT_EQ(a.size(), 12u);
+    ASSERT_EQ(b.size(), 12u);
+    for (int k = 0; k < 12; k++) EXPECT_NEAR(a[k], b[k], 1e-9);
+}
+
+TEST(JordanRun, KeepsTheCentreOfAFreeNetwork)
+{
+    Network n(2);
+    draw(n, Plane());
+    n.p.convergence = 1e-9;
+    double before[2] = {0, 0}, after[2] = {0, 0};
+    for (const station_input &s : n.stations)
+        for (int c = 0; c < 2; c++) before[c] += s.x[c];
+    for (const target_input &t : n.targets)
+        for (int c = 0; c < 2; c++) before[c] += t.x[c];
+    const Matrix a = adjusted(n);
+    for (size_t k = 0; k < a.size(); k++) after[k % 2] += a[k];
+    EXPECT_NEAR(after[0], before[0], 1e-8);
+    EXPECT_NEAR(after[1], before[1], 1e-8);
+}
+
+namespace {
+
+// Levelling of four bench marks in a loop with a diagonal.
+void level(Network &n, int code)
+{
+    n.p.dim = 1;
+    n.target("A", 0, 0, 100.0).ix[2] = code;
+    n.target("B", 0, 0, 101.1);
+    n.target("C", 0, 0, 103.0);
+    n.target("D", 0, 0, 102.4);
+    n.heightdiff("A", "B", 1.021, 0.001);
+    n.heightdiff("B", "C", 1.983, 0.002);
+    n.heightdiff("C", "D", -0.506, 0.001);
+    n.heightdiff("D", "A", -2.495, 0.002);
+    n.heightdiff("A", "C", 3.001, 0.004);
+}
+
+// Heights of B, C, D above A by the normal equations of the five lines.
+Matrix levelled()
+{
+    const double sigma[5] = {0.001, 0.002, 0.001, 0.002, 0.004}, l[5] = {1.021, 1.983, -0.506, -2.495, 3.001};
+    const int from[5] = {-1, 0, 1, 2, -1}, to[5] = {0, 1, 2, -1, 1};
+    Matrix n(9, 0.0), h(3, 0.0);
+    for (int k = 0; k < 5; k++) {
+        double a[3] = {0, 0, 0};
+        if (from[k] >= 0) a[from[k]] = -1.0 / sigma[k];
+        if (to[k] >= 0) a[to[k]] = 1.0 / sigma[k];
+        for (int i = 0; i < 3; i++) {
+            h[i] += a[i] * l[k] / sigma[k];
+            for (int j = 0; j < 3; j++) n[3 * i + j] += a[i] * a[j];
+        }
+    }
+    return cholesky(n, h);
+}
+
+} // namespace
+
+TEST(JordanRun, SolvesALevellingNetworkAsItsNormalEquationsDo)
+{
+    const Matrix want = levelled();
+    for (int code : {CODE_FIXED, CODE_FREE}) {
+        Network n(1);
+        level(n, code);
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0) << n.report();
+        ASSERT_EQ(run.vornjordan(), 0) << n.report();
+        const point *p = V(run, points);
+        for (int k = 0; k < 3; k++) EXPECT_NEAR(p[k + 1].xpt[2] - p[0].xpt[2], want[k], 1e-9);
+        // A fixed height stays; a free network keeps the mean of its heights.
+        const double mean = (p[0].xpt[2] + p[1].xpt[2] + p[2].xpt[2] + p[3].xpt[2]) / 4.0;
+        if (code == CODE_FIXED)
+            EXPECT_EQ(p[0].xpt[2], 100.0);
+        else
+            EXPECT_NEAR(mean, (100.0 + 101.1 + 103.0 + 102.4) / 4.0, 1e-9);
+    }
 }
