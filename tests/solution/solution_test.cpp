@@ -444,6 +444,35 @@ TEST(Normal, SkipsFamiliesWithoutObservationsAndLeavesTheRowBufferAlone)
     EXPECT_EQ(s.report(), "");
 }
 
+TEST(Normal, RunsTheFamiliesInTheirOrder)
+{
+    EveryFamily s;
+    S(s, normal)();
+    EXPECT_EQ(s.rows, "(0 11)(2)(3)(5)(7)gps0(11)(9)(/7)(5)(5)");
+}
+
+TEST(Normal, LeavesAPrioriWeightsOutWithAnImportedNet)
+{
+    for (int icon : {2, 3}) {
+        EveryFamily s;
+        S(s, icon) = icon;
+        S(s, normal)();
+        EXPECT_EQ(s.rows, "(0 11)(2)(3)(5)(7)gps0(11)(/7)(5)(5)");
+    }
+    EveryFamily s;
+    S(s, icon) = 1;
+    S(s, normal)();
+    EXPECT_EQ(s.rows, "(0 11)(2)(3)(5)(7)gps0(11)(9)(/7)(5)(5)");
+}
+
+TEST(Normal, LeavesFamiliesWithACountOfZeroOut)
+{
+    EveryFamily s;
+    S(s, ndist) = S(s, ndir1) = S(s, ngps) = S(s, nfixh) = S(s, nweighted) = S(s, nobsuv) = 0;
+    S(s, normal)();
+    EXPECT_EQ(s.rows, "(2)(5)(7)(/7)");
+}
+
 TEST(Normal, PrintsTheSystemAtTraceLevel9Only)
 {
     Script s(3);
@@ -506,12 +535,11 @@ TEST(Inversion, CountsBaselinesThreefoldAndImagePointsTwice)
     EXPECT_DOUBLE_EQ(S(s, sigma0), sqrt((1.0 + 4.0 + 9.0 + 3 * 16.0 + 2 * 25.0) / 8.0));
 }
 
-TEST(Inversion, UsesNoStatisticsWithoutRedundancyAndExportsNoConnectedNet)
+TEST(Inversion, UsesNoStatisticsWithoutRedundancy)
 {
     OnePoint s({{0.0, 0.0}}, 1);
     s.inv = {1.0, 0.0, 0.0, 1.0};
     s.wire_matrices();
-    S(s, icon) = 1; // an export would read lcon, which is null
     EXPECT_EQ(s.inversion(), 0);
     EXPECT_TRUE(isnan(S(s, sigma0))); // no observation at all
     EXPECT_EQ(s.calls, "inverse finish ");
@@ -531,6 +559,91 @@ TEST(Inversion, PropagatesErrorsWithPlainCofactors)
     EXPECT_EQ(S(s, sigma0), 0.125);
     EXPECT_DOUBLE_EQ(s.points[0].ell[0][0], 3.0); // semi-axes
     EXPECT_DOUBLE_EQ(s.points[0].ell[1][0], 2.0);
+}
+
+namespace {
+
+// Distances between fixed points: each row is empty, each has a redundancy of 1. With weights
+// of 1 and misclosures of 3 and 4 in turn.
+class Redundant : public Script {
+public:
+    explicit Redundant(int n_) : Script(2)
+    {
+        add("A", 0, 0);
+        add("B", 30, 40);
+        for (int k = 0; k < n_; k++) observe(dist, 0, 1, k % 2 ? 54.0 : 53.0, 1.0);
+        n.p.irun = 1;
+        wire(1);
+    }
+    void finish() override
+    {
+        classes = hlim ? nclass : 0;
+        Script::finish();
+    }
+    const std::vector<std::string> &lines() { return n.messages.lines; }
+    int classes = 0;
+};
+
+} // namespace
+
+TEST(Inversion, TestsTheResidualsAndScalesTheDeviations)
+{
+    Redundant s(4);
+    s.points[1].n0[0] = 0; // no distance is bound to it: sxpt shows the factor
+    s.dist.clear();
+    for (int k = 0; k < 5; k++) s.observe(s.dist, 0, 0, k % 2 ? 4.0 : -3.0, 1.0);
+    s.inv = {0.25};
+    s.wire(1);
+    S(s, nunk1) = S(s, nunk) = 1;
+    EXPECT_EQ(s.inversion(), 0);
+    EXPECT_EQ(s.calls, "inverse finish ");
+    const double sigma = sqrt((3 * 9.0 + 2 * 16.0) / 4.0); // five residuals, one unknown
+    char line[80];
+    snprintf(line, sizeof line, "      Sigma a posteriori %16.7lf", sigma);
+    EXPECT_EQ(s.lines(), (Lines{"Start inversion...", line}));
+    EXPECT_NEAR(s.points[1].ell[0][0], sigma * 0.5, 1e-12);
+}
+
+TEST(Inversion, LowersTheNumberOfClassesToTheRedundancyButNotBelow3)
+{
+    const int redundancy[] = {1, 2, 3, 4, 9, 10, 25}, classes[] = {3, 3, 3, 4, 9, 10, 10};
+    for (int k = 0; k < 7; k++) {
+        Redundant s(redundancy[k]);
+        EXPECT_EQ(s.inversion(), 0);
+        EXPECT_EQ(s.classes, classes[k]) << redundancy[k];
+        EXPECT_EQ(s.finished, 1);
+    }
+}
+
+TEST(Inversion, ReturnsMinus1WithoutMemoryForTheHistograms)
+{
+    for (int k = 1; k <= 4; k++) {
+        Redundant s(4);
+        fail_allocation(k); // class limits, frequencies, common counts, distances
+        EXPECT_EQ(s.inversion(), -1);
+        fail_allocation(0);
+        EXPECT_EQ(s.lines().back(), "statalloc () - memory allocation failed");
+        EXPECT_EQ(s.calls, "inverse finish finish ");
+    }
+}
+
+TEST(Inversion, ExportsTheConnectedNetWhereAskedFor)
+{
+    for (int icon = 0; icon < 4; icon++)
+        for (int irun : {-2, 1, 2}) {
+            Redundant s(irun == 2 ? 0 : 4);           // the last without redundancy: no export
+            s.n.target("B       ", 30, 40).iconn = 1; // fixed: it cannot be exported, and a line says so
+            s.n.ready();
+            int lcon[1] = {0};
+            double Q[3] = {0, 0, 0};
+            S(s, irun) = irun;
+            S(s, icon) = icon;
+            S(s, nexport) = 1;
+            S(s, lcon) = lcon;
+            S(s, Qcon) = Q;
+            EXPECT_EQ(s.inversion(), 0);
+            EXPECT_EQ(contains(s.report(), "writeQcon"), (icon == 1 || icon == 3) && irun != 2) << icon << irun;
+        }
 }
 
 // ---- statalloc ----

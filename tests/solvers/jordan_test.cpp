@@ -369,6 +369,60 @@ TEST(JordanFinish, ReleasesEverythingAndMayBeCalledTwice)
     EXPECT_EQ(r.n.report(), ""); // a missing file of stations is normal
 }
 
+namespace {
+
+// A folder of its own, with an empty list of stations for the export of covariances.
+class StationFile {
+public:
+    StationFile()
+    {
+        char name[] = "/tmp/jordan_test_XXXXXX";
+        if (!getcwd(before, sizeof before) || !mkdtemp(name) || chdir(name) != 0) abort();
+        path = name;
+        if (FILE *f = fopen("tessalpin.sta", "w")) fclose(f);
+    }
+    ~StationFile()
+    {
+        remove("tessalpin.sta");
+        if (chdir(before) == 0) rmdir(path.c_str());
+    }
+
+private:
+    std::string path;
+    char before[4096];
+};
+
+const char *const TOO_FEW = "\ninput_for_tessalpin: need at least 2 stations\n";
+
+} // namespace
+
+TEST(JordanFinish, HandsAFileOfStationsToTheExportWhileTheInverseStands)
+{
+    StationFile file;
+    Solved r(3);
+    r.add("A", 1, 10, 5);
+    jordan &s = r.solver(1, 0);
+    s.finish(); // no inverse yet
+    EXPECT_EQ(r.n.report(), "");
+    s.prepare();
+    s.finish();
+    EXPECT_EQ(r.n.report(), TOO_FEW);
+    s.finish();
+    EXPECT_EQ(r.n.report(), TOO_FEW); // not again
+    EXPECT_EQ(S(s, inv), nullptr);
+}
+
+TEST(JordanFinish, LooksForNoFileOfStationsInThePlane)
+{
+    StationFile file;
+    Solved r(2);
+    r.add("A", 1, 10);
+    jordan &s = r.solver(1, 0);
+    s.prepare();
+    s.finish();
+    EXPECT_EQ(r.n.report(), "");
+}
+
 // ---- normal equations ----
 
 namespace {
