@@ -256,7 +256,7 @@ char solution::residualmark(int c)
 void solution::residualtable(int kind, const char *title, const measure *list, int n)
 {
     if (n <= 0) return;
-    fprintf(out, "\n\n%s residuals\n", title);
+    fprintf(out, "%s", title);
     for (int i = 0; i < n; i++) {
         const measure *m = list + i;
         fprintf(out, "%s %s %15.6lf %15.6lf         %c\n", m->p1->name, m->p2->name, toraw(kind, 1, m->val[0]),
@@ -318,11 +318,11 @@ void solution::phototable()
 
 void solution::residualtables()
 {
-    residualtable(KIND_DISTANCE, "distance", dist, ndist);
-    residualtable(KIND_HEIGHT_DIFFERENCE, "height difference", difh, ndifh);
-    residualtable(KIND_DIRECTION, "horizontal direction", dir1, ndir1);
-    residualtable(KIND_VERTICAL, "vertical angle", dir2, ndir2);
-    residualtable(KIND_AZIMUTH, "azimuth", az, naz);
+    residualtable(KIND_DISTANCE, "\n\ndistance residuals\n", dist, ndist);
+    residualtable(KIND_HEIGHT_DIFFERENCE, "\n\nheight difference residuals\n", difh, ndifh);
+    residualtable(KIND_DIRECTION, "\n\nhorizontal direction residuals\n", dir1, ndir1);
+    residualtable(KIND_VERTICAL, "\n\nvertical angle residuals\n", dir2, ndir2);
+    residualtable(KIND_AZIMUTH, "\n\nazimuth residuals\n", az, naz);
     gpstable();
     phototable();
 }

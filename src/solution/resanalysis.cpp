@@ -80,19 +80,19 @@ static void print_row(FILE *out, const point *p, const point *q, double value, d
             m[2], m[3], m[4]);
 }
 
-void solution::kindresiduals(int kind, const char *gap, const char *title, measure *list, int n, const testlimits *lim,
-                             int *count, kindresult *block)
+void solution::kindresiduals(int kind, const char *title, const char *heading, measure *list, int n,
+                             const testlimits *lim, int *count, kindresult *block)
 {
     if (n <= 0) return;
     char marks[5];
-    fprintf(out, "%s%s residuals\n", gap, title);
+    fprintf(out, "%s", title);
     for (int i = 0; i < n; i++) {
         measure *m = list + i;
         const double r = toraw(kind, 2, m->res[0]), s = m->res[1];
         testresidual(r, s, lim, count, block, &m->iflag, marks);
         print_row(out, m->p1, m->p2, toraw(kind, 1, m->val[0]), toraw(kind, 0, r), toraw(kind, 0, s), marks);
     }
-    if (n > nclass) histogram(title, count, n, &block->ichi);
+    if (n > nclass) histogram(heading, count, n, &block->ichi);
 }
 
 // Baselines have no block in temp_res, and their histogram is a heading alone.
@@ -133,7 +133,7 @@ void solution::photoresiduals(const testlimits *lim, kindresult *block)
 void solution::histogram(const char *title, const int *count, int n, int *verdict)
 {
     double sum = 0.0;
-    fprintf(out, "\nhistogram of %s residuals\n", title);
+    fprintf(out, "%s", title);
     for (int i = 0; i < nclass; i++) {
         const double f = count[i] / (double)n;
         if (hnorm[i] > 1e-05) sum += (f - hnorm[i]) * (f - hnorm[i]) / hnorm[i];
@@ -155,14 +155,20 @@ void solution::resanalysis(double sigpost, double dofc)
                             distrib::tauquant(nu, alpha / 2.0), distrib::tauquant(nu, alpha / 2.0 / dofc)};
     filllimits();
     classprobabilities();
-    kindresiduals(KIND_DISTANCE, "\n\n", "distance", dist, ndist, &lim, hdist, &result->dist);
-    kindresiduals(KIND_HEIGHT_DIFFERENCE, "\n\n", "height differences", difh, ndifh, &lim, hdifh, &result->difh);
-    kindresiduals(KIND_DIRECTION, "\n", "horizontal direction", dir1, ndir1, &lim, hdir1, &result->dir1);
-    kindresiduals(KIND_VERTICAL, "\n", "vertical direction", dir2, ndir2, &lim, hdir2, &result->dir2);
-    kindresiduals(KIND_AZIMUTH, "\n\n", "azimuth", az, naz, &lim, haz, &result->az);
+    kindresiduals(KIND_DISTANCE, "\n\ndistance residuals\n", "\nhistogram of distance residuals\n", dist, ndist, &lim,
+                  hdist, &result->dist);
+    kindresiduals(KIND_HEIGHT_DIFFERENCE, "\n\nheight differences residuals\n",
+                  "\nhistogram of height differences residuals\n", difh, ndifh, &lim, hdifh, &result->difh);
+    kindresiduals(KIND_DIRECTION, "\nhorizontal direction residuals\n",
+                  "\nhistogram of horizontal direction residuals\n", dir1, ndir1, &lim, hdir1, &result->dir1);
+    kindresiduals(KIND_VERTICAL, "\nvertical direction residuals\n", "\nhistogram of vertical direction residuals\n",
+                  dir2, ndir2, &lim, hdir2, &result->dir2);
+    kindresiduals(KIND_AZIMUTH, "\n\nazimuth residuals\n", "\nhistogram of azimuth residuals\n", az, naz, &lim, haz,
+                  &result->az);
     gpsresiduals(&lim);
     photoresiduals(&lim, &result->photo);
     if (dim == 1) return;
     int verdict;
-    histogram("all observations", hall, ndist + ndifh + ndir1 + ndir2 + naz + 3 * ngps, &verdict);
+    histogram("\nhistogram of all observations residuals\n", hall, ndist + ndifh + ndir1 + ndir2 + naz + 3 * ngps,
+              &verdict);
 }

@@ -181,7 +181,7 @@ protected:
     void classprobabilities();
     void testresidual(double r, double s, const testlimits *lim, int *count, kindresult *block, int *iflag,
                       char marks[5]);
-    void kindresiduals(int kind, const char *gap, const char *title, measure *list, int n, const testlimits *lim,
+    void kindresiduals(int kind, const char *title, const char *heading, measure *list, int n, const testlimits *lim,
                        int *count, kindresult *block);
     void gpsresiduals(const testlimits *lim);
     void photoresiduals(const testlimits *lim, kindresult *block);

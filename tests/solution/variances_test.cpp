@@ -466,7 +466,39 @@ void image_network(Bare &s, double sigma)
     }
 }
 
+// -x / pixel with x = -10 dx / dz.
+const double U[3] = {-2.0, -2.0, 3.0}, V[3] = {-4.0, -4.0, -1.0};
+
 } // namespace
+
+TEST(PlainResiduals, OfAPointOutsideTheImageKeepTheComputedCoordinatesOfTheOneBefore)
+{
+    Bare s(3);
+    image_network(s, 2.0);
+    ready(s);
+    S(s, suv) = 1.0;
+    double sum = 0.0;
+    for (int i = 0; i < 3; i++) sum += 0.25 * (U[i] * U[i] + V[i] * V[i]);
+    EXPECT_NEAR(S(s, justres)(4), sum, 1e-12);
+    for (int i = 0; i < 3; i++) {
+        EXPECT_NEAR(s.u[i].res[0], -U[i], 1e-13) << i;
+        EXPECT_NEAR(s.v[i].res[0], -V[i], 1e-13) << i;
+    }
+    EXPECT_EQ(s.u[0].iflag, 5); // 1.0
+    EXPECT_EQ(s.v[0].iflag, 6); // 2.0
+}
+
+TEST(PlainResiduals, OfTheSecondImageCoordinateAreClassedBySmallDeviationsToo)
+{
+    for (double sigma : {1e-8, 0.0}) {
+        Bare s(3);
+        image_network(s, sigma);
+        ready(s);
+        EXPECT_NEAR(S(s, justres)(4) * 1e-16, 4 + 4 + 9 + 16 + 16 + 1, 1e-10);
+        EXPECT_EQ(s.u[0].iflag, 4);
+        EXPECT_EQ(s.v[0].iflag, sigma > 0.0 ? 9999 : 4);
+    }
+}
 
 TEST(BaselineResiduals, AddTheirQuadraticFormAndAreClassedAsTheyStand)
 {

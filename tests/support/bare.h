@@ -164,8 +164,7 @@ public:
         confidence = 95.0;
         nclass = 10;
         hrange = 5.0;
-        hlim = hnorm = NULL;
-        hall = hdist = hdifh = hdir1 = hdir2 = haz = hgps1 = hgps2 = hgps3 = NULL;
+        release();
         temp_res = &result;
         wire_matrices();
     }
