@@ -186,6 +186,7 @@ struct solution_access {
     static constexpr auto setcentre = &solution::setcentre;
     static constexpr auto importdiff = &solution::importdiff;
     static constexpr auto withinturn = &solution::withinturn;
+    static constexpr auto Q = &solution::Q;
     static constexpr auto rescov = &solution::rescov;
     static constexpr auto variances = &solution::variances;
     static constexpr auto resanalysis = &solution::resanalysis;
