@@ -594,3 +594,58 @@ TEST(ConnectExport, NeedsAnExtensionOfThreeLetters)
         EXPECT_EQ((Lines{std::string("backtoproject: Cannot open ") + name + " file"}), net.n.messages.lines);
     }
 }
+
+// ---- two runs ----
+
+namespace {
+
+// A target that three fixed stations measure with given errors of their distances.
+void measured_net(Network *net, int iconn, double first, double second, double third)
+{
+    const double at[3][2] = {{0, 0}, {100, 0}, {0, 100}};
+    const char *names[3] = {"S1      ", "S2      ", "S3      "};
+    for (int i = 0; i < 3; i++) {
+        target_input &t = net->target(names[i], at[i][0], at[i][1]);
+        t.ix[0] = t.ix[1] = CODE_FIXED;
+    }
+    for (int i = 0; i < 2; i++) {
+        const char *name = i == 0 ? "A       " : "B       ";
+        const double x = 40 + 20 * i, y = 50 + 10 * i;
+        net->target(name, x, y).iconn = iconn;
+        const double error[3] = {first, second, third};
+        for (int k = 0; k < 3; k++)
+            if (error[k] < 1.0) net->distance(names[k], name, hypot(x - at[k][0], y - at[k][1]) + error[k], 0.001);
+    }
+    net->p.irun = 1;
+}
+
+} // namespace
+
+// Distances of both runs adjusted at once give the same points as the second run with the
+// first one imported.
+TEST(ConnectedRuns, GiveTheSamePointsAsOneAdjustment)
+{
+    const double NONE = 9.0;
+    Network all(2), before(2), after(2);
+    measured_net(&all, 0, 0.001, -0.002, 0.0015);
+    measured_net(&before, 1, 0.001, -0.002, 0.0015);
+    measured_net(&after, 2, NONE, 0.003, -0.001);
+    measured_net(&all, 0, NONE, 0.003, -0.001);
+    all.targets.resize(5);
+    strcpy(before.p.filename, "chain.inp");
+    strcpy(after.p.confile, "chain.con");
+    for (Network *net : {&all, &before, &after}) {
+        net->p.convergence = 1e-9;
+        vorn run(net->ready());
+        ASSERT_EQ(0, run.vornstart());
+        ASSERT_EQ(0, run.vornjordan()) << net->report();
+    }
+    remove("chain.con");
+    ASSERT_NE(nullptr, all.p.runresults);
+    ASSERT_NE(nullptr, after.p.runresults);
+    // The file has six decimals of the coordinates.
+    for (int i = 3; i < 5; i++) {
+        EXPECT_NEAR(all.p.runresults->xpt[i], after.p.runresults->xpt[i], 1e-6);
+        EXPECT_NEAR(all.p.runresults->ypt[i], after.p.runresults->ypt[i], 1e-6);
+    }
+}
