@@ -33,20 +33,61 @@ double degrees_of(double packed)
     return copysign(s.degrees + s.minutes / 60.0 + s.seconds / 3600.0, packed);
 }
 
-} // namespace
+// The angle without the packing of minutes and seconds.
+double decimal(int unit, double raw) { return unit == ANGLE_PACKED ? degrees_of(raw) : raw; }
 
-double to_radians(int unit, double raw)
+double packed(double degrees)
+{
+    const double slack = 5e-6; // seconds: what is nearer than this to a full minute is one
+    const double all = fabs(degrees) * 3600.0;
+    const double minutes = floor((all + slack) / 60.0);
+    const double seconds = fmax(all - minutes * 60.0, 0.0);
+    const double whole = floor(minutes / 60.0);
+    return copysign(whole + (minutes - whole * 60.0) / 100.0 + seconds / 10000.0, degrees);
+}
+
+double full_circle(int unit)
 {
     switch (unit) {
-    case ANGLE_GON: return raw * (pi / 200.0);
-    case ANGLE_DEGREE: return raw * (pi / 180.0);
-    case ANGLE_PACKED: return degrees_of(raw) * (pi / 180.0);
-    default: return raw;
+    case ANGLE_GON: return 400.0;
+    case ANGLE_DEGREE:
+    case ANGLE_PACKED: return 360.0;
+    default: return 2.0 * pi;
     }
+}
+
+// x reduced into [0, full); what rounds to a full circle is 0.
+double reduce(double x, double full)
+{
+    const double r = fmod(x, full);
+    const double up = r < 0.0 ? r + full : r;
+    return up < full ? up : 0.0;
+}
+
+} // namespace
+
+double to_radians(int unit, double raw) { return decimal(unit, raw) * (2.0 * pi / full_circle(unit)); }
+
+double from_radians(int unit, double rad)
+{
+    const double raw = rad * (full_circle(unit) / (2.0 * pi));
+    return unit == ANGLE_PACKED ? packed(raw) : raw;
+}
+
+double to_direction(int unit, double raw)
+{
+    const double full = full_circle(unit);
+    return reduce(reduce(decimal(unit, raw), full) * (2.0 * pi / full), 2.0 * pi);
+}
+
+double from_direction(int unit, double rad)
+{
+    return reduce(from_radians(unit, reduce(rad, 2.0 * pi)), full_circle(unit));
 }
 
 bool readable_angle(int unit, double raw)
 {
+    if (!isfinite(raw)) return false;
     if (unit != ANGLE_PACKED) return true;
     const Sexagesimal s = split(raw);
     return s.minutes < 60.0 && s.seconds < 60.0 - 1e-7;

@@ -148,9 +148,9 @@ TEST(FillMeasure, FailsOnAnglesThatTheHostCannotRead)
     Network n(3);
     n.station("S", 0, 0);
     n.target("T", 1, 0);
-    n.direction("S", "T", 2 * PI, 1);
-    n.azimuth("S", "T", 2 * PI, 1);
-    n.vertical("S", "T", PI, 1);
+    n.direction("S", "T", NAN, 1);
+    n.azimuth("S", "T", NAN, 1);
+    n.vertical("S", "T", NAN, 1);
     vorn run(n.ready());
     load(run, 1, 2);
     EXPECT_EQ(fill(run, 4), -4);
