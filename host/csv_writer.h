@@ -1,0 +1,27 @@
+// Results as comma-separated tables (RFC 4180), one file a table, a heading in each.
+
+#ifndef VORNHOST_CSV_WRITER_H
+#define VORNHOST_CSV_WRITER_H
+
+#include <string>
+#include <vector>
+
+#include "results.h"
+
+namespace vornhost {
+
+struct CsvTable {
+    std::string name; // "points.csv"
+    std::string text;
+};
+
+// points, orientations, residuals, accounts; lumps and pairs when there are some. Numbers
+// read back exactly; the cell of what is absent or not finite is empty.
+std::vector<CsvTable> to_csv(const Results &results);
+
+// Writes the tables into a folder, which is made if it is not there. Throws OutputError.
+void write_csv(const std::string &folder, const Results &results);
+
+} // namespace vornhost
+
+#endif
