@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "faults.h"
+
 namespace vornhost {
 
 namespace {
@@ -17,6 +19,8 @@ size_t tolerance(std::string_view word)
 }
 
 } // namespace
+
+std::string plain_name(std::string_view field) { return printable(field.substr(0, field.find_last_not_of(' ') + 1)); }
 
 size_t distance_of_words(std::string_view a, std::string_view b, size_t limit)
 {

@@ -24,6 +24,9 @@ template <size_t size> void pad_name(char (&field)[size], std::string_view name)
     for (size_t i = 0; i < size; i++) field[i] = i < name_width ? (i < name.size() ? name[i] : ' ') : '\0';
 }
 
+// The name that a field of a record holds, without the blanks at its end, for messages.
+std::string plain_name(std::string_view field);
+
 // Numbers of names in the order in which they were added, found by hash.
 class NameIndex {
 public:
