@@ -40,6 +40,7 @@ public:
 
 private:
     void find_points();
+    void leave_out();
     void find_observations();
     void add_direction(const measure_input &m);
     bool used(const measure_input &m) const;
@@ -74,6 +75,17 @@ void Preparation::find_points()
         if (s.status > 0) points.emplace(s.name, spot_of(s));
     for (const target_input &t : model.targets.records)
         if (t.status > 0) points.emplace(t.name, spot_of(t));
+}
+
+// Baselines to points that are off, and images of cameras that are off: the engine would
+// stop at them.
+void Preparation::leave_out()
+{
+    for (gps_input &g : model.baselines.records)
+        if (g.status > 0 && !(points.count(g.from) && points.count(g.to))) g.status = -g.status;
+    for (image_input &i : model.images.records)
+        for (const camera_input &c : model.cameras.records)
+            if (i.status > 0 && c.status <= 0 && std::string(c.name) == i.camera) i.status = -i.status;
 }
 
 // Selected, and between two points of the run.
@@ -247,6 +259,7 @@ void Preparation::note(Source place, const std::string &text)
 Prepared Preparation::run()
 {
     find_points();
+    leave_out();
     find_observations();
     hand_over_targets();
     for (size_t i = 0; i < model.stations.size(); i++) orient(i);

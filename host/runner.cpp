@@ -1,0 +1,241 @@
+#include "runner.h"
+
+#include <string.h>
+
+#include "faults.h"
+#include "vorn.h"
+
+namespace vornhost {
+
+namespace {
+
+// Passes the engine's lines on and keeps the last one. Takes no memory: it is called from
+// within the engine, which knows no exceptions.
+class Listener : public Feedback {
+public:
+    explicit Listener(Feedback &user) : next(user) {}
+    void feedback(char *line) override
+    {
+        strncpy(last, line, sizeof last - 1);
+        next.feedback(line);
+    }
+    int decision(char *question, char *title) override { return next.decision(question, title); }
+    std::string last_line() const { return last; }
+
+private:
+    Feedback &next;
+    char last[512] = "";
+};
+
+// End of the report of this run; empty when the stream cannot be read.
+std::string report_tail(FILE *report, long start)
+{
+    constexpr long most = 4000;
+    fflush(report);
+    const long end = ftell(report);
+    if (start < 0 || end <= start) return {};
+    std::string tail((size_t)(end - start < most ? end - start : most), '\0');
+    if (fseek(report, end - (long)tail.size(), SEEK_SET) != 0) return {};
+    tail.resize(fread(&tail[0], 1, tail.size(), report));
+    clearerr(report);
+    fseek(report, end, SEEK_SET);
+    return tail;
+}
+
+std::string without_blanks(const std::string &line)
+{
+    const size_t begin = line.find_first_not_of(" \t*\r");
+    if (begin == std::string::npos) return {};
+    return line.substr(begin, line.find_last_not_of(" \t*\r") + 1 - begin);
+}
+
+// The last line in which a routine of the engine names itself ("datumcheck: ..."), otherwise
+// the last line.
+std::string last_words(const std::string &tail)
+{
+    std::string last, named;
+    for (size_t begin = 0; begin < tail.size();) {
+        const size_t end = tail.find('\n', begin);
+        const std::string line = without_blanks(tail.substr(begin, end - begin));
+        const size_t colon = line.find(": ");
+        if (!line.empty()) last = line;
+        if (colon != std::string::npos && colon > 0 && line.find(' ') > colon) named = line;
+        if (end == std::string::npos) break;
+        begin = end + 1;
+    }
+    return printable(named.empty() ? last : named);
+}
+
+struct Sentence {
+    int code;
+    const char *what;
+    const char *remedy;
+};
+
+const Sentence start_sentences[] = {
+    {-1, "the network could not be loaded",
+     "look at the engine's lines above and at the observations left out: those that remain must fit the dimension"},
+    {-2, "the lumps could not be set up", "check the table lumps: every lump needs points observed in two epochs"},
+    {-3, "the datum of the network is not defined",
+     "look at the engine's lines above: fix or weight more coordinates or an orientation, or give points without "
+     "enough observations more of them"},
+    {-4, "first coordinates could not be computed", "give approximate coordinates of every point"},
+    {-5, "coordinates are missing, and this run computes none", "give approximate coordinates of every point"},
+    {-6, "the connected net could not be set up",
+     "check that its file belongs to this network, and that the imported points are free in all coordinates"},
+};
+
+const Sentence solver_sentences[] = {
+    {-1, "there is not enough memory for the adjustment", "free memory, or leave out points"},
+    {-2, "there is not enough memory for the normal equations", "choose the solver compact, or leave out points"},
+    {-3, "the normal equations are singular: something in the network is not determined",
+     "look for points with too few observations, stations whose orientation nothing determines, and parts of the "
+     "network that are not tied to the rest"},
+    {-4, "the adjustment does not converge",
+     "look for wrong approximate coordinates, exchanged point names, wrong units, and gross errors; first coordinates "
+     "far from the truth may need more iterations"},
+    {-5, "the normal equations could not be inverted",
+     "look for points that hardly anything determines; mode solution does without the inverse"},
+};
+
+template <size_t n> std::vector<std::string> words_of(const Sentence (&table)[n], int code, const std::string &engine)
+{
+    for (const Sentence &s : table) {
+        if (s.code != code) continue;
+        std::vector<std::string> words = {s.what};
+        if (!engine.empty()) words[0] += " (" + engine + ")";
+        words.push_back(s.remedy);
+        return words;
+    }
+    return {"the engine stopped with the unknown code " + std::to_string(code), "report this as a defect"};
+}
+
+int run_mode(const Model &model)
+{
+    if (model.solver == Solver::Simplex) return -1;
+    switch (model.mode) {
+    case Mode::Solution: return 0;
+    case Mode::Propagation: return -2;
+    default: return 1;
+    }
+}
+
+int solve(vorn &engine, Solver solver)
+{
+    switch (solver) {
+    case Solver::Jordan: return engine.vornjordan();
+    case Solver::Simplex: return engine.vornL1();
+    default: return engine.vornL2();
+    }
+}
+
+// A run, or its first half: the project as the engine sees it, and where it stopped.
+class Run {
+public:
+    Run(Model &network, FILE *out, Feedback &user) : model(network), report(out), listener(user) {}
+    RunOutcome go(bool solving);
+
+private:
+    void set_up();
+    void adjust(bool solving);
+    void stop(Stage stage, int code);
+    std::string engine_line() const;
+
+    Model &model;
+    FILE *report;
+    Listener listener;
+    long start = -1;
+    RunOutcome outcome;
+};
+
+void Run::set_up()
+{
+    project &p = model.p;
+    p.pfeedback = &listener;
+    p.out = report;
+    p.irun = run_mode(model);
+    p.imixed = -1;
+    start = ftell(report);
+}
+
+// What the engine said last: a divergence goes to the user only, all else to the report too.
+std::string Run::engine_line() const
+{
+    const std::string told = listener.last_line();
+    if (told.rfind("Problem at iteration", 0) == 0) return printable(without_blanks(told));
+    const std::string line = last_words(report_tail(report, start));
+    return line.empty() ? printable(without_blanks(told)) : line;
+}
+
+void Run::stop(Stage stage, int code)
+{
+    outcome.reached = stage;
+    outcome.code = code;
+    outcome.words = stage == Stage::Loading ? words_of(start_sentences, code, engine_line())
+                                            : words_of(solver_sentences, code, engine_line());
+}
+
+void Run::adjust(bool solving)
+{
+    vorn engine(&model.p);
+    int code = engine.vornstart();
+    if (code != 0) return stop(Stage::Loading, code);
+    if (solving) code = solve(engine, model.solver);
+    if (code != 0) return stop(Stage::Solving, code);
+    outcome.reached = Stage::Done;
+}
+
+RunOutcome Run::go(bool solving)
+{
+    outcome.words = not_available(model);
+    if (!outcome.words.empty()) return std::move(outcome);
+    const AccountKeeper keeper(model);
+    outcome.prepared = prepare(model);
+    set_up();
+    adjust(solving);
+    model.p.pfeedback = nullptr;
+    model.p.out = nullptr;
+    outcome.accounts = keeper.close(model);
+    return std::move(outcome);
+}
+
+// Points marked for the export, while a check must not write their file.
+class NoExport {
+public:
+    explicit NoExport(Model &network) : model(network)
+    {
+        hide(model.stations);
+        hide(model.targets);
+    }
+    ~NoExport()
+    {
+        show(model.stations);
+        show(model.targets);
+    }
+
+private:
+    static constexpr int hidden = -1;
+    template <class Record> static void hide(List<Record> &list)
+    {
+        for (Record &r : list.records)
+            if (r.iconn == 1) r.iconn = hidden;
+    }
+    template <class Record> static void show(List<Record> &list)
+    {
+        for (Record &r : list.records)
+            if (r.iconn == hidden) r.iconn = 1;
+    }
+    Model &model;
+};
+
+} // namespace
+
+RunOutcome run(Model &model, FILE *report, Feedback &feedback) { return Run(model, report, feedback).go(true); }
+
+RunOutcome check(Model &model, FILE *report, Feedback &feedback)
+{
+    const NoExport no_export(model);
+    return Run(model, report, feedback).go(false);
+}
+
+} // namespace vornhost

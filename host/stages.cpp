@@ -1,0 +1,60 @@
+// What a network may ask for and this version cannot do.
+
+#include <cstddef>
+
+#include "names.h"
+#include "runner.h"
+
+namespace vornhost {
+
+namespace {
+
+constexpr size_t most_points = 20; // named in lines of their own
+
+std::string place(const Model &model, Source where)
+{
+    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
+    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
+}
+
+template <class Record>
+void missing_coordinates(const Model &model, const List<Record> &list, const char *kind,
+                         std::vector<std::string> &lines)
+{
+    static const char *const coordinates[] = {"", "z", "x, y", "x, y, z"};
+    for (size_t i = 0; i < list.size(); i++) {
+        if (list.records[i].status != STATUS_COMPUTE) continue;
+        lines.push_back(std::string("approximate coordinates are not computed by this version: give ") +
+                        coordinates[model.p.dim] + " of " + kind + " " + plain_name(list.records[i].name) + " (" +
+                        place(model, list.where[i]) + ")");
+    }
+}
+
+bool has_lumps(const Model &model) { return model.p.lumpmethod != 0 || model.lumpdefs.size() > 0; }
+
+Source lump_place(const Model &model) { return model.lumpdefs.size() > 0 ? model.lumpdefs.where[0] : Source(); }
+
+} // namespace
+
+std::vector<std::string> not_available(const Model &model)
+{
+    std::vector<std::string> lines;
+    if (model.solver == Solver::Simplex)
+        lines.push_back("the simplex solver is not part of this version: choose compact or jordan (" + model.path +
+                        ")");
+    if (has_lumps(model))
+        lines.push_back("lumps are not adjusted by this version: leave out the table lumps and write method = 0 in "
+                        "[lumps] (" +
+                        place(model, lump_place(model)) + ")");
+    std::vector<std::string> points;
+    missing_coordinates(model, model.stations, "station", points);
+    missing_coordinates(model, model.targets, "target", points);
+    const size_t named = points.size() > most_points ? most_points : points.size();
+    lines.insert(lines.end(), points.begin(), points.begin() + (std::ptrdiff_t)named);
+    if (points.size() > named)
+        lines.push_back("approximate coordinates are missing for " + std::to_string(points.size() - named) +
+                        " more points");
+    return lines;
+}
+
+} // namespace vornhost
