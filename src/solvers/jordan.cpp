@@ -353,11 +353,12 @@ void jordan::unscramble(double *a, int n, const int *pivots)
 // not-a-numbers. Without memory x and ainv are zero, det is 1 and the error is recorded.
 void jordan::gaussj(const double *a, double *b, int n, double *x, double *ainv, double *det)
 {
+    *det = 1.0;
+    if (n <= 0) return;
     int *pivots = (int *)zeroed(2LL * n, sizeof *pivots); // row and column of each step
     char *used = (char *)zeroed(n, sizeof *used);         // rows and columns that had their pivot
     checkalloc(pivots);
     checkalloc(used);
-    *det = 1.0;
     if (pivots && used) {
         memcpy(ainv, a, sizeof *ainv * n * n);
         eliminate(ainv, b, n, det, pivots, used);

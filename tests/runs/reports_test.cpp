@@ -97,8 +97,8 @@ const ReportCase cases[] = {
     {"space", Solver::Jordan, Mode::Solution, 9, Stage::Done},
 };
 
-INSTANTIATE_TEST_SUITE_P(Runs, Reports, testing::ValuesIn(cases), [](const auto &info) {
-    const ReportCase &c = info.param;
+INSTANTIATE_TEST_SUITE_P(Runs, Reports, testing::ValuesIn(cases), [](const auto &one) {
+    const ReportCase &c = one.param;
     return std::string(c.network) + "_" + name_of(c.solver) + "_" + name_of(c.mode) + "_" + std::to_string(c.trace);
 });
 

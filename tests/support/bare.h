@@ -179,6 +179,7 @@ public:
     // The histogram arrays that the residual analysis expects.
     void take_histograms(int classes = 10)
     {
+        freestat(); // a second call starts anew
         nclass = classes;
         hlim = (double *)calloc(classes, sizeof *hlim);
         hnorm = (double *)calloc(classes, sizeof *hnorm);

@@ -22,7 +22,7 @@ public:
         V(run, points) = (point *)calloc((size_t)(nsta + ntar), sizeof(point));
         for (int i = 0; i < nsta + ntar; i++) {
             point &p = at(i);
-            snprintf(p.name, sizeof p.name, "P%d", i);
+            strcpy(p.name, ("P" + std::to_string(i)).c_str());
             for (int c = 0; c < 3; c++) {
                 p.n0[c] = c < dim || dim == 3 ? N_UNKNOWN : N_NONE;
                 p.n1[c] = N_UNKNOWN;
