@@ -21,7 +21,8 @@ int constant_code(Row &row, int i, double value, double neutral)
     const bool unused = code == CODE_FIXED || code == CODE_ABSENT;
     if (unused && value != neutral)
         row.fault(CONSTANT + i, row.cell(CONSTANT + i) + " would not be used",
-                  std::string("write free or weighted in column ") + group_columns[(size_t)(CONSTANT_CODE + i)].name);
+                  std::string("write free or weighted in column ") +
+                      group_columns[(size_t)CONSTANT_CODE + (size_t)i].name);
     return code;
 }
 

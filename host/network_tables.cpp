@@ -103,7 +103,7 @@ std::string data_file(Faults &faults, const std::string &network_path, std::stri
     namespace fs = std::filesystem;
     std::error_code error;
     const fs::path joined = fs::path(network_path).parent_path() / fs::path(written);
-    const std::string path = fs::absolute(joined, error).lexically_normal().string();
+    std::string path = fs::absolute(joined, error).lexically_normal().string();
     const std::string name = "file " + quote(path);
     if (path.size() >= field_size) {
         faults.add(at,

@@ -118,8 +118,8 @@ void check_held(Row &row, const Codes &codes, int missing, int status)
             return;
         }
         if (status == STATUS_COMPUTE) continue;
-        row.fault(X + i, held + " cannot be held while " + missed + " is not known",
-                  "write an approximate " + missed + " or status compute");
+        row.fault(X + i, std::string(held).append(" cannot be held while ").append(missed).append(" is not known"),
+                  std::string("write an approximate ").append(missed).append(" or status compute"));
         return;
     }
 }

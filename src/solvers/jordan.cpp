@@ -193,8 +193,8 @@ void jordan::datumspace(int r0)
 // Both triangles, so that a number that occurs twice in a row simply adds up.
 void jordan::addrow(int n1, int n2, double b)
 {
-    int u[24];
-    double a[24];
+    int u[24] = {0};
+    double a[24] = {0.0};
     const int n = n1 + n2;
     for (int i = 0; i < n1; i++) {
         u[i] = ia1[i + 1];
@@ -315,8 +315,8 @@ void jordan::eliminate(double *a, double *b, int n, double *det, int *pivots, ch
         const int irow = best.row, icol = best.col;
         best.size = 0.0;
         used[icol] = 1;
-        pivots[2 * i] = irow;
-        pivots[2 * i + 1] = icol;
+        pivots[2 * (size_t)i] = irow;
+        pivots[2 * (size_t)i + 1] = icol;
         if (irow != icol) *det = -*det;
         *det = clampdet(preparerow(a, b, n, irow, icol) * *det);
         const double *pivotrow = a + (size_t)icol * n;
@@ -338,7 +338,8 @@ void jordan::unscramble(double *a, int n, const int *pivots)
     for (int r = 0; r < n; r++) {
         double *row = a + (size_t)r * n;
         for (int i = n - 1; i >= 0; i--)
-            if (pivots[2 * i] != pivots[2 * i + 1]) swapd(row + pivots[2 * i], row + pivots[2 * i + 1]);
+            if (pivots[2 * (size_t)i] != pivots[2 * (size_t)i + 1])
+                swapd(row + pivots[2 * (size_t)i], row + pivots[2 * (size_t)i + 1]);
     }
 }
 
