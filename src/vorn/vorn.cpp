@@ -99,7 +99,7 @@ vorn::~vorn()
 {
     if (backtoproject() != 0) tell(pfeedback, "backtoproject failed");
     clean();
-    free(lcon);     // still here when backtoproject stopped before the connected net
+    free(lcon); // still here when backtoproject stopped before the connected net
     free(Qcon);
 }
 
@@ -232,7 +232,4 @@ int vorn::vornjordan()
     return result;
 }
 
-int vorn::vornL1()
-{
-    return -1;
-}
+int vorn::vornL1() { return -1; }

@@ -800,12 +800,24 @@ struct Family {
     double (*computed)(Rows &s, int i);
 };
 
-const Family FAMILIES[] = {{"distance", &Bare::dist, [](Rows &s) { S(s, norm_dist)
-                                                                   (); }, computed_distance},
-                           {"direction", &Bare::dir1, [](Rows &s) { S(s, norm_dir1)
-                                                                    (); }, computed_direction},
-                           {"vertical angle", &Bare::dir2, [](Rows &s) { S(s, norm_dir2)
-                                                                         (); }, computed_vertical}};
+const Family FAMILIES[] = {{"distance", &Bare::dist,
+                            [](Rows &s) {
+                                S(s, norm_dist)
+                                ();
+                            },
+                            computed_distance},
+                           {"direction", &Bare::dir1,
+                            [](Rows &s) {
+                                S(s, norm_dir1)
+                                ();
+                            },
+                            computed_direction},
+                           {"vertical angle", &Bare::dir2,
+                            [](Rows &s) {
+                                S(s, norm_dir2)
+                                ();
+                            },
+                            computed_vertical}};
 
 // The vertical term of the instrument has no part in the computed value.
 void without_vertical_term(Rows &s)
