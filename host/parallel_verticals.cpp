@@ -36,7 +36,10 @@ bool any_levelled(const Model &model)
 
 std::string make_verticals_parallel(Model &model)
 {
-    if (model.p.dim != 3 || model.p.iearth != 0) return {};
+    if (model.p.iearth != 0) return {};
+    if (model.p.dim == 2) // in a plane no angle is reduced
+        for (station_input &s : model.stations.records) s.ilevel = 0;
+    if (model.p.dim != 3) return {};
     const bool angles = any_selected(model.directions) || any_selected(model.verticals);
     if (!any_selected(model.heightdiffs) && !(angles && any_levelled(model))) return {};
 

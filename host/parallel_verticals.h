@@ -3,7 +3,8 @@
 // The engine reduces the angles of levelled instruments, and compares height differences
 // with heights above the sphere, whatever the earth model; without one those heights stay
 // 0. A user who gives no earth model means parallel verticals: the network is handed over
-// on a sphere so large that its curvature vanishes.
+// on a sphere so large that its curvature vanishes. In a plane without an earth model no
+// angle is reduced at all: the instruments carry no level there.
 
 #ifndef VORNHOST_PARALLEL_VERTICALS_H
 #define VORNHOST_PARALLEL_VERTICALS_H

@@ -48,6 +48,20 @@ TEST(ParallelVerticals, MeasureTheNetworkInMetres)
     EXPECT_EQ(model.p.radius, 1.0e12);
 }
 
+TEST(ParallelVerticals, NeedNoLevelInAPlane)
+{
+    for (int earth = 0; earth < 2; earth++) {
+        Model model = space_network();
+        model.p.dim = 2;
+        model.p.iearth = earth;
+        station_input s = station_input();
+        s.ilevel = 1;
+        model.stations.add(s, {});
+        EXPECT_EQ(vornhost::make_verticals_parallel(model), "");
+        EXPECT_EQ(model.stations.records[0].ilevel, earth);
+    }
+}
+
 TEST(ParallelVerticals, LeaveOtherNetworksAlone)
 {
     Model plane = space_network();
