@@ -1,0 +1,72 @@
+// What the benchmarks share: a silent report, timing of single calls, a folder of their own.
+
+#ifndef BENCH_TRIAL_H
+#define BENCH_TRIAL_H
+
+#include <stdio.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "networks.h"
+#include "result.h"
+#include "vorn.h"
+
+namespace trial {
+
+// Takes no notice of messages; answers no.
+class Silent : public Feedback {
+public:
+    void feedback(char *) override {}
+    int decision(char *, char *) override { return 0; }
+};
+
+// A new folder that is the working folder for as long as it lives: the engine writes files there.
+class Workplace {
+public:
+    Workplace();
+    ~Workplace();
+    Workplace(const Workplace &) = delete;
+    Workplace &operator=(const Workplace &) = delete;
+
+private:
+    std::filesystem::path before, folder;
+};
+
+// A network and the project that runs it, with the report thrown away.
+struct Trial {
+    explicit Trial(networks::Network made);
+    ~Trial();
+    Trial(const Trial &) = delete;
+    Trial &operator=(const Trial &) = delete;
+
+    // To be called before every run: a run leaves its results in the project.
+    void release_results();
+
+    Silent feedback;
+    std::unique_ptr<FILE, int (*)(FILE *)> report;
+    networks::Network network;
+    project p;
+};
+
+// Seconds that a call takes.
+template <class Call> double seconds(Call call)
+{
+    const auto start = std::chrono::steady_clock::now();
+    call();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Points and observations as columns of the table of results.
+void count(benchmark::State &state, const networks::Network &network);
+
+// Adds the least of the repetitions to the table; other work on the machine only ever adds time.
+void report_least(benchmark::internal::Benchmark *bench);
+
+} // namespace trial
+
+#endif
