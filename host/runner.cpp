@@ -2,7 +2,10 @@
 
 #include <string.h>
 
+#include <cmath>
+
 #include "faults.h"
+#include "result.h"
 #include "vorn.h"
 
 namespace vornhost {
@@ -92,11 +95,26 @@ const Sentence solver_sentences[] = {
      "look for points with too few observations, stations whose orientation nothing determines, and parts of the "
      "network that are not tied to the rest"},
     {-4, "the adjustment does not converge",
-     "look for wrong approximate coordinates, exchanged point names, wrong units, and gross errors; first coordinates "
-     "far from the truth may need more iterations"},
+     "look for wrong approximate coordinates, exchanged point names, wrong units, gross errors, and with the solver "
+     "jordan for what nothing determines; first coordinates far from the truth may need more iterations"},
     {-5, "the normal equations could not be inverted",
      "look for points that hardly anything determines; mode solution does without the inverse"},
 };
+
+const char *const not_a_number[] = {
+    "the coordinates are not numbers: something in the network is not determined, or two points coincide",
+    "look for points with the same approximate coordinates and for points with too few observations"};
+
+// False when a coordinate of the results is not a number or infinite. The solver jordan has no
+// test of singularity.
+bool finite_coordinates(const result *r)
+{
+    if (!r) return true;
+    for (const double *x : {r->xpt, r->ypt, r->zpt})
+        for (int i = 0; x && i < r->nstar + r->ntarr; i++)
+            if (!std::isfinite(x[i])) return false;
+    return true;
+}
 
 template <size_t n> std::vector<std::string> words_of(const Sentence (&table)[n], int code, const std::string &engine)
 {
@@ -139,7 +157,7 @@ private:
     void set_up();
     void adjust(bool solving);
     void stop(Stage stage, int code);
-    std::string engine_line() const;
+    std::string engine_line(Stage stage, int code) const;
 
     Model &model;
     FILE *report;
@@ -158,21 +176,26 @@ void Run::set_up()
     start = ftell(report);
 }
 
-// What the engine said last: a divergence goes to the user only, all else to the report too.
-std::string Run::engine_line() const
+// What the engine said last: a divergence goes to the user only, all else to the report too;
+// behind the line of a missing convergence the report lists residuals.
+std::string Run::engine_line(Stage stage, int code) const
 {
-    const std::string told = listener.last_line();
-    if (told.rfind("Problem at iteration", 0) == 0) return printable(without_blanks(told));
+    const std::string told = printable(without_blanks(listener.last_line()));
+    if (stage == Stage::Solving && code == -4)
+        return told.rfind("Problem at iteration", 0) == 0
+                   ? told
+                   : "no convergence after " + std::to_string(model.p.itmax) + " iterations";
     const std::string line = last_words(report_tail(report, start));
-    return line.empty() ? printable(without_blanks(told)) : line;
+    return line.empty() ? told : line;
 }
 
 void Run::stop(Stage stage, int code)
 {
     outcome.reached = stage;
     outcome.code = code;
-    outcome.words = stage == Stage::Loading ? words_of(start_sentences, code, engine_line())
-                                            : words_of(solver_sentences, code, engine_line());
+    const std::string engine = engine_line(stage, code);
+    outcome.words =
+        stage == Stage::Loading ? words_of(start_sentences, code, engine) : words_of(solver_sentences, code, engine);
 }
 
 void Run::adjust(bool solving)
@@ -193,6 +216,10 @@ RunOutcome Run::go(bool solving)
     outcome.prepared = prepare(model);
     set_up();
     adjust(solving);
+    if (outcome.adjusted() && solving && !finite_coordinates(model.p.runresults)) {
+        outcome.reached = Stage::Solving;
+        outcome.words.assign(std::begin(not_a_number), std::end(not_a_number));
+    }
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
     outcome.accounts = keeper.close(model);

@@ -1,0 +1,316 @@
+#include "runner.h"
+
+#include <gtest/gtest.h>
+
+#include <math.h>
+#include <stdio.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "host/folder.h"
+#include "result.h"
+#include "support/faults.h"
+#include "support/network.h"
+
+using namespace vornhost;
+
+namespace {
+
+const std::string levelling = "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 100 fixed\nB 101 free\n"
+                              "C 103 free\n'''\nheight_differences = '''\nfrom to value sigma\nA B 1.002 0.001\n"
+                              "B C 2.003 0.001\nC A -3.002 0.001\n'''\n";
+
+std::string plane(const std::string &tables, const std::string &run_keys = "")
+{
+    return "[run]\ndimension = 2\n" + run_keys + "[tables]\n" + tables;
+}
+
+// P lies at (60, 80); distances to A, B, C fit it.
+const std::string triangle = "targets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\nC 0 160 fixed\nP 61 79 free\n"
+                             "'''\ndistances = '''\nfrom to value sigma\nA P 100.001 0.01\nB P 100 0.01\nC P 99.999 "
+                             "0.01\n'''\n";
+
+struct Case {
+    explicit Case(const std::string &text) : out(tmpfile())
+    {
+        folder.write("net.inp", text);
+        EXPECT_EQ(folder.read(), Lines());
+    }
+    ~Case()
+    {
+        model().p.freerun(model().p.runresults);
+        if (out) fclose(out);
+    }
+    RunOutcome run() { return vornhost::run(model(), out, messages); }
+    RunOutcome check() { return vornhost::check(model(), out, messages); }
+    Model &model() { return folder.model; }
+    const result *results() { return model().p.runresults; }
+    std::string report() const
+    {
+        std::string text;
+        rewind(out);
+        for (int c = fgetc(out); c != EOF; c = fgetc(out)) text += (char)c;
+        return text;
+    }
+    bool told(const std::string &line) const
+    {
+        return std::find(messages.lines.begin(), messages.lines.end(), line) != messages.lines.end();
+    }
+
+    Folder folder;
+    FILE *out;
+    Recorder messages;
+};
+
+bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+} // namespace
+
+// Misclosure 3 mm of three equal lines: each takes 1 mm.
+TEST(Run, AdjustsANetwork)
+{
+    Case c(levelling);
+    const RunOutcome outcome = c.run();
+    EXPECT_TRUE(outcome.adjusted());
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.words, Lines());
+    ASSERT_NE(c.results(), nullptr);
+    EXPECT_NEAR(c.results()->zpt[1], 101.001, 1e-9);
+    EXPECT_NEAR(c.results()->zpt[2], 103.003, 1e-9);
+    EXPECT_EQ(c.results()->irun, 1);
+    EXPECT_TRUE(c.told("The solution has converged"));
+    EXPECT_TRUE(contains(c.report(), "Compact storage solution"));
+    ASSERT_EQ(outcome.accounts.size(), 1u);
+    EXPECT_EQ(outcome.accounts[0].used, 3);
+    EXPECT_EQ(outcome.prepared.targets.size(), 3u);
+}
+
+TEST(Run, TakesSolverAndModeOfTheModel)
+{
+    const std::pair<Mode, int> modes[] = {{Mode::Statistics, 1}, {Mode::Solution, 0}, {Mode::Propagation, -2}};
+    for (const Solver solver : {Solver::Compact, Solver::Jordan})
+        for (const auto &[mode, irun] : modes) {
+            Case c(plane(triangle));
+            c.model().solver = solver;
+            c.model().mode = mode;
+            EXPECT_TRUE(c.run().adjusted());
+            ASSERT_NE(c.results(), nullptr);
+            EXPECT_EQ(c.results()->irun, irun);
+            EXPECT_EQ(c.results()->ell12a != nullptr, irun != 0);
+            EXPECT_EQ(contains(c.report(), "Gauss Jordan solution"), solver == Solver::Jordan);
+            if (irun == -2) continue; // the coordinates stay as given
+            EXPECT_NEAR(c.results()->xpt[3], 60.0, 0.01);
+            EXPECT_NEAR(c.results()->ypt[3], 80.0, 0.01);
+        }
+}
+
+TEST(Run, GivesTheSameCoordinatesASecondTime)
+{
+    Case c(plane(triangle));
+    EXPECT_TRUE(c.run().adjusted());
+    const double x = c.results()->xpt[3];
+    EXPECT_TRUE(c.run().adjusted());
+    EXPECT_EQ(c.results()->xpt[3], x);
+}
+
+TEST(Run, KeepsNeitherReportNorListener)
+{
+    Case c(levelling);
+    c.run();
+    EXPECT_EQ(c.model().p.out, nullptr);
+    EXPECT_EQ(c.model().p.pfeedback, nullptr);
+}
+
+TEST(Run, PassesQuestionsOnToTheUser)
+{
+    Case c(levelling);
+    c.run();
+    EXPECT_EQ(c.messages.questions, Lines({"Approximation Info: Do you want to compute new approximate values?"}));
+}
+
+TEST(Run, SaysThatNoObservationFitsTheDimension)
+{
+    Case c("[run]\ndimension = 1\n[tables]\ntargets = '''\nname z\nA 0\nB 1\n'''\ndistances = '''\nfrom to value "
+           "sigma\nA B 1 1\n'''\n");
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Loading);
+    EXPECT_EQ(outcome.code, -1);
+    ASSERT_EQ(outcome.words.size(), 2u);
+    EXPECT_EQ(outcome.words[0], "the network could not be loaded (fill_vorn: Stop in verif)");
+    EXPECT_TRUE(contains(outcome.words[1], "observations left out"));
+    EXPECT_NE(c.results(), nullptr);
+    ASSERT_EQ(outcome.accounts.size(), 1u);
+    EXPECT_EQ(outcome.accounts[0].used, 0);
+}
+
+TEST(Run, SaysWhyTheDatumIsNotDefined)
+{
+    Case c(plane("targets = '''\nname x y code\nA 0 0 fixed\nB 10 0 free\nC 0 10 free\n'''\n"
+                 "distances = '''\nfrom to value sigma\nA B 10 1\nB C 14 1\nA C 10 1\n'''\n"));
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Loading);
+    EXPECT_EQ(outcome.code, -3);
+    EXPECT_EQ(outcome.words[0], "the datum of the network is not defined (datumcheck: Not enough information to define "
+                                "a datum)");
+    EXPECT_TRUE(contains(outcome.words[1], "fix or weight"));
+}
+
+TEST(Run, NamesThePointWithTooFewObservations)
+{
+    Case c(plane("targets = '''\nname x y code\nA 0 0 fixed\nB 10 0 fixed\nC 0 10 free\n'''\n"
+                 "distances = '''\nfrom to value sigma\nA C 10 1\nA B 10 1\n'''\n"));
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.code, -3);
+    EXPECT_TRUE(contains(outcome.words[0], "Not enough observations for C")) << outcome.words[0];
+}
+
+// A stream that cannot be read leaves the last line that went to the user.
+TEST(Run, DoesWithoutReadingTheReport)
+{
+    Case c("[run]\ndimension = 1\n[tables]\ntargets = '''\nname z\nA 0\nB 1\n'''\ndistances = '''\nfrom to value "
+           "sigma\nA B 1 1\n'''\n");
+    const std::unique_ptr<FILE, int (*)(FILE *)> report(fopen("/dev/null", "w"), fclose);
+    const RunOutcome outcome = run(c.model(), report.get(), c.messages);
+    EXPECT_EQ(outcome.words[0], "the network could not be loaded (fill_vorn: Stop in verif)");
+}
+
+TEST(Run, SaysThatTheSolutionDiverges)
+{
+    Case c(plane("stations = '''\nname x y orientation code_rx3\nA 0 0 0 fixed\nB 100 0 0 fixed\n'''\n"
+                 "targets = '''\nname x y code\nP 50 0.0001 free\n'''\n"
+                 "directions = '''\nfrom to value sigma\nA P 100 0.001\nB P 100 0.001\n'''\n"
+                 "distances = '''\nfrom to value sigma\nA B 100 0.1\n'''\n"));
+    for (station_input &s : c.model().stations.records) s.ix[0] = s.ix[1] = CODE_FIXED;
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Solving);
+    EXPECT_EQ(outcome.code, -4);
+    EXPECT_TRUE(contains(outcome.words[0], "does not converge")) << outcome.words[0];
+    EXPECT_TRUE(contains(outcome.words[1], "approximate coordinates"));
+}
+
+TEST(Run, SaysAfterHowManyIterationsItGaveUp)
+{
+    Case c(plane(triangle, "iterations = 1\nconvergence = 1e-12\n"));
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.code, -4);
+    EXPECT_EQ(outcome.words[0], "the adjustment does not converge (no convergence after 1 iterations)");
+}
+
+// Nothing determines the orientation that the file frees.
+TEST(Run, SaysThatSomethingIsNotDetermined)
+{
+    Case c(plane("stations = '''\nname x y code_rx3\nP 61 79 free\n'''\ntargets = '''\nname x y code\nA 0 0 fixed\n"
+                 "B 120 0 fixed\nC 0 160 fixed\n'''\ndistances = '''\nfrom to value sigma\nP A 100 0.01\nP B 100 "
+                 "0.01\nP C 100 0.01\n'''\n"));
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Solving);
+    EXPECT_EQ(outcome.code, -3);
+    EXPECT_TRUE(contains(outcome.words[0], "singular")) << outcome.words[0];
+}
+
+TEST(Run, TakesNoCoordinatesThatAreNotNumbers)
+{
+    Case c(plane("targets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\nP 0 0 free\n'''\n"
+                 "distances = '''\nfrom to value sigma\nA P 100 0.01\nB P 100 0.01\n'''\n"));
+    c.model().solver = Solver::Jordan;
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Solving);
+    ASSERT_FALSE(outcome.words.empty());
+    EXPECT_TRUE(contains(outcome.words[0], "not numbers")) << outcome.words[0];
+}
+
+TEST(Run, LeavesBaselinesToPointsThatAreOffOut)
+{
+    Case c("[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code status\nA 0 0 0 fixed used\nB 10 0 0 free "
+           "used\nC 5 5 5 free off\n'''\nbaselines = '''\nfrom to dx dy dz cxx cyy czz\nA B 10 0 0 1 1 1\nA B 10 0 0 1 "
+           "1 1\nB A -10 0 0 1 1 1\nA C 5 5 5 1 "
+           "1 1\n'''\n");
+    const RunOutcome outcome = c.run();
+    EXPECT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
+    ASSERT_EQ(outcome.accounts.size(), 1u);
+    EXPECT_EQ(outcome.accounts[0].used, 3);
+    ASSERT_EQ(outcome.accounts[0].left_out.size(), 1u);
+    EXPECT_EQ(outcome.accounts[0].left_out[0].reason, "point C is off");
+}
+
+TEST(Run, RefusesWhatThisVersionCannotDo)
+{
+    Case c(plane(triangle));
+    c.model().solver = Solver::Simplex;
+    c.model().p.lumpmethod = 1;
+    c.model().targets.records[3].status = STATUS_COMPUTE;
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.reached, Stage::Refused);
+    Lines words = outcome.words;
+    for (std::string &line : words) c.folder.shorten(line);
+    EXPECT_EQ(
+        words,
+        Lines({"the simplex solver is not part of this version: choose compact or jordan (net.inp)",
+               "lumps are not adjusted by this version: leave out the table lumps and write method = 0 in [lumps] "
+               "(net.inp)",
+               "approximate coordinates are not computed by this version: give x, y of target P (net.inp:9)"}));
+    EXPECT_EQ(c.report(), "");
+    EXPECT_EQ(c.results(), nullptr);
+}
+
+TEST(Run, CountsMissingCoordinatesBeyondTwenty)
+{
+    std::string rows;
+    for (int i = 0; i < 25; i++) rows += "P" + std::to_string(i) + " -\n";
+    Case c("[run]\ndimension = 1\n[tables]\nstations = '''\nname z\n" + rows +
+           "'''\nheight_differences = '''\nfrom to value sigma\nP1 P2 1 1\n'''\n");
+    const Lines lines = not_available(c.model());
+    ASSERT_EQ(lines.size(), 21u);
+    EXPECT_TRUE(contains(lines[0], "give z of station P0 ("));
+    EXPECT_EQ(lines[20], "approximate coordinates are missing for 5 more points");
+}
+
+TEST(Check, StopsBeforeTheSolver)
+{
+    Case c(levelling);
+    const RunOutcome outcome = c.check();
+    EXPECT_TRUE(outcome.adjusted());
+    EXPECT_FALSE(c.told("Start resolution..."));
+    EXPECT_FALSE(contains(c.report(), "Compact storage solution"));
+    EXPECT_EQ(outcome.accounts.size(), 1u);
+}
+
+TEST(Check, FindsADatumThatIsNotDefined)
+{
+    Case c(plane("targets = '''\nname x y code\nA 0 0 fixed\nB 10 0 free\nC 0 10 free\n'''\n"
+                 "distances = '''\nfrom to value sigma\nA B 10 1\nB C 14 1\nA C 10 1\n'''\n"));
+    EXPECT_EQ(c.check().code, -3);
+}
+
+TEST(Check, WritesNoConnectedNet)
+{
+    Case c("[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code connect\nA 100 fixed none\nB 101 free export\n"
+           "'''\nheight_differences = '''\nfrom to value sigma\nA B 1 1\n'''\n");
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(c.folder.path);
+    c.check();
+    EXPECT_FALSE(std::filesystem::exists("net.con"));
+    EXPECT_EQ(c.model().targets.records[1].iconn, 1);
+    c.run();
+    EXPECT_TRUE(std::filesystem::exists("net.con"));
+    std::filesystem::current_path(before);
+}
+
+// Every allocation of the engine fails once; each run ends in words and leaks nothing.
+TEST(Run, EndsInWordsWithoutMemory)
+{
+    for (const Solver solver : {Solver::Compact, Solver::Jordan}) {
+        int allocated = 1;
+        for (int n = 1; n <= allocated; n++) {
+            Case c(plane(triangle));
+            c.model().solver = solver;
+            fail_allocation(n);
+            const RunOutcome outcome = c.run();
+            allocated = allocations();
+            fail_allocation(0);
+            EXPECT_EQ(outcome.adjusted(), outcome.words.empty()) << n;
+        }
+        EXPECT_GT(allocated, 10);
+    }
+}
