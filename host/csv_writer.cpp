@@ -177,11 +177,16 @@ std::vector<CsvTable> to_csv(const Results &results)
     return tables;
 }
 
-void write_csv(const std::string &folder, const Results &results)
+void make_folder(const std::string &folder)
 {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) throw OutputError(error.value(), folder);
+}
+
+void write_csv(const std::string &folder, const Results &results)
+{
+    make_folder(folder);
     for (const CsvTable &table : to_csv(results))
         write_file((std::filesystem::path(folder) / table.name).string(), table.text);
 }

@@ -19,6 +19,9 @@ struct CsvTable {
 // read back exactly; the cell of what is absent or not finite is empty.
 std::vector<CsvTable> to_csv(const Results &results);
 
+// Makes the folder, and those above it, if it is not there. Throws OutputError.
+void make_folder(const std::string &folder);
+
 // Writes the tables into a folder, which is made if it is not there. Throws OutputError.
 void write_csv(const std::string &folder, const Results &results);
 

@@ -58,7 +58,7 @@ void OutputFile::open_temporary()
         return;
     }
     fchmod(handle, usual_permissions());
-    file = fdopen(handle, "w");
+    file = fdopen(handle, "w+");
     if (file) return;
     const int number = errno;
     close(handle);

@@ -31,6 +31,7 @@ public:
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
 
+    // Open for writing; a plain file can be read back as well.
     FILE *stream() { return file; }
     void write(std::string_view text);
 

@@ -23,6 +23,7 @@ public:
         next.feedback(line);
     }
     int decision(char *question, char *title) override { return next.decision(question, title); }
+    void pass_on(std::string line) { next.feedback(&line[0]); }
     std::string last_line() const { return last; }
 
 private:
@@ -34,7 +35,7 @@ private:
 std::string report_tail(FILE *report, long start)
 {
     constexpr long most = 4000;
-    fflush(report);
+    if (fflush(report) != 0 || ferror(report)) return {}; // a failed write stays on record
     const long end = ftell(report);
     if (start < 0 || end <= start) return {};
     std::string tail((size_t)(end - start < most ? end - start : most), '\0');
@@ -214,6 +215,7 @@ RunOutcome Run::go(bool solving)
     if (!outcome.words.empty()) return std::move(outcome);
     const AccountKeeper keeper(model);
     outcome.prepared = prepare(model);
+    for (const std::string &note : outcome.prepared.notes) listener.pass_on(note);
     set_up();
     adjust(solving);
     if (outcome.adjusted() && solving && !finite_coordinates(model.p.runresults)) {

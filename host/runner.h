@@ -30,8 +30,8 @@ struct RunOutcome {
 };
 
 // Prepares the model, runs the engine with the solver and mode of the model and leaves the
-// results in model.p.runresults (also after a failed run). The report goes to report, the
-// engine's lines and questions to feedback.
+// results in model.p.runresults (also after a failed run). The report goes to report; the
+// notes of the preparation, the engine's lines and its questions go to feedback.
 RunOutcome run(Model &model, FILE *report, Feedback &feedback);
 
 // The same up to the check of the datum, without a solver: loads and numbers the unknowns.

@@ -1,0 +1,112 @@
+// vorn adjust: runs the adjustment and writes report and results.
+
+#include <stdio.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "accounts.h"
+#include "commands.h"
+#include "csv_writer.h"
+#include "json_writer.h"
+#include "output_file.h"
+#include "results.h"
+
+using namespace vornhost;
+
+namespace {
+
+// Files of a run. They are opened before it, so that a path that cannot be written shows
+// before the computation and not behind it.
+struct Outputs {
+    explicit Outputs(const Options &options)
+    {
+        if (!options.report.empty()) report = std::make_unique<OutputFile>(options.report);
+        if (!options.json.empty()) json = std::make_unique<OutputFile>(options.json);
+        if (!options.csv.empty()) make_folder(options.csv);
+    }
+
+    FILE *stream() { return report ? report->stream() : stdout; }
+
+    void finish_report()
+    {
+        if (report)
+            report->finish();
+        else
+            flush_standard_output();
+    }
+
+    void finish_results(const Options &options, const Results &results)
+    {
+        if (json) json->write(to_json(results));
+        if (json) json->finish();
+        if (!options.csv.empty()) write_csv(options.csv, results);
+    }
+
+    std::unique_ptr<OutputFile> report, json;
+};
+
+bool same_file(const std::string &a, const std::filesystem::path &b)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(a, b, error) && !error;
+}
+
+// Absolute paths of the files that were read, for comparisons from another folder.
+std::vector<std::filesystem::path> sources(const Model &model)
+{
+    std::vector<std::filesystem::path> all;
+    for (const std::string &file : model.files) all.push_back(std::filesystem::absolute(file));
+    return all;
+}
+
+bool would_overwrite(const Options &options, const std::vector<std::filesystem::path> &inputs)
+{
+    for (const std::string &output : {options.report, options.json})
+        for (const std::filesystem::path &input : inputs) {
+            if (output.empty() || !same_file(output, input)) continue;
+            fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", output.c_str());
+            return true;
+        }
+    if (options.report.empty() || options.report != options.json) return false;
+    fprintf(stderr, "vorn: report and JSON cannot both be %s\n", options.json.c_str());
+    return true;
+}
+
+void show_accounts(const Options &options, const RunOutcome &outcome)
+{
+    if (options.console.quiet) return;
+    for (const std::string &line : account_lines(outcome.accounts)) fprintf(stderr, "%s\n", line.c_str());
+}
+
+// Results that are not numbers are no results.
+int check_numbers(const Results &results)
+{
+    const std::vector<std::string> names = not_numbers(results);
+    if (names.empty()) return STATUS_ADJUSTED;
+    fprintf(stderr, "vorn: %zu results are not numbers, the first is %s\n", names.size(), names[0].c_str());
+    return STATUS_REFUSED;
+}
+
+} // namespace
+
+int adjust(const Options &options)
+{
+    Model model;
+    if (!read_input(options, model)) return STATUS_USAGE;
+    const std::vector<std::filesystem::path> inputs = sources(model);
+    enter_folder(options);
+    if (would_overwrite(options, inputs)) return STATUS_USAGE;
+
+    Outputs outputs(options);
+    Console console(options.console);
+    const RunOutcome outcome = run(model, outputs.stream(), console);
+    const Results results = collect(model, outcome, VORN_VERSION);
+    model.p.freerun(model.p.runresults);
+
+    outputs.finish_report();
+    show_accounts(options, outcome);
+    const int status = close_run(outcome);
+    outputs.finish_results(options, results);
+    return status == STATUS_ADJUSTED ? check_numbers(results) : status;
+}

@@ -1,0 +1,85 @@
+// vorn check: says what the adjustment of a network would be, without adjusting it.
+
+#include <errno.h>
+#include <stdio.h>
+
+#include <memory>
+#include <string>
+
+#include "accounts.h"
+#include "commands.h"
+#include "output_file.h"
+#include "results.h"
+
+using namespace vornhost;
+
+namespace {
+
+// Keeps the engine's progress to itself; why it stopped is in the outcome of the run.
+class Silence : public Feedback {
+public:
+    void feedback(char *) override {}
+    int decision(char *, char *) override { return 0; }
+};
+
+using File = std::unique_ptr<FILE, int (*)(FILE *)>;
+
+File temporary_report()
+{
+    File file(tmpfile(), fclose);
+    if (!file) throw OutputError(errno, "a temporary file");
+    return file;
+}
+
+std::string text_of(FILE *file)
+{
+    std::string text;
+    char piece[4096];
+    rewind(file);
+    for (size_t n; (n = fread(piece, 1, sizeof piece, file)) > 0;) text.append(piece, n);
+    return text;
+}
+
+// The engine's summary of the problem in its report; empty when it did not come that far.
+std::string summary_of(const std::string &report)
+{
+    const std::string title = "\nSummary\n";
+    const size_t begin = report.find(title);
+    if (begin == std::string::npos) return {};
+    const size_t from = begin + title.size(), end = report.find("\n\nApproximate values", from);
+    return end == std::string::npos ? std::string() : report.substr(from, end + 1 - from);
+}
+
+const char *datum_of(const std::string &summary)
+{
+    const bool conditions = summary.find("\nnumber of datum parameters") != std::string::npos;
+    return conditions ? "datum: free network, held by conditions on the points"
+                      : "datum: held by fixed or weighted coordinates";
+}
+
+void show(const Results &r, const RunOutcome &outcome, const std::string &summary)
+{
+    if (!r.title.empty()) printf("%s\n", r.title.c_str());
+    printf("%s: solver %s, mode %s\n", r.file.c_str(), r.solver.c_str(), r.mode.c_str());
+    for (const std::string &note : r.notes) printf("%s\n", note.c_str());
+    for (const std::string &line : account_lines(r.accounts)) printf("%s\n", line.c_str());
+    if (!outcome.adjusted()) return;
+    printf("%s%s\nthis network can be adjusted\n", summary.c_str(), datum_of(summary));
+}
+
+} // namespace
+
+int check(const Options &options)
+{
+    Model model;
+    if (!read_input(options, model)) return STATUS_USAGE;
+    enter_folder(options);
+
+    const File report = temporary_report();
+    Silence silence;
+    const RunOutcome outcome = vornhost::check(model, report.get(), silence);
+    show(collect(model, outcome, VORN_VERSION), outcome, summary_of(text_of(report.get())));
+    model.p.freerun(model.p.runresults);
+    flush_standard_output();
+    return close_run(outcome);
+}

@@ -1,0 +1,27 @@
+// The commands of the program. Each returns its exit status; failures of the system are
+// thrown.
+
+#ifndef VORN_CLI_COMMANDS_H
+#define VORN_CLI_COMMANDS_H
+
+#include "model.h"
+#include "options.h"
+#include "runner.h"
+
+int adjust(const Options &options);
+int check(const Options &options);
+
+// Reads the network file and applies the options to it. False, with the faults on standard
+// error, when something is wrong.
+bool read_input(const Options &options, vornhost::Model &model);
+
+// Goes into the folder of the option -C.
+void enter_folder(const Options &options);
+
+// Why a run stopped, on standard error, and its exit status.
+int close_run(const vornhost::RunOutcome &outcome);
+
+// Throws OutputError when standard output could not be written.
+void flush_standard_output();
+
+#endif

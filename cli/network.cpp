@@ -1,0 +1,58 @@
+// What both commands do before and after a run.
+
+#include <errno.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include "commands.h"
+#include "network_file.h"
+#include "output_file.h"
+
+using namespace vornhost;
+
+namespace {
+
+bool apply(const Options &options, Model &model)
+{
+    if (options.solver) model.solver = *options.solver;
+    if (options.mode) model.mode = *options.mode;
+    if (model.solver != Solver::Simplex || model.mode != Mode::Propagation) return true;
+    fprintf(stderr, "vorn: the solver simplex has no mode propagation; choose --solver compact or --mode solution\n");
+    return false;
+}
+
+} // namespace
+
+bool read_input(const Options &options, Model &model)
+{
+    Faults faults;
+    if (read_network(options.network, model, faults)) return apply(options, model);
+    for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+    return false;
+}
+
+void enter_folder(const Options &options)
+{
+    if (options.folder.empty() || chdir(options.folder.c_str()) == 0) return;
+    throw std::system_error(errno, std::generic_category(), "cannot work in " + options.folder);
+}
+
+int close_run(const RunOutcome &outcome)
+{
+    const char *before = "vorn: ";
+    for (const std::string &word : outcome.words) {
+        fprintf(stderr, "%s%s\n", before, word.c_str());
+        before = "      ";
+    }
+    if (outcome.adjusted()) return STATUS_ADJUSTED;
+    const bool no_memory = outcome.reached == Stage::Solving && (outcome.code == -1 || outcome.code == -2);
+    return no_memory ? STATUS_SYSTEM : STATUS_REFUSED;
+}
+
+void flush_standard_output()
+{
+    errno = 0;
+    const bool failed = ferror(stdout) != 0;
+    if (fflush(stdout) == 0 && !failed) return;
+    throw OutputError(errno ? errno : EIO, "standard output");
+}

@@ -1,0 +1,102 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+namespace {
+
+using vornhost::Mode;
+using vornhost::Solver;
+
+const std::map<std::string, Solver> solvers = {
+    {"compact", Solver::Compact}, {"jordan", Solver::Jordan}, {"simplex", Solver::Simplex}};
+const std::map<std::string, Mode> modes = {
+    {"statistics", Mode::Statistics}, {"solution", Mode::Solution}, {"propagation", Mode::Propagation}};
+
+const char overview[] = "Examples:\n"
+                        "  vorn check bridge.inp\n"
+                        "  vorn adjust bridge.inp -o bridge.txt --json bridge.json\n\n"
+                        "vorn adjust --help and vorn check --help explain the commands.";
+
+const char adjust_footer[] = "Examples:\n"
+                             "  vorn adjust bridge.inp                        report on the screen\n"
+                             "  vorn adjust bridge.inp -o bridge.txt          report in a file\n"
+                             "  vorn adjust bridge.inp -C out --csv tables    all output in the folder out\n"
+                             "  vorn adjust bridge.inp --solver simplex       look for gross errors\n\n"
+                             "Exit status: 0 adjusted, 1 refused or no convergence, 2 bad input or usage,\n"
+                             "3 the system failed.";
+
+const char check_footer[] = "Example:\n"
+                            "  vorn check bridge.inp\n\n"
+                            "Exit status: 0 can be adjusted, 1 refused, 2 bad input or usage, 3 the system failed.";
+
+// Without the addresses of enumerators in its texts, unlike the transformers of the library.
+template <class Word>
+void add_word(CLI::App *command, const std::string &name, std::optional<Word> &value,
+              const std::map<std::string, Word> &words, const std::string &help)
+{
+    std::string all;
+    for (const auto &[word, meaning] : words) all += (all.empty() ? "" : ", ") + word;
+    command
+        ->add_option_function<std::string>(
+            name,
+            [&value, &words, name, all](const std::string &word) {
+                const auto found = words.find(word);
+                if (found == words.end()) throw CLI::ValidationError(name, "'" + word + "' is none of " + all);
+                value = found->second;
+            },
+            help + ": " + all)
+        ->type_name("WORD");
+}
+
+void add_common(CLI::App *command, Options &options)
+{
+    command->add_option("NAME.inp", options.network, "the network file")->required()->type_name("FILE");
+    command->add_option("-C", options.folder, "work in this folder: output paths start from it")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR");
+    add_word(command, "--solver", options.solver, solvers, "solver, instead of the file's");
+    add_word(command, "--mode", options.mode, modes, "mode, instead of the file's");
+}
+
+void add_adjust(CLI::App &app, Options &options)
+{
+    CLI::App *adjust = app.add_subcommand("adjust", "adjust a network and report the results");
+    add_common(adjust, options);
+    adjust->add_option("-o", options.report, "report in this file instead of standard output")->type_name("REPORT");
+    adjust->add_option("--json", options.json, "results as JSON in this file")->type_name("FILE");
+    adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")->type_name("DIR");
+    adjust->add_flag("--recompute", options.console.recompute, "compute new approximate values");
+    adjust->add_flag("--balance", options.console.balance, "balance the observations (solver simplex)");
+    adjust->add_flag("--ask", options.console.ask, "ask on the terminal instead of answering no");
+    adjust->add_flag("--quiet", options.console.quiet, "only errors on standard error");
+    adjust->footer(adjust_footer);
+}
+
+void add_check(CLI::App &app, Options &options)
+{
+    CLI::App *check = app.add_subcommand("check", "read a network and say what its adjustment would be");
+    add_common(check, options);
+    check->footer(check_footer);
+    check->callback([&options] { options.check = true; });
+}
+
+} // namespace
+
+std::optional<Options> read_options(int argc, char **argv, int *status)
+{
+    Options options;
+    CLI::App app("Least-squares adjustment of survey networks.", "vorn");
+    app.set_version_flag("--version", "vorn " VORN_VERSION);
+    app.require_subcommand(1);
+    app.footer(overview);
+    add_adjust(app, options);
+    add_check(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        *status = app.exit(error) == 0 ? STATUS_ADJUSTED : STATUS_USAGE;
+        return std::nullopt;
+    }
+    return options;
+}

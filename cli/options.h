@@ -1,0 +1,33 @@
+// The command line of the program.
+
+#ifndef VORN_CLI_OPTIONS_H
+#define VORN_CLI_OPTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "console.h"
+#include "model.h"
+
+// Exit statuses of the program.
+enum Status {
+    STATUS_ADJUSTED = 0,
+    STATUS_REFUSED = 1, // by the engine, or no convergence
+    STATUS_USAGE = 2,   // bad input or bad options; nothing was written
+    STATUS_SYSTEM = 3   // disk full, cannot write, no memory
+};
+
+struct Options {
+    bool check = false; // check instead of adjust
+    std::string network;
+    std::string report, json, csv, folder; // empty: not asked for
+    std::optional<vornhost::Solver> solver;
+    std::optional<vornhost::Mode> mode;
+    vornhost::ConsoleOptions console;
+};
+
+// Reads the command line. Returns no options when the program has to end with *status: after
+// a help text or a usage error, which have been shown.
+std::optional<Options> read_options(int argc, char **argv, int *status);
+
+#endif
