@@ -181,7 +181,7 @@ private:
     int writecon(); // the connected-net file of the export; 0 or -9
     void fill_obs_stat();
     int fill_obs_res();
-    int fill_list(int kind, const measure_input *host, int nhost, const measure *m, int n, int last);
+    int fill_residuals(int kind, int n, int last);
     int take_residuals();
     int take_lumps();
     void fill_lumprow(int row, const lump *l, int e);

@@ -112,7 +112,9 @@ static int number_orientations(point *first, point *last)
 
 // Numbers the constants of the groups from next on: the stations of a group share one
 // unknown for one constant. A slot that holds a group's index is compared as it stands,
-// renumbered in place or not, so one renumbered earlier can match a later group.
+// renumbered in place or not, so one renumbered earlier can match a later group. Numbers
+// can then pass the count of constants; nunk2 grows with them, so that every number has
+// its column.
 void vorn::number_constants(int next)
 {
     const int ngroup = pproject->ngroups;
@@ -126,6 +128,9 @@ void vorn::number_constants(int next)
                 }
             next += used;
         }
+    if (next <= nunk2) return;
+    nunk2 = next;
+    nunk = as_count((long long)nunk1 + nunk2);
 }
 
 void vorn::set_prepare()

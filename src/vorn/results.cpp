@@ -89,13 +89,19 @@ void vorn::flagdecode(int flag, int *a, int *b, int *c, int *d, int *e)
 // Residuals of one list, from position n of the residual arrays up to position last.
 // Returns the next position, or -3 when the host has more selected records than the list.
 // A run that stopped while loading has no measures; its residuals are 0.
-int vorn::fill_list(int kind, const measure_input *host, int nhost, const measure *m, int n, int last)
+int vorn::fill_residuals(int kind, int n, int last)
 {
     result *r = pproject->runresults;
+    int nhost;
+    const measure_input *host = hostlist(kind, &nhost);
+    const measure *list = measurelist(kind), none = measure();
+    int k = 0; // place in the list
     for (int i = 0; i < nhost; i++) {
         if (host[i].typ <= 0) continue;
-        if (n >= last) return size_problem();
-        double res = m ? m->res[0] : 0.0, sres = m ? m->res[1] : 0.0;
+        if (n >= last || k >= *listcount(kind)) return size_problem();
+        const measure *m = list ? list + k : &none;
+        k++;
+        double res = m->res[0], sres = m->res[1];
         if (kind == KIND_DIRECTION) {
             res = pproject->htoraw(0, pproject->htoraw(2, res));
             sres = pproject->htoraw(0, sres);
@@ -107,21 +113,23 @@ int vorn::fill_list(int kind, const measure_input *host, int nhost, const measur
         r->res[n] = res;
         if (irun == 1) {
             r->sres[n] = sres;
-            flagdecode(m ? m->iflag : 0, r->iout + n, r->inorm + n, r->inormb + n, r->itau + n, r->itaub + n);
+            flagdecode(m->iflag, r->iout + n, r->inorm + n, r->inormb + n, r->itau + n, r->itaub + n);
         }
         n++;
-        if (m) m++;
     }
     return n;
 }
 
 int vorn::fill_obs_res()
 {
-    int n = fill_list(KIND_DISTANCE, pdist, npdist, dist, 0, ndist);
-    if (n >= 0) n = fill_list(KIND_HEIGHT_DIFFERENCE, pdifh, npdifh, difh, n, ndist + ndifh);
-    if (n >= 0) n = fill_list(KIND_DIRECTION, pdir1, npdir1, dir1, n, ndist + ndifh + ndir1);
-    if (n >= 0) n = fill_list(KIND_VERTICAL, pdir2, npdir2, dir2, n, ndist + ndifh + ndir1 + ndir2);
-    return n < 0 ? -3 : 0;
+    int n = 0, last = 0;
+    const int kinds[] = {KIND_DISTANCE, KIND_HEIGHT_DIFFERENCE, KIND_DIRECTION, KIND_VERTICAL};
+    for (int i = 0; i < COUNT(kinds); i++) {
+        last += *listcount(kinds[i]);
+        n = fill_residuals(kinds[i], n, last);
+        if (n < 0) return -3;
+    }
+    return 0;
 }
 
 int vorn::take_residuals()
@@ -156,6 +164,13 @@ int vorn::take_lumps()
     return 0;
 }
 
+// Rows of a lump: its epochs but the reference; none when its arrays found no memory.
+static int lump_rows(const lump *l)
+{
+    const bool all = l->epoch && l->tx && l->ty && l->tz && l->rx && l->ry && l->rz && l->scale;
+    return all && l->nepoch > 1 ? l->nepoch - 1 : 0;
+}
+
 void vorn::fill_lumprow(int row, const lump *l, int e)
 {
     result *r = pproject->runresults;
@@ -169,7 +184,7 @@ void vorn::fill_lumprow(int row, const lump *l, int e)
     r->lry[row] = l->ry[e];
     r->lrz[row] = l->rz[e];
     r->tscale[row] = l->scale[e];
-    if (pproject->lumpmethod != 1 || !r->stx || !l->stx) return;
+    if (pproject->lumpmethod != 1 || !r->stx || !l->sscale) return;
     r->stx[row] = l->stx[e];
     r->sty[row] = l->sty[e];
     r->stz[row] = l->stz[e];
@@ -183,12 +198,12 @@ int vorn::fill_lumps()
 {
     result *r = pproject->runresults;
     const int n = lumps ? nlump : 0; // a run that stopped early has counted lumps, but none stands
-    for (int i = 0; i < n; i++) r->nrow += lumps[i].nepoch > 1 ? lumps[i].nepoch - 1 : 0;
+    for (int i = 0; i < n; i++) r->nrow += lump_rows(lumps + i);
     if (r->nrow <= 0) return 0;
     if (take_lumps() != 0) return -2;
     int row = 0;
     for (int i = 0; i < n; i++)
-        for (int e = 0; e < lumps[i].nepoch - 1; e++) fill_lumprow(row++, lumps + i, e);
+        for (int e = 0; e < lump_rows(lumps + i); e++) fill_lumprow(row++, lumps + i, e);
     return 0;
 }
 

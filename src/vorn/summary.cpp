@@ -8,10 +8,9 @@
 
 static void print_problem(FILE *out, int dim, int iearth)
 {
-    if (dim != 3) {
-        fprintf(out, dim == 1 ? "1D problem\n" : "2D problem\n");
-        return;
-    }
+    if (dim == 1) fprintf(out, "1D problem\n");
+    if (dim == 2) fprintf(out, "2D problem\n");
+    if (dim != 3) return;
     if (iearth == 0) {
         fprintf(out, "3D problem\n");
         return;
