@@ -31,10 +31,15 @@ void LoadHall(benchmark::State &state) { load(state, networks::hall(recipe(state
 
 } // namespace
 
+static void sweep(benchmark::internal::Benchmark *bench)
+{
+    bench->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(0.2)->Complexity();
+    trial::report_least(bench);
+}
+
 // Sizes that give about 1,000, 10,000 and 100,000 observations.
-#define SWEEP UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(0.2)->Apply(trial::report_least)->Complexity()
-BENCHMARK(LoadLevelling)->Arg(516)->Arg(5070)->Arg(50224)->SWEEP;
-BENCHMARK(LoadPlane)->Arg(62)->Arg(536)->Arg(5120)->SWEEP;
-BENCHMARK(LoadHall)->Arg(83)->Arg(833)->Arg(8333)->SWEEP;
+BENCHMARK(LoadLevelling)->Arg(516)->Arg(5070)->Arg(50224)->Apply(sweep);
+BENCHMARK(LoadPlane)->Arg(62)->Arg(536)->Arg(5120)->Apply(sweep);
+BENCHMARK(LoadHall)->Arg(83)->Arg(833)->Arg(8333)->Apply(sweep);
 
 BENCHMARK_MAIN();

@@ -1,11 +1,14 @@
 // What the benchmarks share: a silent report, timing of single calls, a folder of their own.
+//
+// Times are processor times: the engine has one thread and the report goes nowhere, so that
+// other work on the machine hardly counts.
 
 #ifndef BENCH_TRIAL_H
 #define BENCH_TRIAL_H
 
 #include <stdio.h>
+#include <time.h>
 
-#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -53,13 +56,24 @@ struct Trial {
     project p;
 };
 
-// Seconds that a call takes.
+// Seconds of processor time that this process has used.
+inline double processor_time()
+{
+    timespec t;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return (double)t.tv_sec + 1.0e-9 * (double)t.tv_nsec;
+}
+
+// Processor time of a call, seconds.
 template <class Call> double seconds(Call call)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processor_time();
     call();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return processor_time() - start;
 }
+
+// Times a solver on the plane network of state.range(0) stations, without the loading.
+void adjust(benchmark::State &state, int (vorn::*solver)(), int irun);
 
 // Points and observations as columns of the table of results.
 void count(benchmark::State &state, const networks::Network &network);
