@@ -220,6 +220,35 @@ TEST(Run, TakesNoCoordinatesThatAreNotNumbers)
     EXPECT_TRUE(contains(outcome.words[0], "not numbers")) << outcome.words[0];
 }
 
+// A free network in space: the station with vertical angles only must not hold its turn. All
+// observations are exact, so the shape is that of S (0 0 1), T (100 0 2), A (30 80 12).
+TEST(Run, AdjustsAFreeNetworkWithAStationWithoutDirections)
+{
+    for (const Solver solver : {Solver::Compact, Solver::Jordan}) {
+        Case c("[run]\ndimension = 3\nmode = 'solution'\n[tables]\nstations = '''\nname x y z\nS 0.02 0 1\nT 100 -0.01 "
+               "2\n'''\ntargets = '''\nname x y z\nA 30.01 80 12\nB -40 60.02 5\nC 70 -50 -3.01\n'''\n"
+               "distances = '''\nfrom to value sigma\nS A 86.145226 0.001\nS B 72.221880 0.001\nS C 86.116201 0.001\nS "
+               "T 100.005000 0.001\nT A 106.770783 0.001\nT B 152.345003 0.001\nT C 58.523500 0.001\nT S 100.005000 "
+               "0.001\n'''\n"
+               "directions = '''\nfrom to value sigma\nS A 97.15994976 0.001\nS B 157.43340836 0.001\nS C 380.51369134 "
+               "0.001\nS T 20.00000000 0.001\n'''\n"
+               "vertical_angles = '''\nfrom to value sigma\nS A 91.84866178 0.001\nS B 96.47228408 0.001\nS C "
+               "102.95809108 0.001\nS T 99.36340145 0.001\nT A 94.02875786 0.001\nT B 98.74627803 0.001\nT C "
+               "105.44564840 0.001\nT S 100.63659855 0.001\n'''\n");
+        c.model().solver = solver;
+        const RunOutcome outcome = c.run();
+        ASSERT_TRUE(outcome.adjusted()) << outcome.words[0];
+        const result *r = c.results();
+        const auto length = [r](int a, int b) {
+            return hypot(hypot(r->xpt[a] - r->xpt[b], r->ypt[a] - r->ypt[b]), r->zpt[a] - r->zpt[b]);
+        };
+        EXPECT_NEAR(length(0, 1), sqrt(10001.0), 2e-6);
+        EXPECT_NEAR(length(0, 2), sqrt(900.0 + 6400.0 + 121.0), 2e-6);
+        EXPECT_NEAR(length(2, 3), sqrt(4900.0 + 400.0 + 49.0), 2e-6);
+        EXPECT_NEAR(r->zpt[2] - r->zpt[0], 11.0, 2e-6);
+    }
+}
+
 TEST(Run, LeavesBaselinesToPointsThatAreOffOut)
 {
     Case c("[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code status\nA 0 0 0 fixed used\nB 10 0 0 free "
