@@ -49,10 +49,4 @@ int close_run(const RunOutcome &outcome)
     return no_memory ? STATUS_SYSTEM : STATUS_REFUSED;
 }
 
-void flush_standard_output()
-{
-    errno = 0;
-    const bool failed = ferror(stdout) != 0;
-    if (fflush(stdout) == 0 && !failed) return;
-    throw OutputError(errno ? errno : EIO, "standard output");
-}
+void flush_standard_output() { flush_checked(stdout, "standard output"); }

@@ -78,18 +78,23 @@ void OutputFile::write(std::string_view text)
     if (fwrite(text.data(), 1, text.size(), file) != text.size()) throw OutputError(errno, target);
 }
 
-// A write that failed earlier shows in ferror; its cause is then asked for again by a flush
-// and otherwise unknown.
-void OutputFile::close_checked()
+// A write that failed earlier, inside the engine, left no more than the mark in the stream.
+// Its cause shows again when one more byte is written to what is lost anyway.
+void flush_checked(FILE *file, const std::string &name)
 {
     errno = 0;
-    const bool failed = ferror(file) != 0, unflushed = fflush(file) != 0;
-    int number = errno;
+    const bool failed = ferror(file) != 0;
+    if (fflush(file) == 0 && !failed) return;
+    if (errno == 0 && fputc('\n', file) != EOF) fflush(file);
+    throw OutputError(errno ? errno : EIO, name);
+}
+
+void OutputFile::close_checked()
+{
+    flush_checked(file, target);
     FILE *closing = file;
     file = nullptr;
-    const bool unclosed = fclose(closing) != 0;
-    if (number == 0 && unclosed) number = errno;
-    if (failed || unflushed || unclosed) throw OutputError(number ? number : EIO, target);
+    if (fclose(closing) != 0) throw OutputError(errno, target);
 }
 
 void OutputFile::finish()

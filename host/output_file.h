@@ -47,6 +47,9 @@ private:
     FILE *file = nullptr;
 };
 
+// Flushes a stream; throws when this or any earlier write to it failed.
+void flush_checked(FILE *file, const std::string &name);
+
 // Writes a whole text.
 void write_file(const std::string &path, std::string_view text);
 

@@ -1,0 +1,296 @@
+// The program as its users call it: exit statuses, options, files.
+
+#include <gtest/gtest.h>
+#include <stdio.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+
+#include "host/folder.h"
+
+namespace {
+
+const char network[] = "[run]\ntitle = \"Triangle\"\ndimension = 1\n[tables]\ntargets = \"\"\"\nname z code\n"
+                       "A 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
+                       "from to value sigma use\nA B 1.234 0.001 yes\nB C 2.221 0.001 yes\nC A -3.452 0.001 yes\n"
+                       "A C 9.000 0.001 no\n\"\"\"\n";
+
+// No datum: the distance leaves the position of B open.
+const char undetermined[] = "[run]\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\n"
+                            "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n";
+
+std::string text_of(const std::string &path)
+{
+    std::ostringstream all;
+    all << std::ifstream(path, std::ios::binary).rdbuf();
+    return all.str();
+}
+
+bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+class Program : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (std::string(VORN_PROGRAM).empty()) GTEST_SKIP() << "the program is not built";
+        folder.write("net.inp", network);
+        folder.write("open.inp", undetermined);
+        std::filesystem::create_directory(folder.file("streams"));
+    }
+
+    // Runs the program in the folder with arguments as a shell reads them; returns its exit
+    // status, -1 after a signal.
+    int run(const std::string &arguments, const std::string &redirection = "")
+    {
+        const std::string command = "cd " + folder.path + " && " VORN_PROGRAM " " + arguments +
+                                    " >streams/out 2>streams/err </dev/null " + redirection;
+        const int status = system(command.c_str());
+        out = text_of(folder.file("streams/out"));
+        err = text_of(folder.file("streams/err"));
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // Files in the folder beside the inputs and the streams.
+    std::vector<std::string> written() const
+    {
+        std::vector<std::string> names;
+        for (const auto &entry : std::filesystem::directory_iterator(folder.path)) {
+            const std::string name = entry.path().filename().string();
+            if (name != "net.inp" && name != "open.inp" && name != "streams") names.push_back(name);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    bool exists(const std::string &name) const { return std::filesystem::exists(folder.file(name)); }
+    nlohmann::json json(const std::string &name) const { return nlohmann::json::parse(text_of(folder.file(name))); }
+
+    Folder folder;
+    std::string out, err;
+};
+
+using Names = std::vector<std::string>;
+
+} // namespace
+
+TEST_F(Program, ReportsOnStandardOutput)
+{
+    EXPECT_EQ(run("adjust net.inp"), 0);
+    EXPECT_TRUE(contains(out, "\nFinal results after"));
+    EXPECT_TRUE(contains(out, "B                   101.233000\n"));
+    EXPECT_TRUE(contains(err, "The solution has converged\n"));
+    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n  net.inp:16: A to C: "));
+    EXPECT_FALSE(contains(out, "read 4"));
+}
+
+TEST_F(Program, ReportsInAFile)
+{
+    EXPECT_EQ(run("adjust net.inp"), 0);
+    const std::string report = out;
+    const Names before = written();
+    EXPECT_EQ(run("adjust net.inp -o report.txt"), 0);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(text_of(folder.file("report.txt")), report);
+    EXPECT_EQ(written().size(), before.size() + 1);
+}
+
+TEST_F(Program, WritesJson)
+{
+    EXPECT_EQ(run("adjust net.inp --json r.json"), 0);
+    const nlohmann::json all = json("r.json");
+    EXPECT_EQ(all["schema"], 1);
+    EXPECT_EQ(all["title"], "Triangle");
+    EXPECT_EQ(all["file"], "net.inp");
+    EXPECT_EQ(all["adjusted"], true);
+    EXPECT_EQ(all["points"].size(), 3u);
+    EXPECT_EQ(all["observations"][0]["left_out"].size(), 1u);
+}
+
+TEST_F(Program, WritesCommaSeparatedTables)
+{
+    EXPECT_EQ(run("adjust net.inp --csv tables"), 0);
+    EXPECT_TRUE(contains(text_of(folder.file("tables/points.csv")), "\r\nA,"));
+    EXPECT_TRUE(exists("tables/orientations.csv") && exists("tables/residuals.csv") && exists("tables/accounts.csv"));
+    EXPECT_FALSE(exists("tables/lumps.csv"));
+}
+
+TEST_F(Program, WritesEverythingIntoTheOutputFolder)
+{
+    std::filesystem::create_directory(folder.file("work"));
+    EXPECT_EQ(run("adjust net.inp -C work -o r.txt --json r.json --csv tables"), 0);
+    EXPECT_TRUE(exists("work/r.txt") && exists("work/r.json") && exists("work/tables/points.csv"));
+    EXPECT_EQ(written(), Names{"work"});
+}
+
+TEST_F(Program, TakesSolverAndModeFromItsOptions)
+{
+    EXPECT_EQ(run("adjust net.inp --solver jordan --mode solution --json r.json"), 0);
+    EXPECT_EQ(json("r.json")["solver"], "jordan");
+    EXPECT_EQ(json("r.json")["mode"], "solution");
+    EXPECT_TRUE(contains(out, "Gauss Jordan solution"));
+    EXPECT_EQ(run("adjust net.inp --solver compact --mode propagation --json r.json"), 0);
+    EXPECT_EQ(json("r.json")["mode"], "propagation");
+    EXPECT_FALSE(json("r.json").contains("sigma_a_posteriori"));
+}
+
+TEST_F(Program, AsksNothingWithoutATerminal)
+{
+    EXPECT_EQ(run("adjust net.inp --balance --ask"), 0);
+    EXPECT_FALSE(contains(err, "[y/N]")); // standard input is no terminal
+}
+
+TEST_F(Program, IsQuietWhenAsked)
+{
+    EXPECT_EQ(run("adjust net.inp --quiet"), 0);
+    EXPECT_EQ(err, "");
+    EXPECT_TRUE(contains(out, "\nFinal results after"));
+}
+
+TEST_F(Program, TellsWhyItStoppedEvenWhenQuiet)
+{
+    EXPECT_EQ(run("adjust open.inp --quiet"), 1);
+    EXPECT_EQ(err.find("vorn: "), 0u);
+}
+
+TEST_F(Program, WritesReportAndJsonOfARefusedNetwork)
+{
+    EXPECT_EQ(run("adjust open.inp -o r.txt --json r.json"), 1);
+    EXPECT_TRUE(contains(text_of(folder.file("r.txt")), "datumcheck"));
+    EXPECT_EQ(json("r.json")["adjusted"], false);
+    EXPECT_FALSE(json("r.json")["words"].empty());
+    EXPECT_TRUE(json("r.json")["points"].empty());
+    EXPECT_TRUE(contains(err, "\nvorn: the datum of the network is not defined"));
+}
+
+TEST_F(Program, ListsTheFaultsOfAnInputAndWritesNothing)
+{
+    folder.write("bad.inp", "[run]\ndimension = 4\nsolver = \"compcat\"\n");
+    const Names before = written();
+    EXPECT_EQ(run("adjust bad.inp -o r.txt --json r.json --csv tables"), 2);
+    EXPECT_TRUE(contains(err, "bad.inp:2:"));
+    EXPECT_TRUE(contains(err, "bad.inp:3:"));
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(written(), before);
+    EXPECT_EQ(run("check bad.inp"), 2);
+    EXPECT_EQ(out, "");
+}
+
+TEST_F(Program, RefusesAnInputThatIsNotThere)
+{
+    EXPECT_EQ(run("adjust none.inp"), 2);
+    EXPECT_TRUE(contains(err, "none.inp"));
+    EXPECT_EQ(written(), Names{});
+}
+
+TEST_F(Program, RefusesWrongUsageAndWritesNothing)
+{
+    const char *const wrong[] = {"",
+                                 "adjust",
+                                 "adjust net.inp --solver gauss -o r.txt",
+                                 "adjust net.inp --mode fast -o r.txt",
+                                 "adjust net.inp -C nowhere -o r.txt",
+                                 "adjust net.inp --jsn r.json",
+                                 "adjust net.inp -o",
+                                 "adjust net.inp --solver simplex --mode propagation -o r.txt",
+                                 "adjust net.inp -o same --json same",
+                                 "adjust net.inp -o net.inp",
+                                 "adjust net.inp --json ./net.inp",
+                                 "ajust net.inp",
+                                 "check net.inp -o r.txt"};
+    for (const char *arguments : wrong) {
+        EXPECT_EQ(run(arguments), 2) << arguments;
+        EXPECT_NE(err, "") << arguments;
+        EXPECT_EQ(out, "") << arguments;
+        EXPECT_EQ(written(), Names{}) << arguments;
+    }
+    EXPECT_EQ(text_of(folder.file("net.inp")), network);
+}
+
+TEST_F(Program, NamesTheWordsItKnows)
+{
+    EXPECT_EQ(run("adjust net.inp --solver gauss"), 2);
+    EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex")) << err;
+}
+
+TEST_F(Program, TellsThatTheDiskIsFull)
+{
+    EXPECT_EQ(run("adjust net.inp -o /dev/full"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write /dev/full: No space left on device\n"));
+    EXPECT_EQ(run("adjust net.inp --json /dev/full"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write /dev/full: No space left on device\n"));
+    EXPECT_EQ(run("adjust net.inp", ">/dev/full"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write standard output: No space left on device\n"));
+    EXPECT_EQ(run("check net.inp", ">/dev/full"), 3);
+    EXPECT_EQ(run("--help", ">/dev/full"), 3);
+    EXPECT_EQ(run("adjust open.inp", ">/dev/full"), 3);
+    EXPECT_EQ(run("adjust open.inp -o /dev/full"), 3);
+}
+
+TEST_F(Program, TellsThatAFolderIsMissing)
+{
+    EXPECT_EQ(run("adjust net.inp -o nowhere/r.txt"), 3);
+    EXPECT_EQ(err, "vorn: cannot write nowhere/r.txt: No such file or directory\n"); // before the run
+    EXPECT_EQ(run("adjust net.inp -o r.txt --json nowhere/r.json"), 3);
+    EXPECT_EQ(run("adjust net.inp -o r.txt --csv net.inp"), 3);
+    EXPECT_EQ(written(), Names{});
+}
+
+TEST_F(Program, NoticesThatStandardOutputIsClosed)
+{
+    EXPECT_EQ(run("adjust net.inp --json r.json", ">&-"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write standard output: Bad file descriptor\n"));
+    EXPECT_FALSE(exists("r.json"));
+    EXPECT_EQ(run("adjust net.inp -o r.txt", ">&- <&-"), 0);
+    EXPECT_TRUE(contains(text_of(folder.file("r.txt")), "\nFinal results after"));
+}
+
+TEST_F(Program, EndsInOrderWhenItsReaderHasGone)
+{
+    const std::string command = "cd " + folder.path +
+                                " && { " VORN_PROGRAM
+                                " adjust net.inp 2>streams/err; echo $? >streams/status; } | exec false";
+    ASSERT_NE(system(("sleep 0; " + command).c_str()), -1);
+    const std::string status = text_of(folder.file("streams/status"));
+    EXPECT_TRUE(status == "3\n" || status == "0\n") << status; // 0: it was faster than its reader
+}
+
+TEST_F(Program, SaysWhatTheRunWouldBe)
+{
+    EXPECT_EQ(run("check net.inp --solver jordan"), 0);
+    EXPECT_EQ(out, "Triangle\n"
+                   "net.inp: solver jordan, mode statistics\n"
+                   "height differences: read 4 = used 3 + left out 1\n"
+                   "  net.inp:16: A to C: use = no in the file\n"
+                   "1D problem\n"
+                   "number of points                     3\n"
+                   "number of height differences         3\n"
+                   "number of coordinates unknowns       2\n"
+                   "datum: held by fixed or weighted coordinates\n"
+                   "this network can be adjusted\n");
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(written(), Names{});
+}
+
+TEST_F(Program, SaysWhyANetworkCannotBeAdjusted)
+{
+    EXPECT_EQ(run("check open.inp"), 1);
+    EXPECT_TRUE(contains(err, "vorn: the datum of the network is not defined"));
+    EXPECT_FALSE(contains(out, "can be adjusted"));
+    EXPECT_EQ(written(), Names{});
+}
+
+TEST_F(Program, ExplainsItselfWithExamples)
+{
+    for (const char *arguments : {"--help", "adjust --help", "check --help"}) {
+        EXPECT_EQ(run(arguments), 0) << arguments;
+        EXPECT_TRUE(contains(out, "  vorn check bridge.inp") || contains(out, "  vorn adjust bridge.inp")) << out;
+        EXPECT_EQ(err, "") << arguments;
+    }
+    EXPECT_EQ(run("--version"), 0);
+    EXPECT_EQ(out.find("vorn "), 0u);
+}
