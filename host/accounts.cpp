@@ -80,7 +80,7 @@ std::string Reasons::of(int kind, const measure_input &m) const
     if (!takes_part(model.p.dim, kind))
         return "the dimension is " + std::to_string(model.p.dim) + ": " + kind_names[kind] + " take no part";
     for (const char *name : {m.from, m.to}) {
-        const std::string wrong = of_point(name);
+        std::string wrong = of_point(name);
         if (!wrong.empty()) return wrong;
     }
     if ((kind == DIRECTIONS || kind == VERTICAL_ANGLES) && !points.at(m.from).station)
@@ -92,7 +92,7 @@ std::string Reasons::of(int, const gps_input &g) const
 {
     if (model.p.igps == 0) return "baselines are ignored: datum_rule";
     for (const char *name : {g.from, g.to}) {
-        const std::string wrong = of_point(name);
+        std::string wrong = of_point(name);
         if (!wrong.empty()) return wrong;
     }
     return "the engine has left it out";
@@ -100,7 +100,7 @@ std::string Reasons::of(int, const gps_input &g) const
 
 std::string Reasons::of(int, const image_input &i) const
 {
-    const std::string wrong = of_point(i.station);
+    std::string wrong = of_point(i.station);
     if (!wrong.empty()) return wrong;
     if (!points.at(i.station).station) return "images need a station that took them";
     for (const camera_input &c : model.cameras.records)
