@@ -144,6 +144,13 @@ std::string accounts(const Results &results)
     return sheet.text;
 }
 
+std::string groups(const Results &results)
+{
+    Sheet sheet({"group", "additive_constant", "scale", "refraction", "sadditive_constant", "sscale", "srefraction"});
+    for (const GroupResult &g : results.groups) sheet.cell(g.name).cells(g.value).cells(g.deviation).end_row();
+    return sheet.text;
+}
+
 std::string lumps(const Results &results)
 {
     Sheet sheet({"lump", "epoch", "reference_epoch", "tx", "ty", "tz", "rx", "ry", "rz", "scale", "stx", "sty", "stz",
@@ -172,6 +179,7 @@ std::vector<CsvTable> to_csv(const Results &results)
                                     {"orientations.csv", orientations(results)},
                                     {"residuals.csv", residuals(results)},
                                     {"accounts.csv", accounts(results)}};
+    if (!results.groups.empty()) tables.push_back({"groups.csv", groups(results)});
     if (!results.lumps.empty()) tables.push_back({"lumps.csv", lumps(results)});
     if (!results.pairs.empty()) tables.push_back({"pairs.csv", pairs(results)});
     return tables;

@@ -32,6 +32,14 @@ bool any_levelled(const Model &model)
                        [](const station_input &s) { return s.status > 0 && s.ilevel == 1; });
 }
 
+// The first of 1e12, 1e13, ... that is not below value.
+double next_power_of_ten(double value)
+{
+    double power = 1.0e12;
+    while (power < value) power *= 10.0;
+    return power;
+}
+
 } // namespace
 
 std::string make_verticals_parallel(Model &model)
@@ -45,15 +53,14 @@ std::string make_verticals_parallel(Model &model)
 
     const double unit = metres_per_unit(model.p.iunit);
     const double square = std::max(farthest(model.stations, unit), farthest(model.targets, unit));
-    // Twice what is needed, so that the limit holds after the coordinates have moved a little.
-    const double radius = std::max(1.0e12, square / largest_curvature);
+    const double radius = next_power_of_ten(square / largest_curvature);
     model.p.iearth = 1;
     model.p.radius = radius;
     model.p.horigin = 0.0;
 
     char line[200];
     std::snprintf(line, sizeof line,
-                  "%s: no earth model: verticals are taken as parallel (a sphere of radius %.1e m, curvature below a "
+                  "%s: no earth model: verticals are taken as parallel (a sphere of radius %.0e m, curvature below a "
                   "nanometre)",
                   model.path.c_str(), radius);
     return line;

@@ -32,10 +32,9 @@ TEST(ParallelVerticals, KeepTheCurvatureBelowANanometre)
 {
     Model model = space_network();
     add_point(model, 60000.0, -80000.0);
-    EXPECT_EQ(
-        vornhost::make_verticals_parallel(model),
-        "net.inp: no earth model: verticals are taken as parallel (a sphere of radius 1.0e+19 m, curvature below a "
-        "nanometre)");
+    EXPECT_EQ(vornhost::make_verticals_parallel(model),
+              "net.inp: no earth model: verticals are taken as parallel (a sphere of radius 1e+19 m, curvature below a "
+              "nanometre)");
     EXPECT_EQ(model.p.iearth, 1);
     EXPECT_LT(1.0e10 / (2.0 * model.p.radius), 1.0e-9); // sagitta at 100 km from the axis
 }

@@ -215,14 +215,15 @@ TEST(CsvWriter, WritesTheAccountOfEachKindThenWhatWasLeftOut)
                                                   "height differences,,,,net.inp,13,B,C,status off\r\n");
 }
 
-TEST(CsvWriter, WritesLumpsAndPairsOnlyWhenThereAreSome)
+TEST(CsvWriter, WritesGroupsLumpsAndPairsOnlyWhenThereAreSome)
 {
     Results r = levelling();
     EXPECT_EQ(names(r), (std::vector<std::string>{"points.csv", "orientations.csv", "residuals.csv", "accounts.csv"}));
+    r.groups.resize(1);
     r.lumps.resize(1);
     r.pairs.resize(1);
     EXPECT_EQ(names(r), (std::vector<std::string>{"points.csv", "orientations.csv", "residuals.csv", "accounts.csv",
-                                                  "lumps.csv", "pairs.csv"}));
+                                                  "groups.csv", "lumps.csv", "pairs.csv"}));
 }
 
 TEST(CsvWriter, GivesEveryRowAsManyCellsAsTheHeading)
@@ -232,6 +233,8 @@ TEST(CsvWriter, GivesEveryRowAsManyCellsAsTheHeading)
     r.points.resize(2);
     r.points[1].ellipse[1] = EllipseResult{2, 1, 0.5};
     r.orientations.resize(1);
+    r.groups.resize(1);
+    r.groups[0].value[1] = 1.0001;
     r.lumps.resize(1);
     r.pairs.resize(1);
     for (const CsvTable &t : to_csv(r)) {
