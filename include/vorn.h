@@ -32,6 +32,7 @@ struct tempresult;
 struct nameindex;
 struct lumptables;
 struct lumpcount;
+struct lumpwork;
 struct splitrows;
 struct membership;
 struct pointwalk;
@@ -144,6 +145,8 @@ private:
     void trigapprox();
     void summary();
     int lumpcheck();
+    const char *lumps_refused() const;
+    int build_lumps(const lumpwork *w);
     int datumcheck();
     int datum1D();
     int datum2D();
