@@ -233,4 +233,289 @@ TEST(LumpCheck, DropsAllLumpsWithoutAnEpochAboveOne)
     EXPECT_EQ(f.net.report(), "lumpcheck: must have at least 2 epochs\n" + DROPPED);
 }
 
+// ---- one lump ----
+
+TEST(LumpCheck, DissolvesALumpOfTwoPoints)
+{
+    Field f;
+    f.lump_of(1, "AB");
+    f.sight("ABAB", 1);
+    f.sight("ABAB", 2);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: lumps must contain at least 3 points\n"
+                              "                  A put back to world\n"
+                              "                  B put back to world\n");
+    EXPECT_EQ(f.nlump(), 0);
+    EXPECT_EQ(f.find("A")->ilump, 0);
+    EXPECT_EQ(f.find("B")->ilump, 0);
+    EXPECT_EQ(V(*f.run, npoints), 3); // they stay in the network
+    EXPECT_EQ(V(*f.run, lumps), nullptr);
+}
+
+TEST(LumpCheck, DissolvesALumpWithoutPoints)
+{
+    Field f;
+    good_lump(f);
+    EXPECT_EQ(f.check(2), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: lumps must contain at least 3 points\n");
+    EXPECT_EQ(f.nlump(), 1);
+}
+
+TEST(LumpCheck, CountsStationsAndTargetsAsMembers)
+{
+    Field f;
+    f.station("R", 1);
+    f.lump_of(1, "AB");
+    f.sight("RAB", 1);
+    f.sight("RAB", 2);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).nepoch, 2);
+}
+
+TEST(LumpCheck, DissolvesALumpSightedAtEpochZero)
+{
+    Field f;
+    good_lump(f);
+    f.sight("B", 0);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: lumps must not contain epoch 0\n"
+                              "                  A put back to world\n"
+                              "                  B put back to world\n"
+                              "                  C put back to world\n");
+    EXPECT_EQ(f.nlump(), 0);
+}
+
+TEST(LumpCheck, LeavesEpochZeroToTheWorld)
+{
+    Field f;
+    good_lump(f);
+    f.target("W", 0);
+    f.sight("W", 0);
+    f.sight("A", -3); // no epoch of a lump
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.nlump(), 1);
+}
+
+TEST(LumpCheck, DissolvesALumpWithAnEpochOfTwoSightings)
+{
+    Field f;
+    good_lump(f);
+    f.sight("AB", 7);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: all epochs must have 3 points\n"
+                              "                  A put back to world\n"
+                              "                  B put back to world\n"
+                              "                  C put back to world\n");
+    EXPECT_EQ(f.nlump(), 0);
+}
+
+TEST(LumpCheck, DissolvesALumpWithOneEpoch)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    f.sight("ABC", 2);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: must have at least 2 epochs\n"
+                              "                  A put back to world\n"
+                              "                  B put back to world\n"
+                              "                  C put back to world\n");
+    EXPECT_EQ(f.nlump(), 0);
+}
+
+TEST(LumpCheck, DissolvesALumpThatIsNeverSighted)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    f.target("W", 0);
+    f.sight("W", 5);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report().substr(0, 39), "lumpcheck: must have at least 2 epochs\n");
+    EXPECT_EQ(f.nlump(), 0);
+}
+
+TEST(LumpCheck, KeepsALumpOfThreePointsSightedOnceAtTwoEpochs)
+{
+    Field f;
+    good_lump(f);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).id, 100);
+    EXPECT_EQ(f.record(0).kind, 0);
+    EXPECT_EQ(f.record(0).nepoch, 2);
+    EXPECT_EQ(f.record(0).iref, 1); // a tie: the earlier epoch
+    EXPECT_EQ(f.epochs(0), (Ints{2}));
+    EXPECT_EQ(f.record(0).scale[0], 1.0);
+    EXPECT_EQ(f.record(0).tx[0], 0.0);
+    EXPECT_EQ(f.record(0).rz[0], 0.0);
+}
+
+TEST(LumpCheck, CountsSightingsNotDistinctPoints)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    f.sight("AAA", 3);
+    f.sight("BBC", 4);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.nlump(), 1);
+}
+
+TEST(LumpCheck, CountsASightingByTheNameOfItsTarget)
+{
+    Field f;
+    f.station("A", 0); // takes the directions to "A", and is no member
+    f.lump_of(1, "ABC");
+    f.sight("ABC", 1);
+    f.sight("ABC", 2);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).nepoch, 2);
+    EXPECT_EQ(f.record(0).id, 0); // the host's stations are searched first: their "A" is in no lump
+}
+
+TEST(LumpCheck, CountsASightingOnceForTwoMembersOfOneName)
+{
+    Field f;
+    f.station("A", 1);
+    f.lump_of(1, "AB");
+    f.sight("AB", 1); // two sightings, three members
+    f.sight("AAB", 2);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report().substr(0, 41), "lumpcheck: all epochs must have 3 points\n");
+}
+
+TEST(LumpCheck, CountsASightingInEveryLumpThatHasItsName)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    f.lump_of(2, "ADE");
+    f.lump_of(3, "AAFG");
+    for (const int epoch : {1, 2}) f.sight("ABCDEFG", epoch);
+    EXPECT_EQ(f.check(3), 0);
+    EXPECT_EQ(f.net.report(), "");
+    ASSERT_EQ(f.nlump(), 3);
+    EXPECT_EQ(f.record(1).nepoch, 2);
+    EXPECT_EQ(f.record(2).nepoch, 2);
+}
+
+TEST(LumpCheck, TakesTheMostSightedEpochAsReference)
+{
+    Field f;
+    f.lump_of(1, "ABCDE");
+    f.sight("ABC", 2);
+    f.sight("ABCDE", 9);
+    f.sight("ABCD", 30);
+    EXPECT_EQ(f.check(1), 0);
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).iref, 9);
+    EXPECT_EQ(f.epochs(0), (Ints{2, 30}));
+}
+
+TEST(LumpCheck, TakesTheEpochOfTheWorldWhenFourSightingsSupportIt)
+{
+    for (const int sightings : {3, 4}) {
+        Field f;
+        fix(f.station("W", 0));
+        f.lump_of(1, "ABCDE");
+        f.sight("ABC", 1);
+        if (sightings == 4) f.sight("A", 1);
+        f.sight("ABCDE", 2);
+        f.sight("S", 1, 1); // the last direction of a fixed station
+        f.sight("S", 2);
+        EXPECT_EQ(f.check(1), 0);
+        ASSERT_EQ(f.nlump(), 1);
+        EXPECT_EQ(f.record(0).iref, sightings == 4 ? 1 : 2);
+        EXPECT_EQ(f.record(0).nepoch, 2);
+        EXPECT_EQ(f.epochs(0), (Ints{sightings == 4 ? 2 : 1}));
+    }
+}
+
+TEST(LumpCheck, AcceptsPoorEpochsBesideThatOfTheWorld)
+{
+    Field f;
+    fix(f.station("W", 0));
+    f.lump_of(1, "ABCD");
+    f.sight("ABCD", 5, 1);
+    f.sight("ABC", 6);
+    f.sight("AB", 7); // with the world's epoch as reference only its count is looked at
+    EXPECT_EQ(f.check(1), 0);
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.record(0).iref, 5);
+    EXPECT_EQ(f.record(0).nepoch, 2);
+    EXPECT_EQ(f.epochs(0), (Ints{6}));
+}
+
+TEST(LumpCheck, KnowsAFullyFixedStationByItsCodes)
+{
+    for (int spoiled = -2; spoiled < 6; spoiled++) {
+        Field f;
+        point &w = f.station("W", 0);
+        fix(w);
+        if (spoiled == -2)
+            for (int &n : w.n0) n = N_FIXED_MISSING; // fixed, its value still to come
+        if (spoiled >= 0 && spoiled < 3) w.n0[spoiled] = N_UNKNOWN;
+        if (spoiled >= 3) w.n1[spoiled - 3] = N_UNKNOWN;
+        f.lump_of(1, "ABCD");
+        f.sight("ABCD", 4);
+        f.sight("ABCD", 8, 1);
+        EXPECT_EQ(f.check(1), 0);
+        ASSERT_EQ(f.nlump(), 1);
+        EXPECT_EQ(f.record(0).iref, spoiled < 0 ? 8 : 4) << spoiled;
+    }
+}
+
+TEST(LumpCheck, TakesTheLastDirectionFromAFixedStation)
+{
+    Field f;
+    fix(f.station("W", 0));
+    f.lump_of(1, "ABCD");
+    f.sight("ABCD", 4, 1);
+    f.sight("ABCD", 8, 1);
+    f.sight("ABCD", 2, 1);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.record(0).iref, 2);
+    EXPECT_EQ(f.epochs(0), (Ints{4, 8}));
+}
+
+TEST(LumpCheck, PassesOverAnEpochOfTheWorldAtWhichTheLumpIsUnseen)
+{
+    for (const int world : {0, -4, 77}) {
+        Field f;
+        fix(f.station("W", 0));
+        good_lump(f);
+        f.sight("S", world, 1);
+        EXPECT_EQ(f.check(1), 0);
+        ASSERT_EQ(f.nlump(), 1) << world;
+        EXPECT_EQ(f.record(0).iref, 1);
+    }
+}
+
+TEST(LumpCheck, TellsWhenNoHostRecordBearsTheNameOfTheFirstMember)
+{
+    Field f;
+    good_lump(f);
+    f.load(1);
+    strcpy(V(*f.run, ptar)[0].name, "a");
+    EXPECT_EQ((V(*f.run, lumpcheck)()), 0);
+    EXPECT_EQ(f.net.report(), "\nlumpcheck: stange no lump insex connection\n");
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).id, 0);
+}
+
+TEST(LumpCheck, FindsTheHostIndexWhateverTheStatus)
+{
+    Field f;
+    good_lump(f);
+    f.net.targets[0].status = 0;
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.net.report(), "");
+    EXPECT_EQ(f.record(0).id, 100);
+}
+
 } // namespace
