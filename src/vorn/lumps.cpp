@@ -37,14 +37,14 @@ struct lumpwork {
     const target_input *tar; // [ntar]
     int ntar;
 
-    int nlump;        // at the start
-    int nepoch;       // columns
-    int *epoch;       // [nepoch] distinct epochs of the directions from 0 up, ascending
-    int *start;       // [nlump + 2] members of lump L: member[start[L]] to member[start[L + 1] - 1]
-    int *member;      // numbers of points, lump by lump
-    int *twin;        // [npoints] another member of the same name, in another lump, or -1
-    nameindex *names; // of the members
-    nameindex *host;  // of the host's stations, then targets
+    int nlump;              // at the start
+    int nepoch;             // columns
+    int *epoch;             // [nepoch] distinct epochs of the directions from 0 up, ascending
+    int *start;             // [nlump + 2] members of lump L: member[start[L]] to member[start[L + 1] - 1]
+    int *member;            // numbers of points, lump by lump
+    int *twin;              // [npoints] another member of the same name, in another lump, or -1
+    nameindex *names;       // of the members
+    nameindex *host;        // of the host's stations, then targets
     int *tab_epoch, *table; // [nlump][nepoch]
     int *nusable;           // [nlump] usable epochs of a lump that stands, else 0
     int *iref;              // [nlump] reference epoch, or why the lump cannot stand

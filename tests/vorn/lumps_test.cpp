@@ -2,6 +2,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -210,8 +212,7 @@ TEST(LumpCheck, DropsAllLumpsWhenAHeightDifferenceHasAnEpoch)
         V(*f.run, difh)[1].time = time;
         EXPECT_EQ((V(*f.run, lumpcheck)()), 0);
         EXPECT_EQ(f.nlump(), time == 0 ? 1 : 0);
-        EXPECT_EQ(f.net.report(),
-                  time == 0 ? "" : "lumpcheck: no dot treat height differrences now\n" + DROPPED);
+        EXPECT_EQ(f.net.report(), time == 0 ? "" : "lumpcheck: no dot treat height differrences now\n" + DROPPED);
         V(*f.run, ndifh) = 0;
     }
 }
@@ -516,6 +517,282 @@ TEST(LumpCheck, FindsTheHostIndexWhateverTheStatus)
     EXPECT_EQ(f.check(1), 0);
     EXPECT_EQ(f.net.report(), "");
     EXPECT_EQ(f.record(0).id, 100);
+}
+
+// ---- records ----
+
+TEST(LumpCheck, ReadsTheEpochsOfADissolvedLumpForTheOneBehindIt)
+{
+    Field f;
+    f.lump_of(1, "AB"); // too few points
+    f.lump_of(2, "CDE");
+    f.sight("CDE", 1);
+    f.sight("CDE", 2);
+    EXPECT_EQ(f.check(2), 0);
+    EXPECT_EQ(f.net.report(), "lumpcheck: lumps must contain at least 3 points\n"
+                              "                  A put back to world\n"
+                              "                  B put back to world\n");
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).id, 200);
+    EXPECT_EQ(f.record(0).nepoch, 0);
+    EXPECT_EQ(f.record(0).iref, -1); // why the first one was dissolved
+    EXPECT_EQ(f.find("C")->ilump, 2);
+}
+
+TEST(LumpCheck, ReadsWhyALumpWasDissolvedAsReferenceOfTheOneBehindIt)
+{
+    const std::string spoil[] = {"", "zero", "poor", "single"};
+    for (int why = 0; why < 4; why++) {
+        Field f;
+        f.lump_of(1, "AB");
+        f.target("C", why == 0 ? 0 : 1);
+        f.lump_of(2, "DEF");
+        f.sight("ABCDEF", 3);
+        f.sight("DEF", 2);
+        if (why == 1) f.sight("A", 0);
+        if (why == 2) f.sight("A", 4);
+        EXPECT_EQ(f.check(2), 0);
+        ASSERT_EQ(f.nlump(), 1);
+        EXPECT_EQ(f.record(0).iref, -1 - why) << spoil[why];
+        EXPECT_EQ(f.record(0).nepoch, 0); // nor does the one usable epoch of the last case get an entry
+    }
+}
+
+TEST(LumpCheck, ShiftsTheEpochsOfAllLumpsBehindADissolvedOne)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    f.lump_of(2, "DE");
+    f.lump_of(3, "FGH");
+    f.lump_of(4, "IJK");
+    f.sight("ABC", 1);
+    f.sight("ABC", 2);
+    f.sight("FGHIJK", 3);
+    f.sight("FGHIJK", 4);
+    f.sight("FGH", 5);
+    EXPECT_EQ(f.check(4), 0);
+    ASSERT_EQ(f.nlump(), 3);
+    EXPECT_EQ(f.record(0).id, 100);
+    EXPECT_EQ(f.record(1).id, 300);
+    EXPECT_EQ(f.record(2).id, 400);
+    EXPECT_EQ(f.epochs(0), (Ints{2}));
+    EXPECT_EQ(f.epochs(1), (Ints{}));     // the row of lump 2
+    EXPECT_EQ(f.epochs(2), (Ints{4, 5})); // the row of lump 3
+}
+
+TEST(LumpCheck, GivesDeviationsToRunsThatMakeThem)
+{
+    for (const int irun : {1, -2, 0, -1}) {
+        Field f;
+        good_lump(f);
+        f.net.p.irun = irun;
+        EXPECT_EQ(f.check(1), 0);
+        const lump &l = f.record(0);
+        const double *const stds[] = {l.stx, l.sty, l.stz, l.srx, l.sry, l.srz, l.sscale};
+        for (const double *s : stds) {
+            EXPECT_EQ(s != nullptr, irun == 1 || irun == -2) << irun;
+            EXPECT_EQ(s ? s[0] : 0.0, 0.0);
+        }
+    }
+}
+
+TEST(LumpCheck, TakesKindReferenceAndStartValuesFromTheDefinition)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    for (const int epoch : {1, 2, 3}) f.sight("ABC", epoch);
+    f.define(7, 2, 1, {1, 2});
+    f.define(100, 1, 3, {2, 9});
+    f.define(100, 2, 2, {1}); // the first of one index counts
+    EXPECT_EQ(f.check(1), 0);
+    ASSERT_EQ(f.nlump(), 1);
+    const lump &l = f.record(0);
+    EXPECT_EQ(l.kind, 1);
+    EXPECT_EQ(l.iref, 3);
+    EXPECT_EQ(l.nepoch, 3);
+    EXPECT_EQ(f.epochs(0), (Ints{1, 2}));
+    const double *const values[] = {l.tx, l.ty, l.tz, l.rx, l.ry, l.rz, l.scale};
+    for (int k = 0; k < 7; k++) {
+        EXPECT_EQ(values[k][0], k == 6 ? 1.0 : 0.0); // epoch 1 is not described
+        EXPECT_EQ(values[k][1], 1000.0 * (k + 1) + 2);
+    }
+}
+
+TEST(LumpCheck, TakesTheFirstDescriptionOfAnEpoch)
+{
+    Field f;
+    good_lump(f);
+    f.define(100, 0, 1, {2, 2});
+    f.load(1);
+    f.net.lumpdefs[0].scale[1] = 5.0;
+    EXPECT_EQ((V(*f.run, lumpcheck)()), 0);
+    EXPECT_EQ(f.record(0).scale[0], 7002.0);
+}
+
+TEST(LumpCheck, HoldsTheScaleOfKindTwo)
+{
+    Field f;
+    good_lump(f);
+    f.define(100, 2, 1, {2});
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.record(0).kind, 2);
+    EXPECT_EQ(f.record(0).scale[0], 1.0);
+    EXPECT_EQ(f.record(0).tx[0], 1002.0);
+}
+
+TEST(LumpCheck, ChoosesTheReferenceWhenTheDefinitionDescribesNoEpochOrNamesNone)
+{
+    Field f;
+    good_lump(f);
+    f.define(100, 1, 2, {});
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.record(0).kind, 1);
+    EXPECT_EQ(f.record(0).iref, 1);
+    for (const int iref : {0, -2}) { // a reference is used only if positive
+        Field g;
+        good_lump(g);
+        g.define(100, 0, iref, {2});
+        EXPECT_EQ(g.check(1), 0);
+        EXPECT_EQ(g.record(0).iref, 1);
+        EXPECT_EQ(g.epochs(0), (Ints{2}));
+        EXPECT_EQ(g.record(0).tx[0], 1002.0);
+    }
+}
+
+TEST(LumpCheck, LeavesTheLastEpochOutWhenTheDefinedReferenceIsNotUsable)
+{
+    for (const int irun : {0, 1}) {
+        Field f;
+        f.net.p.irun = irun;
+        f.lump_of(1, "ABC");
+        for (const int epoch : {4, 5, 6}) f.sight("ABC", epoch);
+        f.define(100, 0, 77, {4, 5, 6});
+        EXPECT_EQ(f.check(1), 0);
+        ASSERT_EQ(f.nlump(), 1);
+        EXPECT_EQ(f.record(0).iref, 77);
+        EXPECT_EQ(f.record(0).nepoch, 3);
+        EXPECT_EQ(f.epochs(0), (Ints{4, 5})); // a write behind them would show in the sanitizer
+    }
+}
+
+TEST(LumpCheck, ServesEpochsOfAnySize)
+{
+    Field f;
+    f.lump_of(1, "ABC");
+    for (const int epoch : {2147483647, 1, 20261121}) f.sight("ABC", epoch);
+    EXPECT_EQ(f.check(1), 0);
+    ASSERT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.record(0).iref, 1);
+    EXPECT_EQ(f.epochs(0), (Ints{20261121, 2147483647}));
+}
+
+TEST(LumpCheck, SkipsPointsWhoseLumpIsOutOfRange)
+{
+    Field f;
+    good_lump(f);
+    f.target("W", 2);
+    f.target("X", -1);
+    EXPECT_EQ(f.check(1), 0);
+    EXPECT_EQ(f.nlump(), 1);
+    EXPECT_EQ(f.find("W")->ilump, 2);
+}
+
+// ---- memory ----
+
+TEST(LumpCheck, EndsByMinusOneWithoutMemory)
+{
+    int wanted = 0, counts[5] = {};
+    for (int n = 1;; n++) {
+        Field f;
+        f.net.p.irun = 1;
+        good_lump(f);
+        f.lump_of(2, "DEF");
+        f.sight("DEF", 1);
+        f.sight("DEF", 2);
+        f.load(2);
+        fail_allocation(n);
+        const int result = (V(*f.run, lumpcheck)());
+        wanted = allocations();
+        fail_allocation(0);
+        if (n > wanted) {
+            EXPECT_EQ(result, 0);
+            break;
+        }
+        EXPECT_EQ(result, -1) << n;
+        const std::string report = f.net.report();
+        const std::string lines[] = {
+            "lumpcheck: Cannot allocate arrays\n", "lumpcheck: Cannot allocate columns for tab_epoch\n",
+            "lumpcheck: Cannot allocate columns for table\n", "lumpcheck: Cannot allocate lumps structure\n",
+            "lumpcheck: Cannot allocate lumps arrays\n"};
+        for (int i = 0; i < 5; i++) counts[i] += report == lines[i];
+        if (report == "lumpcheck: Cannot allocate lumps stds\n") continue;
+        EXPECT_NE(std::find(std::begin(lines), std::end(lines), report), std::end(lines)) << report;
+    } // leaks, and records read where they have no arrays, would show in the sanitizer
+    EXPECT_EQ(counts[1], 1);
+    EXPECT_EQ(counts[2], 1);
+    EXPECT_EQ(counts[3], 1);
+    EXPECT_EQ(counts[4], 2 * 9);
+    EXPECT_EQ(wanted, counts[0] + 3 + 2 * (9 + 7));
+}
+
+TEST(LumpCheck, LeavesARecordWithoutArraysWithoutEpochs)
+{
+    Field f;
+    good_lump(f);
+    f.load(1);
+    fail_allocation(0);
+    (V(*f.run, lumpcheck)());
+    const int all = allocations();
+    Field g;
+    good_lump(g);
+    g.load(1);
+    fail_allocation(all); // its last array
+    EXPECT_EQ((V(*g.run, lumpcheck)()), -1);
+    fail_allocation(0);
+    EXPECT_EQ(g.nlump(), 1);
+    EXPECT_EQ(g.record(0).nepoch, 0);
+}
+
+// ---- its place in a run ----
+
+TEST(LumpCheck, StopsTheStartOfARunWithoutMemory)
+{
+    Network n(3);
+    n.p.lumpmethod = 1;
+    n.station("S", 0, 0).ilump = 0;
+    for (const char *name : {"A", "B", "C"}) n.target(name, 10, 0).ilump = 4;
+    for (const int epoch : {1, 2})
+        for (const char *name : {"A", "B", "C"}) n.direction("S", name, 0.5, 0.001).time = epoch;
+    bool stopped = false;
+    for (int i = 1; i < 200 && !stopped; i++) {
+        for (measure_input &m : n.directions) m.typ = KIND_DIRECTION;
+        for (target_input &t : n.targets) t.ilump = 4;
+        n.p.lumpmethod = 1;
+        vorn run(n.ready());
+        fail_allocation(i);
+        const int result = run.vornstart();
+        fail_allocation(0);
+        stopped = result == -2;
+    }
+    EXPECT_TRUE(stopped);
+}
+
+TEST(LumpCheck, IsNotMadeWithMethodologyNine)
+{
+    Network n(3);
+    n.p.lumpmethod = 9;
+    n.station("S", 0, 0);
+    for (const char *name : {"A", "B"}) n.target(name, 10, 0).ilump = 4;
+    for (const char *name : {"A", "B"}) n.direction("S", name, 0.5, 0.001).time = 2;
+    {
+        vorn run(n.ready());
+        run.vornstart();
+        EXPECT_EQ(n.report().find("lumpcheck"), std::string::npos);
+    }
+    n.p.lumpmethod = 1;
+    vorn run(n.ready());
+    run.vornstart();
+    EXPECT_NE(n.report().find("lumpcheck: lumps must contain at least 3 points\n"), std::string::npos);
 }
 
 } // namespace
