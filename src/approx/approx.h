@@ -1,0 +1,143 @@
+// First coordinates and orientations of a network from its directions, vertical angles and
+// distances. Lengths in metres, angles in radians.
+//
+//   approx a(pproject, points, dist, dir1, dir2, nsta, ntar, ndist, ndir1, ndir2, ia1);
+//   int result = a.compute(9);
+//
+// A direction reading r of station i lies along the plane angle r + oap[i], counted from the
+// x1 axis towards the x2 axis; oap[i] is -xex[2]. With as many vertical angles as directions
+// the two lists are parallel: the same index, the same sight.
+//
+// The tables of a spread, made by spread() and handed to its steps:
+//   xap, yap  [npoints]        plane coordinates being built
+//   oap       [nsta]           orientations being built
+//   table     [nsta][npoints]  table[i][j], i not j: index in dir1, plus 1, of the last shot
+//                              from station i to point j, 0 without one;
+//                              table[i][i]: stations that i sighted and was sighted by
+//   itheo     [nsta]           status of each station, THEO_...
+//   iobj      [ntar]           status of each target, OBJ_...
+// seen and seenby hold the same shots as lists: a loop over what a station saw, or over who
+// saw a point, runs over them and not over a row or a column of the table.
+
+#ifndef VORN_APPROX_H
+#define VORN_APPROX_H
+
+#include <stdio.h>
+
+#include "approx/pairlist.h"
+#include "vorn/records.h"
+
+// Status of a station.
+enum {
+    THEO_UNKNOWN = 0,
+    THEO_PLACED = -1,   // position known, orientation not
+    THEO_ORIENTED = -2, // orientation known, position not
+    THEO_DONE = -3,     // both known
+    THEO_RESECT = 3     // marked for resection
+};
+
+// Status of a target.
+enum { OBJ_UNKNOWN = 0, OBJ_PLACED = -1 };
+
+// A distance between two targets, which both ends of a pair of stations may have observed.
+struct scalebar {
+    int idist;      // index in dist
+    int end1, end2; // points
+    int mark;
+};
+
+class approx {
+public:
+    approx(project *pproject, point *points, measure *dist, measure *dir1, measure *dir2, int nsta, int ntar, int ndist,
+           int ndir1, int ndir2, int *ia1);
+    ~approx();
+    approx(const approx &) = delete;
+    approx &operator=(const approx &) = delete;
+
+    // Computes what has no value (iapprox 9) or all that is not fixed (iapprox 1): xpt[0..2]
+    // of every point, xex[2] of every station. Returns 0, or -1 without memory, -2 without a
+    // datum to start from, -12 when not everything could be reached; after a failure the
+    // codes of the points are not restored.
+    int compute(int iapprox);
+
+private:
+    friend struct approx_access; // white-box tests
+
+    // driver
+    int datum_approx(); // completes the datum and numbers the unknowns; 0, -2, -3
+    int istotal(int i); // 1 when point i is a station that measures distances
+
+    // spread
+    int spread(); // 0 or -1, -2, -3, -5, -6, -7, -9: see spread.cpp
+    int start_spread(int **table, int *nused, int *nresec, int *npair, double *xap, double *yap, double *oap,
+                     int *itheo, int *iobj); // what is known at the start; always 0
+    void height_spread(double *known, double *h);
+
+    // resection and intersection
+    int resec(int iscale, int i, int **table, int *itheo, int *iobj, double *xap, double *yap,
+              double *oap); // places station i; 0, or -1 with fewer than 3 shots; sets no status of i
+    void resec3(int i, const int *ishot, double *xx, double *yy, double *alp, double *xap, double *yap, double *oap);
+    void intersect(int i1, int i2, int p, int **table, double *xap, double *yap, double *oap); // sets no status
+    int start_resec(int **table, int *nresec, double *xap, double *yap, double *oap, int *itheo, int *iobj); // 0 or -1
+
+    // collimation pairs
+    int colli_spread(int npair, int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
+                     double *oap);                               // 0 or -1
+    int buildtabpair(int (*tabpair)[7], int npair, int **table); // 0 or -1
+    void colli_base(int i1, int i2, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap);
+
+    // two-point transformation and patching
+    int spread_step(int *nleft, int iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
+                    double *oap);                                    // 0 to go on, -1 or -4 to stop
+    int transformations(double *xap, double *yap, double *oap);      // 0 or -5
+    int t2pt(int p1, int p2, double *xap, double *yap, double *oap); // 0 or -1
+    void t1pt(int p, double *xap, double *yap, double *oap);
+
+    // guess spread
+    int guess_spread(int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
+                     double *oap); // 0, -1, -3, -4, -5, -9
+    int guess_o1o2(int it1, int it2, int ncommon, int **table, int *isys, double *app, double *rhs, double *o1,
+                   double *o2); // 0, -4, -5; the caller releases isys, app and rhs
+    double guess_check(int n, double o1, double o2, int *isys, int **table, double *app); // 9999.0: rays do not meet
+    int guess_approx(int n, int **table, int *isys, double *app, int it1, double o1, int it2, double o2); // 0 or -1
+    int guess_resid(double x, double y, double z, double xt, double zt, double o, double hz, double v, double *sum);
+    int guess_solve(int n, double o1, double o2, int *isys, int **table, double *app, double *rhs, double *xap,
+                    double *yap, double *oap, int *itheo, int *iobj); // 0 or negative
+    void guess_normal(double **mat, double *rhs, int m, int k, double x, double y, double z, int it, double xt,
+                      double zt, double o, double hz, double v, double *sum);
+
+    // patch spread
+    int patch_spread(int i, int **table, int *itheo, int *iobj); // 0, -1, -4, -5, -9
+
+    // lists of shots and distances
+    int take_lists();                   // shots, seen, seenby, lengths; 0 or -1
+    void drop_lists();                  // may be called twice
+    void fill_table(int **table) const; // table[i][j], i not j, from seen
+    int number(const point *p) const;   // index of a point, -1 when it is not in points
+    void find_ends(const measure *list, int n, int *from, int *to) const;
+    int list_measures(pairlist *l, const measure *list, int n) const; // 0 or -1
+
+    project *pproject; // the host object, not owned
+    FILE *out;         // report stream
+    double pi;
+    int idebug; // non-zero: trace lines
+    int dim;
+    point *points; // [npoints] stations first; vorn's, written in place
+    int nsta, ntar, npoints;
+    measure *dist, *dir1, *dir2; // vorn's
+    int ndist, ndir1, ndir2;
+    int *ia1;         // [8] counts of fixed items, vorn's: 0 to 2 coordinates, 5 third orientations
+    int nunk1, nunk2; // coordinates, orientations to compute
+    int nunk;         // both
+
+    pairlist shots;   // dir1 by station and point
+    pairlist seen;    // the same, the last shot of each pair alone
+    pairlist seenby;  // seen by point and station
+    pairlist lengths; // dist by station and point
+};
+
+// The angle brought once nearer to the range from -pi to pi: above pi less 2 pi, below -pi
+// more 2 pi.
+double wrap(double angle);
+
+#endif
