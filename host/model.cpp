@@ -51,4 +51,6 @@ void Model::attach()
     attach_list(pairs, &p.pairs, &p.npairs);
 }
 
+double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
+
 } // namespace vornhost

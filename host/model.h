@@ -81,6 +81,9 @@ struct Model {
     void attach();
 };
 
+// Metres in the unit of length of the project.
+double metres_per_unit(const project &p);
+
 } // namespace vornhost
 
 #endif

@@ -153,6 +153,7 @@ private:
     void read_earth(const toml::table &root);
     void read_origin(Section &earth);
     void read_weights(const toml::table &root);
+    void read_reduction(const toml::table &root);
     void read_methods(const toml::table &root);
     void read_connected_net(const toml::table &root);
 
@@ -323,13 +324,24 @@ void NetworkReader::read_weights(const toml::table &root)
     }
 }
 
-void NetworkReader::read_methods(const toml::table &root)
+// Horizontal distances belong into the plane: in space they would be compared with slopes.
+void NetworkReader::read_reduction(const toml::table &root)
 {
     static const Words reductions = {
         {"none", 0}, {"mark_to_mark", 1}, {"horizontal_mixed", 2}, {"horizontal_origin", 9}};
+    Section section(root, "reductions", faults);
+    p.iredux = section.word("distances", 0, reductions, true);
+    if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))
+        section.fault(*section.find("distances"),
+                      section.name("distances") + " makes distances horizontal: only in the plane",
+                      "write \"mark_to_mark\", or dimension = 2");
+}
+
+void NetworkReader::read_methods(const toml::table &root)
+{
     static const Words rules = {{"plain", 2}, {"scale_and_orientation", 1}, {"translations_only", 9}, {"ignore", 0}};
     static const Words methods = {{"0", 0}, {"1", 1}, {"9", 9}};
-    p.iredux = Section(root, "reductions", faults).word("distances", 0, reductions, true);
+    read_reduction(root);
     p.igps = Section(root, "baselines", faults).word("datum_rule", 1, rules);
     if (!named(TABLE_BASELINES)) p.igps = 0;
     p.lumpmethod = Section(root, "lumps", faults).word("method", named(TABLE_LUMPS) ? 1 : 0, methods, true);

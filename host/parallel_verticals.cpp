@@ -8,8 +8,6 @@ namespace vornhost {
 
 namespace {
 
-double metres_per_unit(int iunit) { return iunit == 1 ? 0.001 : iunit == 2 ? 0.0254 : 1.0; }
-
 // Largest square of the distance of a point from the third axis, in metres squared.
 template <class Record> double farthest(const List<Record> &list, double unit)
 {
@@ -51,7 +49,7 @@ std::string make_verticals_parallel(Model &model)
     const bool angles = any_selected(model.directions) || any_selected(model.verticals);
     if (!any_selected(model.heightdiffs) && !(angles && any_levelled(model))) return {};
 
-    const double unit = metres_per_unit(model.p.iunit);
+    const double unit = metres_per_unit(model.p);
     const double square = std::max(farthest(model.stations, unit), farthest(model.targets, unit));
     const double radius = next_power_of_ten(square / largest_curvature);
     model.p.iearth = 1;

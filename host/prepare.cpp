@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "heights.h"
 #include "names.h"
 #include "parallel_verticals.h"
 
@@ -55,6 +56,7 @@ private:
     void hold_rotations(size_t i);
     bool is_free_network() const;
     int weighted() const;
+    void note_cameras();
     void note(Source place, const std::string &text);
 
     Model &model;
@@ -251,6 +253,19 @@ void Preparation::hold_rotations(size_t i)
     note(model.stations.where[i], "station " + plain_name(s.name) + " has no directions: its orientation is held");
 }
 
+// The cofactors of image residuals count in the unit of the pixel size, the residuals in pixels.
+void Preparation::note_cameras()
+{
+    if (model.mode == Mode::Solution || model.images.size() == 0) return;
+    for (size_t i = 0; i < model.cameras.size(); i++) {
+        const camera_input &c = model.cameras.records[i];
+        if (c.status <= 0 || (c.pu == 1.0 && c.pv == 1.0)) continue;
+        note(model.cameras.where[i], "camera " + plain_name(c.name) +
+                                         " has a pixel size other than 1: standard deviations and marks of its image "
+                                         "residuals mean nothing; write it in pixels, with pu and pv 1");
+    }
+}
+
 void Preparation::note(Source place, const std::string &text)
 {
     prepared.notes.push_back(model.files[(size_t)place.file] + ":" + std::to_string(place.line) + ": " + text);
@@ -264,6 +279,9 @@ Prepared Preparation::run()
     hand_over_targets();
     for (size_t i = 0; i < model.stations.size(); i++) orient(i);
     for (size_t i = 0; i < model.stations.size(); i++) hold_rotations(i);
+    note_cameras();
+    move_heights_to_distances(model);
+    for (const Held &held : hold_heights(model)) note(held.where, held.text);
     const std::string verticals = make_verticals_parallel(model);
     if (!verticals.empty()) prepared.notes.push_back(verticals);
     model.attach();

@@ -40,9 +40,6 @@ std::string bare_name(const char *field, size_t size);
 std::optional<double> element(const double *array, size_t i);
 std::optional<double> deviation(double value);
 
-// Metres in the unit of length of the project.
-double metres_per_unit(const project &p);
-
 // Standard deviations along the two axes of an ellipse: the roots of the diagonal of its
 // covariance block.
 double deviation_first(const EllipseResult &e);

@@ -29,8 +29,6 @@ std::optional<double> deviation(double value)
     return value;
 }
 
-double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
-
 double deviation_first(const EllipseResult &e)
 {
     return std::hypot(e.a * std::cos(e.bearing), e.b * std::sin(e.bearing));

@@ -151,7 +151,7 @@ TEST(NetworkFile, ReadsEverySetting)
                             "latitude = 46.5\n"
                             "azimuth_rotation = 90\n"
                             "[reductions]\n"
-                            "distances = \"horizontal_origin\"\n"
+                            "distances = \"mark_to_mark\"\n"
                             "[apriori]\n"
                             "distances = 0.001\n"
                             "height_differences = 0.002\n"
@@ -203,7 +203,7 @@ TEST(NetworkFile, ReadsEverySetting)
     EXPECT_EQ(p.horigin, 400.5);
     EXPECT_EQ(p.latitude, 46.5);
     EXPECT_NEAR(p.azrot, pi / 2.0, 1e-15);
-    EXPECT_EQ(p.iredux, 9);
+    EXPECT_EQ(p.iredux, 1);
     EXPECT_EQ(p.sdist, 0.001);
     EXPECT_EQ(p.sdifh, 0.002);
     EXPECT_EQ(p.sdir1, 0.003);
@@ -387,6 +387,17 @@ TEST(NetworkFile, RefusesUnknownWords)
                     "\"mark_to_mark\", \"horizontal_mixed\", \"horizontal_origin\""});
     EXPECT_EQ(setting("lumps", "method = 2"),
               Lines{"net.inp:4:10: value is not known for method in [lumps]; write one of: \"0\", \"1\", \"9\""});
+}
+
+TEST(NetworkFile, RefusesHorizontalDistancesInSpace)
+{
+    for (const char *word : {"horizontal_mixed", "horizontal_origin"}) {
+        const std::string file = std::string("[run]\ndimension = 3\n[reductions]\ndistances = \"") + word +
+                                 "\"\n[tables]\ntargets = \"name x y z\\nA 1 2 3\\nB 2 3 4\"\n"
+                                 "distances = \"from to value sigma\\nA B 1 1\"\n";
+        EXPECT_EQ(faults_of(file), Lines{"net.inp:4:13: distances in [reductions] makes distances horizontal: only in "
+                                         "the plane; write \"mark_to_mark\", or dimension = 2"});
+    }
 }
 
 TEST(NetworkFile, RefusesErrorPropagationByTheSimplexSolver)

@@ -201,3 +201,27 @@ TEST(Prepare, LeavesPointsThatAreOffWhereTheyAre)
     EXPECT_EQ(c.model().p.nstations, 2);
     EXPECT_EQ(c.prepared.notes, Lines());
 }
+
+TEST(Prepare, WarnsOfMarksOfImagesWithAPixelSizeOtherThanOne)
+{
+    const std::string network = "stations = '''\nname x y z levelled\nS 0 0 9 no\n'''\n"
+                                "targets = '''\nname x y z code\nA 1 0 0 fixed\n'''\n"
+                                "images = '''\nfile station camera\nimg.txt S C\n'''\n"
+                                "cameras = '''\nname width height pu pv c\n";
+    for (const bool pixels : {true, false})
+        for (const bool statistics : {true, false}) {
+            Folder folder;
+            folder.write("img.txt", "A        1 2\n");
+            folder.write("net.inp",
+                         file_of(3, network + (pixels ? "C 9 9 1 1 5800" : "C 9 9 0.006 0.006 35") + "\n'''\n"));
+            ASSERT_EQ(folder.read(), Lines());
+            folder.model.mode = statistics ? Mode::Statistics : Mode::Solution;
+            Lines notes = prepare(folder.model).notes;
+            ASSERT_EQ(notes.size(), !pixels && statistics ? 1u : 0u);
+            if (notes.empty()) continue;
+            folder.shorten(notes[0]);
+            EXPECT_EQ(notes[0],
+                      "net.inp:18: camera C has a pixel size other than 1: standard deviations and marks of its "
+                      "image residuals mean nothing; write it in pixels, with pu and pv 1");
+        }
+}
