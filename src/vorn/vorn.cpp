@@ -11,6 +11,7 @@
 #include "numerics/memory.h"
 #include "solvers/compact.h"
 #include "solvers/jordan.h"
+#include "solvers/simplex.h"
 #include "vorn/message.h"
 #include "vorn/names.h"
 #include "vorn/records.h"
@@ -232,4 +233,16 @@ int vorn::vornjordan()
     return result;
 }
 
-int vorn::vornL1() { return -1; }
+// Keeps no statistics: temp_res stays null.
+int vorn::vornL1()
+{
+    solverinput in;
+    handover(&in);
+    psimplex = new (std::nothrow) simplex(in);
+    if (!psimplex) return -1;
+
+    const int result = psimplex->iterate();
+    fflush(out);
+    delete psimplex;
+    return result;
+}

@@ -1,0 +1,2 @@
+#include "solvers/simplex.h"
+int simplex::balance() { return 0; }
