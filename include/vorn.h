@@ -162,6 +162,7 @@ private:
     int mixed_datum();
     int enough_observations();
     int vornapprox();
+    void keep_first_values();
     void set_prepare();
     void cartesian_frame();
     void mixed_frame();

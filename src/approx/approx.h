@@ -46,6 +46,8 @@ struct scalebar {
     int mark;
 };
 
+struct savedcodes;
+
 class approx {
 public:
     approx(project *pproject, point *points, measure *dist, measure *dir1, measure *dir2, int nsta, int ntar, int ndist,
@@ -64,7 +66,23 @@ private:
     friend struct approx_access; // white-box tests
 
     // driver
-    int datum_approx(); // completes the datum and numbers the unknowns; 0, -2, -3
+    void heights_as_they_are(); // one dimension
+    int compute_plane(int iapprox, savedcodes *saved);
+    void forget_values();
+    void working_codes();
+    void show_codes(int nparameter);
+    int datum_and_spread();
+    int datum_approx();       // completes the datum and numbers the unknowns; 0, -2, -3
+    int fix_plane(int *ifix); // 0 or -2
+    int fix_position();
+    int complete_position();
+    int first_known_station() const;
+    int fix_turn(int *ifix);
+    void fix_second_x1();
+    void hang_on_one_station();
+    void fix_height(int ifix);
+    int count_unknowns(); // 0 or -3
+    void number_unknowns();
     int istotal(int i); // 1 when point i is a station that measures distances
 
     // spread

@@ -1,9 +1,22 @@
-// First values of coordinates and orientations before the adjustment.
+// First values of coordinates (metres) and orientations (radians) before the adjustment.
 
+#include "approx/approx.h"
 #include "vorn.h"
 
+#include <new>
+
+// The working values become the values at the start, of everything that is not fixed.
+void vorn::keep_first_values()
+{
+    for (point *p = points; p < points + npoints; p++)
+        for (int k = 0; k < 3; k++) {
+            if (p->n0[k] != N_NONE) p->x0[k] = p->xpt[k];
+            if (p->n1[k] != N_NONE) p->e0[k] = p->xex[k];
+        }
+}
+
 // iapprox says what is to be computed: 0 nothing, 1 all by the user's wish, 9 what has no
-// value. Returns 0 when nothing was to be computed, -1 when it could not be.
+// value. Returns 0 and leaves iapprox 0, or a negative result of approx::compute.
 int vorn::vornapprox()
 {
     if (iapprox == 0) {
@@ -11,5 +24,14 @@ int vorn::vornapprox()
         char title[] = "Approximation Info";
         if (pfeedback && pfeedback->decision(question, title) != 0) iapprox = 1;
     }
-    return iapprox == 0 ? 0 : -1;
+    if (iapprox == 0) return 0;
+
+    int result = 0;
+    papprox = new (std::nothrow) approx(pproject, points, dist, dir1, dir2, nsta, ntar, ndist, ndir1, ndir2, ia1);
+    if (papprox) result = papprox->compute(iapprox);
+    if (result == 0) iapprox = 0;
+    keep_first_values();
+    delete papprox;
+    papprox = NULL;
+    return result;
 }
