@@ -96,6 +96,18 @@ private:
               double *oap); // places station i; 0, or -1 with fewer than 3 shots; sets no status of i
     void resec3(int i, const int *ishot, double *xx, double *yy, double *alp, double *xap, double *yap, double *oap);
     void intersect(int i1, int i2, int p, int **table, double *xap, double *yap, double *oap); // sets no status
+    void guard_angle(double *alp, int k);
+    int known_shots(int i, const int *itheo, const int *iobj, int *ishot) const;
+    int can_level() const;
+    double level_length(int idist, int ishot) const;
+    int bad_distances(int i, const int *ishot, const double *xx, const double *yy, const double *xap,
+                      const double *yap);
+    void use_extra_shots(int i, int n, int nbad, int *ishot, double *xap, double *yap, double *oap);
+    void polar_targets(int i, int *iobj, double *xap, double *yap, const double *oap) const;
+    int finished_partner(int i, int p, const int *itheo) const;
+    void intersect_targets(int i, int **table, const int *itheo, int *iobj, double *xap, double *yap, double *oap);
+    int resect_marked(int i, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap);
+    int lone_resection(int **table, int *nresec, double *xap, double *yap, double *oap, int *itheo, int *iobj);
     int start_resec(int **table, int *nresec, double *xap, double *yap, double *oap, int *itheo, int *iobj); // 0 or -1
 
     // collimation pairs
