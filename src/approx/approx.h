@@ -47,6 +47,7 @@ struct scalebar {
 };
 
 struct savedcodes;
+struct spreading;
 
 class approx {
 public:
@@ -89,6 +90,21 @@ private:
     int spread(); // 0 or -1, -2, -3, -5, -6, -7, -9: see spread.cpp
     int start_spread(int **table, int *nused, int *nresec, int *npair, double *xap, double *yap, double *oap,
                      int *itheo, int *iobj); // what is known at the start; always 0
+    int take_spreading(spreading *s);        // 0 or -7
+    int spread_with(spreading *s);
+    int start(spreading *s);
+    void show_counts(const spreading *s);
+    void show_spread(const spreading *s);
+    void write_points(spreading *s);
+    void take_position(int i, double *xap, double *yap) const;
+    int take_station(int i, double *xap, double *yap, double *oap, int *itheo) const;
+    void polar_points(int i, const double *oap);
+    int start_stations(int *nused, double *xap, double *yap, double *oap, int *itheo);
+    int count_pairs(int i, int **table) const;
+    int known_targets(int i, const int *iobj) const;
+    void show_table(int **table);
+    void carry_height(int i, int j, double v, double *known, double *h) const;
+    double height_shift(const double *h) const;
     void height_spread(double *known, double *h);
 
     // resection and intersection
