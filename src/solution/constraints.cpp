@@ -10,9 +10,9 @@
 
 #include <math.h>
 
-enum { SHIFT = 0, ROTATION = 3, SCALE = 6 }; // places among the seven parameters
+#include "vorn/lumpdefs.h"
 
-enum { WITHOUT_ROTATION = 1, WITHOUT_SCALE = 2 }; // kinds of a lump
+enum { SHIFT = 0, ROTATION = 3, SCALE = 6 }; // places among the seven parameters
 
 // ---- geometry of a lump ----
 
@@ -122,28 +122,13 @@ void solution::holdparam(int number, double wanted, double value)
     paramcondition(number, WEIGHT_CAP, (wanted - value) * WEIGHT_CAP);
 }
 
-static const lump_definition *definition(const project *p, int id)
-{
-    for (int i = 0; i < p->nlumpdefs; i++)
-        if (p->lumpdefs[i].id == id) return p->lumpdefs + i;
-    return NULL;
-}
-
-// First entry of a definition for an epoch, or -1.
-static int definedepoch(const lump_definition *def, int epoch)
-{
-    for (int t = 0; t < def->n; t++)
-        if (def->epoch[t] == epoch) return t;
-    return -1;
-}
-
 // Scales that the host fixes, where its definition has the same reference epoch.
 void solution::fixedscales(const lump *l)
 {
-    const lump_definition *def = definition(pproject, l->id);
+    const lump_definition *def = find_definition(pproject, l->id);
     if (!def || def->iref != l->iref) return;
     for (int j = 0; j < l->nepoch - 1; j++) {
-        const int t = definedepoch(def, l->epoch[j]);
+        const int t = defined_epoch(def, l->epoch[j]);
         if (t >= 0 && def->code[t] == CODE_FIXED) holdparam(l->iunk[j] + SCALE, def->scale[t], l->scale[j]);
     }
 }

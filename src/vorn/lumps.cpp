@@ -18,6 +18,7 @@
 #include <stdlib.h>
 
 #include "numerics/memory.h"
+#include "vorn/lumpdefs.h"
 #include "vorn/names.h"
 #include "vorn/records.h"
 
@@ -276,13 +277,6 @@ static void judge_lumps(lumpwork *w)
 
 // ---- records ----
 
-static const lump_definition *find_definition(const project *p, int id)
-{
-    for (int i = 0; i < p->nlumpdefs; i++)
-        if (p->lumpdefs[i].id == id) return p->lumpdefs + i;
-    return NULL;
-}
-
 static bool take_doubles(double **const *field, int count, int n)
 {
     bool all = true;
@@ -308,17 +302,15 @@ static bool take_record(lump *l, int n, bool deviations, FILE *out)
 // Start values of entry j from the host's definition, where it lists the epoch.
 static void start_values(lump *l, int j, const lump_definition *def)
 {
-    for (int t = 0; t < def->n; t++) {
-        if (def->epoch[t] != l->epoch[j]) continue;
-        l->scale[j] = def->scale[t];
-        l->tx[j] = def->tx[t];
-        l->ty[j] = def->ty[t];
-        l->tz[j] = def->tz[t];
-        l->rx[j] = def->rx[t];
-        l->ry[j] = def->ry[t];
-        l->rz[j] = def->rz[t];
-        return;
-    }
+    const int t = defined_epoch(def, l->epoch[j]);
+    if (t < 0) return;
+    l->scale[j] = def->scale[t];
+    l->tx[j] = def->tx[t];
+    l->ty[j] = def->ty[t];
+    l->tz[j] = def->tz[t];
+    l->rx[j] = def->rx[t];
+    l->ry[j] = def->ry[t];
+    l->rz[j] = def->rz[t];
 }
 
 // The n entries of a record, from row i of the tables. A reference that is no usable epoch
@@ -331,7 +323,7 @@ static void fill_epochs(lump *l, int n, const lumpwork *w, int i, const lump_def
         l->epoch[j] = w->epoch[k];
         l->scale[j] = 1.0;
         if (def) start_values(l, j, def);
-        if (l->kind == 2) l->scale[j] = 1.0;
+        if (l->kind == WITHOUT_SCALE) l->scale[j] = 1.0;
         j++;
     }
 }
