@@ -33,6 +33,9 @@ struct nameindex;
 struct lumptables;
 struct lumpcount;
 struct lumpwork;
+struct lumpcopies;
+struct lumpmotion;
+struct pointset;
 struct splitrows;
 struct membership;
 struct pointwalk;
@@ -181,6 +184,7 @@ private:
     void handover(solverinput *in); // everything a solver works on
     bool take_temp_res(const char *entry);
     void clean();
+    void drop_lumps();
     int backtoproject();
     int writecon(); // the connected-net file of the export; 0 or -9
     void fill_obs_stat();
@@ -205,6 +209,11 @@ private:
     void fill_sta3D(int iout, int ipoint);
     void fill_tar3D(int iout, int ipoint);
     int usesimili(int mode);
+    int take_records(const lumpcopies *w);
+    void lump_motion(lumpcopies *w, int b, int mode);
+    void compare_epoch(lumpmotion *m, int c);
+    void take_epoch(lumpmotion *m, int c, pointset *end);
+    bool similarity(lumpmotion *m, int epoch, pointset *end, double res[7]);
     void backtrans(int ilump, int iepoch, double r[3][3]);
     void backsol(int ilump, int iepoch, double r[3][3], int ipoint);
     void flagdecode(int flag, int *a, int *b, int *c, int *d, int *e);

@@ -305,6 +305,14 @@ static void release_lump(lump *l)
     for (size_t i = 0; i < sizeof arrays / sizeof arrays[0]; i++) free(arrays[i]);
 }
 
+void vorn::drop_lumps()
+{
+    for (int i = 0; lumps && i < nlump; i++) release_lump(lumps + i);
+    free(lumps);
+    lumps = NULL;
+    nlump = 0;
+}
+
 // lcon and Qcon are released where the results go back to the host.
 void vorn::clean()
 {
@@ -312,9 +320,7 @@ void vorn::clean()
     drop_hostindex();
     free(points);
     points = NULL;
-    for (int i = 0; lumps && i < nlump; i++) release_lump(lumps + i);
-    free(lumps);
-    lumps = NULL;
+    drop_lumps();
     free(cameras);
     cameras = NULL;
     measure **const lists[] = {&dist, &difh, &dir1, &dir2, &az, &obsuv1, &obsuv2};
