@@ -232,6 +232,74 @@ TEST(Datum2D, CountsAtMostTwoFixedCoordinatesOfAnAxis)
     EXPECT_EQ(n.check(), -22);
     n.fix(0, 1, 1);
     EXPECT_EQ(n.check(), 0);
+
+    Loaded m(2, 0, 5);
+    for (int i = 0; i < 4; i++) m.fix(i, 1, 1);
+    V(m.run, ndist) = 4; // 0 + 2 + 1
+    EXPECT_EQ(m.check(), -22);
+}
+
+TEST(Datum2D, FixesNoOrientationUnlessOneStationIsFixedAndNothingElse)
+{
+    Loaded n(2, 2, 2); // one coordinate too many
+    V(n.run, ndist) = 1;
+    n.fix(0, 0, 1);
+    n.fix(2, 1, 1);
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.at(0).n1[2], N_UNKNOWN);
+
+    Loaded m(2, 2, 2);
+    V(m.run, ndist) = 1;
+    m.fix(0, 0, 1);
+    m.fix(2, 0, 0);
+    EXPECT_EQ(m.check(), 0);
+    EXPECT_EQ(m.at(0).n1[2], N_UNKNOWN);
+
+    Loaded r(2, 2, 2); // another station has its orientation fixed
+    V(r.run, ndist) = 1;
+    r.fix(0, 0, 1);
+    r.at(1).n1[2] = N_NONE, V(r.run, ia1)[5] = 1;
+    EXPECT_EQ(r.check(), 0);
+    EXPECT_EQ(r.at(0).n1[2], N_UNKNOWN);
+}
+
+TEST(Datum2D, FixesNoOrientationWhereTheFixedCoordinatesAreThoseOfTwoStations)
+{
+    Loaded n(2, 2, 1);
+    V(n.run, ndist) = 1;
+    n.fix(0, 0, 0);
+    n.fix(1, 1, 1);
+    EXPECT_EQ(n.check(), -22);
+    EXPECT_EQ(n.at(0).n1[2], N_UNKNOWN);
+    EXPECT_EQ(n.at(1).n1[2], N_UNKNOWN);
+    EXPECT_EQ(n.text(), "datumcheck: Not enough information to define a datum\n"
+                        "\nTo define the datum, 1 x1 fixed\n"
+                        "                     1 x2 \n"
+                        "                     0 rotations \n"
+                        "                     1 distances \n\n");
+}
+
+TEST(Datum2D, FixesTheOrientationOfTheFirstFixedStationOnly)
+{
+    Loaded n(2, 3, 0);
+    V(n.run, ndist) = 1;
+    V(n.run, ia1)[6] = 5; // constants of groups are no rotations
+    n.fix(1, 0, 1);
+    n.at(2).n0[0] = n.at(2).n0[1] = N_NONE; // fixed as well, but not counted
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.at(1).n1[2], N_NONE);
+    EXPECT_EQ(n.at(2).n1[2], N_UNKNOWN);
+}
+
+TEST(Datum2D, IsNotFreeWithARotationFixed)
+{
+    for (int c1 = 0; c1 <= 1; c1++) {
+        Loaded n(2, 1, 2);
+        V(n.run, ia1)[0] = c1;
+        V(n.run, ia1)[5] = 1;
+        EXPECT_EQ(n.check(), -22);
+        EXPECT_EQ(V(n.run, ndatum), -5); // untouched
+    }
 }
 
 TEST(Datum3D, DropsHeightsOfInstrumentsThatAreNotLevelled)
@@ -383,6 +451,155 @@ TEST(Datum3D, OfOneFixedStationWithHeightDifferencesFixesTheThirdRotationOnly)
     EXPECT_EQ(n.text(), "");
 }
 
+TEST(Datum3D, FixesNoRotationWhereNoStationIsFixedAsAWhole)
+{
+    Loaded n(3, 2, 1); // x1, x2, x3 on three points
+    V(n.run, ndist) = 1;
+    n.fix(0, 0, 0);
+    n.fix(1, 1, 1);
+    n.fix(2, 2, 2);
+    Loaded m(3, 2, 1); // a station without its height
+    m.fix(0, 0, 1);
+    m.fix(2, 2, 2);
+    for (Loaded *l : {&n, &m}) {
+        l->check();
+        for (int i = 0; i < 3; i++) {
+            for (int j = 0; j < 2; j++) EXPECT_EQ(l->at(j).n1[i], N_UNKNOWN);
+            EXPECT_EQ(V(l->run, ia1)[3 + i], 0);
+        }
+    }
+}
+
+TEST(Datum3D, FixesNoRotationWhereOtherCoordinatesAreFixedToo)
+{
+    for (int axis = 0; axis < 3; axis++) {
+        Loaded n(3, 1, 2);
+        n.fix(0, 0, 2);
+        n.fix(1, axis, axis);
+        n.check();
+        for (int i = 0; i < 3; i++) EXPECT_EQ(n.at(0).n1[i], N_UNKNOWN) << axis;
+    }
+}
+
+TEST(Datum3D, FixesTheRotationsOfTheFirstFixedStationOnly)
+{
+    Loaded n(3, 2, 2);
+    V(n.run, ndist) = 1;
+    n.fix(0, 0, 2);
+    for (int c = 0; c < 3; c++) n.at(1).n0[c] = N_NONE; // fixed as well, but not counted
+    n.at(0).n1[3] = 4;
+    EXPECT_EQ(n.check(), 0);
+    for (int i = 0; i < 3; i++) {
+        EXPECT_EQ(n.at(0).n1[i], N_NONE);
+        EXPECT_EQ(n.at(1).n1[i], N_UNKNOWN);
+    }
+    EXPECT_EQ(n.at(0).n1[3], 4); // a constant is no rotation
+    EXPECT_EQ(V(n.run, ia1)[6], 0);
+}
+
+TEST(Datum3D, FixesOnlyTheRotationsThatAreFreeInAllStations)
+{
+    for (int fixed = 0; fixed < 3; fixed++) {
+        Loaded n(3, 2, 1);
+        V(n.run, ndist) = 1;
+        n.fix(0, 0, 2);
+        V(n.run, ia1)[3 + fixed] = 2;
+        EXPECT_EQ(n.check(), 0);
+        for (int i = 0; i < 3; i++) {
+            EXPECT_EQ(n.at(0).n1[i], i == fixed ? N_UNKNOWN : N_NONE);
+            EXPECT_EQ(V(n.run, ia1)[3 + i], i == fixed ? 2 : 1);
+        }
+    }
+}
+
+TEST(Datum3D, KeepsTheFixedRotationWhereItIsNotOneTooMany)
+{
+    const struct {
+        int c1, r3, ndist, naz;
+    } rows[] = {
+        {1, 1, 1, 0}, // no azimuths
+        {2, 1, 1, 1}, // 7 constraints without the distance
+        {2, 1, 0, 1}, // no distance
+        {1, 2, 1, 1}, // two rotations fixed
+    };
+    for (const auto &row : rows) {
+        Loaded n(3, 1, 2);
+        n.at(0).n1[2] = N_NONE;
+        const int counts[6] = {row.c1, 1, 1, 1, 1, row.r3};
+        for (int i = 0; i < 6; i++) V(n.run, ia1)[i] = counts[i];
+        V(n.run, ndist) = row.ndist;
+        V(n.run, naz) = row.naz;
+        EXPECT_EQ(n.check(), 0);
+        EXPECT_EQ(n.text(), "");
+        EXPECT_EQ(n.at(0).n1[2], N_NONE);
+        EXPECT_EQ(V(n.run, ia1)[5], row.r3);
+    }
+}
+
+// Counts of fixed items of a network in space, and whether they are enough: seven, of which
+// three at most on an axis and one for each rotation; a distance is one.
+TEST(Datum3D, IsDefinedFromSevenConstraintsOn)
+{
+    const struct {
+        int c1, c2, c3, nfixh, r1, r2, r3, ndifh, ndist, igps;
+        bool enough;
+    } rows[] = {
+        {3, 3, 0, 0, 0, 0, 0, 0, 0, 0, false},
+        {3, 3, 1, 0, 0, 0, 0, 0, 0, 0, true},
+        {4, 3, 0, 0, 0, 0, 0, 0, 0, 0, false}, // three of an axis
+        {3, 4, 0, 0, 0, 0, 0, 0, 0, 0, false},
+        {3, 0, 4, 0, 0, 0, 0, 0, 0, 0, false},
+        {0, 3, 3, 0, 0, 0, 0, 0, 0, 0, false},
+        {1, 3, 3, 0, 0, 0, 0, 0, 0, 0, true},
+        {3, 1, 3, 0, 0, 0, 0, 0, 0, 0, true},
+        {3, 3, 0, 1, 0, 0, 0, 0, 0, 0, true},  // a fixed height counts on the third axis
+        {3, 2, 1, 1, 0, 0, 0, 0, 0, 0, false}, // but is not added to fixed coordinates
+        {3, 2, 1, 2, 0, 0, 0, 0, 0, 0, true},
+        {3, 0, 0, 4, 0, 0, 0, 0, 0, 0, false},
+        {3, 3, 0, 0, 1, 0, 0, 0, 0, 0, true}, // rotations
+        {3, 2, 0, 0, 2, 0, 0, 0, 0, 0, false},
+        {3, 3, 0, 0, 0, 1, 0, 0, 0, 0, true},
+        {3, 2, 0, 0, 0, 2, 0, 0, 0, 0, false},
+        {3, 3, 0, 0, 0, 0, 1, 0, 0, 0, true},
+        {3, 2, 0, 0, 0, 0, 2, 0, 0, 0, false},
+        {3, 2, 0, 0, 0, 0, 0, 1, 0, 0, true}, // height differences are both tilts
+        {3, 1, 0, 0, 0, 0, 0, 1, 0, 0, false},
+        {3, 1, 0, 0, 1, 1, 0, 1, 0, 0, false},
+        {3, 3, 0, 0, 0, 0, 0, 0, 1, 0, true}, // one distance or more
+        {3, 2, 0, 0, 0, 0, 0, 0, 5, 0, false},
+        {3, 0, 0, 0, 0, 0, 0, 0, 0, 9, true}, // baselines: three rotations and the scale
+        {2, 0, 0, 0, 0, 0, 0, 0, 0, 9, false},
+        {2, 0, 0, 0, 0, 0, 0, 0, 1, 9, false},
+        {3, 0, 0, 0, 0, 0, 0, 0, 0, 1, true},
+        {2, 0, 0, 0, 0, 0, 0, 0, 0, 1, false},
+        {3, 3, 0, 0, 0, 0, 0, 0, 0, 2, false}, // of another kind: nothing
+        {3, 0, 0, 0, 1, 0, 0, 0, 0, 9, true},  // a rotation that is fixed counts once
+        {2, 0, 0, 0, 1, 0, 0, 0, 0, 9, false},
+        {3, 0, 0, 0, 0, 0, 1, 0, 0, 9, true},
+        {2, 0, 0, 0, 0, 0, 1, 0, 0, 9, false},
+        {2, 0, 0, 0, 0, 1, 0, 0, 0, 9, true}, // but Rx2 twice without height differences
+        {1, 0, 0, 0, 0, 1, 0, 0, 0, 9, false},
+        {2, 0, 0, 0, 0, 0, 0, 1, 0, 9, true}, // or with them when it is not fixed
+        {1, 0, 0, 0, 0, 0, 0, 1, 0, 9, false},
+        {2, 0, 0, 0, 1, 0, 0, 1, 0, 9, true},
+        {1, 0, 0, 0, 1, 0, 0, 1, 0, 9, false},
+        {3, 0, 0, 0, 0, 1, 0, 1, 0, 9, true},
+        {2, 0, 0, 0, 0, 1, 0, 1, 0, 9, false},
+    };
+    for (const auto &row : rows) {
+        Loaded n(3, 0, 4);
+        const int counts[6] = {row.c1, row.c2, row.c3, row.r1, row.r2, row.r3};
+        for (int i = 0; i < 6; i++) V(n.run, ia1)[i] = counts[i];
+        V(n.run, nfixh) = row.nfixh;
+        V(n.run, ndifh) = row.ndifh;
+        V(n.run, ndist) = row.ndist;
+        n.net.p.igps = row.igps;
+        EXPECT_EQ(n.check(), 0);
+        EXPECT_EQ(n.text() == "", row.enough) << testing::PrintToString(counts) << n.text();
+        EXPECT_EQ(V(n.run, ndatum), -5); // no conditions either way
+    }
+}
+
 TEST(Datum3D, FreesTheFixedRotationAgainWhereAzimuthsAreObserved)
 {
     Loaded n(3, 2, 2);
@@ -398,18 +615,19 @@ TEST(Datum3D, FreesTheFixedRotationAgainWhereAzimuthsAreObserved)
 TEST(Datum3D, ShortOfConstraintsPrintsThemAndGoesOn)
 {
     Loaded n(3, 1, 3);
-    n.fix(1, 0, 1);
-    n.fix(2, 0, 0);
+    n.fix(1, 0, 0);
+    n.fix(2, 2, 2);
     n.at(3).defdatum[2] = DATUM_FIXED_HEIGHT;
     V(n.run, nfixh) = 1;
-    EXPECT_EQ(n.check(), 0);
+    for (int i = 0; i < 3; i++) V(n.run, ia1)[3 + i] = 5 - i;
+    EXPECT_EQ(n.check(), 0); // 1 + 0 + 1 + 3 constraints
     EXPECT_EQ(n.text(), "datumcheck: Not enough information to define a datum\n"
-                        "\nTo define the datum, 2 x1 fixed\n"
-                        "                     1 x2 \n"
-                        "                     1 x3 \n"
-                        "                     0 Rx1 \n"
-                        "                     0 Rx2 \n"
-                        "                     0 Rx3 \n"
+                        "\nTo define the datum, 1 x1 fixed\n"
+                        "                     0 x2 \n"
+                        "                     2 x3 \n"
+                        "                     5 Rx1 \n"
+                        "                     4 Rx2 \n"
+                        "                     3 Rx3 \n"
                         "                     0 distances \n\n");
 }
 
@@ -441,6 +659,101 @@ TEST(Datum3D, WithItsFixedCoordinatesOnSeveralPointsCannotBeMixed)
     n.fix(2, 2, 2);
     EXPECT_EQ(n.check(), -22);
     EXPECT_EQ(n.net.p.imixed, -1);
+}
+
+TEST(Datum3D, IsMixedOnlyAboutAPointWhoseThreeCoordinatesAreTheOnlyFixedOnes)
+{
+    for (int axis = 0; axis < 3; axis++) { // a second fixed coordinate on one axis
+        Loaded n(3, 0, 3);
+        V(n.run, ndist) = 1;
+        n.fix(0, 0, 2);
+        n.fix(1, axis, axis);
+        EXPECT_EQ(n.check(), 0);
+        EXPECT_EQ(n.net.p.imixed, -1) << axis;
+        EXPECT_EQ(V(n.run, ndatum), -5);
+    }
+    for (int axis = 0; axis < 3; axis++) { // two of the coordinates on one point, the third on another
+        Loaded n(3, 0, 3);
+        V(n.run, ndist) = 1;
+        for (int c = 0; c < 3; c++) n.fix(c == axis ? 1 : 0, c, c);
+        EXPECT_EQ(n.check(), -22);
+        EXPECT_EQ(n.net.p.imixed, -1) << axis;
+    }
+    Loaded n(3, 0, 3); // no distance
+    n.fix(0, 0, 2);
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.net.p.imixed, -1);
+}
+
+TEST(Datum3D, IsMixedAboutTheLastFixedPoint)
+{
+    Loaded n(3, 0, 4);
+    V(n.run, ndist) = 1;
+    for (int i = 0; i < 4; i++) n.at(i).xpt[0] = i;
+    n.fix(0, 0, 2);
+    for (int c = 0; c < 3; c++) n.at(2).n0[c] = N_NONE; // fixed as well, but not counted
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.net.p.imixed, 2);
+    const double x[4] = {-2, -1, 0, 1};
+    for (int i = 0; i < 4; i++) {
+        EXPECT_EQ(n.at(i).xpt[0], x[i]);
+        EXPECT_EQ(n.at(i).x0[0], x[i]);
+        EXPECT_EQ(n.at(i).h, 0.0);
+    }
+    EXPECT_EQ(n.text(), "datumcheck: Not enough information to define a datum\n"
+                        "\nTo define the datum, 1 x1 fixed\n"
+                        "                     1 x2 \n"
+                        "                     2 x3 \n"
+                        "                     0 Rx1 \n"
+                        "                     0 Rx2 \n"
+                        "                     0 Rx3 \n"
+                        "                     1 distances \n\n"
+                        "\nOnly P0 fixed, experiment with mixed datum\n"
+                        "\nOnly P2 fixed, experiment with mixed datum\n");
+}
+
+TEST(Datum3D, IsMixedAboutTheFirstPointOfAll)
+{
+    Loaded n(3, 0, 2);
+    V(n.run, ndist) = 1;
+    n.at(0).xpt[1] = 5.0;
+    n.fix(0, 0, 2);
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.net.p.imixed, 0);
+    EXPECT_EQ(n.at(1).xpt[1], -5.0);
+}
+
+// The host may have named a point; one outside the table counts as none.
+TEST(Datum3D, TakesTheMixedPointOfTheHostWhereNoPointIsFixed)
+{
+    for (int imixed : {-7, -1, 0, 1, 2, 2000000000}) {
+        Loaded n(3, 0, 2);
+        V(n.run, ndist) = 1;
+        n.net.p.imixed = imixed;
+        n.at(0).xpt[0] = 3.0;
+        n.at(1).xpt[0] = 7.0;
+        for (int c = 0; c < 3; c++) V(n.run, ia1)[c] = 1;
+        const bool there = imixed == 0 || imixed == 1;
+        EXPECT_EQ(n.check(), there ? 0 : -22);
+        EXPECT_EQ(n.at(1).xpt[0], imixed == 0 ? 4.0 : imixed == 1 ? 0.0 : 7.0);
+        EXPECT_EQ(V(n.run, ndatum), -5);
+    }
+}
+
+TEST(Datum3D, IsFreeOnlyWhereNothingIsFixed)
+{
+    for (int item = 0; item < 5; item++) { // x1, x2, x3, Rx3, a fixed height
+        Loaded n(3, 1, 3);
+        V(n.run, nweighted) = 7;
+        int *const items[5] = {V(n.run, ia1), V(n.run, ia1) + 1, V(n.run, ia1) + 2, V(n.run, ia1) + 5,
+                               &V(n.run, nfixh)};
+        *items[item] = 1;
+        EXPECT_EQ(n.check(), 0);
+        EXPECT_EQ(V(n.run, ndatum), -5) << item;
+        *items[(item + 1) % 5] = 1; // and no item takes another one away
+        EXPECT_EQ(n.check(), 0);
+        EXPECT_EQ(V(n.run, ndatum), -5) << item;
+    }
 }
 
 TEST(Datum3D, TakesScaleAndOrientationFromBaselines)
@@ -495,6 +808,97 @@ TEST(DatumTail, LetsAPointWeightedInThePlanePassByARoughComparisonOfNames)
     V(n.run, ndifh) = 3;
     V(n.run, difh)[2].p1 = &n.at(0);
     n.at(1).defdatum[1] = DATUM_USED; // not weighted in both
+    EXPECT_EQ(n.check(), -7);
+}
+
+TEST(DatumTail, AsksAPointForTheDimensionAtMost)
+{
+    Loaded n(1, 1, 1);
+    n.at(0).n0[0] = n.at(0).n0[1] = N_UNKNOWN; // a station in one dimension keeps its codes
+    n.at(0).ntie = 1;
+    EXPECT_EQ(n.check(), 0);
+    n.at(0).ntie = 0;
+    EXPECT_EQ(n.check(), -7);
+}
+
+// A point of one free coordinate, so height difference number 1, and no observation.
+class RoughTest : public ::testing::Test {
+protected:
+    RoughTest() : n(2, 0, 4)
+    {
+        V(n.run, idebug) = 1;
+        V(n.run, ndist) = 1;
+        V(n.run, nweighted) = 4;
+        V(n.run, difh) = n.list(3); // all from P0 to P1
+        V(n.run, ndifh) = 2;
+        n.at(2).ntie = 0;
+        n.at(2).n0[0] = N_NONE;
+        n.at(2).defdatum[0] = n.at(2).defdatum[1] = DATUM_WEIGHTED;
+    }
+    void ends(int p1, int p2)
+    {
+        V(n.run, difh)[1].p1 = &n.at(p1);
+        V(n.run, difh)[1].p2 = &n.at(p2);
+    }
+    // What the check says of the point when it passes by m comparisons.
+    std::string passed(int m) const
+    {
+        return "\nWeighted network..\n\ndatumcheck: Not enough observations for P2\n"
+               "\ndatumcheck:P2 shot only in height (" +
+               std::to_string(m) + ")\n";
+    }
+    Loaded n;
+};
+
+TEST_F(RoughTest, CountsBothEndsForEveryHeightDifference)
+{
+    ends(0, 1); // the point's name is greater
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.text(), passed(4));
+}
+
+TEST_F(RoughTest, CountsTheFarEndAlone)
+{
+    ends(3, 2); // equal
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.text(), passed(2));
+}
+
+TEST_F(RoughTest, CountsTheNearEndAlone)
+{
+    ends(2, 3);
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.text(), passed(2));
+}
+
+TEST_F(RoughTest, KnowsNoHeightDifferenceBehindTheLast)
+{
+    ends(0, 1);
+    V(n.run, ndifh) = 1; // number 1 is the second
+    EXPECT_EQ(n.check(), -7);
+}
+
+TEST_F(RoughTest, TakesTheOnlyHeightDifferenceForAPointWithoutFreeCoordinates)
+{
+    V(n.run, ndifh) = 1;
+    n.at(2).n0[1] = N_NONE;
+    n.at(2).ntie = -1; // fewer observations than none: no such count comes from loading
+    EXPECT_EQ(n.check(), 0);
+    EXPECT_EQ(n.text(), passed(2));
+}
+
+TEST_F(RoughTest, WantsBothCoordinatesWeighted)
+{
+    for (int c = 0; c < 2; c++) {
+        n.at(2).defdatum[0] = n.at(2).defdatum[1] = DATUM_WEIGHTED;
+        n.at(2).defdatum[c] = DATUM_USED;
+        EXPECT_EQ(n.check(), -7);
+    }
+}
+
+TEST_F(RoughTest, IsNotMadeWithoutHeightDifferences)
+{
+    V(n.run, ndifh) = 0;
     EXPECT_EQ(n.check(), -7);
 }
 

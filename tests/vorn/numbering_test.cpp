@@ -243,6 +243,17 @@ TEST(SetPrepare, GivesTheStationsOfAGroupOneNumberForOneConstant)
     V(l.run, pproject)->ngroups = 0;
 }
 
+TEST(SetPrepare, CountsAColumnForEveryConstantOfEveryKind)
+{
+    for (int kind = 6; kind <= 8; kind++) {
+        Loaded l(3, 1, 0);
+        V(l.run, ia1)[kind] = 3;
+        (V(l.run, set_prepare)());
+        EXPECT_EQ(V(l.run, nunk2), 3 + 3) << kind;
+        EXPECT_EQ(V(l.run, nunk), 3 + 6) << kind;
+    }
+}
+
 // One orientation, so the first constant is number 1: that is also the index of the second
 // group, which takes the slot for its own.
 TEST(SetPrepare, RenumbersASlotAgainWhoseNumberIsTheIndexOfALaterGroup)

@@ -71,6 +71,24 @@ TEST_F(Counts, StandEachOnALine)
                       "number of photo coordinates pair    11\n");
 }
 
+TEST_F(Counts, AreShownFromOneOn)
+{
+    for (int *n : counts()) *n = 1;
+    EXPECT_EQ(text(), "\nSummary\n"
+                      "3D problem\n"
+                      "number of instruments                1\n"
+                      "number of points                     1\n"
+                      "number of cameras                    1\n"
+                      "number of distances                  1\n"
+                      "number of height differences         1\n"
+                      "number of horizontal directions      1\n"
+                      "number of vertical angles            1\n"
+                      "number of azimuth angles             1\n"
+                      "number of GPS baselines              1\n"
+                      "number of fixed heights              1\n"
+                      "number of photo coordinates pair     1\n");
+}
+
 TEST_F(Counts, OfNothingAreLeftOut)
 {
     for (int *n : counts()) *n = -1;
@@ -79,6 +97,9 @@ TEST_F(Counts, OfNothingAreLeftOut)
 
 TEST_F(Counts, OfDistancesSayHowTheyWereReduced)
 {
+    V(l.run, ndist) = 1;
+    V(l.run, iredux) = 3;
+    (V(l.run, summary)());
     V(l.run, ndist) = 12;
     V(l.run, iredux) = 1;
     (V(l.run, summary)());
@@ -86,6 +107,7 @@ TEST_F(Counts, OfDistancesSayHowTheyWereReduced)
     (V(l.run, summary)());
     V(l.run, iredux) = -1;
     EXPECT_EQ(text(),
+              "\nSummary\n3D problem\nnumber of distances                  1  (reduced to horizontal with code 3)\n"
               "\nSummary\n3D problem\nnumber of distances                 12\n"
               "\nSummary\n3D problem\nnumber of distances                 12  (reduced to horizontal with code 2)\n"
               "\nSummary\n3D problem\nnumber of distances                 12  (reduced to horizontal with code -1)\n");
@@ -105,6 +127,16 @@ TEST(Summary2, CountsTheUnknowns)
     EXPECT_EQ(l.net.report(), "number of coordinates unknowns   123456\n"
                               "number of nuisance parameters        7\n"
                               "number of datum parameters           4\n");
+}
+
+TEST(Summary2, ShowsCountsFromOneOn)
+{
+    Loaded l(2, 0, 0);
+    V(l.run, nunk1) = V(l.run, nunk2) = V(l.run, ndatum) = 1;
+    (V(l.run, summary2)());
+    EXPECT_EQ(l.net.report(), "number of coordinates unknowns       1\n"
+                              "number of nuisance parameters        1\n"
+                              "number of datum parameters           1\n");
 }
 
 TEST(Summary2, LeavesOutCountsBelowOne)
