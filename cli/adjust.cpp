@@ -21,19 +21,22 @@ namespace {
 struct Outputs {
     explicit Outputs(const Options &options)
     {
-        if (!options.report.empty()) report = std::make_unique<OutputFile>(options.report);
+        if (!options.report.empty())
+            report = std::make_unique<OutputFile>(options.report);
+        else
+            spool.reset(tmpfile());
         if (!options.json.empty()) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
     }
 
-    FILE *stream() { return report ? report->stream() : stdout; }
+    FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }
 
     void finish_report()
     {
         if (report)
             report->finish();
         else
-            flush_standard_output();
+            show_spool();
     }
 
     void finish_results(const Options &options, const Results &results)
@@ -43,7 +46,24 @@ struct Outputs {
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
 
+    // The report on standard output waits in a file of its own, in which the run can look up
+    // what the engine said last.
+    void show_spool()
+    {
+        char block[8192];
+        if (spool) {
+            flush_checked(spool.get(), "the report");
+            rewind(spool.get());
+            for (size_t n; (n = fread(block, 1, sizeof block, spool.get())) > 0;) fwrite(block, 1, n, stdout);
+        }
+        flush_standard_output();
+    }
+
+    struct Close {
+        void operator()(FILE *file) const { fclose(file); }
+    };
     std::unique_ptr<OutputFile> report, json;
+    std::unique_ptr<FILE, Close> spool;
 };
 
 bool same_file(const std::string &a, const std::filesystem::path &b)

@@ -1,11 +1,13 @@
 #include "runner.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 #include <cmath>
 
 #include "faults.h"
 #include "result.h"
+#include "unknowns.h"
 #include "vorn.h"
 
 namespace vornhost {
@@ -68,6 +70,14 @@ std::string last_words(const std::string &tail)
         begin = end + 1;
     }
     return printable(named.empty() ? last : named);
+}
+
+// The row that the compact solver names in its last line about a pivot; -1 when it names none.
+int failing_row(const std::string &tail)
+{
+    const size_t at = tail.rfind("*** Problem with routine c");
+    const size_t line = at == std::string::npos ? at : tail.find(" at line ", at);
+    return line == std::string::npos ? -1 : atoi(tail.c_str() + line + 9);
 }
 
 struct Sentence {
@@ -158,6 +168,7 @@ private:
     void set_up();
     void adjust(bool solving);
     void stop(Stage stage, int code);
+    void name_unknown(const vorn &engine);
     std::string engine_line(Stage stage, int code) const;
 
     Model &model;
@@ -199,14 +210,28 @@ void Run::stop(Stage stage, int code)
         stage == Stage::Loading ? words_of(start_sentences, code, engine) : words_of(solver_sentences, code, engine);
 }
 
+// Which point, orientation or constant the row is that could not be eliminated.
+void Run::name_unknown(const vorn &engine)
+{
+    char name[100];
+    const int row = failing_row(report_tail(report, start));
+    if (unknown_names::row(engine, row, name, sizeof name) != 0) return;
+    outcome.words.insert(outcome.words.begin() + 1,
+                         "line " + std::to_string(row) + " is " + printable(name) + ": look there first");
+}
+
 void Run::adjust(bool solving)
 {
     vorn engine(&model.p);
     int code = engine.vornstart();
     if (code != 0) return stop(Stage::Loading, code);
     if (solving) code = solve(engine, model.solver);
-    if (code != 0) return stop(Stage::Solving, code);
-    outcome.reached = Stage::Done;
+    if (code == 0) {
+        outcome.reached = Stage::Done;
+        return;
+    }
+    stop(Stage::Solving, code);
+    name_unknown(engine);
 }
 
 RunOutcome Run::go(bool solving)

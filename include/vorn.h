@@ -77,7 +77,8 @@ public:
     int vornL1();
 
 private:
-    friend struct vorn_access; // white-box tests
+    friend struct vorn_access;   // white-box tests
+    friend struct unknown_names; // include/unknowns.h
 
     // loading
     int fill_vorn();

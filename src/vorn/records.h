@@ -77,6 +77,8 @@ struct camera {
     int ipar[10];   // -1 fixed, otherwise number among the nuisance unknowns
 };
 
+enum { LUMP_PARAMETERS = 7 }; // translation, rotation, scale of one epoch
+
 // A lump; arrays have one entry for each epoch but the reference.
 struct lump {
     int id;     // index of the host

@@ -343,3 +343,15 @@ TEST(Run, EndsInWordsWithoutMemory)
         EXPECT_GT(allocated, 10);
     }
 }
+
+// E hangs on D by its distance alone: along the circle nothing holds it.
+TEST(Runner, NamesTheUnknownOfTheRowThatFails)
+{
+    Case c(
+        plane("targets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\nD 60 80 free\nE 60 90 free\n'''\n"
+              "distances = '''\nfrom to value sigma\nA D 100 0.01\nB D 100 0.01\nD E 10 0.01\nD E 10.01 0.01\n'''\n"));
+    const RunOutcome outcome = c.run();
+    EXPECT_EQ(outcome.code, -3);
+    ASSERT_EQ(outcome.words.size(), 3u);
+    EXPECT_EQ(outcome.words[1], "line 2 is x of point E: look there first");
+}
