@@ -26,6 +26,8 @@
 
 #include "solution/solution.h"
 
+struct balancing; // work arrays of the balancing, private to it
+
 enum { SIMPLEX_GROUP = 4 }; // rows are worked in whole groups of columns
 
 class simplex final : public solution {
@@ -60,14 +62,17 @@ private:
 
     // balancing
     int balance();
-    int balanced(double **adesign, double rbar);
-    int sweeps(double **adesign, double **anorm, double **ainv, double *column, int *indx, double rbar);
-    int design(double **adesign);
-    int designdir1(double **adesign);
-    int designdir2(double **adesign);
-    void normalinverse(double **adesign, double **anorm, double **ainv, double *column, int *indx);
-    double influence(const double *row, double **ainv, double pd, int all, int *list) const;
-    double sweep(double **adesign, double **ainv, double rbar, int first, int *list);
+    int takedesign(balancing *b);
+    int takenormal(balancing *b);
+    int design(double **row);
+    void designdist(double **row);
+    int designdir1(double **row);
+    int designdir2(double **row);
+    int columns(const double *row, double factor, bool all, int *list) const;
+    void invertnormal(balancing *b);
+    double influence(const balancing *b, int i) const;
+    double sweep(balancing *b, double rbar, bool first);
+    void equalize(balancing *b, double rbar);
 
     // stages
     int artificialstage(int *rows, int *cols);
