@@ -9,6 +9,7 @@
 #include "approx/approx.h"
 #include "solution/solution.h"
 #include "solvers/jordan.h"
+#include "solvers/simplex.h"
 #include "vorn.h"
 #include "vorn/records.h"
 
@@ -365,5 +366,42 @@ struct approx_access {
 };
 
 #define X(object, member) ((object).*approx_access::member)
+
+struct simplex_access {
+    static constexpr auto dropconstants = &simplex::dropconstants;
+    static constexpr auto allocate = &simplex::allocate;
+    static constexpr auto fillweights = &simplex::fillweights;
+    static constexpr auto copyrow = &simplex::copyrow;
+    static constexpr auto datumrows = &simplex::datumrows;
+    static constexpr auto balance = &simplex::balance;
+    static constexpr auto takedesign = &simplex::takedesign;
+    static constexpr auto takenormal = &simplex::takenormal;
+    static constexpr auto design = &simplex::design;
+    static constexpr auto equalize = &simplex::equalize;
+    static constexpr auto artificialstage = &simplex::artificialstage;
+    static constexpr auto removeartificial = &simplex::removeartificial;
+    static constexpr auto unknownstage = &simplex::unknownstage;
+    static constexpr auto residualstage = &simplex::residualstage;
+    static constexpr auto exchanges = &simplex::exchanges;
+    static constexpr auto decode = &simplex::decode;
+    static constexpr auto search1 = &simplex::search1;
+    static constexpr auto search2 = &simplex::search2;
+    static constexpr auto pivotrow = &simplex::pivotrow;
+    static constexpr auto exchange = &simplex::exchange;
+    static constexpr auto readout = &simplex::readout;
+    static constexpr auto unknowntable = &simplex::unknowntable;
+    static constexpr auto debugsimplex = &simplex::debugsimplex;
+    static constexpr auto gcost = &simplex::gcost;
+    static constexpr auto cost = &simplex::cost;
+    static constexpr auto inplus = &simplex::inplus;
+    static constexpr auto ibase = &simplex::ibase;
+    static constexpr auto a = &simplex::a;
+    static constexpr auto newpd = &simplex::newpd;
+    static constexpr auto nobs = &simplex::nobs;
+    static constexpr auto nplan = &simplex::nplan;
+    static constexpr auto nextra = &simplex::nextra;
+};
+
+#define L1(object, member) ((object).*simplex_access::member)
 
 #endif
