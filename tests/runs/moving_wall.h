@@ -83,8 +83,6 @@ public:
     {
         net.p.lumpmethod = 1;
         net.p.irun = 1;
-        net.p.sdist = SIGMA_LENGTH;
-        net.p.sdir1 = net.p.sdir2 = SIGMA_ANGLE;
         const double pillars[5][3] = {{0, 0, 0}, {60, -5, 1}, {85, 30, 2}, {30, 45, 4}, {-10, 25, 3}};
         for (int i = 0; i < 5; i++) pillar("P" + std::to_string(i), pillars[i]);
         for (size_t g = 0; g < groups.size(); g++)
