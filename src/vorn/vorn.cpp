@@ -118,6 +118,7 @@ int vorn::vornstart()
 
     // Methodology 9 works the lumps out after the run.
     if (nlump != 0 && pproject->lumpmethod != 9 && lumpcheck() < 0) return -2;
+    if (!lumps) nlump = 0; // points of lumps may have been counted and not split, for want of epochs
 
     if (datumcheck() != 0) {
         fflush(out);

@@ -795,4 +795,26 @@ TEST(LumpCheck, IsNotMadeWithMethodologyNine)
     EXPECT_NE(n.report().find("lumpcheck: lumps must contain at least 3 points\n"), std::string::npos);
 }
 
+TEST(LumpCheck, IsNotMissedWhenPointsOfLumpsHaveNoEpochs)
+{
+    Network n(3);
+    n.p.lumpmethod = 9;
+    n.station("S", 0, 0);
+    n.target("A", 10, 0).ilump = 4; // counted as a lump, never split
+    n.target("B", 0, 10);
+    for (target_input &t : n.targets)
+        for (int &code : t.ix) code = CODE_FIXED;
+    for (const char *name : {"A", "B"}) n.distance("S", name, 10.0, 0.001);
+    n.distance("A", "S", 10.0, 0.001);
+    n.station("F", 0, 0, 9);
+    n.distance("F", "S", 9.0, 0.001);
+    for (int &code : n.stations[1].ix) code = CODE_FIXED;
+    for (station_input &s : n.stations)
+        for (int &code : s.ir) code = CODE_FIXED;
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0) << n.report();
+    EXPECT_EQ(V(run, nlump), 0);
+    EXPECT_EQ(run.vornjordan(), 0) << n.report();
+}
+
 } // namespace
