@@ -14,6 +14,7 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "numerics/packed.h"
 #include "solvers/profile.h"
 
 const int NLUMPPAR = 7; // parameters of one lump epoch
@@ -100,15 +101,21 @@ void compact::scangps()
     }
 }
 
+// A run of image points with one station takes the camera of its first one in the rows.
 void compact::scanphoto()
 {
-    for (int i = 0; i < nobsuv; i++) {
+    int icam = -1;
+    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) {
         const measure *m = obsuv1 + i;
-        if (!m->p1 || !m->p2 || m->typ < 0 || m->typ >= ncamera) continue;
-        int number[6], second[13], nsecond = 0;
+        if (i == 0 || m->p1 != obsuv1[i - 1].p1) icam = m->typ;
+        int number[6], second[23], nsecond = 0;
         sixcoordinates(m->p1, m->p2, number);
         for (int c = 0; c < 3; c++) second[nsecond++] = m->p1->n1[c];
-        for (int c = 0; c < cameras[m->typ].npar; c++) second[nsecond++] = cameras[m->typ].ipar[c];
+        for (int k = 0; k < (icam == m->typ ? 1 : 2); k++) {
+            const int c = k == 0 ? m->typ : icam;
+            if (c < 0 || c >= ncamera) continue;
+            for (int p = 0; p < cameras[c].npar; p++) second[nsecond++] = cameras[c].ipar[p];
+        }
         lower(number, 6, second, nsecond);
     }
 }
@@ -140,24 +147,33 @@ void compact::scanextra()
             if (points[i].defdatum[2] == DATUM_FIXED_HEIGHT) lower(points[i].n0, 3, NULL, 0);
 }
 
+// Rows of lump parameters are full. When the last seven unknowns are exchanged, the rows
+// before them must reach the columns that they are exchanged with.
 void compact::scanlumps()
 {
     for (int i = 0; i < nlump; i++)
         for (int j = 0; j < lumps[i].nepoch - 1; j++)
             for (int p = 0; p < NLUMPPAR; p++) compadd[nunk1 + lumps[i].iunk[j] + p] = 0;
+    if (nlump == 0 || ndatum != 0 || nunk1 < NLUMPPAR || nunk2 < NLUMPPAR) return;
+    const size_t reached = (size_t)(nunk1 - NLUMPPAR);
+    for (int r = nunk1; r < nunk; r++)
+        if (compadd[r] > reached) compadd[r] = reached;
+    for (int r = nunk - NLUMPPAR; r < nunk; r++) compadd[r] = 0;
 }
 
+// Lowers the rows of all imported coordinates to the smallest of them.
 void compact::scanimport()
 {
     if (icon != 2 && icon != 3) return;
     int m = INT_MAX;
-    for (int p = 0; p < nimport; p++)
-        if (lcon[p] >= 0 && lcon[p] < m) m = lcon[p];
-    for (int p = 0; p < nimport; p++)
-        for (int c = 0; c < dim; c++) {
-            const int row = lcon[p] + c;
-            if (lcon[p] >= 0 && row < nunk && compadd[row] > (size_t)m) compadd[row] = (size_t)m;
-        }
+    for (int k = 0; k < nimport * dim; k++) {
+        const int number = lcon[k / dim] + k % dim;
+        if (number >= 0 && number < m) m = number;
+    }
+    for (int k = 0; k < nimport * dim; k++) {
+        const int row = lcon[k / dim] + k % dim;
+        if (row >= 0 && row < nunk1 && compadd[row] > (size_t)m) compadd[row] = (size_t)m;
+    }
 }
 
 // Turns first columns into addresses. Returns -1 when the profile, with the rows that
@@ -266,26 +282,24 @@ void compact::zeronormal()
 }
 
 // Place of the element (r, q) of a symmetric matrix in rows of its lower triangle.
-static size_t packed(int r, int q)
-{
-    const size_t high = (size_t)(r > q ? r : q), low = (size_t)(r > q ? q : r);
-    return high * (high + 1) / 2 + low;
-}
+static size_t packed(int r, int q) { return r > q ? packed_place(r, q) : packed_place(q, r); }
 
 // Adds the weight matrix of the imported points; the right-hand side takes all of its
-// entries, the matrix those of the lower triangle.
+// entries, the matrix those of the lower triangle. The last entries of lcon may be stale when
+// some imported points dropped out: a number that is no coordinate adds nothing.
 void compact::importblock()
 {
     const int n = nimport * dim;
     double t = 0.0;
-    for (int r = 0; r < n; r++) {
-        const int row = lcon[r / dim] + r % dim;
-        for (int q = 0; q < n; q++) {
+    for (int q = 0; q < n; q++) {
+        const int col = lcon[q / dim] + q % dim;
+        t = importdiff(col, t);
+        for (int r = 0; r < n; r++) {
+            const int row = lcon[r / dim] + r % dim;
+            if (row < 0 || row >= nunk1) continue;
             const double w = Qcon[packed(r, q)];
-            const int col = lcon[q / dim] + q % dim;
-            t = importdiff(col, t);
             if (col <= row) add(row, col, w);
-            if (row >= 0 && row < nunk) delta[row] += t * w;
+            delta[row] += t * w;
         }
     }
 }

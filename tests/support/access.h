@@ -8,6 +8,7 @@
 
 #include "approx/approx.h"
 #include "solution/solution.h"
+#include "solvers/compact.h"
 #include "solvers/jordan.h"
 #include "solvers/simplex.h"
 #include "vorn.h"
@@ -309,6 +310,18 @@ struct jordan_access {
 };
 
 #define J(object, member) ((object).*jordan_access::member)
+
+struct compact_access {
+    static constexpr auto compadd = &compact::compadd;
+    static constexpr auto cnorm = &compact::cnorm;
+    static constexpr auto work = &compact::work;
+    static constexpr auto element = &compact::element;
+    static constexpr auto exchange = &compact::exchange;
+    static constexpr auto exchanges = &compact::exchanges;
+    static constexpr auto addresses = &compact::addresses;
+};
+
+#define C(object, member) ((object).*compact_access::member)
 
 struct approx_access {
     static constexpr auto compute = &approx::compute;

@@ -1,0 +1,104 @@
+// Records of a network and a least-squares solver on them; every point gets consecutive
+// unknowns in the order of the points.
+//
+//   Solved<compact> r(2);
+//   r.add("A", 1, 10);
+//   r.observe(r.dist, 0, 1, 10.5, 0.01);
+//   compact &s = r.solver(1, 3);         // one station, three datum rows
+
+#ifndef TESTS_SOLVED_H
+#define TESTS_SOLVED_H
+
+#include <stdio.h>
+
+#include <memory>
+#include <vector>
+
+#include "support/bare.h"
+
+template <class Solver> class Solved : public BareRecords {
+public:
+    explicit Solved(int d) : BareRecords(d), dim(d) {}
+    ~Solved()
+    {
+        if (s) s->finish();
+    }
+
+    point &add(const char *name, double x, double y, double z = 0.0)
+    {
+        point p = point();
+        snprintf(p.name, sizeof p.name, "%-8s", name);
+        const double at[3] = {x, y, z};
+        for (int c = 0; c < 3; c++) {
+            p.xpt[c] = p.x0[c] = at[c];
+            const bool inside = dim == 3 || (dim == 1 ? c == 2 : c < 2);
+            p.n0[c] = inside ? nunk1++ : N_NONE;
+            p.defdatum[c] = DATUM_USED;
+        }
+        p.xex[4] = 1.0;
+        for (int &number : p.n1) number = N_NONE;
+        points.push_back(p);
+        return points.back();
+    }
+
+    measure &observe(std::vector<measure> &list, int from, int to, double val, double sigma)
+    {
+        measure m = measure();
+        m.p1 = &points[from];
+        m.p2 = &points[to];
+        m.val[0] = val;
+        m.val[1] = sigma;
+        list.push_back(m);
+        return list.back();
+    }
+
+    gpsbase &baseline(int from, int to, double dx, double dy, double dz)
+    {
+        gpsbase g = gpsbase();
+        g.p1 = &points[from];
+        g.p2 = &points[to];
+        g.dx[0] = dx, g.dx[1] = dy, g.dx[2] = dz;
+        g.w[0] = g.w[2] = g.w[5] = 1.0;
+        gps.push_back(g);
+        return gps.back();
+    }
+
+    // A solver on the records as they are; to be called once.
+    Solver &solver(int nsta, int ndatum)
+    {
+        solverinput in = input();
+        in.points = points.data();
+        in.nsta = nsta;
+        in.ntar = (int)points.size() - nsta;
+        wire(dist, &in.dist, &in.ndist);
+        wire(difh, &in.difh, &in.ndifh);
+        wire(dir1, &in.dir1, &in.ndir1);
+        wire(dir2, &in.dir2, &in.ndir2);
+        wire(az, &in.az, &in.naz);
+        wire(gps, &in.gps, &in.ngps);
+        wire(u, &in.obsuv1, &in.nobsuv);
+        wire(v, &in.obsuv2, &in.nobsuv);
+        wire(cameras, &in.cameras, &in.ncamera);
+        wire(lumps, &in.lumps, &in.nlump);
+        in.sdist = in.sdifh = in.sdir1 = in.sdir2 = in.saz = in.sgps = in.suv = in.sigma0 = 1.0;
+        in.nfixh = nfixh;
+        in.nunk1 = nunk1, in.nunk2 = nunk2, in.ndatum = ndatum, in.nunk = nunk1 + nunk2;
+        in.temp_res = &result;
+        s = std::make_unique<Solver>(in);
+        return *s;
+    }
+
+    std::string report() { return n.report(); }
+
+    int dim, nunk1 = 0, nunk2 = 0, nfixh = 0;
+    std::unique_ptr<Solver> s;
+
+private:
+    template <class Record> static void wire(std::vector<Record> &from, Record **list, int *count)
+    {
+        *list = from.data();
+        *count = (int)from.size();
+    }
+};
+
+#endif
