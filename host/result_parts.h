@@ -40,6 +40,10 @@ std::string bare_name(const char *field, size_t size);
 std::optional<double> element(const double *array, size_t i);
 std::optional<double> deviation(double value);
 
+// Bearing of a major axis from the first axis of its plane towards the second, 0 to pi. The
+// engine counts it from the first axis away from the second.
+double bearing(double engine);
+
 // Standard deviations along the two axes of an ellipse: the roots of the diagonal of its
 // covariance block.
 double deviation_first(const EllipseResult &e);

@@ -87,7 +87,7 @@ void fill_coordinates(const ResultSource &from, size_t i, PointResult &point)
 
 EllipseResult ellipse(const double *a, const double *b, const double *t, size_t i)
 {
-    return {element(a, i).value_or(0.0), element(b, i).value_or(0.0), element(t, i).value_or(0.0)};
+    return {element(a, i).value_or(0.0), element(b, i).value_or(0.0), bearing(element(t, i).value_or(0.0))};
 }
 
 // Standard deviation of the first coordinate of a plane whose second is held. The engine may

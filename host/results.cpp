@@ -29,6 +29,13 @@ std::optional<double> deviation(double value)
     return value;
 }
 
+double bearing(double engine)
+{
+    const double pi = 4.0 * std::atan(1.0);
+    const double turned = pi - engine;
+    return turned >= pi ? turned - pi : turned;
+}
+
 double deviation_first(const EllipseResult &e)
 {
     return std::hypot(e.a * std::cos(e.bearing), e.b * std::sin(e.bearing));
@@ -109,7 +116,7 @@ void collect_lumps(const ResultSource &from, Results &results)
     for (int i = 0; i < r.nrow; i++) results.lumps.push_back(make_lump(from, (size_t)i));
 }
 
-EllipseResult pair_ellipse(const double ell[3]) { return {ell[0], ell[1], ell[2]}; }
+EllipseResult pair_ellipse(const double ell[3]) { return {ell[0], ell[1], bearing(ell[2])}; }
 
 // The engine takes differences of less than 1e-5 m for exact in its standard deviations, but
 // not in its ellipses, so the deviations here come from the ellipses.

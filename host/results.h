@@ -17,7 +17,7 @@ namespace vornhost {
 
 struct EllipseResult {
     double a = 0, b = 0; // semi-axes, a >= b
-    double bearing = 0;  // radians
+    double bearing = 0;  // of the major axis, from the first axis of the plane towards the second, radians
 };
 
 struct PointResult {
