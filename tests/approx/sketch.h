@@ -141,7 +141,7 @@ private:
         for (int k = 0; k < 3; k++) p.n0[k] = k < n.p.dim ? N_MISSING : N_NONE;
         for (int &code : p.n1) code = N_NONE;
         points.push_back(p);
-        truth.push_back({{x, y, z}, turn});
+        truth.push_back({{x, y, n.p.dim == 3 ? z : 0.0}, turn});
     }
 
     void observe(std::vector<measure> &list, int from, int to, double val)
