@@ -94,6 +94,54 @@ TEST(FillMeasure, ScalesLengthsButNeitherAnglesNorHeightsOfInstruments)
     }
 }
 
+TEST(FillMeasure, TakesAnglesAndTheirDeviationsFromTheUnitOfTheHost)
+{
+    const double gon = PI / 200;
+    Network n(3);
+    n.p.iangle = ANGLE_GON;
+    n.p.izenith = 1;
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.direction("S", "T", 50, 0.5);
+    n.vertical("S", "T", 75, 0.25); // a zenith angle: 25 gon above the horizon
+    n.azimuth("S", "T", 350, 0.125);
+    vorn run(n.ready());
+    load(run, 1, 2);
+    for (int kind : {4, 5, 7}) ASSERT_EQ(fill(run, kind), 0);
+    EXPECT_DOUBLE_EQ(V(run, dir1)[0].val[0], 50 * gon);
+    EXPECT_DOUBLE_EQ(V(run, dir1)[0].val[1], 0.5 * gon);
+    EXPECT_DOUBLE_EQ(V(run, dir2)[0].val[0], 25 * gon);
+    EXPECT_DOUBLE_EQ(V(run, dir2)[0].val[1], 0.25 * gon);
+    EXPECT_DOUBLE_EQ(V(run, az)[0].val[0], 350 * gon);
+    EXPECT_DOUBLE_EQ(V(run, az)[0].val[1], 0.125 * gon);
+}
+
+TEST(FillMeasure, PassesOverRecordsWithTyp0)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.distance("X", "T", 5, 1).typ = 0;
+    n.distance("S", "T", 6, 1);
+    vorn run(n.ready());
+    load(run, 1, 2);
+    ASSERT_EQ(fill(run, 1), 0);
+    EXPECT_EQ(V(run, dist)[0].val[0], 6.0);
+}
+
+TEST(FillMeasure, TracesNothingWherePointsAreNotSplit)
+{
+    Network n(3);
+    n.p.idebug = 1;
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.distance("S", "T", 5, 1).time = 3;
+    vorn run(n.ready());
+    load(run, 1, 2);
+    ASSERT_EQ(fill(run, 1), 0);
+    EXPECT_EQ(n.report(), "");
+}
+
 TEST(FillMeasure, MarksADistanceThatTakesItsStationsConstants)
 {
     Network n(3);
@@ -283,6 +331,94 @@ TEST(FillMeasure, TracesRedirections)
     const std::string report = s.n.report();
     const std::string wanted = "fill_measure: 0     : R to T at 3\nchange ip2 from 3 to 4\n";
     EXPECT_EQ(report.substr(report.find("fill_measure")), wanted);
+}
+
+// Points split by the epochs 1, 2, 3 (columns 1 to 3):
+//   0, 1: S at epochs 1 and 2    2, 3: R at 2 and 3    4 to 6: T at all three
+class TwoStations {
+public:
+    TwoStations() : n(3)
+    {
+        n.station("S", 0, 0).ilump = 1;
+        n.station("R", 0, 0).ilump = 1;
+        n.target("T", 1, 0).ilump = 1;
+    }
+    int load(const char *from, const char *to, int time, int npoint = 7)
+    {
+        n.distances.clear();
+        n.distance(from, to, 1, 1).time = time;
+        vorn run(n.ready());
+        V(run, nsta) = 4;
+        V(run, npoints) = npoint;
+        V(run, ndist) = V(run, nlump) = 1;
+        int lumps[3] = {1};
+        int s[4] = {0, 1, 2, 0}, r[4] = {1, 0, 2, 3}, t[4] = {0, 1, 2, 3};
+        int *isplit[3] = {s, r, t};
+        EXPECT_EQ((V(run, vornallocate)()), 0);
+        (V(run, fill_pt)(lumps, isplit, 2, 1, 3));
+        const int result = (V(run, fill_measure)(1, isplit, 2, 1, 3));
+        if (result) return result;
+        ip1 = (int)(V(run, dist)[0].p1 - V(run, points));
+        ip2 = (int)(V(run, dist)[0].p2 - V(run, points));
+        return 0;
+    }
+    Network n;
+    int ip1 = -1, ip2 = -1;
+};
+
+TEST(FillMeasure, EndsTheSearchAtAnEpochInTheFirstColumn)
+{
+    TwoStations s;
+    ASSERT_EQ(s.load("S", "T", 1), 0);
+    EXPECT_EQ(s.ip1, 0);
+    EXPECT_EQ(s.ip2, 4); // the rows of targets are not looked at
+}
+
+TEST(FillMeasure, VisitsTheStationsInTheOrderOfTheirRows)
+{
+    TwoStations s;
+    ASSERT_EQ(s.load("R", "S", 2), 0); // the row of S comes first: 2 - 1 + 2
+    EXPECT_EQ(s.ip1, 2);
+    EXPECT_EQ(s.ip2, 3);
+    ASSERT_EQ(s.load("S", "R", 3), 0); // S has no epoch 3 and one empty column, R another: 0 - 1 + 3 - 2
+    EXPECT_EQ(s.ip1, 0);
+    EXPECT_EQ(s.ip2, 0);
+}
+
+TEST(FillMeasure, LooksAtTheFirstPointOfARecordFromAStationToItself)
+{
+    TwoStations s;
+    ASSERT_EQ(s.load("S", "S", 2), 0);
+    EXPECT_EQ(s.ip1, 1);
+    EXPECT_EQ(s.ip2, 0);
+}
+
+TEST(FillMeasure, CountsACopyOfTheFirstPointOutsideThePointsAsMissing)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.distance("S", "T", 1, 1).time = 3;
+    vorn run(n.ready());
+    load(run, 1, 2);
+    int s[4] = {0, 1, 2, 3}; // two copies of S for which there was no room
+    int *isplit[1] = {s};
+    EXPECT_EQ((V(run, fill_measure)(1, isplit, 1, 0, 3)), -1);
+}
+
+TEST(FillMeasure, RedirectsWithASingleEpoch)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.target("U", 1, 0);
+    n.distance("T", "S", 1, 1).time = 4;
+    vorn run(n.ready());
+    load(run, 1, 3);
+    int s[2] = {0, 4};
+    int *isplit[1] = {s};
+    ASSERT_EQ((V(run, fill_measure)(1, isplit, 1, 0, 1)), 0);
+    EXPECT_EQ(V(run, dist)[0].p2 - V(run, points), 1); // placed from T: 1 - 1 + 1
 }
 
 TEST(FillMeasure, VisitsEveryRowOfANameInOrder)

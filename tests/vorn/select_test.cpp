@@ -29,6 +29,21 @@ TEST(Selectm, CountsRecordsWithPositiveTyp)
     EXPECT_EQ((V(run, selectm)(7, nullptr)), 1);
 }
 
+TEST(Selectm, PassesOverTheEpochOfARecordWithTyp0)
+{
+    Network n(3);
+    n.p.lumpmethod = 9;
+    n.direction("A", "B", 1, 1).time = 5;
+    n.directions[0].typ = 0;
+    n.direction("A", "B", 1, 1).time = 6;
+    n.directions[1].typ = 1; // any typ above 0 selects
+    int table[2] = {};
+    vorn run(n.ready());
+    EXPECT_EQ((V(run, selectm)(4, table)), 1);
+    EXPECT_EQ(table[0], 6);
+    EXPECT_EQ(table[1], 0);
+}
+
 // Six directions; the third is not selected, the fourth has no epoch.
 void add_epochs(Network &n)
 {
@@ -112,6 +127,7 @@ TEST(Deselall, ClearsTheCountOfAListWithoutSelectedRecordsSilently)
 {
     Network n(3);
     n.azimuth("A", "B", 1, 1).typ = -KIND_AZIMUTH;
+    n.azimuth("A", "B", 1, 1).typ = 0;
     vorn run(n.ready());
     V(run, naz) = 3;
     (V(run, deselall)(7));
@@ -147,6 +163,19 @@ TEST(Checkm, DeselectsRecordsToUnknownOrDeselectedPoints)
                           "checkm: Must deselect distance between S and T \n"
                           "checkm: Must deselect distance between OFF and T\n"
                           "checkm: Must deselect distance between T and OFF\n");
+}
+
+TEST(Checkm, KeepsRecordsToPointsWithStatus0AndPassesOverRecordsWithTyp0)
+{
+    Network n(3);
+    n.station("S", 0, 0).status = 0;
+    n.target("T", 1, 0).status = 0;
+    n.direction("S", "T", 1, 1);
+    n.direction("X", "Y", 1, 1).typ = 0;
+    vorn run(n.ready());
+    EXPECT_EQ((V(run, checkm)(4)), 0);
+    EXPECT_EQ(n.directions[0].typ, KIND_DIRECTION);
+    EXPECT_TRUE(n.messages.lines.empty());
 }
 
 TEST(Checkm, LooksAtTheStatusOfBothPointsItFinds)
