@@ -22,12 +22,15 @@ TEST(ChkNumbers, CountsSelectedAndConnectedPoints)
     n.stations[3].ilump = 9;
     n.target("E", 0, 0).iconn = 2;
     n.target("F", 0, 0).status = -1;
+    n.target("G", 0, 0).status = 0;
+    n.targets[2].iconn = 1;
+    for (const char *name : {"H", "I", "J"}) n.target(name, 0, 0).iconn = 1;
     vorn run(n.ready());
-    int table[6], nsplitsta = 7, nsplittar = 7;
+    int table[10], nsplitsta = 7, nsplittar = 7;
     (V(run, chk_numbers)(table, &nsplitsta, &nsplittar));
     EXPECT_EQ(V(run, nsta), 3);
-    EXPECT_EQ(V(run, ntar), 1);
-    EXPECT_EQ(V(run, nexport), 1);
+    EXPECT_EQ(V(run, ntar), 4);
+    EXPECT_EQ(V(run, nexport), 4);
     EXPECT_EQ(V(run, nimport), 2);
     EXPECT_EQ(nsplitsta, 0);
     EXPECT_EQ(nsplittar, 0);
@@ -71,6 +74,7 @@ TEST(ChkNumbers, TakesAPointWithADirectionWithoutEpochOutOfItsLump)
         n.target("U", 0, 0).ilump = 2;
         n.direction("S", "T", 1, 1).time = 4;
         n.direction("R", "V", 1, 1).typ = -KIND_DIRECTION; // not selected
+        n.direction("R", "T", 1, 1).typ = 0;
         n.direction("S", "U", 1, 1);
         n.direction("S", "W", 1, 1);
         vorn run(n.ready());
@@ -219,6 +223,48 @@ TEST(FillIsplit, CountsAllTargetsWhenNoStationIsInALump)
               std::string::npos);
 }
 
+TEST(FillIsplit, SaysThatASinglePointIsAdded)
+{
+    Network n(3);
+    n.p.idebug = 1;
+    n.station("STATION-NR1", 0, 0).ilump = 1; // a name that fills its field
+    n.direction("STATION-NR1", "T", 1, 1).time = 5;
+    n.direction("STATION-NR1", "T", 1, 1).time = 6;
+    n.direction("STATION-NR1", "T", 1, 1).time = 7;
+    n.directions[2].typ = 0;
+    vorn run(n.ready());
+    Rows r(1, 3);
+    int epochs[3] = {5, 6, 7};
+    V(run, nsta) = 1;
+    (V(run, fill_isplit)(r.rows.data(), 1, 0, 3, epochs));
+    EXPECT_EQ(V(run, nsta), 2);
+    EXPECT_EQ(n.report(), "table for points dissociation\n"
+                          "STATION-NR1     5   6   0 \n"
+                          "\nDissociation of points for lumps\n"
+                          "Must add 1 theodolites\n"
+                          "\nDissociation of points for lumps\n");
+}
+
+TEST(FillIsplit, SaysThatASingleTargetIsAdded)
+{
+    Network n(3);
+    n.p.idebug = 1;
+    n.target("T", 0, 0).ilump = 1;
+    n.direction("S", "T", 1, 1).time = 5;
+    n.direction("S", "T", 1, 1).time = 6;
+    vorn run(n.ready());
+    Rows r(1, 2);
+    int epochs[2] = {5, 6};
+    V(run, ntar) = 1;
+    (V(run, fill_isplit)(r.rows.data(), 0, 1, 2, epochs));
+    EXPECT_EQ(V(run, ntar), 2);
+    EXPECT_EQ(n.report(), "table for points dissociation\n"
+                          "T     5   6 \n"
+                          "\nDissociation of points for lumps\n"
+                          "\nDissociation of points for lumps\n"
+                          "Must add 1 object points\n");
+}
+
 TEST(FillIsplit, LowersTheCountsWhenRowsAreEmpty)
 {
     Network n(3);
@@ -278,7 +324,7 @@ TEST(CleanTemplump, ReleasesTheTablesAndForgetsTheLumpsOfASplitNetwork)
         V(run, npoints) = 2;
         V(run, nlump) = 3;
         ASSERT_EQ((V(run, vornallocate)()), 0);
-        V(run, points)[1].ilump = 2;
+        V(run, points)[0].ilump = V(run, points)[1].ilump = 2;
         int *lumps = (int *)calloc(3, sizeof(int)), *times = (int *)calloc(3, sizeof(int));
         int **isplit = NULL;
         if (nepoch) {
@@ -287,7 +333,7 @@ TEST(CleanTemplump, ReleasesTheTablesAndForgetsTheLumpsOfASplitNetwork)
         }
         (V(run, clean_templump)(lumps, times, isplit, nepoch, 2)); // a leak would show in the sanitizer
         EXPECT_EQ(V(run, nlump), nepoch ? 0 : 3);
-        EXPECT_EQ(V(run, points)[1].ilump, nepoch ? 0 : 2);
+        for (int i = 0; i < 2; i++) EXPECT_EQ(V(run, points)[i].ilump, nepoch ? 0 : 2);
         (V(run, clean_templump)(nullptr, nullptr, nullptr, nepoch, 2));
     }
 }

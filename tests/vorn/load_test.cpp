@@ -205,9 +205,13 @@ TEST(FillVorn, GivesTheCodeOfImages)
     strcpy(im.station, "S");
     strcpy(im.camera, "none");
     n.images.push_back(im);
+    n.p.suv = 3;
+    n.p.sdist = 2;
+    n.distance("S", "P0      ", 1, 1);
     vorn run(n.ready());
     EXPECT_EQ((V(run, fill_vorn)()), -8);
     EXPECT_EQ(V(run, nobsuv), 4);
+    EXPECT_DOUBLE_EQ(V(run, sigma0), sqrt((2 * 4 * 9 + 4) / 9.0)); // u and v of four points, a distance
     remove(path.c_str());
 }
 
@@ -289,6 +293,40 @@ TEST(FillVorn, CountsTheGroupsThatUseEachConstant)
     for (int j = 0; j < 3; j++) EXPECT_EQ(V(run, ia1)[6 + j], 4) << j;
 }
 
+TEST(FillVorn, ReadsTheConstantsOfAGroupFromItsTyp)
+{
+    for (int typ = -1; typ < 24; typ++) {
+        Network n(3);
+        n.groups.push_back(group_input());
+        n.groups[0].typ = typ;
+        n.station("S", 0, 0);
+        n.target("T", 0, 0);
+        n.distance("S", "T", 1, 1);
+        vorn run(n.ready());
+        ASSERT_EQ((V(run, fill_vorn)()), 0);
+        const bool used[3] = {typ == 6 || typ == 13 || typ == 14 || typ == 21,
+                              typ == 7 || typ == 13 || typ == 15 || typ == 21,
+                              typ == 8 || typ == 14 || typ == 15 || typ == 21};
+        for (int j = 0; j < 3; j++) EXPECT_EQ(V(run, ia1)[6 + j], used[j]) << typ;
+    }
+}
+
+TEST(FillVorn, ReadsTheConnectedNetOnlyWhenItImports)
+{
+    for (int icon = 1; icon <= 3; icon++) {
+        Network n(1);
+        n.p.irun = 1;
+        strcpy(n.p.confile, "no such file");
+        n.station("S", 0, 0).iconn = icon & 1 ? 1 : 0;
+        n.target("T", 0, 0).iconn = icon & 2 ? 2 : 0;
+        n.heightdiff("S", "T", 1, 1);
+        vorn run(n.ready());
+        ASSERT_EQ((V(run, fill_vorn)()), 0);
+        EXPECT_EQ(said(n, "fill_vorn: Cannot open test.inp file"), icon != 1);
+        EXPECT_EQ(V(run, icon), icon == 1 ? 1 : 0);
+    }
+}
+
 // A station and two targets in a lump, seen at epochs 5 and 8 by directions.
 void add_lump(Network &n)
 {
@@ -319,6 +357,19 @@ TEST(FillVorn, SplitsThePointsOfALumpByEpoch)
     EXPECT_EQ(V(run, nlump), 0);
     EXPECT_EQ(n.p.lumpmethod, 9);
     EXPECT_EQ(n.targets[0].ilump, 3);
+}
+
+TEST(FillVorn, SplitsALumpOfOnePoint)
+{
+    Network n(2);
+    n.p.lumpmethod = 9;
+    n.station("S", 0, 0);
+    n.target("T", 1, 0).ilump = 3;
+    for (int t : {5, 8}) n.direction("S", "T", t, 1).time = t;
+    vorn run(n.ready());
+    ASSERT_EQ((V(run, fill_vorn)()), 0);
+    EXPECT_EQ(V(run, npoints), 3);
+    for (int i = 0; i < 2; i++) EXPECT_EQ(V(run, dir1)[i].p2 - V(run, points), 1 + i);
 }
 
 TEST(FillVorn, CountsEpochsUpToTheEndOfTheTable)
@@ -442,6 +493,7 @@ TEST(Verif, ExcludesHeightsAndTiltsInTwoDimensions)
     n.station("OFF", 0, 0).status = 0;
     n.target("T", 0, 0).ix[2] = CODE_WEIGHTED;
     n.target("OFF2", 0, 0).status = -1;
+    n.target("OFF3", 0, 0).status = 0;
     n.distance("S", "T", 1, 1);
     n.distance("S", "X", 1, 1);
     n.heightdiff("S", "T", 1, 1);
@@ -458,6 +510,7 @@ TEST(Verif, ExcludesHeightsAndTiltsInTwoDimensions)
         EXPECT_EQ(n.stations[1].ir[i], 1);
         EXPECT_EQ(n.targets[0].ix[i], i < 2 ? 1 : -3);
         EXPECT_EQ(n.targets[1].ix[i], 1);
+        EXPECT_EQ(n.targets[2].ix[i], 1);
     }
     EXPECT_EQ(V(run, ndist), 1);
     EXPECT_EQ(V(run, ndir1), 0);
@@ -509,6 +562,32 @@ TEST(Verif, SaysWhatIsMissingByDimension)
     }
 }
 
+TEST(Verif, StopsWhenTheOnlyHeightDifferenceIsDeselected)
+{
+    Network n(1);
+    n.station("S", 0, 0);
+    n.heightdiff("S", "X", 1, 1);
+    vorn run(n.ready());
+    V(run, ndifh) = 1;
+    EXPECT_EQ((V(run, verif)()), -1);
+    EXPECT_EQ(V(run, ndifh), 0);
+}
+
+TEST(Verif, Gives0WhereSomethingIsLeft)
+{
+    for (int dim = 1; dim <= 3; dim++) {
+        Network n(dim);
+        n.station("S", 0, 0);
+        n.target("T", 0, 0);
+        if (dim == 1) n.heightdiff("S", "T", 1, 1);
+        if (dim == 2) n.azimuth("S", "T", 1, 1);
+        if (dim == 3) n.vertical("S", "T", 1, 1);
+        vorn run(n.ready());
+        (dim == 1 ? V(run, ndifh) : dim == 2 ? V(run, naz) : V(run, ndir2)) = 1;
+        EXPECT_EQ((V(run, verif)()), 0);
+    }
+}
+
 TEST(Verif, LetsNoCountFallBelowZero)
 {
     Network n(3);
@@ -522,6 +601,17 @@ TEST(Verif, LetsNoCountFallBelowZero)
         n.distances[0].typ = n.distances[1].typ = 1;
         EXPECT_EQ((V(run, verif)()), dim == 2 ? -2 : 0);
         EXPECT_EQ(V(run, ndist), 0);
+    }
+}
+
+TEST(Vornallocate, WantsPoints)
+{
+    for (int npoint = -1; npoint <= 0; npoint++) {
+        Network n(3);
+        vorn run(n.ready());
+        V(run, npoints) = npoint;
+        EXPECT_EQ((V(run, vornallocate)()), -1);
+        EXPECT_EQ(n.report(), "\nMust have some points to adjust!!!\n");
     }
 }
 

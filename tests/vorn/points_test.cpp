@@ -190,6 +190,23 @@ TEST(FillPt, RaisesTheTypOfAGroupOnceForEachConstantInUse)
     }
 }
 
+TEST(FillPt, RaisesTheTypOfAGroupOnlyWhereTheConstantIsNotYetHeld)
+{
+    for (int j = 0; j < 3; j++)
+        for (int typ = 0; typ < 24; typ++) {
+            Network n(3);
+            n.station("S", 0, 0).typ = 2;
+            std::vector<int> all = {0};
+            add_group(n, all, j == 0 ? 1 : 4, j == 1 ? 1 : 4, j == 2 ? 1 : 4).typ = typ;
+            Filled f(n, 1, 1);
+            bool raised = false; // the typ is a sum of other constants
+            for (int use = 0; use < 8; use++)
+                if (!(use & (1 << j))) raised |= typ == (use & 1 ? 6 : 0) + (use & 2 ? 7 : 0) + (use & 4 ? 8 : 0);
+            EXPECT_EQ(n.groups[0].typ, raised ? typ + 6 + j : typ) << j;
+            EXPECT_EQ(f.at(0).n1[3 + j], 0);
+        }
+}
+
 TEST(FillPt, WeightsAConstantWithoutAnUnknown)
 {
     Network n(3);
@@ -257,15 +274,21 @@ TEST(FillPt, HoldsHeightsInMixedCoordinates)
     target_input &t = n.target("T", 0, 0);
     t.ix[0] = t.ix[2] = CODE_FIXED;
     n.target("U", 0, 0).ix[2] = CODE_FIXED;
-    Filled f(n, 1, 3);
+    target_input &w = n.target("W", 0, 0);
+    w.ix[1] = w.ix[2] = CODE_FIXED;
+    target_input &free = n.target("F", 0, 0);
+    free.ix[0] = free.ix[1] = CODE_FIXED;
+    Filled f(n, 1, 5);
     EXPECT_EQ(f.at(0).n0[0], -9);
     EXPECT_EQ(f.at(0).n0[2], -1); // though its value is to be computed
     EXPECT_EQ(f.at(0).defdatum[2], 1);
     EXPECT_EQ(f.at(1).defdatum[2], -3);
     EXPECT_EQ(f.at(2).defdatum[2], -3);
     EXPECT_EQ(f.at(2).n0[2], -1);
-    EXPECT_EQ(V(f.run, nfixh), 2);
-    EXPECT_EQ(V(f.run, ia1)[2], 3);
+    EXPECT_EQ(f.at(3).defdatum[2], -3);
+    EXPECT_EQ(f.at(4).defdatum[2], 1); // its height is free
+    EXPECT_EQ(V(f.run, nfixh), 3);
+    EXPECT_EQ(V(f.run, ia1)[2], 4);
 }
 
 TEST(FillPt, HoldsNoHeightsInOtherCoordinates)
@@ -293,6 +316,20 @@ TEST(FillPt, MarksAFixedHeightThatIsToBeComputedInOneDimension)
     EXPECT_EQ(V(f.run, ia1)[2], 1);
 }
 
+TEST(FillPt, WeightsTheLoneFixedHeightOfTheFirstStation)
+{
+    Network n(3);
+    n.p.iearth = 2;
+    station_input &s = n.station("S", 0, 0);
+    s.ix[0] = s.ix[1] = CODE_WEIGHTED;
+    s.ix[2] = CODE_FIXED;
+    Filled f(n, 1, 1);
+    EXPECT_EQ(f.at(0).defdatum[2], -1);
+    EXPECT_EQ(f.at(0).n0[2], -1); // the code of the coordinate stays
+    EXPECT_EQ(V(f.run, nfixh), 0);
+    EXPECT_EQ(V(f.run, nweighted), 2); // the two of the plane position
+}
+
 TEST(FillPt, WeightsTheLoneFixedHeightOfAStationWithWeightedPosition)
 {
     Network n(3);
@@ -314,7 +351,7 @@ TEST(FillPt, WeightsTheLoneFixedHeightOfAStationWithWeightedPosition)
 
 TEST(FillPt, KeepsFixedHeightsThatAreNotAloneOrNotOnAWeightedStation)
 {
-    for (int variant = 0; variant < 3; variant++) {
+    for (int variant = 0; variant < 4; variant++) {
         Network n(3);
         n.p.iearth = 2;
         n.station("S", 0, 0);
@@ -323,7 +360,7 @@ TEST(FillPt, KeepsFixedHeightsThatAreNotAloneOrNotOnAWeightedStation)
         n.targets[0].ix[0] = n.targets[0].ix[1] = CODE_WEIGHTED;
         if (variant != 1) n.stations[0].ix[2] = CODE_FIXED;
         if (variant <= 1) n.targets[0].ix[2] = CODE_FIXED; // two in all, or the target's alone
-        if (variant == 2) n.stations[0].ix[1] = CODE_FREE;
+        if (variant >= 2) n.stations[0].ix[variant - 2] = CODE_FREE;
         Filled f(n, 1, 2);
         EXPECT_EQ(V(f.run, nfixh), variant == 0 ? 2 : 1);
         EXPECT_EQ(n.report(), "");
@@ -514,6 +551,14 @@ TEST(Vornsearch, FindsTheFirstPointOfANameExactly)
     }
 }
 
+TEST(Vornsearch, FindsTheOnlyPoint)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    Filled f(n, 1, 1);
+    EXPECT_EQ((V(f.run, vornsearch)("S")), 0);
+}
+
 TEST(Vornsearch, FindsNothingWithoutPoints)
 {
     Network n(3);
@@ -545,6 +590,7 @@ TEST(Searchnam, LooksAtStationsFirstAndSkipsNegativeStatus)
         n.station("A", 0, 0).status = -1;
         n.station("B", 0, 0).status = 0;
         n.station("C", 0, 0);
+        n.target("F", 0, 0);
         n.target("C", 0, 0);
         n.target("A", 0, 0);
         n.target("D", 0, 0).status = -2;
@@ -553,7 +599,7 @@ TEST(Searchnam, LooksAtStationsFirstAndSkipsNegativeStatus)
         const struct {
             const char *name;
             int found;
-        } rows[] = {{"A", 4}, {"B", 1}, {"C", 2}, {"D", -1}, {"E", 6}, {"E ", -1}, {"", -1}};
+        } rows[] = {{"A", 5}, {"B", 1}, {"C", 2}, {"D", -1}, {"E", 7}, {"E ", -1}, {"F", 3}, {"", -1}};
         for (const auto &r : rows) {
             fail_allocation(failing);
             EXPECT_EQ((V(run, searchnam)(r.name)), r.found) << r.name;
