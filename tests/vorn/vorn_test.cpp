@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <math.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <new>
 
@@ -23,6 +24,15 @@ void add_plane(Network &n)
         t.ix[0] = t.ix[1] = CODE_FIXED;
         n.distance("S", names[i], hypot(x[i] - 10, y[i] - 20), 0.001);
     }
+}
+
+// What has left the buffer of the report, read behind its back.
+std::string on_disk(const Network &n)
+{
+    std::string text(1 << 16, '\0');
+    const ssize_t size = pread(fileno(n.p.out), &text[0], text.size(), 0);
+    text.resize(size > 0 ? size : 0);
+    return text;
 }
 
 TEST(VornConstructor, TurnsLatitudeIntoRadians)
@@ -113,6 +123,10 @@ TEST(VornConstructor, AllocatesNothingAndStartsEmpty)
     fail_allocation(0);
     vorn run(&n.p);
     EXPECT_EQ(allocations(), 0);
+    EXPECT_EQ(V(run, papprox), nullptr);
+    EXPECT_EQ(V(run, psimplex), nullptr);
+    EXPECT_EQ(V(run, pcompact), nullptr);
+    EXPECT_EQ(V(run, pjordan), nullptr);
     for (int count :
          {V(run, nlump), V(run, icon), V(run, nexport), V(run, nimport), V(run, iapprox), V(run, nsta), V(run, ntar),
           V(run, npoints), V(run, ndist), V(run, ndifh), V(run, ndir1), V(run, ndir2), V(run, nweighted), V(run, nfixh),
@@ -245,26 +259,155 @@ TEST(Solvers, KeepNoStatisticsForAbsoluteValues)
     EXPECT_EQ(V(run, temp_res), nullptr);
 }
 
+// The plane station with its orientation held: two unknowns, three distances.
+void add_determined(Network &n)
+{
+    add_plane(n);
+    n.stations[0].ir[2] = CODE_FIXED;
+}
+
+TEST(Solvers, InvertByTheRulesOfTheirEntry)
+{
+    for (int irun : {-2, -1, 0, 1, 2}) {
+        Network n(2), m(2);
+        for (Network *net : {&n, &m}) {
+            add_determined(*net);
+            net->p.irun = irun;
+        }
+        vorn compacted(n.ready()), jordaned(m.ready());
+        ASSERT_EQ(compacted.vornstart(), 0);
+        ASSERT_EQ(jordaned.vornstart(), 0);
+        EXPECT_EQ(compacted.vornL2(), 0) << irun;
+        EXPECT_EQ(jordaned.vornjordan(), 0) << irun;
+        const auto inverted = [](const Network &net) {
+            int count = 0;
+            for (const auto &line : net.messages.lines) count += line == "Start inversion...";
+            return count;
+        };
+        EXPECT_EQ(inverted(n), irun != 0) << irun;
+        EXPECT_EQ(inverted(m), irun == 1 || irun == -2) << irun;
+        EXPECT_EQ(on_disk(n), n.report());
+        EXPECT_EQ(on_disk(m), m.report());
+    }
+}
+
+TEST(Solvers, DoNotInvertWhatCouldNotBeSolved)
+{
+    Network n(2), m(2);
+    for (Network *net : {&n, &m}) {
+        add_determined(*net);
+        net->stations[0].x[0] += 5.0; // one step is not enough
+        net->p.itmax = 1;
+        net->p.irun = 1;
+    }
+    vorn compacted(n.ready()), jordaned(m.ready());
+    ASSERT_EQ(compacted.vornstart(), 0);
+    ASSERT_EQ(jordaned.vornstart(), 0);
+    EXPECT_EQ(compacted.vornL2(), -4);
+    EXPECT_EQ(jordaned.vornjordan(), -4);
+    for (Network *net : {&n, &m}) {
+        for (const auto &line : net->messages.lines) EXPECT_NE(line, "Start inversion...");
+        EXPECT_EQ(on_disk(*net), net->report());
+    }
+}
+
+TEST(Vornstart, SendsTheSummaryOnItsWay)
+{
+    Network n(2);
+    add_determined(n);
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    EXPECT_TRUE(holds(on_disk(n), "number of distances                  3\n"));
+}
+
+TEST(Vornstart, SendsTheReasonOfAFailureOnItsWay)
+{
+    Network n(2); // one fixed target and nothing more
+    n.station("S", 10, 20);
+    n.target("A", 100, 0).ix[0] = CODE_FIXED;
+    n.targets[0].ix[1] = CODE_FIXED;
+    n.distance("S", "A", 92, 1);
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -3);
+    EXPECT_TRUE(holds(on_disk(n), "datumcheck: Not enough information to define a datum\n"));
+
+    Network m(2);
+    vorn empty(m.ready());
+    EXPECT_EQ(empty.vornstart(), -1);
+    EXPECT_EQ(on_disk(m), "fill_vorn: Stop in verif\n");
+}
+
+// A made-up address; nothing reads what stands there.
+template <class Record> Record *address(int i) { return reinterpret_cast<Record *>((size_t)i * 64); }
+
 TEST(Handover, PassesTheWholeNetworkToTheSolver)
 {
     Network n(2);
-    add_plane(n);
     vorn run(n.ready());
-    ASSERT_EQ(run.vornstart(), 0);
+    point *points = V(run, points) = address<point>(1);
+    measure **const lists[] = {&V(run, dist), &V(run, difh),   &V(run, dir1),  &V(run, dir2),
+                               &V(run, az),   &V(run, obsuv1), &V(run, obsuv2)};
+    for (int i = 0; i < 7; i++) *lists[i] = address<measure>(2 + i);
+    int *const counts[] = {&V(run, nsta),     &V(run, ntar),   &V(run, ndist), &V(run, ndifh),  &V(run, ndir1),
+                           &V(run, ndir2),    &V(run, iredux), &V(run, nfixh), &V(run, nunk1),  &V(run, nunk2),
+                           &V(run, ndatum),   &V(run, nunk),   &V(run, nlump), &V(run, icon),   &V(run, nexport),
+                           &V(run, nimport),  &V(run, naz),    &V(run, ngps),  &V(run, nobsuv), &V(run, ncamera),
+                           &V(run, nweighted)};
+    for (int i = 0; i < 21; i++) *counts[i] = 100 + i;
+    double *const sigmas[] = {&V(run, sdist), &V(run, sdifh), &V(run, sdir1),  &V(run, sdir2),
+                              &V(run, saz),   &V(run, sgps),  &V(run, sigma0), &V(run, suv)};
+    for (int i = 0; i < 8; i++) *sigmas[i] = 0.5 + i;
+    V(run, lumps) = address<lump>(11);
+    V(run, lcon) = address<int>(12);
+    V(run, Qcon) = address<double>(13);
+    V(run, gps) = address<gpsbase>(14);
+    V(run, cameras) = address<camera>(15);
+    V(run, temp_res) = address<tempresult>(16);
     solverinput in;
     (V(run, handover)(&in));
+
     EXPECT_EQ(in.pproject, &n.p);
-    EXPECT_EQ(in.points, V(run, points));
-    EXPECT_EQ(in.dist, V(run, dist));
-    EXPECT_EQ(in.nsta, 1);
-    EXPECT_EQ(in.ntar, 3);
-    EXPECT_EQ(in.ndist, 3);
-    EXPECT_EQ(in.ndifh + in.ndir1 + in.ndir2 + in.naz + in.ngps + in.nobsuv + in.ncamera, 0);
-    EXPECT_EQ(in.ia1, V(run, ia1));
+    EXPECT_EQ(in.points, points);
+    const measure *const inlists[] = {in.dist, in.difh, in.dir1, in.dir2, in.az, in.obsuv1, in.obsuv2};
+    for (int i = 0; i < 7; i++) EXPECT_EQ(inlists[i], address<measure>(2 + i)) << i;
+    const int incounts[] = {in.nsta,    in.ntar,    in.ndist, in.ndifh,  in.ndir1,  in.ndir2,   in.iredux,
+                            in.nfixh,   in.nunk1,   in.nunk2, in.ndatum, in.nunk,   in.nlump,   in.icon,
+                            in.nexport, in.nimport, in.naz,   in.ngps,   in.nobsuv, in.ncamera, in.nweighted};
+    for (int i = 0; i < 21; i++) EXPECT_EQ(incounts[i], 100 + i) << i;
+    const double insigmas[] = {in.sdist, in.sdifh, in.sdir1, in.sdir2, in.saz, in.sgps, in.sigma0, in.suv};
+    for (int i = 0; i < 8; i++) EXPECT_EQ(insigmas[i], 0.5 + i) << i;
+    EXPECT_EQ(in.ia1, V(run, ia1)); // the arrays themselves
     EXPECT_EQ(in.datum, V(run, datum));
-    EXPECT_EQ(in.sigma0, V(run, sigma0));
-    EXPECT_EQ(in.nunk, V(run, nunk));
-    EXPECT_EQ(in.temp_res, nullptr);
+    EXPECT_EQ(in.lumps, address<lump>(11));
+    EXPECT_EQ(in.lcon, address<int>(12));
+    EXPECT_EQ(in.Qcon, address<double>(13));
+    EXPECT_EQ(in.gps, address<gpsbase>(14));
+    EXPECT_EQ(in.cameras, address<camera>(15));
+    EXPECT_EQ(in.temp_res, address<tempresult>(16));
+
+    for (int *count : counts) *count = 0; // nothing stands there when the run ends
+    for (measure **list : lists) *list = nullptr;
+    V(run, points) = nullptr;
+    V(run, lumps) = nullptr;
+    V(run, lcon) = nullptr;
+    V(run, Qcon) = nullptr;
+    V(run, gps) = nullptr;
+    V(run, cameras) = nullptr;
+    V(run, temp_res) = nullptr;
+}
+
+TEST(VornDestructor, SaysThatTheResultsCouldNotBeHandedOver)
+{
+    Network n(2);
+    add_determined(n);
+    {
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        fail_allocation(1);
+    } // the arrays are released all the same: a leak would show in the sanitizer
+    fail_allocation(0);
+    EXPECT_EQ(n.messages.lines.back(), "backtoproject failed");
+    EXPECT_EQ(n.p.runresults, nullptr);
 }
 
 TEST(VornDestructor, ReleasesTheConnectedNetAndClosesAFailedRun)
