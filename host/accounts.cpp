@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "faults.h"
+#include "image_account.h"
 #include "names.h"
 
 namespace vornhost {
@@ -52,12 +53,12 @@ public:
     std::string of(int kind, const measure_input &m) const;
     std::string of(int kind, const gps_input &g) const;
     std::string of(int kind, const image_input &i) const;
+    std::string of_point(const char *name) const; // empty: nothing is wrong with the point
 
 private:
     struct Spot {
         bool station, used;
     };
-    std::string of_point(const char *name) const; // empty: nothing is wrong with the point
     const Model &model;
     std::unordered_map<std::string, Spot> points;
 };
@@ -159,6 +160,8 @@ std::vector<Account> AccountKeeper::close(const Model &after) const
     for (int kind = 0; kind < measure_kinds; kind++) add(kind, measures(after, kind));
     add(BASELINES, after.baselines);
     add(IMAGES, after.images);
+    if (after.images.size() > 0)
+        accounts.push_back(account_of_image_points(after, [&](const char *name) { return reasons.of_point(name); }));
     return accounts;
 }
 

@@ -165,10 +165,43 @@ TEST(Accounts, SayWhyAnImageWasLeftOut)
     for (int i = 1; i < 5; i++) model.images.records[(size_t)i].status = -1;
     Lines lines = account_lines(keeper.close(model));
     for (std::string &line : lines) folder.shorten(line);
-    EXPECT_EQ(lines, Lines({"images: read 5 = used 1 + left out 4",
-                            "  net.inp:2: S to ON: its file has fewer than 4 known points",
-                            "  net.inp:3: T to ON: point T is off", "  net.inp:4: S to OFF: camera OFF is off",
-                            "  net.inp:5: S to ON: its file none cannot be read"}));
+    EXPECT_EQ(
+        lines,
+        Lines({"images: read 5 = used 1 + left out 4", "  net.inp:2: S to ON: its file has fewer than 4 known points",
+               "  net.inp:3: T to ON: point T is off", "  net.inp:4: S to OFF: camera OFF is off",
+               "  net.inp:5: S to ON: its file none cannot be read", "image points: read 1 = used 0 + left out 1",
+               "  short.txt:1: S to A 1 2: point A 1 2 is unknown"}));
+}
+
+TEST(Accounts, NameTheLinesOfImageFilesThatAreLeftOut)
+{
+    Folder folder;
+    folder.write("img.txt", "A        1 2\n\nB        1 2 0.3 0.3\nZ        1 2\nC        one two\nD        1\n"
+                            "A        1 2" +
+                                std::string(90, ' ') + "E\nOFF      3 4");
+    Model model;
+    model.path = "net.inp";
+    model.files = {"net.inp"};
+    for (const char *name : {"A", "B", "C", "D", "OFF"}) {
+        target_input t = target_input();
+        t.status = strcmp(name, "OFF") == 0 ? STATUS_OFF : STATUS_ON;
+        pad_name(t.name, name);
+        model.targets.add(t, {});
+    }
+    image_input image = image_input();
+    image.status = 1;
+    pad_name(image.station, "S");
+    pad_name(image.camera, "CAM");
+    folder.file("img.txt").copy(image.file, sizeof image.file - 1);
+    model.images.add(image, {0, 1, 1});
+    Lines lines = account_lines(AccountKeeper(model).close(model));
+    for (std::string &line : lines) folder.shorten(line);
+    EXPECT_EQ(lines, Lines({"images: read 1 = used 1 + left out 0", "image points: read 8 = used 3 + left out 5",
+                            "  img.txt:4: S to Z: point Z is unknown",
+                            "  img.txt:5: S to C: two numbers are missing behind the name",
+                            "  img.txt:6: S to D: two numbers are missing behind the name",
+                            "  img.txt:7: S to : the line is longer than 89 bytes",
+                            "  img.txt:8: S to OFF: point OFF is off"}));
 }
 
 TEST(Accounts, LeaveOutKindsThatTheFileDoesNotHave)
