@@ -17,10 +17,10 @@
 #include "numerics/ludcmp.h"
 #include "numerics/memory.h"
 
-static const double SHORTEST = 1.0e-07;     // of a sight, as the rows of the adjustment test it
-static const double NO_INFLUENCE = 1.0e-07; // a smaller influence counts as 0
-static const double BALANCED = 0.05;        // largest distance of a redundancy from the mean one
-static const int MOST_SWEEPS = 10;          // behind the first; one more may run
+static const double SHORTEST = 1.0e-07;   // of a sight, as the rows of the adjustment test it
+static const double NEGLIGIBLE = 1.0e-07; // a smaller influence or redundancy is rounding and counts as 0
+static const double BALANCED = 0.05;      // largest distance of a redundancy from the mean one
+static const int MOST_SWEEPS = 10;        // behind the first; one more may run
 
 // A matrix by rows in one block.
 struct rowblock {
@@ -214,7 +214,8 @@ double simplex::influence(const balancing *b, int i) const
     return newpd[i] * sum;
 }
 
-// New weights from the inverse of the present ones; the first sweep prints the redundancies.
+// New weights from the inverse of the present ones, but for observations without redundancy or
+// without influence, which keep theirs; the first sweep prints the redundancies.
 // Returns the largest distance of a redundancy from rbar; 0 and 1 take no part.
 double simplex::sweep(balancing *b, double rbar, bool first)
 {
@@ -222,9 +223,9 @@ double simplex::sweep(balancing *b, double rbar, bool first)
     invertnormal(b);
     for (int i = 0; i < nobs; i++) {
         double h = influence(b, i);
-        if (h > 1.0)
+        if (h > 1.0 - NEGLIGIBLE)
             h = 1.0;
-        else if (h <= NO_INFLUENCE)
+        else if (h <= NEGLIGIBLE)
             h = 0.0;
         else
             newpd[i] = (1.0 - h) * newpd[i] * nunk / h / (nobs - nunk);
@@ -248,7 +249,7 @@ void simplex::equalize(balancing *b, double rbar)
     for (int i = 0; i < nobs; i++) {
         double h = influence(b, i);
         if (h > 1.0) h = 1.0;
-        if (h < NO_INFLUENCE) h = 0.0;
+        if (h < NEGLIGIBLE) h = 0.0;
         fprintf(out, " r[%3d] = %10.6lf   newpd = %16.6lf   oldpd = %16.6lf\n", i, 1.0 - h, newpd[i], rhs[i]);
     }
 }

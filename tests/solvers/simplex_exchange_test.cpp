@@ -423,7 +423,7 @@ void expect_same_programme(simplex &s, int rows, int cols, const std::vector<std
 // Exchange by exchange through a network without a datum of its own.
 void follow(int dim, unsigned seed)
 {
-    RandomNetwork network(dim, 3, 5, 3, seed, 1.0, 0.01);
+    RandomNetwork network(dim, dim == 1 ? 0 : 3, 8, 3, seed, 1.0, 0.01);
     vorn run(network.net.ready());
     ASSERT_EQ(run.vornstart(), 0);
     solverinput in;

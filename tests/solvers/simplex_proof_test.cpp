@@ -141,7 +141,7 @@ private:
 struct Case {
     int dim, nsta, ntar;
 };
-const Case cases[] = {{1, 3, 6}, {2, 4, 4}, {3, 3, 5}};
+const Case cases[] = {{1, 0, 9}, {2, 4, 4}, {3, 3, 5}};
 
 // Relative: rounding of a hundred exchange steps, cleaned at 1e-10 of coefficients.
 const long double NEAR = 1.0e-9L;

@@ -15,7 +15,7 @@
 #include "support/network.h"
 
 struct RandomNetwork {
-    // Dimension 1: heights; 2: plane, stations with distances and directions; 3: space, with
+    // Dimension 1: heights, without stations; 2: plane, stations with distances and directions; 3: space, with
     // vertical angles as well. fixed: how many points (the last targets) are held.
     RandomNetwork(int dim, int nsta, int ntar, int fixed, unsigned seed, double noise, double offset)
         : net(dim), random(seed), level(noise), away(offset)

@@ -1,0 +1,300 @@
+#include <gtest/gtest.h>
+#include <math.h>
+
+#include "support/dense.h"
+#include "support/faults.h"
+#include "support/random_network.h"
+#include "support/simplex_hand.h"
+
+namespace {
+
+bool holds(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+// B observed from the fixed A with the given deviations.
+struct TwoHeights {
+    explicit TwoHeights(std::vector<double> sigmas) : h(1)
+    {
+        h.add("A", 0, 0, 0).n0[2] = N_NONE;
+        h.add("B", 0, 0, 1).n0[2] = 0;
+        h.nunk1 = 1;
+        for (const double sigma : sigmas) h.observe(h.difh, 0, 1, 1.0, sigma);
+        h.n.messages.answer = 1;
+    }
+    Hand h;
+};
+
+} // namespace
+
+TEST(Balance, LeavesObservationsThatAreBalancedAlready)
+{
+    TwoHeights t({0.5, 0.5});
+    simplex &s = t.h.solver();
+    EXPECT_EQ(s.prepare(), 0);
+    EXPECT_EQ(t.h.n.report(), "first r[  0] =   0.500000  original pd =        2.000000\n"
+                              "first r[  1] =   0.500000  original pd =        2.000000\n"
+                              "After 0 iterations:\n"
+                              " r[  0] =   0.500000   newpd =         2.000000   oldpd =         2.000000\n"
+                              " r[  1] =   0.500000   newpd =         2.000000   oldpd =         2.000000\n");
+    EXPECT_EQ(L1(s, nobs), 0);
+}
+
+// Weights 2 and 1: influences 2/3 and 1/3, new weights 1/3 * 2 / (2/3) = 1 and 2/3 / (1/3) = 2. Every
+// sweep exchanges them, so that all eleven run; the last redundancies are those of the last
+// inverse, 1/3, with the weights that came out of it.
+TEST(Balance, EndsAfterElevenFurtherSweeps)
+{
+    TwoHeights t({0.5, 1.0});
+    EXPECT_EQ(t.h.solver().prepare(), 0);
+    EXPECT_EQ(t.h.n.report(), "first r[  0] =   0.333333  original pd =        2.000000\n"
+                              "first r[  1] =   0.666667  original pd =        1.000000\n"
+                              "After 11 iterations:\n"
+                              " r[  0] =   0.333333   newpd =         2.000000   oldpd =         2.000000\n"
+                              " r[  1] =   0.666667   newpd =         1.000000   oldpd =         1.000000\n");
+}
+
+// C hangs on a single observation: influence 1, weight 4 as before, and no say in the balance.
+TEST(Balance, KeepsTheWeightOfAnObservationWithoutRedundancy)
+{
+    TwoHeights t({0.5, 0.5, 0.5, 0.5});
+    t.h.add("C", 0, 0, 2).n0[2] = 1;
+    t.h.nunk1 = 2;
+    t.h.observe(t.h.difh, 0, 2, 2.0, 0.25);
+    EXPECT_EQ(t.h.solver().prepare(), 0);
+    // rbar = 1 - 2 / 5; the others are at 3/4, whatever common weight they get
+    EXPECT_TRUE(holds(t.h.n.report(), "first r[  4] =   0.000000  original pd =        4.000000\nAfter 11"));
+    EXPECT_TRUE(holds(t.h.n.report(), " r[  4] =   0.000000   newpd =         4.000000   oldpd =         4.000000\n"));
+}
+
+// An observation of no unknown has no influence: its redundancy is 1, and it takes no part.
+TEST(Balance, KeepsTheWeightOfAnObservationWithoutInfluence)
+{
+    TwoHeights t({0.5, 0.5});
+    t.h.observe(t.h.difh, 0, 0, 0.0, 0.25);
+    EXPECT_EQ(t.h.solver().prepare(), 0);
+    EXPECT_TRUE(holds(t.h.n.report(), "first r[  2] =   1.000000  original pd =        4.000000\n"));
+    EXPECT_TRUE(holds(t.h.n.report(), " r[  2] =   1.000000   newpd =         4.000000   oldpd =         4.000000\n"));
+}
+
+// The mean redundancy counts fixed heights and conditions: 1 - 1/4 here, which none has.
+TEST(Balance, CountsFixedHeightsInTheMeanRedundancyOnly)
+{
+    TwoHeights t({0.5, 0.5});
+    t.h.nfixh = 2;
+    simplex &s = t.h.solver();
+    EXPECT_EQ(s.prepare(), 0);
+    EXPECT_TRUE(holds(t.h.n.report(), "After 11 iterations:\n r[  0]"));
+    EXPECT_FALSE(holds(t.h.n.report(), "r[  2]"));
+    EXPECT_EQ(L1(s, newpd)[2], 1.0e8);
+}
+
+// A free loop: the heights are not determined, and the sweeps go on with what stands.
+TEST(Balance, GoesOnWithASingularMatrix)
+{
+    Hand h(1);
+    h.add("A", 0, 0, 0);
+    h.add("B", 0, 0, 1);
+    for (int i = 0; i < 3; i++) h.observe(h.difh, 0, 1, 1.0, 1.0);
+    h.n.messages.answer = 1;
+    EXPECT_EQ(h.solver(0, 1).prepare(), 0);
+    EXPECT_EQ(h.n.report().rfind("In ludcmp: null pivot\nfirst r[  0] = ", 0), 0u);
+    EXPECT_TRUE(holds(h.n.report(), "After "));
+
+    Hand unseen(1);
+    unseen.add("A", 0, 0, 0);
+    unseen.add("B", 0, 0, 1);
+    unseen.add("C", 0, 0, 1);
+    for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 0, 1, 1.0, 1.0);
+    unseen.n.messages.answer = 1;
+    EXPECT_EQ(unseen.solver(0, 1).prepare(), 0);
+    EXPECT_EQ(unseen.n.report().rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
+}
+
+// As many observations as unknowns: a division by zero, but only of doubles.
+TEST(Balance, StandsANetworkWithoutRedundancy)
+{
+    for (const double sigma : {0.5, 0.3, 0.7, 0.11, 0.13}) { // with rounding on either side of 1
+        TwoHeights t({sigma});
+        t.h.add("C", 0, 0, 2).n0[2] = 1;
+        t.h.nunk1 = 2;
+        t.h.observe(t.h.difh, 1, 2, 2.0, 0.9);
+        simplex &s = t.h.solver();
+        EXPECT_EQ(s.prepare(), 0);
+        EXPECT_TRUE(holds(t.h.n.report(), "After 0 iterations:\n r[  0] =   0.000000   newpd = "));
+        EXPECT_EQ(L1(s, newpd)[0], 1.0 / sigma);
+    }
+    TwoHeights none({});
+    EXPECT_EQ(none.h.solver().prepare(), 0);
+    EXPECT_EQ(none.h.n.report(), "In ludcmp: singular matrix\nAfter 0 iterations:\n");
+}
+
+TEST(Balance, ChangesTheCostsAndNotTheRows)
+{
+    std::vector<double> rows[2], costs[2];
+    for (const int answer : {0, 1}) {
+        RandomNetwork network(2, 3, 4, 3, 5, 1.0, 0.01);
+        network.net.messages.answer = 0;
+        vorn run(network.net.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        network.net.messages.answer = answer;
+        solverinput in;
+        V(run, handover)(&in);
+        simplex s(in);
+        ASSERT_EQ(s.prepare(), 0);
+        S(s, normal)();
+        for (int i = 0; i < L1(s, nobs); i++) {
+            rows[answer].insert(rows[answer].end(), L1(s, a)[i], L1(s, a)[i] + S(s, nunk));
+            rows[answer].push_back(S(s, delta)[i]);
+            costs[answer].push_back(L1(s, newpd)[i]);
+            EXPECT_EQ(S(s, rhs)[i], costs[0][(size_t)i]);
+        }
+    }
+    EXPECT_EQ(rows[0], rows[1]);
+    EXPECT_NE(costs[0], costs[1]);
+}
+
+namespace {
+
+// The row of each observation as the adjustment builds it, divided by its weight.
+class Design final : public solution {
+public:
+    Design(const solverinput &in, std::vector<double> weights) : solution(in), w(std::move(weights)) {}
+    void finish() override {}
+    void banner() override {}
+    void debugnormal() override {}
+    int prepare() override { return 0; }
+    void zeronormal() override {}
+    int resolution() override { return 0; }
+    void buildgps(int, const int[6], const double[3]) override {}
+    int inverse() override { return 0; }
+    void addrow(int n1, int n2, double) override
+    {
+        std::vector<long double> row((size_t)nunk, 0.0L);
+        const double weight = w[rows.size()];
+        for (int k = 1; k <= n1; k++) row[(size_t)ia1[k]] = a1[k] / weight;
+        for (int k = 1; k <= n2; k++) row[(size_t)(nunk1 + ia2[k])] = a2[k] / weight;
+        rows.push_back(row);
+    }
+    // 1 - p a inverse(A'PA) a' of every row
+    std::vector<double> redundancies()
+    {
+        const int n = nunk;
+        std::vector<long double> normal_matrix((size_t)n * n, 0.0L);
+        for (size_t i = 0; i < rows.size(); i++)
+            for (int j = 0; j < n; j++)
+                for (int k = 0; k < n; k++)
+                    normal_matrix[(size_t)(j * n + k)] += w[i] * rows[i][(size_t)j] * rows[i][(size_t)k];
+        const std::vector<long double> q = dense_inverse(normal_matrix, n);
+        std::vector<double> all;
+        for (size_t i = 0; i < rows.size(); i++) {
+            long double h = 0.0L;
+            for (int j = 0; j < n; j++)
+                for (int k = 0; k < n; k++)
+                    h += w[i] * rows[i][(size_t)j] * q[(size_t)(j * n + k)] * rows[i][(size_t)k];
+            all.push_back((double)(1.0L - h));
+        }
+        return all;
+    }
+    std::vector<double> w;
+    std::vector<std::vector<long double>> rows;
+};
+
+} // namespace
+
+TEST(Balance, StartsFromTheRedundanciesOfTheAdjustment)
+{
+    for (const int dim : {1, 2, 3}) {
+        RandomNetwork network(dim, dim == 1 ? 0 : 3, 5, 3, 4, 1.0, 0.01);
+        vorn run(network.net.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        const size_t start = network.net.report().size();
+        network.net.messages.answer = 1;
+        solverinput in;
+        V(run, handover)(&in);
+        simplex s(in);
+        ASSERT_EQ(s.prepare(), 0);
+        Design design(in, std::vector<double>(S(s, rhs), S(s, rhs) + L1(s, nplan)));
+        S(design, normal)();
+        const std::vector<double> r = design.redundancies();
+        std::string wanted;
+        char line[80];
+        for (int i = 0; i < L1(s, nplan); i++) {
+            snprintf(line, sizeof line, "first r[%3d] = %10.6lf  original pd = %15.6lf\n", i, r[(size_t)i],
+                     S(s, rhs)[i]);
+            wanted += line;
+        }
+        EXPECT_EQ(network.net.report().substr(start, wanted.size()), wanted) << dim;
+    }
+}
+
+// ---- failures ----
+
+namespace {
+
+// A station and a target straight above it, with one direction and one vertical angle.
+Hand &plumb(Hand &h)
+{
+    h.add("S", 0, 0, 0);
+    h.add("T", 100, 0, 10);
+    h.add("U", 0, 0, 10);
+    h.n.messages.answer = 1;
+    return h;
+}
+
+} // namespace
+
+TEST(Balance, EndsAtASightWithoutDirection)
+{
+    Hand h(3);
+    plumb(h);
+    h.observe(h.dir1, 0, 1, 0.0, 0.001);
+    h.observe(h.dir1, 0, 2, 0.0, 0.001);
+    EXPECT_EQ(h.solver(1).iterate(), -2);
+    EXPECT_TRUE(holds(h.n.report(), "\nProblem with horizontal direction 1\n\nProgram stops in prepare\n"));
+
+    Hand v(3);
+    plumb(v);
+    v.observe(v.dir2, 0, 2, 0.0, 0.001);
+    EXPECT_EQ(v.solver(1).iterate(), -2);
+    EXPECT_TRUE(holds(v.n.report(), "\nProblem with vertical direction 0\n\nProgram stops in prepare\n"));
+}
+
+// Without balancing the list ends early in the row pass, and the stages do not start.
+TEST(Balance, LeavesASightWithoutDirectionToTheRowPassOtherwise)
+{
+    Hand h(3);
+    plumb(h).n.messages.answer = 0;
+    h.observe(h.dir1, 0, 1, 0.0, 0.001);
+    h.observe(h.dir1, 0, 2, 0.0, 0.001);
+    EXPECT_EQ(h.solver(1).iterate(), -3);
+    EXPECT_TRUE(holds(h.n.report(), "\nProblem with horizontal direction 1\n"
+                                    "resolution: 1 rows came for 2 observations and fixed heights\n"
+                                    "\nProgram stops in resolution\n"));
+}
+
+TEST(Balance, FailsWithoutMemory)
+{
+    const char *const words[] = {"pb with adesign\n",
+                                 "pb with adesign when i=0\n",
+                                 "pb with anorm..\n",
+                                 "pb with anorm..\n",
+                                 "pb with anorm..\n",
+                                 "pb with anorm..\n",
+                                 "pb with anorm..\n",
+                                 "pb with anorm or ainv when i=0\n",
+                                 "pb with anorm or ainv when i=0\n"};
+    for (int fail = 0; fail < 9; fail++) {
+        TwoHeights t({0.5, 0.5});
+        simplex &s = t.h.solver();
+        fail_allocation(9 + fail); // eight arrays stand before
+        EXPECT_EQ(s.prepare(), -1) << fail;
+        fail_allocation(0);
+        EXPECT_EQ(t.h.n.report(), words[fail]);
+        s.finish();
+    }
+    TwoHeights t({0.5, 0.5});
+    simplex &s = t.h.solver();
+    fail_allocation(18);
+    EXPECT_EQ(s.prepare(), 0); // the decomposition tells it, the balancing goes on
+    fail_allocation(0);
+    EXPECT_EQ(t.h.n.report().rfind("In ludcmp: pb with vv\nfirst r[  0] = ", 0), 0u);
+}
