@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <math.h>
+
 #include "support/access.h"
 #include "support/network.h"
 
@@ -28,6 +30,109 @@ TEST(Vornapprox, DoesNotAskWhenValuesAreMissing)
     EXPECT_NE((V(run, vornapprox)()), 0);
     EXPECT_EQ(V(run, iapprox), 9);
     EXPECT_TRUE(n.messages.questions.empty());
+}
+
+// A station at its place with its orientation, and two targets whose places are not given.
+class VornapproxPolar : public ::testing::Test {
+protected:
+    VornapproxPolar()
+    {
+        station_input &s = n.station("S", 10, 20);
+        s.typ = 1;
+        s.ix[0] = s.ix[1] = s.ir[2] = CODE_FIXED;
+        s.r[2] = -0.5; // a direction r lies along the plane angle r + 0.5
+        n.target("A", 0, 0).status = STATUS_COMPUTE;
+        n.target("B", 7, 7);
+        n.direction("S", "A", 0.25, 1);
+        n.direction("S", "B", 1.25, 1);
+        n.distance("S", "A", 100, 1);
+        n.distance("S", "B", 50, 1);
+    }
+
+    // Loads the network and computes first values.
+    int start(vorn &run, int iapprox)
+    {
+        if (V(run, fill_vorn)() != 0) return 99;
+        V(run, iapprox) = iapprox;
+        return V(run, vornapprox)();
+    }
+
+    Network n = Network(2);
+};
+
+const double rounding = 1e-12; // metres
+
+TEST_F(VornapproxPolar, MakesTheComputedValuesTheStart)
+{
+    vorn run(n.ready());
+    ASSERT_EQ(start(run, 9), 0);
+    EXPECT_EQ(V(run, iapprox), 0);
+    EXPECT_EQ(V(run, papprox), nullptr);
+    const point *a = V(run, points) + 1, *b = V(run, points) + 2;
+    EXPECT_NEAR(a->x0[0], 10 + 100 * cos(0.75), rounding);
+    EXPECT_NEAR(a->x0[1], 20 + 100 * sin(0.75), rounding);
+    EXPECT_EQ(a->n0[0], N_MISSING);
+    EXPECT_EQ(b->x0[0], 7.0);              // its value stood and is kept
+    EXPECT_EQ(V(run, points)->x0[0], 0.0); // fixed: not copied
+    EXPECT_TRUE(n.messages.questions.empty());
+}
+
+TEST_F(VornapproxPolar, AsksAndTakesYesForTheWishToComputeAll)
+{
+    n.messages.answer = 1;
+    n.targets[0].status = STATUS_ON;
+    vorn run(n.ready());
+    ASSERT_EQ(start(run, 0), 0);
+    EXPECT_EQ(n.messages.questions, (std::vector<std::string>{question}));
+    EXPECT_EQ(V(run, iapprox), 0);
+    const point *b = V(run, points) + 2;
+    EXPECT_NEAR(b->x0[0], 10 + 50 * cos(1.75), rounding);
+    EXPECT_NEAR(b->x0[1], 20 + 50 * sin(1.75), rounding);
+}
+
+TEST_F(VornapproxPolar, CopiesTheOrientationsThatAreNotFixed)
+{
+    n.stations[0].ir[2] = CODE_FREE;
+    n.stations[0].ir[1] = CODE_FIXED;
+    n.stations[0].r[1] = 0.125;
+    vorn run(n.ready());
+    ASSERT_EQ(start(run, 9), 0);
+    const point *s = V(run, points);
+    EXPECT_EQ(s->e0[2], -0.5);
+    EXPECT_EQ(s->e0[1], 0.0);
+}
+
+TEST_F(VornapproxPolar, CopiesWhatStandsAlsoAfterAFailure)
+{
+    n.stations[0].typ = 0; // no distances, nothing to go on from
+    n.targets[0].x[0] = 3;
+    vorn run(n.ready());
+    EXPECT_EQ(start(run, 9), -12);
+    EXPECT_EQ(V(run, iapprox), 9);
+    EXPECT_EQ(V(run, papprox), nullptr);
+    EXPECT_EQ(V(run, points)[1].x0[0], 3.0);
+}
+
+TEST_F(VornapproxPolar, IsNotCalledForErrorPropagation)
+{
+    n.p.irun = -2;
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -5);
+}
+
+TEST_F(VornapproxPolar, StopsTheRunWhenItFails)
+{
+    n.stations[0].typ = 0;
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -4);
+}
+
+TEST_F(VornapproxPolar, LetsTheRunGoOnWhenItSucceeds)
+{
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    EXPECT_EQ(run.vornjordan(), 0);
+    EXPECT_NEAR(V(run, points)[1].xpt[0], 10 + 100 * cos(0.75), 1e-9);
 }
 
 } // namespace
