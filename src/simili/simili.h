@@ -19,7 +19,6 @@
 #ifndef SIMILI_H
 #define SIMILI_H
 
-#include <stddef.h>
 #include <stdio.h>
 
 struct simpoint {
@@ -35,7 +34,7 @@ struct simpair {
 };
 
 class simili {
-  public:
+public:
     // Scale estimated. Lists and result stay the caller's.
     //   nref, pref  first list, the source     nend, pend  second list, the target
     //   res         out  7 doubles: tx, ty, tz, rx, ry, rz, scale; untouched before runsimili returns 0
@@ -64,7 +63,7 @@ class simili {
     //   2  no memory for the matrices of the closed formula
     int runsimili();
 
-  private:
+private:
     int nref;       // points of the first list
     int nend;       // points of the second list
     simpoint *pref; // first list, not owned
@@ -72,7 +71,7 @@ class simili {
     double *res;    // result, 7 doubles, not owned
     FILE *out;      // "simili.out", or null
     int npair;      // pairs found
-    simpair *pair;  // npair pairs, or null
+    simpair *pair;  // nref + nend entries, the first npair of them pairs; or null
     double pi;      // 3.14159...
     int irot;       // 0 rotation held; 1 estimated; from runsimili on 3, its place in p
     int iscale;     // 0 scale held; 1 estimated; from runsimili on its place in p, 3 or 6
@@ -81,12 +80,25 @@ class simili {
 
     friend struct simili_access;
 
+    void matchlists();
+    int checksigmas();
+    void release();
+
+    int firstrotation(double ca[3], double cb[3], double R[3][3]);
+    int closedrotation(struct closedform *w, const double ca[3], const double cb[3], double R[3][3]);
     void jacobi(double **a, int n, double *d, double **v, int *nrot);
     void eigsrt(double *d, double **v, int n);
     int rotangles(const double R[3][3], double *a, double *b, double *c);
+
+    void holdrotation(double angle[3], double R[3][3]);
+    void number();
+    void startvalues(const double ca[3], const double cb[3], const double R[3][3], const double angle[3], double p[7]);
+    int refine(double *p, double R[3][3]);
     int buildsim(const double *p, double R[3][3], double *N, double *t);
     double simresidual(int show, const double *p, const double R[3][3]);
-    size_t packidx(int i, int j);
+    double scale_in(const double *p);
+    int packidx(int i, int j);
+    void report(int npass, const double p[7]);
 };
 
 #endif

@@ -7,6 +7,7 @@
 #define TESTS_ACCESS_H
 
 #include "approx/approx.h"
+#include "simili/simili.h"
 #include "solution/solution.h"
 #include "solvers/compact.h"
 #include "solvers/jordan.h"
@@ -416,5 +417,29 @@ struct simplex_access {
 };
 
 #define L1(object, member) ((object).*simplex_access::member)
+
+struct simili_access {
+    static constexpr auto nref = &simili::nref;
+    static constexpr auto nend = &simili::nend;
+    static constexpr auto pref = &simili::pref;
+    static constexpr auto pend = &simili::pend;
+    static constexpr auto res = &simili::res;
+    static constexpr auto out = &simili::out;
+    static constexpr auto npair = &simili::npair;
+    static constexpr auto pair = &simili::pair;
+    static constexpr auto pi = &simili::pi;
+    static constexpr auto irot = &simili::irot;
+    static constexpr auto iscale = &simili::iscale;
+    static constexpr auto nparam = &simili::nparam;
+    static constexpr auto scale = &simili::scale;
+    static constexpr auto jacobi = &simili::jacobi;
+    static constexpr auto eigsrt = &simili::eigsrt;
+    static constexpr auto rotangles = &simili::rotangles;
+    static constexpr auto buildsim = &simili::buildsim;
+    static constexpr auto simresidual = &simili::simresidual;
+    static constexpr auto packidx = &simili::packidx;
+};
+
+#define SIM(object, member) ((object).*simili_access::member)
 
 #endif
