@@ -134,8 +134,11 @@ int simili::refine(double *p, double R[3][3])
         it++;
         if (buildsim(p, R, N, t) != 0) it = MAX_PASSES;
         packinvert(N, nparam);
-        for (int i = 0; i < nparam; i++)
-            for (int j = 0; j < nparam; j++) p[i] += N[packidx(i, j)] * t[j];
+        for (int i = 0; i < nparam; i++) {
+            double dp = 0.0;
+            for (int j = 0; j < nparam; j++) dp += N[packidx(i, j)] * t[j];
+            p[i] += dp;
+        }
         const double v = simresidual(0, p, R);
         e = fabs(v - vlast) / vlast; // no number after a perfect fit, which ends the passes
         vlast = v;
