@@ -27,12 +27,24 @@ static void release(double **a)
     *a = NULL;
 }
 
-void jordan::finish()
+jordan::~jordan()
+{
+    releasework();
+    release(&inv);
+}
+
+// All arrays but inv.
+void jordan::releasework()
 {
     release(&rhs);
     release(&delta);
     release(&norm);
     freestat();
+}
+
+void jordan::finish()
+{
+    releasework();
     if (!inv) return;
     FILE *f = dim == 3 ? fopen("tessalpin.sta", "r") : NULL;
     if (f) input_for_tessalpin(f); // closes the file

@@ -8,6 +8,9 @@
 class jordan final : public solution {
 public:
     explicit jordan(const solverinput &in);
+    ~jordan(); // releases the arrays of a run that was solved and not inverted; writes no file
+    jordan(const jordan &) = delete;
+    jordan &operator=(const jordan &) = delete;
 
     void finish() override; // may be called twice
     void banner() override;
@@ -22,6 +25,7 @@ public:
 private:
     friend struct jordan_access; // white-box tests
 
+    void releasework();
     void debugrows(const char *title, int first, int last, long *count);
     void addimport();
     void datumentry(int row, int col, double c);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <math.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <vector>
 
@@ -127,6 +128,21 @@ TEST(FillMeasure, PassesOverRecordsWithTyp0)
     load(run, 1, 2);
     ASSERT_EQ(fill(run, 1), 0);
     EXPECT_EQ(V(run, dist)[0].val[0], 6.0);
+}
+
+TEST(FillMeasure, SendsTheReportOnItsWay)
+{
+    Network n(3);
+    n.station("S", 0, 0);
+    n.target("T", 1, 0);
+    n.distance("S", "T", 6, 1);
+    vorn run(n.ready());
+    load(run, 1, 2);
+    fprintf(n.p.out, "so far\n");
+    ASSERT_EQ(fill(run, 1), 0);
+    char text[16] = {};
+    EXPECT_EQ(pread(fileno(n.p.out), text, sizeof text, 0), 7); // read behind the buffer's back
+    EXPECT_STREQ(text, "so far\n");
 }
 
 TEST(FillMeasure, TracesNothingWherePointsAreNotSplit)

@@ -278,7 +278,7 @@ TEST(Solvers, InvertByTheRulesOfTheirEntry)
         ASSERT_EQ(compacted.vornstart(), 0);
         ASSERT_EQ(jordaned.vornstart(), 0);
         EXPECT_EQ(compacted.vornL2(), 0) << irun;
-        EXPECT_EQ(jordaned.vornjordan(), 0) << irun;
+        EXPECT_EQ(jordaned.vornjordan(), 0) << irun; // not inverted, released all the same: see the sanitizer
         const auto inverted = [](const Network &net) {
             int count = 0;
             for (const auto &line : net.messages.lines) count += line == "Start inversion...";
