@@ -45,18 +45,18 @@ class simplex;
 class compact;
 class jordan;
 
-class VORN_API vorn {
+class vorn {
 public:
     // Copies settings and pointers from the project; allocates nothing.
-    explicit vorn(project *p);
+    VORN_API explicit vorn(project *p);
 
     // Hands the results back into the project and releases all working arrays.
     // Runs whether or not the run succeeded.
-    ~vorn();
+    VORN_API ~vorn();
 
     // Plain member-by-member copy, pointers included: the left side becomes a second
     // owner of the same arrays, and what it held is not released.
-    vorn &operator=(const vorn &other);
+    VORN_API vorn &operator=(const vorn &other);
 
     vorn(const vorn &) = delete;
 
@@ -64,7 +64,7 @@ public:
     //   -1 loading failed                -4 no approximate coordinates found
     //   -2 the lumps could not be set up -5 coordinates missing in a run that computes none
     //   -3 no datum                      -6 the connected net could not be set up
-    int vornstart();
+    VORN_API int vornstart();
 
     // Adjust: least squares in compact storage, least squares by Gauss-Jordan, least
     // absolute values by the simplex method. Call one of them once, after vornstart
@@ -72,9 +72,9 @@ public:
     //   -1 no memory                     -4 divergence or no convergence
     //   -2 the solver could not be set up -5 no inverse
     //   -3 the system could not be solved
-    int vornL2();
-    int vornjordan();
-    int vornL1();
+    VORN_API int vornL2();
+    VORN_API int vornjordan();
+    VORN_API int vornL1();
 
 private:
     friend struct vorn_access;   // white-box tests

@@ -168,7 +168,7 @@ void solution::input_for_tessalpin(FILE *f)
         free(chosen);
         return;
     }
-    FILE *cov = fopen("tessalpin.cov", "w");
+    FILE *cov = fopen("tessalpin.cov", "wb");
     if (!cov) {
         fprintf(out, "\ninput_for_tessalpin: cannot open tessalpin.cov\n");
         free(chosen);

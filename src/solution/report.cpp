@@ -307,7 +307,7 @@ void solution::photorow(FILE *rejects, int i)
 void solution::phototable()
 {
     if (nobsuv <= 0) return;
-    FILE *rejects = fopen("rejects", "w");
+    FILE *rejects = fopen("rejects", "wb");
     if (rejects) fprintf(rejects, "%s\n", pname);
     fprintf(out, "\n\nphoto coordinates (pixel and 1/1000th unit)\n");
     for (int i = 0; i < nobsuv; i++) photorow(rejects, i);

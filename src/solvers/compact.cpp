@@ -38,7 +38,7 @@ void compact::finish()
     freestat();
     if (!inv) return;
     if (dim == 3) {
-        FILE *f = fopen("tessalpin.sta", "r");
+        FILE *f = fopen("tessalpin.sta", "rb");
         if (f) input_for_tessalpin(f);
     }
     free(inv);

@@ -46,7 +46,7 @@ void jordan::finish()
 {
     releasework();
     if (!inv) return;
-    FILE *f = dim == 3 ? fopen("tessalpin.sta", "r") : NULL;
+    FILE *f = dim == 3 ? fopen("tessalpin.sta", "rb") : NULL;
     if (f) input_for_tessalpin(f); // closes the file
     release(&inv);
 }

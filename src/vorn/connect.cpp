@@ -144,7 +144,7 @@ void vorn::fill_connect()
 {
     char path[sizeof pproject->confile + 1];
     snprintf(path, sizeof path, "%.*s", (int)sizeof pproject->confile, pproject->confile);
-    FILE *f = fopen(path, "r");
+    FILE *f = fopen(path, "rb");
     if (!f) {
         tell(pfeedback, "fill_vorn: Cannot open %s file", pname);
         icon = 0;
@@ -220,7 +220,7 @@ int vorn::writecon()
     char *dot = strchr(pname, '.');
     const bool extension = dot && strlen(dot + 1) >= 3;
     if (extension) memcpy(dot + 1, "con", 3);
-    FILE *f = extension ? fopen(pname, "w") : NULL;
+    FILE *f = extension ? fopen(pname, "wb") : NULL;
     if (!f) {
         tell(pfeedback, "backtoproject: Cannot open %s file", pname);
         return -9;

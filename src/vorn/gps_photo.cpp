@@ -65,7 +65,7 @@ static FILE *open_image(const image_input *im)
 {
     char path[sizeof im->file + 1];
     snprintf(path, sizeof path, "%.*s", (int)sizeof im->file, im->file);
-    return fopen(path, "r");
+    return fopen(path, "rb");
 }
 
 // Next line of an image file; false at its end.

@@ -8,6 +8,7 @@
 
 #include <new>
 
+#include "numerics/decimal_point.h"
 #include "numerics/memory.h"
 #include "solvers/compact.h"
 #include "solvers/jordan.h"
@@ -98,6 +99,7 @@ vorn::vorn(project *p)
 
 vorn::~vorn()
 {
+    const decimal_point held;
     if (backtoproject() != 0) tell(pfeedback, "backtoproject failed");
     clean();
     free(lcon); // still here when backtoproject stopped before the connected net
@@ -108,6 +110,7 @@ vorn &vorn::operator=(const vorn &other) = default;
 
 int vorn::vornstart()
 {
+    const decimal_point held;
     if (fill_vorn() != 0) {
         fflush(out);
         return -1;
@@ -204,6 +207,7 @@ bool vorn::take_temp_res(const char *entry)
 
 int vorn::vornL2()
 {
+    const decimal_point held;
     if (!take_temp_res("vornL2+")) return -1;
     solverinput in;
     handover(&in);
@@ -220,6 +224,7 @@ int vorn::vornL2()
 
 int vorn::vornjordan()
 {
+    const decimal_point held;
     if (!take_temp_res("vornjordan")) return -1;
     solverinput in;
     handover(&in);
@@ -237,6 +242,7 @@ int vorn::vornjordan()
 // Keeps no statistics: temp_res stays null.
 int vorn::vornL1()
 {
+    const decimal_point held;
     solverinput in;
     handover(&in);
     psimplex = new (std::nothrow) simplex(in);
