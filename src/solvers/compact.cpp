@@ -243,7 +243,7 @@ int compact::prepare()
 
     cnorm = (double *)zeroed((long long)compadd[nunk], sizeof(double));
     delta = (double *)zeroed(nunk, sizeof(double));
-    work = (double *)zeroed(nunk, sizeof(double));
+    work = (double *)zeroed(solvespace(nunk, compadd), sizeof(double));
     if (!cnorm || !delta || !work) {
         fprintf(out, "\n*** pb with compact allocation ***\n");
         return -1;
@@ -517,13 +517,15 @@ int compact::inverse()
     zeronormal(); // the profile holds factors since the last solution
     normal();
     inv = (double *)zeroed_square(nunk, sizeof(double));
-    if (!inv) {
+    double *space = (double *)zeroed(invertspace(nunk), sizeof(double));
+    if (!inv || !space) {
+        free(space);
         fprintf(out, "\n*** pb with allocation of inv ***\n");
         return -9;
     }
-    for (int i = 0; i < nunk; i++) inv[(size_t)i * nunk + i] = 1.0;
-    if (exchanges() != 0) return -1;
-    const int r = cmat(nunk, nunk, cnorm, compadd, inv, work);
+    const int r = exchanges() != 0 ? -1 : cinverse(nunk, cnorm, compadd, inv, work, space);
+    free(space);
+    if (r < 0) return -1;
     if (r != 0) {
         pivotline("cmat", r - 1);
         return -2;

@@ -67,7 +67,7 @@ private:
 
     size_t *compadd; // [nunk + 1] address of each row; first columns during the scan
     double *cnorm;   // [compadd[nunk]] profile of the normal matrix
-    double *work;    // [nunk] second buffer of exchange, pivots of the factorization
+    double *work;    // [solvespace] second buffer of exchange, pivots and panels of the factorization
 };
 
 #endif

@@ -1,4 +1,5 @@
-// Factorization and solution of a symmetric matrix in profile storage, row by row.
+// Factorization and solution of a symmetric matrix in profile storage: row by row up to
+// SMALL_ORDER, by panels of rows above (profile_factor.cpp, profile_inverse.cpp).
 //
 // With G(i,j) = L(i,j) D(j), row i is
 //   G(i,j) = a(i,j) - sum of G(i,k) L(j,k) over k < j,  L(i,j) = G(i,j) / D(j),
@@ -57,26 +58,79 @@ static void factor_row(int i, double *a, const size_t *add, double *d)
     d[i] = row[i] - dot(d, row, fi, i);
 }
 
-int cvec(int n, double *a, const size_t *add, double *b, double *d) { return cmat(n, 1, a, add, b, d); }
+// Rows before end of b become L^-1 b, those before nscaled D^-1 L^-1 b: m numbers a row.
+static void forward(int m, const double *a, const size_t *add, double *b, int end, int nscaled)
+{
+    const size_t width = (size_t)m;
+    for (int i = 0; i < end; i++) {
+        const double *row = rowbase(a, add, i);
+        const int fi = firstcol(add, i);
+        double *bi = b + i * width;
+        if (m == 1)
+            bi[0] -= dot(row, b, fi, i);
+        else
+            for (int k = fi; k < i; k++)
+                if (row[k] != 0.0) axpy(-row[k], b + k * width, bi, 0, m);
+    }
+    for (int i = 0; i < nscaled; i++)
+        for (int c = 0; c < m; c++) b[i * width + c] *= rowbase(a, add, i)[i];
+}
 
-int cmat(int n, int m, double *a, const size_t *add, double *b, double *d)
+// b becomes L^-T b.
+static void backward(int n, int m, const double *a, const size_t *add, double *b)
+{
+    const size_t width = (size_t)m;
+    for (int i = n - 1; i >= 0; i--) {
+        const double *row = rowbase(a, add, i), *bi = b + i * width;
+        const int fi = firstcol(add, i);
+        if (m == 1)
+            axpy(-bi[0], row, b, fi, i);
+        else
+            for (int k = fi; k < i; k++)
+                if (row[k] != 0.0) axpy(-row[k], bi, b + k * width, 0, m);
+    }
+}
+
+// Row by row, the right-hand sides along with the rows.
+static int smallmat(int n, int m, double *a, const size_t *add, double *b, double *d)
 {
     const double eps = pivotlimit(n, a, add);
     const size_t width = (size_t)m;
     for (int i = 0; i < n; i++) {
-        const int fi = firstcol(add, i);
         double *row = rowbase(a, add, i), *bi = b + i * width;
         factor_row(i, a, add, d);
-        for (int j = fi; j < i; j++)
+        for (int j = firstcol(add, i); j < i; j++)
             if (d[j] != 0.0) axpy(-d[j], b + j * width, bi, 0, m);
         if (fabs(d[i]) < eps) return i + 1;
         row[i] = 1.0 / d[i];
         for (int c = 0; c < m; c++) bi[c] /= d[i];
     }
-    for (int i = n - 1; i >= 0; i--) {
-        const double *row = rowbase(a, add, i), *bi = b + i * width;
-        for (int k = firstcol(add, i); k < i; k++)
-            if (row[k] != 0.0) axpy(-row[k], bi, b + k * width, 0, m);
-    }
+    backward(n, m, a, add, b);
     return 0;
+}
+
+long long solvespace(int n, const size_t *add) { return n + (n > SMALL_ORDER ? factorspace(n, add) : 0); }
+
+long long invertspace(int n) { return n > SMALL_ORDER ? inversespace(n) : 0; }
+
+int cvec(int n, double *a, const size_t *add, double *b, double *d) { return cmat(n, 1, a, add, b, d); }
+
+int cmat(int n, int m, double *a, const size_t *add, double *b, double *d)
+{
+    if (n <= SMALL_ORDER) return smallmat(n, m, a, add, b, d);
+    const int failed = factorprofile(n, a, add, d, d + n, besttiles());
+    forward(m, a, add, b, failed ? failed : n, failed ? failed - 1 : n);
+    if (failed == 0) backward(n, m, a, add, b);
+    return failed;
+}
+
+int cinverse(int n, double *a, const size_t *add, double *inv, double *d, double *space)
+{
+    if (n <= SMALL_ORDER) {
+        for (int i = 0; i < n; i++) inv[(size_t)i * n + i] = 1.0;
+        return smallmat(n, n, a, add, inv, d);
+    }
+    const int failed = factorprofile(n, a, add, d, d + n, besttiles());
+    if (failed == 0) inverseprofile(n, a, add, inv, space, besttiles());
+    return failed;
 }

@@ -1075,17 +1075,21 @@ TEST(CompactInverse, ReturnsMinus9WithoutMemoryAndStopsTheInversion)
     fail_allocation(0);
     EXPECT_EQ(r.report(), before + "\n*** pb with allocation of inv ***\n\nProgram stops in inverse\n");
     EXPECT_EQ(C(s, cnorm), nullptr);
+    EXPECT_EQ(S(s, inv), nullptr);
 }
 
-TEST(CompactInverse, ReturnsMinus9ByItself)
+TEST(CompactInverse, ReturnsMinus9WithoutMemoryForTheInverseOrForTheWork)
 {
-    Net r(1);
-    chain(r, 2);
-    compact &s = r.solver(0, 1);
-    ASSERT_EQ(s.prepare(), 0);
-    fail_allocation(1);
-    EXPECT_EQ(s.inverse(), -9);
-    fail_allocation(0);
+    for (int k : {1, 2}) {
+        Net r(1);
+        chain(r, 2);
+        compact &s = r.solver(0, 1);
+        ASSERT_EQ(s.prepare(), 0);
+        fail_allocation(k);
+        EXPECT_EQ(s.inverse(), -9);
+        fail_allocation(0);
+        EXPECT_EQ(r.report(), "\n*** pb with allocation of inv ***\n");
+    }
 }
 
 // ---- release ----

@@ -230,3 +230,271 @@ TEST(Cmat, ReturnsTheRowBehindAPivotBelowTheLimit)
     EXPECT_EQ(cmat(3, 3, p.a.data(), p.add.data(), b.data(), d.data()), 2);
     EXPECT_EQ(d[1], 0.0);
 }
+
+// ---- large matrices ----
+
+namespace {
+
+// Orders about the widths of strips, panels and depths, each with every shape.
+const int LARGE[] = {97, 100, 119, 168, 191, 192, 193, 200, 215, 217, 300, 385, 463};
+
+std::vector<std::vector<int>> largeshapes(int n)
+{
+    return {full_rows(n),   banded(n, 0),     banded(n, 5),           banded(n, 40),
+            banded(n, 150), ragged(n, 3 + n), bordered(n, 10, n / 3), bordered(n, 60, 9)};
+}
+
+struct Factored {
+    Factored(const Profile &p, int kind) : factors(p), d(p.n), space(factorspace(p.n, p.add.data()))
+    {
+        code = factorprofile(p.n, factors.a.data(), factors.add.data(), d.data(), space.data(), tilesfor(kind));
+    }
+    Profile factors;
+    Vector d, space;
+    int code;
+};
+
+double worst(const Vector &a, const Vector &b)
+{
+    double w = a.size() == b.size() ? 0.0 : (double)INFINITY;
+    for (size_t k = 0; k < a.size(); k++)
+        if (!(fabs(a[k] - b[k]) <= w)) w = fabs(a[k] - b[k]);
+    return w;
+}
+
+// Row by row in the profile, as the formulas stand.
+Vector plainfactors(Profile p)
+{
+    Vector d(p.n);
+    for (int i = 0; i < p.n; i++) {
+        double *row = rowbase(p.a.data(), p.add.data(), i);
+        for (int j = p.first(i); j < i; j++) {
+            const double *rj = rowbase(p.a.data(), p.add.data(), j);
+            d[j] = row[j];
+            for (int k = std::max(p.first(i), p.first(j)); k < j; k++) d[j] -= d[k] * rj[k];
+            row[j] = d[j] * rj[j];
+        }
+        double pivot = row[i];
+        for (int k = p.first(i); k < i; k++) pivot -= d[k] * row[k];
+        row[i] = 1.0 / pivot;
+    }
+    return p.a;
+}
+
+} // namespace
+
+TEST(FactorProfile, AgreesWithTheFactorsOfPlainLoopsForEveryProcessorAndShape)
+{
+    for (int n : LARGE)
+        for (const auto &first : largeshapes(n)) {
+            const Profile p = random_profile(first, 17 + n, true);
+            const Vector want = plainfactors(p);
+            for (int kind = 0; kind < TILES_KINDS; kind++) {
+                if (!tilesfor(kind)) continue;
+                const Factored f(p, kind);
+                ASSERT_EQ(f.code, 0);
+                // elements below 1, sums of up to n terms against pivots of about sqrt(n)
+                ASSERT_LT(worst(f.factors.a, want), 1e-13) << n << " " << kind;
+                for (int i = 0; i < n; i++) ASSERT_EQ(f.d[i], f.factors.at(i, i));
+            }
+        }
+}
+
+TEST(FactorProfile, TakesSmallOrdersToo)
+{
+    for (int n = 1; n <= 50; n++) {
+        const Profile p = random_profile(ragged(n, n), 17, true);
+        for (int kind = 0; kind < TILES_KINDS; kind++) {
+            if (!tilesfor(kind)) continue;
+            EXPECT_LT(worst(Factored(p, kind).factors.a, plainfactors(p)), 1e-13);
+        }
+    }
+}
+
+TEST(FactorProfile, StopsAtAPivotBelowTheLimitAndLeavesTheRowsBehindItAlone)
+{
+    const int n = 410;
+    for (int bad : {0, 1, 7, 8, 23, 24, 100, 191, 192, 250, 383, 384, 409}) {
+        Profile p = random_profile(bordered(n, 30, 50), 5);
+        for (int j = p.first(bad); j < bad; j++) rowbase(p.a.data(), p.add.data(), bad)[j] = 0.0;
+        rowbase(p.a.data(), p.add.data(), bad)[bad] = 1e-19; // below every limit
+        for (int kind = 0; kind < TILES_KINDS; kind++) {
+            if (!tilesfor(kind)) continue;
+            const Factored f(p, kind);
+            ASSERT_EQ(f.code, bad + 1);
+            EXPECT_EQ(f.d[bad], 1e-19);
+            const Vector full = plainfactors(p);
+            for (int i = 0; i < n; i++)
+                for (int j = p.first(i); j <= i; j++) {
+                    const size_t at = p.add[i] + j - p.first(i);
+                    if (i < bad)
+                        ASSERT_NEAR(f.factors.a[at], full[at], 1e-13) << bad << " " << i << " " << j;
+                    else
+                        ASSERT_EQ(f.factors.a[at], p.a[at]) << bad << " " << i << " " << j;
+                }
+        }
+    }
+}
+
+TEST(FactorProfile, LeavesTheFailingRowReducedButForItsDiagonal)
+{
+    const int n = 300, bad = 250;
+    Profile p = random_profile(full_rows(n), 5);
+    const Vector ok = plainfactors(p); // L of the rows before
+    // Row bad becomes a copy of row 40: its pivot is rounding.
+    for (int j = 0; j < bad; j++) rowbase(p.a.data(), p.add.data(), bad)[j] = p.at(std::max(40, j), std::min(40, j));
+    rowbase(p.a.data(), p.add.data(), bad)[bad] = p.at(40, 40);
+    for (int kind = 0; kind < TILES_KINDS; kind++) {
+        if (!tilesfor(kind)) continue;
+        const Factored f(p, kind);
+        if (f.code == 0) continue; // rounding above the limit
+        ASSERT_EQ(f.code, bad + 1);
+        EXPECT_LT(fabs(f.d[bad]), 1e-15);
+        EXPECT_EQ(f.factors.at(bad, bad), p.at(bad, bad));
+        for (int j = 0; j < bad; j++)
+            EXPECT_NEAR(f.factors.at(bad, j), j == 40 ? 1.0 : j < 40 ? ok[p.add[40] + j] : 0.0, 1e-13);
+    }
+}
+
+TEST(InverseProfile, InvertsForEveryProcessorAndShape)
+{
+    for (int n : LARGE) {
+        if (n != 97 && n != 192 && n != 217 && n != 385) continue;
+        for (const auto &first : largeshapes(n)) {
+            const Profile p = random_profile(first, 23 + n, true);
+            const Vector m = p.full();
+            Vector reference;
+            for (int kind = TILES_KINDS - 1; kind >= 0; kind--) {
+                if (!tilesfor(kind)) continue;
+                const Factored f(p, kind);
+                Vector z((size_t)n * n, 0.0), space(inversespace(n));
+                inverseprofile(n, f.factors.a.data(), f.factors.add.data(), z.data(), space.data(), tilesfor(kind));
+                for (int i = 0; i < n; i++)
+                    for (int j = 0; j < i; j++) ASSERT_EQ(z[(size_t)i * n + j], z[(size_t)j * n + i]);
+                if (!reference.empty()) {
+                    ASSERT_LT(worst(z, reference), 1e-14) << n << " " << kind;
+                    continue;
+                }
+                reference = z;
+                double largest = 0.0;
+                for (int i = 0; i < n; i++) {
+                    Vector sum(n, 0.0);
+                    for (int k = 0; k < n; k++)
+                        for (int j = 0; j < n; j++) sum[j] += m[(size_t)i * n + k] * z[(size_t)k * n + j];
+                    sum[i] -= 1.0;
+                    for (double v : sum) largest = fmax(largest, fabs(v));
+                }
+                ASSERT_LT(largest, 1e-12) << n;
+            }
+        }
+    }
+}
+
+TEST(InverseProfile, TakesSmallOrdersToo)
+{
+    for (int n = 1; n <= 40; n++) {
+        const Profile p = random_profile(ragged(n, n), 29, true);
+        const Vector m = p.full();
+        const std::vector<long double> want = dense_inverse(std::vector<long double>(m.begin(), m.end()), n);
+        for (int kind = 0; kind < TILES_KINDS; kind++) {
+            if (!tilesfor(kind)) continue;
+            const Factored f(p, kind);
+            Vector z((size_t)n * n, 0.0), space(inversespace(n));
+            inverseprofile(n, f.factors.a.data(), f.factors.add.data(), z.data(), space.data(), tilesfor(kind));
+            for (size_t k = 0; k < z.size(); k++) ASSERT_NEAR(z[k], (double)want[k], 1e-14);
+        }
+    }
+}
+
+TEST(ProfileRows, AreZeroOutsideTheProfileAndFromTheDiagonalOn)
+{
+    const Profile p = random_profile(ragged(50, 4), 31);
+    for (int j : {0, 8, 40, 48}) // the last group passes the end
+        for (int from : {0, 5, j, j + 3})
+            for (int to : {from, from + 1, from + 17}) {
+                Vector b(TILE_COLUMNS * TILE_STRIDE, 7.0);
+                profilerows(p.n, p.a.data(), p.add.data(), j, from, to, b.data());
+                for (int c = 0; c < TILE_COLUMNS; c++)
+                    for (int k = from; k <= to; k++) {
+                        const bool inside = j + c < p.n && k < j + c;
+                        const double want = k == to ? 7.0 : inside ? p.at(j + c, k) : 0.0;
+                        ASSERT_EQ(b[c * TILE_STRIDE + k - from], want) << j << " " << c << " " << k;
+                    }
+            }
+}
+
+TEST(CacheAligned, BeginsALineWithinTheFirstOne)
+{
+    std::vector<double> space(32);
+    for (int k = 0; k < 10; k++) {
+        const double *at = cachealigned(space.data() + k);
+        EXPECT_EQ((uintptr_t)at % (CACHE_LINE * sizeof(double)), 0u);
+        EXPECT_GE(at, space.data() + k);
+        EXPECT_LT(at, space.data() + k + CACHE_LINE);
+    }
+}
+
+TEST(Cvec, SolvesLargeSystemsWithOneAndWithManyRightHandSides)
+{
+    for (int n : {96, 97, 200, 401})
+        for (const auto &first : largeshapes(n)) {
+            const Profile p = random_profile(first, 37, true);
+            const Vector m = p.full();
+            Profile q = p, r = p;
+            Vector b((size_t)n * 3), x(n), d(solvespace(n, p.add.data()));
+            for (size_t k = 0; k < b.size(); k++) b[k] = cos(2.0 * (double)k);
+            for (int i = 0; i < n; i++) x[i] = b[(size_t)i * 3 + 1];
+            const Vector x0 = x;
+            ASSERT_EQ(cvec(n, q.a.data(), q.add.data(), x.data(), d.data()), 0);
+            EXPECT_LT(residual(m, x, x0, n), 1e-12);
+            ASSERT_EQ(cmat(n, 3, r.a.data(), r.add.data(), b.data(), d.data()), 0);
+            for (int i = 0; i < n; i++) ASSERT_NEAR(b[(size_t)i * 3 + 1], x[i], 1e-13);
+            EXPECT_EQ(q.a, r.a);
+        }
+}
+
+TEST(Cvec, LeavesTheRightHandSideBehindAFailingRowAlone)
+{
+    for (int n : {90, 300}) { // row by row and by panels
+        const int bad = n - 20;
+        Profile p(full_rows(n), [&](int i, int j) { return i != j ? (i == bad ? 0.0 : 0.001) : i == bad ? 0.0 : 0.5; });
+        for (int i = bad + 1; i < n; i++) rowbase(p.a.data(), p.add.data(), i)[bad] = 0.0;
+        Vector b = right_hand_side(n), d(solvespace(n, p.add.data()));
+        const Vector b0 = b;
+        Profile before(p);
+        EXPECT_EQ(cvec(n, p.a.data(), p.add.data(), b.data(), d.data()), bad + 1);
+        EXPECT_EQ(d[bad], 0.0);
+        for (int i = bad; i < n; i++) EXPECT_EQ(b[i], b0[i]); // row bad has nothing to take off
+        // D^-1 L^-1 b in the rows before
+        Vector y = b0;
+        for (int i = 0; i < bad; i++)
+            for (int k = 0; k < i; k++) y[i] -= p.at(i, k) * y[k];
+        for (int i = 0; i < bad; i++) EXPECT_NEAR(b[i], y[i] * p.at(i, i), 1e-13);
+    }
+}
+
+TEST(Cinverse, FactorsAndInvertsAtEveryOrder)
+{
+    for (int n : {1, 2, 50, 96, 97, 250}) {
+        Profile p = random_profile(bordered(n, 9, n / 5), 41, true);
+        const Vector m = p.full();
+        Vector z((size_t)n * n, 0.0), d(solvespace(n, p.add.data())), space(invertspace(n));
+        ASSERT_EQ(cinverse(n, p.a.data(), p.add.data(), z.data(), d.data(), space.data()), 0);
+        Vector x(n);
+        for (int i = 0; i < n; i++)
+            for (int j = 0; j < n; j++) x[i] += z[(size_t)i * n + j] * (1.0 + j);
+        Vector b(n);
+        for (int j = 0; j < n; j++) b[j] = 1.0 + j;
+        EXPECT_LT(residual(m, x, b, n), 1e-11);
+    }
+}
+
+TEST(Cinverse, ReturnsTheRowBehindAPivotBelowTheLimit)
+{
+    for (int n : {50, 250}) {
+        Profile p(full_rows(n), [&](int i, int j) { return i == j && i != n - 2 ? 0.5 : 0.0; });
+        Vector z((size_t)n * n, 0.0), d(solvespace(n, p.add.data())), space(invertspace(n));
+        EXPECT_EQ(cinverse(n, p.a.data(), p.add.data(), z.data(), d.data(), space.data()), n - 1);
+        EXPECT_EQ(d[n - 2], 0.0);
+    }
+}
