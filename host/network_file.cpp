@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "angle.h"
+#include "lump_checks.h"
 #include "network_tables.h"
 
 // The parser's own checks would end the program. Some input makes them fail, so they
@@ -135,6 +136,8 @@ bool any(double) { return true; }
 bool above_zero(double value) { return value > 0.0; }
 bool within_quarter(double value) { return std::fabs(value) < 90.0; }
 bool sensible_length(double value) { return std::fabs(value) <= largest_length; }
+
+constexpr int not_given = -1;
 
 // Reads one network file; the members are what its steps share.
 class NetworkReader {
@@ -344,7 +347,7 @@ void NetworkReader::read_methods(const toml::table &root)
     read_reduction(root);
     p.igps = Section(root, "baselines", faults).word("datum_rule", 1, rules);
     if (!named(TABLE_BASELINES)) p.igps = 0;
-    p.lumpmethod = Section(root, "lumps", faults).word("method", named(TABLE_LUMPS) ? 1 : 0, methods, true);
+    p.lumpmethod = Section(root, "lumps", faults).word("method", not_given, methods, true);
     p.iphoto = named(TABLE_IMAGES) ? 1 : 0;
 }
 
@@ -430,6 +433,8 @@ void NetworkReader::read_tables()
 
 void NetworkReader::check_network()
 {
+    if (p.lumpmethod == not_given) p.lumpmethod = named(TABLE_LUMPS) || has_lumps(net.model) ? 1 : 0;
+    check_lumps(net.model, faults);
     if (!named(TABLE_STATIONS) && !named(TABLE_TARGETS))
         faults.add({0, 0, 0}, "no points", "list them in table stations or targets");
     bool observed = named(TABLE_IMAGES) || named(TABLE_BASELINES);

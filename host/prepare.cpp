@@ -12,6 +12,7 @@
 #include <unordered_map>
 
 #include "heights.h"
+#include "lump_checks.h"
 #include "names.h"
 #include "parallel_verticals.h"
 
@@ -282,6 +283,7 @@ Prepared Preparation::run()
     note_cameras();
     move_heights_to_distances(model);
     for (const Held &held : hold_heights(model)) note(held.where, held.text);
+    for (const LumpNote &lump : settle_lumps(model)) note(lump.where, lump.text);
     const std::string verticals = make_verticals_parallel(model);
     if (!verticals.empty()) prepared.notes.push_back(verticals);
     model.attach();

@@ -113,7 +113,8 @@ void collect_lumps(const ResultSource &from, Results &results)
 {
     const result &r = from.run;
     if (!from.outcome.adjusted() || !r.ilump || !r.iepoch || !r.iref) return;
-    for (int i = 0; i < r.nrow; i++) results.lumps.push_back(make_lump(from, (size_t)i));
+    for (int i = 0; i < r.nrow; i++)
+        if (r.iepoch[i] != 0) results.lumps.push_back(make_lump(from, (size_t)i)); // 0: nothing could be compared
 }
 
 EllipseResult pair_ellipse(const double ell[3]) { return {ell[0], ell[1], bearing(ell[2])}; }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "lump_checks.h"
 #include "names.h"
 #include "runner.h"
 
@@ -30,10 +31,6 @@ void missing_coordinates(const Model &model, const List<Record> &list, const cha
     }
 }
 
-bool has_lumps(const Model &model) { return model.p.lumpmethod != 0 || model.lumpdefs.size() > 0; }
-
-Source lump_place(const Model &model) { return model.lumpdefs.size() > 0 ? model.lumpdefs.where[0] : Source(); }
-
 } // namespace
 
 std::vector<std::string> not_available(const Model &model)
@@ -42,10 +39,14 @@ std::vector<std::string> not_available(const Model &model)
     if (model.solver == Solver::Simplex)
         lines.push_back("the simplex solver is not part of this version: choose compact or jordan (" + model.path +
                         ")");
-    if (has_lumps(model))
-        lines.push_back("lumps are not adjusted by this version: leave out the table lumps and write method = 0 in "
+    const bool lumps = model.p.lumpmethod != 0 && has_lumps(model);
+    if (lumps && model.solver == Solver::Simplex)
+        lines.push_back("the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in "
                         "[lumps] (" +
-                        place(model, lump_place(model)) + ")");
+                        model.path + ")");
+    if (lumps && model.p.lumpmethod == 9)
+        lines.push_back("lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (" +
+                        model.path + ")");
     std::vector<std::string> points;
     missing_coordinates(model, model.stations, "station", points);
     missing_coordinates(model, model.targets, "target", points);

@@ -267,7 +267,8 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
 {
     Case c(plane(triangle));
     c.model().solver = Solver::Simplex;
-    c.model().p.lumpmethod = 1;
+    c.model().p.lumpmethod = 9;
+    c.model().targets.records[0].ilump = 1;
     c.model().targets.records[3].status = STATUS_COMPUTE;
     const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.reached, Stage::Refused);
@@ -276,8 +277,9 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
     EXPECT_EQ(
         words,
         Lines({"the simplex solver is not part of this version: choose compact or jordan (net.inp)",
-               "lumps are not adjusted by this version: leave out the table lumps and write method = 0 in [lumps] "
+               "the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in [lumps] "
                "(net.inp)",
+               "lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (net.inp)",
                "approximate coordinates are not computed by this version: give x, y of target P (net.inp:9)"}));
     EXPECT_EQ(c.report(), "");
     EXPECT_EQ(c.results(), nullptr);
