@@ -250,12 +250,15 @@ private:
             if (!usable(lump, epoch)) still[epoch] += n;
         for (const auto &[epoch, n] : lump.sightings)
             if (!usable(lump, epoch)) still[epoch] += n;
-        for (const auto &[epoch, n] : still)
-            note(lump.where, name + ": " + std::to_string(n) + " observations " +
-                                 (epoch == 0 ? std::string("without epoch")
-                                             : "of epoch " + std::to_string(epoch) + ", which has fewer than " +
-                                                   std::to_string(least_sightings) + " directions,") +
-                                 " count as of the reference epoch");
+        for (const auto &[epoch, n] : still) {
+            const std::string when = epoch == 0 ? " without epoch"
+                                                : " of epoch " + std::to_string(epoch) + ", which has fewer than " +
+                                                      std::to_string(least_sightings) + " directions,";
+            std::string text = name + ": " + std::to_string(n);
+            text += (n == 1 ? " observation" : " observations") + when;
+            text += n == 1 ? " counts as of the reference epoch" : " count as of the reference epoch";
+            note(lump.where, text);
+        }
     }
 
     void note(Source where, const std::string &text) { notes.push_back({where, text}); }
