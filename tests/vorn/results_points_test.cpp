@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <math.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -181,6 +182,264 @@ TEST(ResultEllipses, OnTheLineStandUpright)
             for (const double *none : {h.r().ell13b, h.r().ell23b, h.r().ell12a, h.r().ell12b, h.r().ell12t})
                 EXPECT_EQ(none[i], 0.0);
         }
+    }
+}
+
+// ---- codes -----------------------------------------------------------------------
+
+struct Rule {
+    int role, number, code;
+};
+
+// Role in the datum and unknown number of a coordinate, and what the host gets; a coordinate
+// without unknown number is fixed whatever its role.
+const Rule RULES[] = {{DATUM_USED, 0, 1},         {DATUM_UNUSED, 0, 2},    {DATUM_WEIGHTED, 0, 3},
+                      {DATUM_FIXED_HEIGHT, 7, 1}, {DATUM_USED, N_NONE, 4}, {DATUM_UNUSED, N_NONE, 4},
+                      {DATUM_WEIGHTED, N_NONE, 4}};
+const int NRULE = sizeof RULES / sizeof RULES[0];
+
+// Coordinate c of every point under its rule in defdatum and n0, the other two free.
+void set_rules(Handed &h, int c)
+{
+    for (int i = 0; i < V(h.run, npoints); i++)
+        for (int k = 0; k < 3; k++) {
+            h.at(i).defdatum[k] = k == c ? RULES[i % NRULE].role : DATUM_USED;
+            h.at(i).n0[k] = k == c ? RULES[i % NRULE].number : 0;
+        }
+}
+
+TEST(ResultCodes, InSpaceComeFromRoleAndUnknownOfTheCoordinate)
+{
+    for (int c = 0; c < 3; c++) {
+        Handed h(3, NRULE, NRULE);
+        set_rules(h, c);
+        ASSERT_EQ(h.hand_back(), 0);
+        for (int i = 0; i < 2 * NRULE; i++)
+            for (int k = 0; k < 3; k++)
+                EXPECT_EQ(codes(h.r())[k][i], k == c ? RULES[i % NRULE].code : 1) << c << " " << i << " " << k;
+    }
+}
+
+TEST(ResultCodes, OnTheLineComeFromRoleAndUnknownOfTheHeight)
+{
+    Handed h(1, NRULE, NRULE);
+    set_rules(h, 2);
+    ASSERT_EQ(h.hand_back(), 0);
+    for (int i = 0; i < 2 * NRULE; i++) EXPECT_EQ(h.r().code3[i], RULES[i % NRULE].code) << i;
+}
+
+TEST(ResultCodes, OfTheSecondCoordinateInThePlaneComeFromItsUnknown)
+{
+    Handed h(2, NRULE, NRULE);
+    set_rules(h, 1);
+    ASSERT_EQ(h.hand_back(), 0);
+    for (int i = 0; i < 2 * NRULE; i++) EXPECT_EQ(h.r().code2[i], RULES[i % NRULE].code) << i;
+}
+
+// The first coordinate in the plane: its own unknown number plays no part, that of the first
+// orientation does.
+TEST(ResultCodes, OfTheFirstCoordinateInThePlaneLookAtTheFirstOrientation)
+{
+    Handed h(2, NRULE, NRULE);
+    for (int i = 0; i < 2 * NRULE; i++) {
+        h.at(i).defdatum[0] = RULES[i % NRULE].role;
+        h.at(i).n1[0] = RULES[i % NRULE].number;
+        h.at(i).n0[0] = RULES[i % NRULE].number == N_NONE ? 0 : N_NONE;
+    }
+    ASSERT_EQ(h.hand_back(), 0);
+    for (int i = 0; i < 2 * NRULE; i++) EXPECT_EQ(h.r().code1[i], RULES[i % NRULE].code) << i;
+}
+
+TEST(ResultCodes, InThePlaneShowNoFixedFirstCoordinateOfATarget)
+{
+    Handed h(2, 1, 1); // a station turns about the third axis only, a target has no orientation
+    h.fix(1, 0);
+    h.fix(1, 1);
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().code1[0], 4);
+    EXPECT_EQ(h.r().code2[0], 1);
+    EXPECT_EQ(h.r().code1[1], 1);
+    EXPECT_EQ(h.r().code2[1], 4);
+}
+
+// ---- places in the host ----------------------------------------------------------
+
+TEST(ResultPlaces, PassOverHostPointsThatDoNotTakePart)
+{
+    for (int dim = 1; dim <= 3; dim++) {
+        Handed h(dim, 2, 2);
+        set_values(h);
+        h.net.stations.insert(h.net.stations.begin(), h.net.stations[0]);
+        h.net.stations[0].status = STATUS_OFF;
+        h.net.stations[2].status = STATUS_COMPUTE;
+        h.net.targets.insert(h.net.targets.begin() + 1, h.net.targets[0]);
+        h.net.targets[1].status = 0;
+        h.attach();
+        ASSERT_EQ(h.hand_back(), 0);
+        EXPECT_EQ(hosts(h.r(), 4), (Ints{1, 2, 2 + 0, 2 + 2})); // targets behind the two stations of the run
+        const int c = dim == 1 ? 2 : 0;
+        for (int i = 0; i < 4; i++) EXPECT_EQ(finals(h.r())[c][i], final_of(i, c));
+    }
+}
+
+TEST(ResultPlaces, StopAtAStationThatTheRunDoesNotHave)
+{
+    for (int dim = 1; dim <= 3; dim++) {
+        Handed h(dim, 1, 1);
+        h.net.station("MORE", 0, 0);
+        h.attach();
+        EXPECT_EQ(h.hand_back(), -3) << dim;
+        EXPECT_EQ(h.net.messages.lines, Lines{SIZE_PROBLEM});
+        EXPECT_EQ(h.r().ihost[0], 0); // what was filled stays
+    }
+}
+
+TEST(ResultPlaces, StopAtATargetThatTheRunDoesNotHave)
+{
+    for (int dim = 1; dim <= 3; dim++) {
+        Handed h(dim, 1, 1);
+        h.net.target("MORE", 0, 0);
+        h.attach();
+        EXPECT_EQ(h.hand_back(), -3) << dim;
+        EXPECT_EQ(h.net.messages.lines, Lines{SIZE_PROBLEM});
+        EXPECT_EQ(hosts(h.r(), 2), (Ints{0, 1 + 0}));
+    }
+}
+
+TEST(ResultPlaces, StopInARunThatEndedBeforeItHadPoints)
+{
+    for (int dim = 1; dim <= 3; dim++)
+        for (int nsta = 0; nsta < 2; nsta++) {
+            Handed h(dim, nsta, 1);
+            free(V(h.run, points));
+            V(h.run, points) = nullptr;
+            h.net.p.lumpmethod = 9 * nsta;
+            EXPECT_EQ(h.hand_back(), -3) << dim;
+            EXPECT_EQ(h.net.messages.lines, Lines{SIZE_PROBLEM});
+        }
+}
+
+// ---- points split by epoch -------------------------------------------------------
+
+// Points with the given names, stations first; the host has each name once.
+void split(Handed &h, const std::vector<std::string> &stations, const std::vector<std::string> &targets)
+{
+    int i = 0;
+    for (const auto *names : {&stations, &targets})
+        for (const std::string &name : *names) h.name(i++, name);
+    h.net.stations.resize(std::set<std::string>(stations.begin(), stations.end()).size());
+    h.net.targets.resize(std::set<std::string>(targets.begin(), targets.end()).size());
+    h.attach();
+    h.net.p.lumpmethod = 9;
+    set_values(h);
+}
+
+// Which internal point stands at each returned place.
+Ints sources(const result &r, int c)
+{
+    Ints from;
+    for (int i = 0; i < r.nstar + r.ntarr; i++) from.push_back((int)(finals(r)[c][i] - c) / 100);
+    return from;
+}
+
+TEST(SplitPoints, ReachTheHostOnce)
+{
+    Handed h(3, 4, 4);
+    split(h, {"S0", "S0", "S0", "S1"}, {"T0", "T0", "T1", "T2"});
+    V(h.run, irun) = 1;
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().nstar, 2);
+    EXPECT_EQ(h.r().ntarr, 3);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 3, 4, 6, 7}));
+    EXPECT_EQ(hosts(h.r(), 5), (Ints{0, 1, 2 + 0, 2 + 1, 2 + 2})); // targets behind the returned stations
+    EXPECT_EQ(h.r().rx[1], angle_of(3, 0));
+    EXPECT_EQ(h.r().ell23t[3], ellipse_of(6, 2, 2));
+}
+
+TEST(SplitPoints, AtTheEndOfTheTargetsReachTheHostOnce)
+{
+    Handed h(3, 1, 4);
+    split(h, {"S0"}, {"T0", "T1", "T1", "T1"});
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().ntarr, 2);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2}));
+}
+
+// The walk does not leave the copies of the last station, so the first target is read from its
+// second copy and every other one from the place of the target before it.
+TEST(SplitPoints, OfTheLastStationShiftTheTargetsByOne)
+{
+    Handed h(3, 3, 3);
+    split(h, {"S0", "S1", "S1"}, {"T0", "T1", "T2"});
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().nstar, 2);
+    EXPECT_EQ(h.r().ntarr, 3);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2, 3, 4}));
+    EXPECT_EQ(hosts(h.r(), 5), (Ints{0, 1, 2, 3, 4}));
+}
+
+TEST(SplitPoints, OfTheLastStationInThreeShiftTheTargetsByOneToo)
+{
+    Handed h(3, 4, 2); // the third copy bears the name of the point just returned and is passed over
+    split(h, {"S0", "S1", "S1", "S1"}, {"T0", "T1"});
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2, 4}));
+}
+
+TEST(SplitPoints, AreNoneForAStationAndATargetOfOneName)
+{
+    Handed h(3, 1, 2); // the walk starts anew with the targets
+    split(h, {"A"}, {"A", "B"});
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().nstar, 1);
+    EXPECT_EQ(h.r().ntarr, 2);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2}));
+    EXPECT_EQ(hosts(h.r(), 3), (Ints{0, 1, 2}));
+}
+
+TEST(SplitPoints, AreAllReturnedWithAnotherMethod)
+{
+    Handed h(3, 1, 3);
+    split(h, {"S0"}, {"T0", "T0", "T1"});
+    h.net.targets.resize(3);
+    h.net.targets[2].status = STATUS_ON;
+    h.attach();
+    h.net.p.lumpmethod = 1;
+    ASSERT_EQ(h.hand_back(), 0);
+    EXPECT_EQ(h.r().ntarr, 3);
+    EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2, 3}));
+}
+
+// In dimensions 1 and 2 the same index reads and writes: copies are not passed over, and the
+// places of the targets stand behind all internal stations.
+TEST(SplitPoints, OutsideSpaceAreReadInTheirOrder)
+{
+    for (int dim = 1; dim <= 2; dim++) {
+        Handed h(dim, 2, 2);
+        split(h, {"S0", "S0"}, {"T0", "T1"});
+        V(h.run, irun) = 1;
+        ASSERT_EQ(h.hand_back(), 0);
+        EXPECT_EQ(h.r().nstar, 1);
+        EXPECT_EQ(h.r().ntarr, 2);
+        EXPECT_EQ(sources(h.r(), dim == 1 ? 2 : 0), (Ints{0, 1, 2}));
+        EXPECT_EQ(hosts(h.r(), 3), (Ints{0, 2 + 0, 2 + 1}));
+    }
+}
+
+// Ellipses are as many as returned points; a place behind them gets none.
+TEST(SplitPoints, OutsideSpaceGetNoEllipseBehindTheReturnedPoints)
+{
+    for (int dim = 1; dim <= 2; dim++) {
+        Handed h(dim, 2, 1);
+        split(h, {"S0", "S0"}, {"T0"});
+        h.net.stations.resize(2);
+        h.net.stations[1].status = STATUS_ON; // the host has both: three places, two ellipses
+        h.attach();
+        V(h.run, irun) = 1;
+        ASSERT_EQ(h.hand_back(), 0); // a write behind them would show in the sanitizer
+        const double *axis = dim == 1 ? h.r().ell13a : h.r().ell12a;
+        EXPECT_EQ(axis[1], ellipse_of(1, 0, dim == 1 ? 1 : 0));
+        EXPECT_EQ(hosts(h.r(), 3), (Ints{0, 1, 2}));
     }
 }
 

@@ -539,8 +539,9 @@ protected:
             }
     }
     // Hands back with one group of the given members; false when its constants changed.
-    bool keeps(std::vector<int> member)
+    bool keeps(const std::vector<int> &indexes)
     {
+        member = indexes;
         group_input g = group_input();
         for (int m = 0; m < 3; m++) g.c[m] = 1 + m, g.sc[m] = 0.1 * (1 + m);
         g.nmember = (int)member.size();
@@ -557,6 +558,7 @@ protected:
         return same;
     }
     group_input &group() { return h.net.groups[0]; }
+    std::vector<int> member; // before h, whose end reads it once more
     Handed h;
     int code = 1;
 };
