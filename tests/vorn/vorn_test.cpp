@@ -410,7 +410,7 @@ TEST(VornDestructor, SaysThatTheResultsCouldNotBeHandedOver)
     EXPECT_EQ(n.p.runresults, nullptr);
 }
 
-TEST(VornDestructor, ReleasesTheConnectedNetAndClosesAFailedRun)
+TEST(VornDestructor, ReleasesTheConnectedNetOfAFailedStart)
 {
     Network n(3);
     {
@@ -419,7 +419,9 @@ TEST(VornDestructor, ReleasesTheConnectedNetAndClosesAFailedRun)
         V(run, lcon) = (int *)calloc(1, sizeof(int)); // a leak would show in the sanitizer
         V(run, Qcon) = (double *)calloc(1, sizeof(double));
     }
-    EXPECT_EQ(n.messages.lines.back(), "fill_vorn: Stop in verif");
+    EXPECT_EQ(n.messages.lines.back(), "fill_vorn: Stop in verif"); // the handover went well
+    ASSERT_NE(n.p.runresults, nullptr);
+    EXPECT_EQ(n.p.runresults->nstar + n.p.runresults->ntarr, 0);
 }
 
 } // namespace
