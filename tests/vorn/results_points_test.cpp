@@ -287,6 +287,7 @@ TEST(ResultPlaces, StopAtAStationThatTheRunDoesNotHave)
     for (int dim = 1; dim <= 3; dim++) {
         Handed h(dim, 1, 1);
         h.net.station("MORE", 0, 0);
+        h.net.targets[0].status = STATUS_OFF; // its place is not for a station
         h.attach();
         EXPECT_EQ(h.hand_back(), -3) << dim;
         EXPECT_EQ(h.net.messages.lines, Lines{SIZE_PROBLEM});
@@ -384,6 +385,18 @@ TEST(SplitPoints, OfTheLastStationInThreeShiftTheTargetsByOneToo)
     split(h, {"S0", "S1", "S1", "S1"}, {"T0", "T1"});
     ASSERT_EQ(h.hand_back(), 0);
     EXPECT_EQ(sources(h.r(), 0), (Ints{0, 1, 2, 4}));
+}
+
+// The walk has stayed at the second copy of the last target, which is no place for another one.
+TEST(SplitPoints, AtTheEndOfTheTargetsMakeNoRoomForMore)
+{
+    Handed h(3, 1, 3);
+    split(h, {"S0"}, {"T0", "T1", "T1"});
+    h.net.target("T2", 0, 0);
+    h.attach();
+    EXPECT_EQ(h.hand_back(), -3);
+    EXPECT_EQ(h.net.messages.lines, Lines{SIZE_PROBLEM});
+    EXPECT_EQ(hosts(h.r(), 3), (Ints{0, 1, 2}));
 }
 
 TEST(SplitPoints, AreNoneForAStationAndATargetOfOneName)
