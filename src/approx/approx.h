@@ -39,12 +39,15 @@ enum {
 // Status of a target.
 enum { OBJ_UNKNOWN = 0, OBJ_PLACED = -1 };
 
-// A distance between two targets, which both ends of a pair of stations may have observed.
+// A distance between two targets.
 struct scalebar {
     int idist;      // index in dist
     int end1, end2; // points
-    int mark;
+    int mark;       // its own number while the station at hand observed it, otherwise -1
 };
+
+// Whether station i shot both ends of a bar.
+int shot_bar(const scalebar *bar, int i, int **table);
 
 struct savedcodes;
 struct spreading;
@@ -131,6 +134,20 @@ private:
                      double *oap);                               // 0 or -1
     int buildtabpair(int (*tabpair)[7], int npair, int **table); // 0 or -1
     void colli_base(int i1, int i2, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap);
+    int choose_pair(int (*tabpair)[7], int npair, int *why) const;
+    int local_frame(const int *row, int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
+                    double *oap);
+    int scale_by_bar(int i, int idist, const double *xap, const double *yap, double *scale) const;
+    int scale_by_control(int i1, int i2, int **table, const double *xap, const double *yap, double *scale) const;
+    int heights_over(int i, int p1, int p2, double l1, double l2, double *z1, double *z2) const;
+    int pairs_of(int i, int (*tabpair)[7], int nrow, scalebar *bars, int nbar, int **table);
+    void count_targets(int *row, int **table) const;
+    void count_stations_too(int (*tabpair)[7], int npair, int **table);
+    int common_points(int i, int j, int **table) const;
+    void show_pairs(int (*tabpair)[7], int npair) const;
+    int take_bars(scalebar **bars, int *nbar); // 0 or -1; the caller releases *bars
+    int bar_ends(int idist, int *end1, int *end2) const;
+    void show_bars(const scalebar *bars, int nbar) const;
 
     // two-point transformation and patching
     int spread_step(int *nleft, int iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
@@ -138,6 +155,12 @@ private:
     int transformations(double *xap, double *yap, double *oap);      // 0 or -5
     int t2pt(int p1, int p2, double *xap, double *yap, double *oap); // 0 or -1
     void t1pt(int p, double *xap, double *yap, double *oap);
+    void similarity(const double *parameter, double *xap, double *yap, double *oap) const;
+    int next_known(int start) const;
+    int known_sights(int i, const int *itheo, const int *iobj) const;
+    int mark_resectable(int *itheo, const int *iobj) const;
+    void diagnose(int **table, int *itheo, int *iobj);
+    void intersect_stations(int i, int **table, int *itheo, double *xap, double *yap, double *oap);
 
     // guess spread
     int guess_spread(int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
