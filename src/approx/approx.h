@@ -51,6 +51,15 @@ int shot_bar(const scalebar *bar, int i, int **table);
 
 struct savedcodes;
 struct spreading;
+struct guesswork;
+struct weakshots;
+
+// Two stations for a guess.
+struct guesspair {
+    int it1, it2; // -1: none
+    int ncommon;  // common shots
+    int ibar;     // index in dist of a scale bar for the frame, -1 none
+};
 
 class approx {
 public:
@@ -134,6 +143,8 @@ private:
                      double *oap);                               // 0 or -1
     int buildtabpair(int (*tabpair)[7], int npair, int **table); // 0 or -1
     void colli_base(int i1, int i2, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap);
+    int spread_from_pair(int (*tabpair)[7], int npair, int *iscale, int **table, int *itheo, int *iobj, double *xap,
+                         double *yap, double *oap);
     int choose_pair(int (*tabpair)[7], int npair, int *why) const;
     int local_frame(const int *row, int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
                     double *oap);
@@ -165,6 +176,19 @@ private:
     // guess spread
     int guess_spread(int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
                      double *oap); // 0, -1, -3, -4, -5, -9
+    int start_pair(const int *itheo, guesspair *g) const;
+    int guess_pair(int **table, const int *itheo, guesspair *g);
+    void pair_by_bars(const scalebar *bars, int nbar, int **table, guesspair *g) const;
+    void pair_by_first_bar(const scalebar *bar, int **table, guesspair *g) const;
+    void pair_by_shots(int **table, guesspair *g) const;
+    void show_pair(const guesspair *g) const;
+    int has_elevations() const;
+    int guess_with(const guesspair *g, guesswork *w, int *iscale, int **table, int *itheo, int *iobj, double *xap,
+                   double *yap, double *oap);
+    void scale_guess(const guesspair *g, const guesswork *w, int *iscale, double *xap, double *yap) const;
+    void turn_guess(const guesspair *g, const int *isys, double *xap, double *yap, double *oap) const;
+    void show_guess(const int *itheo, const int *iobj, const double *xap, const double *yap, const double *oap) const;
+    int list_common(int it1, int it2, int ncommon, int **table, int *isys); // 0 or -4
     int guess_o1o2(int it1, int it2, int ncommon, int **table, int *isys, double *app, double *rhs, double *o1,
                    double *o2); // 0, -4, -5; the caller releases isys, app and rhs
     double guess_check(int n, double o1, double o2, int *isys, int **table, double *app); // 9999.0: rays do not meet
@@ -172,11 +196,29 @@ private:
     int guess_resid(double x, double y, double z, double xt, double zt, double o, double hz, double v, double *sum);
     int guess_solve(int n, double o1, double o2, int *isys, int **table, double *app, double *rhs, double *xap,
                     double *yap, double *oap, int *itheo, int *iobj); // 0 or negative
+    void show_isys(const int *isys, int n) const;
+    void put_weak_aside(weakshots *s, double o1, double o2, int *isys, int **table);
+    int strong_shots(weakshots *s, double o1, double o2, int *isys, int **table);
+    void guess_equations(double **mat, double *rhs, int n, const int *isys, int **table, const double *app);
+    int iterate_guess(double **mat, int *indx, int nit, int n, const int *isys, int **table, double *app, double *rhs);
+    int adjust_guess(int nit, int n, const int *isys, int **table, double *app, double *rhs);
+    void give_strong(int n, const int *isys, const double *app, double *xap, double *yap, double *oap, int *itheo,
+                     int *iobj) const;
+    int shot_by_third(int p, int it1, int it2) const;
+    void give_weak(int p, int it1, int it2, int **table, double *xap, double *yap, const double *oap, int *itheo,
+                   int *iobj);
+    int solve_strong(weakshots *s, double o1, double o2, int *isys, int **table, double *app, double *rhs, double *xap,
+                     double *yap, double *oap, int *itheo, int *iobj);
     void guess_normal(double **mat, double *rhs, int m, int k, double x, double y, double z, int it, double xt,
                       double zt, double o, double hz, double v, double *sum);
 
     // patch spread
     int patch_spread(int i, int **table, int *itheo, int *iobj); // 0, -1, -4, -5, -9
+    int patch_shot(int p, int code, int known, int *list, int *nlist) const;
+    int patch_shots(int i, const int *itheo, const int *iobj, int *list) const;
+    int guess_partner(int i, int **table, const int *itheo, const int *list, int nlist) const;
+    int try_guess(int s, int i, int **table);
+    int common_shots(int s1, int s2, int **table) const; // points other than both with a shot from both
 
     // lists of shots and distances
     int take_lists();                   // shots, seen, seenby, lengths; 0 or -1
@@ -208,5 +250,9 @@ private:
 // The angle brought once nearer to the range from -pi to pi: above pi less 2 pi, below -pi
 // more 2 pi.
 double wrap(double angle);
+
+// Meeting (metres) of two rays along the plane angles a and b from (0, 0) and (1, 0); rays
+// that are near parallel or antiparallel give (0, 0).
+void meet(double a, double b, double *x, double *y);
 
 #endif

@@ -153,6 +153,17 @@ int approx::local_frame(const int *row, int *iscale, int **table, int *itheo, in
     return 0;
 }
 
+// colli_spread on a zeroed table of pairs.
+int approx::spread_from_pair(int (*tabpair)[7], int npair, int *iscale, int **table, int *itheo, int *iobj, double *xap,
+                             double *yap, double *oap)
+{
+    if (buildtabpair(tabpair, npair, table) < 0) return -1;
+    const int best = choose_pair(tabpair, npair, iscale);
+    if (best >= 0) return local_frame(tabpair[best], iscale, table, itheo, iobj, xap, yap, oap);
+    fprintf(out, "In spread: no two stations that sighted each other have a common shot\n");
+    return -1;
+}
+
 int approx::colli_spread(int npair, int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
                          double *oap)
 {
@@ -161,11 +172,7 @@ int approx::colli_spread(int npair, int *iscale, int **table, int *itheo, int *i
         fprintf(out, "In spread: pb with tabpair\n");
         return -1;
     }
-    int result = buildtabpair(tabpair, npair, table);
-    if (result == 0) {
-        const int best = choose_pair(tabpair, npair, iscale);
-        result = best < 0 ? -1 : local_frame(tabpair[best], iscale, table, itheo, iobj, xap, yap, oap);
-    }
+    const int result = spread_from_pair(tabpair, npair, iscale, table, itheo, iobj, xap, yap, oap);
     free(tabpair);
     return result;
 }
