@@ -75,7 +75,7 @@ int approx::guess_approx(int n, int **table, int *isys, double *app, int it1, do
         const int s1 = table[it1][isys[k]] - 1, s2 = table[it2][isys[k]] - 1;
         const double a = dir1[s1].val[0] + o1, b = dir1[s2].val[0] + o2;
         if (!can_meet(wrap(a), wrap(b), pi)) return -1;
-        double *p = app + 3 * k;
+        double *p = app + 3 * (size_t)k;
         meet(a, b, p, p + 1);
         p[2] = tan(dir2[s1].val[0]) * sqrt(p[0] * p[0] + p[1] * p[1]);
     }
@@ -99,7 +99,7 @@ double approx::guess_check(int n, double o1, double o2, int *isys, int **table, 
     if (idebug) fprintf(out, "guess_approx pass with %9.5lf %19.5lf\n", o1, o2);
     double sum = 0.0;
     for (int k = 0; k < n; k++) {
-        const double *p = app + 3 * k;
+        const double *p = app + 3 * (size_t)k;
         const int s1 = table[it1][isys[k]] - 1, s2 = table[it2][isys[k]] - 1;
         guess_resid(p[0], p[1], p[2], 0.0, 0.0, o1, dir1[s1].val[0], dir2[s1].val[0], &sum);
         guess_resid(p[0], p[1], p[2], 1.0, 0.0, o2, dir1[s2].val[0], dir2[s2].val[0], &sum);

@@ -60,7 +60,7 @@ void approx::guess_equations(double **mat, double *rhs, int n, const int *isys, 
     const int m = 3 * n + 3;
     double sum = 0.0;
     for (int k = 0; k < n; k++) {
-        const double *p = app + 3 * k;
+        const double *p = app + 3 * (size_t)k;
         const int s1 = table[isys[n]][isys[k]] - 1, s2 = table[isys[n + 1]][isys[k]] - 1;
         guess_normal(mat, rhs, m, k, p[0], p[1], p[2], 1, 0.0, 0.0, app[m - 2], dir1[s1].val[0], dir2[s1].val[0], &sum);
         guess_normal(mat, rhs, m, k, p[0], p[1], p[2], 2, 1.0, app[m - 3], app[m - 1], dir1[s2].val[0], dir2[s2].val[0],
@@ -115,19 +115,21 @@ void approx::give_strong(int n, const int *isys, const double *app, double *xap,
                          int *iobj) const
 {
     const int it[2] = {isys[n], isys[n + 1]};
+    const double *o = app + 3 * (size_t)n + 1;
     for (int k = 0; k < 2; k++) {
         const int i = it[k];
         xap[i] = k; // base of length 1
         yap[i] = 0.0;
-        oap[i] = app[3 * n + 1 + k];
+        oap[i] = o[k];
         if (idebug)
             fprintf(out, "%stheo%d  %s  itheo[%d]=%d   %15.5lf %15.5lf    %15.5lf\n", k == 0 ? "\n" : "", k + 1,
                     points[i].name, i, itheo[i], xap[i], yap[i], oap[i]);
     }
     for (int k = 0; k < n; k++) {
         const int p = isys[k];
-        xap[p] = app[3 * k];
-        yap[p] = app[3 * k + 1];
+        const double *place = app + 3 * (size_t)k;
+        xap[p] = place[0];
+        yap[p] = place[1];
         (p < nsta ? itheo[p] : iobj[p - nsta]) = -1; // THEO_PLACED, OBJ_PLACED
         if (idebug) fprintf(out, "       %s  %15.5lf %15.5lf\n", points[p].name, xap[p], yap[p]);
     }
@@ -167,21 +169,22 @@ int approx::solve_strong(weakshots *s, double o1, double o2, int *isys, int **ta
         fprintf(out, "guess_solve: bad return from guess_approx!\n");
         return -1;
     }
-    app[3 * n] = 0.0;
-    app[3 * n + 1] = o1;
-    app[3 * n + 2] = o2;
+    double *last = app + 3 * (size_t)n; // height of the second station, orientations
+    last[0] = 0.0;
+    last[1] = o1;
+    last[2] = o2;
     const int nit = n == STRONG_SHOTS ? 0 : NITERATION; // with three shots the guess stands
     const int result = adjust_guess(nit, n, isys, table, app, rhs);
     if (result != 0) return result;
     give_strong(n, isys, app, xap, yap, oap, itheo, iobj);
-    int last = n;
+    int nsys = n;
     for (int k = 0; k < s->n; k++) {
         if (s->iweak[k] < 0) continue;
         give_weak(s->iweak[k], it1, it2, table, xap, yap, oap, itheo, iobj);
-        isys[last++] = s->iweak[k];
+        isys[nsys++] = s->iweak[k];
     }
-    isys[last] = it1;
-    isys[last + 1] = it2;
+    isys[nsys] = it1;
+    isys[nsys + 1] = it2;
     return 0;
 }
 

@@ -117,6 +117,15 @@ public:
 
     std::string report() { return n.report(); }
 
+    // What the report has gained since the last call.
+    std::string news()
+    {
+        const size_t from = told;
+        const std::string text = n.report();
+        told = text.size();
+        return text.substr(from);
+    }
+
     struct Place {
         double x[3], turn;
     };
@@ -134,6 +143,8 @@ public:
     std::vector<int *> table;
 
 private:
+    size_t told = 0;
+
     void add(const char *name, double x, double y, double z, double turn)
     {
         point p = point();

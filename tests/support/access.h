@@ -338,6 +338,7 @@ struct approx_access {
     static constexpr auto colli_spread = &approx::colli_spread;
     static constexpr auto buildtabpair = &approx::buildtabpair;
     static constexpr auto colli_base = &approx::colli_base;
+    static constexpr auto scale_by_bar = &approx::scale_by_bar;
     static constexpr auto spread_step = &approx::spread_step;
     static constexpr auto transformations = &approx::transformations;
     static constexpr auto t2pt = &approx::t2pt;
