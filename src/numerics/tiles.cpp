@@ -27,6 +27,7 @@ static void plain_product(int n, const double *a, const double *b, double *c, si
             double sum[8] = {0.0};
             for (int k = 0; k < n; k++) {
                 const double *ak = a + (size_t)k * TILE_LANES + first, f = bj[k];
+#pragma GCC unroll 8 // keeps the sums in registers
                 for (int r = 0; r < 8; r++) sum[r] += ak[r] * f;
             }
             double *cj = c + j * ldc + first;
@@ -65,7 +66,7 @@ __attribute__((target("avx2,fma"))) static inline void half_product4(int n, cons
         const __m256d a0 = _mm256_loadu_pd(a), a1 = _mm256_loadu_pd(a + 4), a2 = _mm256_loadu_pd(a + 8);
 #pragma GCC unroll 4
         for (int j = 0; j < COLUMNS4; j++) {
-            const __m256d f = _mm256_broadcast_sd(b + j * TILE_STRIDE);
+            const __m256d f = _mm256_broadcast_sd(b + (size_t)j * TILE_STRIDE);
             sum[j][0] = _mm256_fmadd_pd(a0, f, sum[j][0]);
             sum[j][1] = _mm256_fmadd_pd(a1, f, sum[j][1]);
             sum[j][2] = _mm256_fmadd_pd(a2, f, sum[j][2]);
@@ -75,7 +76,7 @@ __attribute__((target("avx2,fma"))) static inline void half_product4(int n, cons
     for (int j = 0; j < COLUMNS4; j++)
 #pragma GCC unroll 3
         for (int v = 0; v < 3; v++) {
-            double *at = c + j * ldc + 4 * v;
+            double *at = c + j * ldc + (size_t)v * 4;
             _mm256_storeu_pd(at, _mm256_sub_pd(_mm256_loadu_pd(at), sum[j][v]));
         }
 }
@@ -84,7 +85,7 @@ __attribute__((target("avx2,fma"))) static void product4(int n, const double *a,
 {
     for (int j = 0; j < TILE_COLUMNS; j += COLUMNS4)
         for (int half = 0; half < TILE_LANES; half += 12)
-            half_product4(n, a + half, b + j * TILE_STRIDE, c + j * ldc + half, ldc);
+            half_product4(n, a + half, b + (size_t)j * TILE_STRIDE, c + j * ldc + half, ldc);
 }
 
 __attribute__((target("avx2,fma"))) static void corner4(const double *b, double *x)
@@ -95,7 +96,7 @@ __attribute__((target("avx2,fma"))) static void corner4(const double *b, double 
             __m256d sum = _mm256_loadu_pd(xj);
             for (int e = 0; e < j; e++)
                 sum = _mm256_fnmadd_pd(_mm256_loadu_pd(x + (size_t)e * TILE_LANES + v),
-                                       _mm256_broadcast_sd(b + j * TILE_STRIDE + e), sum);
+                                       _mm256_broadcast_sd(b + (size_t)j * TILE_STRIDE + e), sum);
             _mm256_storeu_pd(xj, sum);
         }
 }
@@ -115,7 +116,7 @@ __attribute__((target("avx512f"))) static void product8(int n, const double *a, 
         const __m512d a0 = _mm512_loadu_pd(a), a1 = _mm512_loadu_pd(a + 8), a2 = _mm512_loadu_pd(a + 16);
 #pragma GCC unroll 8
         for (int j = 0; j < TILE_COLUMNS; j++) {
-            const __m512d f = _mm512_set1_pd(b[j * TILE_STRIDE]);
+            const __m512d f = _mm512_set1_pd(b[(size_t)j * TILE_STRIDE]);
             sum[j][0] = _mm512_fmadd_pd(a0, f, sum[j][0]);
             sum[j][1] = _mm512_fmadd_pd(a1, f, sum[j][1]);
             sum[j][2] = _mm512_fmadd_pd(a2, f, sum[j][2]);
@@ -125,7 +126,7 @@ __attribute__((target("avx512f"))) static void product8(int n, const double *a, 
     for (int j = 0; j < TILE_COLUMNS; j++)
 #pragma GCC unroll 3
         for (int v = 0; v < 3; v++) {
-            double *at = c + j * ldc + 8 * v;
+            double *at = c + j * ldc + (size_t)v * 8;
             _mm512_storeu_pd(at, _mm512_sub_pd(_mm512_loadu_pd(at), sum[j][v]));
         }
 }
@@ -138,7 +139,7 @@ __attribute__((target("avx512f"))) static void corner8(const double *b, double *
             __m512d sum = _mm512_loadu_pd(xj);
             for (int e = 0; e < j; e++)
                 sum = _mm512_fnmadd_pd(_mm512_loadu_pd(x + (size_t)e * TILE_LANES + v),
-                                       _mm512_set1_pd(b[j * TILE_STRIDE + e]), sum);
+                                       _mm512_set1_pd(b[(size_t)j * TILE_STRIDE + e]), sum);
             _mm512_storeu_pd(xj, sum);
         }
 }

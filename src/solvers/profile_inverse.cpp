@@ -17,6 +17,8 @@
 
 enum { STRIPS = 8, BLOCK = STRIPS * TILE_LANES };
 
+static const size_t TILE = (size_t)TILE_COLUMNS * TILE_LANES; // numbers of a tile
+
 struct inverseblock {
     const tilekernel *tiles;
     int n;
@@ -81,7 +83,7 @@ static void fillrows(const inverseblock *q, int r, int place)
     profilerows(q->n, q->a, q->add, r, q->from, q->to, q->b);
     for (int s = 0; s < q->nstrip; s++) {
         const int k = s * TILE_LANES;
-        memset(yat(q, s, place), 0, TILE_COLUMNS * TILE_LANES * sizeof(double));
+        memset(yat(q, s, place), 0, TILE * sizeof(double));
         q->tiles->product(q->to - q->from - k, xat(q, s, k), q->b + k, yat(q, s, place), TILE_LANES);
     }
 }
@@ -110,7 +112,7 @@ static int nextrun(const inverseblock *q, int *r)
 static void inverserows(const inverseblock *q, int r, int from, int to)
 {
     for (int c = 0; c < TILE_COLUMNS; c++) {
-        double *b = q->b + c * TILE_STRIDE;
+        double *b = q->b + (size_t)c * TILE_STRIDE;
         if (r + c < q->n)
             memcpy(b, q->z + (size_t)(r + c) * (size_t)q->n + from, (size_t)(to - from) * sizeof(double));
         else
@@ -130,7 +132,7 @@ static void takeoff(const inverseblock *q, int r, int strip, int n, const double
         return;
     }
     const int rows = min_int(TILE_COLUMNS, q->n - r), cols = min_int(TILE_LANES, q->n - col);
-    memset(q->c, 0, TILE_COLUMNS * TILE_LANES * sizeof(double));
+    memset(q->c, 0, TILE * sizeof(double));
     q->tiles->product(n, a, b, q->c, TILE_LANES);
     for (int i = 0; i < rows; i++)
         for (int j = 0; j < cols; j++) z[i * order + j] += q->c[i * TILE_LANES + j];
@@ -198,7 +200,7 @@ void inverseprofile(int n, const double *a, const size_t *add, double *inv, doub
     q.x = cachealigned(space);
     q.y = q.x + (size_t)BLOCK * BLOCK;
     q.b = q.y + q.depth * BLOCK;
-    q.c = q.b + TILE_COLUMNS * TILE_STRIDE;
+    q.c = q.b + (size_t)TILE_COLUMNS * TILE_STRIDE;
     for (int from = (n - 1) / BLOCK * BLOCK; from >= 0; from -= BLOCK) {
         q.from = from;
         q.to = min_int(from + BLOCK, n);

@@ -1254,3 +1254,121 @@ TEST(CompactDebugnormal, PrintsNoRightHandSideInErrorPropagation)
                           "4               1.000000000000\n"
                           "5               1.000000000000\n");
 }
+
+// ---- networks above the order that is worked on row by row ----
+
+namespace {
+
+const int MANY = 250;
+
+// A chain of heights.
+void longchain(Net &r)
+{
+    for (int p = 0; p < MANY; p++) r.add("A", 0, 0, 2.0 * p);
+    for (int p = 1; p < MANY; p++) r.observe(r.difh, p - 1, p, 2.0 + 0.001 * (p % 7), 1.0);
+}
+
+} // namespace
+
+TEST(CompactLarge, TellsTheLineAndTheValueOfAPivotBelowTheLimit)
+{
+    for (int idebug : {0, 9}) {
+        Net r(1);
+        longchain(r);
+        r.n.p.idebug = idebug;
+        compact &s = r.solver(0, 0);
+        ASSERT_EQ(s.prepare(), 0);
+        s.zeronormal();
+        S(s, normal)();
+        const Vector before(C(s, cnorm), C(s, cnorm) + C(s, compadd)[MANY]);
+        const size_t length = r.report().size();
+        EXPECT_EQ(s.resolution(), -2);
+        const std::string text = r.report().substr(length);
+        const std::string lines = "\n*** Problem with routine cvec at line 249 ***\npivot[249]=  0.000000000000000\n";
+        EXPECT_EQ(text.substr(0, lines.size()), lines);
+        EXPECT_EQ(text.size() > lines.size(), idebug == 9);
+        EXPECT_EQ(C(s, cnorm)[before.size() - 1], before.back()); // the failing diagonal
+        EXPECT_EQ(s.inverse(), -2);
+        EXPECT_NE(r.report().find("\n*** Problem with routine cmat at line 249 ***\npivot[249]=  0.000000000000000\n"),
+                  std::string::npos);
+    }
+}
+
+TEST(CompactLarge, AdjustsAFreeChainToItsClosedForm)
+{
+    Net r(1);
+    longchain(r);
+    compact &s = r.solver(0, 1);
+    ASSERT_EQ(s.prepare(), 0);
+    s.zeronormal();
+    S(s, normal)();
+    ASSERT_EQ(s.resolution(), 0);
+    // Every line is met; the sum of the corrections is zero.
+    double sum = 0.0;
+    for (int p = 0; p < MANY; p++) sum += S(s, delta)[p];
+    EXPECT_NEAR(sum, 0.0, 1e-9);
+    for (int p = 1; p < MANY; p++) EXPECT_NEAR(S(s, delta)[p] - S(s, delta)[p - 1], 0.001 * (p % 7), 1e-11);
+    // Cofactor of a height difference along the chain: the number of its lines.
+    ASSERT_EQ(s.inverse(), 0);
+    const double *q = S(s, inv);
+    const size_t n = MANY + 1;
+    for (size_t a : {0, 17, 100, 200})
+        for (size_t b : {20, 101, 249}) {
+            const double lines = fabs((double)a - (double)b);
+            EXPECT_NEAR(q[a * n + a] + q[b * n + b] - 2.0 * q[a * n + b], lines, 1e-9) << a << " " << b;
+        }
+    for (size_t a = 0; a < n; a++)
+        for (size_t b = 0; b < a; b++) EXPECT_EQ(q[a * n + b], q[b * n + a]);
+}
+
+TEST(CompactLarge, AgreesWithJordan)
+{
+    for (int ndatum : {3, 4, 0}) {
+        Solved<compact> c(2);
+        Solved<jordan> j(2);
+        auto build = [&](auto &r) {
+            std::mt19937 random(5);
+            std::uniform_real_distribution<double> one(-500.0, 500.0);
+            for (int p = 0; p < 90; p++) {
+                const double x = one(random), y = one(random);
+                r.add("A", x, y);
+            }
+            if (ndatum == 0) {
+                for (point &p : r.points)
+                    for (int k = 0; k < 2; k++) p.n0[k] = p.n0[k] < 4 ? N_NONE : p.n0[k] - 4;
+                r.nunk1 -= 4;
+            }
+            for (int p = 60; p < 90; p++) r.points[p].n1[2] = r.nunk2++;
+            for (int p = 60; p < 90; p++)
+                for (int q = p % 7; q < 90; q += 3) {
+                    if (p == q) continue;
+                    const double dx = r.points[q].xpt[0] - r.points[p].xpt[0],
+                                 dy = r.points[q].xpt[1] - r.points[p].xpt[1];
+                    if (ndatum != 4) r.observe(r.dist, p, q, hypot(dx, dy) + 0.01 * sin(p + 3.0 * q), 0.01);
+                    r.observe(r.dir1, p, q, atan2(dy, dx) + 2e-5 * cos(p + 5.0 * q), 2e-5);
+                }
+            r.solver(90, ndatum);
+            EXPECT_EQ(r.s->prepare(), 0);
+            r.s->zeronormal();
+            S(*r.s, normal)();
+            EXPECT_EQ(r.s->resolution(), 0);
+            const Vector delta(S(*r.s, delta), S(*r.s, delta) + S(*r.s, nunk));
+            EXPECT_EQ(r.s->inverse(), 0);
+            return delta;
+        };
+        const Vector a = build(c), b = build(j);
+        const int n = S(*c.s, nunk);
+        ASSERT_GT(n, 200);
+        double step = 0.0, cofactor = 0.0, largest = 0.0;
+        for (int i = 0; i < n - ndatum; i++) {
+            step = fmax(step, fabs(a[i] - b[i]));
+            for (int k = 0; k < n - ndatum; k++) {
+                const size_t at = (size_t)i * n + k;
+                cofactor = fmax(cofactor, fabs(S(*c.s, inv)[at] - S(*j.s, inv)[at]));
+                largest = fmax(largest, fabs(S(*j.s, inv)[at]));
+            }
+        }
+        EXPECT_LT(step, 1e-10) << ndatum;
+        EXPECT_LT(cofactor, 1e-8 * largest) << ndatum;
+    }
+}

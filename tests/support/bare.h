@@ -28,7 +28,7 @@ struct BareRecords {
     {
         memset(datum, 0, sizeof datum);
         memset(ia1, 0, sizeof ia1);
-        points.reserve(100);
+        points.reserve(300);
         n.ready();
     }
 
@@ -44,7 +44,7 @@ struct BareRecords {
     Network n;
     int ia1[9];
     double datum[7];
-    std::vector<point> points; // at most 100, so that observations may point to them
+    std::vector<point> points; // at most 300, so that observations may point to them
     std::vector<measure> dist, difh, dir1, dir2, az, u, v;
     std::vector<gpsbase> gps;
     std::vector<camera> cameras;
