@@ -616,6 +616,58 @@ TEST(LaterComparison, IsAnnouncedInTheReport)
     EXPECT_EQ(h.net.messages.lines, Lines());
 }
 
+// A square of side 2 seen at the epochs 1 and 2; at epoch 2 it stands 10 m further and its
+// corners are 2 mm up and down in turn, which no similarity takes away.
+TEST(LaterComparison, MovesThePointsBeforeTheyAreCopied)
+{
+    const int corners = 4, copies = 2;
+    const double x[corners] = {1, -1, -1, 1}, y[corners] = {1, 1, -1, -1}, z[corners] = {2e-3, -2e-3, 2e-3, -2e-3};
+    Handed h(3, 1, corners * copies);
+    h.net.targets.resize(corners);
+    h.observe(0, 0, corners * copies, 0);
+    for (int c = 0; c < corners; c++) {
+        h.net.targets[c].ilump = 3;
+        for (int epoch = 1; epoch <= copies; epoch++) {
+            const int n = copies * c + epoch - 1;
+            point &p = h.at(1 + n);
+            h.name(1 + n, "T" + std::to_string(c));
+            p.xpt[0] = x[c] + (epoch == 2 ? 10 : 0);
+            p.xpt[1] = y[c];
+            p.xpt[2] = epoch == 2 ? z[c] : 0;
+            h.net.directions[n].time = V(h.run, dir1)[n].time = epoch;
+            V(h.run, dir1)[n].p1 = &h.at(0);
+            V(h.run, dir1)[n].p2 = &p;
+        }
+    }
+    h.attach();
+    h.net.p.lumpmethod = 9;
+    ASSERT_EQ(h.hand_back(), 0);
+
+    ASSERT_EQ(h.r().nrow, 1); // epoch 2 against 1
+    EXPECT_EQ(h.r().ilump[0], 3);
+    EXPECT_NEAR(h.r().tx[0], 10.0, 1e-4);
+    EXPECT_EQ(h.r().ntarr, corners);
+    for (int c = 0; c < corners; c++) {            // the mean of both epochs, brought back to the first
+        EXPECT_NEAR(h.r().xpt[1 + c], x[c], 1e-5); // z squared over the side: 4e-6
+        EXPECT_NEAR(h.r().ypt[1 + c], y[c], 1e-5);
+        EXPECT_NEAR(h.r().zpt[1 + c], 0.5 * z[c], 1e-5);
+    }
+}
+
+TEST(LaterComparison, ThatFailsIsToldAndTheHandoverGoesOn)
+{
+    Handed h(3, 1, 1);
+    h.net.p.lumpmethod = 9;
+    h.at(1).xpt[0] = 12.0;
+    fail_allocation(1 + 2 + 1); // record, residuals, the first table of the comparison
+    EXPECT_EQ(h.hand_back(), 0);
+    fail_allocation(0);
+    EXPECT_EQ(h.net.messages.lines,
+              (Lines{"usesimili: Could not allocate itimetable", "backtoproject: Pb with usesimili"}));
+    EXPECT_EQ(h.net.report(), "\nA Posteriori lump transformation\n\nbacktoproject: Pb with usesimili\n");
+    EXPECT_EQ(h.r().xpt[1], 12.0);
+}
+
 // ---- failing allocations ---------------------------------------------------------
 
 struct Step {
