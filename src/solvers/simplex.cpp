@@ -22,7 +22,7 @@ static const int MOST_EXCHANGES = 100000;
 
 simplex::simplex(const solverinput &in)
     : solution(in), gcost(0.0), cost(NULL), inplus(NULL), ibase(NULL), a(NULL), newpd(NULL), nobs(0), block(NULL),
-      nplan(0), nextra(0)
+      nplan(0), nextra(0), flushed(false)
 {
 }
 
@@ -52,6 +52,7 @@ void simplex::banner()
 void simplex::zeronormal()
 {
     for (int j = 0; j < nunk; j++) inplus[j] = j;
+    flushed = false;
 }
 
 void simplex::buildgps(int, const int[6], const double[3]) { fprintf(out, "buildgps in simplex TO DO\n"); }

@@ -90,7 +90,7 @@ private:
     void negatecolumn(int rows, int col);
     int pivotrow(int rows, int cols, int col) const;
     void exchange(int rows, int cols, int newid, int col, int row);
-    void flush(int rows, int cols);
+    void flush(int rows, int cols, int col);
     void turnaround(int rows, int cols);
 
     // results
@@ -117,6 +117,7 @@ private:
     double *block; // the memory of all rows of a
     int nplan;     // observation rows that the lists ask for
     int nextra;    // rows that came beyond them and were not stored
+    bool flushed;  // no rounding stands in the tableau, every row went through an exchange
 };
 
 #endif

@@ -145,15 +145,18 @@ int simplex::pivotrow(int rows, int, int col) const
     return row;
 }
 
-// Sets what is rounding in the tableau to 0.
-void simplex::flush(int rows, int cols)
+// Sets what is rounding in the tableau to 0. Behind the first exchange only the rows that one
+// has changed, those with an entry in its column, can hold any.
+void simplex::flush(int rows, int cols, int col)
 {
     for (int i = 0; i < rows; i++) {
         double *r = a[i];
+        if (flushed && r[col] == 0.0) continue;
         for (int j = 0; idebug && j < cols; j++)
             if (r[j] != 0.0 && fabs(r[j]) < TINY) fprintf(out, "in exchange put a[%d][%d] to 0.\n", i, j);
         flushrow(r, wholegroups(cols));
     }
+    flushed = true;
 }
 
 // Keeps right-hand sides at 0 or above: the other part of the variable becomes basic.
@@ -191,7 +194,7 @@ void simplex::exchange(int rows, int cols, int newid, int col, int row)
     for (int j = 0; j < n; j++) pivot[j] /= p;
     pivot[col] = 1.0 / p;
     delta[row] /= p;
-    flush(rows, cols);
+    flush(rows, cols, col);
     turnaround(rows, cols);
 
     const double c = cost[col];
