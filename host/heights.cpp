@@ -53,6 +53,7 @@ std::vector<Held> hold_heights(Model &model)
 {
     std::vector<Held> held;
     if (model.p.dim != 3 || model.p.iearth != 2) return held;
+    if (model.solver == Solver::Simplex) return held; // it has rows for fixed heights, and none for weights
     const bool datum_stands = fixed_points(model) >= 3;
     for_points(model, [&](auto &r, Source where) {
         if (!height_alone_fixed(r)) return;

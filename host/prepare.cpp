@@ -234,7 +234,8 @@ int Preparation::weighted() const
 }
 
 // Holds the rotations that nothing determines. A fixed rotation takes part in the datum, so
-// a free network gets them weighted instead, as long as the weights do not become a datum.
+// a free network gets them weighted instead, as long as the weights do not become a datum. The
+// simplex solver has no weights; it leaves alone what nothing determines.
 void Preparation::hold_rotations(size_t i)
 {
     station_input &s = model.stations.records[i];
@@ -247,6 +248,7 @@ void Preparation::hold_rotations(size_t i)
     if (open.empty()) return;
     const int datum = p.dim == 3 ? 7 : 4; // so many weights make a weighted network
     const bool by_weight = is_free_network() && weighted() + (int)open.size() < datum;
+    if (by_weight && model.solver == Solver::Simplex) return;
     for (const int k : open) {
         s.ir[k] = by_weight ? CODE_WEIGHTED : CODE_FIXED;
         if (by_weight) s.sr[k] = 1.0;

@@ -112,6 +112,15 @@ const Sentence solver_sentences[] = {
      "look for points that hardly anything determines; mode solution does without the inverse"},
 };
 
+const Sentence simplex_sentences[] = {
+    {-1, "there is not enough memory for the adjustment", "free memory, or leave out points"},
+    {-2, "the tableau of the simplex solver could not be built",
+     "look for sights to points straight above or below their station; without any, free memory or leave out points"},
+    {-3, "the simplex solver could not solve the network",
+     "look at the engine's lines above: for a sight to a point straight above or below its station, and for a free "
+     "network whose datum points do not hold it"},
+};
+
 const char *const not_a_number[] = {
     "the coordinates are not numbers: something in the network is not determined, or two points coincide",
     "look for points with the same approximate coordinates and for points with too few observations"};
@@ -206,8 +215,12 @@ void Run::stop(Stage stage, int code)
     outcome.reached = stage;
     outcome.code = code;
     const std::string engine = engine_line(stage, code);
-    outcome.words =
-        stage == Stage::Loading ? words_of(start_sentences, code, engine) : words_of(solver_sentences, code, engine);
+    if (stage == Stage::Loading)
+        outcome.words = words_of(start_sentences, code, engine);
+    else if (model.solver == Solver::Simplex)
+        outcome.words = words_of(simplex_sentences, code, engine);
+    else
+        outcome.words = words_of(solver_sentences, code, engine);
 }
 
 // Which point, orientation or constant the row is that could not be eliminated.

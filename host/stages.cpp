@@ -5,18 +5,13 @@
 #include "lump_checks.h"
 #include "names.h"
 #include "runner.h"
+#include "simplex_input.h"
 
 namespace vornhost {
 
 namespace {
 
 constexpr size_t most_points = 20; // named in lines of their own
-
-std::string place(const Model &model, Source where)
-{
-    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
-    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
-}
 
 template <class Record>
 void missing_coordinates(const Model &model, const List<Record> &list, const char *kind,
@@ -36,15 +31,8 @@ void missing_coordinates(const Model &model, const List<Record> &list, const cha
 std::vector<std::string> not_available(const Model &model)
 {
     std::vector<std::string> lines;
-    if (model.solver == Solver::Simplex)
-        lines.push_back("the simplex solver is not part of this version: choose compact or jordan (" + model.path +
-                        ")");
-    const bool lumps = model.p.lumpmethod != 0 && has_lumps(model);
-    if (lumps && model.solver == Solver::Simplex)
-        lines.push_back("the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in "
-                        "[lumps] (" +
-                        model.path + ")");
-    if (lumps && model.p.lumpmethod == 9)
+    if (model.solver == Solver::Simplex) lines = not_for_simplex(model);
+    if (model.p.lumpmethod == 9 && has_lumps(model))
         lines.push_back("lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (" +
                         model.path + ")");
     std::vector<std::string> points;

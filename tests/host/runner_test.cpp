@@ -276,8 +276,7 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
     for (std::string &line : words) c.folder.shorten(line);
     EXPECT_EQ(
         words,
-        Lines({"the simplex solver is not part of this version: choose compact or jordan (net.inp)",
-               "the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in [lumps] "
+        Lines({"the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in [lumps] "
                "(net.inp)",
                "lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (net.inp)",
                "approximate coordinates are not computed by this version: give x, y of target P (net.inp:9)"}));

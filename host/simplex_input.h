@@ -1,0 +1,22 @@
+// What a network may hold and the simplex solver does not adjust.
+
+#ifndef VORNHOST_SIMPLEX_INPUT_H
+#define VORNHOST_SIMPLEX_INPUT_H
+
+#include <string>
+#include <vector>
+
+#include "model.h"
+
+namespace vornhost {
+
+// One line for each kind of observation and for each point that stands in the way, with what to
+// do and its place; at most twenty points. Empty when the solver can take the network.
+std::vector<std::string> not_for_simplex(const Model &model);
+
+// "net.inp:12", or the network file for a record without a place.
+std::string place(const Model &model, Source where);
+
+} // namespace vornhost
+
+#endif
