@@ -4,6 +4,8 @@
 
 #include <stdio.h>
 
+#include <memory>
+
 #include "host/folder.h"
 #include "result.h"
 #include "runner.h"
@@ -234,6 +236,39 @@ TEST(SimplexRun, HoldsFixedHeightsByTheirRows)
     const double curvature = 100.0 * 100.0 / (2.0 * 6371007.0); // below the plane that touches the sphere
     EXPECT_NEAR(c.folder.model.p.runresults->zpt[3], 7.0 - curvature, 1e-6);
     EXPECT_EQ(c.folder.model.targets.records[3].ix[2], CODE_FIXED);
+}
+
+TEST(SimplexRun, SaysThatLumpsAreNotAdjusted)
+{
+    Model model;
+    model.path = "net.inp";
+    model.p.dim = 3;
+    target_input t = target_input();
+    t.status = STATUS_ON;
+    t.ilump = 1;
+    model.targets.add(t, Source());
+    EXPECT_EQ(not_for_simplex(model), Lines());
+    model.p.lumpmethod = 1;
+    EXPECT_EQ(not_for_simplex(model), Lines{"the simplex solver does not adjust lumps: choose compact or jordan, or "
+                                            "write method = 0 in [lumps] (net.inp)"});
+}
+
+// The example of the user guide: a distance that is 36 mm short.
+TEST(SimplexRun, FindsTheSlipOfTheExample)
+{
+    Model model;
+    Faults faults;
+    ASSERT_TRUE(read_network(SOURCE_DIR "/examples/gross_error.inp", model, faults)) << faults.lines()[0];
+    EXPECT_EQ(model.solver, Solver::Simplex);
+    const std::unique_ptr<FILE, int (*)(FILE *)> out(tmpfile(), fclose);
+    Recorder messages;
+    ASSERT_TRUE(vornhost::run(model, out.get(), messages).adjusted());
+    std::string text;
+    rewind(out.get());
+    for (int c = fgetc(out.get()); c != EOF; c = fgetc(out.get())) text += (char)c;
+    EXPECT_TRUE(contains(text, "S2       P           0.033596 *\n"));
+    EXPECT_EQ(text.find(" *\n"), text.rfind(" *\n"));
+    model.p.freerun(model.p.runresults);
 }
 
 TEST(SimplexRun, SaysWhatStoodInTheWay)
