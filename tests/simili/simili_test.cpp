@@ -223,6 +223,39 @@ TEST_F(Similarity, WeighsEachCoordinateByTheStandardDeviationsOfBothPoints)
     }
 }
 
+// At the solution the sum of f^2 v^2, with f held, has no slope by any parameter.
+TEST_F(Similarity, LeavesTheWeightedSumOfSquaresWithoutSlope)
+{
+    points(10, {10, 20, 30}, rotation(0.5, -0.6, 2.7), 1.2, 0.01);
+    std::mt19937 random(4);
+    std::uniform_real_distribution<double> sigma(0.5, 2);
+    for (auto *points : {&ref, &end})
+        for (simpoint &p : *points)
+            for (double &sx : p.sx) sx = sigma(random);
+    transform(1);
+    const auto sum = [&](const double *q) {
+        const Mat3 f = rotation(res[3], res[4], res[5]), r = rotation(q[3], q[4], q[5]);
+        double total = 0;
+        for (size_t i = 0; i < ref.size(); i++) {
+            const Vec3 y = moved({ref[i].x[0], ref[i].x[1], ref[i].x[2]}, {q[0], q[1], q[2]}, r, q[6]);
+            for (int k = 0; k < 3; k++) {
+                double w = std::pow(end[i].sx[k], -2);
+                for (int l = 0; l < 3; l++) w += std::pow(res[6] * f[k][l] / ref[i].sx[l], 2);
+                total += (end[i].x[k] - y[k]) * (end[i].x[k] - y[k]) / w;
+            }
+        }
+        return total;
+    };
+    for (int j = 0; j < 7; j++) {
+        const double h = 1e-4;
+        double up[7], down[7];
+        std::copy(res, res + 7, up), std::copy(res, res + 7, down);
+        up[j] += h, down[j] -= h;
+        const double slope = (sum(up) - sum(down)) / (2 * h), curve = (sum(up) - 2 * sum(res) + sum(down)) / (h * h);
+        EXPECT_LT(std::fabs(slope / curve), 1e-6) << j; // metres and radians from the least sum
+    }
+}
+
 TEST_F(Similarity, RaisesTheStandardDeviationsOfPairedPointsToOneMicrometre)
 {
     points(4, {}, rotation(0, 0, 0), 1.0);
