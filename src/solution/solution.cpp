@@ -24,8 +24,9 @@ solution::solution(const solverinput &in)
       nunk(in.nunk), datum(), centre(), rot(), a1(), a2(), ia1(), ia2(), rhs(NULL), delta(NULL), inv(NULL),
       confidence(95.0), nclass(10), hrange(5.0), hlim(NULL), hnorm(NULL), hall(NULL), hdist(NULL), hdifh(NULL),
       hdir1(NULL), hdir2(NULL), haz(NULL), hgps1(NULL), hgps2(NULL), hgps3(NULL), nlump(in.nlump), lumps(in.lumps),
-      icon(in.icon), nexport(in.nexport), nimport(in.nimport), lcon(in.lcon), Qcon(in.Qcon), nobsuv(in.nobsuv),
-      obsuv1(in.obsuv1), obsuv2(in.obsuv2), suv(in.suv), ncamera(in.ncamera), cameras(in.cameras), temp_res(in.temp_res)
+      icon(in.icon), nexport(in.nexport), nimport(in.nimport), lcon(in.lcon), Qcon(in.Qcon), bycolumn(NULL),
+      nobsuv(in.nobsuv), obsuv1(in.obsuv1), obsuv2(in.obsuv2), suv(in.suv), ncamera(in.ncamera), cameras(in.cameras),
+      temp_res(in.temp_res)
 {
     memcpy(trans, in.pproject->trans, sizeof trans);
     latitude = in.pproject->latitude * pi / 180.0;
@@ -316,12 +317,35 @@ void solution::setcentre()
     }
 }
 
+// Looks up the coordinates by their unknowns: bycolumn[col + 1] is 3 i + k + 1 for the first
+// coordinate k of a point i whose unknown is col, 0 when none has it. Entry 0 is the first
+// coordinate that is no unknown.
+int solution::indeximport()
+{
+    if (icon != 2 && icon != 3) return 0;
+    bycolumn = (int *)zeroed((long long)nunk1 + 1, sizeof *bycolumn);
+    if (!bycolumn) return -1;
+    for (int i = 0; i < npoints; i++)
+        for (int k = 0; k < 3; k++) {
+            const int col = points[i].n0[k];
+            if (col >= -1 && col < nunk1 && bycolumn[col + 1] == 0) bycolumn[col + 1] = 3 * i + k + 1;
+        }
+    return 0;
+}
+
+void solution::dropimport()
+{
+    free(bycolumn);
+    bycolumn = NULL;
+}
+
 // Initial less current value of the coordinate with the unknown col; previous when no
 // coordinate has it.
 double solution::importdiff(int col, double previous)
 {
-    for (const point *p = points; p < points + npoints; p++)
-        for (int k = 0; k < 3; k++)
-            if (p->n0[k] == col) return p->x0[k] - p->xpt[k];
-    return previous;
+    const int at = bycolumn && col >= -1 && col < nunk1 ? bycolumn[col + 1] : 0;
+    if (at == 0) return previous;
+    const point *p = points + (at - 1) / 3;
+    const int k = (at - 1) % 3;
+    return p->x0[k] - p->xpt[k];
 }

@@ -136,7 +136,9 @@ protected:
     void tracedirections();
     void tracepairs();
     void tracehorizontal(const measure *list, int n);
-    void setcentre(); // means of the datum coordinates
+    void setcentre();  // means of the datum coordinates
+    int indeximport(); // takes bycolumn with an imported net; 0, or -1 without memory
+    void dropimport();
     double importdiff(int col, double previous);
 
     // statistics
@@ -283,6 +285,7 @@ protected:
     int icon, nexport, nimport;
     int *lcon;
     double *Qcon;
+    int *bycolumn; // [nunk1 + 1] with an imported net, see indeximport
     int nobsuv;
     measure *obsuv1, *obsuv2;
     double suv;

@@ -36,6 +36,7 @@ void compact::finish()
     rhs = delta = cnorm = work = NULL;
     compadd = NULL;
     freestat();
+    dropimport();
     if (!inv) return;
     if (dim == 3) {
         FILE *f = fopen("tessalpin.sta", "rb");
@@ -244,7 +245,7 @@ int compact::prepare()
     cnorm = (double *)zeroed((long long)compadd[nunk], sizeof(double));
     delta = (double *)zeroed(nunk, sizeof(double));
     work = (double *)zeroed(solvespace(nunk, compadd), sizeof(double));
-    if (!cnorm || !delta || !work) {
+    if (!cnorm || !delta || !work || indeximport() != 0) {
         fprintf(out, "\n*** pb with compact allocation ***\n");
         return -1;
     }

@@ -40,6 +40,7 @@ void jordan::releasework()
     release(&delta);
     release(&norm);
     freestat();
+    dropimport();
 }
 
 void jordan::finish()
@@ -90,7 +91,7 @@ int jordan::prepare()
     nunk += ndatum;
     norm = (double *)zeroed_square(nunk, sizeof *norm);
     rhs = (double *)zeroed(nunk, sizeof *rhs);
-    if (!norm || !rhs) {
+    if (!norm || !rhs || indeximport() != 0) {
         fprintf(out, "pb with allocation of norm\n");
         return -1;
     }

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <math.h>
 #include <stdio.h>
 
@@ -449,6 +450,45 @@ TEST(Normal, RunsTheFamiliesInTheirOrder)
     EveryFamily s;
     S(s, normal)();
     EXPECT_EQ(s.rows, "(0 11)(2)(3)(5)(7)gps0(11)(9)(/7)(5)(5)");
+}
+
+// ---- imported coordinates ----
+
+// Initial less current value, found by the number of the unknown as a search through points and
+// coordinates in order finds it: the first one counts, also among coordinates that are none.
+TEST(ImportDifference, IsThatOfTheFirstCoordinateWithTheNumber)
+{
+    Bare s(3);
+    const int number[3][3] = {{4, 2, -1}, {2, 0, -1}, {1, -1, 7}};
+    for (int i = 0; i < 3; i++) {
+        point &p = s.add(std::string(1, (char)('A' + i)).c_str(), 0, 0, 0);
+        for (int k = 0; k < 3; k++) {
+            p.n0[k] = number[i][k];
+            p.x0[k] = 10.0 * i + k + 1.0;
+        }
+    }
+    s.wire(0);
+    S(s, icon) = 2;
+    S(s, nunk1) = 5;
+    ASSERT_EQ(S(s, indeximport)(), 0);
+    const double wanted[] = {3, 12, 21, 2, 99, 1}; // of -1 to 4
+    for (int col = -1; col < 5; col++) EXPECT_EQ(S(s, importdiff)(col, 99.0), wanted[col + 1]) << col;
+    for (const int col : {-2, 5, 7, 77, INT_MIN, INT_MAX}) EXPECT_EQ(S(s, importdiff)(col, 99.0), 99.0) << col;
+    S(s, dropimport)();
+    EXPECT_EQ(S(s, importdiff)(0, 99.0), 99.0);
+}
+
+TEST(ImportDifference, NeedsNoIndexWithoutAnImport)
+{
+    Bare s(3);
+    s.add("A", 0, 0, 0);
+    s.wire(0);
+    for (const int icon : {0, 1}) {
+        S(s, icon) = icon;
+        fail_allocation(1);
+        EXPECT_EQ(S(s, indeximport)(), 0);
+        fail_allocation(0);
+    }
 }
 
 TEST(Normal, LeavesAPrioriWeightsOutWithAnImportedNet)

@@ -754,6 +754,22 @@ TEST(CompactImport, IsLeftOutOfAnExportAlone)
     EXPECT_EQ(full(s), Vector(36, 0.0));
 }
 
+TEST(CompactImport, NeedsMemoryForItsIndex)
+{
+    Net r(1);
+    r.add("A", 0, 0, 5);
+    compact &s = r.solver(0, 0);
+    int lcon[1] = {0};
+    S(s, icon) = 2;
+    S(s, nimport) = 1;
+    S(s, lcon) = lcon;
+    fail_allocation(5); // behind compadd, cnorm, delta and work
+    EXPECT_EQ(s.prepare(), -1);
+    fail_allocation(0);
+    EXPECT_EQ(r.report(), "\n*** pb with compact allocation ***\n");
+    s.finish();
+}
+
 TEST(CompactImport, CarriesTheDifferenceOverAtANumberThatNoCoordinateHas)
 {
     Net r(1);

@@ -784,6 +784,19 @@ TEST(JordanImport, CarriesTheDifferenceOverAtANumberThatNoCoordinateHas)
     EXPECT_DOUBLE_EQ(S(s, rhs)[0], 2.0 * 8 + 2.0 * 9 + 2.0 * 10 + 0.5 * 11);
 }
 
+TEST(JordanImport, NeedsMemoryForItsIndex)
+{
+    Solved r(1);
+    r.add("A", 0, 0, 5);
+    jordan &s = r.solver(0, 0);
+    S(s, icon) = 2;
+    fail_allocation(3); // behind norm and rhs
+    EXPECT_EQ(s.prepare(), -1);
+    fail_allocation(0);
+    EXPECT_EQ(r.n.report(), "pb with allocation of norm\n");
+    s.finish();
+}
+
 // ---- trace of the system ----
 
 TEST(JordanDebugnormal, PrintsTheLowerTriangleWithItsCounterAndTheRightHandSide)

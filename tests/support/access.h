@@ -189,6 +189,8 @@ struct solution_access {
     static constexpr auto traceobs = &solution::traceobs;
     static constexpr auto setcentre = &solution::setcentre;
     static constexpr auto importdiff = &solution::importdiff;
+    static constexpr auto indeximport = &solution::indeximport;
+    static constexpr auto dropimport = &solution::dropimport;
     static constexpr auto withinturn = &solution::withinturn;
     static constexpr auto Q = &solution::Q;
     static constexpr auto rescov = &solution::rescov;
