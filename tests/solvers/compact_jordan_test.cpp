@@ -517,3 +517,189 @@ TEST(CompactDiffersFromJordan, InTheTraceOfTheSystem)
     EXPECT_NE(j.find("\nRHS to check\n"), std::string::npos);
     EXPECT_EQ(c.substr(c.find("first RHS")), j.substr(j.find("first RHS"))); // the same values
 }
+
+// ---- one matrix ----
+
+namespace {
+
+// Two stations, eight targets of which four move with a lump in two epochs, and a camera;
+// observations of every kind between random points, so that anything may couple with anything.
+template <class Solver> class Everything : public Solved<Solver> {
+public:
+    Everything(unsigned seed, bool fixedstations) : Solved<Solver>(3), random(seed)
+    {
+        for (int p = 0; p < 10; p++) {
+            point &q = this->add("A", uniform(-100, 100), uniform(-100, 100), uniform(-40, 40));
+            if (fixedstations && p < 2)
+                for (int &number : q.n0) number = N_NONE;
+            if (p >= 6) q.ilump = 1;
+        }
+        if (fixedstations) {
+            this->nunk1 = 0;
+            for (point &p : this->points)
+                for (int &number : p.n0)
+                    if (number != N_NONE) number = this->nunk1++;
+        }
+        for (int p = 0; p < 2; p++)
+            for (int &number : this->points[p].n1) number = this->nunk2++;
+        addcamera();
+        addlump();
+        for (int k = 0; k < 6; k++) observations();
+        this->points[5].defdatum[2] = DATUM_FIXED_HEIGHT;
+        this->nfixh = 1;
+        this->n.p.radius = 6371000.0;
+    }
+
+private:
+    double uniform(double a, double b) { return std::uniform_real_distribution<double>(a, b)(random); }
+    int target() { return 2 + (int)(random() % 8); }
+    int time() { return 1 + (int)(random() % 3); }
+
+    void addcamera()
+    {
+        camera c = camera();
+        c.pu = c.pv = 0.01;
+        c.npar = 10;
+        c.par[0] = 0.05;
+        for (int &number : c.ipar) number = this->nunk2++;
+        this->cameras.push_back(c);
+    }
+
+    void addlump()
+    {
+        for (int j = 0; j < 2; j++) iunk[j] = this->nunk2 + 7 * j;
+        this->nunk2 += 14;
+        lump l = lump();
+        l.id = 1;
+        l.nepoch = 3;
+        l.iref = 1;
+        l.iunk = iunk;
+        l.epoch = epoch;
+        l.tx = moved[0], l.ty = moved[1], l.tz = moved[2], l.rx = moved[3], l.ry = moved[4], l.rz = moved[5];
+        l.scale = moved[6];
+        this->lumps.push_back(l);
+    }
+
+    void observations()
+    {
+        const int from = (int)(random() % 2), t = target();
+        this->observe(this->dist, from, t, 50.0, 0.5).typ = (int)(random() % 2);
+        this->dist.back().time = time();
+        this->observe(this->dir1, from, target(), 1.0, 0.1).time = time();
+        this->observe(this->dir2, 1 - from, target(), 0.1, 0.1).time = time();
+        this->observe(this->difh, 0, t, 1.0, 1.0);
+        this->observe(this->az, target(), 1, 1.0, 0.1);
+        this->baseline(from, target(), 10, 20, 5);
+        const int q = target(), when = time();
+        this->observe(this->u, 1, q, 0.001, 1.0).time = when;
+        this->observe(BareRecords::v, 1, q, 0.001, 1.0).time = when;
+    }
+
+    std::mt19937 random;
+    int iunk[2], epoch[2] = {2, 3};
+    double moved[7][2] = {{1.5, -2.0}, {2.5, 4.0}, {-3.5, 1.0}, {0.03, -0.02}, {-0.04, 0.01}, {0.9, 0.5}, {1.02, 0.97}};
+};
+
+} // namespace
+
+TEST(CompactAndJordan, HoldTheSameMatrixOfObservationsOfEveryKind)
+{
+    for (unsigned seed = 1; seed <= 20; seed++)
+        for (bool fixedstations : {false, true})
+            for (int ndatum : {0, 6}) {
+                Everything<compact> c(seed, fixedstations);
+                Everything<jordan> j(seed, fixedstations);
+                c.solver(2, ndatum);
+                j.solver(2, ndatum);
+                ASSERT_EQ(c.s->prepare(), 0);
+                ASSERT_EQ(j.s->prepare(), 0);
+                c.s->zeronormal();
+                j.s->zeronormal();
+                S(*c.s, normal)();
+                S(*j.s, normal)();
+                const int n = S(*c.s, nunk);
+                ASSERT_EQ(n, S(*j.s, nunk));
+                const double *norm = J(*j.s, norm);
+                for (int r = 0; r < n - ndatum; r++) { // datum rows have flags of their own
+                    ASSERT_EQ(S(*c.s, delta)[r], S(*j.s, rhs)[r]) << seed << " " << r;
+                    for (int col = 0; col <= r; col++) {
+                        const double *e = C(*c.s, element)(r, col);
+                        ASSERT_EQ(e ? *e : 0.0, norm[(size_t)r * n + col]) << seed << " " << r << " " << col;
+                    }
+                }
+            }
+}
+
+TEST(CompactAndJordan, SolveTheSameWithTheLastLumpExchanged)
+{
+    for (unsigned seed = 1; seed <= 20; seed++)
+        for (bool fixedstations : {false, true})
+            for (int ndatum : {0, 6}) {
+                Everything<compact> c(seed, fixedstations);
+                Everything<jordan> j(seed, fixedstations);
+                c.points[5].defdatum[2] = j.points[5].defdatum[2] = DATUM_USED; // its weight leaves no digits
+                c.nfixh = j.nfixh = 0;
+                c.solver(2, ndatum);
+                j.solver(2, ndatum);
+                ASSERT_EQ(c.s->prepare(), 0);
+                ASSERT_EQ(j.s->prepare(), 0);
+                c.s->zeronormal();
+                j.s->zeronormal();
+                S(*c.s, normal)();
+                S(*j.s, normal)();
+                const int n = S(*c.s, nunk);
+                for (int k = 0; k < n - ndatum; k++) { // holds what the observations leave open
+                    *C(*c.s, element)(k, k) += 10.0;
+                    J(*j.s, norm)[(size_t)k * n + k] += 10.0;
+                }
+                ASSERT_EQ(c.s->resolution(), 0);
+                ASSERT_EQ(j.s->resolution(), 0);
+                double largest = 0.0;
+                for (int k = 0; k < n; k++) largest = fmax(largest, fabs(S(*j.s, delta)[k]));
+                for (int k = 0; k < n; k++)
+                    ASSERT_NEAR(S(*c.s, delta)[k], S(*j.s, delta)[k], 1e-5 * largest)
+                        << seed << " " << k; // condition about 1e10
+            }
+}
+
+// The row of the orientation holds no coordinate, and yet the exchange moves what couples it with
+// the lump among the coordinates.
+TEST(CompactAndJordan, SolveTheSameWithAnOrientationThatOnlyTheLumpReaches)
+{
+    int iunk[1] = {1}, epoch[1] = {2};
+    double zero[1] = {0.0}, one[1] = {1.0};
+    Pair p(3);
+    auto build = [&](auto &r) {
+        Three{{1, 1, 1}}(r);
+        r.add("S", 0, 0, 0);
+        r.add("T", 30, 40, 5).ilump = 1;
+        for (int k = 3; k < 5; k++)
+            for (int &number : r.points[k].n0) number = N_NONE;
+        r.nunk1 = 9;
+        r.points[3].n1[2] = 0;
+        r.nunk2 = 8;
+        lump l = lump();
+        l.id = 1;
+        l.nepoch = 2;
+        l.iref = 1;
+        l.iunk = iunk;
+        l.epoch = epoch;
+        l.tx = l.ty = l.tz = l.rx = l.ry = l.rz = zero;
+        l.scale = one;
+        r.lumps.push_back(l);
+        r.observe(r.dir1, 3, 4, 0.95, 0.01).time = 2;
+        r.observe(r.dist, 0, 1, 40.0, 0.1);
+    };
+    p.build(build, 5, 0);
+    p.zero();
+    S(*p.c.s, normal)();
+    S(*p.j.s, normal)();
+    for (int k = 0; k < 17; k++) {
+        *C(*p.c.s, element)(k, k) += 1.0;
+        J(*p.j.s, norm)[k * 18] += 1.0;
+    }
+    EXPECT_NE(p.fromjordan(10, 9), 0.0);
+    ASSERT_EQ(p.c.s->resolution(), 0);
+    ASSERT_EQ(p.j.s->resolution(), 0);
+    for (int k = 0; k < 17; k++) EXPECT_NEAR(S(*p.c.s, delta)[k], S(*p.j.s, delta)[k], 1e-10) << k;
+}
