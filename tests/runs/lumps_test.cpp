@@ -1,6 +1,9 @@
 // Whole runs of networks whose groups of points move between epochs by known motions.
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
 
 #include "runs/moving_wall.h"
 #include "vorn.h"
@@ -9,7 +12,8 @@ namespace {
 
 enum Solver { JORDAN, COMPACT };
 
-// Runs the network; the results stand in runresults of the project.
+// Runs the network; the results stand in runresults of the project. The working directory takes
+// the files of the run.
 void adjust(Network &net, Solver solver)
 {
     vorn run(net.ready());
@@ -241,6 +245,123 @@ TEST(MovingGroups, AreTheSameWithBothSolvers)
             EXPECT_NEAR(ra.xpt[i], rb.xpt[i], 1e-9);
             EXPECT_NEAR(ra.szpt[i], rb.szpt[i], 1e-6 * ra.szpt[i]);
         }
+    }
+}
+
+// ---- compared after the adjustment ----
+
+// The comparison leaves its own report, simili.out, in the working directory.
+class SplitGroups : public testing::Test {
+protected:
+    SplitGroups() : home(std::filesystem::current_path())
+    {
+        char pattern[] = "/tmp/splitXXXXXX";
+        folder = mkdtemp(pattern) ? pattern : "/nowhere";
+        std::filesystem::current_path(folder);
+    }
+    ~SplitGroups() override
+    {
+        std::filesystem::current_path(home);
+        std::filesystem::remove_all(folder);
+    }
+
+private:
+    std::filesystem::path home, folder;
+};
+
+// Every epoch has its own points, which find their first coordinates from the observations.
+TEST_F(SplitGroups, HaveTheirMotionsBackFromPerfectObservations)
+{
+    for (int ngroup = 1; ngroup <= 2; ngroup++)
+        for (int nepoch = 2; nepoch <= 5; nepoch++)
+            for (const Solver solver : {JORDAN, COMPACT}) {
+                const std::vector<Group> groups = groups_of(ngroup, nepoch);
+                MovingWall wall(groups, nepoch, 1, 0.0);
+                wall.net.p.lumpmethod = 9;
+                adjust(wall.net, solver);
+                const result &r = *wall.net.p.runresults;
+                expect_rows(r, groups, nepoch);
+                for (int row = 0; row < r.nrow; row++)
+                    for (int k = 0; k < 7; k++)
+                        EXPECT_NEAR(value(r, row, k), motion_of_row(groups, nepoch, row).value(k), 1e-7)
+                            << ngroup << " " << nepoch << " " << row << " " << k;
+                expect_points(wall.net, groups, 1e-7);
+            }
+}
+
+// The comparison afterwards weighs all coordinates alike, which costs some precision: its errors
+// are a little larger than the standard deviations of the motions that were adjusted.
+TEST_F(SplitGroups, HaveTheirMotionsBackWithinThePrecisionOfTheAdjustedOnes)
+{
+    double split = 0.0, adjusted = 0.0;
+    int n = 0;
+    for (unsigned seed = 1; seed <= 6; seed++)
+        for (int ngroup = 1; ngroup <= 2; ngroup++)
+            for (const Solver solver : {JORDAN, COMPACT}) {
+                const int nepoch = 3;
+                const std::vector<Group> groups = groups_of(ngroup, nepoch);
+                MovingWall one(groups, nepoch, 1, 1.0, seed), nine(groups, nepoch, 1, 1.0, seed);
+                nine.net.p.lumpmethod = 9;
+                adjust(one.net, solver);
+                adjust(nine.net, solver);
+                const result &r1 = *one.net.p.runresults, &r9 = *nine.net.p.runresults;
+                expect_rows(r9, groups, nepoch);
+                for (int row = 0; row < r9.nrow; row++)
+                    for (int k = 0; k < 7; k++) {
+                        const double truth = motion_of_row(groups, nepoch, row).value(k), s = deviation(r1, row, k);
+                        const double u9 = (value(r9, row, k) - truth) / s, u1 = (value(r1, row, k) - truth) / s;
+                        EXPECT_LT(fabs(u9), 6.0);
+                        EXPECT_EQ(deviation(r9, row, k), 0.0); // none are made
+                        split += u9 * u9;
+                        adjusted += u1 * u1;
+                        n++;
+                    }
+            }
+    EXPECT_NEAR(adjusted / n, 1.0, 0.4);
+    EXPECT_LT(split / n, 2.0);
+    EXPECT_GT(split, adjusted);
+}
+
+TEST_F(SplitGroups, AreTheSameWithBothSolvers)
+{
+    const std::vector<Group> groups = groups_of(2, 3);
+    MovingWall a(groups, 3, 1, 1.0), b(groups, 3, 1, 1.0);
+    a.net.p.lumpmethod = b.net.p.lumpmethod = 9;
+    adjust(a.net, JORDAN);
+    adjust(b.net, COMPACT);
+    const result &ra = *a.net.p.runresults, &rb = *b.net.p.runresults;
+    ASSERT_EQ(ra.nrow, rb.nrow);
+    for (int row = 0; row < ra.nrow; row++)
+        for (int k = 0; k < 7; k++) EXPECT_NEAR(value(ra, row, k), value(rb, row, k), 1e-8);
+}
+
+TEST_F(SplitGroups, ReachTheHostOnceAPoint)
+{
+    const std::vector<Group> groups = groups_of(2, 4);
+    MovingWall wall(groups, 4, 1, 0.0);
+    wall.net.p.lumpmethod = 9;
+    adjust(wall.net, COMPACT);
+    const result &r = *wall.net.p.runresults;
+    EXPECT_EQ(r.nstar, 5);
+    EXPECT_EQ(r.ntarr, 14);
+    for (int i = 0; i < r.ntarr; i++) EXPECT_EQ(r.ihost[r.nstar + i], r.nstar + i);
+    EXPECT_NE(wall.net.report().find("\nA Posteriori lump transformation\n"), std::string::npos);
+}
+
+TEST_F(SplitGroups, KeepTheScaleAndTheRotationsThatTheHostHolds)
+{
+    for (const int kind : {1, 2}) {
+        const std::vector<Group> groups = groups_of(1, 3, 7, kind != 1, kind != 2);
+        MovingWall wall(groups, 3, 1, 0.0);
+        wall.net.p.lumpmethod = 9;
+        Definition d(groups[0], kind, false);
+        wall.net.lumpdefs.push_back(d.d);
+        adjust(wall.net, JORDAN);
+        const result &r = *wall.net.p.runresults;
+        ASSERT_EQ(r.nrow, 2);
+        for (int row = 0; row < 2; row++)
+            for (int k = 0; k < 7; k++)
+                EXPECT_NEAR(value(r, row, k), motion_of_row(groups, 3, row).value(k), 1e-7) << kind;
     }
 }
 

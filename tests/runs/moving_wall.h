@@ -95,6 +95,7 @@ private:
     void pillar(const std::string &name, const double x[3])
     {
         station_input &s = net.station(name.c_str(), x[0], x[1], x[2]);
+        s.typ = 1; // measures distances, so that it can give first coordinates
         for (int k = 0; k < 3; k++) s.ix[k] = CODE_FIXED;
         s.ir[0] = s.ir[1] = CODE_FIXED;
     }
