@@ -38,7 +38,7 @@ struct Observed {
 class Preparation {
 public:
     explicit Preparation(Model &network) : model(network), p(network.p) {}
-    Prepared run();
+    Prepared run(const std::function<void()> &first_values);
 
 private:
     void find_points();
@@ -274,12 +274,19 @@ void Preparation::note(Source place, const std::string &text)
     prepared.notes.push_back(model.files[(size_t)place.file] + ":" + std::to_string(place.line) + ": " + text);
 }
 
-Prepared Preparation::run()
+Prepared Preparation::run(const std::function<void()> &first_values)
 {
     find_points();
     leave_out();
     find_observations();
     hand_over_targets();
+    if (first_values) {
+        first_values();
+        points.clear();
+        observed.clear();
+        find_points();
+        find_observations();
+    }
     for (size_t i = 0; i < model.stations.size(); i++) orient(i);
     for (size_t i = 0; i < model.stations.size(); i++) hold_rotations(i);
     note_cameras();
@@ -294,6 +301,9 @@ Prepared Preparation::run()
 
 } // namespace
 
-Prepared prepare(Model &model) { return Preparation(model).run(); }
+Prepared prepare(Model &model, const std::function<void()> &first_values)
+{
+    return Preparation(model).run(first_values);
+}
 
 } // namespace vornhost

@@ -3,6 +3,7 @@
 #ifndef VORNHOST_PREPARE_H
 #define VORNHOST_PREPARE_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,9 @@ struct Prepared {
 
 // Takes orientations that are not given from coordinates and directions (circular mean),
 // hands stations without angles over as targets, fixes what nothing determines, and
-// attaches the arrays.
-Prepared prepare(Model &model);
+// attaches the arrays. Coordinates that are missing are computed between these by
+// first_values, which may leave some missing.
+Prepared prepare(Model &model, const std::function<void()> &first_values = nullptr);
 
 } // namespace vornhost
 

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "faults.h"
+#include "first_values.h"
 #include "result.h"
 #include "unknowns.h"
 #include "vorn.h"
@@ -177,6 +178,7 @@ private:
     void set_up();
     void adjust(bool solving);
     void stop(Stage stage, int code);
+    void refuse(const FirstValues &first);
     void name_unknown(const vorn &engine);
     std::string engine_line(Stage stage, int code) const;
 
@@ -223,6 +225,14 @@ void Run::stop(Stage stage, int code)
         outcome.words = words_of(solver_sentences, code, engine);
 }
 
+// Coordinates are missing that the engine would not find either.
+void Run::refuse(const FirstValues &first)
+{
+    outcome.reached = Stage::Loading;
+    outcome.code = -4;
+    outcome.words = first.words;
+}
+
 // Which point, orientation or constant the row is that could not be eliminated.
 void Run::name_unknown(const vorn &engine)
 {
@@ -252,10 +262,15 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (!outcome.words.empty()) return std::move(outcome);
     const AccountKeeper keeper(model);
-    outcome.prepared = prepare(model);
+    FirstValues first;
+    outcome.prepared = prepare(model, [&] { first = compute_first_values(model, report); });
+    outcome.prepared.notes.insert(outcome.prepared.notes.end(), first.notes.begin(), first.notes.end());
     for (const std::string &note : outcome.prepared.notes) listener.pass_on(note);
     set_up();
-    adjust(solving);
+    if (first.words.empty())
+        adjust(solving);
+    else
+        refuse(first);
     if (outcome.adjusted() && solving && !finite_coordinates(model.p.runresults)) {
         outcome.reached = Stage::Solving;
         outcome.words.assign(std::begin(not_a_number), std::end(not_a_number));
