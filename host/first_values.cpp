@@ -5,6 +5,7 @@
 
 #include "names.h"
 #include "result.h"
+#include "simplex_input.h"
 #include "sketch.h"
 #include "vorn.h"
 
@@ -144,7 +145,7 @@ bool Trial::take(Sketch &found) const
 }
 
 bool Trial::run(Way way, FILE *report, Sketch &found)
-{ // found may be the sketch that the trial reads: it is written last
+{
     p = model.p;
     copy_points(way);
     copy_observations();
@@ -159,10 +160,18 @@ bool Trial::run(Way way, FILE *report, Sketch &found)
     return done;
 }
 
-std::string place(const Model &model, Source where)
+// Copies what the engine said behind its summary of the problem.
+void copy_diagnosis(FILE *from, FILE *to)
 {
-    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
-    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
+    char line[4096];
+    bool summary = true;
+    rewind(from);
+    while (fgets(line, sizeof line, from)) {
+        const std::string text = line;
+        summary = summary && (text == "\n" || text == "Summary\n" || text.find("D problem\n") == 1 ||
+                              text.rfind("number of ", 0) == 0);
+        if (!summary) fputs(line, to);
+    }
 }
 
 // The whole computation.
@@ -175,10 +184,10 @@ private:
     int missing() const;
     int missing_stations() const;
     void make_frame();
-    void ask_engine(Way way, FILE *diagnosis);
+    void ask_engine(Way way);
     void move_to_known_point();
     void write();
-    void complain(FILE *diagnosis);
+    void complain();
     template <class Record> void write_list(List<Record> &list);
     template <class Record> void name_missing(const List<Record> &list, const char *kind);
 
@@ -188,6 +197,7 @@ private:
     bool framed = false; // the frame was made up
     int lone = -1;       // the only known point, when the frame was made up
     double target[2] = {0, 0};
+    File diagnosis = File(nullptr, fclose); // report of the engine's first try
     FirstValues values;
 };
 
@@ -235,13 +245,16 @@ void Computation::make_frame()
 
 // Has the engine compute the stations that are missing. A made-up frame is given up when the
 // engine is to find a start of its own.
-void Computation::ask_engine(Way way, FILE *diagnosis)
+void Computation::ask_engine(Way way)
 {
     if (missing_stations() == 0) return;
     Sketch found = sketch;
     if (framed && way == Way::Targets)
         for (SketchPoint &p : found.points) p.placed = p.oriented = false;
-    if (!Trial(model, found).run(way, diagnosis, found)) return;
+    File words(tmpfile(), fclose);
+    const bool done = words && Trial(model, found).run(way, words.get(), found);
+    if (!diagnosis) diagnosis = std::move(words);
+    if (!done) return;
     sketch = found;
     sketch.carry();
 }
@@ -286,11 +299,12 @@ template <class Record> void Computation::name_missing(const List<Record> &list,
     }
 }
 
-void Computation::complain(FILE *diagnosis)
+void Computation::complain()
 {
-    char piece[4096];
-    rewind(diagnosis);
-    for (size_t n; (n = fread(piece, 1, sizeof piece, diagnosis)) > 0;) fwrite(piece, 1, n, report);
+    if (diagnosis) {
+        fprintf(report, "\nFirst coordinates\n\n");
+        copy_diagnosis(diagnosis.get(), report);
+    }
     name_missing(model.stations, "station");
     name_missing(model.targets, "target");
     const size_t n = values.words.size();
@@ -308,11 +322,9 @@ FirstValues Computation::run()
     if (wanted == 0) return std::move(values);
     make_frame();
     sketch.carry();
-    const File diagnosis(tmpfile(), fclose);
-    for (const Way way : {Way::KnownStations, Way::Targets})
-        if (diagnosis) ask_engine(way, diagnosis.get());
+    for (const Way way : {Way::KnownStations, Way::Targets}) ask_engine(way);
     if (missing() > 0) {
-        if (diagnosis) complain(diagnosis.get());
+        complain();
         return std::move(values);
     }
     write();

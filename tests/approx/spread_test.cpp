@@ -125,6 +125,117 @@ TEST_F(Spread, FromResectionsOfAllStations)
     }
 }
 
+TEST_F(Spread, WithOneUselessResectionGoesOnToAPair)
+{
+    build(2);
+    for (int t : {A, B, C}) s->know(t);
+    see(P, {A, B, C, D, Q});
+    see(Q, {A, B, P});
+    s->n.p.idebug = 1;
+    ASSERT_EQ(run(), 0);
+    told("and not a useful one...\n\n");
+    told("Must do transformations.. \n");
+    expect_all({P, Q, A, B});
+}
+
+TEST_F(Spread, FromAPairOfTwoStationsNeedsNoStep)
+{
+    build(2);
+    for (int t : {A, B}) s->know(t);
+    see(P, {Q, A, B, C, D});
+    see(Q, {P, A, B, C, D});
+    ASSERT_EQ(run(), 0);
+    expect_all({P, Q, A, B, C, D});
+}
+
+TEST(SpreadInSpace, FromAGuess)
+{
+    Sketch s(3);
+    const int P = s.station("P", 0, 0, 1.7), Q = s.station("Q", 100, 0, -0.9);
+    for (int k = 0; k < 6; k++)
+        s.target(("T" + std::to_string(k)).c_str(), 50 + 60 * cos(2.4 * k), 70 * sin(2.4 * k + 0.3),
+                 50 * sin(5.0 * k + 1));
+    for (int t = 2; t < 8; t++)
+        for (int i : {P, Q}) s.sight(i, t);
+    s.know(2);
+    s.know(3);
+    s.know_height(P);
+    s.wire();
+    ASSERT_EQ(X(*s.a, spread)(), 0);
+    EXPECT_EQ(s.report(), "");
+    for (int i = 0; i < 8; i++) // three iterations from a grid of 18 degrees, both ends of the scale known
+        for (int k = 0; k < 2; k++) EXPECT_NEAR(s.points[i].xpt[k], s.truth[i].x[k], 0.01) << s.points[i].name;
+}
+
+TEST_F(Spread, WithAPairThatSharesNoPointStartsFromItAllTheSame)
+{
+    // The second station of a pair counts as common to both.
+    build(2);
+    for (int t : {P, Q}) s->know(t);
+    see(P, {Q, A});
+    see(Q, {P, B});
+    ASSERT_EQ(run(), 0);
+    expect_all({P, Q});
+}
+
+TEST_F(Spread, WithoutAnyStartFails)
+{
+    build(2);
+    see(P, {A, B, C});
+    see(Q, {A, B, C});
+    EXPECT_EQ(run(), -3);
+    told("\nguess_spread: dead end!\n");
+}
+
+TEST_F(Spread, EndsWhenNothingMoreCanBeDone)
+{
+    build(3, 1); // in the plane the diagnosis of the open station would call itself successful
+    s->know(P);
+    s->know_turn(P);
+    see(P, {A, B});
+    s->range(P, A);
+    see(Q, {A});
+    EXPECT_EQ(run(), -5);
+    told("\n!! Cannot do anything more !!\n");
+}
+
+TEST_F(Spread, CountsADoneStationThatGivesNoDistancesAsLeftForEver)
+{
+    build(3);
+    for (int t : {A, B, C}) s->know(t);
+    s->know(P);
+    s->know_turn(P);
+    see(P, {D});
+    see(Q, {A, B, C, D});
+    s->range(Q, A); // the one resection is of use
+    EXPECT_EQ(run(), -5);
+    told("\n!! Cannot do anything more !!\n");
+    EXPECT_EQ(s->points[Q].xpt[0], 0.0); // nothing is written
+}
+
+TEST(SpreadInSpace, OfTwoKnownStationsWithoutDistancesNoticesThemResectsAndEndsTheSameWay)
+{
+    Sketch s(3);
+    int station[4], target[3];
+    for (int i = 0; i < 4; i++)
+        station[i] = s.station(("S" + std::to_string(i)).c_str(), 50.0 * i, 7.0 * i * i, 0.1 * i, 0.0, 0);
+    for (int t = 0; t < 3; t++) {
+        target[t] = s.target(("T" + std::to_string(t)).c_str(), 90.0 * t, 150.0 - 60.0 * t * t, 20.0 * t);
+        s.know(target[t]);
+        for (int i : {2, 3}) s.sight(station[i], target[t]);
+    }
+    for (int i : {0, 1}) {
+        s.know(station[i]);
+        s.know_turn(station[i]);
+    }
+    s.n.p.idebug = 1;
+    s.wire();
+    EXPECT_EQ(X(*s.a, spread)(), -5);
+    for (const char *line : {"There are 2 all known stations\n", "\nTO DO: case of more than 2 known stations....\n",
+                             "Number of resections at the start = 2\n", "\n!! Cannot do anything more !!\n"})
+        EXPECT_NE(s.report().find(line), std::string::npos) << line;
+}
+
 TEST_F(Spread, FromAPairWithoutOtherCommonPointPlacesThePairAlone)
 {
     build(2);
@@ -152,6 +263,36 @@ TEST_F(Spread, FromTwoKnownStationsWithoutDistancesEndsAtOnceWithNotices)
                            "                 should not be here!!!\n");
     for (int i : {P, Q})
         for (int k = 0; k < 2; k++) EXPECT_NEAR(s->points[i].xpt[k], s->truth[i].x[k], rounding);
+}
+
+// The result with the n-th allocation failing.
+int result_without(Sketch &s, int n)
+{
+    s.wire();
+    fail_allocation(n);
+    const int result = X(*s.a, spread)();
+    fail_allocation(0);
+    return result;
+}
+
+TEST_F(Spread, FromAPairEndsByTheDocumentedResultsWhenMemoryFails)
+{
+    build(2);
+    for (int t : {A, B}) s->know(t);
+    see(P, {Q, A, B, C, D});
+    see(Q, {P, A, B, C, D});
+    s->wire();
+    fail_allocation(0);
+    ASSERT_EQ(X(*s->a, spread)(), 0);
+    const int all = allocations();
+    std::vector<int> results;
+    for (int n = 1; n <= all; n++) {
+        const int result = result_without(*s, n);
+        if (results.empty() || results.back() != result) results.push_back(result);
+    }
+    EXPECT_EQ(results, (std::vector<int>{-7, -2, -6}));
+    told("In spread: pb with tabpair\n");
+    told("In spread: stop in t2pt\n");
 }
 
 TEST_F(Spread, SaysWhichTableFoundNoMemory)

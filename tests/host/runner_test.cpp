@@ -269,7 +269,6 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
     c.model().solver = Solver::Simplex;
     c.model().p.lumpmethod = 9;
     c.model().targets.records[0].ilump = 1;
-    c.model().targets.records[3].status = STATUS_COMPUTE;
     const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.reached, Stage::Refused);
     Lines words = outcome.words;
@@ -278,22 +277,9 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
         words,
         Lines({"the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in [lumps] "
                "(net.inp)",
-               "lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (net.inp)",
-               "approximate coordinates are not computed by this version: give x, y of target P (net.inp:9)"}));
+               "lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (net.inp)"}));
     EXPECT_EQ(c.report(), "");
     EXPECT_EQ(c.results(), nullptr);
-}
-
-TEST(Run, CountsMissingCoordinatesBeyondTwenty)
-{
-    std::string rows;
-    for (int i = 0; i < 25; i++) rows += "P" + std::to_string(i) + " -\n";
-    Case c("[run]\ndimension = 1\n[tables]\nstations = '''\nname z\n" + rows +
-           "'''\nheight_differences = '''\nfrom to value sigma\nP1 P2 1 1\n'''\n");
-    const Lines lines = not_available(c.model());
-    ASSERT_EQ(lines.size(), 21u);
-    EXPECT_TRUE(contains(lines[0], "give z of station P0 ("));
-    EXPECT_EQ(lines[20], "approximate coordinates are missing for 5 more points");
 }
 
 TEST(Check, StopsBeforeTheSolver)
