@@ -96,11 +96,12 @@ static bool estimated(const point *p)
     return true;
 }
 
-// Name in the first 8 characters of a line, filled up with blanks.
+// Name in the first 8 characters of a line, filled up with blanks; a line ends as on Linux or as
+// on Windows.
 static void linename(const char *line, char name[9])
 {
     int n = 0;
-    while (n < 8 && line[n] != '\0' && line[n] != '\n') {
+    while (n < 8 && line[n] != '\0' && line[n] != '\n' && line[n] != '\r') {
         name[n] = line[n];
         n++;
     }

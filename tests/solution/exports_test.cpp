@@ -222,6 +222,13 @@ TEST(StationCovariance, CutsLongNamesAndPassesOverUnknownAndRepeatedOnes)
               file_text("tessalpin.cov"));
 }
 
+TEST(StationCovariance, TakesLineEndsOfBothKinds)
+{
+    Stations s;
+    s.run("S2\r\nS1\r\n");
+    EXPECT_NE(std::string::npos, file_text("tessalpin.cov").find("2 stations"));
+}
+
 TEST(StationCovariance, TakesTheRestOfALongLineAsTheNext)
 {
     Stations s;
