@@ -73,7 +73,7 @@ private:
         strcpy(s.name, stations.back().name);
         s.typ = 1;
         s.status = STATUS_ON;
-        s.r[2] = 0.0;
+        s.ix[2] = s.ir[0] = s.ir[1] = CODE_ABSENT;
         network.stations.push_back(s);
         for (int k = 0; k < side; k++) {
             const double turn = 2.0 * pi * k / side, far = 30.0 + 15.0 * (k % 2);
@@ -82,6 +82,7 @@ private:
             target_input t = target_input();
             strcpy(t.name, targets.back().name);
             t.status = STATUS_ON;
+            t.ix[2] = CODE_ABSENT;
             if (i == 0)
                 for (int c = 0; c < 2; c++) {
                     t.ix[c] = CODE_FIXED;
