@@ -50,6 +50,7 @@ private:
 
     bool becomes_target(size_t i);
     void hand_over_targets();
+    void order_by_lump();
     void note_targets();
     void adjust_members(const std::vector<int> &new_index);
 
@@ -184,6 +185,30 @@ void Preparation::hand_over_targets()
         prepared.targets.push_back({false, false, model.targets.where[prepared.targets.size()]});
 }
 
+// Lump by lump, in the order of their first targets, behind the targets in none: method 9 tells
+// the points of lumps apart only in that order.
+void Preparation::order_by_lump()
+{
+    if (p.lumpmethod != 9) return;
+    const List<target_input> targets = std::move(model.targets);
+    const std::vector<PointRole> roles = std::move(prepared.targets);
+    std::vector<int> order(targets.size());
+    std::unordered_map<int, int> first = {{0, -1}}; // of each lump
+    for (size_t i = 0; i < order.size(); i++) {
+        order[i] = (int)i;
+        first.emplace(targets.records[i].ilump, (int)i);
+    }
+    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
+        return first[targets.records[(size_t)a].ilump] < first[targets.records[(size_t)b].ilump];
+    });
+    model.targets = List<target_input>();
+    prepared.targets.clear();
+    for (const int i : order) {
+        model.targets.add(targets.records[(size_t)i], targets.where[(size_t)i]);
+        prepared.targets.push_back(roles[(size_t)i]);
+    }
+}
+
 void Preparation::adjust_members(const std::vector<int> &new_index)
 {
     for (std::vector<int> &members : model.group_members) {
@@ -280,6 +305,7 @@ Prepared Preparation::run(const std::function<void()> &first_values)
     leave_out();
     find_observations();
     hand_over_targets();
+    order_by_lump();
     if (first_values) {
         first_values();
         points.clear();

@@ -10,8 +10,9 @@ std::vector<std::string> not_available(const Model &model)
 {
     std::vector<std::string> lines;
     if (model.solver == Solver::Simplex) lines = not_for_simplex(model);
-    if (model.p.lumpmethod == 9 && has_lumps(model))
-        lines.push_back("lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (" +
+    if (model.p.lumpmethod == 9 && model.mode == Mode::Propagation && has_lumps(model))
+        lines.push_back("a propagation of errors has no coordinates of its own for each epoch: write method = 1 in "
+                        "[lumps] (" +
                         model.path + ")");
     return lines;
 }

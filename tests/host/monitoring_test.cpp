@@ -6,10 +6,11 @@
 #include <math.h>
 #include <stdio.h>
 
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "csv_writer.h"
+#include "host/folder.h"
 #include "json_writer.h"
 #include "network_file.h"
 #include "results.h"
@@ -94,4 +95,45 @@ TEST(MonitoredWall, HasNoPrecisionWithoutStatistics)
     EXPECT_NEAR(r.lumps[0].translation[1], 0.008, 0.001);
     EXPECT_FALSE(r.lumps[0].translation_deviation[1]);
     EXPECT_FALSE(r.lumps[0].scale_deviation);
+}
+
+// The example compared after the adjustment, with its panels listed in turns.
+TEST(MonitoredWall, HasItsMotionsBackFromSplitPoints)
+{
+    for (const Solver solver : {Solver::Compact, Solver::Jordan}) {
+        const Results adjusted = adjusted_wall(solver);
+        Folder folder;
+        Model model;
+        Faults faults;
+        ASSERT_TRUE(read_network(SOURCE_DIR "/examples/monitoring_wall.inp", model, faults));
+        model.solver = solver;
+        model.p.lumpmethod = 9;
+        for (size_t i = 3; i < 7; i++) std::swap(model.targets.records[i], model.targets.records[i + 6]);
+        const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
+        Recorder messages;
+        const std::filesystem::path home = std::filesystem::current_path();
+        std::filesystem::current_path(folder.path); // takes simili.out
+        const RunOutcome outcome = run(model, report.get(), messages);
+        std::filesystem::current_path(home);
+        ASSERT_TRUE(outcome.adjusted()) << outcome.words[0];
+        const Results r = collect(model, outcome, "test");
+        model.p.freerun(model.p.runresults);
+        ASSERT_EQ(r.lumps.size(), 2u);
+        EXPECT_EQ(r.points.size(), adjusted.points.size());
+        for (size_t i = 0; i < 2; i++)
+            for (int k = 0; k < 3; k++) {
+                EXPECT_EQ(r.lumps[i].lump, (int)i + 1);
+                EXPECT_EQ(r.lumps[i].scale, 1.0);
+                // the comparison weighs all coordinates alike
+                EXPECT_NEAR(r.lumps[i].translation[k], translations[i][k],
+                            4.0 * *adjusted.lumps[i].translation_deviation[k]);
+                EXPECT_NEAR(r.lumps[i].rotation[k], rotations[i][k], 4.0 * *adjusted.lumps[i].rotation_deviation[k]);
+                EXPECT_FALSE(r.lumps[i].translation_deviation[k]);
+            }
+        for (const PointResult &point : adjusted.points)
+            for (const PointResult &split : r.points) {
+                if (split.name != point.name) continue;
+                EXPECT_NEAR(*split.adjusted[1], *point.adjusted[1], 0.001) << point.name;
+            }
+    }
 }

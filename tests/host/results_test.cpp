@@ -364,15 +364,15 @@ TEST(Results, HoldTheMovementsOfLumps)
     result *run = model.p.runresults;
     run->irun = 1;
     run->dim = 3;
-    run->nrow = 1;
-    run->ilump = array_of_int({7});
-    run->iepoch = array_of_int({2});
-    run->iref = array_of_int({1});
-    run->tx = array({1.5});
-    run->lrz = array({0.25});
-    run->tscale = array({1.01});
-    run->stx = array({0.1});
-    run->stscale = array({0.0});
+    run->nrow = 2; // the lump of the first row could not be compared
+    run->ilump = array_of_int({3, 7});
+    run->iepoch = array_of_int({0, 2});
+    run->iref = array_of_int({0, 1});
+    run->tx = array({0, 1.5});
+    run->lrz = array({0, 0.25});
+    run->tscale = array({0, 1.01});
+    run->stx = array({0, 0.1});
+    run->stscale = array({0, 0.0});
     RunOutcome outcome;
     outcome.reached = Stage::Done;
     const Results r = collect(model, outcome, "");

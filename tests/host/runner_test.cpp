@@ -267,6 +267,7 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
 {
     Case c(plane(triangle));
     c.model().solver = Solver::Simplex;
+    c.model().mode = Mode::Propagation;
     c.model().p.lumpmethod = 9;
     c.model().targets.records[0].ilump = 1;
     const RunOutcome outcome = c.run();
@@ -277,7 +278,8 @@ TEST(Run, RefusesWhatThisVersionCannotDo)
         words,
         Lines({"the simplex solver does not adjust lumps: choose compact or jordan, or write method = 0 in [lumps] "
                "(net.inp)",
-               "lumps are not compared after the adjustment by this version: write method = 1 in [lumps] (net.inp)"}));
+               "a propagation of errors has no coordinates of its own for each epoch: write method = 1 in [lumps] "
+               "(net.inp)"}));
     EXPECT_EQ(c.report(), "");
     EXPECT_EQ(c.results(), nullptr);
 }
