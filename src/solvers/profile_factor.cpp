@@ -3,8 +3,9 @@
 // With G(i,j) = L(i,j) D(j), as in profile.cpp,
 //   G(i,j) = a(i,j) - sum of G(i,k) L(j,k) over k < j.
 // A panel of 192 rows is worked on in a buffer and written back when it is finished: rows behind
-// a failing one stay untouched. The buffer holds G by columns, 24 rows side by side (a strip):
-//   g[strip][column - base][row within the strip]
+// a failing one stay untouched. The buffer holds G by columns, 24 rows side by side (a strip), each
+// strip from its own first column on:
+//   g[strip][column - base[strip]][row within the strip]
 // so that a strip is the wide side of the tiles. The narrow side, 8 rows of L, comes from the
 // profile for columns left of the panel, and from the buffer, as G / D, inside. Columns go in
 // blocks of 192 against all columns before them, TILE_DEPTH at a time, so that what is used
@@ -33,10 +34,9 @@ struct factorpanel {
     double eps;
     int top, end;      // rows top to end - 1
     int nstrip;        // strips in use
-    int base;          // first column in the buffer, a multiple of TILE_COLUMNS
-    size_t width;      // columns of a strip in the buffer
+    int base;          // first column of all, a multiple of TILE_COLUMNS
     int first[STRIPS]; // first column of each strip
-    double *g;         // [STRIPS][width][TILE_LANES]
+    double *g[STRIPS]; // [columns from first, rounded down, to the last of the strip][TILE_LANES]
     double *b;         // [TILE_COLUMNS][TILE_STRIDE] narrow side
 };
 
@@ -52,27 +52,30 @@ static int firstof(int n, const size_t *add, int from, int to)
     return f;
 }
 
-// Columns that the buffer of the panel at row top holds, the first of them in base.
-static int panelwidth(int n, const size_t *add, int top, int *base)
+// First column of a strip in the buffer.
+static int rounddown(int v) { return v / TILE_COLUMNS * TILE_COLUMNS; }
+
+// Columns that the strip at row from holds, its own last one among them.
+static size_t stripwidth(int n, const size_t *add, int from)
 {
-    *base = firstof(n, add, top, top + PANEL) / TILE_COLUMNS * TILE_COLUMNS;
-    return top + PANEL - *base;
+    return (size_t)(from + TILE_LANES - rounddown(firstof(n, add, from, from + TILE_LANES)));
 }
 
 long long factorspace(int n, const size_t *add)
 {
-    long long width = 0;
+    long long most = 0;
     for (int top = 0; top < n; top += PANEL) {
-        int base;
-        const int w = panelwidth(n, add, top, &base);
-        if (w > width) width = w;
+        long long width = 0;
+        for (int from = top; from < min_int(top + PANEL, n); from += TILE_LANES)
+            width += (long long)stripwidth(n, add, from);
+        if (width > most) most = width;
     }
-    return width * PANEL + (long long)TILE_COLUMNS * TILE_STRIDE + CACHE_LINE;
+    return most * TILE_LANES + (long long)TILE_COLUMNS * TILE_STRIDE + CACHE_LINE;
 }
 
 static double *column(const factorpanel *p, int strip, int col)
 {
-    return p->g + (strip * p->width + (size_t)(col - p->base)) * TILE_LANES;
+    return p->g[strip] + (size_t)(col - rounddown(p->first[strip])) * TILE_LANES;
 }
 
 // Copies columns from to to - 1 of the rows of a strip into the buffer, which is zero.
@@ -81,27 +84,32 @@ static void loadcolumns(const factorpanel *p, int strip, int from, int to)
     const int first = p->top + strip * TILE_LANES, end = min_int(first + TILE_LANES, p->n);
     for (int i = first; i < end; i++) {
         const double *row = rowbase(p->a, p->add, i);
-        double *g = column(p, strip, p->base) + (i - first);
+        double *g = column(p, strip, from) + (i - first);
         const int last = min_int(to, i + 1);
-        for (int k = max_int(from, firstcol(p->add, i)); k < last; k++) g[(size_t)(k - p->base) * TILE_LANES] = row[k];
+        for (int k = max_int(from, firstcol(p->add, i)); k < last; k++) g[(size_t)(k - from) * TILE_LANES] = row[k];
     }
 }
 
-static void loadstrip(factorpanel *p, int strip)
+// Lays a strip at g and returns the address behind it.
+static double *loadstrip(factorpanel *p, int strip, double *g)
 {
     const int first = p->top + strip * TILE_LANES, end = min_int(first + TILE_LANES, p->n);
+    const size_t size = stripwidth(p->n, p->add, first) * TILE_LANES;
+    p->g[strip] = g;
     p->first[strip] = firstof(p->n, p->add, first, end);
+    p->base = min_int(p->base, rounddown(p->first[strip]));
+    memset(g, 0, size * sizeof(double));
     for (int k = p->first[strip]; k < end; k += CHUNK) loadcolumns(p, strip, k, k + CHUNK);
+    return g + size;
 }
 
-static void loadpanel(factorpanel *p, int top)
+static void loadpanel(factorpanel *p, int top, double *g)
 {
-    p->top = top;
+    p->top = p->base = top;
     p->end = min_int(top + PANEL, p->n);
     p->nstrip = (p->end - top + TILE_LANES - 1) / TILE_LANES;
-    p->width = (size_t)panelwidth(p->n, p->add, top, &p->base);
-    memset(p->g, 0, p->nstrip * p->width * TILE_LANES * sizeof(double));
-    for (int s = 0; s < p->nstrip; s++) loadstrip(p, s);
+    for (int s = 0; s < p->nstrip; s++) g = loadstrip(p, s, g);
+    p->b = g;
 }
 
 // Writes columns from to to - 1 of a row back as L.
@@ -109,9 +117,10 @@ static void storecolumns(const factorpanel *p, int i, int from, int to)
 {
     double *row = rowbase(p->a, p->add, i);
     const int at = i - p->top, last = min_int(to, i);
-    const double *g = column(p, at / TILE_LANES, p->base) + at % TILE_LANES;
-    for (int k = max_int(from, firstcol(p->add, i)); k < last; k++)
-        row[k] = g[(size_t)(k - p->base) * TILE_LANES] * p->d[k];
+    const int first = max_int(from, firstcol(p->add, i));
+    if (first >= last) return;
+    const double *g = column(p, at / TILE_LANES, first) + at % TILE_LANES;
+    for (int k = first; k < last; k++, g += TILE_LANES) row[k] = *g * p->d[k];
 }
 
 // Writes the rows before end back, with the reciprocals of their pivots; row failed keeps its
@@ -170,12 +179,18 @@ static void reducecolumns(const factorpanel *p, int j, int from, int to)
     }
 }
 
+// Takes the unit triangle in b off columns j to j + 7 of the strips from first on that hold them.
+static void corners(const factorpanel *p, int j, int first)
+{
+    for (int s = first; s < p->nstrip; s++)
+        if (j + TILE_COLUMNS > p->first[s]) p->tiles->corner(p->b, column(p, s, j));
+}
+
 // Finishes columns j to j + 7 left of the panel.
 static void cornerbefore(const factorpanel *p, int j)
 {
     profilerows(p->n, p->a, p->add, j, j, j + TILE_COLUMNS, p->b);
-    for (int s = 0; s < p->nstrip; s++)
-        if (j + TILE_COLUMNS > p->first[s]) p->tiles->corner(p->b, column(p, s, j));
+    corners(p, j, 0);
 }
 
 // The same inside the panel, with its pivots. Returns 0, or the failing row + 1.
@@ -198,7 +213,7 @@ static int cornerinside(const factorpanel *p, int j)
         }
         p->d[j + c] = 1.0 / pivot;
     }
-    for (int s = strip + 1; s < p->nstrip; s++) p->tiles->corner(p->b, column(p, s, j));
+    corners(p, j, strip + 1);
     return 0;
 }
 
@@ -244,10 +259,8 @@ int factorprofile(int n, double *a, const size_t *add, double *d, double *space,
     p.add = add;
     p.d = d;
     p.eps = pivotlimit(n, a, add);
-    p.g = cachealigned(space);
     for (int top = 0; top < n; top += PANEL) {
-        loadpanel(&p, top);
-        p.b = p.g + p.width * PANEL;
+        loadpanel(&p, top, cachealigned(space));
         const int failed = factorrows(&p);
         if (failed) return failed;
     }

@@ -356,6 +356,19 @@ TEST(FactorProfile, LeavesTheFailingRowReducedButForItsDiagonal)
     }
 }
 
+TEST(FactorProfile, NeedsOneStripOfSpaceForOneFullRow)
+{
+    const int n = 20000;
+    std::vector<int> first = banded(n, 1);
+    first[n - 1] = 0;
+    const Profile p(first, [](int, int) { return 0.0; });
+    EXPECT_LT(factorspace(n, p.add.data()), (long long)n * (TILE_LANES + 2));
+    EXPECT_LT(factorspace(n - 1, p.add.data()), 20000); // a band needs little
+    // A full profile needs a panel of rows.
+    const Profile q(full_rows(400), [](int, int) { return 0.0; });
+    EXPECT_LT(factorspace(400, q.add.data()), 400 * 192 + 5000);
+}
+
 TEST(InverseProfile, InvertsForEveryProcessorAndShape)
 {
     for (int n : LARGE) {
