@@ -1,7 +1,8 @@
 // A start from two stations with common targets that did not sight each other: their
 // orientations are searched so that the vertical angles agree, then adjusted. The frame is
 // local (metres with a scale bar, else the length of the base; radians), the first station at
-// the origin; it is turned to the orientation of that station where one is known.
+// the origin; it is turned to the orientation of that station where one is known. Other points
+// that are known keep their place and status, in whatever frame that is.
 
 #include "approx/approx.h"
 

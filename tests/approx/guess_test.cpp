@@ -125,6 +125,22 @@ TEST_F(Guess, StartsTwoStationsInTheirFrame)
     EXPECT_EQ(s.report(), "");
 }
 
+TEST_F(Guess, ForgetsNothingOfTheOtherPoints)
+{
+    both({A, B, C, D});
+    s.wire();
+    s.place(A); // common: takes its place in the frame
+    s.place(F);
+    s.place(R, THEO_PLACED);
+    s.itheo[P] = THEO_ORIENTED;
+    s.know_turn(P);
+    EXPECT_EQ(guess(), 0);
+    expect_frame({P, Q, A, B, C, D}, 1 / base);
+    expect_frame({R, F}, 1); // as they were
+    EXPECT_EQ(s.itheo[R], THEO_PLACED);
+    EXPECT_EQ(s.iobj[F - R - 1], OBJ_PLACED);
+}
+
 TEST_F(Guess, LeavesTwoFinishedStationsAlone)
 {
     both({A, B, C, D});

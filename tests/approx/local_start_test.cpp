@@ -1,0 +1,174 @@
+// Whole spreads that begin in a frame of their own, from a pair of stations or by a guess.
+
+#include <gtest/gtest.h>
+
+#include "approx/sketch.h"
+#include "support/faults.h"
+
+namespace {
+
+const double pi = 4.0 * atan(1.0);
+const double rounding = 1e-8; // metres, radians: frame, resections and transformation of some 100 m
+
+class LocalStart : public ::testing::Test {
+protected:
+    // sighted: P and Q sight each other; otherwise a guess has to find them.
+    void build(int dim, bool sighted)
+    {
+        s = std::make_unique<Sketch>(dim);
+        const double base = atan2(20, 90); // orientations of the grid of the search, from the base
+        P = s->station("P", 1000, 2000, base + 3 * pi / 10, 50);
+        Q = s->station("Q", 1090, 2020, base + 7 * pi / 10, 50);
+        R = s->station("R", 1040, 1910, 0.2, 45);
+        A = s->target("A", 1030, 2070, 70);
+        B = s->target("B", 1080, 2075, 35);
+        C = s->target("C", 1055, 1940, 58);
+        D = s->target("D", 980, 2090, 81);
+        E = s->target("E", 1130, 1930, 33);
+        for (int i : {P, Q}) {
+            if (sighted) s->sight(i, P + Q - i);
+            for (int t : {A, B, C, D}) s->sight(i, t);
+        }
+        for (int t : {A, B, C, E}) s->sight(R, t);
+        s->sight(P, E);
+    }
+
+    int run()
+    {
+        s->wire();
+        return X(*s->a, spread)();
+    }
+
+    // After a run all points are in true place, or shifted.
+    void expect_all(double dx = 0, double dy = 0)
+    {
+        for (int i = 0; i <= E; i++) {
+            EXPECT_NEAR(s->points[i].xpt[0], s->truth[i].x[0] + dx, rounding) << i;
+            EXPECT_NEAR(s->points[i].xpt[1], s->truth[i].x[1] + dy, rounding) << i;
+        }
+    }
+
+    void expect_turns()
+    {
+        for (int i : {P, Q, R})
+            EXPECT_NEAR(remainder(s->points[i].xex[2] + s->truth[i].turn, 2 * pi), 0, rounding) << i;
+    }
+
+    std::unique_ptr<Sketch> s;
+    int P = 0, Q = 0, R = 0, A = 0, B = 0, C = 0, D = 0, E = 0;
+};
+
+TEST_F(LocalStart, FromAPairIsBroughtToTwoKnownPoints)
+{
+    for (int dim : {2, 3}) {
+        build(dim, true);
+        for (int i : {A, E}) s->know(i); // E is not common to the pair: the transformation scales
+        ASSERT_EQ(run(), 0);
+        expect_all();
+        expect_turns();
+        EXPECT_EQ(s->report(), "colli_spread: Could not scale \n");
+    }
+}
+
+TEST_F(LocalStart, FromAPairWithTwoKnownCommonPointsHasItsScaleAtOnce)
+{
+    build(2, true);
+    for (int i : {A, B}) s->know(i);
+    ASSERT_EQ(run(), 0);
+    expect_all();
+    expect_turns();
+    EXPECT_EQ(s->report(), "");
+}
+
+TEST_F(LocalStart, FromAPairWithABarUsesDistancesOfLaterStations)
+{
+    build(2, true);
+    const int G = s->target("G", 1000, 1900);
+    s->know(A);
+    s->range(A, C);
+    s->sight(R, G);
+    s->range(R, G); // G is placed by R alone
+    ASSERT_EQ(run(), 0);
+    EXPECT_NEAR(hypot(s->points[G].xpt[0] - s->points[R].xpt[0], s->points[G].xpt[1] - s->points[R].xpt[1]),
+                s->level(R, G), rounding);
+    EXPECT_NEAR(hypot(s->points[P].xpt[0] - s->points[E].xpt[0], s->points[P].xpt[1] - s->points[E].xpt[1]),
+                s->level(P, E), rounding);
+    EXPECT_EQ(s->points[A].xpt[0], 1030); // shifted onto the only known point
+}
+
+TEST_F(LocalStart, WithoutAKnownPointKeepsTheBaseOfOne)
+{
+    build(2, true);
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(s->points[P].xpt[0], 0);
+    EXPECT_EQ(s->points[Q].xpt[0], 1);
+    EXPECT_NEAR(hypot(s->points[E].xpt[0], s->points[E].xpt[1]), s->level(P, E) / s->level(P, Q), rounding);
+}
+
+TEST_F(LocalStart, ByAGuessIsBroughtToTwoKnownPoints)
+{
+    build(3, false);
+    for (int i : {A, D}) s->know(i);
+    s->know_height(P);
+    ASSERT_EQ(run(), 0);
+    expect_all();
+    expect_turns();
+    for (int t : {A, B, C, D}) EXPECT_NEAR(s->points[t].xpt[2], s->truth[t].x[2], rounding);
+    EXPECT_EQ(s->report(), "");
+}
+
+TEST_F(LocalStart, ByAGuessInThePlaneFails)
+{
+    build(2, false);
+    for (int i : {A, E}) s->know(i);
+    EXPECT_EQ(run(), -3);
+    EXPECT_EQ(s->points[B].xpt[0], 0);
+}
+
+TEST_F(LocalStart, FailsWhenTheFrameCannotBeTransformed)
+{
+    build(2, true);
+    for (const char *name : {"G", "H"}) s->know(s->target(name, 1000, 1900)); // nobody saw them
+    EXPECT_EQ(run(), -6);
+    EXPECT_EQ(s->points[B].xpt[0], 0); // nothing is written
+    EXPECT_EQ(s->report(), "colli_spread: Could not scale \nIn ludcmp: null pivot\nIn spread: stop in t2pt\n");
+}
+
+TEST_F(LocalStart, FailsWhenAStationCannotBeReached)
+{
+    build(2, true);
+    s->dir1.erase(s->dir1.end() - 5, s->dir1.end() - 1); // what R saw
+    EXPECT_EQ(run(), -5);
+    EXPECT_NE(s->report().find("\nPatching successful ... now what??\n"), std::string::npos);
+}
+
+TEST_F(LocalStart, EndsOrderlyWithoutMemoryWhereverItFails)
+{
+    for (bool sighted : {true, false}) {
+        build(3, sighted);
+        for (int i : {A, E}) s->know(i);
+        s->range(A, B);
+        ASSERT_EQ(run(), 0);
+        fail_allocation(0);
+        build(3, sighted);
+        for (int i : {A, E}) s->know(i);
+        s->range(A, B);
+        s->wire();
+        fail_allocation(0);
+        ASSERT_EQ(X(*s->a, spread)(), 0);
+        const int all = allocations();
+        for (int n = 1; n <= all; n++) {
+            build(3, sighted);
+            for (int i : {A, E}) s->know(i);
+            s->range(A, B);
+            s->wire();
+            fail_allocation(n);
+            EXPECT_LT(X(*s->a, spread)(), 0) << n;
+            fail_allocation(0);
+            EXPECT_NE(s->report(), "") << n;
+            EXPECT_EQ(s->points[B].xpt[0], 0) << n;
+        }
+    }
+}
+
+} // namespace
