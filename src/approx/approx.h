@@ -145,6 +145,7 @@ private:
     void colli_base(int i1, int i2, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap);
     int spread_from_pair(int (*tabpair)[7], int npair, int *iscale, int **table, int *itheo, int *iobj, double *xap,
                          double *yap, double *oap);
+    void show_best(const int *row, int why) const;
     int choose_pair(int (*tabpair)[7], int npair, int *why) const;
     int local_frame(const int *row, int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
                     double *oap);

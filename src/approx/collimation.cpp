@@ -31,19 +31,27 @@ static int best_pair(int (*tabpair)[7], int npair, int why)
     return best;
 }
 
+void approx::show_best(const int *row, int why) const
+{
+    const char *name1 = points[row[0]].name, *name2 = points[row[1]].name;
+    if (why == BY_BAR)
+        fprintf(out, "the best pair (with scale bar) is:  %s  %s\n", name1, name2);
+    else if (why == BY_CONTROL)
+        fprintf(out, "the best pair (with control) is:  %s  %s\n", name1, name2);
+    else
+        fprintf(out, "the best pair is:  %s  %s\n", name1, name2);
+}
+
 // A pair with a scale bar comes before one with known points, and that before any other.
 // Returns its row and why, or -1.
 int approx::choose_pair(int (*tabpair)[7], int npair, int *why) const
 {
     const int order[] = {BY_BAR, BY_CONTROL, BY_SHOTS};
-    const char *const with[] = {" (with scale bar)", " (with control)", ""};
     for (int k = 0; k < 3; k++) {
         const int r = best_pair(tabpair, npair, order[k]);
         if (r < 0) continue;
         *why = order[k];
-        if (idebug)
-            fprintf(out, "the best pair%s is:  %s  %s\n", with[k], points[tabpair[r][0]].name,
-                    points[tabpair[r][1]].name);
+        if (idebug) show_best(tabpair[r], *why);
         return r;
     }
     return -1;

@@ -114,23 +114,26 @@ int approx::adjust_guess(int nit, int n, const int *isys, int **table, double *a
 void approx::give_strong(int n, const int *isys, const double *app, double *xap, double *yap, double *oap, int *itheo,
                          int *iobj) const
 {
-    const int it[2] = {isys[n], isys[n + 1]};
-    const double *o = app + 3 * (size_t)n + 1;
-    for (int k = 0; k < 2; k++) {
-        const int i = it[k];
-        xap[i] = k; // base of length 1
-        yap[i] = 0.0;
-        oap[i] = o[k];
-        if (idebug)
-            fprintf(out, "%stheo%d  %s  itheo[%d]=%d   %15.5lf %15.5lf    %15.5lf\n", k == 0 ? "\n" : "", k + 1,
-                    points[i].name, i, itheo[i], xap[i], yap[i], oap[i]);
+    const int it1 = isys[n], it2 = isys[n + 1];
+    xap[it1] = yap[it1] = yap[it2] = 0.0;
+    xap[it2] = 1.0;
+    oap[it1] = app[3 * (size_t)n + 1];
+    oap[it2] = app[3 * (size_t)n + 2];
+    if (idebug) {
+        fprintf(out, "\ntheo1  %s  itheo[%d]=%d   %15.5lf %15.5lf    %15.5lf\n", points[it1].name, it1, itheo[it1],
+                xap[it1], yap[it1], oap[it1]);
+        fprintf(out, "theo2  %s  itheo[%d]=%d   %15.5lf %15.5lf    %15.5lf\n", points[it2].name, it2, itheo[it2],
+                xap[it2], yap[it2], oap[it2]);
     }
     for (int k = 0; k < n; k++) {
         const int p = isys[k];
         const double *place = app + 3 * (size_t)k;
         xap[p] = place[0];
         yap[p] = place[1];
-        (p < nsta ? itheo[p] : iobj[p - nsta]) = -1; // THEO_PLACED, OBJ_PLACED
+        if (p < nsta)
+            itheo[p] = THEO_PLACED;
+        else
+            iobj[p - nsta] = OBJ_PLACED;
         if (idebug) fprintf(out, "       %s  %15.5lf %15.5lf\n", points[p].name, xap[p], yap[p]);
     }
 }

@@ -11,7 +11,10 @@ enum { MAX_KNOWN = 2 }; // with three known shots the station would have been re
 int approx::patch_shot(int p, int code, int known, int *list, int *nlist) const
 {
     if (known) list[(*nlist)++] = p;
-    fprintf(out, "        shot %s %s with code %d\n", p < nsta ? "theo " : "point", points[p].name, code);
+    if (p < nsta)
+        fprintf(out, "        shot theo  %s with code %d\n", points[p].name, code);
+    else
+        fprintf(out, "        shot point %s with code %d\n", points[p].name, code);
     if (*nlist <= MAX_KNOWN) return 0;
     fprintf(out, "Patch_spread: Cannot have more than 2 known shots\n");
     return -1;
