@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "connected_net.h"
 #include "faults.h"
 #include "first_values.h"
 #include "result.h"
@@ -19,10 +20,11 @@ namespace {
 // within the engine, which knows no exceptions.
 class Listener : public Feedback {
 public:
-    explicit Listener(Feedback &user) : next(user) {}
+    Listener(Feedback &user, ConnectedNet &connected) : next(user), net(connected) {}
     void feedback(char *line) override
     {
         strncpy(last, line, sizeof last - 1);
+        net.hear(line);
         next.feedback(line);
     }
     int decision(char *question, char *title) override { return next.decision(question, title); }
@@ -31,6 +33,7 @@ public:
 
 private:
     Feedback &next;
+    ConnectedNet &net;
     char last[512] = "";
 };
 
@@ -171,7 +174,7 @@ int solve(vorn &engine, Solver solver)
 // A run, or its first half: the project as the engine sees it, and where it stopped.
 class Run {
 public:
-    Run(Model &network, FILE *out, Feedback &user) : model(network), report(out), listener(user) {}
+    Run(Model &network, FILE *out, Feedback &user) : model(network), report(out), net(network), listener(user, net) {}
     RunOutcome go(bool solving);
 
 private:
@@ -179,11 +182,13 @@ private:
     void adjust(bool solving);
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
+    void close_export();
     void name_unknown(const vorn &engine);
     std::string engine_line(Stage stage, int code) const;
 
     Model &model;
     FILE *report;
+    ConnectedNet net;
     Listener listener;
     long start = -1;
     RunOutcome outcome;
@@ -203,6 +208,7 @@ void Run::set_up()
 // behind the line of a missing convergence the report lists residuals.
 std::string Run::engine_line(Stage stage, int code) const
 {
+    if (stage == Stage::Loading && !net.import_refusal().empty()) return printable(net.import_refusal());
     const std::string told = printable(without_blanks(listener.last_line()));
     if (stage == Stage::Solving && code == -4)
         return told.rfind("Problem at iteration", 0) == 0
@@ -247,6 +253,7 @@ void Run::adjust(bool solving)
 {
     vorn engine(&model.p);
     int code = engine.vornstart();
+    if (!net.import_refusal().empty()) return stop(Stage::Loading, -6); // the engine goes on without it
     if (code != 0) return stop(Stage::Loading, code);
     if (solving) code = solve(engine, model.solver);
     if (code == 0) {
@@ -257,14 +264,24 @@ void Run::adjust(bool solving)
     name_unknown(engine);
 }
 
+void Run::close_export()
+{
+    const std::string note = net.close(outcome.adjusted());
+    if (note.empty()) return;
+    outcome.prepared.notes.push_back(note);
+    listener.pass_on(note);
+}
+
 RunOutcome Run::go(bool solving)
 {
     outcome.words = not_available(model);
+    if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
     const AccountKeeper keeper(model);
     FirstValues first;
     outcome.prepared = prepare(model, [&] { first = compute_first_values(model, report); });
     outcome.prepared.notes.insert(outcome.prepared.notes.end(), first.notes.begin(), first.notes.end());
+    if (const std::string note = import_note(model); !note.empty()) outcome.prepared.notes.push_back(note);
     for (const std::string &note : outcome.prepared.notes) listener.pass_on(note);
     set_up();
     if (first.words.empty())
@@ -275,6 +292,7 @@ RunOutcome Run::go(bool solving)
         outcome.reached = Stage::Solving;
         outcome.words.assign(std::begin(not_a_number), std::end(not_a_number));
     }
+    if (solving) close_export();
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
     outcome.accounts = keeper.close(model);

@@ -304,7 +304,7 @@ TEST(Check, FindsADatumThatIsNotDefined)
 TEST(Check, WritesNoConnectedNet)
 {
     Case c("[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code connect\nA 100 fixed none\nB 101 free export\n"
-           "'''\nheight_differences = '''\nfrom to value sigma\nA B 1 1\n'''\n");
+           "'''\nheight_differences = '''\nfrom to value sigma\nA B 1 1\nB A -1.001 1\n'''\n");
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(c.folder.path);
     c.check();
