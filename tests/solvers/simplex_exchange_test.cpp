@@ -351,19 +351,22 @@ TEST(Exchange, LeavesNoComplementForAnArtificialVariable)
 TEST(Exchange, SkipsRowsAndClearsEntriesThatAreRounding)
 {
     Hand h(1);
-    simplex &s = h.tableau(2, 3);
+    simplex &s = h.tableau(2, 4);
     S(s, idebug) = 1;
     const size_t start = h.n.report().size();
     set(L1(s, a)[0], {1.0, 2.0});
     set(L1(s, a)[1], {1.0e-10, 0.9e-10});
     set(L1(s, a)[2], {0.0, -1.0e-10});
-    set(S(s, delta), {1.0, 1.0, 1.0});
-    L1(s, exchange)(3, 2, 0, 0, 0);
+    set(L1(s, a)[3], {0.0, -0.9e-10}); // no entry in the column: cleared as well
+    set(S(s, delta), {1.0, 1.0, 1.0, 1.0});
+    L1(s, exchange)(4, 2, 0, 0, 0);
     EXPECT_EQ(L1(s, a)[1][0], 1.0e-10); // neither pivoted nor below the limit
     EXPECT_EQ(L1(s, a)[1][1], 0.0);
     EXPECT_EQ(L1(s, a)[2][1], -1.0e-10);
     EXPECT_EQ(S(s, delta)[1], 1.0);
-    EXPECT_EQ(traced(h, start), "in exchange do nothing at line 1  (col 0)\nin exchange put a[1][1] to 0.\n");
+    EXPECT_EQ(traced(h, start), "in exchange do nothing at line 1  (col 0)\nin exchange put a[1][1] to 0.\n"
+                                "in exchange put a[3][1] to 0.\n");
+    EXPECT_EQ(L1(s, a)[3][1], 0.0);
 }
 
 TEST(Exchange, WorksOnEveryNumberOfColumns)

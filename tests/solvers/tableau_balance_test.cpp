@@ -87,6 +87,14 @@ TEST(Balance, CountsFixedHeightsInTheMeanRedundancyOnly)
     EXPECT_EQ(L1(s, newpd)[2], 1.0e8);
 }
 
+// 1 - (1 + 1) / 2: far from the redundancies of 1/2.
+TEST(Balance, CountsConditionsInTheMeanRedundancy)
+{
+    TwoHeights t({0.5, 0.5});
+    EXPECT_EQ(t.h.solver(0, 1).prepare(), 0);
+    EXPECT_TRUE(holds(t.h.n.report(), "After 11 iterations:\n r[  0]"));
+}
+
 // A free loop: the heights are not determined, and the sweeps go on with what stands.
 TEST(Balance, GoesOnWithASingularMatrix)
 {
@@ -106,7 +114,12 @@ TEST(Balance, GoesOnWithASingularMatrix)
     for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 0, 1, 1.0, 1.0);
     unseen.n.messages.answer = 1;
     EXPECT_EQ(unseen.solver(0, 1).prepare(), 0);
-    EXPECT_EQ(unseen.n.report().rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
+    const std::string text = unseen.n.report();
+    EXPECT_EQ(text.rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
+    int undefined = 0; // the height of C has no number, and with it no redundancy has one
+    for (size_t at = text.find("nan  original"); at != std::string::npos; at = text.find("nan  original", at + 1))
+        undefined++;
+    EXPECT_EQ(undefined, 4);
 }
 
 // As many observations as unknowns: a division by zero, but only of doubles.
