@@ -68,7 +68,7 @@ private:
     void designdist(double **row);
     int designdir1(double **row);
     int designdir2(double **row);
-    int columns(const double *row, double factor, bool all, int *list) const;
+    int columns(const double *row, bool all, int *list) const;
     void invertnormal(balancing *b);
     double influence(const balancing *b, int i) const;
     double sweep(balancing *b, double rbar, bool first);

@@ -163,13 +163,9 @@ int simplex::takenormal(balancing *b)
 
 // ---- sweeps ----
 
-// Columns of a row that count in its products: those that are not 0, or all of them, so that
-// what is not finite in a row or a factor reaches every product as in a full sum.
-int simplex::columns(const double *row, double factor, bool all, int *list) const
+// Columns of a row that count in its products: those that are not 0, or all of them.
+int simplex::columns(const double *row, bool all, int *list) const
 {
-    double size = 0.0;
-    for (int j = 0; j < nunk; j++) size += fabs(row[j]);
-    if (!isfinite(size * factor)) all = true;
     int n = 0;
     for (int j = 0; j < nunk; j++)
         if (all || row[j] != 0.0) list[n++] = j;
@@ -183,7 +179,7 @@ void simplex::invertnormal(balancing *b)
     memset(b->norm.block, 0, sizeof(double) * (size_t)nunk * (size_t)nunk);
     for (int i = 0; i < nobs; i++) {
         const double *row = b->design.row[i];
-        const int n = columns(row, newpd[i], false, b->list), *list = b->list;
+        const int n = columns(row, false, b->list), *list = b->list;
         for (int j = 0; j < n; j++) {
             const double f = newpd[i] * row[list[j]];
             for (int k = 0; k < n; k++) norm[list[j]][list[k]] += f * row[list[k]];
@@ -201,11 +197,12 @@ void simplex::invertnormal(balancing *b)
     }
 }
 
-// Influence of row i, as computed: rounding can take it out of [0, 1].
+// Influence of row i, as computed: rounding can take it out of [0, 1]. What is not finite in the
+// inverse reaches every row, as in a full sum.
 double simplex::influence(const balancing *b, int i) const
 {
     const double *row = b->design.row[i];
-    const int n = columns(row, 1.0, !b->defined, b->list), *list = b->list;
+    const int n = columns(row, !b->defined, b->list), *list = b->list;
     double sum = 0.0;
     for (int j = 0; j < n; j++) {
         const double *q = b->inv.row[list[j]];

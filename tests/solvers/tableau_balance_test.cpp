@@ -10,6 +10,14 @@ namespace {
 
 bool holds(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 
+// Redundancies of the first sweep that are no numbers.
+int undefined(const std::string &text)
+{
+    int n = 0;
+    for (size_t at = text.find("nan  original"); at != std::string::npos; at = text.find("nan  original", at + 1)) n++;
+    return n;
+}
+
 // B observed from the fixed A with the given deviations.
 struct TwoHeights {
     explicit TwoHeights(std::vector<double> sigmas) : h(1)
@@ -108,18 +116,32 @@ TEST(Balance, GoesOnWithASingularMatrix)
     EXPECT_TRUE(holds(h.n.report(), "After "));
 
     Hand unseen(1);
+    unseen.add("C", 0, 0, 1);
     unseen.add("A", 0, 0, 0);
     unseen.add("B", 0, 0, 1);
-    unseen.add("C", 0, 0, 1);
-    for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 0, 1, 1.0, 1.0);
+    for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 1, 2, 1.0, 1.0);
     unseen.n.messages.answer = 1;
     EXPECT_EQ(unseen.solver(0, 1).prepare(), 0);
     const std::string text = unseen.n.report();
     EXPECT_EQ(text.rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
-    int undefined = 0; // the height of C has no number, and with it no redundancy has one
-    for (size_t at = text.find("nan  original"); at != std::string::npos; at = text.find("nan  original", at + 1))
-        undefined++;
-    EXPECT_EQ(undefined, 4);
+    EXPECT_EQ(undefined(text), 4); // the height of C has no number, and with it no redundancy has one
+}
+
+// A distance between two points at the same place has no row: all products have no number.
+TEST(Balance, SpreadsARowWithoutNumbersToAllRedundancies)
+{
+    Hand h(2);
+    const double places[][2] = {{0, 0}, {100, 0}, {0, 0}, {0, 100}, {100, 100}};
+    for (const double(&p)[2] : places) h.add("P", p[0], p[1]);
+    for (int i = 2; i < 5; i++) h.points[i].n0[0] = h.points[i].n0[1] = N_NONE;
+    h.nunk1 = 4;
+    for (const int to : {2, 3, 4}) {
+        h.observe(h.dist, 0, to, 100.0, 0.01);
+        h.observe(h.dist, 1, to, 100.0, 0.01);
+    }
+    h.n.messages.answer = 1;
+    EXPECT_EQ(h.solver().prepare(), 0);
+    EXPECT_EQ(undefined(h.n.report()), 6);
 }
 
 // As many observations as unknowns: a division by zero, but only of doubles.
