@@ -217,3 +217,21 @@ TEST(SettleLumps, LeavesLumpsOfOtherMethodsAlone)
         EXPECT_EQ(members, 2);
     }
 }
+
+TEST(SettleLumps, NotesALumpOfFixedPoints)
+{
+    Wall wall;
+    wall.points = "A 10 0 0 4\nB 0 10 0 4\nC 5 5 5 4\n";
+    wall.folder.write("net.inp", wall.text());
+    EXPECT_EQ(wall.folder.read(), Lines());
+    Model &model = wall.folder.model;
+    for (size_t i = 0; i < 3; i++) {
+        EXPECT_TRUE(settle_lumps(model).empty());
+        for (int &code : model.targets.records[i].ix) code = CODE_FIXED;
+    }
+    const std::vector<LumpNote> notes = settle_lumps(model);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0].text, "lump 4 has fixed points only, and the iteration follows coordinates: weight them, with "
+                             "standard deviations of 0.1 mm, to have its movements exactly");
+    EXPECT_EQ(notes[0].where.line, model.targets.where[0].line);
+}

@@ -248,6 +248,48 @@ TEST(MovingGroups, AreTheSameWithBothSolvers)
     }
 }
 
+// No pillar is fixed: the datum is that of all points at the reference epoch.
+TEST(MovingGroups, AreTheSameWithBothSolversInAFreeNetwork)
+{
+    const std::vector<Group> groups = groups_of(2, 3);
+    MovingWall a(groups, 3, 1, 0.0), b(groups, 3, 1, 0.0);
+    for (MovingWall *wall : {&a, &b})
+        for (station_input &s : wall->net.stations)
+            for (int &code : s.ix) code = CODE_FREE;
+    adjust(a.net, JORDAN);
+    adjust(b.net, COMPACT);
+    const result &ra = *a.net.p.runresults, &rb = *b.net.p.runresults;
+    ASSERT_EQ(ra.nrow, 4);
+    ASSERT_EQ(rb.nrow, 4);
+    EXPECT_LT(ra.sigpost, 1e-3); // perfect observations in standard deviations of theirs
+    for (int row = 0; row < 4; row++) {
+        // seen from any frame a group grows by its own scale
+        EXPECT_NEAR(value(ra, row, 6), motion_of_row(groups, 3, row).scale, 1e-8);
+        for (int k = 0; k < 7; k++) EXPECT_NEAR(value(ra, row, k), value(rb, row, k), 1e-8);
+    }
+}
+
+// Points known from an earlier epoch. They are weighted: with fixed ones no coordinate would be
+// unknown, and the iteration would end after its first step.
+TEST(MovingGroups, HaveTheirMotionsBackFromKnownPoints)
+{
+    for (const Solver solver : {JORDAN, COMPACT}) {
+        const std::vector<Group> groups = groups_of(1, 2);
+        MovingWall wall(groups, 2, 1, 0.0);
+        for (size_t i = 0; i < wall.net.targets.size(); i++)
+            for (int k = 0; k < 3; k++) {
+                target_input &t = wall.net.targets[i];
+                t.ix[k] = CODE_WEIGHTED;
+                t.sx[k] = 0.0001;
+                t.x[k] = groups[0].points[i][(size_t)k];
+            }
+        adjust(wall.net, solver);
+        const result &r = *wall.net.p.runresults;
+        expect_rows(r, groups, 2);
+        for (int k = 0; k < 7; k++) EXPECT_NEAR(value(r, 0, k), groups[0].motions[1].value(k), 1e-7);
+    }
+}
+
 // ---- compared after the adjustment ----
 
 // The comparison leaves its own report, simili.out, in the working directory.
