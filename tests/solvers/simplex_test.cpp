@@ -135,6 +135,44 @@ TEST(VornL1, EndsByItsCodesWhateverAllocationFails)
     }
 }
 
+// What has no rows of its own brings one too many: the tableau stays whole and the run ends.
+TEST(VornL1, RefusesAzimuthsAndWeights)
+{
+    for (const bool azimuth : {false, true}) {
+        RandomNetwork network(2, 3, 4, azimuth ? 3 : 0, 2, 1.0, 0.001);
+        Network &n = network.net;
+        if (azimuth) {
+            n.azimuth(n.stations[0].name, n.targets[0].name, 50.0, 0.01);
+        } else {
+            n.targets[0].ix[0] = CODE_WEIGHTED;
+            n.targets[0].sx[0] = 0.1;
+        }
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0);
+        EXPECT_EQ(run.vornL1(), -3);
+        EXPECT_TRUE(holds(n.report(), "resolution: 37 rows came for 36 observations and fixed heights\n"
+                                      "\nProgram stops in resolution\n"))
+            << n.report();
+    }
+}
+
+TEST(VornL1, LeavesBaselinesOut)
+{
+    RandomNetwork network(3, 2, 4, 3, 2, 1.0, 0.001);
+    Network &n = network.net;
+    gps_input g = gps_input();
+    g.status = 1;
+    memcpy(g.from, n.stations[0].name, 8);
+    memcpy(g.to, n.targets[0].name, 8);
+    g.cov[0] = g.cov[3] = g.cov[5] = 1.0;
+    n.baselines.push_back(g);
+    n.p.igps = 1;
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    EXPECT_EQ(run.vornL1(), 0);
+    EXPECT_TRUE(holds(n.report(), "\nbuildgps in simplex TO DO\n"));
+}
+
 // ---- frame ----
 
 TEST(SimplexFrame, AnnouncesItselfAndMakesTheRunOneOfASinglePass)
