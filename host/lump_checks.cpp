@@ -1,6 +1,7 @@
 #include "lump_checks.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <unordered_map>
 
@@ -11,7 +12,8 @@ namespace vornhost {
 namespace {
 
 constexpr int least_points = 3, least_sightings = 3, least_epochs = 2;
-constexpr int least_for_world = 4; // sightings that make the epoch of the fixed stations the reference
+constexpr double farthest = 1000.0; // metres from the origin to the middle of a lump
+constexpr int least_for_world = 4;  // sightings that make the epoch of the fixed stations the reference
 
 // Lump of each used point that belongs to one.
 std::unordered_map<std::string, int> lumps_of_points(const Model &model)
@@ -117,6 +119,7 @@ namespace {
 
 struct Lump {
     int points = 0, fixed = 0;
+    double centre[3] = {0, 0, 0}; // sum of the coordinates, metres
     Source where;                 // its first point
     std::map<int, int> sightings; // directions to its points, by epoch
     std::map<int, int> others;    // distances and vertical angles that touch them, by epoch
@@ -150,6 +153,7 @@ private:
             Lump &lump = all[found->second];
             if (lump.points++ == 0) lump.where = list.where[i];
             lump.fixed += is_fixed(list.records[i].ix);
+            for (int k = 0; k < 3; k++) lump.centre[k] += list.records[i].x[k] * metres_per_unit(model.p);
         }
     }
 
@@ -224,6 +228,7 @@ private:
         if (lump.fixed == lump.points)
             note(lump.where, name + " has fixed points only, and the iteration follows coordinates: weight them, with "
                                     "standard deviations of 0.1 mm, to have its movements exactly");
+        note_distance(name, lump);
         settle_reference(name, id, lump);
         note_others(name, lump);
     }
@@ -238,6 +243,20 @@ private:
                                               ": another one is taken");
             d.iref = 0;
         }
+    }
+
+    // A lump turns about the origin: far from it every uncertainty of the rotation is one of the
+    // translation.
+    void note_distance(const std::string &name, const Lump &lump)
+    {
+        double square = 0;
+        for (int k = 0; k < 3; k++) {
+            const double x = lump.centre[k] / lump.points - (model.p.iearth != 0 ? model.p.trans[k] : 0.0);
+            square += x * x;
+        }
+        if (square < farthest * farthest) return;
+        note(lump.where, name + " turns about the origin, " + std::to_string((long long)(std::sqrt(square) / 1000.0)) +
+                             " km away: its translation is not its own movement; take an origin near it");
     }
 
     void note_stray(size_t i)

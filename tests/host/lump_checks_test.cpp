@@ -235,3 +235,20 @@ TEST(SettleLumps, NotesALumpOfFixedPoints)
                              "standard deviations of 0.1 mm, to have its movements exactly");
     EXPECT_EQ(notes[0].where.line, model.targets.where[0].line);
 }
+
+TEST(SettleLumps, NotesALumpFarFromTheOrigin)
+{
+    const std::string far = "A 600010 0 0 4\nB 600000 10 0 4\nC 600005 5 5 4\n";
+    Wall wall;
+    wall.points = far;
+    EXPECT_EQ(wall.notes(), (Lines{"net.inp:10: lump 4 turns about the origin, 600 km away: its translation is not its "
+                                   "own movement; take an origin near it"}));
+    Wall shifted;
+    shifted.points = far;
+    shifted.settings = "[earth]\nmodel = \"cartesian\"\norigin = [600000.0, 0.0, 0.0]\n";
+    EXPECT_EQ(shifted.notes(), Lines());
+    Wall millimetres;
+    millimetres.points = far;
+    millimetres.settings = "[units]\nlength = \"mm\"\n";
+    EXPECT_EQ(millimetres.notes(), Lines());
+}
