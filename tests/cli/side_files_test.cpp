@@ -1,0 +1,49 @@
+// What a run leaves in the working folder beside its outputs: the files that docs/program.md lists.
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "host/folder.h"
+
+namespace {
+
+std::string text_of(const std::filesystem::path &path)
+{
+    std::ostringstream all;
+    all << std::ifstream(path).rdbuf();
+    return all.str();
+}
+
+bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+std::set<std::string> side_files(const std::string &network, const std::string &mode)
+{
+    std::set<std::string> names;
+    if (mode == "solution" && contains(network, "images = ")) names.insert("rejects");
+    if (contains(network, "method = 9")) names.insert("simili.out");
+    return names;
+}
+
+TEST(SideFiles, OfAnExampleAreTheListedOnes)
+{
+    if (std::string(VORN_PROGRAM).empty()) GTEST_SKIP() << "the program is not built";
+    for (const auto &entry : std::filesystem::directory_iterator(SOURCE_DIR "/examples"))
+        for (const char *mode : {"statistics", "solution", "propagation"}) {
+            if (entry.path().extension() != ".inp") continue;
+            const Folder folder;
+            const std::string command = VORN_PROGRAM " adjust " + entry.path().string() + " --quiet --mode " + mode +
+                                        " -C " + folder.path + " >/dev/null 2>&1 </dev/null";
+            ASSERT_NE(system(command.c_str()), -1);
+            std::set<std::string> names;
+            for (const auto &left : std::filesystem::directory_iterator(folder.path))
+                names.insert(left.path().filename().string());
+            EXPECT_EQ(names, side_files(text_of(entry.path()), mode)) << entry.path() << " " << mode;
+        }
+}
+
+} // namespace
