@@ -10,7 +10,6 @@
 
 #include <math.h>
 #include <stdlib.h>
-
 #include <string.h>
 
 #include "numerics/memory.h"
@@ -68,16 +67,19 @@ static void set_add(pointset *s, const char *name, const double x[3])
     nameindex_add(s->names, p->name, s->n++);
 }
 
-// Loads the copies of a column, as many as were counted; false when there are more.
-static bool set_load(pointset *s, const lumpcopies *w, int c, int count)
+// Loads the copies of a column, as many as were counted; label names the set in the complaint
+// about more.
+static void set_load(pointset *s, const lumpcopies *w, int c, int count, const char *label)
 {
     for (int r = 0; r < w->nrow; r++) {
         if (copy_at(w, r, c) < 0) continue;
-        if (s->n >= count) return false;
+        if (s->n >= count) {
+            tell(w->fb, "usesimili: pb loading %s", label);
+            return;
+        }
         const point *p = w->points + copy_at(w, r, c);
         set_add(s, p->name, p->xpt);
     }
-    return true;
 }
 
 static void show_point(FILE *out, const simpoint *p)
@@ -210,7 +212,7 @@ void vorn::compare_epoch(lumpmotion *m, int c)
     if (idebug) fprintf(out, "epoch %d (%d) versus %d (%d)\n", m->w->itimetable[c], npend, lumps[m->b].iref, m->ref.n);
     pointset end = pointset();
     if (set_take(&end, npend)) {
-        set_load(&end, m->w, c, npend);
+        set_load(&end, m->w, c, npend, "pend");
         take_epoch(m, c, &end);
     } else {
         tell(pfeedback, "usesimili: pb pend");
@@ -241,7 +243,7 @@ static bool load_reference(lumpmotion *m)
         tell(w->fb, "usesimili: pb with pref");
         return false;
     }
-    if (!set_load(&m->ref, w, m->kref, copy_counts(w)[m->kref])) tell(w->fb, "usesimili: pb loading pref");
+    set_load(&m->ref, w, m->kref, copy_counts(w)[m->kref], "pref");
     if (w->idebug) fprintf(w->out, "at reference epoch\n");
     for (int i = 0; w->idebug && i < m->ref.n; i++) show_point(w->out, m->ref.p + i);
     return true;

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "runs/moving_wall.h"
+#include "support/faults.h"
 #include "vorn.h"
 
 namespace {
@@ -405,6 +406,37 @@ TEST_F(SplitGroups, KeepTheScaleAndTheRotationsThatTheHostHolds)
             for (int k = 0; k < 7; k++)
                 EXPECT_NEAR(value(r, row, k), motion_of_row(groups, 3, row).value(k), 1e-7) << kind;
     }
+}
+
+// Every allocation of a run with lumps fails in turn: the run ends by a documented code, its
+// destruction is safe, and nothing leaks.
+TEST_F(SplitGroups, EndByDocumentedCodesWithoutMemory)
+{
+    for (const int method : {1, 9})
+        for (const Solver solver : {JORDAN, COMPACT}) {
+            const std::vector<Group> groups = groups_of(2, 2, 4);
+            int ended = 0;
+            for (int n = 1;; n++) {
+                MovingWall wall(groups, 2, 1, 0.0);
+                wall.net.p.lumpmethod = method;
+                project *p = wall.net.ready();
+                fail_allocation(n);
+                {
+                    vorn run(p);
+                    const int start = run.vornstart();
+                    EXPECT_TRUE(start <= 0 && start >= -6);
+                    if (start == 0) {
+                        const int code = solver == JORDAN ? run.vornjordan() : run.vornL2();
+                        EXPECT_TRUE(code <= 0 && code >= -5);
+                        ended += code != 0;
+                    }
+                }
+                const int all = allocations();
+                fail_allocation(0);
+                if (n > all) break;
+            }
+            EXPECT_GT(ended, 0);
+        }
 }
 
 } // namespace
