@@ -85,13 +85,19 @@ void approx::working_codes()
     }
 }
 
-void approx::show_codes(int nparameter)
+void approx::show_codes()
 {
-    for (const point *p = points; p < points + npoints; p++) {
-        fprintf(out, "%s   %3d%3d%3d  %3d%3d%3d", p->name, p->n0[0], p->n0[1], p->n0[2], p->n1[0], p->n1[1], p->n1[2]);
-        if (nparameter == 5) fprintf(out, "  %3d%3d", p->n1[3], p->n1[4]);
-        fprintf(out, "\n");
-    }
+    for (const point *p = points; p < points + npoints; p++)
+        fprintf(out, "%s   %3d%3d%3d  %3d%3d%3d  %3d%3d\n", p->name, p->n0[0], p->n0[1], p->n0[2], p->n1[0], p->n1[1],
+                p->n1[2], p->n1[3], p->n1[4]);
+    fprintf(out, "\n");
+}
+
+void approx::show_working_codes()
+{
+    for (const point *p = points; p < points + npoints; p++)
+        fprintf(out, "%s   %3d%3d%3d  %3d%3d%3d\n", p->name, p->n0[0], p->n0[1], p->n0[2], p->n1[0], p->n1[1],
+                p->n1[2]);
     fprintf(out, "\n");
 }
 
@@ -110,7 +116,7 @@ int approx::compute_plane(int iapprox, savedcodes *saved)
 {
     if (idebug) {
         fprintf(out, "\nAt the beginning of approx: iapprox=%d\n", iapprox);
-        show_codes(5);
+        show_codes();
     }
     if (iapprox != 9) forget_values();
     if (codes_take(saved, npoints, out) != 0) return -1;
@@ -118,7 +124,7 @@ int approx::compute_plane(int iapprox, savedcodes *saved)
     working_codes();
     if (idebug) {
         fprintf(out, "\nBefore datum_approx\n");
-        show_codes(3);
+        show_working_codes();
     }
     const int result = datum_and_spread();
     if (result != 0) {
@@ -128,7 +134,7 @@ int approx::compute_plane(int iapprox, savedcodes *saved)
     codes_restore(saved, points, npoints, ia1);
     if (idebug) {
         fprintf(out, "\nAt the end of approx: iapprox=%d\n", iapprox);
-        show_codes(5);
+        show_codes();
     }
     return 0;
 }

@@ -83,7 +83,8 @@ private:
     int compute_plane(int iapprox, savedcodes *saved);
     void forget_values();
     void working_codes();
-    void show_codes(int nparameter);
+    void show_codes();
+    void show_working_codes();
     int datum_and_spread();
     int datum_approx();       // completes the datum and numbers the unknowns; 0, -2, -3
     int fix_plane(int *ifix); // 0 or -2
