@@ -97,7 +97,8 @@ const Sentence start_sentences[] = {
     {-3, "the datum of the network is not defined",
      "look at the engine's lines above: fix or weight more coordinates or an orientation, or give points without "
      "enough observations more of them"},
-    {-4, "first coordinates could not be computed", "give approximate coordinates of every point"},
+    {-4, "first coordinates could not be computed",
+     "give approximate coordinates of every point, and do not ask for new ones"},
     {-5, "coordinates are missing, and this run computes none", "give approximate coordinates of every point"},
     {-6, "the connected net could not be set up",
      "check that its file belongs to this network, and that the imported points are free in all coordinates"},

@@ -103,12 +103,15 @@ void Sketch::add_lengths(const Model &model)
 {
     const double unit = metres_per_unit(model.p);
     int from = 0, to = 0;
+    measured.resize(points.size());
     for (const measure_input &m : model.distances.records) {
         if (!ends(m, &from, &to)) continue;
         const auto slope = elevations.find(key(from, to));
         const double level = unit * m.val * (slope == elevations.end() ? 1.0 : std::cos(slope->second));
-        lengths.emplace(key(from, to), level);
+        if (!lengths.emplace(key(from, to), level).second) continue;
         lengths.emplace(key(to, from), level);
+        measured[(size_t)from].push_back(to);
+        measured[(size_t)to].push_back(from);
     }
 }
 
@@ -196,6 +199,47 @@ bool Sketch::place_by_rays()
     return changed;
 }
 
+// Least squares over the differences of the circles around three or more placed points, which
+// are linear: 2 (x_k - x_0) x = x_k^2 - x_0^2 - l_k^2 + l_0^2. Refused when these points stand
+// within a tenth of their extent from a line.
+bool Sketch::trilaterate(size_t i)
+{
+    const SketchPoint *origin = nullptr;
+    double l0 = 0.0, a11 = 0.0, a12 = 0.0, a22 = 0.0, b1 = 0.0, b2 = 0.0;
+    for (const int k : measured[i]) {
+        const SketchPoint &p = points[(size_t)k];
+        if (!p.placed) continue;
+        const double length = lengths.at(key((int)i, k));
+        if (!origin) {
+            origin = &p;
+            l0 = length;
+            continue;
+        }
+        const double dx = p.x[0] - origin->x[0], dy = p.x[1] - origin->x[1];
+        const double right = 0.5 * (dx * dx + dy * dy + l0 * l0 - length * length);
+        a11 += dx * dx;
+        a12 += dx * dy;
+        a22 += dy * dy;
+        b1 += dx * right;
+        b2 += dy * right;
+    }
+    const double det = a11 * a22 - a12 * a12;
+    const double size = a11 + a22;
+    if (!(det > least_sine * least_sine * size * size)) return false;
+    points[i].x[0] = origin->x[0] + (b1 * a22 - b2 * a12) / det;
+    points[i].x[1] = origin->x[1] + (b2 * a11 - b1 * a12) / det;
+    points[i].placed = true;
+    return true;
+}
+
+bool Sketch::place_by_lengths()
+{
+    bool changed = false;
+    for (size_t i = 0; i < points.size(); i++)
+        if (!points[i].placed && measured[i].size() > 2) changed |= trilaterate(i);
+    return changed;
+}
+
 void Sketch::carry()
 {
     bool changed = true;
@@ -203,6 +247,7 @@ void Sketch::carry()
         changed = orient();
         changed |= place_by_distance();
         if (!changed) changed = place_by_rays();
+        if (!changed) changed = place_by_lengths();
     }
 }
 

@@ -2,7 +2,7 @@
 // adjustment.
 //
 // Stations with a position are oriented on the points that they sight; points are placed by
-// direction and distance, or where the rays of two stations meet; heights follow vertical
+// direction and distance, where the rays of two stations meet, or by three distances; heights follow vertical
 // angles and height differences. Lengths in metres, angles in radians; a direction reading r of
 // an oriented station lies along the plane angle r + turn.
 
@@ -70,12 +70,15 @@ private:
     bool orient();
     bool place_by_distance();
     bool place_by_rays();
+    bool place_by_lengths();
+    bool trilaterate(size_t i);
     bool meet(const Shot &a, const Shot &b, double x[2], double *sine) const;
     double bearing(int from, int to) const;
 
     std::unordered_map<std::string, int> index;
     std::vector<Shot> shots;
     std::vector<std::vector<int>> rays;                        // shots to each point
+    std::vector<std::vector<int>> measured;                    // points at the other end of the lengths of each point
     std::vector<Step> steps;                                   // height differences, then vertical angles
     std::unordered_map<long long, double> lengths, elevations; // of a pair of points, by key
 };
