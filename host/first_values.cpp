@@ -319,7 +319,6 @@ void Computation::complain()
 FirstValues Computation::run()
 {
     const int wanted = missing();
-    if (wanted == 0) return std::move(values);
     make_frame();
     sketch.carry();
     for (const Way way : {Way::KnownStations, Way::Targets}) ask_engine(way);
@@ -333,11 +332,19 @@ FirstValues Computation::run()
     return std::move(values);
 }
 
+template <class Record> bool any_missing(const List<Record> &list)
+{
+    for (const Record &r : list.records)
+        if (r.status == STATUS_COMPUTE) return true;
+    return false;
+}
+
 } // namespace
 
 FirstValues compute_first_values(Model &model, FILE *report)
 {
     if (model.p.dim == 1 || model.mode == Mode::Propagation || model.p.iphoto != 0) return {};
+    if (!any_missing(model.stations) && !any_missing(model.targets)) return {};
     return Computation(model, report).run();
 }
 
