@@ -21,7 +21,7 @@ std::string name_of(const char *line) { return std::string(line, std::min(strcsp
 std::string fault_of(const char *line, const PointFault &fault)
 {
     double u, v;
-    const std::string wrong = fault(name_of(line).c_str());
+    std::string wrong = fault(name_of(line).c_str());
     if (!wrong.empty()) return wrong;
     if (strlen(line) < name_width || sscanf(line + name_width, "%lf%lf", &u, &v) != 2)
         return "two numbers are missing behind the name";

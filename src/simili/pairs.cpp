@@ -87,7 +87,7 @@ void simili::release()
 int simili::startsimili()
 {
     release();
-    out = fopen("simili.out", "w");
+    out = fopen("simili.out", "wb");
     if (!out) return 1;
     fprintf(out, "simili.out\n\n");
     pair = (simpair *)zeroed((long long)nref + nend, sizeof(simpair));

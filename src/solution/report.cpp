@@ -310,7 +310,7 @@ void solution::phototable()
     FILE *rejects = fopen("rejects", "wb");
     if (rejects) fprintf(rejects, "%s\n", pname);
     fprintf(out, "\n\nphoto coordinates (pixel and 1/1000th unit)\n");
-    for (int i = 0; i < nobsuv; i++) photorow(rejects, i);
+    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) photorow(rejects, i); // those behind were never read
     if (!rejects) return;
     camerainformation(rejects, 1);
     fclose(rejects);

@@ -153,8 +153,8 @@ double solution::covaz(double *sum, double *dofc)
 }
 
 // Subtracts the cofactor of the computed difference of a baseline from c. Off the diagonal
-// only the first index of the first two terms is asked for: the coordinates of a point are
-// taken to be estimated together.
+// only the first index of the first term and the second of the second are asked for: the
+// coordinates of a point are taken to be estimated together.
 void solution::gpscofactor(const gpsbase *g, double c[6])
 {
     const int *a = g->p1->n0, *b = g->p2->n0;
@@ -166,7 +166,7 @@ void solution::gpscofactor(const gpsbase *g, double c[6])
         for (int l = k + 1; l < 3; l++) {
             double *ckl = c + packed_place(l, k);
             if (a[k] >= 0) *ckl -= Q(a[k], a[l]);
-            if (b[k] >= 0) *ckl -= Q(b[k], b[l]);
+            if (b[l] >= 0) *ckl -= Q(b[k], b[l]);
             if (a[k] >= 0 && b[l] >= 0) *ckl += Q(a[k], b[l]);
             if (b[k] >= 0 && a[l] >= 0) *ckl += Q(b[k], a[l]);
         }

@@ -130,6 +130,7 @@ double solution::justphoto()
     const point *station = NULL;
     for (int i = 0; i < nobsuv; i++) {
         measure *mu = obsuv1 + i, *mv = obsuv2 + i;
+        if (!mu->p1) break; // the records behind were never read
         if (mu->p1 != station) {
             setrot(3, i, &ca, &sa, &cb, &sb, &cc, &sc);
             icam = mu->typ;

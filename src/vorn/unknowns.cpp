@@ -34,7 +34,7 @@ bool unknown_names::coordinate(const vorn &run, int unknown, char *text, size_t 
         const point *p = &run.points[i];
         for (int c = 0; c < 3; c++) {
             if (p->n0[c] != unknown) continue;
-            snprintf(text, size, "%c of point %.*s", "xyz"[c], namelength(p->name), p->name);
+            snprintf(text, size, "%c of point %.*s", "xyz"[c], namelength(p->name), p -> name);
             return true;
         }
     }

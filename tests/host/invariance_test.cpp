@@ -181,8 +181,10 @@ TEST_P(Invariance, UnderShiftAndTurn)
         const Place expected =
             motion({p.adjusted[0].value_or(0.0), p.adjusted[1].value_or(0.0), p.adjusted[2].value_or(0.0)});
         const double x[3] = {expected.x, expected.y, expected.z};
-        for (int c = 0; c < 3; c++)
-            if (p.adjusted[c]) EXPECT_NEAR(after[name].adjusted[c].value_or(NAN), x[c], 2e-8) << name << " " << c;
+        for (int c = 0; c < 3; c++) {
+            if (!p.adjusted[c]) continue;
+            EXPECT_NEAR(after[name].adjusted[c].value_or(NAN), x[c], 2e-8) << name << " " << c;
+        }
         if (dim() == 1 || !p.ellipse[0]) continue;
         const EllipseResult &e = *p.ellipse[0], &f = *after[name].ellipse[0];
         EXPECT_NEAR(f.a, e.a, 1e-9) << name;
@@ -214,8 +216,8 @@ TEST_P(Invariance, UnderTheOrderOfPointsAndObservations)
 INSTANTIATE_TEST_SUITE_P(Networks, Invariance,
                          testing::Combine(testing::Values(1, 2, 3), testing::Bool(),
                                           testing::Values(Solver::Compact, Solver::Jordan)),
-                         [](const testing::TestParamInfo<std::tuple<int, bool, Solver>> &info) {
-                             return std::to_string(std::get<0>(info.param)) +
-                                    (std::get<1>(info.param) ? "D_free_" : "D_fixed_") +
-                                    (std::get<2>(info.param) == Solver::Jordan ? "jordan" : "compact");
+                         [](const testing::TestParamInfo<std::tuple<int, bool, Solver>> &p) {
+                             return std::to_string(std::get<0>(p.param)) +
+                                    (std::get<1>(p.param) ? "D_free_" : "D_fixed_") +
+                                    (std::get<2>(p.param) == Solver::Jordan ? "jordan" : "compact");
                          });

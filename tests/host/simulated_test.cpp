@@ -13,6 +13,7 @@
 
 #include "host/folder.h"
 #include "results.h"
+#include "support/network.h"
 
 using namespace vornhost;
 
@@ -106,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(Examples, SimulatedExample,
                                                  {{"P02", {-10.334, -2.799, 0.197}},
                                                   {"P20", {-0.757, 6.648, 1.707}},
                                                   {"P39", {10.364, 3.128, 0.060}}}}),
-                         [](const testing::TestParamInfo<Example> &info) { return std::string(info.param.file); });
+                         [](const testing::TestParamInfo<Example> &p) { return std::string(p.param.file); });
 
 TEST(SimulatedExamples, GiveTheConstantsOfTheDistanceMeter)
 {
@@ -284,6 +285,19 @@ TEST_P(PhotoBlock, IsRecoveredWithinItsNoise)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cameras, PhotoBlock, testing::Bool(), [](const testing::TestParamInfo<bool> &info) {
-    return std::string(info.param ? "calibrated" : "known");
+INSTANTIATE_TEST_SUITE_P(Cameras, PhotoBlock, testing::Bool(), [](const testing::TestParamInfo<bool> &p) {
+    return std::string(p.param ? "calibrated" : "known");
 });
+
+// The engine counts a line by its name and takes it by its numbers.
+TEST(PhotoBlocks, StandALineThatIsCountedAndNotRead)
+{
+    for (const Mode mode : {Mode::Solution, Mode::Statistics}) {
+        Folder folder;
+        Block(1).write(folder, Camera(), 0.3, false);
+        folder.write("i0.txt", file_text(folder.file("i0.txt")) + "P1       one two\n");
+        ASSERT_EQ(folder.read(), Lines());
+        folder.model.mode = mode;
+        EXPECT_TRUE(adjusted(folder.model).adjusted);
+    }
+}

@@ -392,6 +392,21 @@ TEST(ResidualCovariance, OfABaselineBetweenFixedPointsIsItsCovariance)
     EXPECT_DOUBLE_EQ(1.0 / 3, c.gps);
 }
 
+// The trace of the cofactors times the weights, with those of the two coordinates estimated.
+TEST(ResidualCovariance, OfABaselineToAPointWithAFixedHeightTakesNothingForTheHeight)
+{
+    Small s(3);
+    s.add("A", 0, 0, 0);
+    point &b = s.add("B", 10, 20, 30);
+    b.n0[0] = 0;
+    b.n0[1] = 1;
+    gpsbase &g = s.baseline(0, 1, 10, 20, 30);
+    const double w[6] = {4, 1, 5, 0.5, 1.5, 6}; // 11, 21, 22, 31, 32, 33
+    for (int k = 0; k < 6; k++) g.w[k] = w[k];
+    s.ready(2, 0, {0.01, 0.002, 0.002, 0.03});
+    EXPECT_NEAR(s.cov().dofc, 3.0 - (0.01 * 4 + 0.03 * 5 + 2 * 0.002 * 1), 1e-12);
+}
+
 TEST(ResidualCovariance, OfABaselineWithoutGuardIsNotANumber)
 {
     Small s(3);
