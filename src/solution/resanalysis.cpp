@@ -117,7 +117,7 @@ void solution::photoresiduals(const testlimits *lim, kindresult *block)
     if (nobsuv <= 0) return;
     char mu[5], mv[5];
     fprintf(out, "\nphoto coordinates residuals in pixels\n");
-    for (int i = 0; i < nobsuv; i++) {
+    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) { // those behind were never read
         measure *u = obsuv1 + i, *v = obsuv2 + i;
         testresidual(u->res[0], u->res[1], lim, NULL, block, &u->iflag, mu);
         testresidual(v->res[0], v->res[1], lim, NULL, block, &v->iflag, mv);

@@ -295,7 +295,7 @@ void solution::traceobs(int withtyp)
     for (const gpsbase *g = gps; g < gps + ngps; g++)
         fprintf(out, "%8s  %8s%22.6lf%15.6lf%15.6lf\n", g->p1->name, g->p2->name, g->dx[0], g->dx[1], g->dx[2]);
     fprintf(out, "photo coordinates\n");
-    for (int i = 0; i < nobsuv; i++)
+    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) // those behind were never read
         fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", obsuv1[i].p1->name, obsuv1[i].p2->name, obsuv1[i].val[0],
                 obsuv2[i].val[0]);
 }

@@ -298,6 +298,8 @@ TEST(PhotoBlocks, StandALineThatIsCountedAndNotRead)
         folder.write("i0.txt", file_text(folder.file("i0.txt")) + "P1       one two\n");
         ASSERT_EQ(folder.read(), Lines());
         folder.model.mode = mode;
+        folder.model.p.idebug = 1;
+        folder.model.solver = mode == Mode::Solution ? Solver::Jordan : Solver::Compact;
         EXPECT_TRUE(adjusted(folder.model).adjusted);
     }
 }
