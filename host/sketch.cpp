@@ -55,6 +55,7 @@ Sketch::Sketch(const Model &model)
     add_observations(model);
     if (model.p.dim == 3) add_steps(model);
     add_lengths(model);
+    add_vectors(model);
 }
 
 // Orientations that the file gives.
@@ -115,6 +116,15 @@ void Sketch::add_lengths(const Model &model)
     }
 }
 
+void Sketch::add_vectors(const Model &model)
+{
+    for (const gps_input &g : model.baselines.records) {
+        const int from = find(g.from), to = find(g.to);
+        if (g.status <= 0 || model.p.igps == 0 || from < 0 || to < 0) continue;
+        vectors.push_back({from, to, {g.dx[0], g.dx[1], g.dx[2]}});
+    }
+}
+
 double Sketch::elevation(int from, int to) const
 {
     const auto at = elevations.find(key(from, to));
@@ -165,6 +175,22 @@ bool Sketch::place_by_distance()
 }
 
 // Where two rays meet in front of both stations, and the sine of their angle.
+// A baseline carries x and y, and z where that of its known end is known.
+bool Sketch::place_by_vectors()
+{
+    bool changed = false;
+    for (const Vector &v : vectors) {
+        const bool forward = points[(size_t)v.from].placed;
+        SketchPoint &known = points[(size_t)(forward ? v.from : v.to)], &to = points[(size_t)(forward ? v.to : v.from)];
+        if (!known.placed || to.placed) continue;
+        for (int c = 0; c < 3; c++)
+            if (c < 2 || (known.levelled && !to.levelled)) to.x[c] = known.x[c] + (forward ? v.d[c] : -v.d[c]);
+        to.placed = changed = true;
+        to.levelled |= known.levelled;
+    }
+    return changed;
+}
+
 bool Sketch::meet(const Shot &a, const Shot &b, double x[2], double *sine) const
 {
     const SketchPoint &p = points[(size_t)a.from], &q = points[(size_t)b.from];
@@ -246,6 +272,7 @@ void Sketch::carry()
     while (changed) {
         changed = orient();
         changed |= place_by_distance();
+        changed |= place_by_vectors();
         if (!changed) changed = place_by_rays();
         if (!changed) changed = place_by_lengths();
     }

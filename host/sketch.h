@@ -2,9 +2,9 @@
 // adjustment.
 //
 // Stations with a position are oriented on the points that they sight; points are placed by
-// direction and distance, where the rays of two stations meet, or by three distances; heights follow vertical
-// angles and height differences. Lengths in metres, angles in radians; a direction reading r of
-// an oriented station lies along the plane angle r + turn.
+// direction and distance, by a baseline, where the rays of two stations meet, or by three
+// distances; heights follow vertical angles, height differences and baselines. Lengths in metres, angles in radians; a
+// direction reading r of an oriented station lies along the plane angle r + turn.
 
 #ifndef VORNHOST_SKETCH_H
 #define VORNHOST_SKETCH_H
@@ -59,16 +59,23 @@ private:
         double rise;   // added for each metre of horizontal distance
     };
 
+    struct Vector {
+        int from, to;
+        double d[3];
+    };
+
     template <class Record> void add_points(const List<Record> &list, bool stations);
     void take_orientations(const Model &model);
     void add_observations(const Model &model);
     void add_steps(const Model &model);
     void add_lengths(const Model &model);
+    void add_vectors(const Model &model);
     bool ends(const measure_input &m, int *from, int *to) const;
 
     void climb(const Step &step);
     bool orient();
     bool place_by_distance();
+    bool place_by_vectors();
     bool place_by_rays();
     bool place_by_lengths();
     bool trilaterate(size_t i);
@@ -77,6 +84,7 @@ private:
 
     std::unordered_map<std::string, int> index;
     std::vector<Shot> shots;
+    std::vector<Vector> vectors;
     std::vector<std::vector<int>> rays;                        // shots to each point
     std::vector<std::vector<int>> measured;                    // points at the other end of the lengths of each point
     std::vector<Step> steps;                                   // height differences, then vertical angles

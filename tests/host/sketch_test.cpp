@@ -79,6 +79,22 @@ TEST(Sketch, PlacesNoPointByDistancesFromOneLine)
     EXPECT_FALSE(c.at("P").placed);
 }
 
+// A to P forwards, Q to P backwards, and no way to R, whose baseline is not used.
+TEST(Sketch, PlacesPointsByBaselinesInBothDirections)
+{
+    const std::string tables =
+        "targets = '''\nname x y z code\nA 10 20 30 fixed\nP - - - free\nQ - - - free\nR - - - free\n"
+        "'''\nbaselines = '''\nfrom to dx dy dz cxx cyy czz use\nQ P 1 1 1 1 1 1 yes\n"
+        "A P 100 200 300 1 1 1 yes\nA R 1 1 1 1 1 1 no\n'''\n";
+    Case c(tables, 3);
+    c.sketch->carry();
+    expect_place(c.at("P"), 110, 220);
+    expect_place(c.at("Q"), 109, 219);
+    EXPECT_TRUE(c.at("Q").levelled);
+    EXPECT_NEAR(c.at("Q").x[2], 329, 1e-9);
+    EXPECT_FALSE(c.at("R").placed);
+}
+
 TEST(Sketch, TakesOrientationsFromTheFile)
 {
     Case c("stations = '''\nname x y orientation code\nA 0 0 350 fixed\n'''\ntargets = '''\nname x y\nP - -\n'''\n"
