@@ -205,6 +205,13 @@ bool vorn::take_temp_res(const char *entry)
     return temp_res;
 }
 
+// Without memory for the object itself.
+static int no_solver(Feedback *fb, const char *entry)
+{
+    tell(fb, "%s: Cannot allocate the solver", entry);
+    return -1;
+}
+
 int vorn::vornL2()
 {
     const decimal_point held;
@@ -212,7 +219,7 @@ int vorn::vornL2()
     solverinput in;
     handover(&in);
     pcompact = new (std::nothrow) compact(in);
-    if (!pcompact) return -1;
+    if (!pcompact) return no_solver(pfeedback, "vornL2");
 
     int result = pcompact->iterate();
     fflush(out);
@@ -229,7 +236,7 @@ int vorn::vornjordan()
     solverinput in;
     handover(&in);
     pjordan = new (std::nothrow) jordan(in);
-    if (!pjordan) return -1;
+    if (!pjordan) return no_solver(pfeedback, "vornjordan");
 
     int result = pjordan->iterate();
     fflush(out);
@@ -246,7 +253,7 @@ int vorn::vornL1()
     solverinput in;
     handover(&in);
     psimplex = new (std::nothrow) simplex(in);
-    if (!psimplex) return -1;
+    if (!psimplex) return no_solver(pfeedback, "vornL1");
 
     const int result = psimplex->iterate();
     fflush(out);
