@@ -1,0 +1,122 @@
+// A full disk: a report that cannot be written on, at any place, leaves the adjustment as it
+// is; the program says what it could not write and exits with 3.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+
+#include "faults/engine_run.h"
+#include "host/folder.h"
+
+namespace {
+
+using vornhost::Solver;
+
+// A stream without a buffer whose n-th and all later writes fail.
+struct FullDisk {
+    int left;
+    int refused = 0;
+};
+
+ssize_t write_some(void *cookie, const char *, size_t size)
+{
+    FullDisk *disk = (FullDisk *)cookie;
+    if (disk->left > 0) {
+        disk->left--;
+        return (ssize_t)size;
+    }
+    disk->refused++;
+    errno = ENOSPC;
+    return 0;
+}
+
+FILE *open_full(FullDisk *disk)
+{
+    FILE *f = fopencookie(disk, "w", {nullptr, write_some, nullptr, nullptr});
+    if (f) setvbuf(f, nullptr, _IONBF, 0);
+    return f;
+}
+
+std::vector<double> coordinates(const EngineRun &network)
+{
+    const result *r = network.model.p.runresults;
+    std::vector<double> all;
+    for (int i = 0; r && i < r->nstar + r->ntarr; i++)
+        for (const double *x : {r->xpt, r->ypt, r->zpt})
+            if (x) all.push_back(x[i]);
+    return all;
+}
+
+class FullDiskRun : public testing::TestWithParam<const char *> {
+protected:
+    FullDiskRun() { std::filesystem::current_path(folder.path); }
+    ~FullDiskRun() override { std::filesystem::current_path(before); }
+    Folder folder;
+    std::filesystem::path before = std::filesystem::current_path();
+};
+
+TEST_P(FullDiskRun, AdjustsAsWithAReport)
+{
+    for (const Solver solver : {Solver::Compact, Solver::Jordan}) {
+        Setting setting;
+        setting.solver = solver;
+        setting.trace = 1;
+        EngineRun network;
+        ASSERT_TRUE(network.read(SOURCE_DIR "/examples/" + std::string(GetParam()) + ".inp", setting));
+        const Ended good = network.run();
+        const std::vector<double> wanted = coordinates(network);
+        ASSERT_FALSE(wanted.empty());
+        for (int n = 0;; n += n < 50 ? 1 : 97) {
+            FullDisk disk{n};
+            FILE *report = open_full(&disk);
+            ASSERT_TRUE(report);
+            const Ended bad = network.run_on(report);
+            fclose(report);
+            EXPECT_EQ(bad.start, good.start) << n;
+            EXPECT_EQ(bad.code, good.code) << n;
+            EXPECT_EQ(bad.lines, good.lines) << n;
+            EXPECT_EQ(coordinates(network), wanted) << n;
+            if (disk.refused == 0) break;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, FullDiskRun,
+                         testing::Values("niemeier_levelling_free", "grossmann_directions", "total_station_heights"),
+                         [](const auto &one) { return one.param; });
+
+class FullDiskProgram : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (std::string(VORN_PROGRAM).empty()) GTEST_SKIP() << "the program is not built";
+        std::filesystem::copy(SOURCE_DIR "/examples/chained/first.inp", folder.file("first.inp"));
+    }
+
+    int run(const std::string &arguments)
+    {
+        const int status =
+            system(("cd " + folder.path + " && " VORN_PROGRAM " " + arguments + " >out 2>err </dev/null").c_str());
+        err = file_text(folder.file("err"));
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    bool says(const std::string &text) const { return err.find(text) != std::string::npos; }
+
+    Folder folder;
+    std::string err;
+};
+
+TEST_F(FullDiskProgram, SaysThatTheReportIsNotWritten)
+{
+    EXPECT_EQ(run("adjust first.inp -o /dev/full"), 3);
+    EXPECT_TRUE(says("cannot write /dev/full: No space left on device"));
+}
+
+TEST_F(FullDiskProgram, SaysThatResultsAreNotWritten)
+{
+    EXPECT_EQ(run("adjust first.inp --json /dev/full"), 3);
+    EXPECT_TRUE(says("cannot write /dev/full: No space left on device"));
+}
+
+} // namespace
