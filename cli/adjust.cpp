@@ -128,5 +128,6 @@ int adjust(const Options &options)
     show_accounts(options, outcome);
     const int status = close_run(outcome);
     outputs.finish_results(options, results);
+    if (status == STATUS_ADJUSTED && outcome.export_lost) return STATUS_SYSTEM;
     return status == STATUS_ADJUSTED ? check_numbers(results) : status;
 }

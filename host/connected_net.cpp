@@ -112,6 +112,7 @@ void ConnectedNet::hear(const char *line)
     if (begins(line, "      No degree of freedom")) no_redundancy = true;
     if (begins(line, "writeQcon: ")) incomplete = true;
     if (begins(line, "backtoproject: Cannot open ")) not_opened = true;
+    if (begins(line, "backtoproject: Cannot write ")) cut = true;
 }
 
 std::string ConnectedNet::import_refusal() const { return refusal; }
@@ -126,6 +127,7 @@ std::string ConnectedNet::why_not(bool adjusted) const
     if (no_redundancy) return "without redundant observations the engine exports nothing";
     if (incomplete) return "every exported point must be free in all its coordinates";
     if (not_opened) return "it cannot be opened";
+    if (cut) return "the disk is full or does not take it";
     return {};
 }
 

@@ -33,6 +33,9 @@ public:
     // Returns a note for the user, or nothing.
     std::string close(bool adjusted);
 
+    // The file could be opened and not be written to its end.
+    bool lost() const { return cut; }
+
 private:
     std::string why_not(bool adjusted) const;
     void put_back() const;
@@ -45,7 +48,7 @@ private:
     std::string path; // of the export's file, in the working folder
     std::optional<std::string> earlier;
     char refusal[256] = ""; // the engine's line
-    bool no_redundancy = false, incomplete = false, not_opened = false;
+    bool no_redundancy = false, incomplete = false, not_opened = false, cut = false;
 };
 
 } // namespace vornhost

@@ -268,6 +268,7 @@ void Run::adjust(bool solving)
 void Run::close_export()
 {
     const std::string note = net.close(outcome.adjusted());
+    outcome.export_lost = net.lost();
     if (note.empty()) return;
     outcome.prepared.notes.push_back(note);
     listener.pass_on(note);

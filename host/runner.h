@@ -25,6 +25,7 @@ struct RunOutcome {
     std::vector<std::string> words; // why it stopped, for the user: one sentence a line
     Prepared prepared;
     std::vector<Account> accounts;
+    bool export_lost = false; // the system did not take the file of the connected net
 
     bool adjusted() const { return reached == Stage::Done; }
 };

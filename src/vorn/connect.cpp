@@ -215,6 +215,7 @@ static const point *point_of(const point *points, int npoints, int dim, int u)
 
 // Writes the connected-net file under the run's name with the extension "con", then puts
 // "inp" back. Returns 0, or -9 when the file cannot be opened: the name then keeps "con".
+// A file that is lost on a full disk is a line to the user; the results do not need it.
 int vorn::writecon()
 {
     char *dot = strchr(pname, '.');
@@ -236,7 +237,8 @@ int vorn::writecon()
     const long long nline = packed_size((long long)dim * nexport);
     for (long long i = 0; i < nline; i++) fprintf(f, "%25.21lf\n", Qcon[i]);
 
-    fclose(f);
+    const bool failed = ferror(f) != 0;
+    if (fclose(f) != 0 || failed) tell(pfeedback, "backtoproject: Cannot write %s file", pname);
     memcpy(dot + 1, "inp", 3);
     return 0;
 }

@@ -113,10 +113,27 @@ TEST_F(FullDiskProgram, SaysThatTheReportIsNotWritten)
     EXPECT_TRUE(says("cannot write /dev/full: No space left on device"));
 }
 
+TEST_F(FullDiskProgram, SaysThatTheConnectedNetIsNotWritten)
+{
+    std::filesystem::create_symlink("/dev/full", folder.file("first.con"));
+    EXPECT_EQ(run("adjust first.inp -o report.txt --json r.json"), 3);
+    EXPECT_TRUE(says("first.con is not written: the disk is full or does not take it\n"));
+    EXPECT_TRUE(says("backtoproject: Cannot write first.con file\n"));
+    EXPECT_NE(file_text(folder.file("r.json")).find("\"adjusted\": true"), std::string::npos);
+}
+
 TEST_F(FullDiskProgram, SaysThatResultsAreNotWritten)
 {
     EXPECT_EQ(run("adjust first.inp --json /dev/full"), 3);
     EXPECT_TRUE(says("cannot write /dev/full: No space left on device"));
+}
+
+TEST_F(FullDiskProgram, SaysThatATableIsNotWritten)
+{
+    std::filesystem::create_directory(folder.file("tables"));
+    std::filesystem::create_symlink("/dev/full", folder.file("tables/points.csv"));
+    EXPECT_EQ(run("adjust first.inp --csv tables"), 3);
+    EXPECT_TRUE(says("cannot write tables/points.csv: No space left on device"));
 }
 
 } // namespace
