@@ -75,7 +75,7 @@ protected:
         return vornhost::read_network(path, model, faults) && vornhost::not_for_simplex(model).empty();
     }
 
-    // Every allocation up to the 200th (the 20th where traces of images are long), then every
+    // Every allocation up to the 200th (the 20th of the long runs with images), then every
     // seventh.
     void each_fails(const std::string &path, const Setting &setting)
     {
@@ -83,7 +83,7 @@ protected:
         ASSERT_TRUE(network.read(path, setting));
         const Ended good = network.run();
         const std::set<std::string> usual = lines_of(good.all());
-        const int all = setting.trace != 0 && network.model.images.size() > 0 ? 20 : 200;
+        const int all = network.model.images.size() > 0 ? 20 : 200;
         for (int n = 1;; n += n < all ? 1 : 7) {
             fail_allocation(n);
             const Ended bad = network.run();

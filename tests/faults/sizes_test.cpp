@@ -8,6 +8,7 @@
 
 #include "faults/engine_run.h"
 #include "host/folder.h"
+#include "numerics/memory.h"
 
 namespace {
 
@@ -66,6 +67,17 @@ TEST_P(Extremes, OfTheStandardDeviations)
 {
     for (const double x : {-1.0, 0.0, 1e-308, 1e308, (double)INFINITY, (double)NAN})
         ends([x](project &p) { p.sdist = p.sdifh = p.sdir1 = p.sdir2 = x; });
+}
+
+// Products of counts that leave the address space, and counts below zero.
+TEST(Arrays, BeyondTheAddressSpaceAreRefused)
+{
+    EXPECT_EQ(zeroed(-1, 1), nullptr);
+    EXPECT_EQ(zeroed(LLONG_MAX, sizeof(double)), nullptr);
+    EXPECT_EQ(zeroed_square(-1, 1), nullptr);
+    EXPECT_EQ(zeroed_square(INT_MAX, sizeof(double)), nullptr);
+    EXPECT_EQ(zeroed_square(3037000500LL, 1), nullptr);
+    EXPECT_EQ(zeroed_square(LLONG_MAX, 1), nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, Extremes,
