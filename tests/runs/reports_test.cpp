@@ -95,6 +95,13 @@ const ReportCase cases[] = {
     {"space", Solver::Jordan, Mode::Solution, 0, Stage::Done},
     {"space", Solver::Jordan, Mode::Solution, 1, Stage::Done},
     {"space", Solver::Jordan, Mode::Solution, 9, Stage::Done},
+    {"height", Solver::Compact, Mode::Statistics, 0, Stage::Done},
+    {"plane", Solver::Compact, Mode::Statistics, 0, Stage::Done},
+    {"plane", Solver::Compact, Mode::Propagation, 0, Stage::Done},
+    {"space", Solver::Compact, Mode::Statistics, 0, Stage::Done},
+    {"pairs", Solver::Compact, Mode::Statistics, 0, Stage::Done},
+    {"exact", Solver::Compact, Mode::Statistics, 0, Stage::Done},
+    {"stopped", Solver::Compact, Mode::Statistics, 0, Stage::Solving},
 };
 
 INSTANTIATE_TEST_SUITE_P(Runs, Reports, testing::ValuesIn(cases), [](const auto &one) {
