@@ -521,6 +521,8 @@ int compact::inverse()
     double *space = (double *)zeroed(invertspace(nunk), sizeof(double));
     if (!inv || !space) {
         free(space);
+        free(inv); // without it finish exports nothing
+        inv = NULL;
         fprintf(out, "\n*** pb with allocation of inv ***\n");
         return -9;
     }

@@ -27,7 +27,7 @@ static void subtract(double *__restrict r, const double *__restrict p, double f,
 static void flushrow(double *r, int n)
 {
     n &= ~(SIMPLEX_GROUP - 1);
-    for (int j = 0; j < n; j++) r[j] = fabs(r[j]) < TINY ? 0.0 : r[j];
+    for (int j = 0; j < n; j++) r[j] = r[j] != 0.0 && fabs(r[j]) < TINY ? 0.0 : r[j];
 }
 
 static void negaterow(double *r, int n)

@@ -1105,6 +1105,7 @@ TEST(CompactInverse, ReturnsMinus9WithoutMemoryForTheInverseOrForTheWork)
         EXPECT_EQ(s.inverse(), -9);
         fail_allocation(0);
         EXPECT_EQ(r.report(), "\n*** pb with allocation of inv ***\n");
+        EXPECT_EQ(S(s, inv), nullptr); // finish has nothing to export
     }
 }
 
