@@ -122,8 +122,8 @@ const Sentence simplex_sentences[] = {
     {-2, "the tableau of the simplex solver could not be built",
      "look for sights to points straight above or below their station; without any, free memory or leave out points"},
     {-3, "the simplex solver could not solve the network",
-     "look at the engine's lines above: for a sight to a point straight above or below its station, and for a free "
-     "network whose datum points do not hold it"},
+     "in a free network the datum points must hold it, and points on one line do not: fix coordinates; otherwise free "
+     "memory or leave out points"},
 };
 
 const char *const not_a_number[] = {

@@ -255,6 +255,7 @@ void solution::norm_dir1()
         const double c = dir1comp(i, d, e, &rr, r1, r2, &l1, &l2);
         if (fabs(rr) < SHORTEST_SQUARED) {
             fprintf(out, "\nProblem with horizontal direction %d\n", i);
+            nskip += ndir1 - i;
             return;
         }
         dir1row1(i, w, e, rr, g, r1, r2, l1, l2);
@@ -315,6 +316,7 @@ void solution::norm_dir2()
         const double c = dir2comp(i, d, e, &rr, &l, r1, r2, &l1, &l2);
         if (fabs(l) < SHORTEST) {
             fprintf(out, "\nProblem with vertical direction %d\n", i);
+            nskip += ndir2 - i;
             return;
         }
         dir2row1(i, w, d, e, rr, l, g, r1, r2, l1, l2);

@@ -292,6 +292,7 @@ protected:
     int ncamera;
     camera *cameras;
     tempresult *temp_res;
+    int nskip; // rows that lists which ended early left out of this assembly
 };
 
 // Weight factor of an observation: a-priori standard deviation s of its list over its own,

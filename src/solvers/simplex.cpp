@@ -161,15 +161,16 @@ int simplex::residualstage(int rows, int cols)
     return 0;
 }
 
-// Residual and identifier of a row follow from its place, so that the rows of the pass must be
-// those that the lists ask for: a sight without direction ends its list early, kinds of
-// observation without rows of their own bring too many.
+// Residual and identifier of a row follow from its place among the rows that the lists ask for.
+// A row that did not come, where a sight without direction ended its list, is empty: a residual
+// of 0 that no exchange moves. Kinds of observation without rows of their own bring too many.
 int simplex::resolution()
 {
-    if (nobs != nplan || nextra > 0) {
+    if (nextra > 0) {
         fprintf(out, "resolution: %d rows came for %d observations and fixed heights\n", nobs + nextra, nplan);
         return -3;
     }
+    nobs = nplan;
     int rows = nobs, cols = nunk;
     if (ndatum != 0 && artificialstage(&rows, &cols) != 0) return -3;
     unknownstage(rows, cols);

@@ -42,7 +42,7 @@ public:
     void debugnormal() override {}
     int prepare() override; // -1 without memory, or when the balancing fails
     void zeronormal() override;
-    int resolution() override; // -3 datum rows or observation rows at fault, -8 without memory
+    int resolution() override; // -3 datum rows at fault or too many observation rows, -8 without memory
     void addrow(int n1, int n2, double b) override;
     void buildgps(int ibase_, const int iu[6], const double w[3]) override;
     int inverse() override { return 0; }
@@ -112,7 +112,7 @@ private:
     int *ibase;    // [rows] basic variable of each row
     double **a;    // [rows] rows of the tableau, whole groups of columns; nunk are in use
     double *newpd; // [rows] cost weight of each row; rhs holds the first weights, delta the right-hand sides
-    int nobs;      // observation rows stored so far, 0 before the pass
+    int nobs;      // observation rows stored so far, 0 before the pass; nplan behind it
 
     double *block; // the memory of all rows of a
     int nplan;     // observation rows that the lists ask for

@@ -71,6 +71,7 @@ static double *listweights(double *w, const measure *list, int n, double s)
     return w;
 }
 
+// The positive part of its residual is basic in a row that stays empty.
 void simplex::fillweights()
 {
     double *w = listweights(rhs, dist, ndist, sdist);
@@ -81,6 +82,7 @@ void simplex::fillweights()
     for (int i = 0; i < ndatum; i++) *w++ = 1.0;
     nobs = nplan + ndatum;
     memcpy(newpd, rhs, sizeof *newpd * nobs);
+    for (int i = 0; i < nplan; i++) ibase[i] = 2 * nunk + i;
 }
 
 static long long rowsof(int n) { return n > 0 ? n : 0; }
@@ -115,10 +117,11 @@ void simplex::copyrow(int n1, int n2, double *row) const
 
 // One observation without its weight. Its right-hand side is kept at 0 or above: the negative
 // part of the residual is basic, in a row of negative misclosure, which changes sign, the
-// positive one. A row beyond those that the lists ask for is only counted.
+// positive one. Rows that a list leaves out keep their places, so that the rows behind them meet
+// their own weights. A row beyond those that the lists ask for is only counted.
 void simplex::addrow(int n1, int n2, double b)
 {
-    const int r = nobs;
+    const int r = nobs + nskip;
     if (r >= nplan) {
         nextra++;
         return;

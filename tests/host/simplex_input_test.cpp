@@ -271,21 +271,33 @@ TEST(SimplexRun, FindsTheSlipOfTheExample)
     model.p.freerun(model.p.runresults);
 }
 
+// Nothing but distances on a line: the rotation about the line moves no point.
 TEST(SimplexRun, SaysWhatStoodInTheWay)
 {
-    Case c(network(3,
-                   "stations = '''\nname x y z\nS 50 50 0\n'''\ntargets = '''\nname x y z code\nA 0 0 0 fixed\nB 120 "
-                   "0 0 fixed\nC 0 160 0 fixed\nT 50 50 9 fixed\n'''\ndistances = '''\nfrom to value sigma\nS A 70.71 "
-                   "0.01\nS B 86.02 0.01\nS C 120.83 0.01\nS T 9 0.01\n'''\ndirections = '''\nfrom to value sigma\nS "
-                   "A 250 0.01\nS B 350 0.01\nS T 0 0.01\n'''\nvertical_angles = '''\nfrom to value sigma\nS A 100 "
-                   "0.01\nS B 100 0.01\n'''\n"));
+    Case c(network(3, "targets = '''\nname x y z\nA 0 0 0\nB 120 0 0\nC 260 0 0\nD 300 0 0\n'''\ndistances = "
+                      "'''\nfrom to value sigma\nA B 120 0.01\nB C 140 0.01\nA C 260 0.01\nA D 300 0.01\nB D 180 "
+                      "0.01\nC D 40 0.01\n'''\n"));
     const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.reached, Stage::Solving);
     EXPECT_EQ(outcome.code, -3);
     ASSERT_EQ(outcome.words.size(), 2u);
-    EXPECT_EQ(outcome.words[0], "the simplex solver could not solve the network (resolution: 8 rows came for 9 "
-                                "observations and fixed heights)");
-    EXPECT_EQ(outcome.words[1].rfind("look at the engine's lines above: for a sight to a point straight above", 0), 0u);
+    EXPECT_EQ(outcome.words[0], "the simplex solver could not solve the network (Program stops in resolution)");
+    EXPECT_EQ(outcome.words[1].rfind("in a free network the datum points must hold it, and points on one line", 0), 0u);
+}
+
+// The direction straight up ends its list; the vertical angles behind it still count.
+TEST(SimplexRun, GoesOnBehindASightStraightUp)
+{
+    Case c(network(3, "stations = '''\nname x y z\nS 50 50 0.3\n'''\ntargets = '''\nname x y z code\nA 0 0 0 fixed\nB "
+                      "120 0 0 fixed\nC 0 160 0 fixed\nT 50 50 9 fixed\n'''\ndistances = '''\nfrom to value "
+                      "sigma\nS A 70.7107 0.01\nS B 86.0233 0.01\nS C 120.8305 0.01\n'''\ndirections = '''\nfrom to "
+                      "value sigma\nS A 250 0.01\nS B 350 0.01\nS T 0 0.01\n'''\nvertical_angles = '''\nfrom to value "
+                      "sigma\nS A 100 0.01\nS B 100 0.01\nS C 100 0.02\n'''\n"));
+    const RunOutcome outcome = c.run();
+    ASSERT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
+    EXPECT_TRUE(contains(c.report(), "\nProblem with horizontal direction 2\n\nSimplex loop first step\n"));
+    EXPECT_TRUE(contains(c.report(), "S        T           0.000000  \n"));
+    EXPECT_NEAR(c.folder.model.p.runresults->zpt[0], 0.0, 1e-4);
 }
 
 TEST(SimplexRun, SaysThatTheTableauCouldNotBeBuilt)

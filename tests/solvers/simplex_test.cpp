@@ -367,20 +367,94 @@ TEST(Resolution, ScalesTheWeightsToAtMostOne)
     EXPECT_EQ(L1(t, newpd)[0], 0.5);
 }
 
-// A row too few (a sight without direction ends its list) or too many (an azimuth): the rows
-// would be taken for others.
-TEST(Resolution, RefusesRowsThatAreNotThoseOfTheLists)
+// An azimuth or a weight: the rows would be taken for others.
+TEST(Resolution, RefusesRowsBeyondThoseOfTheLists)
 {
     Hand h(1);
     simplex &s = h.tableau(2, 3);
-    L1(s, nobs) = 2;
+    L1(s, nextra) = 2;
     const size_t start = h.n.report().size();
     EXPECT_EQ(s.resolution(), -3);
-    EXPECT_EQ(h.n.report().substr(start), "resolution: 2 rows came for 3 observations and fixed heights\n");
-    L1(s, nobs) = 3;
-    L1(s, nextra) = 2;
-    EXPECT_EQ(s.resolution(), -3);
-    EXPECT_TRUE(holds(h.n.report(), "resolution: 5 rows came for 3 observations and fixed heights\n"));
+    EXPECT_EQ(h.n.report().substr(start), "resolution: 5 rows came for 3 observations and fixed heights\n");
+}
+
+// ---- lists that end early ----
+
+namespace {
+
+// A station between three fixed targets and above a fourth; distances, directions, vertical
+// angles of another weight, and a distance that is wrong. With plumb the second direction and
+// the last vertical angle are sights straight down.
+struct OverAMark {
+    explicit OverAMark(bool plumb) : h(3)
+    {
+        h.add("S", 0.01, -0.02, 5.03).n1[2] = 0;
+        h.add("A", 100, 0, 10), h.add("B", 0, 80, 1), h.add("C", -60, -50, 4), h.add("M", 0.01, -0.02, 0);
+        for (size_t i = 1; i < h.points.size(); i++)
+            for (int &n : h.points[i].n0) n = N_NONE;
+        h.nunk1 = 3, h.nunk2 = 1;
+        for (const int to : {1, 2, 3, 4}) h.observe(h.dist, 0, to, length(to), 0.01);
+        h.dist[3].val[0] += 0.4;
+        sight(h.dir1, 1, 0.5);
+        if (plumb) sight(h.dir1, 4, 0.5), sight(h.dir1, 2, 0.5), sight(h.dir1, 3, 0.5);
+        for (const int to : {1, 2, 3}) sight(h.dir2, to, 4.0);
+        if (plumb) sight(h.dir2, 4, 4.0), sight(h.dir2, 1, 4.0);
+    }
+
+    double length(int to) const { return hypot(along(to), h.points[to].xpt[2] - 5.0); }
+    double along(int to) const { return hypot(h.points[to].xpt[0], h.points[to].xpt[1]); }
+
+    // As seen from a station at (0, 0, 5).
+    void sight(std::vector<measure> &list, int to, double sigma)
+    {
+        const double *x = h.points[to].xpt;
+        h.observe(list, 0, to, &list == &h.dir1 ? atan2(x[1], x[0]) : atan2(x[2] - 5.0, along(to)), sigma);
+    }
+
+    Hand h;
+};
+
+} // namespace
+
+TEST(EarlyEnd, GoesOnWithTheRowsBeforeAndTheListsBehind)
+{
+    OverAMark whole(false), ended(true);
+    ended.h.n.messages.answer = 0;
+    EXPECT_EQ(whole.h.solver(1).iterate(), 0);
+    EXPECT_EQ(ended.h.solver(1).iterate(), 0);
+    EXPECT_TRUE(holds(ended.h.n.report(), "\nProblem with horizontal direction 1\n"
+                                          "\nProblem with vertical direction 3\n"
+                                          "\nSimplex loop first step\n"));
+    const point &p = whole.h.points[0], &q = ended.h.points[0];
+    for (int k = 0; k < 3; k++) EXPECT_NEAR(q.xpt[k], p.xpt[k], 1e-9) << k;
+    EXPECT_NEAR(q.xex[2], p.xex[2], 1e-9);
+    EXPECT_NE(p.xpt[2], 5.03);
+    for (size_t i = 0; i < 4; i++) EXPECT_NEAR(ended.h.dist[i].res[0], whole.h.dist[i].res[0], 1e-9) << i;
+    for (size_t i = 0; i < 3; i++) EXPECT_NEAR(ended.h.dir2[i].res[0], whole.h.dir2[i].res[0], 1e-9) << i;
+    EXPECT_TRUE(holds(ended.h.n.report(), "\nS        M           0.000000  \nS        B           0.000000  \n"));
+    for (size_t i = 1; i < 4; i++) EXPECT_EQ(ended.h.dir1[i].res[0], 0.0) << i;
+    for (size_t i = 3; i < 5; i++) EXPECT_EQ(ended.h.dir2[i].res[0], 0.0) << i;
+}
+
+// The rows of a list that ended stay empty, those behind it stand at their own places.
+TEST(EarlyEnd, KeepsThePlacesOfTheRowsBehind)
+{
+    OverAMark m(true);
+    simplex &s = m.h.solver(1);
+    ASSERT_EQ(s.prepare(), 0);
+    s.zeronormal();
+    S(s, normal)();
+    for (int i = 4; i < 13; i++) {
+        const double *row = L1(s, a)[i];
+        const bool empty = (i > 4 && i < 8) || i > 10;
+        EXPECT_EQ(row[0] == 0.0 && row[1] == 0.0 && row[2] == 0.0 && row[3] == 0.0, empty) << i;
+        if (empty) {
+            EXPECT_EQ(L1(s, ibase)[i], 2 * 4 + i) << i;
+        }
+    }
+    // d elevation / d z of the station = -cos(elevation) / length, without the weight
+    const double flat = hypot(100.0 - 0.01, 0.02), up = 10.0 - 5.03;
+    EXPECT_NEAR(fabs(L1(s, a)[8][2]), flat / (flat * flat + up * up), 1e-15);
 }
 
 // ---- read-out ----

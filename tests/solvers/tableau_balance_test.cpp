@@ -293,19 +293,6 @@ TEST(Balance, EndsAtASightWithoutDirection)
     EXPECT_TRUE(holds(v.n.report(), "\nProblem with vertical direction 0\n\nProgram stops in prepare\n"));
 }
 
-// Without balancing the list ends early in the row pass, and the stages do not start.
-TEST(Balance, LeavesASightWithoutDirectionToTheRowPassOtherwise)
-{
-    Hand h(3);
-    plumb(h).n.messages.answer = 0;
-    h.observe(h.dir1, 0, 1, 0.0, 0.001);
-    h.observe(h.dir1, 0, 2, 0.0, 0.001);
-    EXPECT_EQ(h.solver(1).iterate(), -3);
-    EXPECT_TRUE(holds(h.n.report(), "\nProblem with horizontal direction 1\n"
-                                    "resolution: 1 rows came for 2 observations and fixed heights\n"
-                                    "\nProgram stops in resolution\n"));
-}
-
 TEST(Balance, FailsWithoutMemory)
 {
     const char *const words[] = {"pb with adesign\n",
