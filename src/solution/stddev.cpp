@@ -16,6 +16,8 @@
 #include <math.h>
 #include <string.h>
 
+#include "vorn/names.h"
+
 // The two coordinates of each plane.
 static const int PLANE[3][2] = {{0, 1}, {0, 2}, {1, 2}};
 
@@ -168,10 +170,11 @@ void solution::pairellipses(double f)
     fprintf(out, "\nRelative Standard ellipse (sigma a posteriori%9.3lf)\n", f);
     for (int k = 0; k < pproject->npairs; k++) {
         const pair_input *pair = pproject->pairs + k;
-        fprintf(out, "\n%s %s", pair->from, pair->to);
-        const int i = findpoint(pair->from), j = findpoint(pair->to);
+        const nametext from = name_in(pair->from, sizeof pair->from), to = name_in(pair->to, sizeof pair->to);
+        fprintf(out, "\n%s %s", from.text, to.text);
+        const int i = findpoint(from.text), j = findpoint(to.text);
         if (i < 0 || j < 0)
-            fprintf(out, "pb with %s\n", i < 0 ? pair->from : pair->to);
+            fprintf(out, "pb with %s\n", i < 0 ? from.text : to.text);
         else
             relellipse(k, i, j, f);
     }

@@ -81,7 +81,6 @@ void vorn::count_unknowns()
             n += 7; // the transformation to that epoch
         }
     nunk2 = as_count(n);
-    nunk = as_count((long long)nunk1 + nunk2);
 }
 
 void vorn::keep_start()
@@ -128,9 +127,7 @@ void vorn::number_constants(int next)
                 }
             next += used;
         }
-    if (next <= nunk2) return;
-    nunk2 = next;
-    nunk = as_count((long long)nunk1 + nunk2);
+    if (next > nunk2) nunk2 = next;
 }
 
 void vorn::set_prepare()
@@ -143,5 +140,7 @@ void vorn::set_prepare()
     int next = 0;
     number_coordinates(points + nsta, points + npoints, &next);
     number_coordinates(points, points + nsta, &next);
+    if (next > nunk1) nunk1 = next; // heights without value of which only the first is held count as fixed
     number_constants(number_orientations(points, points + nsta));
+    nunk = as_count((long long)nunk1 + nunk2);
 }

@@ -473,6 +473,21 @@ TEST(RelativeEllipses, NameAPointThatIsUnknownOrNotEstimatedAndGoOn)
     EXPECT_EQ(s.n.p.pairs[0].sdx[0], -7.0);
 }
 
+// The record is the last thing in its memory, and no byte of it is zero.
+TEST(RelativeEllipses, ReadNoFurtherThanANameWithoutItsZero)
+{
+    Bare s(3);
+    diagonal_network(s, 3, 2, 0);
+    s.n.ready();
+    std::vector<pair_input> one(1);
+    memset((void *)one.data(), 'x', sizeof one[0]);
+    memcpy(one[0].from, A, 8);
+    s.n.p.pairs = one.data();
+    s.n.p.npairs = 1;
+    EXPECT_EQ(pair_report(s, 1.0), "\nRelative Standard ellipse (sigma a posteriori    1.000)\n"
+                                   "\nT1      x xxxxxxxxxpb with T1      x\n");
+}
+
 TEST(RelativeEllipses, LeaveTheLineOpenForAPairWithAFixedThirdCoordinate)
 {
     Bare s(3);

@@ -194,4 +194,33 @@ TEST(VornstartCode, IsMinus6WhenTheConnectedNetFindsNoMemory)
     remove("vornstart.con");
 }
 
+// Three fixed heights without value, a metre apart, and a free one. The first is held at 0.
+void heights_net(Network &n)
+{
+    for (const char *name : {"A", "B", "C", "D"}) {
+        target_input &t = n.target(name, 0, 0);
+        if (name[0] == 'D') continue;
+        t.status = STATUS_COMPUTE;
+        t.ix[2] = CODE_FIXED;
+    }
+    const char *ends[5][2] = {{"A", "B"}, {"B", "C"}, {"C", "D"}, {"A", "C"}, {"B", "D"}};
+    for (int i = 0; i < 5; i++) n.heightdiff(ends[i][0], ends[i][1], i < 3 ? 1.0 : 2.0, 0.001);
+}
+
+TEST(HeightsWithoutValue, AreUnknownsWithColumnsOfTheirOwnBehindTheFirst)
+{
+    int (vorn::*const entries[])() = {&vorn::vornL2, &vorn::vornjordan, &vorn::vornL1};
+    for (const auto entry : entries) {
+        Network n(1);
+        heights_net(n);
+        n.p.irun = 1;
+        vorn run(n.ready());
+        ASSERT_EQ(run.vornstart(), 0) << n.report();
+        EXPECT_EQ(V(run, nunk1), 3); // the count of fixed heights says 1
+        EXPECT_EQ(V(run, nunk), 3);
+        EXPECT_EQ((run.*entry)(), 0) << n.report();
+        for (int i = 0; i < 4; i++) EXPECT_NEAR(V(run, points)[i].xpt[2], i, 1e-9);
+    }
+}
+
 } // namespace
