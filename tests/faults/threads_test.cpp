@@ -1,22 +1,40 @@
-// Two runs at once, each on a project of its own in a thread of its own, say what they say
-// one after the other.
+// Runs at once, each on a project of its own in a thread of its own, say what they say one after
+// the other. The thread sanitizer (preset threads) watches this program for shared state.
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <filesystem>
+#include <memory>
 #include <thread>
 
+#include "csv_writer.h"
 #include "faults/engine_run.h"
+#include "host/folder.h"
+#include "json_writer.h"
+#include "results.h"
 
 namespace {
 
-TEST(Threads, GiveTheBytesOfRunsOneAfterTheOther)
+// Side files of the runs go into a folder of their own.
+class Threads : public testing::Test {
+protected:
+    Threads() { std::filesystem::current_path(folder.path); }
+    ~Threads() override { std::filesystem::current_path(before); }
+    Folder folder;
+    std::filesystem::path before = std::filesystem::current_path();
+};
+
+std::string example(const char *name) { return SOURCE_DIR "/examples/" + std::string(name) + ".inp"; }
+
+TEST_F(Threads, GiveTheBytesOfRunsOneAfterTheOther)
 {
     for (const vornhost::Solver solver : {vornhost::Solver::Compact, vornhost::Solver::Jordan}) {
         Setting setting;
         setting.solver = solver;
         EngineRun one, other;
-        ASSERT_TRUE(one.read(SOURCE_DIR "/examples/total_station_heights.inp", setting));
-        ASSERT_TRUE(other.read(SOURCE_DIR "/examples/gross_error.inp", setting));
+        ASSERT_TRUE(one.read(example("total_station_heights"), setting));
+        ASSERT_TRUE(other.read(example("gross_error"), setting));
         const Ended first = one.run(), second = other.run();
         int differ[2] = {0, 0};
         const auto repeat = [](EngineRun &network, const Ended &wanted, int &count) {
@@ -29,6 +47,43 @@ TEST(Threads, GiveTheBytesOfRunsOneAfterTheOther)
         EXPECT_EQ(differ[0], 0);
         EXPECT_EQ(differ[1], 0);
     }
+}
+
+// All that a host makes of a network file: report, engine's lines, JSON, tables.
+std::string everything(const std::string &path)
+{
+    using namespace vornhost;
+    Model model;
+    Faults faults;
+    EXPECT_TRUE(read_network(path, model, faults)) << path;
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *report = open_memstream(&text, &size);
+    Recorder messages;
+    const RunOutcome outcome = run(model, report, messages);
+    fclose(report);
+    std::string all(text, size);
+    free(text);
+    const Results results = collect(model, outcome, "test");
+    model.p.freerun(model.p.runresults);
+    for (const std::string &line : messages.lines) all += line + "\n";
+    all += to_json(results);
+    for (const CsvTable &table : to_csv(results)) all += table.name + "\n" + table.text;
+    return all;
+}
+
+// The first use of every table of words falls into the threads.
+TEST_F(Threads, ReadAdjustAndWriteAsOneAfterTheOther)
+{
+    const std::array<const char *, 8> names = {
+        "photo_block",          "monitoring_wall", "ghilani_baselines",    "mixed_fixed_heights",
+        "instrument_constants", "gross_error",     "grossmann_directions", "strang_borre_distances_free"};
+    std::array<std::string, names.size()> found;
+    std::array<std::thread, names.size()> threads;
+    for (size_t i = 0; i < names.size(); i++)
+        threads[i] = std::thread([&found, &names, i] { found[i] = everything(example(names[i])); });
+    for (std::thread &t : threads) t.join();
+    for (size_t i = 0; i < names.size(); i++) EXPECT_TRUE(found[i] == everything(example(names[i]))) << names[i];
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include <stddef.h>
 
-static int failing = 0, counted = 0;
+static thread_local int failing = 0, counted = 0;
 
 void fail_allocation(int n)
 {

@@ -4,10 +4,10 @@
 #ifndef TESTS_FAULTS_H
 #define TESTS_FAULTS_H
 
-// The n-th calloc from now returns null, all others succeed; 0: none fails.
+// The n-th calloc of this thread from now returns null, all others succeed; 0: none fails.
 void fail_allocation(int n);
 
-// Callocs since the last fail_allocation.
+// Callocs of this thread since the last fail_allocation.
 int allocations();
 
 #endif
