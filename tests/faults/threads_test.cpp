@@ -5,14 +5,11 @@
 
 #include <array>
 #include <filesystem>
-#include <memory>
 #include <thread>
 
-#include "csv_writer.h"
 #include "faults/engine_run.h"
 #include "host/folder.h"
-#include "json_writer.h"
-#include "results.h"
+#include "runs/outputs.h"
 
 namespace {
 
@@ -49,29 +46,6 @@ TEST_F(Threads, GiveTheBytesOfRunsOneAfterTheOther)
     }
 }
 
-// All that a host makes of a network file: report, engine's lines, JSON, tables.
-std::string everything(const std::string &path)
-{
-    using namespace vornhost;
-    Model model;
-    Faults faults;
-    EXPECT_TRUE(read_network(path, model, faults)) << path;
-    char *text = nullptr;
-    size_t size = 0;
-    FILE *report = open_memstream(&text, &size);
-    Recorder messages;
-    const RunOutcome outcome = run(model, report, messages);
-    fclose(report);
-    std::string all(text, size);
-    free(text);
-    const Results results = collect(model, outcome, "test");
-    model.p.freerun(model.p.runresults);
-    for (const std::string &line : messages.lines) all += line + "\n";
-    all += to_json(results);
-    for (const CsvTable &table : to_csv(results)) all += table.name + "\n" + table.text;
-    return all;
-}
-
 // The first use of every table of words falls into the threads.
 TEST_F(Threads, ReadAdjustAndWriteAsOneAfterTheOther)
 {
@@ -81,9 +55,9 @@ TEST_F(Threads, ReadAdjustAndWriteAsOneAfterTheOther)
     std::array<std::string, names.size()> found;
     std::array<std::thread, names.size()> threads;
     for (size_t i = 0; i < names.size(); i++)
-        threads[i] = std::thread([&found, &names, i] { found[i] = everything(example(names[i])); });
+        threads[i] = std::thread([&found, &names, i] { found[i] = outputs_of(example(names[i])); });
     for (std::thread &t : threads) t.join();
-    for (size_t i = 0; i < names.size(); i++) EXPECT_TRUE(found[i] == everything(example(names[i]))) << names[i];
+    for (size_t i = 0; i < names.size(); i++) EXPECT_TRUE(found[i] == outputs_of(example(names[i]))) << names[i];
 }
 
 } // namespace
