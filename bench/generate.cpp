@@ -1,6 +1,6 @@
 // Program vorn-generate: prints a network file of any size to standard output.
 //
-//   vorn-generate KIND SIZE [--seed N] [--noise FACTOR] [--truth]
+//   vorn-generate KIND SIZE [--seed N] [--noise FACTOR] [--shuffled] [--truth]
 //
 // Exit status 0; 2 for a wrong call; 3 when standard output could not be written.
 
@@ -20,8 +20,10 @@ namespace {
 using networks::Network;
 using networks::Recipe;
 
-const std::map<std::string, Network (*)(const Recipe &)> kinds = {
-    {"levelling", networks::levelling}, {"plane", networks::plane}, {"hall", networks::hall}};
+const std::map<std::string, Network (*)(const Recipe &)> kinds = {{"levelling", networks::levelling},
+                                                                  {"chain", networks::chain},
+                                                                  {"plane", networks::plane},
+                                                                  {"hall", networks::hall}};
 
 std::string factor(const std::string &text)
 {
@@ -37,16 +39,19 @@ struct Call {
 
 void describe(CLI::App &app, Call &call)
 {
-    app.add_option("KIND", call.kind, "levelling: heights; plane: stations in a grid; hall: targets on walls, in space")
+    app.add_option("KIND", call.kind,
+                   "levelling: heights in a grid; chain: heights in a line; plane: stations in a grid; hall: targets "
+                   "on walls, in space")
         ->required()
         ->check(CLI::IsMember(kinds));
-    app.add_option("SIZE", call.recipe.size, "points of levelling, stations of plane, targets of hall")
+    app.add_option("SIZE", call.recipe.size, "points of levelling and chain, stations of plane, targets of hall")
         ->required()
         ->check(CLI::Range(networks::smallest, networks::largest));
     app.add_option("--seed", call.recipe.seed, "another seed gives another network (default 1)");
     app.add_option("--noise", call.recipe.noise,
                    "errors of the observations in units of their standard deviations (default 1)")
         ->check(factor);
+    app.add_flag("--shuffled", call.recipe.shuffled, "points of levelling and chain in random order");
     app.add_flag("--truth", call.truth, "print the true coordinates of the same network instead");
 }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace networks {
 
@@ -272,6 +273,26 @@ void place_hall_points(Survey *survey, int ntarget)
     }
 }
 
+// Fisher and Yates (1938), as by Durstenfeld (1964).
+void shuffle_targets(Survey *survey)
+{
+    Network &network = survey->network;
+    for (size_t i = network.targets.size(); i > 1; i--) {
+        const size_t k = (size_t)survey->random.between(0.0, (double)i);
+        std::swap(network.targets[i - 1], network.targets[k]);
+        std::swap(network.target_truth[i - 1], network.target_truth[k]);
+    }
+}
+
+// Points at random heights, the first and the last of which are bench marks.
+void place_heights(Survey *survey, int n)
+{
+    for (int i = 0; i < n; i++) {
+        const int code = i == 0 || i == n - 1 ? CODE_FIXED : CODE_FREE;
+        survey->add_target({0.0, 0.0, survey->random.between(400.0, 450.0)}, 0.05, code);
+    }
+}
+
 template <class Record> void attach(std::vector<Record> &from, Record **array, int *count)
 {
     *array = from.empty() ? nullptr : from.data();
@@ -284,16 +305,24 @@ Network levelling(const Recipe &recipe)
 {
     Survey survey(recipe, 1, "Levelling network in a grid");
     const Grid grid(recipe.size);
-    for (int i = 0; i < grid.n; i++) {
-        const int code = i == 0 || i == grid.n - 1 ? CODE_FIXED : CODE_FREE;
-        survey.add_target({0.0, 0.0, survey.random.between(400.0, 450.0)}, 0.05, code);
-    }
+    place_heights(&survey, grid.n);
     for (int i = 0; i < grid.n; i++) {
         const int right = grid.neighbour(i, 1, 0), up = grid.neighbour(i, 0, 1);
         if (right >= 0) level(&survey, i, right);
         if (up >= 0) level(&survey, i, up);
     }
     level(&survey, grid.n - 1, grid.n - grid.columns); // closes a loop when one point stands alone in the last row
+    if (recipe.shuffled) shuffle_targets(&survey);
+    return std::move(survey.network);
+}
+
+Network chain(const Recipe &recipe)
+{
+    Survey survey(recipe, 1, "Line of levelling");
+    place_heights(&survey, recipe.size);
+    for (int i = 0; i + 1 < recipe.size; i++) level(&survey, i, i + 1);
+    for (int i = 0; i + 11 < recipe.size; i += 10) level(&survey, i, i + 11);
+    if (recipe.shuffled) shuffle_targets(&survey);
     return std::move(survey.network);
 }
 

@@ -2,6 +2,8 @@
 //
 //   levelling  heights: points in a grid of about 1 km, height differences along its lines,
 //              which close loops; the first and the last point are bench marks
+//   chain      heights: points in a line of levelling between two bench marks, with a line that
+//              passes over ten points from every tenth on
 //   plane      plane positions: stations in a grid of about 200 m and a target in each cell;
 //              every station takes directions to all points around it and distances to the
 //              near ones, about 20 observations a station; the first and the last station are fixed
@@ -32,9 +34,10 @@ const int smallest = 4;      // points or stations of the smallest network
 const int largest = 1000000; // names of points have 8 characters
 
 struct Recipe {
-    int size = smallest; // points of levelling, stations of plane, targets of hall
+    int size = smallest; // points of levelling and chain, stations of plane, targets of hall
     uint64_t seed = 1;
-    double noise = 1.0; // factor on the standard deviations; 0 gives true observations
+    double noise = 1.0;    // factor on the standard deviations; 0 gives true observations
+    bool shuffled = false; // targets in random order; observations and names stay
 };
 
 using Position = std::array<double, 3>;
@@ -55,6 +58,7 @@ struct Network {
 };
 
 Network levelling(const Recipe &recipe);
+Network chain(const Recipe &recipe);
 Network plane(const Recipe &recipe);
 Network hall(const Recipe &recipe);
 
