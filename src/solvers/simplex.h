@@ -69,6 +69,7 @@ private:
     int designdir1(double **row);
     int designdir2(double **row);
     int columns(const double *row, bool all, int *list) const;
+    void addproducts(balancing *b, const double *row, double p);
     void invertnormal(balancing *b);
     double influence(const balancing *b, int i) const;
     double sweep(balancing *b, double rbar, bool first);

@@ -172,19 +172,27 @@ int simplex::columns(const double *row, bool all, int *list) const
     return n;
 }
 
+// Adds p a a' of one row. An infinite weight or coefficient times 0 has no number: then all
+// columns count.
+void simplex::addproducts(balancing *b, const double *row, double p)
+{
+    double **norm = b->norm.row;
+    int n = columns(row, !isfinite(p), b->list);
+    for (int j = 0; j < n && n < nunk; j++)
+        if (!isfinite(p * row[b->list[j]])) n = columns(row, true, b->list);
+    const int *list = b->list;
+    for (int j = 0; j < n; j++) {
+        const double f = p * row[list[j]];
+        for (int k = 0; k < n; k++) norm[list[j]][list[k]] += f * row[list[k]];
+    }
+}
+
 // A'PA and its inverse, column by column. A singular matrix is only told by ludcmp.
 void simplex::invertnormal(balancing *b)
 {
     double **norm = b->norm.row, d;
     memset(b->norm.block, 0, sizeof(double) * (size_t)nunk * (size_t)nunk);
-    for (int i = 0; i < nobs; i++) {
-        const double *row = b->design.row[i];
-        const int n = columns(row, false, b->list), *list = b->list;
-        for (int j = 0; j < n; j++) {
-            const double f = newpd[i] * row[list[j]];
-            for (int k = 0; k < n; k++) norm[list[j]][list[k]] += f * row[list[k]];
-        }
-    }
+    for (int i = 0; i < nobs; i++) addproducts(b, b->design.row[i], newpd[i]);
     ludcmp(norm, nunk, b->indx, &d, out);
     b->defined = true;
     for (int k = 0; k < nunk; k++) {

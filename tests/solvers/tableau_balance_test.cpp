@@ -144,6 +144,49 @@ TEST(Balance, SpreadsARowWithoutNumbersToAllRedundancies)
     EXPECT_EQ(undefined(h.n.report()), 6);
 }
 
+// Distances hold x, height differences hold z: the matrix has two blocks. The weights of one are
+// infinite, and infinity times the zeros of its rows reaches the other.
+TEST(Balance, SpreadsAnInfiniteWeightToAllRedundancies)
+{
+    Hand h(3);
+    h.add("A", 0, 0, 0);
+    h.add("P", 100, 0, 0);
+    for (point &p : h.points) p.n0[0] = p.n0[1] = p.n0[2] = N_NONE;
+    h.points[1].n0[0] = 0;
+    h.points[1].n0[2] = 1;
+    h.nunk1 = 2;
+    for (int i = 0; i < 2; i++) {
+        h.observe(h.dist, 0, 1, 100.0, 0.5);
+        h.observe(h.difh, 0, 1, 0.0, 0.5);
+    }
+    h.n.messages.answer = 1;
+    simplex &s = h.solver();
+    S(s, sdifh) = HUGE_VAL;
+    EXPECT_EQ(s.prepare(), 0);
+    EXPECT_EQ(h.n.report().rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
+    EXPECT_EQ(undefined(h.n.report()), 4);
+}
+
+// The same with a coefficient that is no number, of a distance between two points at one place.
+TEST(Balance, SpreadsACoefficientWithoutNumberToTheWholeMatrix)
+{
+    Hand h(2);
+    const double x[] = {0, 100, 200, 100};
+    for (const double at : x) h.add("P", at, 0);
+    for (point &p : h.points) p.n0[0] = p.n0[1] = N_NONE;
+    h.points[1].n0[0] = 0;
+    h.points[2].n0[0] = 1;
+    h.nunk1 = 2;
+    h.observe(h.dist, 0, 1, 100.0, 0.5);
+    h.observe(h.dist, 0, 2, 200.0, 0.5);
+    h.observe(h.dist, 1, 2, 100.0, 0.5);
+    h.observe(h.dist, 3, 1, 0.0, 0.5);
+    h.n.messages.answer = 1;
+    EXPECT_EQ(h.solver().prepare(), 0);
+    EXPECT_EQ(h.n.report().rfind("In ludcmp: singular matrix\nfirst r[  0] = ", 0), 0u);
+    EXPECT_EQ(undefined(h.n.report()), 4);
+}
+
 // As many observations as unknowns: a division by zero, but only of doubles.
 TEST(Balance, StandsANetworkWithoutRedundancy)
 {
