@@ -1,7 +1,8 @@
 // Conditions of a free network as rows of the simplex tableau, behind the observations.
 //
-// A point has its coordinates in the columns c, c + 1, c + 2 with c the number of its first
-// one, and takes part by the flags of the datum; dx, dy, dz (metres) count from the centre.
+// A point takes part by the flags of the datum, each coordinate in the column of its number; dx,
+// dy, dz (metres) count from the centre. The flag of a fixed coordinate, which has no column,
+// stays set.
 
 #include "solvers/simplex.h"
 
@@ -15,17 +16,17 @@ void simplex::datumentry(int k, int number, double value)
 // crossed compared with those in space: -dy stands with y, dx with x.
 void simplex::datumplane(const point *p)
 {
-    const int c = p->n0[0];
+    const int x = p->n0[0], y = p->n0[1];
     const double dx = p->xpt[0] - centre[0], dy = p->xpt[1] - centre[1];
     if (p->defdatum[0] == DATUM_USED) {
-        datumentry(0, c, 1.0);
-        datumentry(2, c + 1, -dy);
-        if (ndatum == 4) datumentry(3, c, dx);
+        datumentry(0, x, 1.0);
+        datumentry(2, y, -dy);
+        if (ndatum == 4) datumentry(3, x, dx);
     }
     if (p->defdatum[1] == DATUM_USED) {
-        datumentry(1, c + 1, 1.0);
-        datumentry(2, c, dx);
-        if (ndatum == 4) datumentry(3, c + 1, dy);
+        datumentry(1, y, 1.0);
+        datumentry(2, x, dx);
+        if (ndatum == 4) datumentry(3, y, dy);
     }
 }
 
@@ -40,7 +41,7 @@ void simplex::datumspace(const point *p)
     const bool three = ndatum == 6 || ndatum == 7, one = ndatum == 4 || ndatum == 5;
     for (int k = 0; k < 3; k++) {
         if (p->defdatum[k] != DATUM_USED) continue;
-        const int number = p->n0[0] + k;
+        const int number = p->n0[k];
         for (int r = 0; r < 3; r++) datumentry(r, number, shift[r][k]);
         for (int r = 0; three && r < 3; r++) datumentry(3 + r, number, turn[r][k]);
         if (one) datumentry(3, number, turn[2][k]);
@@ -48,12 +49,10 @@ void simplex::datumspace(const point *p)
     }
 }
 
-// A point whose first coordinate has no number has no columns, in dimension 1 one without a height.
 void simplex::datumrows()
 {
     for (const point *p = points; p < points + npoints; p++) {
         if (dim == 1 && p->defdatum[2] == DATUM_USED) datumentry(0, p->n0[2], 1.0);
-        if (p->n0[0] == N_NONE) continue;
         if (dim == 2) datumplane(p);
         if (dim == 3) datumspace(p);
     }

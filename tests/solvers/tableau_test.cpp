@@ -361,16 +361,30 @@ TEST(DatumRows, TakeEachEntryOfSpaceUnderTheFlagOfItsColumn)
                                           {0, 0, 0, 10, 0, 7}}));
 }
 
-// A fixed point has no number from which columns could count; the columns of the last point
-// end with the coordinates; conditions beyond ndatum have no row.
-TEST(DatumRows, StayInsideTheTableau)
+// A coordinate that is fixed has no column, whichever it is, and leaves those of the others alone.
+TEST(DatumRows, LeaveOutFixedCoordinates)
 {
-    Conditions t(3, 2);
-    for (int c = 0; c < 3; c++) t.h.points[0].defdatum[c] = DATUM_USED;
-    t.h.points[0].n0[0] = N_NONE;
-    t.h.points[1].n0[0] = 5;
-    EXPECT_EQ(t.rows(), (std::vector<Row>{{0, 0, 0, 0, 0, 1}, {0, 0, 0, 0, 0, 0}}));
+    Conditions t(3, 3);
+    t.h.points[0].defdatum[0] = t.h.points[0].defdatum[1] = t.h.points[0].defdatum[2] = DATUM_USED;
+    t.h.points[0].n0[2] = N_NONE; // 0 1 -
+    t.h.points[1].n0[0] = N_NONE; // - 2 3
+    t.h.points[1].n0[1] = 2;
+    t.h.points[1].n0[2] = 3;
+    EXPECT_EQ(t.rows(), (std::vector<Row>{{1, 0, 0, 0, 0, 0}, {0, 1, 1, 0, 0, 0}, {0, 0, 0, 1, 0, 0}}));
+
+    Conditions plane(2, 4);
+    plane.h.points[1].n0[1] = N_NONE;
+    EXPECT_EQ(plane.rows(), (std::vector<Row>{{0, 0, 1, 0}, {0, 0, 0, 0}, {0, 0, 10, 0}, {0, 0, 10, 0}}));
+
     Conditions height(1, 1);
     height.h.points[1].n0[2] = N_NONE;
     EXPECT_EQ(height.rows(), (std::vector<Row>{{0, 0}}));
+}
+
+// Conditions beyond ndatum have no row, numbers beyond the coordinates no column.
+TEST(DatumRows, StayInsideTheTableau)
+{
+    Conditions t(3, 2);
+    for (int &n : t.h.points[1].n0) n += 2;
+    EXPECT_EQ(t.rows(), (std::vector<Row>{{0, 0, 0, 0, 0, 1}, {0, 0, 0, 0, 0, 0}}));
 }
