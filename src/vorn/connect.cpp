@@ -125,17 +125,17 @@ static int read_points(FILE *f, point *points, int *lcon, int nimport)
     return code;
 }
 
-// Reads exactly nline numbers, one a line; a line without a number ends the matrix.
+// Reads exactly nline lines, a number on each. The count of lines decides before what stands on
+// them: a line without a number is one of them, and then there are too few numbers.
 static int read_matrix(FILE *f, double *a, long long nline)
 {
     char line[80];
-    long long i = 0;
-    while (fgets(line, sizeof line, f)) {
+    long long i = 0, nnumber = 0;
+    for (; fgets(line, sizeof line, f); i++) {
         if (i == nline) return TOO_MANY_LINES;
-        if (sscanf(line, "%lf", a + i) != 1) return TOO_FEW_LINES;
-        i++;
+        nnumber += sscanf(line, "%lf", a + i) == 1;
     }
-    return i == nline ? FIT : TOO_FEW_LINES;
+    return nnumber == nline ? FIT : TOO_FEW_LINES;
 }
 
 // Reads the file of the import: coordinates into the points, inverse covariance into Qcon.

@@ -341,6 +341,13 @@ TEST(ConnectFile, WithAnEmptyLineBehindTheMatrixIsRefused)
     net.refuses(TWO_POINTS + diagonal4(1.0) + "\n", 4);
 }
 
+TEST(ConnectFile, WithAnEmptyLineInsideTheMatrixHasOneLineMore)
+{
+    Net net(2);
+    load_two(&net);
+    net.refuses(std::string(TWO_POINTS) + "\n" + diagonal4(1.0), 4);
+}
+
 TEST(ConnectFile, WithFewerLinesThanTheMatrixIsRefused)
 {
     Net net(2);
@@ -352,7 +359,9 @@ TEST(ConnectFile, WithALineThatIsNoNumberInTheMatrixIsRefused)
 {
     Net net(2);
     load_two(&net);
-    net.refuses(std::string(TWO_POINTS) + "1\nq\n" + diagonal4(1.0), 5);
+    std::string matrix = diagonal4(1.0);
+    matrix.replace(0, matrix.find('\n'), "q");
+    net.refuses(TWO_POINTS + matrix, 5);
 }
 
 TEST(ConnectFile, RefusalIsTracedInTheReport)
