@@ -5,7 +5,6 @@
 
 #include "names.h"
 #include "result.h"
-#include "simplex_input.h"
 #include "sketch.h"
 #include "vorn.h"
 

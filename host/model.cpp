@@ -53,4 +53,10 @@ void Model::attach()
 
 double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
 
+std::string place(const Model &model, Source where)
+{
+    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
+    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
+}
+
 } // namespace vornhost

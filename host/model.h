@@ -84,6 +84,9 @@ struct Model {
 // Metres in the unit of length of the project.
 double metres_per_unit(const project &p);
 
+// "net.inp:12", or the network file for a record without a place.
+std::string place(const Model &model, Source where);
+
 } // namespace vornhost
 
 #endif

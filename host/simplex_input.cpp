@@ -78,12 +78,6 @@ private:
 
 } // namespace
 
-std::string place(const Model &model, Source where)
-{
-    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
-    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
-}
-
 std::vector<std::string> not_for_simplex(const Model &model)
 {
     Refusal refusal(model);

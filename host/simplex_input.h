@@ -14,9 +14,6 @@ namespace vornhost {
 // do and its place; at most twenty points. Empty when the solver can take the network.
 std::vector<std::string> not_for_simplex(const Model &model);
 
-// "net.inp:12", or the network file for a record without a place.
-std::string place(const Model &model, Source where);
-
 } // namespace vornhost
 
 #endif

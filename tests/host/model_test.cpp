@@ -79,3 +79,14 @@ TEST(Model, KeepsItsArraysWhenItIsMoved)
     const Model moved = std::move(m);
     EXPECT_EQ(moved.p.targets, moved.targets.records.data());
 }
+
+TEST(Model, NamesThePlaceOfARecord)
+{
+    Model m;
+    m.path = "net.inp";
+    m.files = {"net.inp", "points.txt"};
+    EXPECT_EQ(place(m, Source{1, 12, 3}), "points.txt:12");
+    EXPECT_EQ(place(m, Source{0, 1, 0}), "net.inp:1");
+    for (const Source nowhere : {Source(), Source{2, 12, 0}, Source{-1, 12, 0}, Source{1, -1, 0}})
+        EXPECT_EQ(place(m, nowhere), "net.inp");
+}
