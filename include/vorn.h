@@ -60,8 +60,9 @@ public:
 
     vorn(const vorn &) = delete;
 
-    // Loads and checks the network and numbers the unknowns. Returns 0, or
-    //   -1 loading failed                -4 no approximate coordinates found
+    // Loads and checks the network and numbers the unknowns, once. Returns 0, or
+    //   -1 loading failed, or was begun before
+    //                                    -4 no approximate coordinates found
     //   -2 the lumps could not be set up -5 coordinates missing in a run that computes none
     //   -3 no datum                      -6 the connected net could not be set up
     VORN_API int vornstart();
@@ -69,7 +70,7 @@ public:
     // Adjust: least squares in compact storage, least squares by Gauss-Jordan, least
     // absolute values by the simplex method. Call one of them once, after vornstart
     // returned 0. Return 0, or
-    //   -1 no memory                     -4 divergence or no convergence
+    //   -1 no memory, or no vornstart    -4 divergence or no convergence
     //   -2 the solver could not be set up -5 no inverse
     //   -3 the system could not be solved
     VORN_API int vornL2();
@@ -286,6 +287,7 @@ private:
 
     nameindex *pointindex; // names of points, made by the first vornsearch
     nameindex *hostindex;  // names of host stations and targets, made by the first searchnam
+    bool begun, ready;     // vornstart was called; it returned 0
 };
 
 #endif

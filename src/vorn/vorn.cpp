@@ -5,6 +5,7 @@
 
 #include <math.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <new>
 
@@ -25,6 +26,8 @@ vorn::vorn(project *p)
     pcompact = NULL;
     pjordan = NULL;
     pfeedback = p->pfeedback;
+    char *const end = p->filename + sizeof p->filename - 1;
+    if (!memchr(p->filename, '\0', sizeof p->filename)) *end = '\0'; // a name that fills its field is cut
     pname = p->filename;
     out = p->out;
     idebug = p->idebug;
@@ -95,6 +98,7 @@ vorn::vorn(project *p)
     temp_res = NULL;
     pointindex = NULL;
     hostindex = NULL;
+    begun = ready = false;
 }
 
 vorn::~vorn()
@@ -111,6 +115,11 @@ vorn &vorn::operator=(const vorn &other) = default;
 int vorn::vornstart()
 {
     const decimal_point held;
+    if (begun) {
+        tell(pfeedback, "vornstart: a run is set up once");
+        return -1;
+    }
+    begun = true;
     if (fill_vorn() != 0) {
         fflush(out);
         return -1;
@@ -141,6 +150,7 @@ int vorn::vornstart()
     if ((icon == 2 || icon == 3) && set_connect() < 0) return -6;
     summary2();
     outputapprox();
+    ready = true;
     return 0;
 }
 
@@ -205,6 +215,13 @@ bool vorn::take_temp_res(const char *entry)
     return temp_res;
 }
 
+// A run that was not set up to its end has lists without records.
+static int not_ready(Feedback *fb, const char *entry)
+{
+    tell(fb, "%s: vornstart has not returned 0", entry);
+    return -1;
+}
+
 // Without memory for the object itself.
 static int no_solver(Feedback *fb, const char *entry)
 {
@@ -215,6 +232,7 @@ static int no_solver(Feedback *fb, const char *entry)
 int vorn::vornL2()
 {
     const decimal_point held;
+    if (!ready) return not_ready(pfeedback, "vornL2");
     if (!take_temp_res("vornL2+")) return -1;
     solverinput in;
     handover(&in);
@@ -232,6 +250,7 @@ int vorn::vornL2()
 int vorn::vornjordan()
 {
     const decimal_point held;
+    if (!ready) return not_ready(pfeedback, "vornjordan");
     if (!take_temp_res("vornjordan")) return -1;
     solverinput in;
     handover(&in);
@@ -250,6 +269,7 @@ int vorn::vornjordan()
 int vorn::vornL1()
 {
     const decimal_point held;
+    if (!ready) return not_ready(pfeedback, "vornL1");
     solverinput in;
     handover(&in);
     psimplex = new (std::nothrow) simplex(in);

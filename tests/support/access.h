@@ -145,6 +145,8 @@ struct vorn_access {
     static constexpr auto temp_res = &vorn::temp_res;
     static constexpr auto pointindex = &vorn::pointindex;
     static constexpr auto hostindex = &vorn::hostindex;
+    static constexpr auto begun = &vorn::begun;
+    static constexpr auto ready = &vorn::ready;
 };
 
 #define V(object, member) ((object).*vorn_access::member)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <math.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <new>
@@ -43,6 +44,27 @@ TEST(VornConstructor, TurnsLatitudeIntoRadians)
     EXPECT_DOUBLE_EQ(V(run, latitude), 4.0 * atan(1.0));
     EXPECT_DOUBLE_EQ(V(run, pi), 4.0 * atan(1.0));
     EXPECT_EQ(n.p.latitude, 180.0);
+}
+
+// What follows the field belongs to the host, and "con" must not be written over it.
+TEST(VornConstructor, CutsAFileNameThatFillsItsField)
+{
+    Network n(2);
+    memset(n.p.filename, 'x', sizeof n.p.filename);
+    n.p.filename[sizeof n.p.filename - 2] = '.';
+    vorn run(n.ready());
+    EXPECT_EQ(strnlen(V(run, pname), sizeof n.p.filename), sizeof n.p.filename - 1);
+    EXPECT_EQ((V(run, writecon)()), -9); // no extension of three letters
+    EXPECT_EQ(n.p.filename[0], 'x');
+}
+
+TEST(VornConstructor, LeavesAFileNameWithItsZeroAlone)
+{
+    Network n(2);
+    memset(n.p.filename, 'x', sizeof n.p.filename);
+    n.p.filename[3] = '\0';
+    vorn run(n.ready());
+    EXPECT_EQ(n.p.filename[sizeof n.p.filename - 1], 'x');
 }
 
 TEST(VornConstructor, CopiesTheSettings)
@@ -213,6 +235,28 @@ TEST(Vornstart, ComputesNoCoordinatesForErrorPropagation)
     EXPECT_TRUE(n.messages.questions.empty());
 }
 
+// Each failure leaves other lists, counts and records behind.
+TEST(Solvers, RefuseARunThatWasNotSetUp)
+{
+    void (*const spoil[])(Network &) = {
+        [](Network &n) { n.distances.clear(); }, [](Network &n) { n.stations[0].status = 0; }, // its distances stay
+        [](Network &n) { n.target("alone", 1, 1); }, [](Network &n) { n.stations[0].status = STATUS_COMPUTE; }};
+    int (vorn::*const entries[])() = {&vorn::vornL2, &vorn::vornjordan, &vorn::vornL1};
+    for (const auto &change : spoil)
+        for (const auto entry : entries)
+            for (const bool started : {false, true}) {
+                Network n(2);
+                add_plane(n);
+                n.p.irun = -2; // computes no coordinates
+                change(n);
+                vorn run(n.ready());
+                EXPECT_LT(started ? run.vornstart() : -1, 0);
+                EXPECT_EQ((run.*entry)(), -1);
+                ASSERT_FALSE(n.messages.lines.empty());
+                EXPECT_TRUE(holds(n.messages.lines.back(), ": vornstart has not returned 0"));
+            }
+}
+
 TEST(Solvers, ReturnMinus1WithoutMemoryForTheStatistics)
 {
     Network n(2);
@@ -264,6 +308,19 @@ void add_determined(Network &n)
 {
     add_plane(n);
     n.stations[0].ir[2] = CODE_FIXED;
+}
+
+TEST(Vornstart, SetsUpARunOnce)
+{
+    Network n(2);
+    add_determined(n);
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    const point *points = V(run, points);
+    EXPECT_EQ(run.vornstart(), -1);
+    EXPECT_EQ(n.messages.lines.back(), "vornstart: a run is set up once");
+    EXPECT_EQ(V(run, points), points);
+    EXPECT_EQ(run.vornL2(), 0) << n.report(); // the first set-up stands
 }
 
 TEST(Solvers, InvertByTheRulesOfTheirEntry)
