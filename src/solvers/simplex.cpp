@@ -40,6 +40,7 @@ void simplex::finish()
     }
     free(a);
     a = NULL;
+    freestat(); // class limits of the residuals at a limit of no iterations
 }
 
 void simplex::banner()

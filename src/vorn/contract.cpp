@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <limits>
 #include <type_traits>
 
 #include "project.h"
@@ -13,6 +14,9 @@ static_assert(std::is_standard_layout<project>::value, "project must stay plain 
 static_assert(std::is_trivially_copyable<project>::value, "project must stay plain data");
 static_assert(std::is_standard_layout<result>::value, "result must stay plain data");
 static_assert(sizeof(int) == 4 && sizeof(double) == 8, "the contract counts on 4-byte int and 8-byte double");
+
+// The engine divides by zero and takes roots of negative numbers where a network asks for it.
+static_assert(std::numeric_limits<double>::is_iec559, "such results must be infinities and not-a-numbers");
 
 #if UINTPTR_MAX == 0xffffffffu
 

@@ -74,8 +74,8 @@ int vorn::load_network(lumptables *t)
     return load_observations(t);
 }
 
-// Stations and targets of the host; a negative count counts for none.
-long long vorn::npoint_input() const { return (npsta > 0 ? npsta : 0LL) + (nptar > 0 ? nptar : 0LL); }
+// Stations and targets of the host.
+long long vorn::npoint_input() const { return (long long)npsta + nptar; }
 
 // Goes on without lumps when a table of theirs could not be had.
 void vorn::give_up_lumps(const char *why)

@@ -18,6 +18,9 @@
 #include "vorn/names.h"
 #include "vorn/records.h"
 
+// A negative count of the host counts for none.
+static int records(int n) { return n > 0 ? n : 0; }
+
 vorn::vorn(project *p)
 {
     pproject = p;
@@ -52,17 +55,17 @@ vorn::vorn(project *p)
     Qcon = NULL;
 
     psta = p->stations;
-    npsta = p->nstations;
+    npsta = records(p->nstations);
     ptar = p->targets;
-    nptar = p->ntargets;
+    nptar = records(p->ntargets);
     pdist = p->distances;
-    npdist = p->ndistances;
+    npdist = records(p->ndistances);
     pdifh = p->heightdiffs;
-    npdifh = p->nheightdiffs;
+    npdifh = records(p->nheightdiffs);
     pdir1 = p->directions;
-    npdir1 = p->ndirections;
+    npdir1 = records(p->ndirections);
     pdir2 = p->verticals;
-    npdir2 = p->nverticals;
+    npdir2 = records(p->nverticals);
     sdist = p->sdist;
     sdifh = p->sdifh;
     sdir1 = p->sdir1;

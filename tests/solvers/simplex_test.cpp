@@ -105,6 +105,18 @@ TEST(VornL1, MakesOnePassInEveryMode)
     }
 }
 
+// A limit of no iterations counts the one pass as too many.
+TEST(VornL1, AtALimitOfNoIterationsShowsResidualsAndReleasesTheirClasses)
+{
+    Network n(1);
+    wrong_levelling(n);
+    n.p.itmax = 0;
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    EXPECT_EQ(run.vornL1(), -4);
+    EXPECT_TRUE(holds(n.report(), "\nNo convergence after 0 iterations\n\n\nSimple residuals analysis\n"));
+}
+
 TEST(VornL1, EndsByItsCodesWhateverAllocationFails)
 {
     for (int fail = 1;; fail++) {

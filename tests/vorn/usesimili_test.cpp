@@ -610,6 +610,25 @@ TEST_F(UseSimili, KnowsNoLumpsOfAStoppedRun)
     V(run, npoints) = V(run, ndir1) = 0;
 }
 
+// The second direction cannot be read; it and the one behind it have no points.
+TEST_F(UseSimili, KnowsTheDirectionsOfARunThatStoppedAmongThem)
+{
+    Network n(3);
+    n.p.lumpmethod = 9;
+    n.station("S", 0, 0, 0);
+    for (const char *name : {"A", "B", "C"}) {
+        n.target(name, 10, 20, 1).ilump = 3;
+        n.direction("S", name, name[0] == 'B' ? (double)NAN : 0.5, 1).time = 2;
+    }
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -1);
+    ASSERT_NE(V(run, dir1), nullptr);
+    EXPECT_NE(V(run, dir1)[0].p1, nullptr);
+    EXPECT_EQ(V(run, dir1)[1].p1, nullptr);
+    EXPECT_EQ((V(run, usesimili)(1)), 0);
+    EXPECT_EQ(V(run, nlump), 1);
+}
+
 TEST_F(UseSimili, HasNoLumpsWithoutAny)
 {
     Split s({1, 2});

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <math.h>
 #include <stdlib.h>
 #include <string.h>
@@ -65,6 +66,26 @@ TEST(VornConstructor, LeavesAFileNameWithItsZeroAlone)
     n.p.filename[3] = '\0';
     vorn run(n.ready());
     EXPECT_EQ(n.p.filename[sizeof n.p.filename - 1], 'x');
+}
+
+TEST(VornConstructor, TakesNegativeCountsForNone)
+{
+    for (const int count : {-1, INT_MIN}) {
+        Network n(2);
+        add_plane(n);
+        n.ready();
+        int *const counts[] = {&n.p.nstations,  &n.p.ntargets,  &n.p.ndistances, &n.p.nheightdiffs, &n.p.ndirections,
+                               &n.p.nverticals, &n.p.nazimuths, &n.p.nbaselines, &n.p.ngroups,      &n.p.ncameras,
+                               &n.p.nimages,    &n.p.nlumpdefs, &n.p.npairs};
+        for (int *c : counts) *c = count;
+        n.p.igps = n.p.iphoto = 1;
+        n.p.lumpmethod = 9;
+        vorn run(&n.p);
+        EXPECT_EQ(V(run, npsta) + V(run, nptar) + V(run, npdist) + V(run, npdifh) + V(run, npdir1) + V(run, npdir2), 0);
+        EXPECT_EQ((V(run, searchnam)("A")), -1);
+        EXPECT_EQ(run.vornstart(), -1);
+        EXPECT_TRUE(holds(n.report(), "\nMust have some points to adjust!!!\n"));
+    }
 }
 
 TEST(VornConstructor, CopiesTheSettings)
