@@ -250,6 +250,21 @@ TEST(ConnectFile, TakesNamesAsTheyStand)
     net.refuses("File: o.con for 1 connections in dimension 1\nA b       1 2 3\n1\n", 3);
 }
 
+// What stands behind the field of the path is not part of it.
+TEST(ConnectFile, IsFoundByAPathThatFillsItsField)
+{
+    Net net(1);
+    net.write("File: x for 2 connections in dimension 1\n");
+    const std::string path(sizeof net.n.p.confile, 'c'); // in the working directory
+    ASSERT_EQ(0, rename(net.file, path.c_str()));
+    memcpy(net.n.p.confile, path.data(), path.size());
+    V(net.run, icon) = 2;
+    V(net.run, fill_connect)();
+    remove(path.c_str());
+    ASSERT_FALSE(net.n.messages.lines.empty());
+    EXPECT_EQ("fill_connect: Incompatibilities with 1 code", net.n.messages.lines[0]);
+}
+
 TEST(ConnectFile, ThatIsMissingTurnsTheModeOff)
 {
     Net net(2);

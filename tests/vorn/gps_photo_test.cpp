@@ -435,3 +435,34 @@ TEST(Images, OfBytesWithoutLinesAreDropped)
     EXPECT_EQ(0, V(*s.run, nobsuv));
     EXPECT_EQ(-1, s.n.images[0].status);
 }
+
+// The path, the station and the camera fill their fields; nothing behind a field belongs to it.
+TEST(Images, ReadNoFurtherThanFieldsWithoutTheirZero)
+{
+    Photo s;
+    s.n.station("Stations9", 0, 0, 0);
+    s.camera_with("Cameras99");
+    s.image("", "", "");
+    const std::string path(sizeof s.n.images[0].file, 'p'); // in the working directory
+    memcpy(s.n.images[0].file, path.data(), path.size());
+    memcpy(s.n.images[0].station, "Stations9", sizeof s.n.images[0].station);
+    memcpy(s.n.images[0].camera, "Cameras99", sizeof s.n.images[0].camera);
+    s.files.push_back(path);
+    s.write(1, FOUR);
+    s.ready();
+    s.count();
+    EXPECT_EQ(4, V(*s.run, nobsuv));
+    EXPECT_EQ(0, s.fill()) << s.n.report();
+    EXPECT_STREQ("Cameras99", s.cams[0].name);
+    EXPECT_STREQ("Stations9", s.u[3].p1->name);
+}
+
+TEST(Baselines, ReadNoFurtherThanNamesWithoutTheirZero)
+{
+    Photo s;
+    s.n.station("Stations9", 0, 0, 0);
+    gps_input &g = s.baseline("", "");
+    memcpy(g.from, "Stations9", sizeof g.from);
+    memcpy(g.to, "Unknown99", sizeof g.to);
+    EXPECT_EQ(-2, V(s.ready(), fill_gps)()); // the first name is that of the station
+}
