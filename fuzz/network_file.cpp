@@ -1,0 +1,35 @@
+// The bytes are the network file; the whole way from the file to the model is taken.
+// A network without faults and of modest size is adjusted as well.
+
+#include "network_file.h"
+#include "runner.h"
+#include "scratch.h"
+
+using namespace vornhost;
+
+static void adjust(Model &model)
+{
+    constexpr size_t most = 40;
+    if (model.stations.size() + model.targets.size() > most) return;
+    model.p.itmax = model.p.itmax < 5 ? model.p.itmax : 5;
+    Silent silent;
+    FILE *report = open_report();
+    run(model, report, silent);
+    if (model.p.runresults) model.p.freerun(model.p.runresults);
+    fclose(report);
+}
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const int ready = (enter_scratch(), 1);
+    (void)ready;
+    write_bytes("net.inp", data, size);
+    Model model;
+    Faults faults;
+    if (read_network("net.inp", model, faults)) {
+        adjust(model);
+    } else {
+        faults.lines();
+    }
+    return 0;
+}

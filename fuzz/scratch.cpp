@@ -1,0 +1,50 @@
+#include "scratch.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+std::string folder;
+
+void leave_scratch()
+{
+    std::error_code ignored;
+    std::filesystem::current_path("/", ignored);
+    std::filesystem::remove_all(folder, ignored);
+}
+
+[[noreturn]] void give_up(const char *what)
+{
+    perror(what);
+    _exit(99);
+}
+
+} // namespace
+
+void enter_scratch()
+{
+    folder = (access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/vorn-fuzz-XXXXXX");
+    if (!mkdtemp(&folder[0]) || chdir(folder.c_str()) != 0) give_up("scratch folder");
+    atexit(leave_scratch);
+}
+
+void write_bytes(const char *name, const uint8_t *data, size_t size)
+{
+    FILE *f = fopen(name, "wb");
+    if (!f) give_up(name);
+    const bool whole = size == 0 || fwrite(data, 1, size, f) == size;
+    if (fclose(f) != 0 || !whole) give_up(name);
+}
+
+FILE *open_report()
+{
+    FILE *f = fopen("report", "w+b");
+    if (!f) give_up("report");
+    return f;
+}
+
+void set_name(char *field, size_t size, const char *text) { snprintf(field, size, "%-8s", text); }

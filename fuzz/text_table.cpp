@@ -1,0 +1,37 @@
+// The bytes are a text table, read once with cells between blanks and once between commas.
+
+#include "scratch.h"
+#include "table.h"
+#include "text_file.h"
+
+using namespace vornhost;
+
+static void read_table(const TextFile &file, Layout layout)
+{
+    static const std::vector<Column> columns = {{"name", true}, {"x", true}, {"code"}, {"code_x"}};
+    Faults faults;
+    faults.add_file("table.csv");
+    Table table("stations", Passage(file, 0, file.text().size()), layout, Source());
+    table.parse(columns, faults);
+    size_t known = 0;
+    for (size_t row = 0; row < table.rows(); row++)
+        for (int c = 0; c < (int)columns.size(); c++) {
+            table.place(row, c);
+            if (table.given(row, c)) known += table.cell(row, c)->text.size();
+        }
+    if (known > file.text().size() + table.rows()) __builtin_trap(); // cells are pieces of the text
+    faults.lines();
+}
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const int ready = (enter_scratch(), 1);
+    (void)ready;
+    write_bytes("table.csv", data, size);
+    TextFile file;
+    Faults faults;
+    if (!file.read("table.csv", Source(), faults)) return 0;
+    read_table(file, Layout::Blanks);
+    read_table(file, Layout::Commas);
+    return 0;
+}
