@@ -10,6 +10,7 @@
 #include "angle.h"
 #include "lump_checks.h"
 #include "network_tables.h"
+#include "toml_guard.h"
 
 // The parser's own checks would end the program. Some input makes them fail, so they
 // throw instead; the check of a key's first letter is left to the code that follows it,
@@ -460,21 +461,6 @@ void NetworkReader::check_imports()
     check(net.model.targets);
 }
 
-// A key with very many points would nest tables deeper than the stack allows.
-bool check_depth(const TextFile &file, Faults &faults)
-{
-    constexpr int most = 1000;
-    int points = 0;
-    const std::string &text = file.text();
-    for (size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '\n') points = 0;
-        if (text[i] != '.' || ++points <= most) continue;
-        faults.add(file.place(i), "line has more than " + std::to_string(most) + " points", "break it into lines");
-        return false;
-    }
-    return true;
-}
-
 // The engine finds the extension behind the first point, and its files take no blanks.
 std::string run_name(const std::string &path)
 {
@@ -492,7 +478,7 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
     model = Model();
     faults = Faults();
     TextFile file;
-    if (!file.read(path, Source(), faults) || !check_depth(file, faults)) return false;
+    if (!file.read(path, Source(), faults) || !check_toml(file, faults)) return false;
     Model network;
     network.path = path;
     network.p.imixed = -1;

@@ -457,6 +457,40 @@ TEST(NetworkFile, RefusesAKeyThatBeginsWithABracket)
               "'}'; correct it as TOML"});
 }
 
+TEST(NetworkFile, RefusesCharactersBeyondAsciiOutsideOfTexts)
+{
+    const auto stray = [](const char *line, const char *place, const char *character) {
+        EXPECT_EQ(faults_of(run + line + "\n" + tables),
+                  Lines{"net.inp:" + std::string(place) + ": character \"" + character +
+                        "\" outside of quotation marks; write texts in quotation marks, keys in plain letters"})
+            << line;
+    };
+    stray("title = M\u00FCller", "3:10", "\u00FC");
+    stray("\u00E9t\u00E9 = 1", "3:1", "\u00E9");
+    stray("\u00A0trace = 1", "3:1", "\u00A0");
+    stray("[\u3000units]", "3:2", "\u3000");
+    stray("trace = 1 \u2028", "3:11", "\\u2028");
+    stray("title = \"\u00E9\" \u00E9", "3:13", "\u00E9");
+    stray("title = \"\\\"\u00E9\" \u00E9", "3:15", "\u00E9");
+    stray("title = '\\' \u00E9", "3:13", "\u00E9");
+    stray("title = \"\u00E9\n\u00E9", "4:1", "\u00E9");
+    stray("title = \"\"\"\u00E9\\\"\"\"\u00E9\"\"\"\"\"\u00E9", "3:23", "\u00E9");
+    stray("title = '''\u00E9''\n\u00E9'''''\u00E9", "4:7", "\u00E9");
+    stray("title = \"\" \U0001F600", "3:12", "\U0001F600");
+}
+
+TEST(NetworkFile, TakesCharactersBeyondAsciiInTextsAndComments)
+{
+    const auto title = [](const char *line) {
+        return read(run + "# gro\u00DF \"\n" + line + " # \u00FC '\n" + tables).title;
+    };
+    EXPECT_EQ(title("title = \"M\u00FCller\""), "M\u00FCller");
+    EXPECT_EQ(title("title = '\u00E9\\'"), "\u00E9\\");
+    EXPECT_EQ(title("title = \"\\\"#\u00E9\""), "\"#\u00E9");
+    EXPECT_EQ(title("title = \"\"\"\u00E9\"\"\u00E9\"\"\"\"\""), "\u00E9\"\"\u00E9\"\"");
+    EXPECT_EQ(title("title = ''''\u00E9''''"), "'\u00E9'");
+}
+
 TEST(NetworkFile, RefusesKeysOfExcessiveDepth)
 {
     std::string deep = "a";
