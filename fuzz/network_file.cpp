@@ -2,7 +2,6 @@
 // A network without faults and of modest size is adjusted as well.
 
 #include "network_file.h"
-#include "runner.h"
 #include "scratch.h"
 
 using namespace vornhost;
@@ -12,11 +11,7 @@ static void adjust(Model &model)
     constexpr size_t most = 40;
     if (model.stations.size() + model.targets.size() > most) return;
     model.p.itmax = model.p.itmax < 5 ? model.p.itmax : 5;
-    Silent silent;
-    FILE *report = open_report();
-    run(model, report, silent);
-    if (model.p.runresults) model.p.freerun(model.p.runresults);
-    fclose(report);
+    adjust_silently(model, model.solver);
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

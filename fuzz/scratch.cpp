@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "runner.h"
+
 namespace {
 
 std::string folder;
@@ -47,4 +49,12 @@ FILE *open_report()
     return f;
 }
 
-void set_name(char *field, size_t size, const char *text) { snprintf(field, size, "%-8s", text); }
+void adjust_silently(vornhost::Model &model, vornhost::Solver solver)
+{
+    Silent silent;
+    FILE *report = open_report();
+    model.solver = solver;
+    vornhost::run(model, report, silent);
+    model.p.freerun(model.p.runresults);
+    fclose(report);
+}

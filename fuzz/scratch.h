@@ -7,7 +7,7 @@
 #include <stdint.h>
 #include <stdio.h>
 
-#include "project.h"
+#include "model.h"
 
 // Called by libFuzzer, or by run_files.cpp, once for each input.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
@@ -33,7 +33,7 @@ private:
     int letters = 0;
 };
 
-// Names are held with blanks up to 8 characters.
-void set_name(char *field, size_t size, const char *text);
+// Adjusts the network with the solver as the program would, without a word, and releases the results.
+void adjust_silently(vornhost::Model &model, vornhost::Solver solver);
 
 #endif

@@ -48,7 +48,7 @@ public:
 protected:
     friend struct solution_access; // white-box tests
 
-    ~solution() {} // objects are deleted through their own class
+    ~solution() { freestat(); } // objects are deleted through their own class
 
     // frame
     int iterations(int *iter);

@@ -400,6 +400,8 @@ int vorn::fill_space()
     return 0;
 }
 
+// The arrays hold as many points as the record says, also when loading ended before the points
+// were counted: they are zeros then.
 int vorn::fill_points()
 {
     result *r = pproject->runresults;
@@ -408,11 +410,11 @@ int vorn::fill_points()
         nstadup = count_duplicates(points, nsta < npoints ? nsta : npoints);
         ntardup = count_duplicates(points + (npoints - ntar), ntar);
     }
-    const int npt = npoints - nstadup - ntardup;
     r->nstar = nsta - nstadup;
     r->ntarr = ntar - ntardup;
+    const int npt = r->nstar + r->ntarr;
     if ((irun == 1 || irun == -2) && take_ellipses(npt) != 0) return -2;
-    if (take_coordinates(dim == 3 ? npt : npoints) != 0) return -2;
+    if (take_coordinates(dim == 3 || npt > npoints ? npt : npoints) != 0) return -2;
     return dim == 3 ? fill_space() : dim == 1 || dim == 2 ? fill_plane() : 0;
 }
 
