@@ -29,7 +29,8 @@ void leave_scratch()
 
 void enter_scratch()
 {
-    folder = (access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/vorn-fuzz-XXXXXX");
+    const char *named = getenv("TMPDIR");
+    folder = (named ? named : access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/vorn-fuzz-XXXXXX");
     if (!mkdtemp(&folder[0]) || chdir(folder.c_str()) != 0) give_up("scratch folder");
     atexit(leave_scratch);
 }

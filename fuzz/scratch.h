@@ -12,8 +12,8 @@
 // Called by libFuzzer, or by run_files.cpp, once for each input.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
-// Makes a folder for this process and goes there. It is in memory where the machine has a
-// file system in memory, and is removed with the files in it when the process ends.
+// Makes a folder for this process in $TMPDIR, or in memory where the machine has a file system
+// in memory, and goes there. It is removed with the files in it when the process ends.
 void enter_scratch();
 
 // Writes the bytes as a file of the working folder; ends the process when that fails.

@@ -16,8 +16,10 @@ enum { SIGHTED = 1, MIN_COPIES = 3 };
 // ---- lumps and epochs of the host ----
 
 static const char *point_name(const void *points, int i) { return ((const point *)points)[i].name; }
-static const char *from_name(const void *dir1, int i) { return ((const measure *)dir1)[i].p1->name; }
-static const char *to_name(const void *dir1, int i) { return ((const measure *)dir1)[i].p2->name; }
+// A direction has no ends where loading stopped before it.
+static const char *end_name(const point *p) { return p ? p->name : ""; }
+static const char *from_name(const void *dir1, int i) { return end_name(((const measure *)dir1)[i].p1); }
+static const char *to_name(const void *dir1, int i) { return end_name(((const measure *)dir1)[i].p2); }
 
 static bool is_station(const lumpcopies *w, int host) { return host < w->nhoststa; }
 
