@@ -94,25 +94,25 @@ template <class Record> void RandomProject::common(Record &r, int i)
     double x[3];
     place(i, x);
     name(r.name, sizeof r.name, i);
-    r.status = from.rarely() ? from.code(-1, 4) : 1;
+    r.status = from.below(6) == 5 ? from.code(-1, 4) : 1;
     for (int c = 0; c < 3; c++) {
         r.x[c] = from.number((x[c] + 0.01 * from.part()) * unit(p));
         r.sx[c] = from.number(0.01 * unit(p));
     }
     codes(r.ix, 3, i < 2 ? (int)CODE_FIXED : (int)CODE_FREE);
     if (nepoch > 0) r.ilump = from.code(0, 3);
-    if (from.rarely()) r.iconn = from.code(0, 3);
+    if (from.below(6) == 5) r.iconn = from.code(0, 3);
 }
 
 void RandomProject::make_points()
 {
     nsta = from.below(7);
     npoint = nsta + from.below(7);
-    nepoch = from.rarely() ? 1 + from.below(4) : 0;
+    nepoch = from.below(4) == 3 ? 1 + from.below(4) : 0;
     for (int i = 0; i < nsta; i++) {
         station_input s = station_input();
         common(s, i);
-        s.typ = from.rarely() ? 2 : 0;
+        s.typ = from.below(4) == 3 ? 2 : 0;
         for (int c = 0; c < 3; c++) {
             s.r[c] = from.number(0.0);
             s.sr[c] = from.number(0.001);
@@ -179,7 +179,7 @@ void RandomProject::make_lists()
 
 void RandomProject::make_baselines()
 {
-    const int n = npoint > 0 && from.rarely() ? 1 + from.below(8) : 0;
+    const int n = npoint > 0 && from.below(6) == 5 ? 1 + from.below(8) : 0;
     for (int i = 0; i < n; i++) {
         gps_input g = gps_input();
         const int a = (i + any_point()) % npoint, b = (i + 1 + any_point()) % npoint;
@@ -197,7 +197,7 @@ void RandomProject::make_baselines()
 
 void RandomProject::make_groups()
 {
-    const int n = from.rarely() ? 1 + from.below(3) : 0;
+    const int n = from.below(4) == 3 ? 1 + from.below(3) : 0;
     members.resize((size_t)n);
     for (int i = 0; i < n; i++) {
         group_input g = group_input();
@@ -230,7 +230,7 @@ void RandomProject::write_image(const char *path)
 
 void RandomProject::make_photo()
 {
-    if (!from.rarely()) return;
+    if (from.below(6) != 5) return;
     p.iphoto = from.code(1, 1);
     const int ncamera = from.below(3), nimage = from.below(4);
     for (int i = 0; i < ncamera; i++) {
@@ -281,7 +281,7 @@ void RandomProject::make_lumps()
 
 void RandomProject::make_pairs()
 {
-    const int n = npoint > 0 && from.rarely() ? 1 + from.below(4) : 0;
+    const int n = npoint > 0 && from.below(6) == 5 ? 1 + from.below(4) : 0;
     for (int i = 0; i < n; i++) {
         pair_input r = pair_input();
         name(r.from, sizeof r.from, any_point());
@@ -293,7 +293,7 @@ void RandomProject::make_pairs()
 // A file that fits the points to import, unless a choice says otherwise.
 void RandomProject::write_connected_net()
 {
-    if (!from.rarely()) return;
+    if (from.below(6) != 5) return;
     snprintf(p.confile, sizeof p.confile, "import.con");
     FILE *f = fopen(p.confile, "wb");
     if (!f) return;
