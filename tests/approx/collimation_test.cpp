@@ -294,6 +294,16 @@ TEST_F(Collimation, FailsOnABarThatDoesNotJoinTargets)
     EXPECT_EQ(s.news(), "In spread: Strange pb with iscale and scale bars\n");
 }
 
+TEST_F(Collimation, TakesAnInfiniteScaleFromABarWithoutLengthInTheFrame)
+{
+    simple();
+    s.range(A, C);
+    s.wire();
+    double scale = 0.0;
+    EXPECT_EQ(X(*s.a, scale_by_bar)(P, 0, s.xap.data(), s.yap.data(), &scale), 1); // the frame is all zero
+    EXPECT_TRUE(std::isinf(scale));
+}
+
 TEST_F(Collimation, FailsWithoutMemory)
 {
     simple();

@@ -48,6 +48,16 @@ protected:
     const std::vector<double> u = {0, 0, 0, 0.4, 0.9, 0.3, -0.15, 0.5, -0.6};
 };
 
+TEST_F(GuessNormal, OfAPointInTheStationHoldsNoNumbers)
+{
+    std::vector<double> at = u;
+    at[3] = at[4] = at[5] = 0.0;
+    add(at, 1, 0.2, 0.1);
+    EXPECT_FALSE(std::isfinite(mat[3][3]));
+    EXPECT_FALSE(std::isfinite(rhs[3]));
+    EXPECT_EQ(mat[0][0], 0.0);
+}
+
 TEST_F(GuessNormal, HoldsTheDerivativesOfBothEquationsForBothStations)
 {
     double wanted[9][9] = {}, right[9] = {}, squares = 0;

@@ -68,6 +68,18 @@ TEST_F(Resec, FindsEveryOrientationInTheRangeFromMinusPiToPi)
     }
 }
 
+// The extreme of a danger circle: all three points in one place.
+TEST_F(Resec, OfPointsInOnePlaceIsWhatTheDivisionGives)
+{
+    build(2);
+    for (int t : {A, B, C}) s->sight(S, t);
+    s->wire();
+    place({A, B, C});
+    for (int t : {A, B, C}) s->xap[t] = s->yap[t] = 7.0;
+    ASSERT_EQ(resec(), 0);
+    EXPECT_FALSE(std::isfinite(s->xap[S]));
+}
+
 TEST_F(Resec, NeedsThreeKnownPoints)
 {
     build(2);

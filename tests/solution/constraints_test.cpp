@@ -334,6 +334,23 @@ TEST(FixedHeights, HoldPointsOnTheSphereOfTheirHeight)
     EXPECT_TRUE(s.counts_agree);
 }
 
+TEST(FixedHeights, AtTheCentreOfTheSphereAreWhatTheDivisionGives)
+{
+    Rows s(3);
+    s.add("S", 300, 0, 12);
+    s.points[0].h = -900.0;
+    for (int c = 0; c < 3; c++) s.points[0].n0[c] = c;
+    s.points[0].defdatum[2] = DATUM_FIXED_HEIGHT;
+    s.wire(1);
+    S(s, radius) = 900.0;
+    S(s, nunk1) = 3;
+    S(s, norm_fixh)();
+    ASSERT_EQ(1u, s.rows.size());
+    EXPECT_TRUE(isinf(s.rows[0].c1[0]));
+    EXPECT_TRUE(isnan(s.rows[0].c1[1]));
+    EXPECT_EQ(HARD, s.rows[0].c1[2]);
+}
+
 TEST(FixedHeights, WithoutUnknownsAddAnEmptyRow)
 {
     Rows s(3);

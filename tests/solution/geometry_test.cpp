@@ -309,6 +309,20 @@ TEST(NormDist, GivesARowWithoutCoordinatesBetweenFixedPoints)
     EXPECT_DOUBLE_EQ(s.rows[0].a2[0], 50.0);
 }
 
+TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
+{
+    Rows s(2);
+    s.add("P", 3, 4).n0[0] = 0;
+    s.add("Q", 3, 4).n0[1] = 1;
+    s.observe(s.dist, 0, 1, 5.0, 0.5);
+    s.wire(1);
+    S(s, nunk1) = 2;
+    S(s, norm_dist)();
+    ASSERT_EQ(s.rows[0].u1, (std::vector<int>{0, 1}));
+    for (const double a : s.rows[0].a1) EXPECT_TRUE(isnan(a)); // infinity times zero
+    EXPECT_DOUBLE_EQ(s.rows[0].b, 10.0);
+}
+
 TEST(NormDist, IgnoresHeightsOfInstrumentAndTargetWithoutReduction)
 {
     Rows s(3);
@@ -707,6 +721,16 @@ TEST(Azcomp, OnAPlaneIsTheTurnedDirection)
     s.n.p.azrot = 0.3;
     S(s, radius) = 1e15;
     EXPECT_NEAR(S(s, azcomp)(0), 0.3, 1e-12);
+}
+
+TEST(Azcomp, OnASphereWithoutRadiusIsWhatTheDivisionGives)
+{
+    Rows s(3);
+    s.add("P", 10, 20, 0);
+    s.add("Q", 15, 20, 0);
+    s.observe(s.az, 0, 1, 0, 1);
+    s.wire(1);
+    EXPECT_FALSE(isfinite(S(s, azcomp)(0)));
 }
 
 TEST(NormAz, BringsTheMisclosureBackAndWeighsIt)

@@ -223,6 +223,17 @@ TEST(ImageRows, AreWeightedByTheListAlone)
     EXPECT_DOUBLE_EQ((1400.0 - uv[1]) * 0.5, s.rows[1].b);
 }
 
+TEST(ImageRows, OfPixelsWithoutSizeAreWhatTheDivisionGives)
+{
+    Image s(true);
+    s.cameras[0].pu = 0.0;
+    s.build();
+    ASSERT_EQ(2u, s.rows.size());
+    EXPECT_FALSE(isfinite(s.rows[0].b));
+    EXPECT_FALSE(isfinite(s.rows[0].c1[0]));
+    EXPECT_TRUE(isfinite(s.rows[1].b));
+}
+
 TEST(ImageRows, OfAFixedStationStillHoldTheTarget)
 {
     Image s(true);

@@ -173,6 +173,19 @@ TEST(ApplyDelta, LetsTheHeightAboveTheSphereFollowUnlessItIsFixed)
     EXPECT_NEAR(s.points[2].h, 409.0, 1e-3);
 }
 
+TEST(ApplyDelta, GivesAPointAtTheCentreOfTheSphereTheHeightOfTheDivision)
+{
+    Bare s(3);
+    s.add("S1", 3, 4, -1000);
+    s.add("T1", 0, 0, -1000);
+    s.wire(1);
+    S(s, iearth) = 1;
+    S(s, radius) = 1000.0;
+    S(s, applydelta)(0);
+    EXPECT_TRUE(isinf(s.points[0].h));
+    EXPECT_TRUE(isnan(s.points[1].h));
+}
+
 TEST(ApplyDelta, LeavesHeightsAloneWithoutAnEarthModelOrBelowThreeDimensions)
 {
     for (int dim = 1; dim <= 3; dim++) {

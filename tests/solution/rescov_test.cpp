@@ -292,6 +292,19 @@ TEST(ResidualCovariance, OfASmallSigmaIsZeroWithAMessage)
     EXPECT_EQ("\nProblem with covariance of distance residual 1\n", s.report());
 }
 
+TEST(ResidualCovariance, IsNotANumberWithAnAprioriSigmaOfZero)
+{
+    Small s(2);
+    s.add("S", 0, 0);
+    s.add("A", 10, 0).n0[0] = 0;
+    s.observe(s.dist, 0, 1, 10.0, 1.0);
+    s.ready(1, 0, {1.0});
+    S(s, sdist) = 0.0;
+    s.cov();
+    EXPECT_TRUE(isnan(s.dist[0].res[1])); // infinity less nothing over nothing
+    EXPECT_EQ(0.0, s.dist[0].res[0]);
+}
+
 TEST(ResidualCovariance, NamesEachKindInItsMessage)
 {
     Everything s;

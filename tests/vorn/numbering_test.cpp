@@ -2,6 +2,7 @@
 // numbers of the unknowns.
 
 #include <gtest/gtest.h>
+#include <math.h>
 
 #include <vector>
 
@@ -123,6 +124,20 @@ TEST(SetPrepare, ShiftsCartesianCoordinatesAndFindsTheHeightAboveTheSphere)
             EXPECT_DOUBLE_EQ(l.at(i).h, 2500.0 / 2208.0 + 104.0); // d = 1000 + 4 + 100
             EXPECT_EQ(l.at(i).x0[2], 100.0);                      // the start is in the working frame
         }
+    }
+}
+
+TEST(SetPrepare, GivesAPointAtTheCentreOfTheSphereTheHeightOfTheDivision)
+{
+    for (const int iearth : {1, 2}) {
+        Loaded l(3, 1, 0);
+        V(l.run, iearth) = iearth;
+        V(l.run, radius) = 100.0;
+        l.at(0).xpt[0] = 3.0;
+        l.at(0).xpt[2] = -100.0;
+        (V(l.run, set_prepare)());
+        EXPECT_FALSE(isfinite(iearth == 1 ? l.at(0).h : l.at(0).xpt[2])) << iearth;
+        EXPECT_EQ(V(l.run, nunk1), 3);
     }
 }
 

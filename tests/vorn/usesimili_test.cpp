@@ -213,6 +213,9 @@ TEST_F(UseSimili, BuildsTheRotationOfAMotion)
     m.apply(x, s.at(2).xpt);
     (V(*s.run, backsol)(0, 1, r, 2));
     for (int k = 0; k < 3; k++) EXPECT_NEAR(s.at(2).xpt[k], x[k], 1e-14);
+    l.scale[1] = 0.0; // what a host may hold it at
+    (V(*s.run, backsol)(0, 1, r, 2));
+    for (int k = 0; k < 3; k++) EXPECT_FALSE(std::isfinite(s.at(2).xpt[k]));
     s.net.p.lumpmethod = 1;
 }
 
