@@ -459,24 +459,23 @@ TEST(NetworkFile, RefusesAKeyThatBeginsWithABracket)
 
 TEST(NetworkFile, RefusesCharactersBeyondAsciiOutsideOfTexts)
 {
-    const auto stray = [](const char *line, const char *place, const char *character) {
-        EXPECT_EQ(faults_of(run + line + "\n" + tables),
-                  Lines{"net.inp:" + std::string(place) + ": character \"" + character +
-                        "\" outside of quotation marks; write texts in quotation marks, keys in plain letters"})
-            << line;
+    const auto stray = [](const char *line, const char *place) {
+        const Lines lines = faults_of(run + line + "\n" + tables);
+        const std::string begin = "net.inp:" + std::string(place) + ": Error while parsing",
+                          end = "; correct it as TOML";
+        ASSERT_EQ(lines.size(), 1u) << line;
+        EXPECT_EQ(lines[0].substr(0, begin.size()), begin) << line;
+        EXPECT_EQ(lines[0].substr(lines[0].size() - end.size()), end) << line;
     };
-    stray("title = M\u00FCller", "3:10", "\u00FC");
-    stray("\u00E9t\u00E9 = 1", "3:1", "\u00E9");
-    stray("\u00A0trace = 1", "3:1", "\u00A0");
-    stray("[\u3000units]", "3:2", "\u3000");
-    stray("trace = 1 \u2028", "3:11", "\\u2028");
-    stray("title = \"\u00E9\" \u00E9", "3:13", "\u00E9");
-    stray("title = \"\\\"\u00E9\" \u00E9", "3:15", "\u00E9");
-    stray("title = '\\' \u00E9", "3:13", "\u00E9");
-    stray("title = \"\u00E9\n\u00E9", "4:1", "\u00E9");
-    stray("title = \"\"\"\u00E9\\\"\"\"\u00E9\"\"\"\"\"\u00E9", "3:23", "\u00E9");
-    stray("title = '''\u00E9''\n\u00E9'''''\u00E9", "4:7", "\u00E9");
-    stray("title = \"\" \U0001F600", "3:12", "\U0001F600");
+    stray("title = M\u00FCller", "3:9");
+    stray("title = \u00FC", "3:9");
+    stray("\u00E9t\u00E9 = 1", "3:1");
+    stray("a\u0301 = 1", "3:2");
+    stray("[\u00E9]", "3:2");
+    stray("trace = 1\u00E9", "3:10");
+    stray("title = \"\u00E9\" \u00E9", "3:13");
+    stray("title = \"\" \U0001F600", "3:12");
+    stray("title = \"\"\"\\ \u00FC\"\"\"", "3:14");
 }
 
 TEST(NetworkFile, TakesCharactersBeyondAsciiInTextsAndComments)
@@ -486,9 +485,8 @@ TEST(NetworkFile, TakesCharactersBeyondAsciiInTextsAndComments)
     };
     EXPECT_EQ(title("title = \"M\u00FCller\""), "M\u00FCller");
     EXPECT_EQ(title("title = '\u00E9\\'"), "\u00E9\\");
-    EXPECT_EQ(title("title = \"\\\"#\u00E9\""), "\"#\u00E9");
     EXPECT_EQ(title("title = \"\"\"\u00E9\"\"\u00E9\"\"\"\"\""), "\u00E9\"\"\u00E9\"\"");
-    EXPECT_EQ(title("title = ''''\u00E9''''"), "'\u00E9'");
+    EXPECT_EQ(title("title = \"\"\"Netz \\\n   \u00FCber \\\n  \U0001F600\"\"\""), "Netz \u00FCber \U0001F600");
 }
 
 TEST(NetworkFile, RefusesKeysOfExcessiveDepth)
