@@ -18,7 +18,8 @@
 #include "numerics/memory.h"
 
 static const double SHORTEST = 1.0e-07;   // of a sight, as the rows of the adjustment test it
-static const double NEGLIGIBLE = 1.0e-07; // a smaller influence or redundancy is rounding and counts as 0
+static const double NEGLIGIBLE = 1.0e-07; // a smaller influence counts as 0
+static const double ROUNDING = 1.0e-09;   // of an influence; WEIGHT_CAP beside a weight of 1 leaves 1e-08 of redundancy
 static const double BALANCED = 0.05;      // largest distance of a redundancy from the mean one
 static const int MOST_SWEEPS = 10;        // behind the first; one more may run
 
@@ -228,7 +229,7 @@ double simplex::sweep(balancing *b, double rbar, bool first)
     invertnormal(b);
     for (int i = 0; i < nobs; i++) {
         double h = influence(b, i);
-        if (h > 1.0 - NEGLIGIBLE)
+        if (h > 1.0 - ROUNDING)
             h = 1.0;
         else if (h <= NEGLIGIBLE)
             h = 0.0;

@@ -60,6 +60,19 @@ TEST(Balance, EndsAfterElevenFurtherSweeps)
                               " r[  1] =   0.666667   newpd =         1.000000   oldpd =         1.000000\n");
 }
 
+// Weights 1e8 and 1. The influences 1 - 1e-8 and 1e-8 leave the first a redundancy, and with it the
+// new weight 1e-8 1e8 = 1; the second has too small an influence and stays at 1.
+TEST(Balance, BringsDownTheWeightOfAMeasureWithoutDeviation)
+{
+    TwoHeights t({0.0, 1.0});
+    EXPECT_EQ(t.h.solver().prepare(), 0);
+    EXPECT_EQ(t.h.n.report(), "first r[  0] =   0.000000  original pd = 100000000.000000\n"
+                              "first r[  1] =   1.000000  original pd =        1.000000\n"
+                              "After 1 iterations:\n"
+                              " r[  0] =   0.500000   newpd =         1.000000   oldpd = 100000000.000000\n"
+                              " r[  1] =   0.500000   newpd =         1.000000   oldpd =         1.000000\n");
+}
+
 // C hangs on a single observation: influence 1, weight 4 as before, and no say in the balance.
 TEST(Balance, KeepsTheWeightOfAnObservationWithoutRedundancy)
 {
