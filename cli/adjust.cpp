@@ -124,10 +124,15 @@ int adjust(const Options &options)
     const Results results = collect(model, outcome, VORN_VERSION);
     model.p.freerun(model.p.runresults);
 
-    outputs.finish_report();
+    try {
+        outputs.finish_report();
+    } catch (const OutputError &) {
+        show_lost(outcome);
+        throw;
+    }
     show_accounts(options, outcome);
     const int status = close_run(outcome);
+    const int numbers = check_numbers(results);
     outputs.finish_results(options, results);
-    if (status == STATUS_ADJUSTED && outcome.export_lost) return STATUS_SYSTEM;
-    return status == STATUS_ADJUSTED ? check_numbers(results) : status;
+    return status == STATUS_ADJUSTED ? numbers : status;
 }

@@ -18,7 +18,10 @@ bool read_input(const Options &options, vornhost::Model &model);
 // Goes into the folder of the option -C.
 void enter_folder(const Options &options);
 
-// Why a run stopped, on standard error, and its exit status.
+// The files of the run that the system did not take, on standard error.
+void show_lost(const vornhost::RunOutcome &outcome);
+
+// Why a run stopped and which files it lost, on standard error, and its exit status.
 int close_run(const vornhost::RunOutcome &outcome);
 
 // Throws OutputError when standard output could not be written.

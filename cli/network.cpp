@@ -37,6 +37,11 @@ void enter_folder(const Options &options)
     throw std::system_error(errno, std::generic_category(), "cannot work in " + options.folder);
 }
 
+void show_lost(const RunOutcome &outcome)
+{
+    for (const std::string &file : outcome.lost) fprintf(stderr, "vorn: %s\n", file.c_str());
+}
+
 int close_run(const RunOutcome &outcome)
 {
     const char *before = "vorn: ";
@@ -44,6 +49,8 @@ int close_run(const RunOutcome &outcome)
         fprintf(stderr, "%s%s\n", before, word.c_str());
         before = "      ";
     }
+    show_lost(outcome);
+    if (!outcome.lost.empty()) return STATUS_SYSTEM;
     if (outcome.adjusted()) return STATUS_ADJUSTED;
     const bool no_memory = outcome.reached == Stage::Solving && (outcome.code == -1 || outcome.code == -2);
     return no_memory ? STATUS_SYSTEM : STATUS_REFUSED;

@@ -126,8 +126,6 @@ std::string ConnectedNet::why_not(bool adjusted) const
     if (!adjusted) return "the network was not adjusted";
     if (no_redundancy) return "without redundant observations the engine exports nothing";
     if (incomplete) return "every exported point must be free in all its coordinates";
-    if (not_opened) return "it cannot be opened";
-    if (cut) return "the disk is full or does not take it";
     return {};
 }
 
@@ -145,7 +143,9 @@ void ConnectedNet::put_back() const
 std::string ConnectedNet::close(bool adjusted)
 {
     if (exported == 0) return {};
-    const std::string reason = why_not(adjusted);
+    std::string reason = why_not(adjusted);
+    refused = reason.empty() && (not_opened || cut);
+    if (refused) reason = not_opened ? "it cannot be opened" : "the disk is full or does not take it";
     if (reason.empty()) return {};
     put_back();
     return path + " is not written: " + reason;

@@ -33,8 +33,8 @@ public:
     // Returns a note for the user, or nothing.
     std::string close(bool adjusted);
 
-    // The file could be opened and not be written to its end.
-    bool lost() const { return cut; }
+    // The system did not take a file that the run had to write.
+    bool lost() const { return refused; }
 
 private:
     std::string why_not(bool adjusted) const;
@@ -49,6 +49,7 @@ private:
     std::optional<std::string> earlier;
     char refusal[256] = ""; // the engine's line
     bool no_redundancy = false, incomplete = false, not_opened = false, cut = false;
+    bool refused = false; // by the system
 };
 
 } // namespace vornhost

@@ -8,7 +8,9 @@
 #include "connected_net.h"
 #include "faults.h"
 #include "first_values.h"
+#include "output_file.h"
 #include "result.h"
+#include "sidefiles.h"
 #include "unknowns.h"
 #include "vorn.h"
 
@@ -184,6 +186,7 @@ private:
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
     void close_export();
+    void close_side_files();
     void name_unknown(const vorn &engine);
     std::string engine_line(Stage stage, int code) const;
 
@@ -191,6 +194,7 @@ private:
     FILE *report;
     ConnectedNet net;
     Listener listener;
+    side_files side = side_files();
     long start = -1;
     RunOutcome outcome;
 };
@@ -253,7 +257,9 @@ void Run::name_unknown(const vorn &engine)
 void Run::adjust(bool solving)
 {
     vorn engine(&model.p);
+    side_files::watch(engine, &side);
     int code = engine.vornstart();
+    if (!solving) model.p.lumpmethod = 0;                               // the destructor would compare epochs
     if (!net.import_refusal().empty()) return stop(Stage::Loading, -6); // the engine goes on without it
     if (code != 0) return stop(Stage::Loading, code);
     if (solving) code = solve(engine, model.solver);
@@ -268,10 +274,23 @@ void Run::adjust(bool solving)
 void Run::close_export()
 {
     const std::string note = net.close(outcome.adjusted());
-    outcome.export_lost = net.lost();
     if (note.empty()) return;
     outcome.prepared.notes.push_back(note);
-    listener.pass_on(note);
+    if (net.lost())
+        outcome.lost.push_back(note);
+    else
+        listener.pass_on(note);
+}
+
+// The engine goes on without the files beside its report.
+void Run::close_side_files()
+{
+    const std::pair<int, const char *> files[] = {
+        {side.rejects, "rejects"}, {side.cofactors, "tessalpin.cov"}, {side.similarities, "simili.out"}};
+    for (const auto &[number, name] : files)
+        if (number != 0) outcome.lost.push_back(OutputError(number, name).what());
+    if (side.similarities != 0) outcome.lost.back() += "; transformations between epochs may be missing";
+    outcome.prepared.notes.insert(outcome.prepared.notes.end(), outcome.lost.begin(), outcome.lost.end());
 }
 
 RunOutcome Run::go(bool solving)
@@ -294,6 +313,7 @@ RunOutcome Run::go(bool solving)
         outcome.reached = Stage::Solving;
         outcome.words.assign(std::begin(not_a_number), std::end(not_a_number));
     }
+    close_side_files();
     if (solving) close_export();
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
@@ -301,16 +321,18 @@ RunOutcome Run::go(bool solving)
     return std::move(outcome);
 }
 
-// Points marked for the export, while a check must not write their file.
-class NoExport {
+// Points marked for the export and the comparison of epochs, while a check must not write
+// their files.
+class NoFiles {
 public:
-    explicit NoExport(Model &network) : model(network)
+    explicit NoFiles(Model &network) : model(network), lumpmethod(network.p.lumpmethod)
     {
         hide(model.stations);
         hide(model.targets);
     }
-    ~NoExport()
+    ~NoFiles()
     {
+        model.p.lumpmethod = lumpmethod;
         show(model.stations);
         show(model.targets);
     }
@@ -328,6 +350,7 @@ private:
             if (r.iconn == hidden) r.iconn = 1;
     }
     Model &model;
+    const int lumpmethod;
 };
 
 } // namespace
@@ -336,7 +359,7 @@ RunOutcome run(Model &model, FILE *report, Feedback &feedback) { return Run(mode
 
 RunOutcome check(Model &model, FILE *report, Feedback &feedback)
 {
-    const NoExport no_export(model);
+    const NoFiles no_files(model);
     return Run(model, report, feedback).go(false);
 }
 

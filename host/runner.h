@@ -25,7 +25,7 @@ struct RunOutcome {
     std::vector<std::string> words; // why it stopped, for the user: one sentence a line
     Prepared prepared;
     std::vector<Account> accounts;
-    bool export_lost = false; // the system did not take the file of the connected net
+    std::vector<std::string> lost; // files of the run that the system did not take, one sentence each
 
     bool adjusted() const { return reached == Stage::Done; }
 };

@@ -40,6 +40,7 @@ struct splitrows;
 struct membership;
 struct pointwalk;
 struct solverinput;
+struct side_files;
 class approx;
 class simplex;
 class compact;
@@ -80,6 +81,7 @@ public:
 private:
     friend struct vorn_access;   // white-box tests
     friend struct unknown_names; // include/unknowns.h
+    friend struct side_files;    // include/sidefiles.h
 
     // loading
     int fill_vorn();
@@ -288,6 +290,8 @@ private:
     nameindex *pointindex; // names of points, made by the first vornsearch
     nameindex *hostindex;  // names of host stations and targets, made by the first searchnam
     bool begun, ready;     // vornstart was called; it returned 0
+
+    side_files *sidefiles; // the host's record of lost files, or null
 };
 
 #endif

@@ -12,6 +12,7 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "numerics/sidefile.h"
 #include "simili/simili.h"
 
 static int compare_names(const simpoint *a, const simpoint *b) { return strncmp(a->name, b->name, sizeof a->name); }
@@ -75,11 +76,17 @@ int simili::checksigmas()
     return c1 != 0 ? 4 : c2 != 0 ? 5 : 0;
 }
 
+int simili::closereport()
+{
+    if (out) close_side(out, &ireport);
+    out = NULL;
+    return ireport;
+}
+
 void simili::release()
 {
-    if (out) fclose(out);
+    closereport();
     free(pair);
-    out = NULL;
     pair = NULL;
     npair = 0;
 }
@@ -87,7 +94,8 @@ void simili::release()
 int simili::startsimili()
 {
     release();
-    out = fopen("simili.out", "wb");
+    ireport = 0;
+    out = open_side("simili.out", &ireport);
     if (!out) return 1;
     fprintf(out, "simili.out\n\n");
     pair = (simpair *)zeroed((long long)nref + nend, sizeof(simpair));

@@ -11,8 +11,8 @@
 const double LEAST_SIGMA = 1.0e-06; // metres
 
 simili::simili(int n1, simpoint *p1, int n2, simpoint *p2, double *result, int rotate)
-    : nref(n1 > 0 ? n1 : 0), nend(n2 > 0 ? n2 : 0), pref(p1), pend(p2), res(result), out(NULL), npair(0), pair(NULL),
-      pi(4.0 * atan(1.0)), irot(rotate != 0), iscale(1), nparam(0), scale(1.0)
+    : nref(n1 > 0 ? n1 : 0), nend(n2 > 0 ? n2 : 0), pref(p1), pend(p2), res(result), out(NULL), ireport(0), npair(0),
+      pair(NULL), pi(4.0 * atan(1.0)), irot(rotate != 0), iscale(1), nparam(0), scale(1.0)
 {
 }
 

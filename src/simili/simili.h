@@ -63,6 +63,10 @@ public:
     //   2  no memory for the matrices of the closed formula
     int runsimili();
 
+    // Closes the report. Returns 0 when it is whole, otherwise the errno with which it could
+    // not be opened or written.
+    int closereport();
+
 private:
     int nref;       // points of the first list
     int nend;       // points of the second list
@@ -70,6 +74,7 @@ private:
     simpoint *pend; // second list, not owned
     double *res;    // result, 7 doubles, not owned
     FILE *out;      // "simili.out", or null
+    int ireport;    // errno of the report, 0 as long as it is whole
     int npair;      // pairs found
     simpair *pair;  // nref + nend entries, the first npair of them pairs; or null
     double pi;      // 3.14159...

@@ -6,11 +6,14 @@
 
 #include "solution/solution.h"
 
+#include <errno.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include "numerics/memory.h"
 #include "numerics/packed.h"
+#include "numerics/sidefile.h"
+#include "sidefiles.h"
 #include "vorn/connect.h"
 #include "vorn/message.h"
 #include "vorn/names.h"
@@ -156,9 +159,11 @@ void solution::writestations(FILE *f, const int *chosen, int n)
 // Reads the names of stations from f, closes it, and writes "tessalpin.cov".
 void solution::input_for_tessalpin(FILE *f)
 {
+    int *error = sidefiles ? &sidefiles->cofactors : NULL;
     int *chosen = (int *)zeroed(nsta, sizeof(int)); // running number of a chosen station, 0 the others
     if (!chosen) {
         fprintf(out, "\ninput_for_tessalpin: cannot allocate\n");
+        keep_error(error, ENOMEM);
         fclose(f);
         return;
     }
@@ -169,7 +174,7 @@ void solution::input_for_tessalpin(FILE *f)
         free(chosen);
         return;
     }
-    FILE *cov = fopen("tessalpin.cov", "wb");
+    FILE *cov = open_side("tessalpin.cov", error);
     if (!cov) {
         fprintf(out, "\ninput_for_tessalpin: cannot open tessalpin.cov\n");
         free(chosen);
@@ -177,5 +182,15 @@ void solution::input_for_tessalpin(FILE *f)
     }
     writestations(cov, chosen, n);
     free(chosen);
-    fclose(cov);
+    close_side(cov, error);
+}
+
+// Cofactors of the stations that "tessalpin.sta" names; without that file there is nothing to do.
+void solution::stationcofactors()
+{
+    FILE *f = fopen("tessalpin.sta", "rb");
+    if (f)
+        input_for_tessalpin(f); // closes the file
+    else if (errno != ENOENT && sidefiles)
+        keep_error(&sidefiles->cofactors, errno);
 }

@@ -12,6 +12,9 @@
 
 #include <math.h>
 
+#include "numerics/sidefile.h"
+#include "sidefiles.h"
+
 void reduceangle(double *a)
 {
     const double t = 8.0 * atan(1.0);
@@ -303,17 +306,18 @@ void solution::photorow(FILE *rejects, int i)
             rv * pv * 1000.0);
 }
 
-// A file "rejects" that cannot be opened is left out without a word.
+// A file "rejects" that cannot be opened is left out without a word in the report.
 void solution::phototable()
 {
     if (nobsuv <= 0) return;
-    FILE *rejects = fopen("rejects", "wb");
+    int *error = sidefiles ? &sidefiles->rejects : NULL;
+    FILE *rejects = open_side("rejects", error);
     if (rejects) fprintf(rejects, "%s\n", pname);
     fprintf(out, "\n\nphoto coordinates (pixel and 1/1000th unit)\n");
     for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) photorow(rejects, i); // those behind were never read
     if (!rejects) return;
     camerainformation(rejects, 1);
-    fclose(rejects);
+    close_side(rejects, error);
 }
 
 void solution::residualtables()

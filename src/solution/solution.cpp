@@ -26,7 +26,7 @@ solution::solution(const solverinput &in)
       hdir1(NULL), hdir2(NULL), haz(NULL), hgps1(NULL), hgps2(NULL), hgps3(NULL), nlump(in.nlump), lumps(in.lumps),
       icon(in.icon), nexport(in.nexport), nimport(in.nimport), lcon(in.lcon), Qcon(in.Qcon), bycolumn(NULL),
       nobsuv(in.nobsuv), obsuv1(in.obsuv1), obsuv2(in.obsuv2), suv(in.suv), ncamera(in.ncamera), cameras(in.cameras),
-      temp_res(in.temp_res), nskip(0)
+      temp_res(in.temp_res), sidefiles(in.sidefiles), nskip(0)
 {
     memcpy(trans, in.pproject->trans, sizeof trans);
     latitude = in.pproject->latitude * pi / 180.0;

@@ -232,6 +232,7 @@ protected:
     void writecofactors(FILE *f, const int *chosen, int row);
     void writestations(FILE *f, const int *chosen, int n);
     void input_for_tessalpin(FILE *f);
+    void stationcofactors();
 
     Feedback *pfeedback;
     project *pproject;
@@ -292,7 +293,8 @@ protected:
     int ncamera;
     camera *cameras;
     tempresult *temp_res;
-    int nskip; // rows that lists which ended early left out of this assembly
+    side_files *sidefiles; // where lost files are entered, or null
+    int nskip;             // rows that lists which ended early left out of this assembly
 };
 
 // Weight factor of an observation: a-priori standard deviation s of its list over its own,

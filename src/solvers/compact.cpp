@@ -38,10 +38,7 @@ void compact::finish()
     freestat();
     dropimport();
     if (!inv) return;
-    if (dim == 3) {
-        FILE *f = fopen("tessalpin.sta", "rb");
-        if (f) input_for_tessalpin(f);
-    }
+    if (dim == 3) stationcofactors();
     free(inv);
     inv = NULL;
 }

@@ -47,8 +47,7 @@ void jordan::finish()
 {
     releasework();
     if (!inv) return;
-    FILE *f = dim == 3 ? fopen("tessalpin.sta", "rb") : NULL;
-    if (f) input_for_tessalpin(f); // closes the file
+    if (dim == 3) stationcofactors();
     release(&inv);
 }
 

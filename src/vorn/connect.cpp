@@ -21,6 +21,7 @@
 
 #include "numerics/memory.h"
 #include "numerics/packed.h"
+#include "numerics/sidefile.h"
 #include "vorn.h"
 #include "vorn/message.h"
 #include "vorn/names.h"
@@ -237,8 +238,9 @@ int vorn::writecon()
     const long long nline = packed_size((long long)dim * nexport);
     for (long long i = 0; i < nline; i++) fprintf(f, "%25.21lf\n", Qcon[i]);
 
-    const bool failed = ferror(f) != 0;
-    if (fclose(f) != 0 || failed) tell(pfeedback, "backtoproject: Cannot write %s file", pname);
+    int error = 0;
+    close_side(f, &error);
+    if (error != 0) tell(pfeedback, "backtoproject: Cannot write %s file", pname);
     memcpy(dot + 1, "inp", 3);
     return 0;
 }

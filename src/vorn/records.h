@@ -10,6 +10,8 @@
 
 #include "project.h"
 
+struct side_files; // include/sidefiles.h
+
 // Codes of n0 and n1 before numbering.
 enum {
     N_NONE = -1,         // fixed, or not in this dimension
@@ -137,7 +139,8 @@ struct solverinput {
     double suv;
     int ncamera;
     camera *cameras;
-    tempresult *temp_res; // null when the run keeps none
+    tempresult *temp_res;  // null when the run keeps none
+    side_files *sidefiles; // null when nobody asks for them
 };
 
 #endif

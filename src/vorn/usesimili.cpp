@@ -13,6 +13,8 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "numerics/sidefile.h"
+#include "sidefiles.h"
 #include "simili/simili.h"
 #include "vorn/lumpcopies.h"
 #include "vorn/lumpdefs.h"
@@ -140,9 +142,11 @@ bool vorn::similarity(lumpmotion *m, int epoch, pointset *end, double res[7])
                            : simili(ref->n, ref->p, end->n, end->p, res, rotates);
     int code = s.startsimili();
     if (idebug) fprintf(out, "usesimili: startsimili returns %d\n", code);
-    if (code != 0) return false;
-    code = s.runsimili();
-    if (idebug) fprintf(out, "usesimili: runsimili returns %d\n", code);
+    if (code == 0) {
+        code = s.runsimili();
+        if (idebug) fprintf(out, "usesimili: runsimili returns %d\n", code);
+    }
+    if (sidefiles) keep_error(&sidefiles->similarities, s.closereport());
     return code == 0;
 }
 

@@ -11,6 +11,7 @@
 
 #include "numerics/decimal_point.h"
 #include "numerics/memory.h"
+#include "sidefiles.h"
 #include "solvers/compact.h"
 #include "solvers/jordan.h"
 #include "solvers/simplex.h"
@@ -102,6 +103,7 @@ vorn::vorn(project *p)
     pointindex = NULL;
     hostindex = NULL;
     begun = ready = false;
+    sidefiles = NULL;
 }
 
 vorn::~vorn()
@@ -114,6 +116,8 @@ vorn::~vorn()
 }
 
 vorn &vorn::operator=(const vorn &other) = default;
+
+void side_files::watch(vorn &run, side_files *files) { run.sidefiles = files; }
 
 int vorn::vornstart()
 {
@@ -205,6 +209,7 @@ void vorn::handover(solverinput *in)
     in->ncamera = ncamera;
     in->cameras = cameras;
     in->temp_res = temp_res;
+    in->sidefiles = sidefiles;
 }
 
 // The record that the statistics fill; a run of error propagation has none.

@@ -122,6 +122,91 @@ TEST_F(FullDiskProgram, SaysThatTheConnectedNetIsNotWritten)
     EXPECT_NE(file_text(folder.file("r.json")).find("\"adjusted\": true"), std::string::npos);
 }
 
+TEST_F(FullDiskProgram, SaysThatTheConnectedNetCannotBeOpened)
+{
+    std::filesystem::create_directory(folder.file("first.con"));
+    EXPECT_EQ(run("adjust first.inp -o report.txt --json r.json --quiet"), 3);
+    EXPECT_EQ(err, "vorn: first.con is not written: it cannot be opened\n");
+    EXPECT_NE(file_text(folder.file("r.json")).find(err.substr(6, err.size() - 7)), std::string::npos);
+}
+
+// ---- the files beside the report ----
+
+// Runs the network with each of the two ways in which the file can be lost; report and results
+// are those of a run that loses nothing. A run without the file ends with 0.
+struct SideFile {
+    std::string network, mode, name, more;
+};
+
+class LostSideFile : public FullDiskProgram, public testing::WithParamInterface<SideFile> {
+protected:
+    void SetUp() override
+    {
+        FullDiskProgram::SetUp();
+        std::filesystem::copy(SOURCE_DIR "/examples/photo_block", folder.file("photo_block"));
+        std::string text = file_text(SOURCE_DIR "/examples/" + GetParam().network);
+        if (GetParam().name == "simili.out") text.replace(text.find("[tables]"), 0, "[lumps]\nmethod = 9\n");
+        folder.write("net.inp", text);
+        if (GetParam().name == "tessalpin.cov") folder.write("tessalpin.sta", "C1\nC2\n");
+        EXPECT_EQ(adjust("good"), 0);
+        EXPECT_EQ(err, "");
+        EXPECT_NE(file_text(folder.file(GetParam().name)), "");
+        std::filesystem::remove(folder.file(GetParam().name));
+    }
+    int adjust(const std::string &name)
+    {
+        return run("adjust net.inp --quiet --mode " + GetParam().mode + " -o " + name + ".txt --json " + name +
+                   ".json");
+    }
+    std::string report(const std::string &name) { return file_text(folder.file(name + ".txt")); }
+    std::string line(const std::string &why) { return "cannot write " + GetParam().name + ": " + why; }
+};
+
+TEST_P(LostSideFile, OnAFullDiskIsNamed)
+{
+    std::filesystem::create_symlink("/dev/full", folder.file(GetParam().name));
+    EXPECT_EQ(adjust("bad"), 3);
+    const std::string wanted = line("No space left on device") + GetParam().more;
+    EXPECT_EQ(err, "vorn: " + wanted + "\n");
+    EXPECT_EQ(report("bad"), report("good"));
+    EXPECT_NE(file_text(folder.file("bad.json")).find("\"" + wanted + "\""), std::string::npos);
+    EXPECT_NE(file_text(folder.file("bad.json")).find("\"adjusted\": true"), std::string::npos);
+}
+
+TEST_P(LostSideFile, ThatCannotBeOpenedIsNamed)
+{
+    std::filesystem::create_directory(folder.file(GetParam().name));
+    EXPECT_EQ(adjust("bad"), 3);
+    EXPECT_EQ(err, "vorn: " + line("Is a directory") + GetParam().more + "\n");
+}
+
+TEST_P(LostSideFile, IsNamedBesideALostReport)
+{
+    std::filesystem::create_directory(folder.file(GetParam().name));
+    std::filesystem::create_symlink("/dev/full", folder.file("bad.txt"));
+    EXPECT_EQ(adjust("bad"), 3);
+    EXPECT_EQ(err, "vorn: " + line("Is a directory") + GetParam().more +
+                       "\nvorn: cannot write bad.txt: No space left on device\n");
+}
+
+TEST_P(LostSideFile, IsNoMatterOfACheck)
+{
+    std::filesystem::create_directory(folder.file(GetParam().name));
+    EXPECT_EQ(run("check net.inp --mode " + GetParam().mode), 0);
+    EXPECT_EQ(err, "");
+    std::filesystem::remove(folder.file(GetParam().name));
+    EXPECT_EQ(run("check net.inp --mode " + GetParam().mode), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder.file(GetParam().name)));
+}
+
+const char may_be_missing[] = "; transformations between epochs may be missing";
+
+INSTANTIATE_TEST_SUITE_P(Of, LostSideFile,
+                         testing::Values(SideFile{"photo_block.inp", "solution", "rejects", ""},
+                                         SideFile{"photo_block.inp", "statistics", "tessalpin.cov", ""},
+                                         SideFile{"monitoring_wall.inp", "statistics", "simili.out", may_be_missing}),
+                         [](const auto &one) { return one.param.name.substr(0, one.param.name.find('.')); });
+
 TEST_F(FullDiskProgram, SaysThatResultsAreNotWritten)
 {
     EXPECT_EQ(run("adjust first.inp --json /dev/full"), 3);

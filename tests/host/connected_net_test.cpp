@@ -58,6 +58,7 @@ protected:
             EXPECT_EQ(file_text("net.con"), earlier);
             EXPECT_EQ(outcome.prepared.notes.empty() ? "" : outcome.prepared.notes.back(), note);
             EXPECT_NE(std::find(told.begin(), told.end(), note), told.end());
+            EXPECT_EQ(outcome.lost, Lines()); // the system has refused nothing
         }
     }
 
@@ -148,6 +149,7 @@ TEST_F(ConnectedNets, AreNotExportedIntoAFolderOfTheirName)
     std::filesystem::create_directory("net.con");
     const RunOutcome outcome = run("net", levelling("export", "none"));
     EXPECT_EQ(outcome.prepared.notes, Lines{"net.con is not written: it cannot be opened"});
+    EXPECT_EQ(outcome.lost, outcome.prepared.notes);
     EXPECT_TRUE(std::filesystem::is_directory("net.con"));
 }
 

@@ -1,3 +1,5 @@
+#include <errno.h>
+
 #include "simili/scene.h"
 
 namespace {
@@ -129,6 +131,29 @@ TEST_F(Pairs, AreNotMadeWhenTheReportCannotBeOpened)
     EXPECT_EQ(SIM(*run, pair), nullptr);
     EXPECT_EQ(run->runsimili(), 1);
     EXPECT_EQ(res[0], -1.0);
+}
+
+TEST_F(Pairs, TellWhetherTheReportIsWhole)
+{
+    EXPECT_EQ(start({"A", "B", "C"}, {"A", "B", "C"}), 0);
+    EXPECT_EQ(run->closereport(), 0);
+    EXPECT_EQ(SIM(*run, out), nullptr);
+    EXPECT_EQ(run->closereport(), 0);
+
+    std::filesystem::remove("simili.out");
+    std::filesystem::create_symlink("/dev/full", "simili.out");
+    EXPECT_EQ(run->startsimili(), 0);
+    EXPECT_EQ(run->closereport(), ENOSPC);
+    EXPECT_EQ(run->closereport(), ENOSPC);
+
+    std::filesystem::remove("simili.out");
+    std::filesystem::create_directory("simili.out");
+    EXPECT_EQ(run->startsimili(), 1);
+    EXPECT_EQ(run->closereport(), EISDIR);
+
+    std::filesystem::remove("simili.out");
+    EXPECT_EQ(run->startsimili(), 0);
+    EXPECT_EQ(run->closereport(), 0);
 }
 
 TEST_F(Pairs, AreNotMadeWithoutMemory)

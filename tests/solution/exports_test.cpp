@@ -5,8 +5,11 @@
 #include <string>
 #include <vector>
 
+#include <errno.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "sidefiles.h"
 #include "support/faults.h"
 #include "support/rows.h"
 
@@ -264,4 +267,53 @@ TEST(StationCovariance, NeedsAFileToWrite)
     ASSERT_EQ(0, system("mkdir tessalpin.cov"));
     s.run("S1\nS2\n");
     EXPECT_EQ("\ninput_for_tessalpin: cannot open tessalpin.cov\n", s.report());
+}
+
+TEST(StationCovariance, EntersWhyItIsLost)
+{
+    Stations s;
+    side_files files = side_files();
+    S(s, sidefiles) = &files;
+    s.run("S1\nS2\n");
+    EXPECT_EQ(files.cofactors, 0);
+    remove("tessalpin.cov");
+    ASSERT_EQ(symlink("/dev/full", "tessalpin.cov"), 0);
+    s.run("S1\nS2\n");
+    EXPECT_EQ(files.cofactors, ENOSPC);
+    EXPECT_EQ("", s.report());
+
+    files = side_files();
+    remove("tessalpin.cov");
+    ASSERT_EQ(mkdir("tessalpin.cov", 0700), 0);
+    s.run("S1\nS2\n");
+    EXPECT_EQ(files.cofactors, EISDIR);
+
+    files = side_files();
+    fail_allocation(1);
+    s.run("S1\nS2\n");
+    EXPECT_EQ(files.cofactors, ENOMEM);
+    EXPECT_EQ(files.rejects, 0);
+    EXPECT_EQ(files.similarities, 0);
+}
+
+TEST(StationCovariance, IsNotLostWhenNobodyNamesStations)
+{
+    Stations s;
+    side_files files = side_files();
+    S(s, sidefiles) = &files;
+    S(s, stationcofactors)();
+    EXPECT_EQ(files.cofactors, 0);
+    EXPECT_EQ("", s.report());
+}
+
+TEST(StationCovariance, IsLostWithNamesThatCannotBeRead)
+{
+    Stations s;
+    ASSERT_EQ(symlink("tessalpin.sta", "tessalpin.sta"), 0);
+    S(s, stationcofactors)();
+    side_files files = side_files();
+    S(s, sidefiles) = &files;
+    S(s, stationcofactors)();
+    EXPECT_EQ(files.cofactors, ELOOP);
+    EXPECT_EQ("", s.report());
 }

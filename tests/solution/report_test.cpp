@@ -1,9 +1,11 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <math.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "sidefiles.h"
 #include "support/bare.h"
 
 namespace {
@@ -696,6 +698,30 @@ TEST(PhotoTable, GoesOnWithoutAWordWhenRejectsCannotBeOpened)
     WorkFolder folder;
     ASSERT_EQ(mkdir("rejects", 0700), 0);
     EXPECT_EQ(photo_report(0), PHOTO_TABLE);
+}
+
+TEST(PhotoTable, EntersWhyRejectsIsLostWithAnUnchangedReport)
+{
+    const auto lost = [] {
+        Bare s(3);
+        photo_network(s, 0);
+        s.wire(1);
+        side_files files = side_files();
+        S(s, sidefiles) = &files;
+        S(s, residualtables)();
+        EXPECT_EQ(s.report(), PHOTO_TABLE);
+        EXPECT_EQ(files.cofactors, 0);
+        EXPECT_EQ(files.similarities, 0);
+        return files.rejects;
+    };
+    WorkFolder folder;
+    EXPECT_EQ(lost(), 0);
+    remove("rejects");
+    ASSERT_EQ(symlink("/dev/full", "rejects"), 0);
+    EXPECT_EQ(lost(), ENOSPC);
+    remove("rejects");
+    ASSERT_EQ(mkdir("rejects", 0700), 0);
+    EXPECT_EQ(lost(), EISDIR);
 }
 
 TEST(PhotoTable, OpensNoFileWithoutImageCoordinates)

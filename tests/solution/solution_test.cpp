@@ -123,7 +123,8 @@ TEST(SolutionConstructor, CopiesTheNetworkAndTheSettingsOfTheProject)
                             0.7,       28,
                             u.data(),  v.data(),
                             0.8,       29,
-                            &c,        &result};
+                            &c,        &result,
+                            nullptr};
     jordan s(in);
     EXPECT_EQ(S(s, pfeedback), p.pfeedback);
     EXPECT_EQ(S(s, pproject), &p);

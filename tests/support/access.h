@@ -143,6 +143,7 @@ struct vorn_access {
     static constexpr auto nunk = &vorn::nunk;
     static constexpr auto datum = &vorn::datum;
     static constexpr auto temp_res = &vorn::temp_res;
+    static constexpr auto sidefiles = &vorn::sidefiles;
     static constexpr auto pointindex = &vorn::pointindex;
     static constexpr auto hostindex = &vorn::hostindex;
     static constexpr auto begun = &vorn::begun;
@@ -214,6 +215,7 @@ struct solution_access {
     static constexpr auto residualtables = &solution::residualtables;
     static constexpr auto writeQcon = &solution::writeQcon;
     static constexpr auto input_for_tessalpin = &solution::input_for_tessalpin;
+    static constexpr auto stationcofactors = &solution::stationcofactors;
     static constexpr auto pfeedback = &solution::pfeedback;
     static constexpr auto pproject = &solution::pproject;
     static constexpr auto pname = &solution::pname;
@@ -297,6 +299,7 @@ struct solution_access {
     static constexpr auto ncamera = &solution::ncamera;
     static constexpr auto cameras = &solution::cameras;
     static constexpr auto temp_res = &solution::temp_res;
+    static constexpr auto sidefiles = &solution::sidefiles;
 };
 
 #define S(object, member) ((object).*solution_access::member)

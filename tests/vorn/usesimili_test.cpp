@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <math.h>
 #include <stdlib.h>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "runs/moving_wall.h"
+#include "sidefiles.h"
 #include "support/access.h"
 #include "support/faults.h"
 
@@ -595,6 +597,28 @@ TEST_F(UseSimili, ReportsALumpWithoutUsableEpoch)
     EXPECT_EQ(s.record(0).nepoch, 1);
     EXPECT_EQ(s.record(0).iref, 2); // the last of equal counts
     EXPECT_EQ(s.find("A", 1)->xpt[0], 10.0);
+}
+
+// The motion is there when the disk is full, and it is not when the file cannot be opened.
+TEST_F(UseSimili, EntersWhyItsReportIsLost)
+{
+    for (const int wanted : {0, ENOSPC, EISDIR}) {
+        std::filesystem::remove("simili.out");
+        if (wanted == ENOSPC) std::filesystem::create_symlink("/dev/full", "simili.out");
+        if (wanted == EISDIR) std::filesystem::create_directory("simili.out");
+        Split s({5, 7});
+        s.motions[7] = some_motion();
+        s.lump_of(3, "ABCD");
+        s.load();
+        side_files files = side_files();
+        side_files::watch(*s.run, &files);
+        ASSERT_EQ(s.use_again(1), 0);
+        EXPECT_EQ(files.similarities, wanted);
+        EXPECT_EQ(files.rejects, 0);
+        EXPECT_EQ(files.cofactors, 0);
+        ASSERT_EQ(s.nlump(), 1);
+        EXPECT_EQ(s.record(0).nepoch, wanted == EISDIR ? 1 : 2);
+    }
 }
 
 TEST_F(UseSimili, KnowsNoLumpsOfAStoppedRun)
