@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <unordered_map>
 
@@ -130,6 +131,14 @@ bool is_fixed(const int codes[3])
     return std::all_of(codes, codes + 3, [](int code) { return code == CODE_FIXED || code < 0; });
 }
 
+// Without a fraction, of any size.
+std::string whole_kilometres(double metres)
+{
+    char text[320];
+    std::snprintf(text, sizeof text, "%.0f", std::floor(metres / 1000.0));
+    return text;
+}
+
 class Settling {
 public:
     explicit Settling(Model &network) : model(network), lumps(lumps_of_points(network)) {}
@@ -255,7 +264,7 @@ private:
             square += x * x;
         }
         if (square < farthest * farthest) return;
-        note(lump.where, name + " turns about the origin, " + std::to_string((long long)(std::sqrt(square) / 1000.0)) +
+        note(lump.where, name + " turns about the origin, " + whole_kilometres(std::sqrt(square)) +
                              " km away: its translation is not its own movement; take an origin near it");
     }
 

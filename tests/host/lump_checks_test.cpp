@@ -236,6 +236,25 @@ TEST(SettleLumps, NotesALumpOfFixedPoints)
     EXPECT_EQ(notes[0].where.line, model.targets.where[0].line);
 }
 
+// Coordinates that no file can bring: kilometres beyond every integer.
+TEST(SettleLumps, NotesALumpAtAnyDistance)
+{
+    for (const double x : {1e25, 1e300}) {
+        Wall wall;
+        wall.points = "A 10 0 0 4\nB 0 10 0 4\nC 5 5 5 4\n";
+        wall.folder.write("net.inp", wall.text());
+        EXPECT_EQ(wall.folder.read(), Lines());
+        Model &model = wall.folder.model;
+        for (target_input &t : model.targets.records) t.x[0] = x;
+        const std::vector<LumpNote> notes = settle_lumps(model);
+        ASSERT_EQ(notes.size(), 1u);
+        EXPECT_EQ(notes[0].text.rfind(x == 1e25 ? "lump 4 turns about the origin, 1000000000000"
+                                                : "lump 4 turns about the origin, inf km",
+                                      0),
+                  0u);
+    }
+}
+
 TEST(SettleLumps, NotesALumpFarFromTheOrigin)
 {
     const std::string far = "A 600010 0 0 4\nB 600000 10 0 4\nC 600005 5 5 4\n";
