@@ -102,10 +102,9 @@ void show_accounts(const Options &options, const RunOutcome &outcome)
 // Results that are not numbers are no results.
 int check_numbers(const Results &results)
 {
-    const std::vector<std::string> names = not_numbers(results);
-    if (names.empty()) return STATUS_ADJUSTED;
-    fprintf(stderr, "vorn: %zu results are not numbers, the first is %s\n", names.size(), names[0].c_str());
-    return STATUS_REFUSED;
+    const std::vector<std::string> lines = not_numbers(results);
+    for (const std::string &line : lines) fprintf(stderr, "vorn: %s\n", line.c_str());
+    return lines.empty() ? STATUS_ADJUSTED : STATUS_REFUSED;
 }
 
 } // namespace
@@ -132,7 +131,7 @@ int adjust(const Options &options)
     }
     show_accounts(options, outcome);
     const int status = close_run(outcome);
-    const int numbers = check_numbers(results);
+    const int numbers = results.adjusted ? check_numbers(results) : STATUS_ADJUSTED;
     outputs.finish_results(options, results);
     return status == STATUS_ADJUSTED ? numbers : status;
 }

@@ -8,33 +8,48 @@ namespace vornhost {
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
+// The names of one kind of quantity, as many as a line takes, and how many there are.
 class Collector {
 public:
-    void check(const std::string &what, double value)
+    explicit Collector(const char *kind) : what(kind) {}
+
+    void check(const std::string &name, double value)
     {
-        if (!std::isfinite(value)) names.push_back(what);
+        if (std::isfinite(value)) return;
+        if (found++ < shown) names += (names.empty() ? "" : ", ") + name;
     }
-    void check(const std::string &what, const std::optional<double> &value)
+    void check(const std::string &name, const std::optional<double> &value)
     {
-        if (value) check(what, *value);
+        if (value) check(name, *value);
     }
-    void check(const std::string &what, const EllipseResult &e)
+    void check(const std::string &name, const EllipseResult &e)
     {
-        check(what + " a", e.a);
-        check(what + " b", e.b);
-        check(what + " bearing", e.bearing);
+        check(name + " a", e.a);
+        check(name + " b", e.b);
+        check(name + " bearing", e.bearing);
     }
-    void check(const std::string &what, const std::optional<EllipseResult> &e)
+    void check(const std::string &name, const std::optional<EllipseResult> &e)
     {
-        if (e) check(what, *e);
+        if (e) check(name, *e);
     }
     template <class Value>
-    void check_axes(const std::string &what, const Value (&values)[3], const char *const (&axes)[3])
+    void check_axes(const std::string &name, const Value (&values)[3], const char *const (&axes)[3])
     {
-        for (int c = 0; c < 3; c++) check(what + " " + axes[c], values[c]);
+        for (int c = 0; c < 3; c++) check(name + " " + axes[c], values[c]);
+    }
+    void give(Lines &lines) const
+    {
+        if (found == 0) return;
+        const std::string more = found > shown ? " and " + std::to_string(found - shown) + " more" : "";
+        lines.push_back(what + " that are not finite numbers: " + names + more);
     }
 
-    std::vector<std::string> names;
+private:
+    static constexpr size_t shown = 5;
+    std::string what, names;
+    size_t found = 0;
 };
 
 const char *const axes[3] = {"x", "y", "z"};
@@ -42,69 +57,99 @@ const char *const rotations[3] = {"rx1", "rx2", "rx3"};
 const char *const planes[3] = {"xy", "xz", "yz"};
 const char *const constants[3] = {"additive", "scale", "refraction"};
 
-void check_points(const Results &r, Collector &all)
+void check_variance(const Results &r, Lines &lines)
 {
-    for (const PointResult &p : r.points) {
-        const std::string point = "point " + p.name + ": ";
-        all.check_axes(point + "approximate", p.approximate, axes);
-        all.check_axes(point + "adjusted", p.adjusted, axes);
-        all.check_axes(point + "standard deviation", p.deviation, axes);
-        all.check_axes(point + "ellipse", p.ellipse, planes);
-    }
-    for (const OrientationResult &o : r.orientations) {
-        all.check_axes("orientation of " + o.name + ":", o.rotation, rotations);
-        all.check_axes("orientation of " + o.name + ": standard deviation", o.deviation, rotations);
-    }
-}
-
-void check_observations(const Results &r, Collector &all)
-{
-    for (const ResidualResult &m : r.residuals) {
-        const std::string name = m.kind + " " + m.from + " " + m.to + ": ";
-        all.check(name + "value", m.value);
-        all.check(name + "sigma", m.sigma);
-        all.check(name + "residual", m.residual);
-        all.check(name + "standard deviation of the residual", m.deviation);
-    }
+    Collector sigma("standard deviations of unit weight"), kinds("standard deviations of kinds");
+    sigma.check("a priori", r.sigma_apriori);
+    sigma.check("a posteriori", r.sigma_aposteriori);
     for (const KindResult &k : r.kinds) {
-        all.check(k.kind + ": sigma a priori", k.sigma_apriori);
-        all.check(k.kind + ": sigma a posteriori", k.sigma_aposteriori);
+        kinds.check(k.kind + " a priori", k.sigma_apriori);
+        kinds.check(k.kind + " a posteriori", k.sigma_aposteriori);
     }
+    for (const Collector *all : {&sigma, &kinds}) all->give(lines);
 }
 
-void check_parameters(const Results &r, Collector &all)
+void check_points(const Results &r, Lines &lines)
 {
+    Collector approximate("approximate coordinates"), adjusted("adjusted coordinates"),
+        deviation("standard deviations of coordinates"), ellipse("ellipses of points");
+    for (const PointResult &p : r.points) {
+        approximate.check_axes(p.name, p.approximate, axes);
+        adjusted.check_axes(p.name, p.adjusted, axes);
+        deviation.check_axes(p.name, p.deviation, axes);
+        ellipse.check_axes(p.name, p.ellipse, planes);
+    }
+    for (const Collector *all : {&approximate, &adjusted, &deviation, &ellipse}) all->give(lines);
+}
+
+void check_orientations(const Results &r, Lines &lines)
+{
+    Collector rotation("orientations"), deviation("standard deviations of orientations");
+    for (const OrientationResult &o : r.orientations) {
+        rotation.check_axes(o.name, o.rotation, rotations);
+        deviation.check_axes(o.name, o.deviation, rotations);
+    }
+    for (const Collector *all : {&rotation, &deviation}) all->give(lines);
+}
+
+void check_observations(const Results &r, Lines &lines)
+{
+    Collector value("observed values"), sigma("standard deviations of observations"), residual("residuals"),
+        deviation("standard deviations of residuals");
+    for (const ResidualResult &m : r.residuals) {
+        const std::string name = m.kind + " " + m.from + " " + m.to;
+        value.check(name, m.value);
+        sigma.check(name, m.sigma);
+        residual.check(name, m.residual);
+        deviation.check(name, m.deviation);
+    }
+    for (const Collector *all : {&value, &sigma, &residual, &deviation}) all->give(lines);
+}
+
+void check_groups(const Results &r, Lines &lines)
+{
+    Collector value("constants of groups"), deviation("standard deviations of constants of groups");
     for (const GroupResult &g : r.groups) {
-        all.check_axes("group " + g.name + ":", g.value, constants);
-        all.check_axes("group " + g.name + ": standard deviation", g.deviation, constants);
+        value.check_axes(g.name, g.value, constants);
+        deviation.check_axes(g.name, g.deviation, constants);
     }
+    for (const Collector *all : {&value, &deviation}) all->give(lines);
+}
+
+void check_lumps(const Results &r, Lines &lines)
+{
+    Collector motion("motions of lumps"), deviation("standard deviations of motions of lumps");
     for (const LumpResult &l : r.lumps) {
-        const std::string name = "lump " + std::to_string(l.lump) + ", epoch " + std::to_string(l.epoch) + ": ";
-        all.check_axes(name + "translation", l.translation, axes);
-        all.check_axes(name + "rotation", l.rotation, axes);
-        all.check(name + "scale", l.scale);
-        all.check_axes(name + "standard deviation of translation", l.translation_deviation, axes);
-        all.check_axes(name + "standard deviation of rotation", l.rotation_deviation, axes);
-        all.check(name + "standard deviation of scale", l.scale_deviation);
+        const std::string name = "lump " + std::to_string(l.lump) + " epoch " + std::to_string(l.epoch);
+        motion.check_axes(name + " translation", l.translation, axes);
+        motion.check_axes(name + " rotation", l.rotation, axes);
+        motion.check(name + " scale", l.scale);
+        deviation.check_axes(name + " translation", l.translation_deviation, axes);
+        deviation.check_axes(name + " rotation", l.rotation_deviation, axes);
+        deviation.check(name + " scale", l.scale_deviation);
     }
+    for (const Collector *all : {&motion, &deviation}) all->give(lines);
+}
+
+void check_pairs(const Results &r, Lines &lines)
+{
+    Collector deviation("standard deviations of pairs"), ellipse("ellipses of pairs");
     for (const PairResult &p : r.pairs) {
-        const std::string name = "pair " + p.from + " " + p.to + ": ";
-        all.check_axes(name + "standard deviation", p.deviation, axes);
-        all.check_axes(name + "ellipse", p.ellipse, planes);
+        deviation.check_axes(p.from + " " + p.to, p.deviation, axes);
+        ellipse.check_axes(p.from + " " + p.to, p.ellipse, planes);
     }
+    for (const Collector *all : {&deviation, &ellipse}) all->give(lines);
 }
 
 } // namespace
 
-std::vector<std::string> not_numbers(const Results &results)
+Lines not_numbers(const Results &results)
 {
-    Collector all;
-    all.check("sigma a priori", results.sigma_apriori);
-    all.check("sigma a posteriori", results.sigma_aposteriori);
-    check_points(results, all);
-    check_observations(results, all);
-    check_parameters(results, all);
-    return all.names;
+    Lines lines;
+    for (const auto check :
+         {check_variance, check_points, check_orientations, check_observations, check_groups, check_lumps, check_pairs})
+        check(results, lines);
+    return lines;
 }
 
 } // namespace vornhost

@@ -96,7 +96,8 @@ EllipseResult ellipse(const double *a, const double *b, const double *t, size_t 
 double deviation_beside_held(const EllipseResult &e)
 {
     const double tangent = std::tan(e.bearing);
-    return e.a * std::sqrt(std::fmax(0.0, 1.0 - tangent * tangent));
+    const double part = 1.0 - tangent * tangent;
+    return e.a * std::sqrt(part < 0.0 ? 0.0 : part); // what is not a number stays so
 }
 
 void deviations_in_plane(const EllipseResult &e, PointResult &point)

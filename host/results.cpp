@@ -74,7 +74,7 @@ void collect_variance(const ResultSource &from, Results &results)
 void collect_groups(const ResultSource &from, Results &results)
 {
     const Model &model = from.model;
-    if (!from.coordinates()) return;
+    if (!from.coordinates() || !from.outcome.handed_over) return;
     for (size_t g = 0; g < model.groups.size(); g++) {
         const group_input &in = model.groups.records[g];
         GroupResult group;

@@ -93,7 +93,8 @@ struct Results {
 // Collects what the run has left in the model and its outcome.
 Results collect(const Model &model, const RunOutcome &outcome, const std::string &version);
 
-// Names of the quantities in the results that are not a number or infinite, one a line.
+// The quantities in the results that are not a number or infinite: for each kind a line with
+// how many there are and the names of the first.
 std::vector<std::string> not_numbers(const Results &results);
 
 } // namespace vornhost

@@ -10,6 +10,7 @@
 #include "first_values.h"
 #include "output_file.h"
 #include "result.h"
+#include "result_parts.h"
 #include "sidefiles.h"
 #include "unknowns.h"
 #include "vorn.h"
@@ -26,12 +27,16 @@ public:
     void feedback(char *line) override
     {
         strncpy(last, line, sizeof last - 1);
+        if (strcmp(line, "backtoproject failed") == 0) handed_over = false;
+        if (strcmp(line, "backtoproject: Pb with usesimili") == 0) compared = false;
         net.hear(line);
         next.feedback(line);
     }
     int decision(char *question, char *title) override { return next.decision(question, title); }
     void pass_on(std::string line) { next.feedback(&line[0]); }
     std::string last_line() const { return last; }
+    bool handed_over = true; // all results reached the project
+    bool compared = true;    // the epochs, as far as they were to be
 
 private:
     Feedback &next;
@@ -132,15 +137,39 @@ const char *const not_a_number[] = {
     "the coordinates are not numbers: something in the network is not determined, or two points coincide",
     "look for points with the same approximate coordinates and for points with too few observations"};
 
-// False when a coordinate of the results is not a number or infinite. The solver jordan has no
-// test of singularity.
-bool finite_coordinates(const result *r)
+bool finite(const result *r, int i)
 {
-    if (!r) return true;
     for (const double *x : {r->xpt, r->ypt, r->zpt})
-        for (int i = 0; x && i < r->nstar + r->ntarr; i++)
-            if (!std::isfinite(x[i])) return false;
+        if (x && !std::isfinite(x[i])) return false;
     return true;
+}
+
+// Points whose coordinates in the results are not a number or infinite; the n-th selected point
+// of a host list is the n-th that was returned. The solver jordan has no test of singularity.
+std::vector<std::string> points_without_numbers(const Model &model)
+{
+    const result *r = model.p.runresults;
+    std::vector<std::string> names;
+    if (!r) return names;
+    int i = 0;
+    const auto look = [&](const auto &records, int end) {
+        for (const auto &record : records)
+            if (record.status > 0 && i < end && !finite(r, i++))
+                names.push_back(bare_name(record.name, sizeof record.name));
+    };
+    look(model.stations.records, r->nstar);
+    i = r->nstar;
+    look(model.targets.records, r->nstar + r->ntarr);
+    return names;
+}
+
+// The first of many names.
+std::string some_of(const std::vector<std::string> &names)
+{
+    constexpr size_t most = 5;
+    std::string text;
+    for (size_t i = 0; i < names.size() && i < most; i++) text += (i > 0 ? ", " : "") + names[i];
+    return names.size() > most ? text + " and " + std::to_string(names.size() - most) + " more" : text;
 }
 
 template <size_t n> std::vector<std::string> words_of(const Sentence (&table)[n], int code, const std::string &engine)
@@ -185,8 +214,10 @@ private:
     void adjust(bool solving);
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
+    void check_coordinates();
     void close_export();
     void close_side_files();
+    void close_results();
     void name_unknown(const vorn &engine);
     std::string engine_line(Stage stage, int code) const;
 
@@ -271,6 +302,14 @@ void Run::adjust(bool solving)
     name_unknown(engine);
 }
 
+void Run::check_coordinates()
+{
+    const std::vector<std::string> names = points_without_numbers(model);
+    if (names.empty()) return;
+    outcome.reached = Stage::Solving;
+    outcome.words = {not_a_number[0], "points without numbers: " + some_of(names), not_a_number[1]};
+}
+
 void Run::close_export()
 {
     const std::string note = net.close(outcome.adjusted());
@@ -280,6 +319,16 @@ void Run::close_export()
         outcome.lost.push_back(note);
     else
         listener.pass_on(note);
+}
+
+// A run that was adjusted and whose results did not all find memory, or came to their end at
+// the file of the connected net.
+void Run::close_results()
+{
+    outcome.handed_over = listener.handed_over;
+    if (!listener.handed_over && !net.lost())
+        outcome.lost.push_back("not all results could be handed over: free memory");
+    if (!listener.compared) outcome.lost.push_back("not all epochs could be compared: free memory");
 }
 
 // The engine goes on without the files beside its report.
@@ -309,12 +358,10 @@ RunOutcome Run::go(bool solving)
         adjust(solving);
     else
         refuse(first);
-    if (outcome.adjusted() && solving && !finite_coordinates(model.p.runresults)) {
-        outcome.reached = Stage::Solving;
-        outcome.words.assign(std::begin(not_a_number), std::end(not_a_number));
-    }
+    if (outcome.adjusted() && solving) check_coordinates();
     close_side_files();
     if (solving) close_export();
+    if (outcome.adjusted() && solving) close_results();
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
     outcome.accounts = keeper.close(model);

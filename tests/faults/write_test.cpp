@@ -130,6 +130,24 @@ TEST_F(FullDiskProgram, SaysThatTheConnectedNetCannotBeOpened)
     EXPECT_NE(file_text(folder.file("r.json")).find(err.substr(6, err.size() - 7)), std::string::npos);
 }
 
+// The engine stops at that file, before it hands the constants back.
+TEST_F(FullDiskProgram, GivesNoConstantsThatTheEngineHasNotHandedBack)
+{
+    std::string text = file_text(SOURCE_DIR "/examples/instrument_constants.inp");
+    const std::string stations = "name  x        y        group\n";
+    text.replace(text.find(stations), stations.size(), "name x y group connect\n");
+    for (const std::string line : {"N1    1205.4   1249.0   meter", "N2    1440.2   1310.6   meter"})
+        text.replace(text.find(line), line.size(), line + " export");
+    folder.write("net.inp", text);
+    EXPECT_EQ(run("adjust net.inp --json good.json"), 0);
+    EXPECT_NE(file_text(folder.file("good.json")).find("\"additive_constant\""), std::string::npos);
+    std::filesystem::remove(folder.file("net.con"));
+    std::filesystem::create_directory(folder.file("net.con"));
+    EXPECT_EQ(run("adjust net.inp --json bad.json --quiet"), 3);
+    EXPECT_EQ(err, "vorn: net.con is not written: it cannot be opened\n");
+    EXPECT_EQ(file_text(folder.file("bad.json")).find("\"additive_constant\""), std::string::npos);
+}
+
 // ---- the files beside the report ----
 
 // Runs the network with each of the two ways in which the file can be lost; report and results

@@ -6,6 +6,7 @@
 #include <math.h>
 #include <stdio.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -14,6 +15,7 @@
 #include "json_writer.h"
 #include "network_file.h"
 #include "results.h"
+#include "support/faults.h"
 #include "support/network.h"
 
 using namespace vornhost;
@@ -95,6 +97,36 @@ TEST(MonitoredWall, HasNoPrecisionWithoutStatistics)
     EXPECT_NEAR(r.lumps[0].translation[1], 0.008, 0.001);
     EXPECT_FALSE(r.lumps[0].translation_deviation[1]);
     EXPECT_FALSE(r.lumps[0].scale_deviation);
+}
+
+// Each allocation of the engine fails in turn.
+TEST(MonitoredWall, SaysThatNotAllEpochsWereCompared)
+{
+    Folder folder;
+    const std::filesystem::path home = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path); // takes simili.out
+    int incomplete = 0;
+    for (int n = 1;; n++) {
+        Model model;
+        Faults faults;
+        ASSERT_TRUE(read_network(SOURCE_DIR "/examples/monitoring_wall.inp", model, faults));
+        model.p.lumpmethod = 9;
+        const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
+        Recorder messages;
+        fail_allocation(n);
+        const RunOutcome outcome = run(model, report.get(), messages);
+        const bool met = allocations() >= n;
+        fail_allocation(0);
+        const auto &told = messages.lines;
+        const bool failed = std::count(told.begin(), told.end(), "backtoproject: Pb with usesimili") > 0;
+        const std::string line = "not all epochs could be compared: free memory";
+        EXPECT_EQ(std::count(outcome.lost.begin(), outcome.lost.end(), line), failed && outcome.adjusted()) << n;
+        incomplete += failed && outcome.adjusted();
+        model.p.freerun(model.p.runresults);
+        if (!met) break;
+    }
+    std::filesystem::current_path(home);
+    EXPECT_GT(incomplete, 0);
 }
 
 // The example compared after the adjustment, with its panels listed in turns.

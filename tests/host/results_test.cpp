@@ -7,8 +7,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <nlohmann/json.hpp>
+#include <set>
 
 #include "folder.h"
+#include "json_writer.h"
 #include "result.h"
 #include "result_parts.h"
 #include "runner.h"
@@ -423,7 +426,105 @@ TEST(NotNumbers, NamesEveryQuantityThatIsNotFinite)
     r.lumps[0].scale = std::nan("");
     r.pairs.resize(1);
     r.pairs[0].deviation[1] = std::nan("");
-    EXPECT_EQ(not_numbers(r), (Lines{"sigma a posteriori", "point B: adjusted z", "point B: ellipse xz bearing",
-                                     "height difference A B: standard deviation of the residual",
-                                     "lump 0, epoch 0: scale", "pair  : standard deviation y"}));
+    const std::string are = " that are not finite numbers: ";
+    EXPECT_EQ(not_numbers(r),
+              (Lines{"standard deviations of unit weight" + are + "a posteriori", "adjusted coordinates" + are + "B z",
+                     "ellipses of points" + are + "B xz bearing",
+                     "standard deviations of residuals" + are + "height difference A B",
+                     "motions of lumps" + are + "lump 0 epoch 0 scale", "standard deviations of pairs" + are + "  y"}));
+}
+
+// A result with every quantity that there is, each found when it alone is spoilt.
+TEST(NotNumbers, MissNoQuantity)
+{
+    Results r;
+    r.points.resize(1);
+    r.orientations.resize(1);
+    r.residuals.resize(1);
+    r.kinds.resize(1);
+    r.groups.resize(1);
+    r.lumps.resize(1);
+    r.pairs.resize(1);
+    std::vector<double *> all;
+    const auto add = [&](double &value) { all.push_back(&value); };
+    const auto make = [&](std::optional<double> &value) { add(value.emplace(1.0)); };
+    const auto axes_of = [&](EllipseResult &e) {
+        for (double *value : {&e.a, &e.b, &e.bearing}) add(*value);
+    };
+    make(r.sigma_apriori);
+    make(r.sigma_aposteriori);
+    for (int c = 0; c < 3; c++) {
+        for (auto *value : {&r.points[0].approximate[c], &r.points[0].adjusted[c], &r.points[0].deviation[c],
+                            &r.orientations[0].deviation[c], &r.groups[0].value[c], &r.groups[0].deviation[c],
+                            &r.lumps[0].translation_deviation[c], &r.lumps[0].rotation_deviation[c]})
+            make(*value);
+        axes_of(r.points[0].ellipse[c].emplace());
+        axes_of(r.pairs[0].ellipse[c]);
+        for (double *value : {&r.orientations[0].rotation[c], &r.lumps[0].translation[c], &r.lumps[0].rotation[c],
+                              &r.pairs[0].deviation[c]})
+            add(*value);
+    }
+    make(r.lumps[0].scale_deviation);
+    make(r.residuals[0].deviation);
+    for (double *value : {&r.lumps[0].scale, &r.residuals[0].value, &r.residuals[0].sigma, &r.residuals[0].residual,
+                          &r.kinds[0].sigma_apriori, &r.kinds[0].sigma_aposteriori})
+        add(*value);
+    EXPECT_EQ(not_numbers(r), Lines());
+    std::set<std::string> lines;
+    for (double *value : all)
+        for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+            const double good = *value;
+            *value = bad;
+            const Lines found = not_numbers(r);
+            EXPECT_EQ(found.size(), 1u);
+            if (bad == HUGE_VAL && !found.empty()) lines.insert(found[0]);
+            EXPECT_TRUE(nlohmann::json::accept(to_json(r)));
+            *value = good;
+        }
+    EXPECT_EQ(lines.size(), all.size()); // each has a name of its own
+}
+
+// A point with a held y: its standard deviation in x comes from the direction of the ellipse.
+TEST(NotNumbers, AreNotLostOnTheWayFromTheEngine)
+{
+    Model model;
+    project &p = model.p;
+    p.dim = 2;
+    target_input target = target_input();
+    target.status = STATUS_ON;
+    target.ix[1] = CODE_FIXED;
+    model.targets.records = {target};
+    p.targets = model.targets.records.data();
+    p.ntargets = 1;
+    double one[1] = {1.0}, bad[1] = {std::nan("")};
+    result run = result();
+    run.irun = 1;
+    run.dim = 2;
+    run.ntarr = 1;
+    run.ell12a = run.ell12b = one;
+    RunOutcome outcome;
+    outcome.reached = Stage::Done;
+    const auto lines = [&](double *bearing) {
+        run.ell12t = bearing;
+        Results results;
+        collect_points({model, outcome, run}, results);
+        return not_numbers(results);
+    };
+    EXPECT_EQ(lines(one), Lines());
+    EXPECT_EQ(lines(bad), Lines{"standard deviations of coordinates that are not finite numbers:  x"});
+}
+
+TEST(NotNumbers, FillOneLineHoweverManyThereAre)
+{
+    Results r;
+    for (int i = 0; i < 5000; i++) {
+        r.points.emplace_back();
+        r.points.back().name = "P" + std::to_string(i);
+        r.points.back().adjusted[0] = std::nan("");
+    }
+    EXPECT_EQ(not_numbers(r), (Lines{"adjusted coordinates that are not finite numbers: P0 x, P1 x, P2 x, P3 x, P4 x "
+                                     "and 4995 more"}));
+    r.points.resize(5);
+    EXPECT_EQ(not_numbers(r),
+              (Lines{"adjusted coordinates that are not finite numbers: P0 x, P1 x, P2 x, P3 x, P4 x"}));
 }

@@ -218,6 +218,26 @@ TEST(Run, TakesNoCoordinatesThatAreNotNumbers)
     EXPECT_EQ(outcome.reached, Stage::Solving);
     ASSERT_FALSE(outcome.words.empty());
     EXPECT_TRUE(contains(outcome.words[0], "not numbers")) << outcome.words[0];
+    EXPECT_EQ(outcome.words[1], "points without numbers: P");
+}
+
+// Each allocation of the engine fails in turn; the run of another is left out.
+TEST(Run, SaysThatNotAllResultsWereHandedOver)
+{
+    int incomplete = 0;
+    for (int n = 1;; n++) {
+        Case c(levelling);
+        fail_allocation(n);
+        const RunOutcome outcome = c.run();
+        const bool met = allocations() >= n;
+        fail_allocation(0);
+        const bool failed = c.told("backtoproject failed") && outcome.adjusted();
+        EXPECT_EQ(outcome.handed_over, !failed) << n;
+        EXPECT_EQ(outcome.lost, failed ? Lines{"not all results could be handed over: free memory"} : Lines()) << n;
+        incomplete += failed;
+        if (!met) break;
+    }
+    EXPECT_GT(incomplete, 0);
 }
 
 // A free network in space: the station with vertical angles only must not hold its turn. All
