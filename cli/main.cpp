@@ -9,6 +9,7 @@
 #include <new>
 
 #include "commands.h"
+#include "memory_limit.h"
 #include "options.h"
 
 namespace {
@@ -35,6 +36,7 @@ int command(int argc, char **argv)
 int main(int argc, char **argv)
 {
     hold_standard_streams();
+    vornhost::limit_memory(); // what does not fit ends with words and a status
     signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
     try {
         return command(argc, argv);

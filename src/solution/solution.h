@@ -175,7 +175,7 @@ protected:
     void filllimits();     // class limits of the histograms
     int classof(double x); // class of a value, -1 at or below the first limit
     int classcode(double r);
-    int observations(); // rows of observations, baselines and image coordinates counted by component
+    long long observations(); // rows of observations, baselines and image coordinates counted by component
     void justtest(double sum);
     void testfactor(double t, tempresult *result);
     void showcomponent(int n, const char *text, double component, double apriori, double *root);

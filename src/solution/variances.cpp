@@ -17,6 +17,7 @@
 
 #include "numerics/distributions.h"
 #include "numerics/memory.h"
+#include "vorn/numbers.h"
 
 void solution::filllimits()
 {
@@ -184,14 +185,17 @@ void solution::gpsres(double *sum)
 
 // ---- tests of the variance factor ----
 
-int solution::observations() { return ndist + ndifh + ndir1 + ndir2 + naz + 3 * ngps + 2 * nobsuv + nfixh; }
+long long solution::observations()
+{
+    return (long long)ndist + ndifh + ndir1 + ndir2 + naz + 3LL * ngps + 2LL * nobsuv + nfixh;
+}
 
 // Degrees of freedom with the weighted coordinates as observations; factor relative to
 // sigma0.
 void solution::justtest(double sum)
 {
     tempresult none = tempresult(), *result = temp_res ? temp_res : &none;
-    const int nu = observations() + nweighted - (nunk1 + nunk2 - ndatum);
+    const int nu = count_of(observations() + nweighted - nunk1 - nunk2 + ndatum);
     double s = 0.0;
     result->dof = nu;
     if (nu >= 1) {
@@ -253,7 +257,7 @@ double solution::variances(double sum, double dofc, double vdist, double vdifh, 
                            double vgps, double vphoto)
 {
     tempresult none = tempresult(), *result = temp_res ? temp_res : &none;
-    const int nu = observations() - (nunk1 + nunk2 - ndatum);
+    const int nu = count_of(observations() - nunk1 - nunk2 + ndatum);
     if (nu < 1) {
         fprintf(out, "\n\nvariances: no degree of freedom -> no use of statistics\n");
         return -1.0;

@@ -59,21 +59,21 @@ void jordan::banner()
 
 // Rows first to last - 1 of the lower triangle without their zeros. *count numbers all
 // elements of the triangle, printed or not.
-void jordan::debugrows(const char *title, int first, int last, long *count)
+void jordan::debugrows(const char *title, int first, int last, long long *count)
 {
     fprintf(out, "%s", title);
     for (int r = first; r < last; r++) {
         const double *row = norm + (size_t)r * nunk;
         fprintf(out, "line %d   delta %25.12lf\n", r, rhs[r]);
         for (int c = 0; c <= r; c++, (*count)++)
-            if (row[c] != 0.0) fprintf(out, "%ld    %25.12lf\n", *count, row[c]);
+            if (row[c] != 0.0) fprintf(out, "%ld    %25.12lf\n", (long)*count, row[c]);
     }
 }
 
 void jordan::debugnormal()
 {
     const int r0 = nunk1 + nunk2;
-    long count = 0;
+    long long count = 0;
     debugrows("type 1\n", 0, nunk1, &count);
     debugrows("type 2\n", nunk1, r0, &count);
     debugrows("type 3\n", r0, nunk, &count);

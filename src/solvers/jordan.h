@@ -26,7 +26,7 @@ private:
     friend struct jordan_access; // white-box tests
 
     void releasework();
-    void debugrows(const char *title, int first, int last, long *count);
+    void debugrows(const char *title, int first, int last, long long *count);
     void addimport();
     void datumentry(int row, int col, double c);
     void datumheights(int r0);

@@ -12,6 +12,7 @@
 
 #include <string.h>
 
+#include "vorn/numbers.h"
 #include "vorn/records.h"
 
 // How many of the steps above 0, above 1, ..., up to most, a count has taken.
@@ -273,7 +274,8 @@ static int heights_of(const point *p, int free, const measure *difh, int ndifh)
     if (ndifh <= 0 || p->defdatum[0] != DATUM_WEIGHTED || p->defdatum[1] != DATUM_WEIGHTED) return 0;
     if (free >= ndifh) return 0; // there is none of that number
     const measure *m = difh + free;
-    return ndifh * ((strcmp(p->name, m->p1->name) >= 0) + (strcmp(p->name, m->p2->name) >= 0));
+    const long long nend = (strcmp(p->name, m->p1->name) >= 0) + (strcmp(p->name, m->p2->name) >= 0);
+    return count_of(ndifh * nend);
 }
 
 // Every point needs as many observations as it has free coordinates. Returns 0 or -7.

@@ -13,6 +13,7 @@
 #include "numerics/packed.h"
 #include "vorn.h"
 #include "vorn/names.h"
+#include "vorn/numbers.h"
 #include "vorn/records.h"
 
 const double BAD_WEIGHT = 1.0e-15; // 1 / metre squared; a diagonal weight below it is no weight
@@ -114,7 +115,7 @@ void vorn::count_photo()
         const bool usable_station = ista >= 0 && ista < npsta && psta[ista].status > 0;
         const int n = usable_station ? count_lines(im) : -1;
         if (n > 3)
-            nobsuv += n;
+            nobsuv = count_of((long long)nobsuv + n);
         else
             im->status = -im->status;
     }

@@ -8,6 +8,7 @@
 
 #include "vorn.h"
 
+#include <limits.h>
 #include <math.h>
 #include <stdlib.h>
 
@@ -16,6 +17,10 @@
 #include "vorn/numbers.h"
 #include "vorn/records.h"
 #include "vorn/splitrows.h"
+
+// Numbers of unknowns are ints: three coordinates and three orientations a point, and as much
+// again for all that is not counted by points. For more points there is no memory.
+static const int MOST_POINTS = INT_MAX / 12;
 
 // Tables of the lumps while the network is loaded.
 struct lumptables {
@@ -246,7 +251,7 @@ int vorn::vornallocate()
         return -1;
     }
     drop_pointindex();
-    points = (point *)zeroed(npoints, sizeof(point));
+    points = (point *)zeroed(npoints <= MOST_POINTS ? npoints : -1, sizeof(point));
     if (!points) {
         fprintf(out, "\nProgram stops with the allocation of points\n");
         clean();

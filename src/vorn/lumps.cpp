@@ -20,6 +20,7 @@
 #include "numerics/memory.h"
 #include "vorn/lumpdefs.h"
 #include "vorn/names.h"
+#include "vorn/numbers.h"
 #include "vorn/records.h"
 
 enum { MIN_POINTS = 3, MIN_SIGHTINGS = 3, MIN_EPOCHS = 2, MIN_WORLD = 4 };
@@ -72,7 +73,7 @@ static bool take_arrays(lumpwork *w)
     w->member = take(w->npoints);
     w->twin = take(w->npoints);
     w->names = nameindex_make(w->npoints);
-    w->host = nameindex_make((int)((long long)w->nsta + w->ntar));
+    w->host = nameindex_make(count_of((long long)w->nsta + w->ntar));
     w->nusable = take(w->nlump);
     w->iref = take(w->nlump);
     w->id = take(w->nlump);

@@ -20,7 +20,7 @@ struct numberindex {
     numberslot *slots; // [mask + 1]
 };
 
-int count_of(long long n) { return n > INT_MAX ? INT_MAX : (int)n; }
+int count_of(long long n) { return n > INT_MAX ? INT_MAX : n < INT_MIN ? INT_MIN : (int)n; }
 
 // The slot of a value, or the empty slot where it would stand.
 static numberslot *find_slot(const numberindex *ix, int value)

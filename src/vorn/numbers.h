@@ -7,7 +7,7 @@
 struct numberindex;
 
 // A sum of counts as an int; one that does not fit becomes the largest, for which there is
-// no memory.
+// no memory, or the least.
 int count_of(long long n);
 
 // An empty index for at most n values; null without memory.

@@ -7,6 +7,7 @@
 
 #include "vorn.h"
 
+#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -14,22 +15,23 @@
 #include "vorn/message.h"
 #include "vorn/records.h"
 
-// Allocates n zeroed doubles (ints) for each of the count pointers; 0 when one failed.
-static int take_doubles(double **const *field, int count, int n)
+// Allocates n zeroed doubles (ints) for each of the count pointers; 0 when one failed. Places in
+// the arrays are ints: for more of them there is no memory.
+static int take_doubles(double **const *field, int count, long long n)
 {
     int all = 1;
     for (int i = 0; i < count; i++) {
-        *field[i] = (double *)zeroed(n, sizeof(double));
+        *field[i] = (double *)zeroed(n <= INT_MAX ? n : -1, sizeof(double));
         if (!*field[i]) all = 0;
     }
     return all;
 }
 
-static int take_ints(int **const *field, int count, int n)
+static int take_ints(int **const *field, int count, long long n)
 {
     int all = 1;
     for (int i = 0; i < count; i++) {
-        *field[i] = (int *)zeroed(n, sizeof(int));
+        *field[i] = (int *)zeroed(n <= INT_MAX ? n : -1, sizeof(int));
         if (!*field[i]) all = 0;
     }
     return all;
@@ -135,7 +137,7 @@ int vorn::fill_obs_res()
 int vorn::take_residuals()
 {
     result *r = pproject->runresults;
-    const int nres = r->ndist + r->ndifh + r->ndir1 + r->ndir2;
+    const long long nres = (long long)r->ndist + r->ndifh + r->ndir1 + r->ndir2;
     int **ints[] = {&r->iobs, &r->iout, &r->inorm, &r->inormb, &r->itau, &r->itaub};
     double **doubles[] = {&r->res, &r->sres};
     const int all = take_ints(ints, irun == 1 ? COUNT(ints) : 1, nres);
@@ -454,7 +456,7 @@ int vorn::backtoproject()
     r->ndifh = ndifh;
     r->ndir1 = ndir1;
     r->ndir2 = ndir2;
-    if (ndist + ndifh + ndir1 + ndir2 > 0) fill_obs_stat();
+    if ((long long)ndist + ndifh + ndir1 + ndir2 > 0) fill_obs_stat();
     if (take_residuals() != 0) return -2;
     if (fill_obs_res() != 0) return -3;
 
