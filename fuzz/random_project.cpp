@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr int ANY_EPOCH = -1; // for the bytes to choose
+
 // True coordinates of a point, metres, in the middle of the network.
 void place(int i, double x[3])
 {
@@ -18,9 +20,11 @@ double unit(const project &p) { return p.iunit == 1 ? 1000.0 : p.iunit == 2 ? 1.
 
 } // namespace
 
-RandomProject::RandomProject(Bytes &source)
-    : p(), solver((Solve)source.below(3)), answer(source.below(2)), failing(0), from(source)
+RandomProject::RandomProject(Bytes &source) : p(), solver((Solve)source.below(3)), failing(0), from(source)
 {
+    const int choice = from.byte();
+    answer = choice % 2;
+    scene = (Scene)(choice / 64);
     if (from.rarely()) failing = 1 + from.byte();
     set_settings();
     set_model();
@@ -43,7 +47,7 @@ void RandomProject::set_settings()
     p.irun = solver == Solve::Simplex ? -1 : modes[from.below(3)];
     if (from.rarely()) p.irun = from.any_whole();
     p.idebug = traces[from.below(4)];
-    p.itmax = from.below(8);
+    p.itmax = 2 * from.below(8);
     if (from.rarely()) p.itmax = -p.itmax;
     p.convergence = from.number(1e-5);
     p.iunit = from.code(0, 3);
@@ -94,12 +98,12 @@ template <class Record> void RandomProject::common(Record &r, int i)
     double x[3];
     place(i, x);
     name(r.name, sizeof r.name, i);
-    r.status = from.below(6) == 5 ? from.code(-1, 4) : 1;
+    r.status = from.below(6) == 5 ? from.code(-1, 4) : scene == Scene::Unknown ? (int)STATUS_COMPUTE : 1;
     for (int c = 0; c < 3; c++) {
         r.x[c] = from.number((x[c] + 0.01 * from.part()) * unit(p));
         r.sx[c] = from.number(0.01 * unit(p));
     }
-    codes(r.ix, 3, i < 2 ? (int)CODE_FIXED : (int)CODE_FREE);
+    codes(r.ix, 3, i < 2 && scene != Scene::Unknown ? (int)CODE_FIXED : (int)CODE_FREE);
     if (nepoch > 0) r.ilump = from.code(0, 3);
     if (from.below(6) == 5) r.iconn = from.code(0, 3);
 }
@@ -107,7 +111,7 @@ template <class Record> void RandomProject::common(Record &r, int i)
 void RandomProject::make_points()
 {
     nsta = from.below(7);
-    npoint = nsta + from.below(7);
+    npoint = nsta + from.below(7) + (scene == Scene::Large ? 40 : 0);
     nepoch = from.below(4) == 3 ? 1 + from.below(4) : 0;
     for (int i = 0; i < nsta; i++) {
         station_input s = station_input();
@@ -117,7 +121,7 @@ void RandomProject::make_points()
             s.r[c] = from.number(0.0);
             s.sr[c] = from.number(0.001);
         }
-        codes(s.ir, 3, CODE_FREE);
+        codes(s.ir, 3, p.dim == 1 ? (int)CODE_ABSENT : (int)CODE_FREE);
         s.ilevel = from.code(0, 2);
         stations.push_back(s);
     }
@@ -148,33 +152,55 @@ double RandomProject::observed(int kind, int a, int b, int epoch)
     }
 }
 
-void RandomProject::make_list(std::vector<measure_input> &list, int kind, int most)
+void RandomProject::observe(std::vector<measure_input> &list, int kind, int a, int b, int epoch)
+{
+    const bool angle = kind == KIND_DIRECTION || kind == KIND_VERTICAL || kind == KIND_AZIMUTH;
+    measure_input m = measure_input();
+    m.typ = from.rarely() ? from.any_whole() : kind;
+    name(m.from, sizeof m.from, a);
+    name(m.to, sizeof m.to, b);
+    m.h1 = from.number(0.0);
+    m.h2 = from.number(0.0);
+    m.time = epoch != ANY_EPOCH ? epoch : nepoch > 0 ? from.code(0, nepoch + 1) : from.rarely() ? from.any_whole() : 0;
+    m.val = from.number(observed(kind, a, b, m.time & 7) + 1e-4 * from.part());
+    m.sig = from.number(angle ? p.htoraw(0, 1e-4) : 0.001 * unit(p));
+    list.push_back(m);
+}
+
+void RandomProject::scatter(std::vector<measure_input> &list, int kind, int most)
 {
     const int n = npoint > 0 ? from.below(most + 1) : 0;
-    const bool angle = kind == KIND_DIRECTION || kind == KIND_VERTICAL || kind == KIND_AZIMUTH;
     for (int i = 0; i < n; i++) {
-        measure_input m = measure_input();
         const int a = (i / 3 + from.below(npoint + 1)) % (nsta > 0 && !from.rarely() ? nsta : npoint);
         const int b = (a + 1 + i % 3 + any_point()) % npoint;
-        m.typ = from.rarely() ? from.any_whole() : kind;
-        name(m.from, sizeof m.from, a);
-        name(m.to, sizeof m.to, b);
-        m.h1 = from.number(0.0);
-        m.h2 = from.number(0.0);
-        m.time = nepoch > 0 ? from.code(0, nepoch + 1) : from.rarely() ? from.any_whole() : 0;
-        m.val = from.number(observed(kind, a, b, m.time & 7) + 1e-4 * from.part());
-        m.sig = from.number(angle ? p.htoraw(0, 1e-4) : 0.001 * unit(p));
-        list.push_back(m);
+        observe(list, kind, a, b, ANY_EPOCH);
     }
+}
+
+void RandomProject::observe_pair(int a, int b, int epoch)
+{
+    if (p.dim == 1) return observe(heightdiffs, KIND_HEIGHT_DIFFERENCE, a, b, epoch);
+    if (scene != Scene::Unknown || b == 0) observe(distances, KIND_DISTANCE, a, b, epoch);
+    observe(directions, KIND_DIRECTION, a, b, epoch);
+    if (p.dim == 3) observe(verticals, KIND_VERTICAL, a, b, epoch);
+}
+
+void RandomProject::observe_all()
+{
+    const int nfrom = p.dim == 1 ? npoint : nsta;
+    for (int a = 0; a < nfrom; a++)
+        for (int b = 0; b < npoint; b++)
+            for (int epoch = nepoch > 0 ? 1 : 0; a != b && epoch <= nepoch; epoch++) observe_pair(a, b, epoch);
 }
 
 void RandomProject::make_lists()
 {
-    make_list(distances, from.rarely() ? KIND_DISTANCE_CONSTANTS : KIND_DISTANCE, 24);
-    make_list(heightdiffs, KIND_HEIGHT_DIFFERENCE, 16);
-    make_list(directions, KIND_DIRECTION, 24);
-    make_list(verticals, KIND_VERTICAL, 24);
-    make_list(azimuths, KIND_AZIMUTH, 4);
+    if (scene != Scene::Scattered) return observe_all();
+    scatter(distances, from.rarely() ? KIND_DISTANCE_CONSTANTS : KIND_DISTANCE, 24);
+    scatter(heightdiffs, KIND_HEIGHT_DIFFERENCE, 16);
+    scatter(directions, KIND_DIRECTION, 24);
+    scatter(verticals, KIND_VERTICAL, 24);
+    scatter(azimuths, KIND_AZIMUTH, 4);
 }
 
 void RandomProject::make_baselines()

@@ -12,6 +12,10 @@
 
 enum class Solve { Compact, Jordan, Simplex };
 
+// Which observations are made: any at all; all sights from every station, at every epoch; these
+// in a network of many targets; directions and vertical angles without known coordinates.
+enum class Scene { Scattered, Complete, Large, Unknown };
+
 class RandomProject {
 public:
     explicit RandomProject(Bytes &source);
@@ -34,7 +38,10 @@ private:
     void set_model();
     void make_points();
     void make_lists();
-    void make_list(std::vector<measure_input> &list, int kind, int most);
+    void scatter(std::vector<measure_input> &list, int kind, int most);
+    void observe_all();
+    void observe_pair(int from, int to, int epoch);
+    void observe(std::vector<measure_input> &list, int kind, int from, int to, int epoch);
     double observed(int kind, int from, int to, int epoch);
     void make_baselines();
     void make_groups();
@@ -52,6 +59,7 @@ private:
     int any_point();
 
     Bytes &from;
+    Scene scene = Scene::Scattered;
     int nsta = 0, npoint = 0, nepoch = 0;
     std::vector<station_input> stations;
     std::vector<target_input> targets;
