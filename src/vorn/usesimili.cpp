@@ -344,14 +344,6 @@ int vorn::take_records(const lumpcopies *w)
     return -3;
 }
 
-// Observations that have their points: all but in a run that stopped while it loaded the list.
-static int loaded(const measure *list, int n)
-{
-    int i = 0;
-    while (list && i < n && list[i].p1) i++;
-    return i;
-}
-
 int vorn::usesimili(int mode)
 {
     lumpcopies w = lumpcopies();
@@ -362,7 +354,7 @@ int vorn::usesimili(int mode)
     w.npoints = points && npoints > 0 ? npoints : 0; // a run that stopped early has none
     w.nsta = nsta;
     w.dir1 = dir1;
-    w.ndir1 = points ? loaded(dir1, ndir1) : 0;
+    w.ndir1 = points && dir1 ? ndir1 : 0;
     w.sta = psta;
     w.nhoststa = npsta;
     w.tar = ptar;
