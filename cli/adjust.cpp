@@ -100,9 +100,10 @@ void show_accounts(const Options &options, const RunOutcome &outcome)
 }
 
 // Results that are not numbers are no results.
-int check_numbers(const Results &results)
+int check_numbers(const Results &results, const RunOutcome &outcome)
 {
-    const std::vector<std::string> lines = not_numbers(results);
+    std::vector<std::string> lines = not_numbers(results);
+    lines.insert(lines.end(), outcome.spoilt.begin(), outcome.spoilt.end());
     for (const std::string &line : lines) fprintf(stderr, "vorn: %s\n", line.c_str());
     return lines.empty() ? STATUS_ADJUSTED : STATUS_REFUSED;
 }
@@ -131,7 +132,7 @@ int adjust(const Options &options)
     }
     show_accounts(options, outcome);
     const int status = close_run(outcome);
-    const int numbers = results.adjusted ? check_numbers(results) : STATUS_ADJUSTED;
+    const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
     outputs.finish_results(options, results);
     return status == STATUS_ADJUSTED ? numbers : status;
 }

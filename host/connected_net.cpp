@@ -1,5 +1,6 @@
 #include "connected_net.h"
 
+#include <ctype.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -97,6 +98,17 @@ std::string import_note(const Model &model)
     return "weighted coordinates, rotations and constants have no weight in a network that imports points";
 }
 
+bool finite_file(const std::string &path)
+{
+    std::istringstream lines(content(path).value_or(""));
+    std::string line;
+    std::getline(lines, line);
+    const auto letter = [](unsigned char c) { return isalpha(c) != 0; };
+    while (std::getline(lines, line))
+        if (line.size() > 8 && std::any_of(line.begin() + 8, line.end(), letter)) return false;
+    return true;
+}
+
 ConnectedNet::ConnectedNet(const Model &model)
     : exported(count(model, EXPORTED)), imported(count(model, IMPORTED)), dimension(model.p.dim), solver(model.solver),
       mode(model.mode), path(export_path(model))
@@ -146,6 +158,8 @@ std::string ConnectedNet::close(bool adjusted)
     std::string reason = why_not(adjusted);
     refused = reason.empty() && (not_opened || cut);
     if (refused) reason = not_opened ? "it cannot be opened" : "the disk is full or does not take it";
+    not_finite = reason.empty() && !finite_file(path);
+    if (not_finite) reason = "its numbers are not all finite";
     if (reason.empty()) return {};
     put_back();
     return path + " is not written: " + reason;

@@ -18,6 +18,10 @@ std::vector<std::string> import_faults(const Model &model);
 // What an import takes away from the network, for the user; empty when nothing.
 std::string import_note(const Model &model);
 
+// Whether a file that the engine wrote, names in the first 8 characters of its lines, has numbers
+// that are finite behind its heading; true when there is no such file.
+bool finite_file(const std::string &path);
+
 class ConnectedNet {
 public:
     // Before the run: keeps the file that an export will write over.
@@ -32,6 +36,9 @@ public:
     // After the run: puts back the earlier file when the engine did not write a whole one.
     // Returns a note for the user, or nothing.
     std::string close(bool adjusted);
+
+    // The numbers to export were not all finite; their file was not kept.
+    bool spoilt() const { return not_finite; }
 
     // The system did not take a file that the run had to write.
     bool lost() const { return refused; }
@@ -50,6 +57,7 @@ private:
     char refusal[256] = ""; // the engine's line
     bool no_redundancy = false, incomplete = false, not_opened = false, cut = false;
     bool refused = false; // by the system
+    bool not_finite = false;
 };
 
 } // namespace vornhost

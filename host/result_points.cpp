@@ -137,6 +137,35 @@ PointResult make_point(const ResultSource &from, const HostPoint &host, size_t i
     return point;
 }
 
+// Whether the standard deviations of this run carry a factor that is not zero.
+bool any_precision(const ResultSource &from, const Results &results)
+{
+    if (from.propagation() || results.sigma_aposteriori.value_or(0.0) != 0.0) return true;
+    for (const PointResult &p : results.points)
+        for (const auto &s : p.deviation)
+            if (s) return true;
+    return false;
+}
+
+// A coordinate that was an unknown has a cofactor above zero. The engine gives a standard
+// deviation of 0 where the cofactor is negative or not a number; in the plane it has then not
+// made the ellipse either, whose bearing is never 0, while axes below 1e-7 m are 0 as well.
+void spoil_missing(const ResultSource &from, size_t i, PointResult &point)
+{
+    const result &r = from.run;
+    const double bearing = r.dim == 2 ? element(r.ell12t, i).value_or(0.0) : 0.0;
+    for (int c = 0; c < 3; c++) {
+        const bool unknown = !point.code[c].empty() && point.code[c] != "fixed";
+        if (unknown && !point.deviation[c] && !(std::fabs(bearing) > 0.0)) point.deviation[c] = std::nan("");
+    }
+}
+
+void spoil_missing(const ResultSource &from, Results &results)
+{
+    if (!from.precision() || !from.run.ell12a || !any_precision(from, results)) return;
+    for (size_t i = 0; i < results.points.size(); i++) spoil_missing(from, i, results.points[i]);
+}
+
 } // namespace
 
 // The n-th selected point of a host list is the n-th that was returned.
@@ -150,6 +179,7 @@ void collect_points(const ResultSource &from, Results &results)
     i = r.nstar;
     for (int j = 0; j < p.ntargets && i < r.nstar + r.ntarr; j++)
         if (p.targets[j].status > 0) results.points.push_back(make_point(from, host_target(from, j), (size_t)i++));
+    spoil_missing(from, results);
 }
 
 // Only runs in space return orientations.

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <cmath>
+#include <filesystem>
 
 #include "connected_net.h"
 #include "faults.h"
@@ -317,6 +318,8 @@ void Run::close_export()
     outcome.prepared.notes.push_back(note);
     if (net.lost())
         outcome.lost.push_back(note);
+    else if (net.spoilt())
+        outcome.spoilt.push_back(note);
     else
         listener.pass_on(note);
 }
@@ -328,6 +331,10 @@ void Run::close_results()
     outcome.handed_over = listener.handed_over;
     if (!listener.handed_over && !net.lost())
         outcome.lost.push_back("not all results could be handed over: free memory");
+    std::error_code error;
+    const bool cofactors = model.p.dim == 3 && model.mode != Mode::Solution && model.solver != Solver::Simplex;
+    if (cofactors && std::filesystem::exists("tessalpin.sta", error) && !finite_file("tessalpin.cov"))
+        outcome.spoilt.push_back("the numbers in tessalpin.cov are not all finite");
     if (!listener.compared) outcome.lost.push_back("not all epochs could be compared: free memory");
 }
 

@@ -25,8 +25,9 @@ struct RunOutcome {
     std::vector<std::string> words; // why it stopped, for the user: one sentence a line
     Prepared prepared;
     std::vector<Account> accounts;
-    bool handed_over = true;       // false: the engine stopped on the way; constants of groups are those before the run
-    std::vector<std::string> lost; // files of the run that the system did not take, one sentence each
+    bool handed_over = true; // false: the engine stopped on the way; constants of groups are those before the run
+    std::vector<std::string> spoilt; // files of the run with numbers that are not finite, one sentence each
+    std::vector<std::string> lost;   // files of the run that the system did not take, one sentence each
 
     bool adjusted() const { return reached == Stage::Done; }
 };

@@ -217,6 +217,32 @@ TEST_F(Program, NamesTheWordsItKnows)
     EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex")) << err;
 }
 
+TEST_F(Program, NamesResultsThatAreNotNumbers)
+{
+    folder.write("bad.inp", "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\n"
+                            "P 0 0 free\n'''\ndistances = '''\nfrom to value sigma\nA P 100 1\nB P 100 1\n'''\n");
+    EXPECT_EQ(run("adjust bad.inp --mode propagation --quiet --json r.json --csv tables"), 1);
+    EXPECT_EQ(err, "vorn: standard deviations of coordinates that are not finite numbers: P x, P y\n");
+    EXPECT_TRUE(json("r.json")["points"][2]["standard_deviation"]["x"].is_null());
+    const std::string points = text_of(folder.file("tables/points.csv"));
+    EXPECT_FALSE(contains(points, "nan") || contains(points, "inf")) << points;
+    EXPECT_EQ(run("adjust bad.inp --solver jordan --quiet --json r.json"), 1);
+    EXPECT_TRUE(contains(err, "\n      points without numbers: P\n")) << err;
+}
+
+// The cofactors of P, which lies on A, are no numbers.
+TEST_F(Program, KeepsNoConnectedNetWithoutNumbers)
+{
+    folder.write("bad.inp", "[run]\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\n"
+                            "name x y code connect\nA 0 0 fixed none\nB 120 0 fixed none\nC 0 90 fixed none\n"
+                            "P 0 0 free export\nR 60 60 free export\n'''\ndistances = '''\nfrom to value sigma\n"
+                            "A P 100 1\nB P 100 1\nA R 1 1\nB R 1 1\nC R 1 1\n'''\n");
+    folder.write("bad.con", "earlier\n");
+    EXPECT_EQ(run("adjust bad.inp --quiet -o r.txt"), 1);
+    EXPECT_TRUE(contains(err, "vorn: bad.con is not written: its numbers are not all finite\n")) << err;
+    EXPECT_EQ(text_of(folder.file("bad.con")), "earlier\n");
+}
+
 TEST_F(Program, TellsThatTheDiskIsFull)
 {
     EXPECT_EQ(run("adjust net.inp -o /dev/full"), 3);

@@ -153,6 +153,20 @@ TEST_F(ConnectedNets, AreNotExportedIntoAFolderOfTheirName)
     EXPECT_TRUE(std::filesystem::is_directory("net.con"));
 }
 
+TEST_F(ConnectedNets, HaveFiniteNumbersBehindTheNames)
+{
+    const std::string head = "File: inf.con for 1 connections in dimension 1\n", good = "nan inf    1.000000\n";
+    EXPECT_TRUE(finite_file("missing"));
+    folder.write("a", head + good + "                     0.5\n");
+    EXPECT_TRUE(finite_file("a"));
+    for (const char *bad : {"nan", "-nan", "inf", "-inf"}) {
+        folder.write("a", head + "B          " + bad + "\n  0.5\n");
+        EXPECT_FALSE(finite_file("a")) << bad;
+        folder.write("a", head + good + "                      " + bad + "\n");
+        EXPECT_FALSE(finite_file("a")) << bad;
+    }
+}
+
 TEST_F(ConnectedNets, AreNeitherWrittenNorMissedByACheck)
 {
     const RunOutcome outcome = run("net", levelling("export", "none"), false);

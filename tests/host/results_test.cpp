@@ -514,6 +514,25 @@ TEST(NotNumbers, AreNotLostOnTheWayFromTheEngine)
     EXPECT_EQ(lines(bad), Lines{"standard deviations of coordinates that are not finite numbers:  x"});
 }
 
+// P lies on A, so that nothing determines it and its cofactors are no numbers.
+TEST(NotNumbers, AreStandardDeviationsThatTheEngineGivesAsZero)
+{
+    const std::string plane = "[run]\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\nname x y code\n"
+                              "A 0 0 fixed\nB 120 0 fixed\nC 0 90 fixed\nP ",
+                      rest = " free\n'''\ndistances = '''\nfrom to value sigma\nA P 1 ";
+    for (const std::string solver : {"compact", "jordan"}) {
+        const auto lines = [&](const std::string &p, const std::string &sigma) {
+            std::string text = plane + p + rest + sigma + "\nB P 1 " + sigma + "\n'''\n";
+            text.replace(text.find("mode"), 0, "solver = \"" + solver + "\"\n");
+            return not_numbers(results_of(text));
+        };
+        EXPECT_EQ(lines("0 0", "0.01"),
+                  Lines{"standard deviations of coordinates that are not finite numbers: P x, P y"});
+        EXPECT_EQ(lines("60 60", "0.01"), Lines());
+        EXPECT_EQ(lines("60 60", "1e-12"), Lines()); // less than the smallest axis
+    }
+}
+
 TEST(NotNumbers, FillOneLineHoweverManyThereAre)
 {
     Results r;
