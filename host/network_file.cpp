@@ -185,6 +185,7 @@ private:
     Faults &faults;
     std::deque<TextFile> files; // of the tables outside the network file
     std::array<bool, TABLE_COUNT> in_file{};
+    bool connected_net = false; // the file of one is named, whether it can be read or not
 };
 
 void NetworkReader::read(const TextFile &file, const toml::table &root)
@@ -368,6 +369,7 @@ void NetworkReader::read_connected_net(const toml::table &root)
     const toml::node *node = section.find("file");
     const std::string written = section.text("file");
     if (!node || written.empty()) return;
+    connected_net = true;
     copy_text(p.confile, sizeof p.confile,
               data_file(faults, net.model.path, written, place_of(node->source()), sizeof p.confile));
 }
@@ -459,7 +461,7 @@ void NetworkReader::check_network()
 // Imported points take their coordinates from the file of the connected net.
 void NetworkReader::check_imports()
 {
-    if (p.confile[0] != '\0') return;
+    if (connected_net) return;
     const auto check = [this](const auto &list) {
         for (size_t i = 0; i < list.size(); i++) {
             if (list.records[i].iconn != 2) continue;

@@ -230,6 +230,24 @@ TEST_F(Program, NamesResultsThatAreNotNumbers)
     EXPECT_TRUE(contains(err, "\n      points without numbers: P\n")) << err;
 }
 
+TEST_F(Program, RefusesAnImportWhoseFileCannotBeRead)
+{
+    folder.write("import.inp", "[run]\ndimension = 1\n[connected_net]\nfile = \"main.con\"\n[tables]\ntargets = '''\n"
+                               "name z code connect\nA 100 fixed none\nB 101 free import\nC 102 free none\n'''\n"
+                               "height_differences = '''\nfrom to value sigma\nA B 1 1\nB C 1 1\nC A -2 1\n'''\n");
+    for (const std::string why : {" does not exist; check its name and folder\n", " is a folder; name a file\n"}) {
+        for (const std::string command :
+             {"adjust import.inp -o r.txt --json r.json --csv tables", "check import.inp"}) {
+            EXPECT_EQ(run(command), 2);
+            EXPECT_EQ(err.find("import.inp:4:8: file \""), 0u) << err;
+            EXPECT_TRUE(contains(err, "main.con\"" + why)) << err;
+            EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << err;
+        }
+        std::filesystem::create_directory(folder.file("main.con"));
+    }
+    EXPECT_FALSE(exists("r.txt") || exists("r.json") || exists("tables"));
+}
+
 // The cofactors of P, which lies on A, are no numbers.
 TEST_F(Program, KeepsNoConnectedNetWithoutNumbers)
 {
