@@ -111,7 +111,7 @@ template <class Record> void RandomProject::common(Record &r, int i)
 void RandomProject::make_points()
 {
     nsta = from.below(7);
-    npoint = nsta + from.below(7) + (scene == Scene::Large ? 40 : 0);
+    npoint = nsta + from.below(7) + (scene == Scene::Large ? 24 : 0);
     nepoch = from.below(4) == 3 ? 1 + from.below(4) : 0;
     for (int i = 0; i < nsta; i++) {
         station_input s = station_input();
