@@ -1,6 +1,5 @@
 // The bytes are the file of a connected net, from which a small network takes three points.
 
-#include "network_file.h"
 #include "scratch.h"
 
 using namespace vornhost;
@@ -58,12 +57,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static const int ready = (write_network(), 1);
     (void)ready;
     write_bytes("import.con", data, size);
-    Model model;
-    Faults faults;
-    if (!read_network("net.inp", model, faults)) {
-        faults.lines();
-        return 0;
-    }
-    adjust_silently(model, (Solver)(size % 3));
+    adjust_file("net.inp", (Solver)(size % 3));
     return 0;
 }

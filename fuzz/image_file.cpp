@@ -1,7 +1,6 @@
 // The bytes are a file of image coordinates. It belongs to one of two images of a small
 // network, which is adjusted with what can be read of it.
 
-#include "network_file.h"
 #include "scratch.h"
 
 using namespace vornhost;
@@ -61,12 +60,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static const int ready = (write_networks(), 1);
     (void)ready;
     write_bytes("image.txt", data, size);
-    Model model;
-    Faults faults;
-    if (!read_network("net.inp", model, faults)) {
-        faults.lines();
-        return 0;
-    }
-    adjust_silently(model, (Solver)(size % 3));
+    adjust_file("net.inp", (Solver)(size % 3));
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "network_file.h"
 #include "runner.h"
 
 namespace {
@@ -58,4 +59,14 @@ void adjust_silently(vornhost::Model &model, vornhost::Solver solver)
     vornhost::run(model, report, silent);
     model.p.freerun(model.p.runresults);
     fclose(report);
+}
+
+void adjust_file(const char *path, vornhost::Solver solver)
+{
+    vornhost::Model model;
+    vornhost::Faults faults;
+    if (vornhost::read_network(path, model, faults))
+        adjust_silently(model, solver);
+    else
+        faults.lines();
 }

@@ -36,4 +36,7 @@ private:
 // Adjusts the network with the solver as the program would, without a word, and releases the results.
 void adjust_silently(vornhost::Model &model, vornhost::Solver solver);
 
+// The same with the network of a file, unless that has faults.
+void adjust_file(const char *path, vornhost::Solver solver);
+
 #endif
