@@ -137,33 +137,46 @@ PointResult make_point(const ResultSource &from, const HostPoint &host, size_t i
     return point;
 }
 
-// Whether the standard deviations of this run carry a factor that is not zero.
-bool any_precision(const ResultSource &from, const Results &results)
+bool any_deviation(const Results &results)
 {
-    if (from.propagation() || results.sigma_aposteriori.value_or(0.0) != 0.0) return true;
     for (const PointResult &p : results.points)
         for (const auto &s : p.deviation)
             if (s) return true;
     return false;
 }
 
-// A coordinate that was an unknown has a cofactor above zero. The engine gives a standard
-// deviation of 0 where the cofactor is negative or not a number; in the plane it has then not
-// made the ellipse either, whose bearing is never 0, while axes below 1e-7 m are 0 as well.
-void spoil_missing(const ResultSource &from, size_t i, PointResult &point)
+// Whether conditions of the datum hold the network, as in one without a fixed coordinate.
+bool held_by_conditions(const ResultSource &from, const Results &results)
 {
-    const result &r = from.run;
+    if (from.model.p.imixed >= 0) return true;
+    for (const PointResult &p : results.points)
+        for (const std::string &code : p.code)
+            if (code == "fixed") return false;
+    return true;
+}
+
+// A coordinate that was an unknown has a cofactor above zero, unless conditions alone determine
+// it, such as the height of the only point of the datum. The engine gives a standard deviation
+// of 0 where the cofactor is negative or not a number; in the plane it has then not made the
+// ellipse either, whose bearing is never 0, while axes below 1e-7 m are 0 as well.
+void spoil_missing(const result &r, bool determined, size_t i, PointResult &point)
+{
     const double bearing = r.dim == 2 ? element(r.ell12t, i).value_or(0.0) : 0.0;
+    if (std::fabs(bearing) > 0.0) return;
     for (int c = 0; c < 3; c++) {
         const bool unknown = !point.code[c].empty() && point.code[c] != "fixed";
-        if (unknown && !point.deviation[c] && !(std::fabs(bearing) > 0.0)) point.deviation[c] = std::nan("");
+        if (unknown && !point.deviation[c] && !(determined && point.code[c] == "free"))
+            point.deviation[c] = std::nan("");
     }
 }
 
+// Does nothing in a run whose factor of all standard deviations is zero.
 void spoil_missing(const ResultSource &from, Results &results)
 {
-    if (!from.precision() || !from.run.ell12a || !any_precision(from, results)) return;
-    for (size_t i = 0; i < results.points.size(); i++) spoil_missing(from, i, results.points[i]);
+    if (!from.precision() || !from.run.ell12a) return;
+    const bool any = any_deviation(results), determined = any && held_by_conditions(from, results);
+    if (!any && !from.propagation() && results.sigma_aposteriori.value_or(0.0) == 0.0) return;
+    for (size_t i = 0; i < results.points.size(); i++) spoil_missing(from.run, determined, i, results.points[i]);
 }
 
 } // namespace

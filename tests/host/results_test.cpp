@@ -533,6 +533,24 @@ TEST(NotNumbers, AreStandardDeviationsThatTheEngineGivesAsZero)
     }
 }
 
+// The point that is the whole datum of its network, and the heights of three points that
+// conditions hold in space, do not move.
+TEST(NotNumbers, AreNotCofactorsOfZeroThatTheDatumMakes)
+{
+    const std::string
+        levels = "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 10 free\nB 11 no_datum\n"
+                 "C 12 no_datum\n'''\nheight_differences = '''\nfrom to value sigma\nA B 1.001 0.001\n"
+                 "B C 1.002 0.001\nA C 2.001 0.001\n'''\n",
+        head = "[run]\nsolver = \"jordan\"\ndimension = 3\n[tables]\ntargets = '''\nname x y z code\n",
+        rest = "B 100 0 0 free\nC 50 80 0 free\n'''\ndistances = '''\nfrom to value sigma\n"
+               "A B 100.001 0.001\nB C 94.34 0.001\nA C 94.341 0.001\nA C 94.340 0.001\nA B 100.002 0.001\n'''\n";
+    for (const std::string &text : {levels, head + "A 0 0 0 free\n" + rest, head + "A 0 0 0 fixed\n" + rest}) {
+        const Results r = results_of(text);
+        EXPECT_TRUE(r.adjusted) << text;
+        EXPECT_EQ(not_numbers(r), Lines()) << text;
+    }
+}
+
 TEST(NotNumbers, FillOneLineHoweverManyThereAre)
 {
     Results r;
