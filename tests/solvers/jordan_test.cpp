@@ -5,71 +5,16 @@
 
 #include <random>
 
-#include "support/bare.h"
 #include "support/faults.h"
+#include "support/solved.h"
 
 namespace {
 
 typedef std::vector<double> Matrix; // row by row
 
-// Records of a network and the solver on them; every point gets consecutive unknowns.
-class Solved : public BareRecords {
-public:
-    explicit Solved(int d) : BareRecords(d), dim(d) {}
-    ~Solved()
-    {
-        if (!s) return;
-        s->finish();
-        delete s;
-    }
-
-    point &add(const char *name, double x, double y, double z = 0.0)
-    {
-        point p = point();
-        snprintf(p.name, sizeof p.name, "%-8s", name);
-        p.xpt[0] = p.x0[0] = x;
-        p.xpt[1] = p.x0[1] = y;
-        p.xpt[2] = p.x0[2] = z;
-        p.xex[4] = 1.0;
-        for (int c = 0; c < 3; c++) {
-            p.n0[c] = dim == 1 ? (c == 2 ? nunk1++ : N_NONE) : c < dim ? nunk1++ : N_NONE;
-            p.defdatum[c] = DATUM_USED;
-        }
-        for (int c = 0; c < 6; c++) p.n1[c] = N_NONE;
-        points.push_back(p);
-        return points.back();
-    }
-
-    measure &observe(std::vector<measure> &list, int from, int to, double val, double sigma)
-    {
-        measure m = measure();
-        m.p1 = &points[from];
-        m.p2 = &points[to];
-        m.val[0] = val;
-        m.val[1] = sigma;
-        list.push_back(m);
-        return list.back();
-    }
-
-    jordan &solver(int nsta, int ndatum)
-    {
-        solverinput in = input();
-        in.points = points.data();
-        in.nsta = nsta;
-        in.ntar = (int)points.size() - nsta;
-        in.dist = dist.data(), in.ndist = (int)dist.size();
-        in.difh = difh.data(), in.ndifh = (int)difh.size();
-        in.gps = gps.data(), in.ngps = (int)gps.size();
-        in.sdist = in.sdifh = in.sdir1 = in.sdir2 = in.saz = in.sgps = in.suv = in.sigma0 = 1.0;
-        in.nunk1 = nunk1, in.nunk2 = nunk2, in.ndatum = ndatum, in.nunk = nunk1 + nunk2;
-        in.temp_res = &result;
-        s = new jordan(in);
-        return *s;
-    }
+struct Net : Solved<jordan> {
+    using Solved<jordan>::Solved;
     double norm(int r, int c) { return J(*s, norm)[(size_t)r * S(*s, nunk) + c]; }
-
-    int dim, nunk1 = 0, nunk2 = 0;
-    jordan *s = nullptr;
 };
 
 Matrix product(const Matrix &a, const Matrix &b, int n)
@@ -128,7 +73,7 @@ void reference(const Matrix &a, Matrix b, int n, Matrix *x, Matrix *ainv, double
 bool same(double a, double b) { return a == b || (isnan(a) && isnan(b)); }
 
 // Points in no special position.
-void scatter(Solved &r, int n)
+void scatter(Net &r, int n)
 {
     std::mt19937 random(11);
     std::uniform_real_distribution<double> one(-50.0, 50.0);
@@ -145,7 +90,7 @@ void scatter(Solved &r, int n)
 
 TEST(Gaussj, SolvesAndInverts)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     std::mt19937 random(3);
     std::uniform_real_distribution<double> one(-1.0, 1.0);
@@ -169,7 +114,7 @@ TEST(Gaussj, SolvesAndInverts)
 
 TEST(Gaussj, GivesTheDeterminantWithItsSign)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     const struct {
         Matrix a;
@@ -190,7 +135,7 @@ TEST(Gaussj, GivesTheDeterminantWithItsSign)
 
 TEST(Gaussj, AgreesToTheBitWithTheStepsWrittenOut)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     std::mt19937 random(5);
     std::uniform_int_distribution<int> few(-2, 2), order(1, 9);
@@ -211,7 +156,7 @@ TEST(Gaussj, AgreesToTheBitWithTheStepsWrittenOut)
 
 TEST(Gaussj, SpreadsNotANumbersFromAMatrixOfZeros)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     Matrix a(9, 0.0), b = {1.0, 2.0, 3.0}, x(3), inv(9);
     double det;
@@ -222,7 +167,7 @@ TEST(Gaussj, SpreadsNotANumbersFromAMatrixOfZeros)
 
 TEST(Gaussj, TakesInfinitiesAndNotANumbersWithoutHarm)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     for (double v : {(double)NAN, (double)INFINITY}) {
         Matrix a(16, v), b(4, v), x(4), inv(16);
@@ -237,7 +182,7 @@ TEST(Gaussj, HoldsTheDeterminantFromAbove)
     EXPECT_EQ((*jordan_access::clampdet)(1e99), 1e99);
     EXPECT_EQ((*jordan_access::clampdet)(1.1e100), 1e100);
     EXPECT_EQ((*jordan_access::clampdet)(-1e300), -1e300);
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     const Matrix a = {1e60, 0, 0, 0, 1e60, 0, 0, 0, -0.5}; // 1e60, held, -0.5e100
     Matrix b(3), x(3), inv(9);
@@ -249,7 +194,7 @@ TEST(Gaussj, HoldsTheDeterminantFromAbove)
 TEST(Gaussj, RecordsAFailedAllocationAndLeavesZeros)
 {
     for (int n : {1, 2}) {
-        Solved r(2);
+        Net r(2);
         jordan &s = r.solver(0, 0);
         Matrix a = {2, 0, 0, 2}, b = {1, 1}, x = {7, 7}, inv(4, 7.0);
         double det = 7.0;
@@ -270,7 +215,7 @@ TEST(JordanHelpers, ExchangeNumbersAndKeepTheLastError)
     (*jordan_access::swapd)(&a, &b);
     EXPECT_EQ(a, 2.0);
     EXPECT_EQ(b, 1.0);
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     EXPECT_EQ(J(s, tiny), 1.0e-20);
     EXPECT_EQ(J(s, ierralloc), -20);
@@ -285,7 +230,7 @@ TEST(JordanHelpers, ExchangeNumbersAndKeepTheLastError)
 
 TEST(JordanConstructor, HoldsNoArrays)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     EXPECT_EQ(J(s, norm), nullptr);
     EXPECT_EQ(S(s, inv), nullptr);
@@ -294,14 +239,14 @@ TEST(JordanConstructor, HoldsNoArrays)
 
 TEST(JordanBanner, HeadsTheReport)
 {
-    Solved r(2);
+    Net r(2);
     r.solver(0, 0).banner();
-    EXPECT_EQ(r.n.report(), "\n\nGauss Jordan solution\nVersion 0.0\n");
+    EXPECT_EQ(r.report(), "\n\nGauss Jordan solution\nVersion 0.0\n");
 }
 
 TEST(JordanPrepare, TakesZeroedArraysOfTheOrderWithTheDatumRows)
 {
-    Solved r(2);
+    Net r(2);
     r.add("A", 1, 10);
     r.add("B", 3, 20);
     r.nunk2 = 1;
@@ -318,12 +263,12 @@ TEST(JordanPrepare, TakesZeroedArraysOfTheOrderWithTheDatumRows)
         EXPECT_EQ(S(s, rhs)[k], 0.0);
         EXPECT_EQ(S(s, delta)[k], 0.0);
     }
-    EXPECT_EQ(r.n.report(), ""); // no trace without idebug
+    EXPECT_EQ(r.report(), ""); // no trace without idebug
 }
 
 TEST(JordanPrepare, KeepsTheOrderWithoutDatumConditions)
 {
-    Solved r(2);
+    Net r(2);
     r.add("A", 1, 10);
     jordan &s = r.solver(0, 0);
     EXPECT_EQ(s.prepare(), 0);
@@ -332,32 +277,32 @@ TEST(JordanPrepare, KeepsTheOrderWithoutDatumConditions)
 
 TEST(JordanPrepare, TracesTheObservations)
 {
-    Solved r(2);
+    Net r(2);
     r.add("A", 1, 10);
     r.add("B", 1, 20);
     r.observe(r.dist, 0, 1, 10.5, 0.01).typ = 1;
     r.n.p.idebug = 1;
     r.solver(1, 0).prepare();
-    EXPECT_EQ(r.n.report(), "distances\nA         B                     10.50000        0.01000\n"
-                            "height differences\ndirections\ngps baselines\nphoto coordinates\n");
+    EXPECT_EQ(r.report(), "distances\nA         B                     10.50000        0.01000\n"
+                          "height differences\ndirections\ngps baselines\nphoto coordinates\n");
 }
 
 TEST(JordanPrepare, ReturnsMinus1WithoutMemoryAndTellsWhichPair)
 {
     for (int k = 1; k <= 4; k++) {
-        Solved r(2);
+        Net r(2);
         r.add("A", 1, 10);
         jordan &s = r.solver(0, 0);
         fail_allocation(k);
         EXPECT_EQ(s.prepare(), -1);
         fail_allocation(0);
-        EXPECT_EQ(r.n.report(), k <= 2 ? "pb with allocation of norm\n" : "pb with allocation of inv\n");
+        EXPECT_EQ(r.report(), k <= 2 ? "pb with allocation of norm\n" : "pb with allocation of inv\n");
     }
 }
 
 TEST(JordanFinish, ReleasesEverythingAndMayBeCalledTwice)
 {
-    Solved r(3);
+    Net r(3);
     r.add("A", 1, 10, 5);
     jordan &s = r.solver(0, 0);
     s.prepare();
@@ -366,7 +311,7 @@ TEST(JordanFinish, ReleasesEverythingAndMayBeCalledTwice)
     for (double *a : {S(s, rhs), S(s, delta), S(s, inv), J(s, norm), S(s, hlim), S(s, hnorm)}) EXPECT_EQ(a, nullptr);
     EXPECT_EQ(S(s, hall), nullptr);
     s.finish();
-    EXPECT_EQ(r.n.report(), ""); // a missing file of stations is normal
+    EXPECT_EQ(r.report(), ""); // a missing file of stations is normal
 }
 
 namespace {
@@ -399,28 +344,28 @@ const char *const TOO_FEW = "\ninput_for_tessalpin: need at least 2 stations\n";
 TEST(JordanFinish, HandsAFileOfStationsToTheExportWhileTheInverseStands)
 {
     StationFile file;
-    Solved r(3);
+    Net r(3);
     r.add("A", 1, 10, 5);
     jordan &s = r.solver(1, 0);
     s.finish(); // no inverse yet
-    EXPECT_EQ(r.n.report(), "");
+    EXPECT_EQ(r.report(), "");
     s.prepare();
     s.finish();
-    EXPECT_EQ(r.n.report(), TOO_FEW);
+    EXPECT_EQ(r.report(), TOO_FEW);
     s.finish();
-    EXPECT_EQ(r.n.report(), TOO_FEW); // not again
+    EXPECT_EQ(r.report(), TOO_FEW); // not again
     EXPECT_EQ(S(s, inv), nullptr);
 }
 
 TEST(JordanFinish, LooksForNoFileOfStationsInThePlane)
 {
     StationFile file;
-    Solved r(2);
+    Net r(2);
     r.add("A", 1, 10);
     jordan &s = r.solver(1, 0);
     s.prepare();
     s.finish();
-    EXPECT_EQ(r.n.report(), "");
+    EXPECT_EQ(r.report(), "");
 }
 
 // ---- normal equations ----
@@ -445,7 +390,7 @@ void write_row(jordan &s, const std::vector<int> &u1, const Matrix &a1, const st
 
 TEST(JordanAddrow, AddsTheProductsOfARowToBothTriangles)
 {
-    Solved r(2);
+    Net r(2);
     r.nunk1 = 5;
     r.nunk2 = 4;
     jordan &s = r.solver(0, 0);
@@ -479,7 +424,7 @@ TEST(JordanAddrow, AddsTheProductsOfARowToBothTriangles)
 
 TEST(JordanAddrow, TakesTheLongestRow)
 {
-    Solved r(3);
+    Net r(3);
     r.nunk1 = 7;
     r.nunk2 = 17;
     jordan &s = r.solver(0, 0);
@@ -497,7 +442,7 @@ TEST(JordanBuildgps, AddsTheWeightBlockOfABaseline)
 {
     const int numbers[][6] = {{0, 1, 2, 3, 4, 5}, {-1, -1, -1, 0, 1, 2}, {5, -1, 2, -1, 0, 1}, {3, 4, 5, 0, 1, 2}};
     for (const auto &iu : numbers) {
-        Solved r(3);
+        Net r(3);
         r.nunk1 = 6;
         gpsbase g = gpsbase();
         const double packed[6] = {4, 1, 5, 0.5, -2, 6};
@@ -554,7 +499,7 @@ double valueof(char v, const double d[3])
 // Every combination of used and other coordinates over seven points.
 void expect_table(int dim, int ndatum, const std::vector<Entry> &table)
 {
-    Solved r(dim);
+    Net r(dim);
     scatter(r, 7);
     for (int p = 0; p < 7; p++)
         for (int c = 0; c < 3; c++) r.points[p].defdatum[c] = (p + 1) >> c & 1 ? DATUM_USED : -(p % 2);
@@ -628,7 +573,7 @@ TEST(JordanDatum, SpaceHasThreeTurnsAndScale)
 TEST(JordanDatum, LeavesOutCoordinatesWithoutUnknown)
 {
     for (int dim : {1, 2, 3}) {
-        Solved r(dim);
+        Net r(dim);
         scatter(r, 3);
         for (int c = 0; c < 3; c++) r.points[1].n0[c] = N_NONE; // fixed, but flagged for the datum
         jordan &s = r.solver(0, dim == 1 ? 1 : dim == 2 ? 4 : 7);
@@ -648,7 +593,7 @@ TEST(JordanDatum, LeavesOutCoordinatesWithoutUnknown)
 TEST(JordanDatum, ShiftsAndTurnsChangeNoDistance)
 {
     for (int dim : {2, 3}) {
-        Solved r(dim);
+        Net r(dim);
         scatter(r, 5);
         for (int p = 0; p < 5; p++)
             for (int q = 0; q < p; q++) r.observe(r.dist, p, q, 10.0, 1.0);
@@ -676,7 +621,7 @@ TEST(JordanDatum, ShiftsAndTurnsChangeNoDistance)
 
 TEST(JordanDatum, TurnsAndScaleAreOrthogonalToShifts)
 {
-    Solved r(3);
+    Net r(3);
     scatter(r, 6);
     jordan &s = r.solver(0, 7);
     s.prepare();
@@ -692,7 +637,7 @@ TEST(JordanDatum, TurnsAndScaleAreOrthogonalToShifts)
 TEST(JordanResolution, SatisfiesTheConditionsAndLeavesMultipliersOfZero)
 {
     for (int dim : {2, 3}) {
-        Solved r(dim);
+        Net r(dim);
         scatter(r, 6);
         for (int p = 0; p < 6; p++)
             for (int q = 0; q < p; q++) {
@@ -723,7 +668,7 @@ TEST(JordanResolution, SatisfiesTheConditionsAndLeavesMultipliersOfZero)
 TEST(JordanImport, WeighsTheDifferencesFromTheImportedValues)
 {
     for (int icon : {2, 3}) {
-        Solved r(2);
+        Net r(2);
         scatter(r, 3);
         r.points[0].x0[0] += 0.5, r.points[0].x0[1] -= 0.25, r.points[2].x0[0] += 2.0;
         jordan &s = r.solver(0, 0);
@@ -753,7 +698,7 @@ TEST(JordanImport, WeighsTheDifferencesFromTheImportedValues)
 
 TEST(JordanImport, IsLeftOutOfAnExportAlone)
 {
-    Solved r(2);
+    Net r(2);
     scatter(r, 3);
     jordan &s = r.solver(0, 0);
     S(s, icon) = 1;
@@ -765,7 +710,7 @@ TEST(JordanImport, IsLeftOutOfAnExportAlone)
 
 TEST(JordanImport, CarriesTheDifferenceOverAtANumberThatNoCoordinateHas)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5).x0[2] = 5.5;
     r.add("B", 0, 0, 7).x0[2] = 9.0;
     jordan &s = r.solver(0, 0);
@@ -786,14 +731,14 @@ TEST(JordanImport, CarriesTheDifferenceOverAtANumberThatNoCoordinateHas)
 
 TEST(JordanImport, NeedsMemoryForItsIndex)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5);
     jordan &s = r.solver(0, 0);
     S(s, icon) = 2;
     fail_allocation(3); // behind norm and rhs
     EXPECT_EQ(s.prepare(), -1);
     fail_allocation(0);
-    EXPECT_EQ(r.n.report(), "pb with allocation of norm\n");
+    EXPECT_EQ(r.report(), "pb with allocation of norm\n");
     s.finish();
 }
 
@@ -801,7 +746,7 @@ TEST(JordanImport, NeedsMemoryForItsIndex)
 
 TEST(JordanDebugnormal, PrintsTheLowerTriangleWithItsCounterAndTheRightHandSide)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5);
     r.add("B", 0, 0, 6);
     r.nunk2 = 1;
@@ -811,40 +756,40 @@ TEST(JordanDebugnormal, PrintsTheLowerTriangleWithItsCounterAndTheRightHandSide)
     write_row(s, {0, 1}, {-2.0, 2.0}, {}, {}, 0.5);
     write_row(s, {}, {}, {0}, {3.0}, -1.0);
     s.debugnormal();
-    EXPECT_EQ(r.n.report(), "type 1\n"
-                            "line 0   delta           -1.000000000000\n"
-                            "0               4.000000000000\n"
-                            "line 1   delta            1.000000000000\n"
-                            "1              -4.000000000000\n"
-                            "2               4.000000000000\n"
-                            "type 2\n"
-                            "line 2   delta           -3.000000000000\n"
-                            "5               9.000000000000\n"
-                            "type 3\n"
-                            "line 3   delta            0.000000000000\n"
-                            "6               1.000000000000\n"
-                            "7               1.000000000000\n"
-                            "\nRHS to check\n"
-                            "first RHS     #  0 =           -1.000000000000\n"
-                            "first RHS     #  1 =            1.000000000000\n"
-                            "other RHS     #  0 =           -3.000000000000\n"
-                            "datum RHS     #  0 =            0.000000000000\n");
+    EXPECT_EQ(r.report(), "type 1\n"
+                          "line 0   delta           -1.000000000000\n"
+                          "0               4.000000000000\n"
+                          "line 1   delta            1.000000000000\n"
+                          "1              -4.000000000000\n"
+                          "2               4.000000000000\n"
+                          "type 2\n"
+                          "line 2   delta           -3.000000000000\n"
+                          "5               9.000000000000\n"
+                          "type 3\n"
+                          "line 3   delta            0.000000000000\n"
+                          "6               1.000000000000\n"
+                          "7               1.000000000000\n"
+                          "\nRHS to check\n"
+                          "first RHS     #  0 =           -1.000000000000\n"
+                          "first RHS     #  1 =            1.000000000000\n"
+                          "other RHS     #  0 =           -3.000000000000\n"
+                          "datum RHS     #  0 =            0.000000000000\n");
 }
 
 TEST(JordanDebugnormal, HasNoDatumLinesWithoutConditions)
 {
-    Solved r(1);
+    Net r(1);
     jordan &s = r.solver(0, 0);
     s.prepare();
     s.debugnormal();
-    EXPECT_EQ(r.n.report(), "type 1\ntype 2\ntype 3\n\nRHS to check\n");
+    EXPECT_EQ(r.report(), "type 1\ntype 2\ntype 3\n\nRHS to check\n");
 }
 
 // ---- inverse ----
 
 TEST(JordanInverse, StandsFromTheLastResolution)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5);
     r.add("B", 0, 0, 6);
     r.points[0].n0[2] = N_NONE;
@@ -870,26 +815,26 @@ TEST(JordanInverse, StandsFromTheLastResolution)
 
 TEST(JordanResolution, TakesANetworkWithoutUnknowns)
 {
-    Solved r(2);
+    Net r(2);
     jordan &s = r.solver(0, 0);
     EXPECT_EQ(s.iterate(), 0);
 }
 
 TEST(JordanResolution, FailsWithoutWorkArraysAndStopsTheRun)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5);
     jordan &s = r.solver(0, 0);
     fail_allocation(5); // behind the four arrays of prepare
     EXPECT_EQ(s.iterate(), -3);
     fail_allocation(0);
-    EXPECT_EQ(r.n.report(), "\n\nGauss Jordan solution\nVersion 0.0\n\nProgram stops in resolution\n");
+    EXPECT_EQ(r.report(), "\n\nGauss Jordan solution\nVersion 0.0\n\nProgram stops in resolution\n");
     EXPECT_EQ(r.points[0].xpt[2], 5.0);
 }
 
 TEST(JordanInverse, FailsWithoutWorkArraysAndStopsTheInversion)
 {
-    Solved r(1);
+    Net r(1);
     r.add("A", 0, 0, 5);
     r.n.p.irun = -2;
     jordan &s = r.solver(0, 0);

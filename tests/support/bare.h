@@ -13,6 +13,7 @@
 #define TESTS_BARE_H
 
 #include <math.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -41,44 +42,11 @@ struct BareRecords {
         return in;
     }
 
-    Network n;
-    int ia1[9];
-    double datum[7];
-    std::vector<point> points; // at most 300, so that observations may point to them
-    std::vector<measure> dist, difh, dir1, dir2, az, u, v;
-    std::vector<gpsbase> gps;
-    std::vector<camera> cameras;
-    std::vector<lump> lumps;
-    std::vector<double> delta, inv;
-    tempresult result = tempresult();
-};
-
-class Bare : public BareRecords, public solution {
-public:
-    explicit Bare(int dim_) : BareRecords(dim_), solution(input()) { solution::dim = dim_; }
-
-    ~Bare() { release(); }
-
-    void finish() override
-    {
-        finished++;
-        release();
-    }
-    void banner() override {}
-    void debugnormal() override {}
-    int prepare() override { return 0; }
-    void zeronormal() override {}
-    int resolution() override { return 0; }
-    void addrow(int, int, double) override {}
-    void buildgps(int, const int[6], const double[3]) override {}
-    int inverse() override { return 0; }
-
     // A fixed point with a scale of 1 and x0 equal to xpt. The name is held with blanks.
     point &add(const char *name, double x, double y, double z = 0.0)
     {
         point p = point();
-        memset(p.name, ' ', 8);
-        memcpy(p.name, name, strlen(name));
+        snprintf(p.name, sizeof p.name, "%-8s", name);
         p.xpt[0] = p.x0[0] = x;
         p.xpt[1] = p.x0[1] = y;
         p.xpt[2] = p.x0[2] = z;
@@ -113,6 +81,38 @@ public:
         gps.push_back(g);
         return gps.back();
     }
+
+    Network n;
+    int ia1[9];
+    double datum[7];
+    std::vector<point> points; // at most 300, so that observations may point to them
+    std::vector<measure> dist, difh, dir1, dir2, az, u, v;
+    std::vector<gpsbase> gps;
+    std::vector<camera> cameras;
+    std::vector<lump> lumps;
+    std::vector<double> delta, inv;
+    tempresult result = tempresult();
+};
+
+class Bare : public BareRecords, public solution {
+public:
+    explicit Bare(int dim_) : BareRecords(dim_), solution(input()) { solution::dim = dim_; }
+
+    ~Bare() { release(); }
+
+    void finish() override
+    {
+        finished++;
+        release();
+    }
+    void banner() override {}
+    void debugnormal() override {}
+    int prepare() override { return 0; }
+    void zeronormal() override {}
+    int resolution() override { return 0; }
+    void addrow(int, int, double) override {}
+    void buildgps(int, const int[6], const double[3]) override {}
+    int inverse() override { return 0; }
 
     camera &camerawith(const char *name, double focal, double pixel)
     {

@@ -1,4 +1,4 @@
-// Records of a network and a least-squares solver on them; every point gets consecutive
+// Records of a network and a solver on them, no loading; every point gets consecutive
 // unknowns in the order of the points.
 //
 //   Solved<compact> r(2);
@@ -8,8 +8,6 @@
 
 #ifndef TESTS_SOLVED_H
 #define TESTS_SOLVED_H
-
-#include <stdio.h>
 
 #include <memory>
 #include <vector>
@@ -24,47 +22,17 @@ public:
         if (s) s->finish();
     }
 
+    // All coordinates of the dimension unknown.
     point &add(const char *name, double x, double y, double z = 0.0)
     {
-        point p = point();
-        snprintf(p.name, sizeof p.name, "%-8s", name);
-        const double at[3] = {x, y, z};
-        for (int c = 0; c < 3; c++) {
-            p.xpt[c] = p.x0[c] = at[c];
-            const bool inside = dim == 3 || (dim == 1 ? c == 2 : c < 2);
-            p.n0[c] = inside ? nunk1++ : N_NONE;
-            p.defdatum[c] = DATUM_USED;
-        }
-        p.xex[4] = 1.0;
-        for (int &number : p.n1) number = N_NONE;
-        points.push_back(p);
-        return points.back();
-    }
-
-    measure &observe(std::vector<measure> &list, int from, int to, double val, double sigma)
-    {
-        measure m = measure();
-        m.p1 = &points[from];
-        m.p2 = &points[to];
-        m.val[0] = val;
-        m.val[1] = sigma;
-        list.push_back(m);
-        return list.back();
-    }
-
-    gpsbase &baseline(int from, int to, double dx, double dy, double dz)
-    {
-        gpsbase g = gpsbase();
-        g.p1 = &points[from];
-        g.p2 = &points[to];
-        g.dx[0] = dx, g.dx[1] = dy, g.dx[2] = dz;
-        g.w[0] = g.w[2] = g.w[5] = 1.0;
-        gps.push_back(g);
-        return gps.back();
+        point &p = BareRecords::add(name, x, y, z);
+        for (int c = 0; c < 3; c++)
+            if (dim == 3 || (dim == 1 ? c == 2 : c < 2)) p.n0[c] = nunk1++;
+        return p;
     }
 
     // A solver on the records as they are; to be called once.
-    Solver &solver(int nsta, int ndatum)
+    Solver &solver(int nsta = 0, int ndatum = 0)
     {
         solverinput in = input();
         in.points = points.data();
