@@ -112,7 +112,8 @@ void RandomProject::make_points()
 {
     nsta = from.below(7);
     npoint = nsta + from.below(7) + (scene == Scene::Large ? 24 : 0);
-    nepoch = from.below(4) == 3 ? 1 + from.below(4) : 0;
+    const int most = scene == Scene::Large ? 1 : 4; // epochs
+    nepoch = from.below(4) == 3 ? 1 + from.below(most) : 0;
     for (int i = 0; i < nsta; i++) {
         station_input s = station_input();
         common(s, i);
