@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 
+#include "csv_writer.h"
+#include "json_writer.h"
 #include "network_file.h"
+#include "results.h"
 #include "runner.h"
 
 namespace {
@@ -56,9 +60,14 @@ void adjust_silently(vornhost::Model &model, vornhost::Solver solver)
     Silent silent;
     FILE *report = open_report();
     model.solver = solver;
-    vornhost::run(model, report, silent);
+    const vornhost::RunOutcome outcome = vornhost::run(model, report, silent);
+    const vornhost::Results results = vornhost::collect(model, outcome, "0");
     model.p.freerun(model.p.runresults);
     fclose(report);
+    vornhost::not_numbers(results);
+    const nlohmann::json read_back = nlohmann::json::parse(vornhost::to_json(results)); // throws on what is not JSON
+    vornhost::make_folder("tables");
+    vornhost::write_csv("tables", results);
 }
 
 void adjust_file(const char *path, vornhost::Solver solver)

@@ -33,7 +33,8 @@ private:
     int letters = 0;
 };
 
-// Adjusts the network with the solver as the program would, without a word, and releases the results.
+// Adjusts the network with the solver and writes report, JSON and tables as the program would,
+// without a word.
 void adjust_silently(vornhost::Model &model, vornhost::Solver solver);
 
 // The same with the network of a file, unless that has faults.
