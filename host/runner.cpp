@@ -6,6 +6,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "coincident.h"
 #include "connected_net.h"
 #include "faults.h"
 #include "first_values.h"
@@ -216,6 +217,7 @@ private:
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
     void check_coordinates();
+    void check_sights();
     void close_export();
     void close_side_files();
     void close_results();
@@ -311,6 +313,22 @@ void Run::check_coordinates()
     outcome.words = {not_a_number[0], "points without numbers: " + some_of(names), not_a_number[1]};
 }
 
+// A distance without derivative leaves the simplex solver where it started, and a direction
+// without direction all that stand behind it: neither stops the engine.
+void Run::check_sights()
+{
+    const CoincidentSights sights = coincident_sights(model);
+    if (sights.lines.empty()) return;
+    if (outcome.adjusted() && sights.distances && model.solver == Solver::Simplex) {
+        outcome.reached = Stage::Solving;
+        outcome.words = {"distances between points in one place do not determine them"};
+    }
+    std::vector<std::string> &lines = outcome.adjusted() ? outcome.prepared.notes : outcome.words;
+    lines.insert(lines.end(), sights.lines.begin(), sights.lines.end());
+    if (outcome.adjusted())
+        for (const std::string &line : sights.lines) listener.pass_on(line);
+}
+
 void Run::close_export()
 {
     const std::string note = net.close(outcome.adjusted());
@@ -366,6 +384,7 @@ RunOutcome Run::go(bool solving)
     else
         refuse(first);
     if (outcome.adjusted() && solving) check_coordinates();
+    if (outcome.adjusted() || outcome.reached == Stage::Solving) check_sights();
     close_side_files();
     if (solving) close_export();
     if (outcome.adjusted() && solving) close_results();
