@@ -2,6 +2,7 @@
 
 #include "approx/approx.h"
 #include "vorn.h"
+#include "vorn/message.h"
 
 #include <new>
 
@@ -16,7 +17,8 @@ void vorn::keep_first_values()
 }
 
 // iapprox says what is to be computed: 0 nothing, 1 all by the user's wish, 9 what has no
-// value. Returns 0 and leaves iapprox 0, or a negative result of approx::compute.
+// value. Returns 0 and leaves iapprox 0, or a negative result of approx::compute. Without
+// memory for the object the run goes on with the coordinates that stand.
 int vorn::vornapprox()
 {
     if (iapprox == 0) {
@@ -28,7 +30,10 @@ int vorn::vornapprox()
 
     int result = 0;
     papprox = new (std::nothrow) approx(pproject, points, dist, dir1, dir2, nsta, ntar, ndist, ndir1, ndir2, ia1);
-    if (papprox) result = papprox->compute(iapprox);
+    if (papprox)
+        result = papprox->compute(iapprox);
+    else
+        tell(pfeedback, "vornapprox: Cannot allocate approx");
     if (result == 0) iapprox = 0;
     keep_first_values();
     delete papprox;

@@ -10,4 +10,11 @@ void fail_allocation(int n);
 // Callocs of this thread since the last fail_allocation.
 int allocations();
 
+// The n-th object that this thread makes with new (std::nothrow) from now is null; 0: none. The
+// engine makes its solvers so, and the search for first coordinates.
+void fail_object(int n);
+
+// Whether the object that was to fail has failed.
+bool object_failed();
+
 #endif

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <math.h>
+#include <string.h>
 
 #include "support/access.h"
+#include "support/faults.h"
 #include "support/network.h"
 
 namespace {
@@ -111,6 +113,45 @@ TEST_F(VornapproxPolar, CopiesWhatStandsAlsoAfterAFailure)
     EXPECT_EQ(V(run, iapprox), 9);
     EXPECT_EQ(V(run, papprox), nullptr);
     EXPECT_EQ(V(run, points)[1].x0[0], 3.0);
+}
+
+TEST_F(VornapproxPolar, GoesOnWithWhatStandsWithoutMemoryForTheObject)
+{
+    n.targets[0].x[0] = 3;
+    vorn run(n.ready());
+    fail_object(1);
+    EXPECT_EQ(start(run, 9), 0);
+    EXPECT_TRUE(object_failed());
+    EXPECT_EQ(n.messages.lines, (std::vector<std::string>{"vornapprox: Cannot allocate approx"}));
+    EXPECT_EQ(n.report(), "");
+    EXPECT_EQ(V(run, iapprox), 0);
+    EXPECT_EQ(V(run, points)[1].x0[0], 3.0);
+}
+
+TEST_F(VornapproxPolar, StopsTheRunWithoutMemory)
+{
+    const char *const lines[] = {"In approx: Cannot allocate savn0, savn1\n",
+                                 "In approx: Cannot allocate columns for savn0, savn1\n", "In spread: pb with xap\n",
+                                 "In spread: pb with table\n", "In spread: pb with table when i=0\n"};
+    const int found[] = {2, 2, 3, 3 + 3 * 7 + 6, 1}; // lists of shots have the line of the table
+    int told[5] = {};
+    for (int i = 1; i < 200; i++) {
+        Network copy(2);
+        copy.stations = n.stations, copy.targets = n.targets;
+        copy.directions = n.directions, copy.distances = n.distances;
+        vorn run(copy.ready());
+        fail_allocation(i);
+        const int code = run.vornstart();
+        fail_allocation(0);
+        for (int k = 0; k < 5; k++) {
+            const std::string text = copy.report();
+            if (text.find(lines[k]) == std::string::npos) continue;
+            told[k]++;
+            EXPECT_EQ(code, -4) << i;
+            EXPECT_EQ(text.substr(text.size() - strlen(lines[k])), lines[k]);
+        }
+    }
+    for (int k = 0; k < 5; k++) EXPECT_EQ(told[k], found[k]) << lines[k];
 }
 
 TEST_F(VornapproxPolar, IsNotCalledForErrorPropagation)

@@ -296,6 +296,28 @@ TEST(Solvers, ReturnMinus1WithoutMemoryForTheStatistics)
     EXPECT_EQ(V(run, temp_res), nullptr);
 }
 
+TEST(Solvers, ReturnMinus1WithoutMemoryForTheObject)
+{
+    const struct {
+        int (vorn::*entry)();
+        const char *line;
+    } rows[] = {{&vorn::vornL2, "vornL2: Cannot allocate the solver"},
+                {&vorn::vornjordan, "vornjordan: Cannot allocate the solver"},
+                {&vorn::vornL1, "vornL1: Cannot allocate the solver"}};
+    Network n(2);
+    add_plane(n);
+    vorn run(n.ready());
+    ASSERT_EQ(run.vornstart(), 0);
+    const std::string before = n.report();
+    for (const auto &row : rows) {
+        fail_object(1);
+        EXPECT_EQ((run.*row.entry)(), -1);
+        EXPECT_TRUE(object_failed());
+        EXPECT_EQ(n.messages.lines.back(), row.line);
+    }
+    EXPECT_EQ(n.report(), before);
+}
+
 TEST(Solvers, KeepStatisticsExceptInErrorPropagation)
 {
     for (int irun = -2; irun <= 1; irun++) {
