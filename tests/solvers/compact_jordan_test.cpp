@@ -7,13 +7,10 @@
 
 #include <random>
 
-#include "support/access.h"
+#include "solvers/leastsquares.h"
 #include "support/network.h"
-#include "support/solved.h"
 
 namespace {
-
-typedef std::vector<double> Vector;
 
 enum Datum { FREE, FREE_PARTLY, FIXED, WEIGHTED, MIXED_CODES };
 
@@ -310,31 +307,50 @@ TEST(CompactDiffersFromJordan, InThePlaceOfAFreeNetworkInSpaceWithPointsOutsideT
 namespace {
 
 // The same records under both solvers.
-struct Pair {
-    explicit Pair(int dim) : c(dim), j(dim) {}
+template <template <class> class Records> struct Both {
+    template <class... Arguments> explicit Both(Arguments... as) : c(as...), j(as...) {}
 
+    void prepare(int nsta, int ndatum)
+    {
+        EXPECT_EQ(c.solver(nsta, ndatum).prepare(), 0);
+        EXPECT_EQ(j.solver(nsta, ndatum).prepare(), 0);
+    }
     template <class Build> void build(Build fill, int nsta, int ndatum)
     {
         fill(c);
         fill(j);
-        EXPECT_EQ(c.solver(nsta, ndatum).prepare(), 0);
-        EXPECT_EQ(j.solver(nsta, ndatum).prepare(), 0);
+        prepare(nsta, ndatum);
     }
     void zero()
     {
         c.s->zeronormal();
         j.s->zeronormal();
     }
-    double fromcompact(int r, int col)
+    void normal()
     {
-        const double *e = C(*c.s, element)(r, col);
-        return e ? *e : 0.0;
+        zero();
+        S(*c.s, normal)();
+        S(*j.s, normal)();
     }
-    double fromjordan(int r, int col) { return J(*j.s, norm)[(size_t)r * S(*j.s, nunk) + col]; }
+    // Adds w to the first n diagonal elements.
+    void hold(int n, double w)
+    {
+        for (int k = 0; k < n; k++) {
+            *C(*c.s, element)(k, k) += w;
+            J(*j.s, norm)[(size_t)k * (S(*j.s, nunk) + 1)] += w;
+        }
+    }
+    void resolve()
+    {
+        ASSERT_EQ(c.s->resolution(), 0);
+        ASSERT_EQ(j.s->resolution(), 0);
+    }
 
-    Solved<compact> c;
-    Solved<jordan> j;
+    Records<compact> c;
+    Records<jordan> j;
 };
+
+typedef Both<Solved> Pair;
 
 // Three points; the flags of the first are given.
 struct Three {
@@ -398,8 +414,8 @@ TEST(CompactDiffersFromJordan, InTheScaleOfTheDatumRowOfHeights)
         },
         0, 1);
     p.zero();
-    EXPECT_DOUBLE_EQ(p.fromcompact(3, 0), 500.0);
-    EXPECT_EQ(p.fromjordan(3, 0), 1.0);
+    EXPECT_DOUBLE_EQ(at(*p.c.s, 3, 0), 500.0);
+    EXPECT_EQ(at(*p.j.s, 3, 0), 1.0);
 }
 
 TEST(CompactDiffersFromJordan, InTheFlagsOfTheTurnInThePlane)
@@ -408,10 +424,10 @@ TEST(CompactDiffersFromJordan, InTheFlagsOfTheTurnInThePlane)
     p.build(Three{{DATUM_USED, DATUM_UNUSED, DATUM_USED}}, 0, 3);
     p.zero();
     const double dx = 10 - S(*p.c.s, centre)[0], dy = 20 - S(*p.c.s, centre)[1];
-    EXPECT_EQ(p.fromcompact(8, 0), -dy); // the flag of x, whose column it is
-    EXPECT_EQ(p.fromcompact(8, 1), 0.0);
-    EXPECT_EQ(p.fromjordan(8, 0), 0.0); // the flag of y, whose difference it is
-    EXPECT_EQ(p.fromjordan(8, 1), dx);
+    EXPECT_EQ(at(*p.c.s, 8, 0), -dy); // the flag of x, whose column it is
+    EXPECT_EQ(at(*p.c.s, 8, 1), 0.0);
+    EXPECT_EQ(at(*p.j.s, 8, 0), 0.0); // the flag of y, whose difference it is
+    EXPECT_EQ(at(*p.j.s, 8, 1), dx);
 }
 
 TEST(CompactDiffersFromJordan, InTheFlagOfTheSecondTilt)
@@ -420,14 +436,14 @@ TEST(CompactDiffersFromJordan, InTheFlagOfTheSecondTilt)
         Pair p(3);
         p.build(Three{{DATUM_USED, DATUM_USED, DATUM_UNUSED}}, 0, ndatum);
         p.zero();
-        EXPECT_EQ(p.fromcompact(13, 0), 0.0);
-        EXPECT_EQ(p.fromjordan(13, 0), 30 - S(*p.j.s, centre)[2]);
+        EXPECT_EQ(at(*p.c.s, 13, 0), 0.0);
+        EXPECT_EQ(at(*p.j.s, 13, 0), 30 - S(*p.j.s, centre)[2]);
         // with all flags the rows are equal
         Pair q(3);
         q.build(Three{{DATUM_USED, DATUM_USED, DATUM_USED}}, 0, ndatum);
         q.zero();
         for (int r = 9; r < 9 + ndatum; r++)
-            for (int col = 0; col < 9; col++) EXPECT_EQ(q.fromcompact(r, col), q.fromjordan(r, col));
+            for (int col = 0; col < 9; col++) EXPECT_EQ(at(*q.c.s, r, col), at(*q.j.s, r, col));
     }
 }
 
@@ -441,10 +457,10 @@ TEST(CompactDiffersFromJordan, InTheRowsOfAMixedDatum)
         },
         0, 3);
     p.zero();
-    EXPECT_EQ(p.fromcompact(9, 0), 0.0); // turns
-    EXPECT_EQ(p.fromcompact(9, 1), S(*p.c.s, centre)[2] - 30);
-    EXPECT_EQ(p.fromjordan(9, 0), 1.0); // shifts
-    EXPECT_EQ(p.fromjordan(9, 1), 0.0);
+    EXPECT_EQ(at(*p.c.s, 9, 0), 0.0); // turns
+    EXPECT_EQ(at(*p.c.s, 9, 1), S(*p.c.s, centre)[2] - 30);
+    EXPECT_EQ(at(*p.j.s, 9, 0), 1.0); // shifts
+    EXPECT_EQ(at(*p.j.s, 9, 1), 0.0);
 }
 
 TEST(CompactDiffersFromJordan, InTheDetectionOfASingularMatrix)
@@ -457,9 +473,7 @@ TEST(CompactDiffersFromJordan, InTheDetectionOfASingularMatrix)
             r.observe(r.difh, 1, 2, 1.0, 1.0);
         },
         0, 0);
-    p.zero();
-    S(*p.c.s, normal)();
-    S(*p.j.s, normal)();
+    p.normal();
     EXPECT_EQ(p.c.s->resolution(), -2);
     EXPECT_EQ(p.j.s->resolution(), 0);
     EXPECT_NE(p.c.report(), "");
@@ -475,11 +489,8 @@ TEST(CompactDiffersFromJordan, InTheCoordinatesThatTheInverseBelongsTo)
             for (int q = 0; q < 3; q++) r.observe(r.dist, q, (q + 1) % 3, 20.0, 0.01);
         },
         3, 3);
-    p.zero();
-    S(*p.c.s, normal)();
-    S(*p.j.s, normal)();
-    ASSERT_EQ(p.c.s->resolution(), 0);
-    ASSERT_EQ(p.j.s->resolution(), 0);
+    p.normal();
+    ASSERT_NO_FATAL_FAILURE(p.resolve());
     EXPECT_EQ(S(*p.c.s, inv), nullptr); // on demand
     const std::vector<double> before(S(*p.j.s, inv), S(*p.j.s, inv) + 81);
     p.c.points[0].xpt[0] += 5.0;
@@ -503,9 +514,7 @@ TEST(CompactDiffersFromJordan, InTheTraceOfTheSystem)
             r.observe(r.difh, 1, 2, 1.0, 1.0);
         },
         0, 0);
-    p.zero();
-    S(*p.c.s, normal)();
-    S(*p.j.s, normal)();
+    p.normal();
     p.c.s->debugnormal();
     p.j.s->debugnormal();
     const std::string c = p.c.report(), j = p.j.report();
@@ -607,25 +616,15 @@ TEST(CompactAndJordan, HoldTheSameMatrixOfObservationsOfEveryKind)
     for (unsigned seed = 1; seed <= 20; seed++)
         for (bool fixedstations : {false, true})
             for (int ndatum : {0, 6}) {
-                Everything<compact> c(seed, fixedstations);
-                Everything<jordan> j(seed, fixedstations);
-                c.solver(2, ndatum);
-                j.solver(2, ndatum);
-                ASSERT_EQ(c.s->prepare(), 0);
-                ASSERT_EQ(j.s->prepare(), 0);
-                c.s->zeronormal();
-                j.s->zeronormal();
-                S(*c.s, normal)();
-                S(*j.s, normal)();
-                const int n = S(*c.s, nunk);
-                ASSERT_EQ(n, S(*j.s, nunk));
-                const double *norm = J(*j.s, norm);
+                Both<Everything> p(seed, fixedstations);
+                p.prepare(2, ndatum);
+                p.normal();
+                const int n = S(*p.c.s, nunk);
+                ASSERT_EQ(n, S(*p.j.s, nunk));
                 for (int r = 0; r < n - ndatum; r++) { // datum rows have flags of their own
-                    ASSERT_EQ(S(*c.s, delta)[r], S(*j.s, rhs)[r]) << seed << " " << r;
-                    for (int col = 0; col <= r; col++) {
-                        const double *e = C(*c.s, element)(r, col);
-                        ASSERT_EQ(e ? *e : 0.0, norm[(size_t)r * n + col]) << seed << " " << r << " " << col;
-                    }
+                    ASSERT_EQ(S(*p.c.s, delta)[r], S(*p.j.s, rhs)[r]) << seed << " " << r;
+                    for (int col = 0; col <= r; col++)
+                        ASSERT_EQ(at(*p.c.s, r, col), at(*p.j.s, r, col)) << seed << " " << r << " " << col;
                 }
             }
 }
@@ -635,29 +634,18 @@ TEST(CompactAndJordan, SolveTheSameWithTheLastLumpExchanged)
     for (unsigned seed = 1; seed <= 20; seed++)
         for (bool fixedstations : {false, true})
             for (int ndatum : {0, 6}) {
-                Everything<compact> c(seed, fixedstations);
-                Everything<jordan> j(seed, fixedstations);
-                c.points[5].defdatum[2] = j.points[5].defdatum[2] = DATUM_USED; // its weight leaves no digits
-                c.nfixh = j.nfixh = 0;
-                c.solver(2, ndatum);
-                j.solver(2, ndatum);
-                ASSERT_EQ(c.s->prepare(), 0);
-                ASSERT_EQ(j.s->prepare(), 0);
-                c.s->zeronormal();
-                j.s->zeronormal();
-                S(*c.s, normal)();
-                S(*j.s, normal)();
-                const int n = S(*c.s, nunk);
-                for (int k = 0; k < n - ndatum; k++) { // holds what the observations leave open
-                    *C(*c.s, element)(k, k) += 10.0;
-                    J(*j.s, norm)[(size_t)k * n + k] += 10.0;
-                }
-                ASSERT_EQ(c.s->resolution(), 0);
-                ASSERT_EQ(j.s->resolution(), 0);
+                Both<Everything> p(seed, fixedstations);
+                p.c.points[5].defdatum[2] = p.j.points[5].defdatum[2] = DATUM_USED; // its weight leaves no digits
+                p.c.nfixh = p.j.nfixh = 0;
+                p.prepare(2, ndatum);
+                p.normal();
+                const int n = S(*p.c.s, nunk);
+                p.hold(n - ndatum, 10.0); // what the observations leave open
+                ASSERT_NO_FATAL_FAILURE(p.resolve());
                 double largest = 0.0;
-                for (int k = 0; k < n; k++) largest = fmax(largest, fabs(S(*j.s, delta)[k]));
+                for (int k = 0; k < n; k++) largest = fmax(largest, fabs(S(*p.j.s, delta)[k]));
                 for (int k = 0; k < n; k++)
-                    ASSERT_NEAR(S(*c.s, delta)[k], S(*j.s, delta)[k], 1e-5 * largest)
+                    ASSERT_NEAR(S(*p.c.s, delta)[k], S(*p.j.s, delta)[k], 1e-5 * largest)
                         << seed << " " << k; // condition about 1e10
             }
 }
@@ -691,15 +679,9 @@ TEST(CompactAndJordan, SolveTheSameWithAnOrientationThatOnlyTheLumpReaches)
         r.observe(r.dist, 0, 1, 40.0, 0.1);
     };
     p.build(build, 5, 0);
-    p.zero();
-    S(*p.c.s, normal)();
-    S(*p.j.s, normal)();
-    for (int k = 0; k < 17; k++) {
-        *C(*p.c.s, element)(k, k) += 1.0;
-        J(*p.j.s, norm)[k * 18] += 1.0;
-    }
-    EXPECT_NE(p.fromjordan(10, 9), 0.0);
-    ASSERT_EQ(p.c.s->resolution(), 0);
-    ASSERT_EQ(p.j.s->resolution(), 0);
+    p.normal();
+    p.hold(17, 1.0);
+    EXPECT_NE(at(*p.j.s, 10, 9), 0.0);
+    ASSERT_NO_FATAL_FAILURE(p.resolve());
     for (int k = 0; k < 17; k++) EXPECT_NEAR(S(*p.c.s, delta)[k], S(*p.j.s, delta)[k], 1e-10) << k;
 }
