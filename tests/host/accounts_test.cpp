@@ -2,39 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <stdio.h>
-
-#include "host/folder.h"
+#include "host/adjusted.h"
 #include "names.h"
-#include "runner.h"
-#include "support/network.h"
 
 using namespace vornhost;
 
 namespace {
 
 // A network file that was run; lines of its accounts without the folder's path.
-struct Case {
-    explicit Case(const std::string &text) : out(tmpfile())
-    {
-        folder.write("net.inp", text);
-        EXPECT_EQ(folder.read(), Lines());
-    }
-    ~Case()
-    {
-        folder.model.p.freerun(folder.model.p.runresults);
-        if (out) fclose(out);
-    }
-    Lines lines()
-    {
-        const RunOutcome outcome = run(folder.model, out, messages);
-        Lines all = account_lines(outcome.accounts);
-        for (std::string &line : all) folder.shorten(line);
-        return all;
-    }
-    Folder folder;
-    FILE *out;
-    Recorder messages;
+struct Case : ReadCase {
+    using ReadCase::ReadCase;
+    Lines lines() { return shortened(account_lines(run().accounts)); }
 };
 
 std::string file_of(int dimension, const std::string &tables)

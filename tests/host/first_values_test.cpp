@@ -6,13 +6,9 @@
 #include <stdio.h>
 
 #include <map>
-#include <memory>
 
-#include "host/folder.h"
+#include "host/adjusted.h"
 #include "prepare.h"
-#include "result.h"
-#include "runner.h"
-#include "support/network.h"
 
 using namespace vornhost;
 
@@ -103,38 +99,17 @@ private:
     int dim;
 };
 
-struct Case {
-    explicit Case(const std::string &text) : report(tmpfile())
-    {
-        folder.write("net.inp", text);
-        EXPECT_EQ(folder.read(), Lines());
-    }
-    ~Case()
-    {
-        folder.model.p.freerun(folder.model.p.runresults);
-        if (report) fclose(report);
-    }
+struct Case : ReadCase {
+    using ReadCase::ReadCase;
 
     // The first values between the other preparations, as a run computes them.
     FirstValues compute()
     {
         FirstValues values;
         prepare(folder.model, [&] { values = compute_first_values(folder.model, report); });
-        for (std::string &line : values.words) folder.shorten(line);
+        values.words = shortened(values.words);
         return values;
     }
-
-    std::string text()
-    {
-        std::string all;
-        rewind(report);
-        for (int c = fgetc(report); c != EOF; c = fgetc(report)) all += (char)c;
-        return all;
-    }
-
-    Folder folder;
-    FILE *report;
-    Recorder messages;
 };
 
 template <class Record> void compare(const List<Record> &list, Ground &ground, int dim)
@@ -362,7 +337,7 @@ TEST(Run, AdjustsANetworkWithoutCoordinatesOfItsNewPoints)
     g.see("P", {"A", "B", "C", "D"}, true);
     g.see("Q", {"A", "B", "C", "D"});
     Case c(g.file());
-    const RunOutcome outcome = run(c.folder.model, c.report, c.messages);
+    const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.words, Lines());
     ASSERT_TRUE(outcome.adjusted());
     EXPECT_NE(
@@ -382,7 +357,7 @@ TEST(Run, StopsWhenCoordinatesCannotBeComputed)
     g.target("P");
     g.see("A", {"B", "P"});
     Case c(g.file());
-    const RunOutcome outcome = run(c.folder.model, c.report, c.messages);
+    const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.reached, Stage::Loading);
     EXPECT_EQ(outcome.code, -4);
     ASSERT_EQ(outcome.words.size(), 2u);

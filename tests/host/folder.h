@@ -3,6 +3,7 @@
 #ifndef TESTS_HOST_FOLDER_H
 #define TESTS_HOST_FOLDER_H
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -76,14 +77,22 @@ inline Lines faults_of(const std::string &text)
     return folder.read();
 }
 
-// The model of a network file that has no faults.
-inline vornhost::Model model_of(const std::string &text, Lines *faults = nullptr)
+// The model of a network file.
+inline vornhost::Model model_of(const std::string &text, Lines *faults)
 {
     Folder folder;
     folder.write("net.inp", text);
-    const Lines lines = folder.read();
-    if (faults) *faults = lines;
+    *faults = folder.read();
     return std::move(folder.model);
+}
+
+// The model of a network file that has no faults.
+inline vornhost::Model model_of(const std::string &text)
+{
+    Lines faults;
+    vornhost::Model model = model_of(text, &faults);
+    EXPECT_EQ(faults, Lines());
+    return model;
 }
 
 #endif

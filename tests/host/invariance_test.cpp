@@ -8,22 +8,15 @@
 
 #include <algorithm>
 #include <map>
-#include <memory>
 #include <random>
 
-#include "host/folder.h"
-#include "results.h"
+#include "host/adjusted.h"
 
 using namespace vornhost;
 
 namespace {
 
 const double pi = 4.0 * atan(1.0);
-
-struct Silent : Feedback {
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 struct Place {
     double x, y, z;
@@ -40,9 +33,9 @@ struct Motion {
 
 // A network of three stations and four targets around (500, 500, 50), all observed from all
 // stations with fixed errors; points 3 and 4 are known unless the network is free.
-class Network {
+class Seven {
 public:
-    Network(int dimension, bool is_free) : dim(dimension), free(is_free)
+    Seven(int dimension, bool is_free) : dim(dimension), free(is_free)
     {
         for (int i = 0; i < 7; i++) order.push_back(i);
         for (int i = 0; i < 3; i++)
@@ -120,17 +113,9 @@ private:
 
 Results adjusted(const std::string &text, Solver solver)
 {
-    Folder folder;
-    folder.write("net.inp", text);
-    EXPECT_EQ(folder.read(), Lines());
-    folder.model.solver = solver;
-    const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
-    Silent silent;
-    const RunOutcome outcome = run(folder.model, report.get(), silent);
-    EXPECT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
-    Results results = collect(folder.model, outcome, "test");
-    folder.model.p.freerun(folder.model.p.runresults);
-    return results;
+    Model model = model_of(text);
+    model.solver = solver;
+    return adjusted_results(model);
 }
 
 std::map<std::string, PointResult> by_name(const Results &results)
@@ -158,8 +143,8 @@ void expect_same_residuals(const Results &a, const Results &b)
 class Invariance : public testing::TestWithParam<std::tuple<int, bool, Solver>> {
 protected:
     int dim() const { return std::get<0>(GetParam()); }
-    Network network() const { return Network(dim(), std::get<1>(GetParam())); }
-    Results results(const Network &n, const Motion &motion) const
+    Seven network() const { return Seven(dim(), std::get<1>(GetParam())); }
+    Results results(const Seven &n, const Motion &motion) const
     {
         return adjusted(n.text(motion), std::get<2>(GetParam()));
     }
@@ -199,7 +184,7 @@ TEST_P(Invariance, UnderTheOrderOfPointsAndObservations)
     const Results start = results(network(), Motion());
     auto before = by_name(start);
     for (unsigned seed = 1; seed <= 3; seed++) {
-        Network shuffled = network();
+        Seven shuffled = network();
         shuffled.shuffle(seed);
         const Results other = results(shuffled, Motion());
         auto after = by_name(other);

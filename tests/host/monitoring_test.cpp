@@ -11,12 +11,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "host/folder.h"
+#include "host/adjusted.h"
 #include "json_writer.h"
-#include "network_file.h"
-#include "results.h"
 #include "support/faults.h"
-#include "support/network.h"
 
 using namespace vornhost;
 
@@ -32,13 +29,7 @@ Results adjusted_wall(Solver solver, Mode mode = Mode::Statistics)
     EXPECT_TRUE(read_network(SOURCE_DIR "/examples/monitoring_wall.inp", model, faults)) << faults.lines()[0];
     model.solver = solver;
     model.mode = mode;
-    const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
-    Recorder messages;
-    const RunOutcome outcome = run(model, report.get(), messages);
-    EXPECT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
-    const Results results = collect(model, outcome, "test");
-    model.p.freerun(model.p.runresults);
-    return results;
+    return adjusted_results(model);
 }
 
 } // namespace
@@ -141,15 +132,10 @@ TEST(MonitoredWall, HasItsMotionsBackFromSplitPoints)
         model.solver = solver;
         model.p.lumpmethod = 9;
         for (size_t i = 3; i < 7; i++) std::swap(model.targets.records[i], model.targets.records[i + 6]);
-        const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
-        Recorder messages;
         const std::filesystem::path home = std::filesystem::current_path();
         std::filesystem::current_path(folder.path); // takes simili.out
-        const RunOutcome outcome = run(model, report.get(), messages);
+        const Results r = adjusted_results(model);
         std::filesystem::current_path(home);
-        ASSERT_TRUE(outcome.adjusted()) << outcome.words[0];
-        const Results r = collect(model, outcome, "test");
-        model.p.freerun(model.p.runresults);
         ASSERT_EQ(r.lumps.size(), 2u);
         EXPECT_EQ(r.points.size(), adjusted.points.size());
         for (size_t i = 0; i < 2; i++)

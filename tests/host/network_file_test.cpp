@@ -39,14 +39,6 @@ Lines setting(const std::string &section, const std::string &line)
 // A setting of [run] in line 3.
 Lines run_setting(const std::string &line) { return faults_of(run + line + "\n" + tables); }
 
-Model read(const std::string &text)
-{
-    Lines lines;
-    Model model = model_of(text, &lines);
-    EXPECT_EQ(lines, Lines());
-    return model;
-}
-
 } // namespace
 
 TEST(NetworkFile, ReadsTheExampleInItsReference)
@@ -55,7 +47,7 @@ TEST(NetworkFile, ReadsTheExampleInItsReference)
     const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     const std::string mark = "```toml\n";
     const size_t begin = text.find(mark) + mark.size();
-    const Model model = read(text.substr(begin, text.find("```", begin) - begin));
+    const Model model = model_of(text.substr(begin, text.find("```", begin) - begin));
     EXPECT_EQ(model.stations.size(), 2u);
     EXPECT_EQ(model.targets.size(), 2u);
     EXPECT_EQ(model.distances.size(), 3u);
@@ -64,30 +56,30 @@ TEST(NetworkFile, ReadsTheExampleInItsReference)
 
 TEST(NetworkFile, ReadsASmallNetwork)
 {
-    const Model model = read("[run]\n"
-                             "title     = \"Distance-direction network\"\n"
-                             "dimension = 2\n"
-                             "solver    = \"compact\"        # least squares\n"
-                             "mode      = \"statistics\"\n"
-                             "\n"
-                             "[units]\n"
-                             "length = \"m\"\n"
-                             "angle  = \"gon\"\n"
-                             "\n"
-                             "[tables]\n"
-                             "stations = \"\"\"\n"
-                             "name   x          y         code\n"
-                             "Z108   40759.4    27816.1   free\n"
-                             "Z110   41373.0    27904.0   free\n"
-                             "\"\"\"\n"
-                             "targets = \"\"\"\n"
-                             "name   x          y         code\n"
-                             "104    40686.792  26816.143 fixed\n"
-                             "\"\"\"\n"
-                             "distances = \"\"\"\n"
-                             "from   to    value     sigma\n"
-                             "Z108   104   1002.598  0.005\n"
-                             "\"\"\"\n");
+    const Model model = model_of("[run]\n"
+                                 "title     = \"Distance-direction network\"\n"
+                                 "dimension = 2\n"
+                                 "solver    = \"compact\"        # least squares\n"
+                                 "mode      = \"statistics\"\n"
+                                 "\n"
+                                 "[units]\n"
+                                 "length = \"m\"\n"
+                                 "angle  = \"gon\"\n"
+                                 "\n"
+                                 "[tables]\n"
+                                 "stations = \"\"\"\n"
+                                 "name   x          y         code\n"
+                                 "Z108   40759.4    27816.1   free\n"
+                                 "Z110   41373.0    27904.0   free\n"
+                                 "\"\"\"\n"
+                                 "targets = \"\"\"\n"
+                                 "name   x          y         code\n"
+                                 "104    40686.792  26816.143 fixed\n"
+                                 "\"\"\"\n"
+                                 "distances = \"\"\"\n"
+                                 "from   to    value     sigma\n"
+                                 "Z108   104   1002.598  0.005\n"
+                                 "\"\"\"\n");
     EXPECT_EQ(model.title, "Distance-direction network");
     EXPECT_EQ(model.p.dim, 2);
     ASSERT_EQ(model.stations.size(), 2u);
@@ -103,7 +95,7 @@ TEST(NetworkFile, ReadsASmallNetwork)
 
 TEST(NetworkFile, HasTheDefaultsOfItsReference)
 {
-    const Model model = read(run + tables);
+    const Model model = model_of(run + tables);
     const project &p = model.p;
     EXPECT_EQ(model.title, "");
     EXPECT_EQ(model.solver, Solver::Compact);
@@ -225,7 +217,7 @@ TEST(NetworkFile, ReadsEveryWordOfASetting)
 {
     const auto p = [](const std::string &section, const std::string &line) {
         const std::string more = section == "run" ? line + "\n" : "[" + section + "]\n" + line + "\n";
-        return read(run + more + tables).p;
+        return model_of(run + more + tables).p;
     };
     EXPECT_EQ(p("run", "solver = \"simplex\"").irun, -1);
     EXPECT_EQ(p("run", "solver = \"simplex\"\nmode = \"solution\"").irun, -1);
@@ -249,14 +241,14 @@ TEST(NetworkFile, SetsTheDatumRuleOfBaselinesOnlyWhenThereAreSome)
 {
     const std::string baseline = "baselines = \"from to dx dy dz cxx cyy czz\\nS T 1 1 1 1 1 1\"\n";
     const auto rule = [&](const char *word) {
-        return read(run + "[baselines]\ndatum_rule = \"" + word + "\"\n" + tables + baseline).p.igps;
+        return model_of(run + "[baselines]\ndatum_rule = \"" + word + "\"\n" + tables + baseline).p.igps;
     };
     EXPECT_EQ(rule("plain"), 2);
     EXPECT_EQ(rule("scale_and_orientation"), 1);
     EXPECT_EQ(rule("translations_only"), 9);
     EXPECT_EQ(rule("ignore"), 0);
-    EXPECT_EQ(read(run + tables + baseline).p.igps, 1);
-    EXPECT_EQ(read(run + "[baselines]\ndatum_rule = \"plain\"\n" + tables).p.igps, 0);
+    EXPECT_EQ(model_of(run + tables + baseline).p.igps, 1);
+    EXPECT_EQ(model_of(run + "[baselines]\ndatum_rule = \"plain\"\n" + tables).p.igps, 0);
 }
 
 TEST(NetworkFile, NamesTheRunAfterItsFileWithoutBlanksOrFurtherPoints)
@@ -277,7 +269,7 @@ TEST(NetworkFile, AcceptsAByteOrderMarkAndWindowsLineEnds)
 {
     std::string text = "\xEF\xBB\xBF" + run + tables;
     for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2)) text.insert(at, "\r");
-    const Model model = read(text);
+    const Model model = model_of(text);
     EXPECT_STREQ(model.targets.records[0].name, "T       ");
     EXPECT_EQ(model.stations.where[0].line, 6);
 }
@@ -481,7 +473,7 @@ TEST(NetworkFile, RefusesCharactersBeyondAsciiOutsideOfTexts)
 TEST(NetworkFile, TakesCharactersBeyondAsciiInTextsAndComments)
 {
     const auto title = [](const char *line) {
-        return read(run + "# gro\u00DF \"\n" + line + " # \u00FC '\n" + tables).title;
+        return model_of(run + "# gro\u00DF \"\n" + line + " # \u00FC '\n" + tables).title;
     };
     EXPECT_EQ(title("title = \"M\u00FCller\""), "M\u00FCller");
     EXPECT_EQ(title("title = '\u00E9\\'"), "\u00E9\\");

@@ -19,17 +19,9 @@ std::string network(const std::string &stations, int dimension = 3, const std::s
 
 Lines stations(const std::string &rows, int dimension = 3) { return faults_of(network(rows, dimension)); }
 
-Model read(const std::string &text)
-{
-    Lines lines;
-    Model model = model_of(text, &lines);
-    EXPECT_EQ(lines, Lines());
-    return model;
-}
-
 station_input station(const std::string &rows, int dimension = 3, const std::string &more = "")
 {
-    const Model model = read(network(rows, dimension, more));
+    const Model model = model_of(network(rows, dimension, more));
     return model.stations.size() ? model.stations.records[0] : station_input();
 }
 
@@ -44,11 +36,11 @@ void expect_codes(const int *code, int a, int b, int c)
 
 TEST(Stations, AreReadWithEveryColumn)
 {
-    const Model model = read(network("name x y z sx sy sz code code_x code_y code_z status lump connect levelled "
-                                     "rx1 rx2 rx3 srx1 srx2 srx3 code_rx1 code_rx2 code_rx3 group\n"
-                                     "S 1 2 3 0.1 0.2 0.3 weighted no_datum - fixed used 7 export no "
-                                     "50 -50 100 1 2 4 weighted fixed no_datum G",
-                                     3, "groups = \"name\\nG\"\n"));
+    const Model model = model_of(network("name x y z sx sy sz code code_x code_y code_z status lump connect levelled "
+                                         "rx1 rx2 rx3 srx1 srx2 srx3 code_rx1 code_rx2 code_rx3 group\n"
+                                         "S 1 2 3 0.1 0.2 0.3 weighted no_datum - fixed used 7 export no "
+                                         "50 -50 100 1 2 4 weighted fixed no_datum G",
+                                         3, "groups = \"name\\nG\"\n"));
     const station_input &s = model.stations.records[0];
     EXPECT_STREQ(s.name, "S       ");
     EXPECT_EQ(s.typ, 2);
@@ -74,7 +66,7 @@ TEST(Stations, AreReadWithEveryColumn)
 
 TEST(Stations, HaveDefaults)
 {
-    const Model model = read(network("name x y z\nS 1 2 3"));
+    const Model model = model_of(network("name x y z\nS 1 2 3"));
     const station_input &s = model.stations.records[0];
     EXPECT_EQ(s.typ, 1);
     EXPECT_EQ(s.status, STATUS_ON);
@@ -94,7 +86,7 @@ TEST(Stations, ThatAreNotLevelledHaveFreeRotations)
 
 TEST(Stations, TakeTheAzimuthOfTheirCircleAsMinusRx3)
 {
-    const Model model = read(network("name x y z orientation\nS 1 2 3 100"));
+    const Model model = model_of(network("name x y z orientation\nS 1 2 3 100"));
     EXPECT_DOUBLE_EQ(model.stations.records[0].r[2], -pi / 2.0);
     EXPECT_TRUE(model.station_notes[0].orientation_given);
     EXPECT_EQ(stations("name x y z rx3 orientation\nS 1 2 3 1 -1"),
@@ -306,10 +298,10 @@ TEST(Stations, RefuseAnUnknownGroup)
 TEST(Targets, AreReadWithEveryColumn)
 {
     const Model model =
-        read("[run]\ndimension = 3\n[tables]\ntargets = \"\"\"\n"
-             "name x y z sx sy sz code code_x code_y code_z status lump connect\n"
-             "T 1 2 3 0.1 0.2 0.3 free weighted fixed no_datum 150 3 export\nU - - - - - - - - - - - - -\n"
-             "\"\"\"\ndistances = \"from to value sigma\\nT U 1 1\"\n");
+        model_of("[run]\ndimension = 3\n[tables]\ntargets = \"\"\"\n"
+                 "name x y z sx sy sz code code_x code_y code_z status lump connect\n"
+                 "T 1 2 3 0.1 0.2 0.3 free weighted fixed no_datum 150 3 export\nU - - - - - - - - - - - - -\n"
+                 "\"\"\"\ndistances = \"from to value sigma\\nT U 1 1\"\n");
     const target_input &t = model.targets.records[0];
     EXPECT_STREQ(t.name, "T       ");
     EXPECT_EQ(t.status, 150);

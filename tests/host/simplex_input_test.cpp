@@ -2,14 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <stdio.h>
-
 #include <memory>
 
-#include "host/folder.h"
-#include "result.h"
-#include "runner.h"
-#include "support/network.h"
+#include "host/adjusted.h"
 
 using namespace vornhost;
 
@@ -23,34 +18,9 @@ std::string network(int dimension, const std::string &tables, const std::string 
            tables;
 }
 
-struct Case {
-    explicit Case(const std::string &text) : out(tmpfile())
-    {
-        folder.write("net.inp", text);
-        EXPECT_EQ(folder.read(), Lines());
-    }
-    ~Case()
-    {
-        folder.model.p.freerun(folder.model.p.runresults);
-        if (out) fclose(out);
-    }
-    Lines refused()
-    {
-        Lines lines = not_for_simplex(folder.model);
-        for (std::string &line : lines) folder.shorten(line);
-        return lines;
-    }
-    RunOutcome run() { return vornhost::run(folder.model, out, messages); }
-    std::string report() const
-    {
-        std::string text;
-        rewind(out);
-        for (int c = fgetc(out); c != EOF; c = fgetc(out)) text += (char)c;
-        return text;
-    }
-    Folder folder;
-    FILE *out;
-    Recorder messages;
+struct Case : ReadCase {
+    using ReadCase::ReadCase;
+    Lines refused() { return shortened(not_for_simplex(folder.model)); }
 };
 
 bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
@@ -159,7 +129,7 @@ TEST(SimplexRun, IsRefusedBeforeTheEngineStarts)
     const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.reached, Stage::Refused);
     EXPECT_EQ(outcome.words.size(), 1u);
-    EXPECT_EQ(c.report(), "");
+    EXPECT_EQ(c.text(), "");
 }
 
 TEST(SimplexRun, ShowsAGrossError)
@@ -169,7 +139,7 @@ TEST(SimplexRun, ShowsAGrossError)
     const RunOutcome outcome = c.run();
     ASSERT_TRUE(outcome.adjusted());
     EXPECT_NEAR(c.folder.model.p.runresults->zpt[1], 1.002, 1e-9);
-    EXPECT_TRUE(contains(c.report(), "A        B          -0.098000 *\n"));
+    EXPECT_TRUE(contains(c.text(), "A        B          -0.098000 *\n"));
 }
 
 // A weight would hold the orientation of a station without directions in a free network with the
@@ -217,7 +187,7 @@ TEST(SimplexRun, LeavesAnOrientationAloneThatNothingDetermines)
     ASSERT_EQ(c.folder.model.stations.size(), 2u);
     for (const station_input &station : c.folder.model.stations.records) EXPECT_EQ(station.ir[2], CODE_FREE);
     for (const std::string &note : outcome.prepared.notes) EXPECT_FALSE(contains(note, "orientation")) << note;
-    EXPECT_FALSE(contains(c.report(), " *\n"));
+    EXPECT_FALSE(contains(c.text(), " *\n"));
 }
 
 // The height of P is fixed, its position is not: a row of its own holds the height.
@@ -232,7 +202,7 @@ TEST(SimplexRun, HoldsFixedHeightsByTheirRows)
                    "[earth]\nmodel = \"mixed\"\n"));
     const RunOutcome outcome = c.run();
     ASSERT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
-    EXPECT_TRUE(contains(c.report(), "number of fixed heights              1\n"));
+    EXPECT_TRUE(contains(c.text(), "number of fixed heights              1\n"));
     const double curvature = 100.0 * 100.0 / (2.0 * 6371007.0); // below the plane that touches the sphere
     EXPECT_NEAR(c.folder.model.p.runresults->zpt[3], 7.0 - curvature, 1e-6);
     EXPECT_EQ(c.folder.model.targets.records[3].ix[2], CODE_FIXED);
@@ -295,8 +265,8 @@ TEST(SimplexRun, GoesOnBehindASightStraightUp)
                       "sigma\nS A 100 0.01\nS B 100 0.01\nS C 100 0.02\n'''\n"));
     const RunOutcome outcome = c.run();
     ASSERT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
-    EXPECT_TRUE(contains(c.report(), "\nProblem with horizontal direction 2\n\nSimplex loop first step\n"));
-    EXPECT_TRUE(contains(c.report(), "S        T           0.000000  \n"));
+    EXPECT_TRUE(contains(c.text(), "\nProblem with horizontal direction 2\n\nSimplex loop first step\n"));
+    EXPECT_TRUE(contains(c.text(), "S        T           0.000000  \n"));
     EXPECT_NEAR(c.folder.model.p.runresults->zpt[0], 0.0, 1e-4);
 }
 
@@ -311,7 +281,7 @@ TEST(SimplexRun, SaysThatTheTableauCouldNotBeBuilt)
     public:
         int decision(char *question, char *) override { return contains(question, "balance"); }
     } yes;
-    const RunOutcome outcome = vornhost::run(c.folder.model, c.out, yes);
+    const RunOutcome outcome = vornhost::run(c.folder.model, c.report, yes);
     EXPECT_EQ(outcome.code, -2);
     ASSERT_EQ(outcome.words.size(), 2u);
     EXPECT_EQ(outcome.words[0].rfind("the tableau of the simplex solver could not be built (", 0), 0u);

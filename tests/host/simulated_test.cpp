@@ -8,12 +8,9 @@
 #include <stdlib.h>
 
 #include <map>
-#include <memory>
 #include <random>
 
-#include "host/folder.h"
-#include "results.h"
-#include "support/network.h"
+#include "host/adjusted.h"
 
 using namespace vornhost;
 
@@ -35,13 +32,9 @@ using Points = std::map<std::string, std::vector<double>>; // true coordinates b
 // Adjusts the network in the folder or file and hands its results over.
 Results adjusted(Model &model, double *sigma = nullptr)
 {
-    const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
     Listener listener;
-    const RunOutcome outcome = run(model, report.get(), listener);
-    EXPECT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
+    Results results = adjusted_results(model, listener);
     if (sigma) *sigma = listener.sigma;
-    Results results = collect(model, outcome, "test");
-    model.p.freerun(model.p.runresults);
     return results;
 }
 

@@ -6,14 +6,11 @@
 #include <math.h>
 #include <stdio.h>
 
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "host/folder.h"
-#include "results.h"
-#include "support/network.h"
+#include "host/adjusted.h"
 
 using namespace vornhost;
 
@@ -52,15 +49,8 @@ private:
 // Adjusted heights in the order of the file.
 std::vector<double> adjusted(const HeightNetwork &network)
 {
-    Lines faults;
-    Model model = model_of(network.file(), &faults);
-    EXPECT_TRUE(faults.empty()) << faults.front();
-    const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
-    Recorder messages;
-    const RunOutcome outcome = run(model, report.get(), messages);
-    EXPECT_TRUE(outcome.adjusted()) << (outcome.words.empty() ? "" : outcome.words[0]);
-    const Results results = collect(model, outcome, "test");
-    model.p.freerun(model.p.runresults);
+    Model model = model_of(network.file());
+    const Results results = adjusted_results(model);
     std::vector<double> heights;
     for (const PointResult &p : results.points) heights.push_back(p.adjusted[2].value_or(NAN));
     return heights;
