@@ -582,27 +582,33 @@ TEST(JordanResolution, TakesANetworkWithoutUnknowns)
 
 TEST(JordanResolution, FailsWithoutWorkArraysAndStopsTheRun)
 {
-    Net r(1);
-    r.add("A", 0, 0, 5);
-    jordan &s = r.solver(0, 0);
-    fail_allocation(5); // behind the four arrays of prepare
-    EXPECT_EQ(s.iterate(), -3);
-    fail_allocation(0);
-    EXPECT_EQ(r.report(), "\n\nGauss Jordan solution\nVersion 0.0\n\nProgram stops in resolution\n");
-    EXPECT_EQ(r.points[0].xpt[2], 5.0);
+    for (int k : {5, 6}) { // behind the four arrays of prepare: pivots, flags
+        Net r(1);
+        r.add("A", 0, 0, 5);
+        jordan &s = r.solver(0, 0);
+        fail_allocation(k);
+        EXPECT_EQ(s.iterate(), -3);
+        fail_allocation(0);
+        EXPECT_EQ(r.report(), "\n\nGauss Jordan solution\nVersion 0.0\n\nProgram stops in resolution\n");
+        EXPECT_EQ(r.points[0].xpt[2], 5.0);
+    }
 }
 
 TEST(JordanInverse, FailsWithoutWorkArraysAndStopsTheInversion)
 {
-    Net r(1);
-    r.add("A", 0, 0, 5);
-    r.n.p.irun = -2;
-    jordan &s = r.solver(0, 0);
-    ASSERT_EQ(s.iterate(), 0);
-    fail_allocation(2);
-    EXPECT_EQ(s.inversion(), -5);
-    fail_allocation(0);
-    EXPECT_EQ(S(s, inv), nullptr);
+    for (int k : {1, 2}) {
+        Net r(1);
+        r.add("A", 0, 0, 5);
+        r.n.p.irun = -2;
+        jordan &s = r.solver(0, 0);
+        ASSERT_EQ(s.iterate(), 0);
+        const std::string before = r.report();
+        fail_allocation(k);
+        EXPECT_EQ(s.inversion(), -5);
+        fail_allocation(0);
+        EXPECT_EQ(r.report(), before + "\nProgram stops in inverse\n");
+        EXPECT_EQ(S(s, inv), nullptr);
+    }
 }
 
 // ---- whole runs ----

@@ -497,6 +497,8 @@ TEST(ConnectUnknowns, NeedATable)
     fail_allocation(1);
     EXPECT_EQ(-1, V(net.run, set_connect)());
     EXPECT_EQ("set_connect: cannot allocate ltemp", net.n.messages.lines.back());
+    EXPECT_EQ("set_connect: B        cannot be used in connected net\nset_connect: cannot allocate ltemp\n",
+              net.n.report());
 }
 
 // ---- the file of the export ----

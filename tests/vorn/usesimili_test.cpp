@@ -679,47 +679,56 @@ TEST_F(UseSimili, CanBeUsedTwice)
 
 // ---- memory ----
 
+// Every allocation in turn: what the comparison returns, the line to the user, the line of the
+// trace, and the motions that are found of two lumps at two epochs each.
 TEST_F(UseSimili, EndsByADocumentedRoadWithoutMemory)
 {
-    std::map<int, int> codes;
-    std::map<std::string, int> told;
-    for (int n = 1;; n++) {
-        Split s({1, 2, 3});
-        s.net.p.idebug = 1;
-        s.lump_of(1, "ABCD");
-        s.lump_of(2, "EFGH");
-        s.load();
-        fail_allocation(n);
-        const int result = s.use_again(1);
-        const int all = allocations();
-        fail_allocation(0);
-        if (n > all) break;
-        codes[result]++;
-        const std::string line = s.lines().empty() ? "" : s.lines().back();
-        EXPECT_LE(s.lines().size(), 1u);
-        told[line]++;
-        const Lines wanted[] = {{"", "usesimili: pb with pref", "usesimili: pb pend"},
-                                {"usesimili: Could not allocate itimetable"},
-                                {"usesimili: Could not allocate tab"},
-                                {"usesimili: Could not allocate lumps"}};
-        EXPECT_NE(std::count(wanted[-result].begin(), wanted[-result].end(), line), 0) << result << " " << line;
-        EXPECT_EQ(s.nlump(), result == 0 ? 2 : 0);
-        if (result == -3) {
-            EXPECT_EQ(s.net.report(), "usesimili: Could not allocate lumps\n");
-        }
-        if (line == "usesimili: pb pend") {
-            EXPECT_EQ(s.report_lines(line), (Lines{line}));
-            EXPECT_EQ(s.record(0).nepoch + s.record(1).nepoch, 5); // one epoch less
-        }
-        if (line == "usesimili: pb with pref") {
-            EXPECT_EQ(s.record(0).nepoch + s.record(1).nepoch, 4); // one lump without motion
-        }
+    struct Step {
+        int count, code;
+        const char *line, *trace;
+        int motions;
+    };
+    const Step tables[] = {{6 + 3 * 4, -1, "usesimili: Could not allocate itimetable", "", 0},
+                           {2 * 2, 0, "", "", 4}, // indexes, made up for by a search
+                           {1, -2, "usesimili: Could not allocate tab", "", 0},
+                           {1 + 2 * 9, -3, "usesimili: Could not allocate lumps", "", 0}};
+    const Step epoch[] = {{3, 0, "usesimili: pb pend", "usesimili: pb pend", 3},
+                          {1, 0, "", "usesimili: startsimili returns 2", 3},
+                          {2, 0, "", "usesimili: runsimili returns 1", 3},
+                          {4, 0, "", "usesimili: runsimili returns 2", 3}};
+    std::vector<Step> steps(tables, tables + 4);
+    for (int lump = 0; lump < 2; lump++) {
+        steps.push_back({3, 0, "usesimili: pb with pref", "", 2});
+        for (int e = 0; e < 2; e++) steps.insert(steps.end(), epoch, epoch + 4);
     }
-    EXPECT_GT(codes[-1], 6);
-    EXPECT_EQ(codes[-2], 1);
-    EXPECT_EQ(codes[-3], 1 + 2 * 9);
-    EXPECT_GE(told["usesimili: pb with pref"], 2 * 2);
-    EXPECT_GE(told["usesimili: pb pend"], 2 * 2 * 2);
+    steps.push_back({1, 0, "", "", 4}); // one more than there are
+    int n = 0;
+    for (const Step &step : steps)
+        for (int i = 0; i < step.count; i++) {
+            Split s({1, 2, 3});
+            s.net.p.idebug = 1;
+            s.lump_of(1, "ABCD");
+            s.lump_of(2, "EFGH");
+            s.load();
+            fail_allocation(++n);
+            EXPECT_EQ(s.use_again(1), step.code) << n;
+            EXPECT_EQ(allocations() >= n, &step != &steps.back()) << n;
+            fail_allocation(0);
+            EXPECT_EQ(s.lines(), step.line[0] ? Lines{step.line} : Lines()) << n;
+            EXPECT_EQ(s.nlump(), step.code == 0 ? 2 : 0) << n;
+            if (step.code == -1 || step.code == -2) {
+                EXPECT_EQ(s.net.report(), "") << n;
+            }
+            if (step.code == -3) {
+                EXPECT_EQ(s.net.report(), "usesimili: Could not allocate lumps\n") << n;
+            }
+            if (step.trace[0]) {
+                EXPECT_EQ(s.report_lines(step.trace), (Lines{step.trace})) << n;
+            }
+            if (step.code == 0) {
+                EXPECT_EQ(s.record(0).nepoch + s.record(1).nepoch, 2 + step.motions) << n;
+            }
+        }
 }
 
 } // namespace

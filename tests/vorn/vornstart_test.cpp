@@ -116,6 +116,18 @@ void plane_net(Network &n)
     }
 }
 
+TEST(VornstartCode, IsMinus1WhenTheNetworkFindsNoMemory)
+{
+    int found = 0, last = 1;
+    fail_each(plane_net, [&](int code, const std::string &report) {
+        EXPECT_EQ(code == -1, holds(report, "fill_vorn: Stop in vornallocate\n")) << report;
+        found += code == -1;
+        last = code;
+    });
+    EXPECT_EQ(found, 2); // points, distances
+    EXPECT_EQ(last, 0);
+}
+
 TEST(VornstartCode, IsMinus3WithoutADatum)
 {
     Network n(2);
