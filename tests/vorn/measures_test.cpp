@@ -250,34 +250,26 @@ TEST(FillMeasure, CutsANameThatFillsItsField)
     EXPECT_EQ(fill(run, 1), 0);
 }
 
-// Points split by the epochs 1, 2, 3 (columns 1 to 3):
-//   0, 1: S at epochs 2 and 3    2: R, not split    3, 4: T at 1 and 3    5: U at 2
-class Split {
+// Points split by the epochs 1, 2, 3: a row for each point that says whether it is split and
+// holds its epochs in columns 1 to 3, stations first.
+class SplitPoints {
 public:
-    explicit Split(int idebug = 0) : n(3)
-    {
-        n.p.idebug = idebug;
-        n.station("S", 0, 0).ilump = 1;
-        n.station("R", 0, 0);
-        n.target("T", 1, 0).ilump = 1;
-        n.target("U", 1, 0).ilump = 1;
-    }
     // Loads one distance of an epoch; gives the points it goes to and the result.
-    int load(const char *from, const char *to, int time, int npoint = 6)
+    int load(const char *from, const char *to, int time) { return load(from, to, time, npoints); }
+    int load(const char *from, const char *to, int time, int room)
     {
         n.distances.clear();
         n.distance(from, to, 1, 1).time = time;
         vorn run(n.ready());
-        V(run, nsta) = 3;
-        V(run, npoints) = npoint;
+        V(run, nsta) = nsta;
+        V(run, npoints) = room;
         V(run, ndist) = V(run, nlump) = 1;
         int lumps[3] = {1};
-        int s[4] = {0, 0, 2, 3}, t[4] = {0, 1, 0, 3}, u[4] = {1, 0, 2, 0};
-        int *isplit[3] = {s, t, u};
+        int *isplit[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
         EXPECT_EQ((V(run, vornallocate)()), 0);
-        (V(run, fill_pt)(lumps, isplit, 1, 2, 3));
+        (V(run, fill_pt)(lumps, isplit, nrowsta, 3 - nrowsta, 3));
         fail_allocation(failing);
-        const int result = (V(run, fill_measure)(1, isplit, 1, 2, 3));
+        const int result = (V(run, fill_measure)(1, isplit, nrowsta, 3 - nrowsta, 3));
         fail_allocation(0);
         ip1 = result ? -1 : (int)(V(run, dist)[0].p1 - V(run, points));
         ip2 = result ? -1 : (int)(V(run, dist)[0].p2 - V(run, points));
@@ -286,6 +278,31 @@ public:
     Network n;
     int ip1 = -1, ip2 = -1;
     int failing = 0;
+
+protected:
+    using Rows = std::vector<std::vector<int>>;
+    SplitPoints(int nsta_, int npoints_, int nrowsta_, Rows rows_)
+        : n(3), nsta(nsta_), npoints(npoints_), nrowsta(nrowsta_), rows(std::move(rows_))
+    {
+    }
+
+private:
+    int nsta, npoints; // copies included
+    int nrowsta;       // rows of stations
+    Rows rows;
+};
+
+// 0, 1: S at epochs 2 and 3    2: R, not split    3, 4: T at 1 and 3    5: U at 2
+class Split : public SplitPoints {
+public:
+    explicit Split(int idebug = 0) : SplitPoints(3, 6, 1, {{0, 0, 2, 3}, {0, 1, 0, 3}, {1, 0, 2, 0}})
+    {
+        n.p.idebug = idebug;
+        n.station("S", 0, 0).ilump = 1;
+        n.station("R", 0, 0);
+        n.target("T", 1, 0).ilump = 1;
+        n.target("U", 1, 0).ilump = 1;
+    }
 };
 
 TEST(FillMeasure, RedirectsToTheCopiesOfTheEpoch)
@@ -349,37 +366,15 @@ TEST(FillMeasure, TracesRedirections)
     EXPECT_EQ(report.substr(report.find("fill_measure")), wanted);
 }
 
-// Points split by the epochs 1, 2, 3 (columns 1 to 3):
-//   0, 1: S at epochs 1 and 2    2, 3: R at 2 and 3    4 to 6: T at all three
-class TwoStations {
+// 0, 1: S at epochs 1 and 2    2, 3: R at 2 and 3    4 to 6: T at all three
+class TwoStations : public SplitPoints {
 public:
-    TwoStations() : n(3)
+    TwoStations() : SplitPoints(4, 7, 2, {{0, 1, 2, 0}, {1, 0, 2, 3}, {0, 1, 2, 3}})
     {
         n.station("S", 0, 0).ilump = 1;
         n.station("R", 0, 0).ilump = 1;
         n.target("T", 1, 0).ilump = 1;
     }
-    int load(const char *from, const char *to, int time, int npoint = 7)
-    {
-        n.distances.clear();
-        n.distance(from, to, 1, 1).time = time;
-        vorn run(n.ready());
-        V(run, nsta) = 4;
-        V(run, npoints) = npoint;
-        V(run, ndist) = V(run, nlump) = 1;
-        int lumps[3] = {1};
-        int s[4] = {0, 1, 2, 0}, r[4] = {1, 0, 2, 3}, t[4] = {0, 1, 2, 3};
-        int *isplit[3] = {s, r, t};
-        EXPECT_EQ((V(run, vornallocate)()), 0);
-        (V(run, fill_pt)(lumps, isplit, 2, 1, 3));
-        const int result = (V(run, fill_measure)(1, isplit, 2, 1, 3));
-        if (result) return result;
-        ip1 = (int)(V(run, dist)[0].p1 - V(run, points));
-        ip2 = (int)(V(run, dist)[0].p2 - V(run, points));
-        return 0;
-    }
-    Network n;
-    int ip1 = -1, ip2 = -1;
 };
 
 TEST(FillMeasure, EndsTheSearchAtAnEpochInTheFirstColumn)

@@ -115,16 +115,26 @@ TEST_F(Counts, OfDistancesSayHowTheyWereReduced)
 
 // ---- summary2 --------------------------------------------------------------------
 
+void translate(Loaded &l, double x, double y, double z)
+{
+    const double by[3] = {x, y, z};
+    for (int c = 0; c < 3; c++) V(l.run, trans)[c] = by[c];
+}
+
+std::string summary2_of(Loaded &l)
+{
+    (V(l.run, summary2)());
+    return l.net.report();
+}
+
 TEST(Summary2, CountsTheUnknowns)
 {
     Loaded l(2, 0, 0);
-    (V(l.run, summary2)());
-    EXPECT_EQ(l.net.report(), "");
+    EXPECT_EQ(summary2_of(l), "");
     V(l.run, nunk1) = 123456;
     V(l.run, nunk2) = 7;
     V(l.run, ndatum) = 4;
-    (V(l.run, summary2)());
-    EXPECT_EQ(l.net.report(), "number of coordinates unknowns   123456\n"
+    EXPECT_EQ(summary2_of(l), "number of coordinates unknowns   123456\n"
                               "number of nuisance parameters        7\n"
                               "number of datum parameters           4\n");
 }
@@ -133,8 +143,7 @@ TEST(Summary2, ShowsCountsFromOneOn)
 {
     Loaded l(2, 0, 0);
     V(l.run, nunk1) = V(l.run, nunk2) = V(l.run, ndatum) = 1;
-    (V(l.run, summary2)());
-    EXPECT_EQ(l.net.report(), "number of coordinates unknowns       1\n"
+    EXPECT_EQ(summary2_of(l), "number of coordinates unknowns       1\n"
                               "number of nuisance parameters        1\n"
                               "number of datum parameters           1\n");
 }
@@ -143,8 +152,7 @@ TEST(Summary2, LeavesOutCountsBelowOne)
 {
     Loaded l(2, 0, 0);
     V(l.run, nunk1) = V(l.run, nunk2) = V(l.run, ndatum) = -1;
-    (V(l.run, summary2)());
-    EXPECT_EQ(l.net.report(), "");
+    EXPECT_EQ(summary2_of(l), "");
 }
 
 TEST(Summary2, CountsThePointsOfAConnectedNet)
@@ -154,8 +162,7 @@ TEST(Summary2, CountsThePointsOfAConnectedNet)
         V(l.run, icon) = icon;
         V(l.run, nexport) = 3;
         V(l.run, nimport) = 12;
-        (V(l.run, summary2)());
-        EXPECT_EQ(l.net.report(), "\nnumber of exported points             3\n"
+        EXPECT_EQ(summary2_of(l), "\nnumber of exported points             3\n"
                                   "number of imported points            12\n");
     }
 }
@@ -167,17 +174,20 @@ TEST(Summary2, DescribesTheEarthModel)
         V(l.run, iearth) = iearth;
         V(l.run, radius) = 6378000.0;
         V(l.run, horigin) = -12.5;
-        V(l.run, trans)[0] = 1000.0;
-        V(l.run, trans)[1] = -2000.25;
-        V(l.run, trans)[2] = 0.0000006;
-        (V(l.run, summary2)());
-        EXPECT_EQ(l.net.report(), "\nradius of sphere  6378000.000000\n"
+        translate(l, 1000.0, -2000.25, 0.0000006);
+        EXPECT_EQ(summary2_of(l), "\nradius of sphere  6378000.000000\n"
                                   "height of origin      -12.500000\n"
                                   "translation          1000.000000    -2000.250000        0.000001\n");
     }
 }
 
 // ---- outputapprox ----------------------------------------------------------------
+
+std::string values_of(Loaded &l)
+{
+    (V(l.run, outputapprox)());
+    return l.net.report();
+}
 
 TEST(OutputApprox, PrintsTheHeightOfALevelNetwork)
 {
@@ -186,10 +196,9 @@ TEST(OutputApprox, PrintsTheHeightOfALevelNetwork)
     l.at(0).defdatum[2] = DATUM_WEIGHTED;
     l.at(1).xpt[2] = -1.0;
     V(l.run, trans)[2] = 100.0; // not added here
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "S0                   12.345679w\n"
-                              "T0                   -1.000000 \n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "S0                   12.345679w\n"
+                            "T0                   -1.000000 \n");
 }
 
 TEST(OutputApprox, MarksTheStateOfAHeightByTheLastTestThatMatches)
@@ -201,40 +210,35 @@ TEST(OutputApprox, MarksTheStateOfAHeightByTheLastTestThatMatches)
     l.at(4).defdatum[2] = DATUM_UNUSED, l.at(4).n0[2] = N_NONE;
     l.at(5).defdatum[2] = DATUM_FIXED_HEIGHT, l.at(5).n0[2] = N_NONE;
     l.at(6).defdatum[2] = DATUM_FIXED_HEIGHT, l.at(6).n0[2] = 0; // a number, not a code
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "T0                    0.000000 \n"
-                              "T1                    0.000000w\n"
-                              "T2                    0.000000o\n"
-                              "T3                    0.000000f\n"
-                              "T4                    0.000000f\n"
-                              "T5                    0.000000h\n"
-                              "T6                    0.000000h\n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "T0                    0.000000 \n"
+                            "T1                    0.000000w\n"
+                            "T2                    0.000000o\n"
+                            "T3                    0.000000f\n"
+                            "T4                    0.000000f\n"
+                            "T5                    0.000000h\n"
+                            "T6                    0.000000h\n");
 }
 
 TEST(OutputApprox, TakesUnknownNumberZeroForAnUnknown)
 {
     Loaded l(2, 1, 0);
     l.at(0).n0[0] = 0, l.at(0).n0[1] = 1, l.at(0).n1[2] = 0;
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "S0                    0.000000        0.000000               0.000000 \n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "S0                    0.000000        0.000000               0.000000 \n");
 }
 
 TEST(OutputApprox, PrintsOnlyItsHeadWithoutPointsAndInNoKnownDimension)
 {
     Loaded none(3, 0, 0), odd(0, 1, 1);
-    (V(none.run, outputapprox)());
-    (V(odd.run, outputapprox)());
-    EXPECT_EQ(none.net.report(), "\nApproximate values\n\n");
-    EXPECT_EQ(odd.net.report(), "\nApproximate values\n\n");
+    EXPECT_EQ(values_of(none), "\nApproximate values\n\n");
+    EXPECT_EQ(values_of(odd), "\nApproximate values\n\n");
 }
 
 TEST(OutputApprox, PrintsPlanePositionsAndTheOrientationOfStations)
 {
     Loaded l(2, 3, 2);
-    V(l.run, trans)[0] = 100.0;
-    V(l.run, trans)[1] = 200.0;
+    translate(l, 100.0, 200.0, 0.0);
     for (int i = 0; i < 5; i++) l.at(i).xpt[0] = i, l.at(i).xpt[1] = 0.5;
     l.at(0).xex[2] = 1.25;
     l.at(0).defdatum[3] = l.at(0).defdatum[4] = -1; // of rotations out of the plane
@@ -245,13 +249,12 @@ TEST(OutputApprox, PrintsPlanePositionsAndTheOrientationOfStations)
     l.at(2).defdatum[0] = 0, l.at(2).n0[0] = -1;
     l.at(2).defdatum[1] = -1, l.at(2).n0[1] = -1;
     l.at(3).defdatum[1] = -3; // means something for heights only
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "S0                  100.000000      200.500000               1.250000 \n"
-                              "S1                  101.000000w     200.500000o              0.000000f\n"
-                              "S2                  102.000000f     200.500000f              0.000000w\n"
-                              "T0                  103.000000      200.500000 \n"
-                              "T1                  104.000000      200.500000 \n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "S0                  100.000000      200.500000               1.250000 \n"
+                            "S1                  101.000000w     200.500000o              0.000000f\n"
+                            "S2                  102.000000f     200.500000f              0.000000w\n"
+                            "T0                  103.000000      200.500000 \n"
+                            "T1                  104.000000      200.500000 \n");
 }
 
 TEST(OutputApprox, PrintsPositionsAndRotationsInSpace)
@@ -272,13 +275,12 @@ TEST(OutputApprox, PrintsPositionsAndRotationsInSpace)
     l.at(2).defdatum[1] = -1;
     l.at(2).defdatum[2] = 0;
     l.at(2).n1[0] = -1; // of no interest
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "S0                   10.000000       21.000000       32.000000 \n"
-                              "                      0.000000f      -1.000000w      -2.000000 \n"
-                              "S1                   10.000000       20.000000       30.000000h\n"
-                              "                      0.000000w       0.000000f       0.000000w\n"
-                              "T0                   10.000000f      20.000000w      30.000000o\n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "S0                   10.000000       21.000000       32.000000 \n"
+                            "                      0.000000f      -1.000000w      -2.000000 \n"
+                            "S1                   10.000000       20.000000       30.000000h\n"
+                            "                      0.000000w       0.000000f       0.000000w\n"
+                            "T0                   10.000000f      20.000000w      30.000000o\n");
 }
 
 TEST(OutputApprox, PrintsHeightsInMixedCoordinates)
@@ -287,19 +289,16 @@ TEST(OutputApprox, PrintsHeightsInMixedCoordinates)
     V(l.run, iearth) = 2;
     V(l.run, radius) = 1000.0;
     V(l.run, horigin) = 4.0;
-    V(l.run, trans)[0] = 10.0;
-    V(l.run, trans)[1] = 20.0;
-    V(l.run, trans)[2] = 30.0;
+    translate(l, 10.0, 20.0, 30.0);
     l.at(0).xpt[0] = 30.0;
     l.at(0).xpt[1] = 40.0;
     l.at(0).xpt[2] = 94.75;
     l.at(0).h = 250.0;    // (900 + 1600) / (2 (1000 + 250)) = 1
     l.at(1).xpt[2] = 7.0; // at the origin: 7 + 4 + 30
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "S0                   40.000000       60.000000      129.750000 \n"
-                              "                      0.000000        0.000000        0.000000 \n"
-                              "T0                   10.000000       20.000000       41.000000 \n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "S0                   40.000000       60.000000      129.750000 \n"
+                            "                      0.000000        0.000000        0.000000 \n"
+                            "T0                   10.000000       20.000000       41.000000 \n");
 }
 
 TEST(OutputApprox, PrintsTheThirdCartesianCoordinateAsItIs)
@@ -310,12 +309,17 @@ TEST(OutputApprox, PrintsTheThirdCartesianCoordinateAsItIs)
     V(l.run, horigin) = 4.0;
     l.at(0).xpt[0] = 30.0;
     l.at(0).h = 250.0;
-    (V(l.run, outputapprox)());
-    EXPECT_EQ(l.net.report(), "\nApproximate values\n\n"
-                              "T0                   30.000000        0.000000        0.000000 \n");
+    EXPECT_EQ(values_of(l), "\nApproximate values\n\n"
+                            "T0                   30.000000        0.000000        0.000000 \n");
 }
 
 // ---- showpoints ------------------------------------------------------------------
+
+std::string points_of(Loaded &l)
+{
+    (V(l.run, showpoints)());
+    return l.net.report();
+}
 
 TEST(ShowPoints, ListsEveryFieldOfEveryPoint)
 {
@@ -339,8 +343,7 @@ TEST(ShowPoints, ListsEveryFieldOfEveryPoint)
     p.ntie = 17;
     p.typ = 1;
     for (int c = 0; c < 9; c++) V(l.run, ia1)[c] = 70 + c;
-    (V(l.run, showpoints)());
-    EXPECT_EQ(l.net.report(),
+    EXPECT_EQ(points_of(l),
               "\n points[0]     S0      \n"
               "  xpt           1.000000        2.000000        3.000000\n"
               "  x0          -11.000000      -12.000000      -13.000000\n"
@@ -379,8 +382,7 @@ TEST(ShowPoints, ListsEveryFieldOfEveryPoint)
 TEST(ShowPoints, EndsWithTheCountsWhenThereIsNoPoint)
 {
     Loaded l(3, 0, 0);
-    (V(l.run, showpoints)());
-    EXPECT_EQ(l.net.report(), "\n  ia1          0   0   0     0   0   0           0   0\n");
+    EXPECT_EQ(points_of(l), "\n  ia1          0   0   0     0   0   0           0   0\n");
 }
 
 // ---- showmeasures ----------------------------------------------------------------
