@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <stdio.h>
+
 #include <CLI/CLI.hpp>
 #include <map>
 
@@ -49,6 +51,10 @@ void add_word(CLI::App *command, const std::string &name, std::optional<Word> &v
         ->type_name("WORD");
 }
 
+const auto not_empty = [](const std::string &name) {
+    return std::string(name.empty() ? "the name is empty; write one" : "");
+};
+
 void add_common(CLI::App *command, Options &options)
 {
     command->add_option("NAME.inp", options.network, "the network file")->required()->type_name("FILE");
@@ -63,9 +69,13 @@ void add_adjust(CLI::App &app, Options &options)
 {
     CLI::App *adjust = app.add_subcommand("adjust", "adjust a network and report the results");
     add_common(adjust, options);
-    adjust->add_option("-o", options.report, "report in this file instead of standard output")->type_name("REPORT");
-    adjust->add_option("--json", options.json, "results as JSON in this file")->type_name("FILE");
-    adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")->type_name("DIR");
+    adjust->add_option("-o", options.report, "report in this file instead of standard output")
+        ->check(not_empty)
+        ->type_name("REPORT");
+    adjust->add_option("--json", options.json, "results as JSON in this file")->check(not_empty)->type_name("FILE");
+    adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
+        ->check(not_empty)
+        ->type_name("DIR");
     adjust->add_flag("--recompute", options.console.recompute, "compute new approximate values");
     adjust->add_flag("--balance", options.console.balance, "balance the observations (solver simplex)");
     adjust->add_flag("--ask", options.console.ask, "ask on the terminal instead of answering no");
@@ -81,11 +91,25 @@ void add_check(CLI::App &app, Options &options)
     check->callback([&options] { options.check = true; });
 }
 
+// Whether the first argument is a command or an option; otherwise a line says what is.
+bool names_command(int argc, char **argv)
+{
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (first == "adjust" || first == "check" || first.rfind('-', 0) == 0) return true;
+    const std::string what = argc > 1 ? "'" + first + "' is no command" : "a command is missing";
+    fprintf(stderr, "vorn: %s; write vorn adjust NAME.inp or vorn check NAME.inp\n", what.c_str());
+    return false;
+}
+
 } // namespace
 
 std::optional<Options> read_options(int argc, char **argv, int *status)
 {
     Options options;
+    if (!names_command(argc, argv)) {
+        *status = STATUS_USAGE;
+        return std::nullopt;
+    }
     CLI::App app("Least-squares adjustment of survey networks.", "vorn");
     app.set_version_flag("--version", "vorn " VORN_VERSION);
     app.require_subcommand(1);

@@ -196,6 +196,10 @@ TEST_F(Program, RefusesWrongUsageAndWritesNothing)
                                  "adjust net.inp -C nowhere -o r.txt",
                                  "adjust net.inp --jsn r.json",
                                  "adjust net.inp -o",
+                                 "adjust net.inp -o ''",
+                                 "adjust net.inp --json '' -o r.txt",
+                                 "adjust net.inp --csv '' -o r.txt",
+                                 "--quiet adjust net.inp -o r.txt",
                                  "adjust net.inp --solver simplex --mode propagation -o r.txt",
                                  "adjust net.inp -o same --json same",
                                  "adjust net.inp -o net.inp",
@@ -209,6 +213,15 @@ TEST_F(Program, RefusesWrongUsageAndWritesNothing)
         EXPECT_EQ(written(), Names{}) << arguments;
     }
     EXPECT_EQ(text_of(folder.file("net.inp")), network);
+}
+
+TEST_F(Program, NamesItsCommands)
+{
+    const std::string commands = "; write vorn adjust NAME.inp or vorn check NAME.inp\n";
+    EXPECT_EQ(run(""), 2);
+    EXPECT_EQ(err, "vorn: a command is missing" + commands);
+    EXPECT_EQ(run("net.inp"), 2);
+    EXPECT_EQ(err, "vorn: 'net.inp' is no command" + commands);
 }
 
 TEST_F(Program, NamesTheWordsItKnows)
