@@ -38,6 +38,7 @@ int main(int argc, char **argv)
     hold_standard_streams();
     vornhost::limit_memory(); // what does not fit ends with words and a status
     signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
+    signal(SIGXFSZ, SIG_IGN); // and so does a file beyond the user's limit
     try {
         return command(argc, argv);
     } catch (const std::bad_alloc &) {

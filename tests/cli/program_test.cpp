@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -272,6 +273,19 @@ TEST_F(Program, KeepsNoConnectedNetWithoutNumbers)
     EXPECT_EQ(run("adjust bad.inp --quiet -o r.txt"), 1);
     EXPECT_TRUE(contains(err, "vorn: bad.con is not written: its numbers are not all finite\n")) << err;
     EXPECT_EQ(text_of(folder.file("bad.con")), "earlier\n");
+}
+
+// The report has more than 1024 bytes.
+TEST_F(Program, TellsThatAFileIsBeyondTheLimitOfTheUser)
+{
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small = {1024, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const int status = run("adjust net.inp -o r.txt --quiet");
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(status, 3);
+    EXPECT_EQ(err, "vorn: cannot write r.txt: File too large\n");
 }
 
 TEST_F(Program, TellsThatTheDiskIsFull)
