@@ -5,19 +5,22 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <optional>
+
 namespace vornhost {
 
 namespace {
 
-// The first number of a file; 0 when there is none.
-unsigned long long first_number(const char *path)
+// The number that a file begins with; nothing when it begins with a word, like "max", or is not there.
+std::optional<unsigned long long> first_number(const char *path)
 {
     FILE *file = fopen(path, "r");
-    if (!file) return 0;
+    if (!file) return std::nullopt;
     unsigned long long number = 0;
-    if (fscanf(file, "%19llu", &number) != 1) number = 0;
+    const bool found = fscanf(file, "%19llu", &number) == 1;
     fclose(file);
-    return number;
+    return found ? std::optional(number) : std::nullopt;
 }
 
 } // namespace
@@ -26,15 +29,19 @@ unsigned long long machine_memory()
 {
     struct sysinfo machine;
     if (sysinfo(&machine) != 0) return 0;
-    const unsigned long long all = ((unsigned long long)machine.totalram + machine.totalswap) * machine.mem_unit;
-    const unsigned long long container = first_number("/sys/fs/cgroup/memory.max"); // "max": no limit
-    return container > 0 && container < all ? container : all;
+    const unsigned long long unit = machine.mem_unit, swap = machine.totalswap * unit,
+                             all = machine.totalram * unit + swap;
+    const auto memory = first_number("/sys/fs/cgroup/memory.max"); // of a container, swap space apart
+    if (!memory || *memory >= all) return all;
+    const unsigned long long own_swap = first_number("/sys/fs/cgroup/memory.swap.max").value_or(swap);
+    return std::min(all, *memory + std::min(swap, own_swap));
 }
 
 void limit_memory()
 {
     const unsigned long long all = machine_memory();
-    const unsigned long long held = first_number("/proc/self/statm") * (unsigned long long)sysconf(_SC_PAGESIZE);
+    const unsigned long long held =
+        first_number("/proc/self/statm").value_or(0) * (unsigned long long)sysconf(_SC_PAGESIZE);
     rlimit limit;
     if (all == 0 || held == 0 || held >= all || getrlimit(RLIMIT_AS, &limit) != 0) return;
     if (limit.rlim_cur <= all) return; // unlimited is the largest number
