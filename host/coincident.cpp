@@ -4,6 +4,7 @@
 #include <cmath>
 #include <unordered_map>
 
+#include "lump_checks.h"
 #include "result.h"
 #include "result_parts.h"
 
@@ -36,7 +37,7 @@ private:
     void find_places()
     {
         const result *r = p.runresults;
-        if (!r || p.dim == 1) return;
+        if (!r || p.dim == 1 || has_lumps(model)) return;
         int i = 0;
         for (int j = 0; j < p.nstations && i < r->nstar; j++)
             if (p.stations[j].status > 0) add_place(*r, p.stations[j].name, (size_t)i++);

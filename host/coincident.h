@@ -18,7 +18,7 @@ struct CoincidentSights {
 
 // Distances, directions, vertical angles and azimuths that took part in the run which left
 // its results in the model, by the approximate coordinates from which it started. None in
-// a run without results and in one of heights alone.
+// a run without results, of heights alone, or with lumps, whose points have places by epoch.
 CoincidentSights coincident_sights(const Model &model);
 
 } // namespace vornhost

@@ -34,6 +34,8 @@ struct Ran {
         FILE *out = tmpfile();
         outcome = solving ? run(folder.model, out, messages) : check(folder.model, out, messages);
         sights = coincident_sights(folder.model);
+        folder.model.targets.records[0].ilump = 1;
+        with_lumps = coincident_sights(folder.model);
         fclose(out);
         folder.model.p.freerun(folder.model.p.runresults);
         folder.model.p.runresults = nullptr;
@@ -47,7 +49,7 @@ struct Ran {
     Folder folder;
     Recorder messages;
     RunOutcome outcome;
-    CoincidentSights sights;
+    CoincidentSights sights, with_lumps; // of the same run with a point in a lump
 };
 
 std::string distances(const std::string &rows) { return "distances = '''\nfrom to value sigma\n" + rows + "'''\n"; }
@@ -100,6 +102,13 @@ TEST(CoincidentSights, AreThoseOfUsedObservationsAlone)
     EXPECT_EQ(Ran(text).sights.lines.size(), 1u);
     text.replace(text.find("A P 100"), 7, "A Q 100");
     EXPECT_TRUE(Ran(text).sights.lines.empty());
+}
+
+TEST(CoincidentSights, AreNotSoughtAmongLumps)
+{
+    const Ran ran(plane("compact", distances(good + "A P 100 0.01\nB P 100 0.01\nC P 100 0.01\n")));
+    EXPECT_EQ(ran.sights.lines.size(), 1u);
+    EXPECT_TRUE(ran.with_lumps.lines.empty());
 }
 
 TEST(CoincidentSights, FillSixLinesHoweverManyThereAre)
