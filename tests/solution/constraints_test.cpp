@@ -237,7 +237,6 @@ TEST(LumpConditions, HoldRotationsAtZero)
     for (int j = 0; j < 2; j++)
         for (int k = 0; k < 3; k++)
             expect_row(s.rows[3 * j + k], {}, {}, {s.record.iunk[j] + 3 + k}, {HARD}, -s.record.v[3 + k][j] * HARD);
-    EXPECT_TRUE(s.counts_agree);
 }
 
 TEST(LumpConditions, HoldTheScaleAtOne)
@@ -331,7 +330,6 @@ TEST(FixedHeights, HoldPointsOnTheSphereOfTheirHeight)
     ASSERT_EQ(2u, s.rows.size());
     expect_row(s.rows[0], {0, 1, 2}, {HARD / 1000 * 300, HARD / 1000 * -400, HARD}, {}, {}, 0.0);
     expect_row(s.rows[1], {3}, {HARD / 900 * 60}, {}, {}, 0.0);
-    EXPECT_TRUE(s.counts_agree);
 }
 
 TEST(FixedHeights, AtTheCentreOfTheSphereAreWhatTheDivisionGives)
@@ -403,7 +401,6 @@ TEST(WeightedValues, GiveOneRowForEachCoordinateAndOrientation)
         expect_row(s.rows[2 * k + 1], {}, {}, {k}, {2.0}, (0.25 * k - 0.125) * 2.0);
         expect_row(s.rows[6 + k], {3 + k}, {w}, {}, {}, 0.5 * (k + 1) * w); // a target has no orientation
     }
-    EXPECT_TRUE(s.counts_agree);
 }
 
 TEST(WeightedValues, WithASmallDeviationTakeTheCap)

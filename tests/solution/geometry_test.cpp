@@ -6,61 +6,11 @@
 #include <map>
 #include <random>
 
-#include "support/bare.h"
+#include "support/rows.h"
 
 namespace {
 
 const double PI = 3.14159265358979323846;
-
-struct Row {
-    std::vector<int> u1, u2;
-    std::vector<double> a1, a2;
-    double b;
-};
-
-// Keeps every row; can do something before a row is kept.
-class Rows : public Bare {
-public:
-    explicit Rows(int d) : Bare(d) {}
-    void addrow(int n1, int n2, double b) override
-    {
-        Row r;
-        r.b = b;
-        for (int k = 1; k <= n1; k++) {
-            r.u1.push_back(solution::ia1[k]);
-            r.a1.push_back(solution::a1[k]);
-        }
-        for (int k = 1; k <= n2; k++) {
-            r.u2.push_back(solution::ia2[k]);
-            r.a2.push_back(solution::a2[k]);
-        }
-        EXPECT_EQ(n1, solution::ia1[0]);
-        if (n2 > 0) {
-            EXPECT_EQ(n2, solution::ia2[0]);
-        }
-        rows.push_back(r);
-        if (after_row) after_row();
-    }
-
-    // Gives every coordinate in use and every parameter of the stations an unknown.
-    void number_all(int nsta_)
-    {
-        int k1 = 0, k2 = 0;
-        for (size_t p = 0; p < points.size(); p++) {
-            for (int c = 0; c < 3; c++) points[p].n0[c] = k1++;
-            for (int c = 0; c < 6 && (int)p < nsta_; c++) points[p].n1[c] = k2++;
-        }
-        const int red = iredux;
-        wire(nsta_);
-        iredux = red;
-        nunk1 = k1;
-        nunk2 = k2;
-        nunk = k1 + k2;
-    }
-
-    std::vector<Row> rows;
-    std::function<void()> after_row;
-};
 
 // Sum of the entries of an unknown.
 double entry(const std::vector<int> &u, const std::vector<double> &a, int number)
@@ -93,10 +43,10 @@ void expect_derivatives(Rows &s, const Row &row, double w, const std::function<d
     for (size_t p = 0; p < s.points.size(); p++) {
         point &pt = s.points[p];
         for (int c = 0; c < 3; c++)
-            EXPECT_NEAR(entry(row.u1, row.a1, pt.n0[c]) / w, quotient(f, &pt.xpt[c], STEP_M), TOLERANCE)
+            EXPECT_NEAR(entry(row.i1, row.c1, pt.n0[c]) / w, quotient(f, &pt.xpt[c], STEP_M), TOLERANCE)
                 << "point " << p << " coordinate " << c;
         for (int c = 0; c < 6 && (int)p < nsta; c++)
-            EXPECT_NEAR(entry(row.u2, row.a2, pt.n1[c]) / w, quotient(f, &pt.xex[c], STEP_RAD), TOLERANCE)
+            EXPECT_NEAR(entry(row.i2, row.c2, pt.n1[c]) / w, quotient(f, &pt.xex[c], STEP_RAD), TOLERANCE)
                 << "station " << p << " parameter " << c;
     }
 }
@@ -273,8 +223,8 @@ TEST(NormDist, OrdersTheEntriesByAxisFromBeforeTo)
     s.observe(s.dist, 1, 3, 30, 0.01).typ = 1;
     s.number_all(3);
     S(s, norm_dist)();
-    EXPECT_EQ(s.rows[0].u1, (std::vector<int>{3, 9, 4, 10, 5, 11}));
-    EXPECT_EQ(s.rows[0].u2, (std::vector<int>{9, 10})); // additive constant, scale
+    EXPECT_EQ(s.rows[0].i1, (std::vector<int>{3, 9, 4, 10, 5, 11}));
+    EXPECT_EQ(s.rows[0].i2, (std::vector<int>{9, 10})); // additive constant, scale
 }
 
 TEST(NormDist, UsesTheConstantsOfAStationWithoutUnknownConstant)
@@ -289,10 +239,10 @@ TEST(NormDist, UsesTheConstantsOfAStationWithoutUnknownConstant)
     S(s, nunk1) = 1;
     S(s, norm_dist)();
     EXPECT_DOUBLE_EQ(s.rows[0].b, (10.0 - (2.0 * 5.0 + 0.5)) * 2.0);
-    EXPECT_DOUBLE_EQ(s.rows[0].a1[0], 2.0 * 2.0 * 3.0 / 5.0);
+    EXPECT_DOUBLE_EQ(s.rows[0].c1[0], 2.0 * 2.0 * 3.0 / 5.0);
     EXPECT_DOUBLE_EQ(s.rows[1].b, (10.0 - 5.0) * 2.0);
-    EXPECT_DOUBLE_EQ(s.rows[1].a1[0], 2.0 * 3.0 / 5.0);
-    EXPECT_TRUE(s.rows[0].u2.empty());
+    EXPECT_DOUBLE_EQ(s.rows[1].c1[0], 2.0 * 3.0 / 5.0);
+    EXPECT_TRUE(s.rows[0].i2.empty());
 }
 
 TEST(NormDist, GivesARowWithoutCoordinatesBetweenFixedPoints)
@@ -304,9 +254,9 @@ TEST(NormDist, GivesARowWithoutCoordinatesBetweenFixedPoints)
     s.wire(1);
     S(s, nunk2) = 1;
     S(s, norm_dist)();
-    EXPECT_TRUE(s.rows[0].u1.empty());
-    EXPECT_EQ(s.rows[0].u2, std::vector<int>{0});
-    EXPECT_DOUBLE_EQ(s.rows[0].a2[0], 50.0);
+    EXPECT_TRUE(s.rows[0].i1.empty());
+    EXPECT_EQ(s.rows[0].i2, std::vector<int>{0});
+    EXPECT_DOUBLE_EQ(s.rows[0].c2[0], 50.0);
 }
 
 TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
@@ -318,8 +268,8 @@ TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
     s.wire(1);
     S(s, nunk1) = 2;
     S(s, norm_dist)();
-    ASSERT_EQ(s.rows[0].u1, (std::vector<int>{0, 1}));
-    for (const double a : s.rows[0].a1) EXPECT_TRUE(isnan(a)); // infinity times zero
+    ASSERT_EQ(s.rows[0].i1, (std::vector<int>{0, 1}));
+    for (const double a : s.rows[0].c1) EXPECT_TRUE(isnan(a)); // infinity times zero
     EXPECT_DOUBLE_EQ(s.rows[0].b, 10.0);
 }
 
@@ -347,8 +297,8 @@ TEST(RowBuilders, LeaveOutNumbersThatTheNetworkDoesNotHave)
     s.wire(3);
     S(s, nunk1) = 5;
     S(s, norm_dir2)();
-    EXPECT_TRUE(s.rows[0].u1.empty());
-    EXPECT_TRUE(s.rows[0].u2.empty());
+    EXPECT_TRUE(s.rows[0].i1.empty());
+    EXPECT_TRUE(s.rows[0].i2.empty());
 }
 
 // ---- height differences ----
@@ -366,7 +316,7 @@ TEST(NormDifh, CoefficientsAreTheDerivativesOfTheDifference)
         const measure &m = s.difh[i];
         auto f = [&] { return m.p2->xpt[2] - m.p1->xpt[2]; };
         expect_derivatives(s, s.rows[i], 3.0 / m.val[1], f, 3);
-        EXPECT_EQ(s.rows[i].u1, (std::vector<int>{m.p1->n0[2], m.p2->n0[2]}));
+        EXPECT_EQ(s.rows[i].i1, (std::vector<int>{m.p1->n0[2], m.p2->n0[2]}));
     }
 }
 
@@ -515,13 +465,13 @@ TEST(NormDir2, CoefficientsAreTheDerivativesOfTheComputedAngle)
                 const measure &m = s.dir2[i];
                 const double w = 2.0 / m.val[1];
                 // The vertical term has a column but no part in the computed value.
-                EXPECT_DOUBLE_EQ(entry(s.rows[i].u2, s.rows[i].a2, m.p1->n1[5]), w);
+                EXPECT_DOUBLE_EQ(entry(s.rows[i].i2, s.rows[i].c2, m.p1->n1[5]), w);
                 Row rest = s.rows[i];
-                for (size_t k = 0; k < rest.u2.size(); k++)
-                    if (rest.u2[k] == m.p1->n1[5]) rest.a2[k] = 0.0;
+                for (size_t k = 0; k < rest.i2.size(); k++)
+                    if (rest.i2[k] == m.p1->n1[5]) rest.c2[k] = 0.0;
                 expect_derivatives(
                     s, rest, w, [&] { return computed_vertical(s, (int)i); }, 3);
-                EXPECT_EQ(rest.u2, (std::vector<int>{m.p1->n1[0], m.p1->n1[1], m.p1->n1[5]}));
+                EXPECT_EQ(rest.i2, (std::vector<int>{m.p1->n1[0], m.p1->n1[1], m.p1->n1[5]}));
                 EXPECT_NEAR(s.rows[i].b, (m.val[0] - computed_vertical(s, (int)i)) * w, 1e-9);
             }
         }
@@ -674,7 +624,7 @@ TEST(NormAz, RowIsThatOfThePlainDirection)
             return remainder(atan2(m.p2->xpt[1] - m.p1->xpt[1], m.p2->xpt[0] - m.p1->xpt[0]) - c0, 2 * PI);
         };
         expect_derivatives(s, s.rows[i], 2.0 / m.val[1], plain, 3);
-        EXPECT_EQ(s.rows[i].u1, (std::vector<int>{m.p1->n0[0], m.p2->n0[0], m.p1->n0[1], m.p2->n0[1]}));
+        EXPECT_EQ(s.rows[i].i1, (std::vector<int>{m.p1->n0[0], m.p2->n0[0], m.p1->n0[1], m.p2->n0[1]}));
     }
 }
 
@@ -746,7 +696,7 @@ TEST(NormAz, BringsTheMisclosureBackAndWeighsIt)
     S(s, norm_az)();
     EXPECT_NEAR(s.rows[0].b, (3.5 - 2 * PI) * 2.0, 1e-14);
     EXPECT_DOUBLE_EQ(s.rows[1].b, 0.5 * 100000000.0);
-    EXPECT_TRUE(s.rows[0].u2.empty());
+    EXPECT_TRUE(s.rows[0].i2.empty());
 }
 
 TEST(NormAz, GivesZeroCoefficientsBetweenCoincidentPoints)
@@ -759,7 +709,7 @@ TEST(NormAz, GivesZeroCoefficientsBetweenCoincidentPoints)
     S(s, radius) = 6e6;
     S(s, nunk1) = 2;
     S(s, norm_az)();
-    EXPECT_EQ(s.rows[0].a1, (std::vector<double>{0.0, -0.0}));
+    EXPECT_EQ(s.rows[0].c1, (std::vector<double>{0.0, -0.0}));
 }
 
 // ---- lumps ----
@@ -809,7 +759,7 @@ public:
         for (int k = 0; k < 2; k++)
             for (int j = 0; j < 2; j++)
                 for (int c = 0; c < 7; c++)
-                    EXPECT_NEAR(entry(rows[0].u2, rows[0].a2, first[k][j] + c) / w,
+                    EXPECT_NEAR(entry(rows[0].i2, rows[0].c2, first[k][j] + c) / w,
                                 quotient(f, &par[k][c][j], c < 3 ? STEP_M : STEP_RAD), TOLERANCE)
                         << "lump " << k << " epoch " << j << " parameter " << c;
     }
@@ -846,8 +796,8 @@ const Family FAMILIES[] = {{"distance", &Bare::dist,
 // The vertical term of the instrument has no part in the computed value.
 void without_vertical_term(Rows &s)
 {
-    for (size_t k = 0; k < s.rows[0].u2.size(); k++)
-        if (s.rows[0].u2[k] == s.points[0].n1[5]) s.rows[0].a2[k] = 0.0;
+    for (size_t k = 0; k < s.rows[0].i2.size(); k++)
+        if (s.rows[0].i2[k] == s.points[0].n1[5]) s.rows[0].c2[k] = 0.0;
 }
 
 } // namespace
@@ -899,13 +849,13 @@ TEST(LumpedRows, CarryTheCoefficientOfAMovedStationOverToItsTarget)
         const point &p = s.points[0], &q = s.points[3];
         auto f = [&] { return family.computed(s, 0); };
         for (int c = 0; c < 3; c++) {
-            const double of_q = entry(row.u1, row.a1, q.n0[c]) / 2.0;
+            const double of_q = entry(row.i1, row.c1, q.n0[c]) / 2.0;
             const double derivative = quotient(f, &s.points[3].xpt[c], STEP_M);
             if (c == 1) {
                 EXPECT_NEAR(of_q, derivative, TOLERANCE);
                 continue;
             }
-            const double of_p = entry(row.u1, row.a1, p.n0[c]) / 2.0;
+            const double of_p = entry(row.i1, row.c1, p.n0[c]) / 2.0;
             EXPECT_NEAR(of_p, quotient(f, &s.points[0].xpt[c], STEP_M), TOLERANCE);
             EXPECT_EQ(of_q, -of_p);
             EXPECT_GT(fabs(of_q - derivative), 1e-4);
@@ -924,9 +874,9 @@ TEST(LumpedRows, ArePlainAtTheReferenceEpochAndAtEpochsThatTheLumpDoesNotKnow)
             t.sight(t.*family.list, 0);
             family.norm(s);
             family.norm(t);
-            EXPECT_EQ(s.rows[0].u1, t.rows[0].u1);
-            EXPECT_EQ(s.rows[0].a1, t.rows[0].a1);
-            EXPECT_EQ(s.rows[0].u2, t.rows[0].u2);
+            EXPECT_EQ(s.rows[0].i1, t.rows[0].i1);
+            EXPECT_EQ(s.rows[0].c1, t.rows[0].c1);
+            EXPECT_EQ(s.rows[0].i2, t.rows[0].i2);
             EXPECT_EQ(s.rows[0].b, t.rows[0].b);
         }
 }
@@ -936,9 +886,9 @@ TEST(LumpedRows, HoldTheFourteenParametersBehindTheOrientation)
     Lumped s(7, 1, 2);
     s.sight(s.dir2, 10);
     S(s, norm_dir2)();
-    EXPECT_EQ(s.rows[0].u2.size(), 17u);
-    EXPECT_EQ(s.rows[0].u2[3], s.first[0][0]);
-    EXPECT_EQ(s.rows[0].u2[10], s.first[1][0]);
+    EXPECT_EQ(s.rows[0].i2.size(), 17u);
+    EXPECT_EQ(s.rows[0].i2[3], s.first[0][0]);
+    EXPECT_EQ(s.rows[0].i2[10], s.first[1][0]);
 }
 
 TEST(LumpedRows, TakeTheConstantsOfTheInstrumentToo)

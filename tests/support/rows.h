@@ -3,6 +3,9 @@
 #ifndef TESTS_ROWS_H
 #define TESTS_ROWS_H
 
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -35,7 +38,8 @@ public:
 
     void addrow(int n1, int n2, double b) override
     {
-        counts_agree = counts_agree && n1 == ia1[0] && n2 == ia2[0];
+        EXPECT_EQ(n1, ia1[0]); // every row comes with the counts of the row buffer
+        EXPECT_EQ(n2, ia2[0]);
         Row r;
         for (int k = 1; k <= n1; k++) {
             r.i1.push_back(solution::ia1[k]);
@@ -47,6 +51,7 @@ public:
         }
         r.b = b;
         rows.push_back(r);
+        if (after_row) after_row();
     }
 
     void buildgps(int ibase, const int iu[6], const double w[3]) override
@@ -58,9 +63,25 @@ public:
         bases.push_back(r);
     }
 
+    // Gives every coordinate and every parameter of the stations an unknown.
+    void number_all(int nsta_)
+    {
+        int k1 = 0, k2 = 0;
+        for (size_t p = 0; p < points.size(); p++) {
+            for (int c = 0; c < 3; c++) points[p].n0[c] = k1++;
+            for (int c = 0; c < 6 && (int)p < nsta_; c++) points[p].n1[c] = k2++;
+        }
+        const int red = iredux;
+        wire(nsta_);
+        iredux = red;
+        nunk1 = k1;
+        nunk2 = k2;
+        nunk = k1 + k2;
+    }
+
     std::vector<Row> rows;
     std::vector<BaseRow> bases;
-    bool counts_agree = true; // every row came with the counts of the row buffer
+    std::function<void()> after_row; // what a test does between two rows
 
 private:
     using solution::ia1;
