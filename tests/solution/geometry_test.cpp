@@ -76,6 +76,20 @@ void every_sight(Rows &s, std::vector<measure> &list)
             if (p != q) s.observe(list, p, q, 0.3 * p - 0.2 * q, 0.01 * (1 + p));
 }
 
+struct Place {
+    double x, y, z;
+};
+
+// A station P and a point Q with one observation between them.
+measure &one_sight(Rows &s, std::vector<measure> &list, const Place &p, const Place &q, double val, double sigma)
+{
+    s.add("P", p.x, p.y, p.z);
+    s.add("Q", q.x, q.y, q.z);
+    measure &m = s.observe(list, 0, 1, val, sigma);
+    s.wire(1);
+    return m;
+}
+
 // Results of the routines that the caller holds.
 struct Held {
     double d[3], e[3], g[3], r1[3][3], r2[3][3], rr, l, ca, sa, cb, sb, cc, sc;
@@ -199,20 +213,14 @@ TEST(NormDist, CoefficientsAreTheDerivativesOfTheComputedValue)
 TEST(Distance, IsPlaneInDimension2UnlessAReductionWorksInSpace)
 {
     Rows s(2);
-    s.add("P", 0, 0, 0);
-    s.add("Q", 3, 4, 12);
-    s.observe(s.dist, 0, 1, 13, 1);
-    s.wire(1);
+    one_sight(s, s.dist, {0, 0, 0}, {3, 4, 12}, 13, 1);
     EXPECT_DOUBLE_EQ(computed_distance(s, 0), 5.0);
     for (int code : {1, 2, 3, 9}) {
         S(s, iredux) = code;
         EXPECT_DOUBLE_EQ(computed_distance(s, 0), 13.0);
     }
     Rows t(3);
-    t.add("P", 0, 0, 0);
-    t.add("Q", 3, 4, 12);
-    t.observe(t.dist, 0, 1, 13, 1);
-    t.wire(1);
+    one_sight(t, t.dist, {0, 0, 0}, {3, 4, 12}, 13, 1);
     EXPECT_DOUBLE_EQ(computed_distance(t, 0), 13.0);
 }
 
@@ -276,12 +284,9 @@ TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
 TEST(NormDist, IgnoresHeightsOfInstrumentAndTargetWithoutReduction)
 {
     Rows s(3);
-    s.add("P", 0, 0, 0);
-    s.add("Q", 3, 4, 0);
-    measure &m = s.observe(s.dist, 0, 1, 5.5, 1.0);
+    measure &m = one_sight(s, s.dist, {0, 0, 0}, {3, 4, 0}, 5.5, 1.0);
     m.h1 = 1.5;
     m.h2 = 2.5;
-    s.wire(1);
     S(s, norm_dist)();
     EXPECT_DOUBLE_EQ(s.rows[0].b, 0.5);
 }
@@ -434,12 +439,10 @@ TEST(NormDir1, ReducesTheDirectionsOfALevelledInstrumentAlone)
 {
     for (int typ : {0, 1}) {
         Rows s(3);
-        s.add("P", 1000, 500, 10).typ = typ;
-        s.add("Q", 1500, 900, 80);
-        measure &m = s.observe(s.dir1, 0, 1, 0.6, 0.5);
+        measure &m = one_sight(s, s.dir1, {1000, 500, 10}, {1500, 900, 80}, 0.6, 0.5);
+        s.points[0].typ = typ;
         m.h1 = 1.5;
         m.h2 = 2.0;
-        s.wire(1);
         S(s, radius) = 10000.0;
         S(s, norm_dir1)();
         const double r = typ ? S(s, dir1red)(0) : 0.0;
@@ -481,10 +484,7 @@ TEST(NormDir2, IsAnElevationInEveryDimension)
 {
     for (int dim : {2, 3}) {
         Rows s(dim);
-        s.add("P", 0, 0, 1);
-        s.add("Q", 3, 4, 6);
-        s.observe(s.dir2, 0, 1, 0, 1);
-        s.wire(1);
+        one_sight(s, s.dir2, {0, 0, 1}, {3, 4, 6}, 0, 1);
         EXPECT_DOUBLE_EQ(computed_vertical(s, 0), atan2(5.0, 5.0));
     }
 }
@@ -492,10 +492,7 @@ TEST(NormDir2, IsAnElevationInEveryDimension)
 TEST(NormDir2, DoesNotBringTheMisclosureBack)
 {
     Rows s(3);
-    s.add("P", 0, 0, 0);
-    s.add("Q", 5, 0, 0);
-    s.observe(s.dir2, 0, 1, 6.0, 0.5);
-    s.wire(1);
+    one_sight(s, s.dir2, {0, 0, 0}, {5, 0, 0}, 6.0, 0.5);
     S(s, norm_dir2)();
     EXPECT_DOUBLE_EQ(s.rows[0].b, 12.0);
 }
@@ -518,10 +515,7 @@ TEST(NormDir2, StopsTheListAtASightToTheZenith)
 TEST(NormDir2, StopsTheListBetweenCoincidentPoints)
 {
     Rows s(3);
-    s.add("P", 1, 2, 3);
-    s.add("Q", 1, 2, 3);
-    s.observe(s.dir2, 0, 1, 0.0, 1.0);
-    s.wire(1);
+    one_sight(s, s.dir2, {1, 2, 3}, {1, 2, 3}, 0.0, 1.0);
     EXPECT_EQ(computed_vertical(s, 0), 0.0);
     S(s, norm_dir2)();
     EXPECT_TRUE(s.rows.empty());
@@ -531,10 +525,7 @@ TEST(NormDir2, StopsTheListBetweenCoincidentPoints)
 TEST(NormDir2, NeverComputesANotANumberForASteepSight)
 {
     Rows s(3);
-    s.add("P", 0, 0, 0);
-    s.add("Q", 0, 0, 0);
-    s.observe(s.dir2, 0, 1, 0.0, 1.0);
-    s.wire(1);
+    one_sight(s, s.dir2, {0, 0, 0}, {0, 0, 0}, 0.0, 1.0);
     std::mt19937 random(9);
     std::uniform_real_distribution<double> angle(-PI, PI);
     for (int k = 0; k < 2000; k++) {
@@ -565,12 +556,10 @@ TEST(NormDir2, ReducesTheAnglesOfALevelledInstrumentAlone)
 {
     for (int typ : {0, 1}) {
         Rows s(3);
-        s.add("P", 1000, 500, 10).typ = typ;
-        s.add("Q", 1300, 900, 80);
-        measure &m = s.observe(s.dir2, 0, 1, 0.6, 0.5);
+        measure &m = one_sight(s, s.dir2, {1000, 500, 10}, {1300, 900, 80}, 0.6, 0.5);
+        s.points[0].typ = typ;
         m.h1 = 1.5;
         m.h2 = 2.0;
-        s.wire(1);
         S(s, radius) = 10000.0;
         S(s, norm_dir2)();
         const double r = typ ? S(s, dir2red)(0) : 0.0;
@@ -664,10 +653,7 @@ TEST(Azcomp, IsTheDirectionAroundTheVerticalOfTheSphereLessTheConvergence)
 TEST(Azcomp, OnAPlaneIsTheTurnedDirection)
 {
     Rows s(3);
-    s.add("P", 10, 20, 0);
-    s.add("Q", 15, 20, 0);
-    s.observe(s.az, 0, 1, 0, 1);
-    s.wire(1);
+    one_sight(s, s.az, {10, 20, 0}, {15, 20, 0}, 0, 1);
     s.n.p.azrot = 0.3;
     S(s, radius) = 1e15;
     EXPECT_NEAR(S(s, azcomp)(0), 0.3, 1e-12);
@@ -676,10 +662,7 @@ TEST(Azcomp, OnAPlaneIsTheTurnedDirection)
 TEST(Azcomp, OnASphereWithoutRadiusIsWhatTheDivisionGives)
 {
     Rows s(3);
-    s.add("P", 10, 20, 0);
-    s.add("Q", 15, 20, 0);
-    s.observe(s.az, 0, 1, 0, 1);
-    s.wire(1);
+    one_sight(s, s.az, {10, 20, 0}, {15, 20, 0}, 0, 1);
     EXPECT_FALSE(isfinite(S(s, azcomp)(0)));
 }
 
@@ -774,24 +757,13 @@ struct Family {
     double (*computed)(Rows &s, int i);
 };
 
-const Family FAMILIES[] = {{"distance", &Bare::dist,
-                            [](Rows &s) {
-                                S(s, norm_dist)
-                                ();
-                            },
-                            computed_distance},
-                           {"direction", &Bare::dir1,
-                            [](Rows &s) {
-                                S(s, norm_dir1)
-                                ();
-                            },
-                            computed_direction},
-                           {"vertical angle", &Bare::dir2,
-                            [](Rows &s) {
-                                S(s, norm_dir2)
-                                ();
-                            },
-                            computed_vertical}};
+void distance_rows(Rows &s) { S(s, norm_dist)(); }
+void direction_rows(Rows &s) { S(s, norm_dir1)(); }
+void vertical_rows(Rows &s) { S(s, norm_dir2)(); }
+
+const Family FAMILIES[] = {{"distance", &Bare::dist, distance_rows, computed_distance},
+                           {"direction", &Bare::dir1, direction_rows, computed_direction},
+                           {"vertical angle", &Bare::dir2, vertical_rows, computed_vertical}};
 
 // The vertical term of the instrument has no part in the computed value.
 void without_vertical_term(Rows &s)
