@@ -40,7 +40,7 @@ void simplex::finish()
     }
     free(a);
     a = NULL;
-    freestat(); // class limits of the residuals at a limit of no iterations
+    freestat(); // the class limits of residuals that are listed where the iterations are limited to none
 }
 
 void simplex::banner()

@@ -140,7 +140,8 @@ void vorn::set_prepare()
     int next = 0;
     number_coordinates(points + nsta, points + npoints, &next);
     number_coordinates(points, points + nsta, &next);
-    if (next > nunk1) nunk1 = next; // heights without value of which only the first is held count as fixed
+    // Heights to be held without a value were all counted as fixed, but only the first of them is.
+    if (next > nunk1) nunk1 = next;
     number_constants(number_orientations(points, points + nsta));
     nunk = as_count((long long)nunk1 + nunk2);
 }
