@@ -52,10 +52,11 @@ private:
                                          element(r.z0, i).value_or(0.0)};
     }
 
-    // Heights of instrument and target set a distance in space apart.
+    // A distance that is reduced in the plane takes the heights of its points, which a plane run
+    // does not return.
     bool in_one_place(const std::string &kind, const measure_input &m) const
     {
-        if (kind == "distance" && p.dim == 3 && m.h1 != m.h2) return false;
+        if (kind == "distance" && p.dim == 2 && p.iredux != 0) return false;
         const auto from = places.find(bare_name(m.from, sizeof m.from)), to = places.find(bare_name(m.to, sizeof m.to));
         if (from == places.end() || to == places.end()) return false;
         for (size_t c = 0; c < 3; c++)
