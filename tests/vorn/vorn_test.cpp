@@ -366,6 +366,25 @@ TEST(Vornstart, SetsUpARunOnce)
     EXPECT_EQ(run.vornL2(), 0) << n.report(); // the first set-up stands
 }
 
+// The second least-squares adjustment finds nothing left to do: a step below the threshold.
+TEST(Solvers, GoOnWhereAnotherEnded)
+{
+    int (vorn::*const entries[])() = {&vorn::vornL2, &vorn::vornjordan, &vorn::vornL1};
+    for (const auto first : entries)
+        for (const auto second : entries) {
+            Network n(2);
+            add_determined(n);
+            vorn run(n.ready());
+            ASSERT_EQ(run.vornstart(), 0);
+            ASSERT_EQ((run.*first)(), 0);
+            const double x = V(run, points)[0].xpt[0];
+            EXPECT_EQ((run.*second)(), 0);
+            if (first != &vorn::vornL1 && second != &vorn::vornL1) {
+                EXPECT_NEAR(V(run, points)[0].xpt[0], x, n.p.convergence);
+            }
+        }
+}
+
 TEST(Solvers, InvertByTheRulesOfTheirEntry)
 {
     for (int irun : {-2, -1, 0, 1, 2}) {
