@@ -8,22 +8,15 @@
 
 #include "support/access.h"
 #include "support/leastabs.h"
+#include "support/passive.h"
 #include "support/random_network.h"
 
 namespace {
 
 // Keeps the rows of the adjustment, which carry their weight.
-class Keeper final : public solution {
+class Keeper final : public Passive {
 public:
-    explicit Keeper(const solverinput &in) : solution(in) {}
-    void finish() override {}
-    void banner() override {}
-    void debugnormal() override {}
-    int prepare() override { return 0; }
-    void zeronormal() override {}
-    int resolution() override { return 0; }
-    void buildgps(int, const int[6], const double[3]) override {}
-    int inverse() override { return 0; }
+    using Passive::Passive;
     void addrow(int n1, int n2, double misclosure) override
     {
         std::vector<long double> row((size_t)nunk, 0.0L);

@@ -4,6 +4,7 @@
 #include "support/dense.h"
 #include "support/faults.h"
 #include "support/random_network.h"
+#include "support/passive.h"
 #include "support/simplex_hand.h"
 
 namespace {
@@ -246,17 +247,9 @@ TEST(Balance, ChangesTheCostsAndNotTheRows)
 namespace {
 
 // The row of each observation as the adjustment builds it, divided by its weight.
-class Design final : public solution {
+class Design final : public Passive {
 public:
-    Design(const solverinput &in, std::vector<double> weights) : solution(in), w(std::move(weights)) {}
-    void finish() override {}
-    void banner() override {}
-    void debugnormal() override {}
-    int prepare() override { return 0; }
-    void zeronormal() override {}
-    int resolution() override { return 0; }
-    void buildgps(int, const int[6], const double[3]) override {}
-    int inverse() override { return 0; }
+    Design(const solverinput &in, std::vector<double> weights) : Passive(in), w(std::move(weights)) {}
     void addrow(int n1, int n2, double) override
     {
         std::vector<long double> row((size_t)nunk, 0.0L);

@@ -22,6 +22,7 @@
 
 #include "support/access.h"
 #include "support/network.h"
+#include "support/passive.h"
 
 // The records, made before the solution that points to them.
 struct BareRecords {
@@ -94,9 +95,9 @@ struct BareRecords {
     tempresult result = tempresult();
 };
 
-class Bare : public BareRecords, public solution {
+class Bare : public BareRecords, public Passive {
 public:
-    explicit Bare(int dim_) : BareRecords(dim_), solution(input()) { solution::dim = dim_; }
+    explicit Bare(int dim_) : BareRecords(dim_), Passive(input()) { solution::dim = dim_; }
 
     ~Bare() { release(); }
 
@@ -105,14 +106,6 @@ public:
         finished++;
         release();
     }
-    void banner() override {}
-    void debugnormal() override {}
-    int prepare() override { return 0; }
-    void zeronormal() override {}
-    int resolution() override { return 0; }
-    void addrow(int, int, double) override {}
-    void buildgps(int, const int[6], const double[3]) override {}
-    int inverse() override { return 0; }
 
     camera &camerawith(const char *name, double focal, double pixel)
     {
