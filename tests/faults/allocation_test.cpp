@@ -170,9 +170,6 @@ std::vector<std::string> networks()
 // Runs work in a folder of their own: some write files beside the report.
 class EachFails : public testing::Test {
 protected:
-    EachFails() { std::filesystem::current_path(folder.path); }
-    ~EachFails() override { std::filesystem::current_path(before); }
-
     bool simplex_takes(const std::string &path) const
     {
         vornhost::Model model;
@@ -233,7 +230,7 @@ protected:
     }
 
     Folder folder;
-    std::filesystem::path before = std::filesystem::current_path();
+    InFolder in{folder.path};
 };
 
 class Allocations : public EachFails, public testing::WithParamInterface<std::string> {};

@@ -7,8 +7,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <filesystem>
-
 #include "faults/engine_run.h"
 #include "host/folder.h"
 #include "numerics/memory.h"
@@ -23,9 +21,6 @@ using vornhost::Solver;
 
 class Extremes : public testing::TestWithParam<const char *> {
 protected:
-    Extremes() { std::filesystem::current_path(folder.path); }
-    ~Extremes() override { std::filesystem::current_path(before); }
-
     // Returns what the runs said.
     template <class Change> std::string ends(const Change &change)
     {
@@ -45,7 +40,7 @@ protected:
     }
 
     Folder folder;
-    std::filesystem::path before = std::filesystem::current_path();
+    InFolder in{folder.path};
 };
 
 TEST_P(Extremes, OfTheIterations)

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <filesystem>
 #include <thread>
 
 #include "faults/engine_run.h"
@@ -16,10 +15,8 @@ namespace {
 // Side files of the runs go into a folder of their own.
 class Threads : public testing::Test {
 protected:
-    Threads() { std::filesystem::current_path(folder.path); }
-    ~Threads() override { std::filesystem::current_path(before); }
     Folder folder;
-    std::filesystem::path before = std::filesystem::current_path();
+    InFolder in{folder.path};
 };
 
 std::string example(const char *name) { return SOURCE_DIR "/examples/" + std::string(name) + ".inp"; }

@@ -50,10 +50,8 @@ std::vector<double> coordinates(const EngineRun &network)
 
 class FullDiskRun : public testing::TestWithParam<const char *> {
 protected:
-    FullDiskRun() { std::filesystem::current_path(folder.path); }
-    ~FullDiskRun() override { std::filesystem::current_path(before); }
     Folder folder;
-    std::filesystem::path before = std::filesystem::current_path();
+    InFolder in{folder.path};
 };
 
 TEST_P(FullDiskRun, AdjustsAsWithAReport)

@@ -28,9 +28,6 @@ std::string levelling(const std::string &b, const std::string &c, const std::str
 // Runs in a folder of their own, in which the network file stands.
 class ConnectedNets : public testing::Test {
 protected:
-    ConnectedNets() { std::filesystem::current_path(folder.path); }
-    ~ConnectedNets() override { std::filesystem::current_path(before); }
-
     // Runs the network as NAME.inp.
     RunOutcome run(const std::string &name, const std::string &text, bool solving = true)
     {
@@ -71,8 +68,8 @@ protected:
     static std::string import() { return "[connected_net]\nfile = \"main.con\"\n"; }
 
     Folder folder;
+    InFolder in{folder.path};
     Lines told;
-    std::filesystem::path before = std::filesystem::current_path();
 };
 
 TEST_F(ConnectedNets, AreExportedByAWholeRun)

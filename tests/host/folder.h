@@ -9,27 +9,17 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "network_file.h"
+#include "support/workfolder.h"
 
 using Lines = std::vector<std::string>;
 
-class Folder {
+class Folder : public TemporaryFolder {
 public:
-    Folder()
-    {
-        char pattern[] = "/tmp/vornXXXXXX";
-        path = mkdtemp(pattern) ? pattern : "/nowhere";
-    }
-    ~Folder() { std::filesystem::remove_all(path); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-
-    std::string file(const std::string &name) const { return path + "/" + name; }
     std::string write(const std::string &name, const std::string &text) const
     {
         std::ofstream(file(name), std::ios::binary) << text;
@@ -63,7 +53,6 @@ public:
             line.erase(at, prefix.size());
     }
 
-    std::string path;
     vornhost::Model model;
     vornhost::Faults faults;
     bool accepted = false;

@@ -93,9 +93,7 @@ TEST(MonitoredWall, HasNoPrecisionWithoutStatistics)
 // Each allocation of the engine fails in turn.
 TEST(MonitoredWall, SaysThatNotAllEpochsWereCompared)
 {
-    Folder folder;
-    const std::filesystem::path home = std::filesystem::current_path();
-    std::filesystem::current_path(folder.path); // takes simili.out
+    const WorkFolder folder; // takes simili.out
     int incomplete = 0;
     for (int n = 1;; n++) {
         Model model;
@@ -116,7 +114,6 @@ TEST(MonitoredWall, SaysThatNotAllEpochsWereCompared)
         model.p.freerun(model.p.runresults);
         if (!met) break;
     }
-    std::filesystem::current_path(home);
     EXPECT_GT(incomplete, 0);
 }
 
@@ -125,17 +122,14 @@ TEST(MonitoredWall, HasItsMotionsBackFromSplitPoints)
 {
     for (const Solver solver : {Solver::Compact, Solver::Jordan}) {
         const Results adjusted = adjusted_wall(solver);
-        Folder folder;
+        const WorkFolder folder; // takes simili.out
         Model model;
         Faults faults;
         ASSERT_TRUE(read_network(SOURCE_DIR "/examples/monitoring_wall.inp", model, faults));
         model.solver = solver;
         model.p.lumpmethod = 9;
         for (size_t i = 3; i < 7; i++) std::swap(model.targets.records[i], model.targets.records[i + 6]);
-        const std::filesystem::path home = std::filesystem::current_path();
-        std::filesystem::current_path(folder.path); // takes simili.out
         const Results r = adjusted_results(model);
-        std::filesystem::current_path(home);
         ASSERT_EQ(r.lumps.size(), 2u);
         EXPECT_EQ(r.points.size(), adjusted.points.size());
         for (size_t i = 0; i < 2; i++)

@@ -325,14 +325,12 @@ TEST(Check, WritesNoConnectedNet)
 {
     Case c("[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code connect\nA 100 fixed none\nB 101 free export\n"
            "'''\nheight_differences = '''\nfrom to value sigma\nA B 1 1\nB A -1.001 1\n'''\n");
-    const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(c.folder.path);
+    const InFolder in(c.folder.path);
     c.check();
     EXPECT_FALSE(std::filesystem::exists("net.con"));
     EXPECT_EQ(c.model().targets.records[1].iconn, 1);
     c.run();
     EXPECT_TRUE(std::filesystem::exists("net.con"));
-    std::filesystem::current_path(before);
 }
 
 // Every allocation of the engine fails once; each run ends in words and leaks nothing.

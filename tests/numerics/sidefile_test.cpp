@@ -11,18 +11,13 @@
 #include <sstream>
 #include <string>
 
+#include "support/workfolder.h"
+
 namespace {
 
 class SideFile : public testing::Test {
 protected:
-    SideFile()
-    {
-        char pattern[] = "/tmp/sidefileXXXXXX";
-        folder = mkdtemp(pattern) ? pattern : "/nowhere";
-    }
-    ~SideFile() override { std::filesystem::remove_all(folder); }
-
-    std::string path(const std::string &name) const { return (folder / name).string(); }
+    std::string path(const std::string &name) const { return folder.file(name); }
 
     // Writes n characters into the file; returns the errno that is left.
     static int write(const std::string &name, int n)
@@ -35,7 +30,7 @@ protected:
         return error;
     }
 
-    std::filesystem::path folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(SideFile, IsMadeAnewAndLeavesNoErrorWhenItIsWhole)
@@ -50,7 +45,7 @@ TEST_F(SideFile, IsMadeAnewAndLeavesNoErrorWhenItIsWhole)
 
 TEST_F(SideFile, LeavesTheReasonWhyItCannotBeOpened)
 {
-    EXPECT_EQ(write(folder.string(), 1), EISDIR);
+    EXPECT_EQ(write(folder.path, 1), EISDIR);
     EXPECT_EQ(write(path("nowhere/file"), 1), ENOENT);
 }
 
@@ -63,7 +58,7 @@ TEST_F(SideFile, LeavesTheReasonWhyItIsNotWhole)
 TEST_F(SideFile, KeepsTheFirstReason)
 {
     int error = 0;
-    EXPECT_EQ(open_side(folder.c_str(), &error), nullptr);
+    EXPECT_EQ(open_side(folder.path.c_str(), &error), nullptr);
     EXPECT_EQ(open_side(path("nowhere/file").c_str(), &error), nullptr);
     EXPECT_EQ(error, EISDIR);
     keep_error(&error, ENOMEM);
@@ -77,7 +72,7 @@ TEST_F(SideFile, KeepsTheFirstReason)
 
 TEST_F(SideFile, NeedsNoPlaceForTheReason)
 {
-    EXPECT_EQ(open_side(folder.c_str(), nullptr), nullptr);
+    EXPECT_EQ(open_side(folder.path.c_str(), nullptr), nullptr);
     FILE *f = open_side("/dev/full", nullptr);
     ASSERT_TRUE(f);
     fputc('x', f);

@@ -6,24 +6,13 @@
 #include <filesystem>
 
 #include "runs/chain.h"
+#include "support/workfolder.h"
 
 namespace {
 
 // Runs of a test in a folder of their own.
-class Folder {
+class Folder : public WorkFolder {
 public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "chained_XXXXXX").string();
-        if (!mkdtemp(name.data())) abort();
-        path = name;
-        std::filesystem::current_path(path);
-    }
-    ~Folder()
-    {
-        std::filesystem::current_path(before);
-        std::filesystem::remove_all(path);
-    }
     std::vector<std::string> files() const
     {
         std::vector<std::string> names;
@@ -31,9 +20,6 @@ public:
         std::sort(names.begin(), names.end());
         return names;
     }
-
-private:
-    std::filesystem::path path, before = std::filesystem::current_path();
 };
 
 struct Case {

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "runs/chain.h"
+#include "support/workfolder.h"
 
 namespace {
 
@@ -17,20 +18,11 @@ class ConnectedFile : public testing::TestWithParam<Way> {
 protected:
     ConnectedFile() : chain(2, 1.0, 1)
     {
-        std::string name = (std::filesystem::temp_directory_path() / "connected_XXXXXX").string();
-        if (!mkdtemp(name.data())) abort();
-        folder = name;
-        std::filesystem::current_path(folder);
         const auto net = chain.network(0);
         net->p.irun = 1;
         EXPECT_EQ(chain.run(*net, GetParam(), "first.inp"), 0);
         std::istringstream file(file_text("first.con"));
         for (std::string line; std::getline(file, line);) good.push_back(line);
-    }
-    ~ConnectedFile() override
-    {
-        std::filesystem::current_path(before);
-        std::filesystem::remove_all(folder);
     }
 
     static std::string joined(const Lines &lines)
@@ -69,10 +61,10 @@ protected:
     // Three points, then the triangle of six unknowns: head, 3 and 21 lines.
     static constexpr size_t MATRIX = 4, LINES = 25;
 
+    WorkFolder folder;
     Chain chain;
     Lines good, messages;
     std::string report;
-    std::filesystem::path folder, before = std::filesystem::current_path();
 };
 
 TEST_P(ConnectedFile, AsItWasWrittenIsTaken)

@@ -1,12 +1,10 @@
 // Whole runs of networks whose groups of points move between epochs by known motions.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
 
 #include "runs/moving_wall.h"
 #include "support/faults.h"
+#include "support/workfolder.h"
 #include "vorn.h"
 
 namespace {
@@ -295,21 +293,7 @@ TEST(MovingGroups, HaveTheirMotionsBackFromKnownPoints)
 
 // The comparison leaves its own report, simili.out, in the working directory.
 class SplitGroups : public testing::Test {
-protected:
-    SplitGroups() : home(std::filesystem::current_path())
-    {
-        char pattern[] = "/tmp/splitXXXXXX";
-        folder = mkdtemp(pattern) ? pattern : "/nowhere";
-        std::filesystem::current_path(folder);
-    }
-    ~SplitGroups() override
-    {
-        std::filesystem::current_path(home);
-        std::filesystem::remove_all(folder);
-    }
-
-private:
-    std::filesystem::path home, folder;
+    WorkFolder folder;
 };
 
 // Every epoch has its own points, which find their first coordinates from the observations.

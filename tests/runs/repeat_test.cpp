@@ -29,10 +29,8 @@ std::vector<std::string> networks()
 
 class Repeated : public testing::TestWithParam<std::string> {
 protected:
-    void SetUp() override { fs::current_path(folder.path); }
-    void TearDown() override { fs::current_path(before); }
     Folder folder;
-    fs::path before = fs::current_path();
+    InFolder in{folder.path};
 };
 
 TEST_P(Repeated, GivesTheSameBytesInOneProcess)

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <filesystem>
-
 #include "host/folder.h"
 #include "support/access.h"
 #include "support/network.h"
@@ -51,11 +49,8 @@ void photo_net(Network &n)
 
 class UnfilledImages : public testing::Test {
 protected:
-    UnfilledImages() { std::filesystem::current_path(folder.path); }
-    ~UnfilledImages() override { std::filesystem::current_path(before); }
-
-    const std::filesystem::path before = std::filesystem::current_path();
     const Folder folder;
+    InFolder in{folder.path};
 };
 
 TEST_F(UnfilledImages, AreReachedByNoStepOfALeastSquaresRun)

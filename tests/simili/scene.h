@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -19,6 +18,7 @@
 #include "simili/simili.h"
 #include "support/access.h"
 #include "support/faults.h"
+#include "support/workfolder.h"
 
 using Vec3 = std::array<double, 3>;
 using Mat3 = std::array<Vec3, 3>;
@@ -67,20 +67,7 @@ inline Vec3 moved(const Vec3 &x, const Vec3 &t, const Mat3 &r, double s)
 
 class Scene : public ::testing::Test {
 protected:
-    Scene()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "simili_XXXXXX").string();
-        if (!mkdtemp(name.data())) abort();
-        folder = name;
-        std::filesystem::current_path(folder);
-    }
-    ~Scene() override
-    {
-        fail_allocation(0);
-        run.reset();
-        std::filesystem::current_path(before);
-        std::filesystem::remove_all(folder);
-    }
+    ~Scene() override { fail_allocation(0); }
 
     // n points of the first list within 10 m, and their places after the transformation with
     // random errors of the given size.
@@ -119,10 +106,10 @@ protected:
         return (std::stringstream() << f.rdbuf()).str();
     }
 
+    WorkFolder folder; // left behind the run, which writes there
     std::vector<simpoint> ref, end;
     double res[7] = {-1, -2, -3, -4, -5, -6, -7};
     std::unique_ptr<simili> run;
-    std::filesystem::path folder, before = std::filesystem::current_path();
 };
 
 #endif

@@ -12,6 +12,7 @@
 #include "sidefiles.h"
 #include "support/faults.h"
 #include "support/rows.h"
+#include "support/workfolder.h"
 
 namespace {
 
@@ -151,10 +152,6 @@ namespace {
 struct Stations : Rows {
     Stations() : Rows(3)
     {
-        snprintf(directory, sizeof directory, "/tmp/exports_test_%d", (int)getpid());
-        if (!getcwd(before, sizeof before) || system((std::string("mkdir -p ") + directory).c_str()) != 0 ||
-            chdir(directory) != 0)
-            abort();
         const char *names[3] = {"S1", "S2", "LONGNAME"};
         for (int i = 0; i < 3; i++) {
             point &p = add(names[i], 10 * i, 20 * i, 30 * i);
@@ -170,11 +167,7 @@ struct Stations : Rows {
         nunk2 = 9;
         fill_inverse(this, 18);
     }
-    ~Stations()
-    {
-        fail_allocation(0);
-        if (chdir(before) != 0 || system((std::string("rm -rf ") + directory).c_str()) != 0) abort();
-    }
+    ~Stations() { fail_allocation(0); }
     void run(const std::string &names)
     {
         FILE *f = fopen("tessalpin.sta", "w+b");
@@ -201,7 +194,7 @@ struct Stations : Rows {
             }
         return text;
     }
-    char directory[64], before[1024];
+    WorkFolder folder;
 };
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include "sidefiles.h"
 #include "support/bare.h"
+#include "support/workfolder.h"
 
 namespace {
 
@@ -38,26 +39,6 @@ void three_points(Bare &s)
     for (int i = 0; i < 3; i++)
         for (int c = 0; c < 3; c++) s.points[i].n0[c] = 3 * i + c;
 }
-
-// A folder of its own for "rejects".
-class WorkFolder {
-public:
-    WorkFolder()
-    {
-        char name[] = "/tmp/report_test_XXXXXX";
-        if (!getcwd(before, sizeof before) || !mkdtemp(name) || chdir(name) != 0) abort();
-        path = name;
-    }
-    ~WorkFolder()
-    {
-        if (remove("rejects") != 0) rmdir("rejects");
-        if (chdir(before) == 0) rmdir(path.c_str());
-    }
-    std::string path;
-
-private:
-    char before[4096];
-};
 
 std::string replaced(std::string text, const std::string &from, const std::string &to)
 {

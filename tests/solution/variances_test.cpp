@@ -5,6 +5,7 @@
 
 #include "support/bare.h"
 #include "support/faults.h"
+#include "support/workfolder.h"
 
 namespace {
 
@@ -632,16 +633,12 @@ TEST(JustOut, CountsEveryObservationTheWeightedCoordinatesAndTheDatum)
 
 TEST(JustOut, CountsAnImageTwice)
 {
-    char before[4096], folder[] = "/tmp/variances_test_XXXXXX";
-    ASSERT_TRUE(getcwd(before, sizeof before) && mkdtemp(folder) && chdir(folder) == 0);
+    const WorkFolder folder; // takes "rejects"
     Bare s(3);
     image_network(s, 1.0);
     ready(s);
     S(s, justout)();
     EXPECT_EQ(s.result.dof, 6);
-    remove("rejects");
-    ASSERT_EQ(chdir(before), 0);
-    rmdir(folder);
 }
 
 TEST(JustOut, AddsTheBaselines)

@@ -6,14 +6,13 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <random>
 #include <string>
 #include <vector>
 
 #include "support/solved.h"
+#include "support/workfolder.h"
 
 typedef std::vector<double> Vector; // or a matrix, row by row
 
@@ -124,24 +123,12 @@ template <class Solver> void expect_table(int dim, int ndatum, const Entries &ta
 // ---- export ----
 
 // A folder of its own, with an empty list of stations for the export of covariances.
-class StationFile {
+class StationFile : public WorkFolder {
 public:
     StationFile()
     {
-        char name[] = "/tmp/solvers_test_XXXXXX";
-        if (!getcwd(before, sizeof before) || !mkdtemp(name) || chdir(name) != 0) abort();
-        path = name;
         if (FILE *f = fopen("tessalpin.sta", "w")) fclose(f);
     }
-    ~StationFile()
-    {
-        remove("tessalpin.sta");
-        if (chdir(before) == 0) rmdir(path.c_str());
-    }
-
-private:
-    std::string path;
-    char before[4096];
 };
 
 const char *const TOO_FEW = "\ninput_for_tessalpin: need at least 2 stations\n";

@@ -16,6 +16,7 @@
 #include "sidefiles.h"
 #include "support/access.h"
 #include "support/faults.h"
+#include "support/workfolder.h"
 
 namespace {
 
@@ -24,21 +25,7 @@ using Lines = std::vector<std::string>;
 
 // "simili.out" goes into the working directory.
 class UseSimili : public testing::Test {
-protected:
-    UseSimili() : home(std::filesystem::current_path())
-    {
-        char pattern[] = "/tmp/usesimiliXXXXXX";
-        folder = mkdtemp(pattern) ? pattern : "/nowhere";
-        std::filesystem::current_path(folder);
-    }
-    ~UseSimili() override
-    {
-        std::filesystem::current_path(home);
-        std::filesystem::remove_all(folder);
-    }
-
-private:
-    std::filesystem::path home, folder;
+    WorkFolder folder;
 };
 
 // A network split by epoch as a run leaves it: targets in lumps, each with a copy for every
