@@ -1,5 +1,6 @@
 #include "coincident.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <unordered_map>
@@ -14,6 +15,11 @@ namespace {
 
 constexpr double nearest = 1.0e-7; // metres; a shorter vertical sight has no direction for the engine
 constexpr size_t most_lines = 5;
+
+struct Place {
+    std::array<double, 3> x;
+    bool held; // no coordinate of the point is unknown
+};
 
 class Search {
 public:
@@ -40,16 +46,23 @@ private:
         if (!r || p.dim == 1 || has_lumps(model)) return;
         int i = 0;
         for (int j = 0; j < p.nstations && i < r->nstar; j++)
-            if (p.stations[j].status > 0) add_place(*r, p.stations[j].name, (size_t)i++);
+            if (p.stations[j].status > 0) add_place(*r, p.stations[j], (size_t)i++);
         i = r->nstar;
         for (int j = 0; j < p.ntargets && i < r->nstar + r->ntarr; j++)
-            if (p.targets[j].status > 0) add_place(*r, p.targets[j].name, (size_t)i++);
+            if (p.targets[j].status > 0) add_place(*r, p.targets[j], (size_t)i++);
     }
 
-    template <size_t size> void add_place(const result &r, const char (&name)[size], size_t i)
+    template <class Record> void add_place(const result &r, const Record &point, size_t i)
     {
-        places[bare_name(name, size)] = {element(r.x0, i).value_or(0.0), element(r.y0, i).value_or(0.0),
-                                         element(r.z0, i).value_or(0.0)};
+        Place &spot = places[bare_name(point.name, sizeof point.name)];
+        spot.x = {element(r.x0, i).value_or(0.0), element(r.y0, i).value_or(0.0), element(r.z0, i).value_or(0.0)};
+        spot.held = std::all_of(point.ix, point.ix + p.dim, [](int code) { return code < 0 || code == CODE_FIXED; });
+    }
+
+    const Place *place_of(const char *name, size_t size) const
+    {
+        const auto found_place = places.find(bare_name(name, size));
+        return found_place == places.end() ? nullptr : &found_place->second;
     }
 
     // A distance that is reduced in the plane takes the heights of its points, which a plane run
@@ -57,16 +70,17 @@ private:
     bool in_one_place(const std::string &kind, const measure_input &m) const
     {
         if (kind == "distance" && p.dim == 2 && p.iredux != 0) return false;
-        const auto from = places.find(bare_name(m.from, sizeof m.from)), to = places.find(bare_name(m.to, sizeof m.to));
-        if (from == places.end() || to == places.end()) return false;
+        const Place *from = place_of(m.from, sizeof m.from), *to = place_of(m.to, sizeof m.to);
+        if (!from || !to) return false;
         for (size_t c = 0; c < 3; c++)
-            if (!(std::fabs(from->second[c] - to->second[c]) < nearest)) return false;
+            if (!(std::fabs(from->x[c] - to->x[c]) < nearest)) return false;
         return true;
     }
 
     void add(const std::string &kind, const measure_input &m, Source where)
     {
-        if (kind == "distance") found.distances = true;
+        const bool held = place_of(m.from, sizeof m.from)->held && place_of(m.to, sizeof m.to)->held;
+        if (kind == "distance" && !held) found.distances = true;
         if (count++ >= most_lines) return;
         found.lines.push_back(
             place(model, where) + ": " + kind + " " + bare_name(m.from, sizeof m.from) + " to " +
@@ -76,7 +90,7 @@ private:
 
     const Model &model;
     const project &p;
-    std::unordered_map<std::string, std::array<double, 3>> places;
+    std::unordered_map<std::string, Place> places;
     CoincidentSights found;
     size_t count = 0;
 };

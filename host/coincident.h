@@ -13,7 +13,7 @@ namespace vornhost {
 
 struct CoincidentSights {
     std::vector<std::string> lines; // one a sight with its place, at most six
-    bool distances = false;         // there are distances among them
+    bool distances = false;         // there are distances among them, not between points that are held
 };
 
 // Distances, directions, vertical angles and azimuths that took part in the run which left

@@ -217,7 +217,7 @@ private:
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
     void check_coordinates();
-    void check_sights();
+    void check_sights(bool solving);
     void close_export();
     void close_side_files();
     void close_results();
@@ -313,13 +313,14 @@ void Run::check_coordinates()
     outcome.words = {not_a_number[0], "points without numbers: " + some_of(names), not_a_number[1]};
 }
 
-// A distance without derivative leaves the simplex solver where it started, and a direction
-// without direction all that stand behind it: neither stops the engine.
-void Run::check_sights()
+// A distance without derivative leaves the simplex solver where it started, and makes coordinates
+// of the others that are no numbers, which a run without solver does not show. A direction without
+// direction leaves out all that stand behind it. Neither stops the engine.
+void Run::check_sights(bool solving)
 {
     const CoincidentSights sights = coincident_sights(model);
     if (sights.lines.empty()) return;
-    if (outcome.adjusted() && sights.distances && model.solver == Solver::Simplex) {
+    if (outcome.adjusted() && sights.distances && (model.solver == Solver::Simplex || !solving)) {
         outcome.reached = Stage::Solving;
         outcome.words = {"distances between points in one place do not determine them"};
     }
@@ -384,7 +385,7 @@ RunOutcome Run::go(bool solving)
     else
         refuse(first);
     if (outcome.adjusted() && solving) check_coordinates();
-    if (outcome.adjusted() || outcome.reached == Stage::Solving) check_sights();
+    if (outcome.adjusted() || outcome.reached == Stage::Solving) check_sights(solving);
     close_side_files();
     if (solving) close_export();
     if (outcome.adjusted() && solving) close_results();

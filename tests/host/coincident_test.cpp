@@ -78,6 +78,30 @@ TEST(CoincidentSights, AreNamedBesideCoordinatesThatAreNotNumbers)
     }
 }
 
+TEST(CoincidentSights, AreFaultsOfACheckWhereTheyAreDistancesOfAFreePoint)
+{
+    for (const std::string solver : {"compact", "jordan"}) {
+        const Ran ran(plane(solver, distances(good + "A P 100 0.01\nB P 100 0.01\nC P 100 0.01\n")), false);
+        EXPECT_EQ(ran.outcome.reached, Stage::Solving);
+        ASSERT_EQ(ran.outcome.words.size(), 2u);
+        EXPECT_EQ(ran.outcome.words[0], "distances between points in one place do not determine them");
+    }
+}
+
+TEST(CoincidentSights, BetweenPointsThatAreHeldDoNoHarm)
+{
+    for (const std::string solver : {"compact", "jordan", "simplex"})
+        for (const bool solving : {true, false}) {
+            std::string text = plane(solver, distances(good + "A P 100 0.01\n"));
+            text.replace(text.find("P 0 0 free"), 10, "P 0 0 fixed");
+            const Ran ran(text, solving);
+            EXPECT_TRUE(ran.outcome.adjusted()) << solver;
+            EXPECT_FALSE(ran.sights.distances);
+            ASSERT_EQ(ran.sights.lines.size(), 1u);
+            EXPECT_TRUE(ran.noted(ran.sights.lines[0]));
+        }
+}
+
 // The direction ends its list, and the run goes on without it and those behind it.
 TEST(CoincidentSights, AreNotedWhereTheNetworkIsAdjustedAllTheSame)
 {
