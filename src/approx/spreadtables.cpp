@@ -19,10 +19,4 @@ int common_shots(const approxdata *net, const spreadtables *tab, int s1, int s2)
     return n;
 }
 
-int has_position(const approxdata *net, const spreadtables *tab, int p)
-{
-    if (p >= net->nsta) return tab->iobj[p - net->nsta] == OBJ_PLACED;
-    return tab->itheo[p] == THEO_PLACED || tab->itheo[p] == THEO_DONE;
-}
-
 } // namespace vornengine

@@ -33,8 +33,12 @@ struct spreadtables {
 void fill_table(const approxdata *net, spreadtables *tab);
 
 // Whether point p has a position in the tables: a placed or finished station, a placed target.
-// A station marked for resection has none.
-int has_position(const approxdata *net, const spreadtables *tab, int p);
+// A station marked for resection has none. Inline: every pass asks it of every shot.
+inline int has_position(const approxdata *net, const spreadtables *tab, int p)
+{
+    if (p >= net->nsta) return tab->iobj[p - net->nsta] == OBJ_PLACED;
+    return tab->itheo[p] == THEO_PLACED || tab->itheo[p] == THEO_DONE;
+}
 
 // Points other than stations s1 and s2 with a shot from both.
 int common_shots(const approxdata *net, const spreadtables *tab, int s1, int s2);
