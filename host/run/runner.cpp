@@ -10,6 +10,7 @@
 #include "host/run/connected_net.h"
 #include "host/input/faults.h"
 #include "host/preparation/first_values.h"
+#include "host/preparation/lump_checks.h"
 #include "host/results/output_file.h"
 #include "vorn/result.h"
 #include "host/results/result_parts.h"
@@ -217,6 +218,7 @@ private:
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
     void check_coordinates();
+    void check_epochs();
     void check_sights(bool solving);
     void close_export();
     void close_side_files();
@@ -313,6 +315,20 @@ void Run::check_coordinates()
     outcome.words = {not_a_number[0], "points without numbers: " + some_of(names), not_a_number[1]};
 }
 
+// Epochs of a lump that were not compared, while their coordinates stand in the means of its points.
+// Nothing can be said where memory was short.
+void Run::check_epochs()
+{
+    if (model.p.lumpmethod != 9 || model.mode == Mode::Propagation || !listener.compared || !listener.handed_over)
+        return;
+    const std::vector<std::string> lines = epochs_not_compared(model);
+    if (lines.empty()) return;
+    outcome.reached = Stage::Solving;
+    outcome.words = lines;
+    outcome.words.push_back("show at every epoch at least three points, not on one line, that another epoch shows too, "
+                            "or leave out the directions of such an epoch");
+}
+
 // A distance without derivative leaves the simplex solver where it started, and makes coordinates
 // of the others that are no numbers, which a run without solver does not show. A direction without
 // direction leaves out all that stand behind it. Neither stops the engine.
@@ -373,6 +389,7 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
+    order_sights(model);
     const AccountKeeper keeper(model);
     FirstValues first;
     outcome.prepared = prepare(model, [&] { first = compute_first_values(model, report); });
@@ -385,6 +402,7 @@ RunOutcome Run::go(bool solving)
     else
         refuse(first);
     if (outcome.adjusted() && solving) check_coordinates();
+    if (outcome.adjusted() && solving) check_epochs();
     if (outcome.adjusted() || outcome.reached == Stage::Solving) check_sights(solving);
     close_side_files();
     if (solving) close_export();
