@@ -8,6 +8,7 @@
 
 #include "host/run/coincident.h"
 #include "host/run/connected_net.h"
+#include "host/run/report_tee.h"
 #include "host/input/faults.h"
 #include "host/preparation/first_values.h"
 #include "host/preparation/lump_checks.h"
@@ -46,21 +47,6 @@ private:
     ConnectedNet &net;
     char last[512] = "";
 };
-
-// End of the report of this run; empty when the stream cannot be read.
-std::string report_tail(FILE *report, long start)
-{
-    constexpr long most = 4000;
-    if (fflush(report) != 0 || ferror(report)) return {}; // a failed write stays on record
-    const long end = ftell(report);
-    if (start < 0 || end <= start) return {};
-    std::string tail((size_t)(end - start < most ? end - start : most), '\0');
-    if (fseek(report, end - (long)tail.size(), SEEK_SET) != 0) return {};
-    tail.resize(fread(&tail[0], 1, tail.size(), report));
-    clearerr(report);
-    fseek(report, end, SEEK_SET);
-    return tail;
-}
 
 std::string without_blanks(const std::string &line)
 {
@@ -209,7 +195,10 @@ int solve(vorn &engine, Solver solver)
 // A run, or its first half: the project as the engine sees it, and where it stopped.
 class Run {
 public:
-    Run(Model &network, FILE *out, Feedback &user) : model(network), report(out), net(network), listener(user, net) {}
+    Run(Model &network, FILE *out, Feedback &user)
+        : model(network), report(out), tee(out), net(network), listener(user, net)
+    {
+    }
     RunOutcome go(bool solving);
 
 private:
@@ -224,14 +213,14 @@ private:
     void close_side_files();
     void close_results();
     void name_unknown(const vorn &engine);
-    std::string engine_line(Stage stage, int code) const;
+    std::string engine_line(Stage stage, int code);
 
     Model &model;
     FILE *report;
+    ReportTee tee;
     ConnectedNet net;
     Listener listener;
     vornengine::side_files side = vornengine::side_files();
-    long start = -1;
     RunOutcome outcome;
 };
 
@@ -239,15 +228,14 @@ void Run::set_up()
 {
     project &p = model.p;
     p.pfeedback = &listener;
-    p.out = report;
+    p.out = tee.stream();
     p.irun = run_mode(model);
     p.imixed = -1;
-    start = ftell(report);
 }
 
 // What the engine said last: a divergence goes to the user only, all else to the report too;
 // behind the line of a missing convergence the report lists residuals.
-std::string Run::engine_line(Stage stage, int code) const
+std::string Run::engine_line(Stage stage, int code)
 {
     if (stage == Stage::Loading && !net.import_refusal().empty()) return printable(net.import_refusal());
     const std::string told = printable(without_blanks(listener.last_line()));
@@ -255,7 +243,7 @@ std::string Run::engine_line(Stage stage, int code) const
         return told.rfind("Problem at iteration", 0) == 0
                    ? told
                    : "no convergence after " + std::to_string(model.p.itmax) + " iterations";
-    const std::string line = last_words(report_tail(report, start));
+    const std::string line = last_words(tee.tail());
     return line.empty() ? told : line;
 }
 
@@ -284,7 +272,7 @@ void Run::refuse(const FirstValues &first)
 void Run::name_unknown(const vorn &engine)
 {
     char name[100];
-    const int row = failing_row(report_tail(report, start));
+    const int row = failing_row(tee.tail());
     if (vornengine::unknown_names::row(engine, row, name, sizeof name) != 0) return;
     outcome.words.insert(outcome.words.begin() + 1,
                          "line " + std::to_string(row) + " is " + printable(name) + ": look there first");
@@ -409,6 +397,7 @@ RunOutcome Run::go(bool solving)
     if (outcome.adjusted() && solving) close_results();
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
+    tee.close();
     outcome.accounts = keeper.close(model);
     return std::move(outcome);
 }

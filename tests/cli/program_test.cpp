@@ -1,9 +1,12 @@
 // The program as its users call it: exit statuses, options, files.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -78,6 +81,20 @@ protected:
 using Names = std::vector<std::string>;
 
 } // namespace
+
+TEST_F(Program, SaysTheSameWordsWhereverTheReportGoes)
+{
+    EXPECT_EQ(run("adjust open.inp -o report"), 1);
+    const std::string words = err;
+    EXPECT_TRUE(contains(words, "(datumcheck: Not enough information to define a datum)")) << words;
+    ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    const int reader = open(folder.file("pipe").c_str(), O_RDWR | O_NONBLOCK);
+    for (const char *option : {"", "-o /dev/null", "-o /dev/stdout", "-o pipe"}) {
+        EXPECT_EQ(run(std::string("adjust open.inp ") + option), 1) << option;
+        EXPECT_EQ(err, words) << option;
+    }
+    close(reader);
+}
 
 TEST_F(Program, ReportsOnStandardOutput)
 {
