@@ -274,8 +274,8 @@ void Run::name_unknown(const vorn &engine)
     char name[100];
     const int row = failing_row(tee.tail());
     if (vornengine::unknown_names::row(engine, row, name, sizeof name) != 0) return;
-    outcome.words.insert(outcome.words.begin() + 1,
-                         "line " + std::to_string(row) + " is " + printable(name) + ": look there first");
+    outcome.words.insert(outcome.words.begin() + 1, "unknown " + std::to_string(row) + " of the normal equations is " +
+                                                        printable(name) + ": look there first");
 }
 
 void Run::adjust(bool solving)

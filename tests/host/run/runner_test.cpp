@@ -365,5 +365,5 @@ TEST(Runner, NamesTheUnknownOfTheRowThatFails)
     const RunOutcome outcome = c.run();
     EXPECT_EQ(outcome.code, -3);
     ASSERT_EQ(outcome.words.size(), 3u);
-    EXPECT_EQ(outcome.words[1], "line 2 is x of point E: look there first");
+    EXPECT_EQ(outcome.words[1], "unknown 2 of the normal equations is x of point E: look there first");
 }
