@@ -118,7 +118,7 @@ private:
         for (size_t i = 0; i < model.azimuths.size(); i++) {
             const measure_input &m = model.azimuths.records[i];
             const LumpPoint *const to = lumps.find(m.to), *const end = to ? to : lumps.find(m.from);
-            if (end && m.typ > 0 && m.time != 0)
+            if (end && m.typ > 0 && m.time != 0 && lumps.in_use(m.from, m.to))
                 faults.add(model.azimuths.where[i],
                            "azimuth with an epoch at " + name_of(*end) + ", whose movement it does not follow",
                            "leave it out, or write epoch 0 when it was observed at the reference epoch");
@@ -161,7 +161,7 @@ private:
     void check_ends(const Kind &kind, size_t i)
     {
         const measure_input &m = kind.list.records[i];
-        if (m.typ <= 0) return;
+        if (m.typ <= 0 || !lumps.in_use(m.from, m.to)) return;
         const LumpPoint *const from = lumps.find(m.from), *const to = lumps.find(m.to);
         if (from && kind.from_target && !from->station)
             faults.add(kind.list.where[i],
@@ -180,7 +180,7 @@ private:
     {
         const gps_input &g = model.baselines.records[i];
         const LumpPoint *const to = lumps.find(g.to), *const end = to ? to : lumps.find(g.from);
-        if (end && g.status > 0)
+        if (end && g.status > 0 && model.p.igps != 0 && lumps.in_use(g.from, g.to))
             faults.add(model.baselines.where[i],
                        "baseline at " + name_of(*end) + ", of which method 9 makes a point an epoch",
                        "leave it out: baselines have no epoch");
@@ -311,6 +311,7 @@ private:
 
     void gather_other(const char *from, const char *to, int epoch)
     {
+        if (!lumps.in_use(from, to)) return;
         const LumpPoint *const a = lumps.find(from), *const b = lumps.find(to);
         if (a) all[a->lump].others[epoch]++;
         if (b && (!a || a->lump != b->lump)) all[b->lump].others[epoch]++;
@@ -323,7 +324,7 @@ private:
             for (const measure_input &m : list->records)
                 if (m.typ > 0) gather_other(m.from, m.to, m.time);
         for (const gps_input &g : model.baselines.records)
-            if (g.status > 0) gather_other(g.from, g.to, 0);
+            if (g.status > 0 && model.p.igps != 0) gather_other(g.from, g.to, 0);
     }
 
     void gather()
@@ -515,10 +516,14 @@ std::vector<std::string> epochs_not_compared(const Model &model)
     std::vector<std::string> lines;
     for (const auto &[id, epochs] : shown) {
         std::string missing;
-        for (const auto &[epoch, n] : epochs)
-            if (n >= least_points && epochs.size() > 1 && compared[id].count(epoch) == 0)
-                missing += (missing.empty() ? "" : ", ") + std::to_string(epoch);
-        if (!missing.empty()) lines.push_back(lump_name(id) + " could not be compared at epoch " + missing);
+        int comparable = 0;
+        for (const auto &[epoch, n] : epochs) {
+            if (n < least_points) continue;
+            comparable++;
+            if (compared[id].count(epoch) == 0) missing += (missing.empty() ? "" : ", ") + std::to_string(epoch);
+        }
+        if (comparable > 1 && !missing.empty())
+            lines.push_back(lump_name(id) + " could not be compared at epoch " + missing);
     }
     return lines;
 }

@@ -45,8 +45,7 @@ const LumpPoint *LumpPoints::find(const char *name) const
 
 bool LumpPoints::takes_part(const measure_input &direction) const
 {
-    const auto from = used.find(direction.from);
-    return direction.typ > 0 && from != used.end() && from->second && used.count(direction.to);
+    return direction.typ > 0 && in_use(direction.from, direction.to) && used.at(direction.from);
 }
 
 } // namespace vornhost

@@ -37,6 +37,9 @@ public:
     // The point of a lump with this name, null when the point belongs to none or is off.
     const LumpPoint *find(const char *name) const;
 
+    // Both points are not off.
+    bool in_use(const char *from, const char *to) const { return used.count(from) && used.count(to); }
+
     // A direction that takes part: selected, from a station, between two points that are not off.
     bool takes_part(const measure_input &direction) const;
 

@@ -238,6 +238,19 @@ TEST(LumpMotions, NameThePointsOfAnEpochThatIsNotCompared)
             EXPECT_NEAR(*p.adjusted[k], wall.place(p.name, p.name == "A" || p.name == "B" ? 3 : 1)[k], 1e-7) << p.name;
 }
 
+// One epoch alone shows enough of the lump: there is nothing to compare, and the others do not harm it.
+TEST(LumpMotions, ComeFromNoEpochThatStandsAlone)
+{
+    MovingWall wall;
+    wall.motions[{1, 2}] = outwards;
+    wall.sight_marks();
+    wall.sight_all(whole, 1);
+    wall.sight_all({"A", "B"}, 2);
+    const Results results = adjusted(wall, 9);
+    EXPECT_EQ(results.lumps.size(), 0u);
+    expect_wall(wall, results);
+}
+
 TEST(LumpMotions, StartWhereDirectionsOrSightsWithDistancesPutThem)
 {
     MovingWall wall = seen_from_one_pillar();

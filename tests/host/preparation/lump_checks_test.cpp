@@ -170,6 +170,26 @@ TEST(CheckLumps, RefusesObservationsAtEpochsWithoutDirection)
                                     "direction sights it; give the point a direction at this epoch, or leave it out"}));
 }
 
+// A station that is off takes its observations with it.
+TEST(CheckLumps, LeavesAloneWhatIsOff)
+{
+    Wall wall;
+    wall.others = "distances = '''\nfrom to value sigma epoch\nZ B 9 1 3\nA Z 9 1 2\n'''\nazimuths = '''\n"
+                  "from to value sigma epoch\nZ B 9 1 3\n'''\nbaselines = '''\nfrom to dx dy dz cxx cyy czz\n"
+                  "Z B 1 1 1 1 1 1\n'''\n";
+    wall.points += "Z 1 1 1 0\n";
+    for (const int method : {1, 9}) {
+        if (method == 9) wall.compare();
+        std::string text = wall.text();
+        EXPECT_NE(faults_of(text), Lines());
+        const std::string names = "name x y z lump\n";
+        text.replace(text.find(names), names.size(), "name x y z lump status\n");
+        for (const std::string row : {"A 10 0 0 4", "B 0 10 0 4", "C 5 5 5 4", "W 9 9 9 0", "Z 1 1 1 0"})
+            text.insert(text.find(row) + row.size(), row[0] == 'Z' ? " off" : " -");
+        EXPECT_EQ(faults_of(text), Lines());
+    }
+}
+
 TEST(CheckLumps, RefusesBaselinesToLumpsThatAreComparedAfterwards)
 {
     Wall wall;
