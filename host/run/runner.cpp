@@ -304,9 +304,10 @@ void Run::check_coordinates()
 }
 
 // Epochs of a lump that were not compared, while their coordinates stand in the means of its points.
-// Nothing can be said where memory was short.
+// Nothing more is said where memory was short, or the file of the transformations was lost.
 void Run::check_epochs()
 {
+    if (side.similarities != 0) return;
     if (model.p.lumpmethod != 9 || model.mode == Mode::Propagation || !listener.compared || !listener.handed_over)
         return;
     const std::vector<std::string> lines = epochs_not_compared(model);
