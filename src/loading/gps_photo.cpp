@@ -97,7 +97,7 @@ int vornrun::count_lines(const image_input *im)
     imageline line;
     while (next_line(f, &line)) {
         const int ihost = searchnam(line.name);
-        if (ihost >= 0 && hoststatus(ihost) > 0) n++;
+        if (ihost >= 0 && hosts().status(ihost) > 0) n++;
     }
     fclose(f);
     return n;

@@ -53,11 +53,11 @@ int vornrun::fill_vorn()
 
 int vornrun::load_network(lumptables *t)
 {
-    if (pproject->iphoto == 1 && dim != 3) {
+    if (iphoto == 1 && dim != 3) {
         dim = 3;
         tell_and_print(pfeedback, out, "fill_vorn: With photogrammetric data, dim=3");
     }
-    t->ilumtable = (int *)zeroed(npoint_input(), sizeof(int));
+    t->ilumtable = (int *)zeroed((long long)npsta + nptar, sizeof(int));
     if (!t->ilumtable) give_up_lumps("fill_vorn: Could not allocate ilumtable=> no lumps");
     chk_numbers(t->ilumtable, &t->nsplitsta, &t->nsplittar);
     if (chk_connect() < 0) {
@@ -80,9 +80,6 @@ int vornrun::load_network(lumptables *t)
     count_constants();
     return load_observations(t);
 }
-
-// Stations and targets of the host.
-long long vornrun::npoint_input() const { return (long long)npsta + nptar; }
 
 // Goes on without lumps when a table of theirs could not be had.
 void vornrun::give_up_lumps(const char *why)
@@ -109,7 +106,7 @@ void vornrun::count_observations(lumptables *t)
             if (pproject->baselines[i].status > 0) ngps++;
     if (pproject->lumpmethod == 9)
         while (t->nepoch < npdir1 && t->itimetable[t->nepoch] != 0) t->nepoch++;
-    if (pproject->iphoto == 1) count_photo();
+    if (iphoto == 1) count_photo();
 }
 
 // Root of the mean a-priori variance of all observations; not a number without any.
@@ -175,7 +172,7 @@ int vornrun::load_observations(const lumptables *t)
         if (fill_measure(lists[i].kind, t->isplit, t->nsplitsta, t->nsplittar, t->nepoch) < 0) return lists[i].failure;
     }
     if (pproject->igps != 0 && fill_gps() < 0) return -10;
-    if (pproject->iphoto == 1 && fill_photo() < 0) return -8;
+    if (iphoto == 1 && fill_photo() < 0) return -8;
     return 0;
 }
 
@@ -235,13 +232,13 @@ int vornrun::verif3D()
     check_list(KIND_VERTICAL);
     check_list(KIND_AZIMUTH);
     const bool none = ndist == 0 && ndifh == 0 && ndir1 == 0 && ndir2 == 0 && naz == 0;
-    return none && pproject->iphoto == 0 && pproject->igps == 0 ? -3 : 0;
+    return none && iphoto == 0 && pproject->igps == 0 ? -3 : 0;
 }
 
 // Takes what checkm deselects from the count of a list; the count does not fall below 0.
 void vornrun::check_list(int kind)
 {
-    int *n = listcount(kind);
+    int *n = listof(kind).n;
     if (*n > 0) *n -= checkm(kind);
     if (*n < 0) *n = 0;
 }

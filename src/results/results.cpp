@@ -96,14 +96,13 @@ void vornrun::flagdecode(int flag, int *a, int *b, int *c, int *d, int *e)
 int vornrun::fill_residuals(int kind, int n, int last)
 {
     result *r = pproject->runresults;
-    int nhost;
-    const measure_input *host = hostlist(kind, &nhost);
-    const measure *list = measurelist(kind), none = measure();
+    const kindlist lists = listof(kind);
+    const measure none = measure();
     int k = 0; // place in the list
-    for (int i = 0; i < nhost; i++) {
-        if (host[i].typ <= 0) continue;
-        if (n >= last || k >= *listcount(kind)) return size_problem();
-        const measure *m = list ? list + k : &none;
+    for (int i = 0; i < lists.nhost; i++) {
+        if (lists.host[i].typ <= 0) continue;
+        if (n >= last || k >= *lists.n) return size_problem();
+        const measure *m = lists.list ? lists.list + k : &none;
         k++;
         double res = m->res[0], sres = m->res[1];
         if (kind == KIND_DIRECTION) {
@@ -129,7 +128,7 @@ int vornrun::fill_obs_res()
     int n = 0, last = 0;
     const int kinds[] = {KIND_DISTANCE, KIND_HEIGHT_DIFFERENCE, KIND_DIRECTION, KIND_VERTICAL};
     for (int i = 0; i < COUNT(kinds); i++) {
-        last += *listcount(kinds[i]);
+        last += *listof(kinds[i]).n;
         n = fill_residuals(kinds[i], n, last);
         if (n < 0) return -3;
     }

@@ -357,10 +357,7 @@ int vornrun::usesimili(int mode)
     w.nsta = nsta;
     w.dir1 = dir1;
     w.ndir1 = points && dir1 ? ndir1 : 0;
-    w.sta = psta;
-    w.nhoststa = npsta;
-    w.tar = ptar;
-    w.nhosttar = nptar;
+    w.host = hosts();
     w.directions = pdir1;
     w.ndirections = npdir1;
 

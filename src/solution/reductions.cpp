@@ -109,6 +109,13 @@ static double originhorizontal(const measure *m, double a, double b, double radi
     return longer - leg * (mean - horigin) / (mean + radius);
 }
 
+static void trace_reduction(const settings *set, const measure *m, double r)
+{
+    if (set->idebug == 0) return;
+    fprintf(set->out, "%s (%9.6lf)  %s (%9.6lf)  %15.6lf %12.6lf\n", m->p1->name, m->h1, m->p2->name, m->h2, m->val[0],
+            r);
+}
+
 double solution::distred(int i)
 {
     const measure *m = dist + i;
@@ -124,14 +131,8 @@ double solution::distred(int i)
     } else if (iredux == 9) {
         r = originhorizontal(m, a, b, radius, horigin);
     }
-    tracereduction(m, r);
+    trace_reduction(this, m, r);
     return r;
-}
-
-void solution::tracereduction(const measure *m, double r)
-{
-    if (idebug == 0) return;
-    fprintf(out, "%s (%9.6lf)  %s (%9.6lf)  %15.6lf %12.6lf\n", m->p1->name, m->h1, m->p2->name, m->h2, m->val[0], r);
 }
 
 // Angles.
@@ -194,7 +195,7 @@ double solution::dir2red(int i)
     const double raise = s.h1 * s.dq - (s.h2 - s.h1) * s.qa; // h1 qb - h2 qa
     const double r = tilt + atan2(s.sintheta * raise / s.lv / s.lu, dot(g, l));
 
-    tracereduction(m, r);
+    trace_reduction(this, m, r);
     return r;
 }
 
