@@ -620,6 +620,8 @@ TEST(Inversion, ExportsTheConnectedNetWhereAskedFor)
             Redundant s(irun == 2 ? 0 : 4);           // the last without redundancy: no export
             s.n.target("B       ", 30, 40).iconn = 1; // fixed: it cannot be exported, and a line says so
             s.n.ready();
+            S(s, ptar) = s.n.p.targets;
+            S(s, nptar) = s.n.p.ntargets;
             int lcon[1] = {0};
             double Q[3] = {0, 0, 0};
             S(s, irun) = irun;

@@ -304,6 +304,8 @@ struct solution_access {
     static constexpr auto cameras = &solution::cameras;
     static constexpr auto temp_res = &solution::temp_res;
     static constexpr auto sidefiles = &solution::sidefiles;
+    static constexpr auto ptar = &solution::ptar;
+    static constexpr auto nptar = &solution::nptar;
 };
 
 #define S(object, member) ((object).*solution_access::member)
