@@ -128,11 +128,16 @@ void solution::setrot(int which, int i, double *ca, double *sa, double *cb, doub
 
 // Distances.
 
-// A plane distance in dimension 2, unless a reduction works in space.
+// In dimension 2 the difference lies in the plane, unless a reduction works in space.
+static void flatten(const settings *set, double d[3])
+{
+    if (set->dim == 2 && set->iredux == 0) d[2] = 0.0;
+}
+
 double solution::distance(int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
 {
     difference(dist + i, d, r1, r2, l1, l2);
-    if (dim == 2 && iredux == 0) d[2] = 0.0;
+    flatten(this, d);
     return sqrt(dot(d, d));
 }
 
@@ -212,6 +217,7 @@ double solution::dir1comp(int i, double d[3], double e[3], double *rr, double r1
                           int *l2)
 {
     difference(dir1 + i, d, r1, r2, l1, l2);
+    flatten(this, d);
     toinstrument(d, e);
     *rr = e[0] * e[0] + e[1] * e[1];
     return atan2(e[1], e[0]);
