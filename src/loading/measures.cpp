@@ -133,16 +133,17 @@ int vornrun::fill_list(int kind, const splitrows *sta, const splitrows *tar)
         // Constants of the station: it is the distance of this number that is marked.
         if (m->typ == KIND_DISTANCE_CONSTANTS && k < ndist && dist) dist[k].typ = 1;
         int ip1, ip2;
-        int result = find_ends(m, i, sta, tar, &ip1, &ip2);
-        if (result == 0) result = fill_value(m, list[k].val);
-        if (result != 0) return result;
+        const int found = find_ends(m, i, sta, tar, &ip1, &ip2);
+        if (found != 0) return found;
         list[k].p1 = points + ip1;
         list[k].p2 = points + ip2;
         list[k].h1 = m->h1;
         list[k].h2 = m->h2;
-        list[k].time = m->time;
         points[ip1].ntie++;
         points[ip2].ntie++;
+        const int unread = fill_value(m, list[k].val);
+        if (unread != 0) return unread;
+        list[k].time = m->time;
         k++;
     }
     fflush(out);

@@ -61,23 +61,24 @@ static void copy_kind(const kindfields &to, double s, const kindresult &from)
 
 void vornrun::fill_obs_stat()
 {
-    if ((irun != 0 && irun != 1) || !temp_res) return;
+    if (irun != 0 && irun != 1) return;
+    const tempresult none = tempresult(), *tests = temp_res ? temp_res : &none; // a run that stopped made none
     result *r = pproject->runresults;
-    r->dof = temp_res->dof;
+    r->dof = tests->dof;
     r->sig0 = sigma0;
-    r->sigpost = temp_res->sigpost;
-    r->itest = temp_res->itest;
+    r->sigpost = tests->sigpost;
+    r->itest = tests->itest;
     if (irun != 1) return;
 
     copy_kind({&r->sdist, &r->spdist, &r->ichidist, &r->nnormdist, &r->nnormbdist, &r->ntaudist, &r->ntaubdist}, sdist,
-              temp_res->dist);
+              tests->dist);
     copy_kind({&r->sdifh, &r->spdifh, &r->ichidifh, &r->nnormdifh, &r->nnormbdifh, &r->ntaudifh, &r->ntaubdifh}, sdifh,
-              temp_res->difh);
+              tests->difh);
     copy_kind({&r->sdir1, &r->spdir1, &r->ichidir1, &r->nnormdir1, &r->nnormbdir1, &r->ntaudir1, &r->ntaubdir1}, sdir1,
-              temp_res->dir1);
+              tests->dir1);
     copy_kind({&r->sdir2, &r->spdir2, &r->ichidir2, &r->nnormdir2, &r->nnormbdir2, &r->ntaudir2, &r->ntaubdir2}, sdir2,
-              temp_res->dir2);
-    copy_kind({&r->saz, &r->spaz, &r->ichiaz, &r->nnormaz, &r->nnormbaz, &r->ntauaz, &r->ntaubaz}, saz, temp_res->az);
+              tests->dir2);
+    copy_kind({&r->saz, &r->spaz, &r->ichiaz, &r->nnormaz, &r->nnormbaz, &r->ntauaz, &r->ntaubaz}, saz, tests->az);
 }
 
 void vornrun::flagdecode(int flag, int *a, int *b, int *c, int *d, int *e)
