@@ -161,7 +161,7 @@ int vornrun::fill_cameras()
     return 0;
 }
 
-int vornrun::search_camera(const char *name) const
+static int search_camera(const camera *cameras, int ncamera, const char *name)
 {
     for (int i = 0; i < ncamera; i++)
         if (same_name(cameras[i].name, name)) return i;
@@ -215,7 +215,7 @@ int vornrun::fill_photo()
         if (im->status <= 0) continue;
         const nametext camera_name = name_in(im->camera, sizeof im->camera);
         const nametext station_name = name_in(im->station, sizeof im->station);
-        const int icam = search_camera(camera_name.text);
+        const int icam = search_camera(cameras, ncamera, camera_name.text);
         if (icam < 0) {
             fprintf(out, "fill_photo:Pb at image %d\nwith camera %s\n", i, camera_name.text);
             return -1;

@@ -51,6 +51,17 @@ int vornrun::fill_vorn()
     return result;
 }
 
+// Root of the mean a-priori variance of all observations; not a number without any.
+static double unit_sigma(const solverinput *in)
+{
+    const double sum = in->ndist * in->sdist * in->sdist + in->ndifh * in->sdifh * in->sdifh +
+                       in->ndir1 * in->sdir1 * in->sdir1 + in->ndir2 * in->sdir2 * in->sdir2 +
+                       2.0 * in->nobsuv * in->suv * in->suv + in->naz * in->saz * in->saz +
+                       in->ngps * in->sgps * in->sgps;
+    const double n = (double)in->ndist + in->ndifh + in->ndir1 + in->ndir2 + 2.0 * in->nobsuv + in->naz + in->ngps;
+    return n > 0.0 ? sqrt(sum / n) : NAN;
+}
+
 int vornrun::load_network(lumptables *t)
 {
     if (iphoto == 1 && dim != 3) {
@@ -69,7 +80,7 @@ int vornrun::load_network(lumptables *t)
         tell_and_print(pfeedback, out, "fill_vorn: Stop in verif");
         return -2;
     }
-    sigma0 = unit_sigma();
+    sigma0 = unit_sigma(this);
     split_points(t);
     npoints = count_of((long long)nsta + ntar);
     if (vornallocate() < 0) {
@@ -107,15 +118,6 @@ void vornrun::count_observations(lumptables *t)
     if (pproject->lumpmethod == 9)
         while (t->nepoch < npdir1 && t->itimetable[t->nepoch] != 0) t->nepoch++;
     if (iphoto == 1) count_photo();
-}
-
-// Root of the mean a-priori variance of all observations; not a number without any.
-double vornrun::unit_sigma() const
-{
-    const double sum = ndist * sdist * sdist + ndifh * sdifh * sdifh + ndir1 * sdir1 * sdir1 + ndir2 * sdir2 * sdir2 +
-                       2.0 * nobsuv * suv * suv + naz * saz * saz + ngps * sgps * sgps;
-    const double n = (double)ndist + ndifh + ndir1 + ndir2 + 2.0 * nobsuv + naz + ngps;
-    return n > 0.0 ? sqrt(sum / n) : NAN;
 }
 
 // nrow rows of nepoch + 1 zeros; null without memory, nothing is kept then.

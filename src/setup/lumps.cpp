@@ -358,20 +358,20 @@ int vornrun::build_lumps(const lumpwork *w)
 }
 
 // Why there can be no lumps in this run, or null.
-const char *vornrun::lumps_refused() const
+static const char *lumps_refused(const solverinput *in)
 {
-    if (iredux != 0) return "no reduction on observations with lumps now";
-    if (dim != 3) return "treat lumps only in 3 dimensions";
-    for (int i = 0; i < ndifh; i++)
-        if (difh[i].time != 0) return "no dot treat height differrences now";
-    for (int i = 0; i < ndir1; i++)
-        if (dir1[i].time >= 2) return NULL;
+    if (in->iredux != 0) return "no reduction on observations with lumps now";
+    if (in->dim != 3) return "treat lumps only in 3 dimensions";
+    for (int i = 0; i < in->ndifh; i++)
+        if (in->difh[i].time != 0) return "no dot treat height differrences now";
+    for (int i = 0; i < in->ndir1; i++)
+        if (in->dir1[i].time >= 2) return NULL;
     return "must have at least 2 epochs";
 }
 
 int vornrun::lumpcheck()
 {
-    const char *why = lumps_refused();
+    const char *why = lumps_refused(this);
     if (why) {
         fprintf(out, "lumpcheck: %s\n", why);
         fprintf(out, "           elimate all lumps notions\n");

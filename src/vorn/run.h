@@ -72,7 +72,6 @@ private:
     int load_network(lumptables *t);
     void give_up_lumps(const char *why);
     void count_observations(lumptables *t);
-    double unit_sigma() const;
     void split_points(lumptables *t);
     void count_constants();
     int load_observations(const lumptables *t);
@@ -83,16 +82,13 @@ private:
     int allocate_lists();
     bool usable(int kind, const measure_input *m);
     bool count_lump(lumpcount *c, const char *field, int *ilump);
-    double lengthfactor() const;
     void fill_stations(pointwalk *w, const membership *groups);
     void fill_targets(pointwalk *w);
     void fill_coordinates(point *p, const double x[3], const double sx[3], const int ix[3], int status);
     void fill_orientations(point *p, const station_input *s);
     void fill_groups(point *p, int ihost, const membership *groups);
     void fill_constants(point *p, int igroup);
-    void hold_height(point *p, const int ix[3]);
     void place_point(pointwalk *w, int kind, int ihost, int ilump, int iconn);
-    void lone_fixed_height();
     int fill_list(int kind, const splitrows *sta, const splitrows *tar);
     int find_ends(const measure_input *m, int ihost, const splitrows *sta, const splitrows *tar, int *ip1, int *ip2);
     int fill_value(const measure_input *m, double val[2]);
@@ -102,14 +98,12 @@ private:
     // images
     int count_lines(const image_input *im);
     int fill_cameras();
-    int search_camera(const char *name) const;
     int fill_image(const image_input *im, int icam, point *station, int *k);
 
     // set-up
     void trigapprox();
     void summary();
     int lumpcheck();
-    const char *lumps_refused() const;
     int build_lumps(const lumpwork *w);
     int datumcheck();
     int datum1D();
@@ -126,18 +120,12 @@ private:
     int mixed_datum();
     int enough_observations();
     int vornapprox();
-    void keep_first_values();
     void set_prepare();
-    void cartesian_frame();
-    void mixed_frame();
     void count_unknowns();
-    void keep_start();
     void number_constants(int next);
     int set_connect();
     void summary2();
     void outputapprox();
-    void approx2D(const point *p, int station);
-    void approx3D(const point *p, int station);
     void showpoints();
     void showmeasures();
 

@@ -31,6 +31,13 @@ settings::settings(project *p)
     latitude = p->latitude * pi / 180.0;
 }
 
+double settings::lengthfactor() const
+{
+    if (iunit == 1) return 0.001;
+    if (iunit == 2) return 0.0254;
+    return 1.0;
+}
+
 kindlist solverinput::listof(int kind)
 {
     switch (kind) {

@@ -23,6 +23,7 @@ struct side_files; // vorn/sidefiles.h
 struct settings {
     explicit settings(project *p);
 
+    double lengthfactor() const; // metres in the host's unit of length
     hostpoints hosts() const { return {psta, npsta, ptar, nptar}; }
 
     project *pproject; // the host object
