@@ -313,6 +313,9 @@ TEST(ConnectFile, WithAForeignHeadIsRefused)
                            "File: old.con for 3 connections in dimension 2\n",
                            "File: old name.con for 2 connections in dimension 2\n",
                            "File: old.con for 2\n",
+                           "File: old.con for 2 connections in dimension\n",
+                           "File: old.con for 2 connections in dimension two\n",
+                           "File: old.con for two connections in dimension 2\n",
                            "File: old.con for 99999999999999999999 connections in dimension 2\n"};
     for (const char *head : heads) {
         Net net(2);
