@@ -656,6 +656,41 @@ TEST(Inversion, LowersTheNumberOfClassesToTheRedundancyButNotBelow3)
     }
 }
 
+// A tenth is added before the redundancy is cut to a whole number.
+TEST(Inversion, CutsTheRedundancyForTheNumberOfClasses)
+{
+    const struct {
+        double cofactor; // of the one unknown: the redundancy of 7 distances is 7 less that
+        int classes;
+    } cases[] = {{0.05, 7}, {0.15, 6}, {0.0, 7}, {1.0, 6}};
+    for (const auto &c : cases) {
+        Redundant s(6);
+        s.points[1].n0[0] = 0;
+        s.observe(s.dist, 0, 0, 1.0, 1.0);             // bound to nothing
+        for (measure &m : s.dist) m.p2 = &s.points[0]; // six of them as well
+        s.dist[0].p2 = &s.points[1];
+        s.dist[0].val[0] = 50.0;
+        s.inv = {c.cofactor / 0.36}; // the distance to (30, 40) changes by 0.6 of x
+        s.wire(1);
+        S(s, nunk1) = S(s, nunk) = 1;
+        EXPECT_EQ(s.inversion(), 0);
+        EXPECT_EQ(s.classes, c.classes) << c.cofactor;
+    }
+}
+
+TEST(Inversion, TakesThreeClassesForARedundancyBelowZero)
+{
+    Redundant s(4);
+    s.points[1].n0[0] = 0;
+    for (measure &m : s.dist) m.p2 = &s.points[0];
+    s.baseline(0, 1, 31, 40, 0);
+    s.inv = {20.0}; // four distances and a baseline of weight 1: 4 + 3 - 20
+    s.wire(1);
+    S(s, nunk1) = S(s, nunk) = 1;
+    EXPECT_EQ(s.inversion(), 0);
+    EXPECT_EQ(s.classes, 3);
+}
+
 TEST(Inversion, ReturnsMinus1WithoutMemoryForTheHistograms)
 {
     for (int k = 1; k <= 4; k++) {
