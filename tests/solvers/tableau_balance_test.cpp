@@ -117,6 +117,32 @@ TEST(Balance, CountsConditionsInTheMeanRedundancy)
     EXPECT_TRUE(holds(t.h.n.report(), "After 11 iterations:\n r[  0]"));
 }
 
+// One weight x beside three of 1: the influence x / (x + 3) lies 0.049 or 0.051 above the mean
+// one. A sweep brings the influences to (1 - h) / 3.
+TEST(Balance, EndsWhenNoRedundancyIsMoreThanFiveHundredthsFromTheMean)
+{
+    for (int beyond : {0, 1}) {
+        const double h = beyond ? 0.301 : 0.299;
+        TwoHeights t({(1 - h) / (3 * h), 1.0, 1.0, 1.0});
+        EXPECT_EQ(t.h.solver().prepare(), 0);
+        EXPECT_TRUE(holds(t.h.n.report(), "After " + std::to_string(beyond) + " iterations:\n"));
+    }
+}
+
+// The other five have influences of 1/5, near the mean of 1/6: only an influence that counts, and
+// leaves a redundancy below 1, asks for more sweeps.
+TEST(Balance, CountsAnInfluenceUpToTheSmallestAsNone)
+{
+    for (int counts : {0, 1}) {
+        const double h = counts ? 1.03e-7 : 0.97e-7;
+        TwoHeights t({(1 - h) / (5 * h), 1.0, 1.0, 1.0, 1.0, 1.0});
+        simplex &s = t.h.solver();
+        EXPECT_EQ(s.prepare(), 0);
+        EXPECT_EQ(holds(t.h.n.report(), "After 0 iterations:\n"), counts == 0);
+        EXPECT_EQ(L1(s, newpd)[0] == S(s, rhs)[0], counts == 0);
+    }
+}
+
 // A free loop: the heights are not determined, and the sweeps go on with what stands.
 TEST(Balance, GoesOnWithASingularMatrix)
 {
