@@ -604,8 +604,8 @@ TEST(Inversion, PropagatesErrorsWithPlainCofactors)
 
 namespace {
 
-// Distances between fixed points: each row is empty, each has a redundancy of 1. With weights
-// of 1 and misclosures of 3 and 4 in turn.
+// Distances between fixed points: each row is empty, each has a redundancy of 1. With
+// standard deviations of 1 and misclosures of 3 and 4 in turn.
 class Redundant : public Script {
 public:
     explicit Redundant(int n_) : Script(2)
@@ -638,7 +638,7 @@ TEST(Inversion, TestsTheResidualsAndScalesTheDeviations)
     S(s, nunk1) = S(s, nunk) = 1;
     EXPECT_EQ(s.inversion(), 0);
     EXPECT_EQ(s.calls, "inverse finish ");
-    const double sigma = sqrt((3 * 9.0 + 2 * 16.0) / 4.0); // five residuals, one unknown
+    const double sigma = S(s, sdist) * sqrt((3 * 9.0 + 2 * 16.0) / 4.0); // five residuals, one unknown
     char line[80];
     snprintf(line, sizeof line, "      Sigma a posteriori %16.7lf", sigma);
     EXPECT_EQ(s.lines(), (Lines{"Start inversion...", line}));
@@ -670,8 +670,9 @@ TEST(Inversion, CutsTheRedundancyForTheNumberOfClasses)
         for (measure &m : s.dist) m.p2 = &s.points[0]; // six of them as well
         s.dist[0].p2 = &s.points[1];
         s.dist[0].val[0] = 50.0;
-        s.inv = {c.cofactor / 0.36}; // the distance to (30, 40) changes by 0.6 of x
+        s.inv = {0.0};
         s.wire(1);
+        s.inv[0] = c.cofactor / 0.36 / pow(S(s, sdist), 2); // the distance to (30, 40) changes by 0.6 of x
         S(s, nunk1) = S(s, nunk) = 1;
         EXPECT_EQ(s.inversion(), 0);
         EXPECT_EQ(s.classes, c.classes) << c.cofactor;
