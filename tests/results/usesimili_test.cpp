@@ -580,6 +580,25 @@ TEST_F(UseSimili, PassesOverAnEpochWithFewerThanThreePointsOfTheReference)
     EXPECT_TRUE(s.lines().empty());
 }
 
+// The copies of an epoch whose comparison fails are not moved, but they are copies of the point.
+TEST_F(UseSimili, AveragesTheCopiesOfAnEpochThatCouldNotBeComparedAsWell)
+{
+    Split s({1, 2, 3});
+    s.motions[2].t[0] = 0.3;
+    for (const char *name : {"A", "B", "C"}) {
+        const double *x = Split::grid((size_t)(*name - 'A'));
+        s.target(name, 1, x[0], x[1], x[2], *name == 'C' ? Ints{1, 3} : Ints{1, 2, 3});
+    }
+    s.target("D", 1, 17, 8, 5, {2}); // epoch 2 shows three points, but only two of the reference
+    ASSERT_EQ(s.use(), 0);
+    ASSERT_EQ(s.record(0).nepoch, 2);
+    for (const char *name : {"A", "B"})
+        for (int copy = 0; copy < 3; copy++)
+            EXPECT_NEAR(s.find(name, copy)->xpt[0], Split::grid((size_t)(*name - 'A'))[0] + 0.3 / 3, 1e-6);
+    EXPECT_NEAR(s.find("C")->xpt[0], Split::grid(2)[0], 1e-6);
+    EXPECT_NEAR(s.find("D")->xpt[0], 17.3, 1e-9);
+}
+
 TEST_F(UseSimili, ReportsALumpWithoutUsableEpoch)
 {
     Split s({1, 2});

@@ -317,6 +317,22 @@ TEST(FixedHeights, HoldPointsOnTheSphereOfTheirHeight)
     expect_row(s.rows[1], {3}, {HARD / 900 * 60}, {}, {}, 0.0);
 }
 
+// h is counted from the sphere, not from the origin.
+TEST(FixedHeights, DoNotAddTheHeightOfTheOrigin)
+{
+    Rows s(3);
+    s.add("S", 300, -400, 12).h = 100.0;
+    for (int c = 0; c < 3; c++) s.points[0].n0[c] = c;
+    s.points[0].defdatum[2] = DATUM_FIXED_HEIGHT;
+    s.wire(1);
+    S(s, radius) = 900.0;
+    S(s, horigin) = 500.0;
+    S(s, nunk1) = 3;
+    S(s, norm_fixh)();
+    ASSERT_EQ(1u, s.rows.size());
+    expect_row(s.rows[0], {0, 1, 2}, {HARD / 1000 * 300, HARD / 1000 * -400, HARD}, {}, {}, 0.0);
+}
+
 TEST(FixedHeights, AtTheCentreOfTheSphereAreWhatTheDivisionGives)
 {
     Rows s(3);

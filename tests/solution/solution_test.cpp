@@ -549,8 +549,8 @@ TEST(Inversion, PropagatesErrorsWithPlainCofactors)
 
 namespace {
 
-// Distances between fixed points: each row is empty, each has a redundancy of 1. With weights
-// of 1 and misclosures of 3 and 4 in turn.
+// Distances between fixed points: each row is empty, each has a redundancy of 1. With
+// standard deviations of 1 and misclosures of 3 and 4 in turn.
 class Redundant : public Script {
 public:
     explicit Redundant(int n_) : Script(2)
@@ -583,7 +583,7 @@ TEST(Inversion, TestsTheResidualsAndScalesTheDeviations)
     S(s, nunk1) = S(s, nunk) = 1;
     EXPECT_EQ(s.inversion(), 0);
     EXPECT_EQ(s.calls, "inverse finish ");
-    const double sigma = sqrt((3 * 9.0 + 2 * 16.0) / 4.0); // five residuals, one unknown
+    const double sigma = S(s, sdist) * sqrt((3 * 9.0 + 2 * 16.0) / 4.0); // five residuals, one unknown
     char line[80];
     snprintf(line, sizeof line, "      Sigma a posteriori %16.7lf", sigma);
     EXPECT_EQ(s.lines(), (Lines{"Start inversion...", line}));
@@ -599,6 +599,42 @@ TEST(Inversion, LowersTheNumberOfClassesToTheRedundancyButNotBelow3)
         EXPECT_EQ(s.classes, classes[k]) << redundancy[k];
         EXPECT_EQ(s.finished, 1);
     }
+}
+
+// A tenth is added before the redundancy is cut to a whole number.
+TEST(Inversion, CutsTheRedundancyForTheNumberOfClasses)
+{
+    const struct {
+        double cofactor; // of the one unknown: the redundancy of 7 distances is 7 less that
+        int classes;
+    } cases[] = {{0.05, 7}, {0.15, 6}, {0.0, 7}, {1.0, 6}};
+    for (const auto &c : cases) {
+        Redundant s(6);
+        s.points[1].n0[0] = 0;
+        s.observe(s.dist, 0, 0, 1.0, 1.0);             // bound to nothing
+        for (measure &m : s.dist) m.p2 = &s.points[0]; // six of them as well
+        s.dist[0].p2 = &s.points[1];
+        s.dist[0].val[0] = 50.0;
+        s.inv = {0.0};
+        s.wire(1);
+        s.inv[0] = c.cofactor / 0.36 / pow(S(s, sdist), 2); // the distance to (30, 40) changes by 0.6 of x
+        S(s, nunk1) = S(s, nunk) = 1;
+        EXPECT_EQ(s.inversion(), 0);
+        EXPECT_EQ(s.classes, c.classes) << c.cofactor;
+    }
+}
+
+TEST(Inversion, TakesThreeClassesForARedundancyBelowZero)
+{
+    Redundant s(4);
+    s.points[1].n0[0] = 0;
+    for (measure &m : s.dist) m.p2 = &s.points[0];
+    s.baseline(0, 1, 31, 40, 0);
+    s.inv = {20.0}; // four distances and a baseline of weight 1: 4 + 3 - 20
+    s.wire(1);
+    S(s, nunk1) = S(s, nunk) = 1;
+    EXPECT_EQ(s.inversion(), 0);
+    EXPECT_EQ(s.classes, 3);
 }
 
 TEST(Inversion, ReturnsMinus1WithoutMemoryForTheHistograms)

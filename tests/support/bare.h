@@ -135,7 +135,8 @@ public:
         wire_list(BareRecords::cameras, &(solution::cameras), &ncamera);
         wire_list(BareRecords::lumps, &(solution::lumps), &nlump);
         nweighted = nfixh = iredux = nunk1 = nunk2 = ndatum = nunk = 0;
-        sdist = sdifh = sdir1 = sdir2 = saz = sgps = suv = sigma0 = 1.0;
+        sdist = 0.9, sdifh = 1.1, sdir1 = 0.8, sdir2 = 1.2, saz = 0.7, sgps = 1.3, suv = 1.4;
+        sigma0 = 1.0;
         for (double &d : solution::datum) d = 0.0;
         icon = nexport = nimport = 0;
         lcon = NULL;

@@ -184,11 +184,12 @@ TEST(VornConstructor, AllocatesNothingAndStartsEmpty)
 TEST(VornConstructor, SeesNoLaterChangeOfTheSettings)
 {
     Network n(2);
+    const double given = n.p.sdist;
     vorn run(n.ready());
     n.p.itmax = 99;
     n.p.sdist = 99;
     EXPECT_EQ(V(run, itmax), 20);
-    EXPECT_EQ(V(run, sdist), 1.0);
+    EXPECT_EQ(V(run, sdist), given);
 }
 
 TEST(VornAssignment, CopiesMemberByMember)
@@ -405,8 +406,6 @@ TEST(Solvers, InvertByTheRulesOfTheirEntry)
         };
         EXPECT_EQ(inverted(n), irun != 0) << irun;
         EXPECT_EQ(inverted(m), irun == 1 || irun == -2) << irun;
-        EXPECT_EQ(on_disk(n), n.report());
-        EXPECT_EQ(on_disk(m), m.report());
     }
 }
 
@@ -426,7 +425,6 @@ TEST(Solvers, DoNotInvertWhatCouldNotBeSolved)
     EXPECT_EQ(jordaned.vornjordan(), -4);
     for (Network *net : {&n, &m}) {
         for (const auto &line : net->messages.lines) EXPECT_NE(line, "Start inversion...");
-        EXPECT_EQ(on_disk(*net), net->report());
     }
 }
 
