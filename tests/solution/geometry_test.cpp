@@ -388,6 +388,31 @@ TEST(NormDir1, CountsFromTheFirstAxisToTheSecondAndAddsTheOrientation)
     EXPECT_NEAR(computed_direction(s, 0), PI / 4 + 0.25, 1e-15);
 }
 
+// Of a tilted station a third component would turn the direction.
+TEST(NormDir1, LiesInThePlaneInDimension2UnlessAReductionWorksInSpace)
+{
+    for (const int code : {0, 1, 3}) {
+        Rows s(2);
+        point &p = s.add("P", 0, 0, 5);
+        p.xex[0] = 0.3, p.xex[1] = -0.2, p.xex[2] = 0.25;
+        s.add("Q", 30, 40, 5);
+        s.observe(s.dir1, 0, 1, 0, 0.5);
+        s.number_all(1);
+        S(s, iredux) = code;
+        const double level = computed_direction(s, 0);
+        s.points[1].xpt[2] = -7.0;
+        if (code == 0)
+            EXPECT_EQ(computed_direction(s, 0), level);
+        else
+            EXPECT_GT(fabs(computed_direction(s, 0) - level), 0.001);
+        S(s, norm_dir1)();
+        ASSERT_EQ(s.rows.size(), 1u);
+        for (int c = 0; c < 2; c++) // the row belongs to the value
+            EXPECT_NEAR(entry(s.rows[0].i1, s.rows[0].c1, s.points[1].n0[c]) / 2.0,
+                        quotient([&] { return computed_direction(s, 0); }, &s.points[1].xpt[c], STEP_M), TOLERANCE);
+    }
+}
+
 TEST(NormDir1, KeepsTheRotationForARunOfOneStation)
 {
     Rows s(2);

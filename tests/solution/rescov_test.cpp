@@ -330,6 +330,24 @@ TEST(ResidualCovariance, NamesEachKindInItsMessage)
               s.report());
 }
 
+// A distance with a constant whose cofactors are B, -B and 1: coordinates with coordinates give
+// exactly 0, while B + 1 loses the 1.
+TEST(ResidualCovariance, SumsTheCoordinatesBeforeTheOtherUnknowns)
+{
+    const double B = 9007199254740992.0; // 2^53
+    Small s(2);
+    s.add("P", 0, 0);
+    s.add("Q", 10, 0);
+    s.points[0].n0[0] = 0;
+    s.points[1].n0[0] = 1;
+    s.points[0].n1[3] = 0;
+    s.observe(s.dist, 0, 1, 10.5, 1.0).typ = 1;
+    s.ready(2, 1, {B, 0, -1, 0, -B, 0, 0, 0, 0});
+    S(s, sdist) = 1.0;
+    s.cov();
+    EXPECT_EQ(s.dist[0].res[1], 0.0); // 1 - 1, a residual without redundancy
+}
+
 TEST(ResidualCovariance, BringsADirectionBackByOneTurn)
 {
     const double pi = 4 * atan(1.0);

@@ -254,8 +254,7 @@ TEST(Balance, ChangesTheCostsAndNotTheRows)
         vorn run(network.net.ready());
         ASSERT_EQ(run.vornstart(), 0);
         network.net.messages.answer = answer;
-        solverinput in;
-        V(run, handover)(&in);
+        const solverinput &in = state(run);
         simplex s(in);
         ASSERT_EQ(s.prepare(), 0);
         S(s, normal)();
@@ -318,8 +317,7 @@ TEST(Balance, StartsFromTheRedundanciesOfTheAdjustment)
         ASSERT_EQ(run.vornstart(), 0);
         const size_t start = network.net.report().size();
         network.net.messages.answer = 1;
-        solverinput in;
-        V(run, handover)(&in);
+        const solverinput &in = state(run);
         simplex s(in);
         ASSERT_EQ(s.prepare(), 0);
         Design design(in, std::vector<double>(S(s, rhs), S(s, rhs) + L1(s, nplan)));

@@ -38,6 +38,7 @@ public:
         in.points = points.data();
         in.nsta = nsta;
         in.ntar = (int)points.size() - nsta;
+        in.npoints = (int)points.size();
         wire(dist, &in.dist, &in.ndist);
         wire(difh, &in.difh, &in.ndifh);
         wire(dir1, &in.dir1, &in.ndir1);
