@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "approx/resection.h"
 #include "approx/sketch.h"
 #include "ownhost/host.h"
 #include "support/bare.h"
@@ -117,9 +118,7 @@ TEST_F(Conversions, ShowTheReadingsOfAResection)
     s.n.p.idebug = 1;
     s.wire();
     for (int k : t) s.place(k);
-    ASSERT_EQ(
-        X(*s.a, resec)(0, i, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(), s.yap.data(), s.oap.data()),
-        0);
+    ASSERT_EQ(resec(s.net(), s.tab(), 0, i), 0);
     expect_rows(s.report(), {{3 * (s.bearing(i, t[0]) - 0.3)}}, 5e-6);
 }
 
