@@ -408,7 +408,7 @@ TEST(NormDir1, LiesInThePlaneInDimension2UnlessAReductionWorksInSpace)
         S(s, norm_dir1)();
         ASSERT_EQ(s.rows.size(), 1u);
         for (int c = 0; c < 2; c++) // the row belongs to the value
-            EXPECT_NEAR(entry(s.rows[0].i1, s.rows[0].c1, s.points[1].n0[c]) / 2.0,
+            EXPECT_NEAR(entry(s.rows[0].i1, s.rows[0].c1, s.points[1].n0[c]) * 0.5 / S(s, sdir1),
                         quotient([&] { return computed_direction(s, 0); }, &s.points[1].xpt[c], STEP_M), TOLERANCE);
     }
 }
