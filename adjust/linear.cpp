@@ -67,9 +67,10 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
     return n;
 }
 
-// Whether a kind sees an axis of the coordinates of its ends.
-bool sees_axis(const Frame &frame, Kind kind, int axis)
+// Whether a kind sees an axis of the coordinates of an end; a motion turns every axis into the others.
+bool sees_axis(const Frame &frame, Kind kind, int motion, int axis)
 {
+    if (motion >= 0) return true;
     if (kind == Kind::plane_distance) return axis < 2;
     if (kind == Kind::height_difference) return axis == 2 || (frame.curved() && !frame.mixed);
     return true;
@@ -267,7 +268,7 @@ void by_unknowns(const Model &model, const Frame &frame, const Observation &o, c
     for (int e = 0; e < ends.count; e++) {
         const EndSlopes slopes = end_slopes(model, frame, ends.point[e], ends.motion[e]);
         for (int k = 0; k < (ends.motion[e] >= 0 ? 10 : 3); k++) {
-            if (k < 3 && !sees_axis(model.frame, o.kind, k)) continue;
+            if (k < 3 && !sees_axis(model.frame, o.kind, ends.motion[e], k)) continue;
             for (int c = 0; c < n_components; c++) linear->slope[c][n] = through(slopes, by.slope[c] + 3 * e, k);
             n++;
         }
@@ -284,7 +285,7 @@ int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_un
     int n = 0;
     for (int e = 0; e < ends.count; e++) {
         for (int k = 0; k < 3; k++)
-            if (sees_axis(model.frame, o.kind, k)) unknowns[n++] = 3 * ends.point[e] + k;
+            if (sees_axis(model.frame, o.kind, ends.motion[e], k)) unknowns[n++] = 3 * ends.point[e] + k;
         for (int k = 0; k < 7 && ends.motion[e] >= 0; k++) unknowns[n++] = model.motions[ends.motion[e]].first + k;
     }
     return n + parameters_of(model, o, unknowns + n);
