@@ -23,20 +23,32 @@ void transpose(int n, const WeightedRows &rows, NormalSystem *s)
         }
 }
 
-// Rows of column j of the lower triangle: unknowns from j on that stand in a row with j, ascending.
-void append_column(int j, const WeightedRows &rows, const NormalSystem &s, std::vector<int> *mark,
-                   std::vector<int> *list)
+// Lists unknowns once for each column.
+struct Collector {
+    std::vector<int> mark; // [n] column that an unknown was last listed for
+    std::vector<int> *list;
+    void add(int unknown, int column)
+    {
+        if (mark[unknown] == column) return;
+        mark[unknown] = column;
+        list->push_back(unknown);
+    }
+};
+
+// Rows of column j of the lower triangle: unknowns from j on that stand in a row with j or belong to its point,
+// ascending.
+void append_column(int j, const Model &model, const Columns &columns, const WeightedRows &rows, const NormalSystem &s,
+                   Collector *c)
 {
-    const std::size_t first = list->size();
-    list->push_back(j);
-    (*mark)[j] = j;
+    const std::size_t first = c->list->size();
+    c->add(j, j);
     for (std::size_t at = s.begin[j]; at < s.begin[j + 1]; at++)
-        for (std::size_t k = rows.begin[s.row[at]] + s.entry[at]; k < rows.begin[s.row[at] + 1]; k++) {
-            if ((*mark)[rows.column[k]] == j) continue;
-            (*mark)[rows.column[k]] = j;
-            list->push_back(rows.column[k]);
-        }
-    std::sort(list->begin() + first, list->end());
+        for (std::size_t k = rows.begin[s.row[at]] + s.entry[at]; k < rows.begin[s.row[at] + 1]; k++)
+            c->add(rows.column[k], j);
+    const int point = columns.unknown[j] / 3;
+    for (int i = j + 1; i < columns.count() && point < model.n_points && columns.unknown[i] / 3 == point; i++)
+        c->add(i, j);
+    std::sort(c->list->begin() + first, c->list->end());
 }
 
 // Adds column j of B^T B from its diagonal on to work; returns element j of B^T b.
@@ -56,14 +68,15 @@ double gather(int j, const WeightedRows &rows, const NormalSystem &s, double *wo
 
 } // namespace
 
-NormalSystem normal_pattern(int n, const WeightedRows &rows)
+NormalSystem normal_pattern(const Model &model, const Columns &columns, const WeightedRows &rows)
 {
+    const int n = columns.count();
     NormalSystem s;
     transpose(n, rows, &s);
     s.matrix.n = n;
-    std::vector<int> mark(n, -1);
+    Collector collector{std::vector<int>(n, -1), &s.matrix.row};
     for (int j = 0; j < n; j++) {
-        append_column(j, rows, s, &mark, &s.matrix.row);
+        append_column(j, model, columns, rows, s, &collector);
         s.matrix.start.push_back((std::int64_t)s.matrix.row.size());
     }
     s.matrix.value.assign(s.matrix.row.size(), 0.0);

@@ -22,8 +22,8 @@ struct NormalSystem {
     std::vector<double> work;       // [n] zero between calls
 };
 
-// Pattern for n columns; values 0.
-NormalSystem normal_pattern(int n, const WeightedRows &rows);
+// Pattern of the rows, and of the coordinates of each point among themselves; values 0.
+NormalSystem normal_pattern(const Model &model, const Columns &columns, const WeightedRows &rows);
 
 void assemble(const WeightedRows &rows, NormalSystem *system);
 

@@ -1,8 +1,8 @@
 // The linear equations of all observations, unweighted: row by row
 //     misclosure = sum over k of coefficient[k] * correction(column[k]) + residual
-// with misclosure = observed - computed before and residual = observed - computed after the corrections. Metres and radians; image rows in pixels. A row belongs to one component of
-// one observation; the components of an observation follow one another, and rows stand in the order of the observations
-// that are used.
+// with misclosure = observed - computed before and residual = observed - computed after the corrections. Metres and
+// radians; image rows in pixels. A row belongs to one component of one observation; the components of an observation
+// follow one another, and rows stand in the order of the observations that are used.
 //
 // Storage by rows: entries of row r are begin[r] <= k < begin[r + 1]. Columns are UNKNOWN INDEXES of the model, the
 // held ones too (their coefficients tell the search for open motions what they hold); absent ones have no entry. They

@@ -10,7 +10,7 @@ System make_system(const Model &model)
     s.equations = pattern(model);
     s.columns = columns(model, s.equations);
     s.rows = weighted_pattern(model, s.equations, s.columns);
-    s.normal = normal_pattern(s.n(), s.rows);
+    s.normal = normal_pattern(model, s.columns, s.rows);
     s.symbolic = analyse(s.normal.matrix, fill_reducing_order(s.normal.matrix).unknown);
     return s;
 }
