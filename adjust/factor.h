@@ -41,7 +41,7 @@ struct Factor {
 // an earlier call are used again.
 //   factor  out  as above
 // Returns whether all pivots stand: false with failed pivots or when stopped.
-// Throws std::bad_alloc, with factor empty.
+// Throws std::bad_alloc, with nothing of value in factor.
 bool factorize(const SymmetricMatrix &a, const Symbolic &symbolic, Factor &factor, const FactorOptions &options = {});
 
 // Solves A x = b.

@@ -3,8 +3,8 @@
 //
 // With A = L D L^T the inverse Z satisfies Z L = L^-T D^-1. For the columns J of a supernode and
 // the rows R below them, from the last supernode to the first,
-//   Z(R,J) = - Z(R,R) L(R,J) L(J,J)^-1,
-//   Z(J,J) = L(J,J)^-T (D(J)^-1 - L(R,J)^T Z(R,J)) ... , and Z(R,R) is known by then
+//   Z(R,J) = - Z(R,R) Y,   Z(J,J) = L(J,J)^-T D(J)^-1 L(J,J)^-1 - Z(J,R) Y,   Y = L(R,J) L(J,J)^-1,
+// and Z(R,R) is known by then
 // (Takahashi, Fagan and Chin, 1973; Erisman and Tinney, Comm. ACM 18, 1975, 177-179). Unknowns
 // whose pivots failed have zeros. Results do not depend on the number of threads, bit by bit.
 
@@ -30,7 +30,7 @@ struct Inverse {
 };
 
 // The inverse on the pattern of the factor.
-// Returns whether it was not stopped. Throws std::bad_alloc, with inverse empty.
+// Returns whether it was not stopped. Throws std::bad_alloc, with nothing of value in inverse.
 bool invert(const Symbolic &symbolic, const Factor &factor, Inverse &inverse, const InverseOptions &options = {});
 
 // Element (i, j) of the inverse, by unknowns, in any order; null when it is not on the pattern.

@@ -6,7 +6,7 @@
 // rows below them, row[rowstart[s]] to row[rowstart[s + 1] - 1], ascending places. Its values are a
 // block of height(s) rows, own columns first, by width(s) columns, column by column from
 // valuestart[s] on; what lies above the diagonal is not used.
-// Example, 4 places with L(1,0) and L(3,2), and L(3,1): first 0 1 2 4, row 1 3 of supernodes 0 and 1.
+// Example, 4 places with L(1,0), L(3,1) and L(3,2): first 0 1 2 4, row 1 3; rowstart 0 1 2 2.
 
 #ifndef VORNADJUST_SYMBOLIC_H
 #define VORNADJUST_SYMBOLIC_H
