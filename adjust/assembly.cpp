@@ -35,19 +35,16 @@ struct Collector {
     }
 };
 
-// Rows of column j of the lower triangle: unknowns from j on that stand in a row with j or belong to its point,
+// Rows of column j of the lower triangle: columns from j on that stand in a row with j or belong to its block,
 // ascending.
-void append_column(int j, const Model &model, const Columns &columns, const WeightedRows &rows, const NormalSystem &s,
-                   Collector *c)
+void append_column(int j, const WeightedRows &rows, const std::vector<int> &block, const NormalSystem &s, Collector *c)
 {
     const std::size_t first = c->list->size();
     c->add(j, j);
     for (std::size_t at = s.begin[j]; at < s.begin[j + 1]; at++)
         for (std::size_t k = rows.begin[s.row[at]] + s.entry[at]; k < rows.begin[s.row[at] + 1]; k++)
             c->add(rows.column[k], j);
-    const int point = columns.unknown[j] / 3;
-    for (int i = j + 1; i < columns.count() && point < model.n_points && columns.unknown[i] / 3 == point; i++)
-        c->add(i, j);
+    for (int i = j + 1; i < (int)block.size() && block[j] >= 0 && block[i] == block[j]; i++) c->add(i, j);
     std::sort(c->list->begin() + first, c->list->end());
 }
 
@@ -68,15 +65,14 @@ double gather(int j, const WeightedRows &rows, const NormalSystem &s, double *wo
 
 } // namespace
 
-NormalSystem normal_pattern(const Model &model, const Columns &columns, const WeightedRows &rows)
+NormalSystem normal_pattern(int n, const WeightedRows &rows, const std::vector<int> &block)
 {
-    const int n = columns.count();
     NormalSystem s;
     transpose(n, rows, &s);
     s.matrix.n = n;
     Collector collector{std::vector<int>(n, -1), &s.matrix.row};
     for (int j = 0; j < n; j++) {
-        append_column(j, model, columns, rows, s, &collector);
+        append_column(j, rows, block, s, &collector);
         s.matrix.start.push_back((std::int64_t)s.matrix.row.size());
     }
     s.matrix.value.assign(s.matrix.row.size(), 0.0);

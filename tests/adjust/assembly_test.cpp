@@ -49,7 +49,7 @@ void expect_dense(const Model &m)
     const Columns c = columns(m, e);
     WeightedRows rows = weighted_pattern(m, e, c);
     ASSERT_EQ(weigh(m, e, c, &rows), -1);
-    NormalSystem system = normal_pattern(m, c, rows);
+    NormalSystem system = normal_pattern(c.count(), rows);
     assemble(rows, &system);
 
     const DenseSystem dense = dense_system(m, false);
