@@ -1,6 +1,7 @@
 // Order, factor and inverse on the pattern of normal matrices of shuffled plane networks, three
 // unknowns a point and eight neighbours, beside CHOLMOD on the same matrix where the build found it.
-// Give OPENBLAS_NUM_THREADS=1. Wall times; the second argument of a bench is the number of threads.
+// Give OPENBLAS_NUM_THREADS=1. Wall and processor times; the second argument of a bench is the
+// number of threads, or of right-hand sides.
 
 #include <algorithm>
 #include <cstdint>
@@ -161,7 +162,8 @@ void SolvePlane(benchmark::State &state)
 #ifdef HAVE_CHOLMOD
 class Cholmod {
 public:
-    explicit Cholmod(const SymmetricMatrix &a)
+    explicit Cholmod(const SymmetricMatrix &a, const std::vector<int> &fixed_order = {})
+        : given(fixed_order.begin(), fixed_order.end())
     {
         cholmod_l_start(&c);
         c.supernodal = CHOLMOD_SUPERNODAL;
@@ -179,12 +181,19 @@ public:
     void analyse()
     {
         cholmod_l_free_factor(&l, &c);
-        l = cholmod_l_analyze(m, &c);
+        if (given.empty()) {
+            l = cholmod_l_analyze(m, &c);
+            return;
+        }
+        c.nmethods = 1;
+        c.method[0].ordering = CHOLMOD_GIVEN;
+        l = cholmod_l_analyze_p(m, given.data(), nullptr, 0, &c);
     }
     void factor() { cholmod_l_factorize(m, l, &c); }
     double elements() const { return c.lnz; }
 
 private:
+    std::vector<SuiteSparse_long> given; // order, empty for one of its own
     cholmod_common c;
     cholmod_sparse *m = nullptr;
     cholmod_factor *l = nullptr;
@@ -197,12 +206,24 @@ void CholmodAnalyse(benchmark::State &state)
     state.counters["elements"] = c.elements();
 }
 
-void CholmodFactor(benchmark::State &state)
+void cholmod_factor(benchmark::State &state, Cholmod &c)
 {
-    Cholmod c(problem((int)state.range(0)).a);
     c.analyse();
     for (auto _ : state) c.factor();
     state.counters["elements"] = c.elements();
+}
+
+void CholmodFactor(benchmark::State &state)
+{
+    Cholmod c(problem((int)state.range(0)).a);
+    cholmod_factor(state, c);
+}
+
+void CholmodFactorSameOrder(benchmark::State &state)
+{
+    const Problem &p = problem((int)state.range(0));
+    Cholmod c(p.a, p.symbolic.unknown);
+    cholmod_factor(state, c);
 }
 
 void CholmodBoth(benchmark::State &state)
@@ -261,6 +282,7 @@ BENCHMARK(SolvePlane)->Apply(sizes_and_sides);
 #ifdef HAVE_CHOLMOD
 BENCHMARK(CholmodAnalyse)->Apply(sizes);
 BENCHMARK(CholmodFactor)->Apply(sizes);
+BENCHMARK(CholmodFactorSameOrder)->Apply(sizes);
 BENCHMARK(CholmodBoth)->Apply(sizes);
 #endif
 
