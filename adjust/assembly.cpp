@@ -23,20 +23,29 @@ void transpose(int n, const WeightedRows &rows, NormalSystem *s)
         }
 }
 
-// Rows of column j of the lower triangle: unknowns from j on that stand in a row with j, ascending.
-void append_column(int j, const WeightedRows &rows, const NormalSystem &s, std::vector<int> *mark,
-                   std::vector<int> *list)
+// Lists unknowns once for each column.
+struct Collector {
+    std::vector<int> mark; // [n] column that an unknown was last listed for
+    std::vector<int> *list;
+    void add(int unknown, int column)
+    {
+        if (mark[unknown] == column) return;
+        mark[unknown] = column;
+        list->push_back(unknown);
+    }
+};
+
+// Rows of column j of the lower triangle: columns from j on that stand in a row with j or belong to its block,
+// ascending.
+void append_column(int j, const WeightedRows &rows, const std::vector<int> &block, const NormalSystem &s, Collector *c)
 {
-    const std::size_t first = list->size();
-    list->push_back(j);
-    (*mark)[j] = j;
+    const std::size_t first = c->list->size();
+    c->add(j, j);
     for (std::size_t at = s.begin[j]; at < s.begin[j + 1]; at++)
-        for (std::size_t k = rows.begin[s.row[at]] + s.entry[at]; k < rows.begin[s.row[at] + 1]; k++) {
-            if ((*mark)[rows.column[k]] == j) continue;
-            (*mark)[rows.column[k]] = j;
-            list->push_back(rows.column[k]);
-        }
-    std::sort(list->begin() + first, list->end());
+        for (std::size_t k = rows.begin[s.row[at]] + s.entry[at]; k < rows.begin[s.row[at] + 1]; k++)
+            c->add(rows.column[k], j);
+    for (int i = j + 1; i < (int)block.size() && block[j] >= 0 && block[i] == block[j]; i++) c->add(i, j);
+    std::sort(c->list->begin() + first, c->list->end());
 }
 
 // Adds column j of B^T B from its diagonal on to work; returns element j of B^T b.
@@ -56,14 +65,14 @@ double gather(int j, const WeightedRows &rows, const NormalSystem &s, double *wo
 
 } // namespace
 
-NormalSystem normal_pattern(int n, const WeightedRows &rows)
+NormalSystem normal_pattern(int n, const WeightedRows &rows, const std::vector<int> &block)
 {
     NormalSystem s;
     transpose(n, rows, &s);
     s.matrix.n = n;
-    std::vector<int> mark(n, -1);
+    Collector collector{std::vector<int>(n, -1), &s.matrix.row};
     for (int j = 0; j < n; j++) {
-        append_column(j, rows, s, &mark, &s.matrix.row);
+        append_column(j, rows, block, s, &collector);
         s.matrix.start.push_back((std::int64_t)s.matrix.row.size());
     }
     s.matrix.value.assign(s.matrix.row.size(), 0.0);

@@ -22,8 +22,10 @@ struct NormalSystem {
     std::vector<double> work;       // [n] zero between calls
 };
 
-// Pattern for n columns; values 0.
-NormalSystem normal_pattern(int n, const WeightedRows &rows);
+// Pattern for n columns; values 0. Neighbouring columns of the same block, where blocks are given, belong to the
+// pattern together whether a row holds them or not: the coordinates of a point, whose cofactors are wanted.
+//   block  [n] number of the block of each column, or -1; or empty
+NormalSystem normal_pattern(int n, const WeightedRows &rows, const std::vector<int> &block = {});
 
 void assemble(const WeightedRows &rows, NormalSystem *system);
 

@@ -37,56 +37,44 @@ std::vector<double> small_inverse(int d, std::vector<double> a)
     return b;
 }
 
-// Columns with the largest pivots of Gauss elimination of the motions, coordinates only.
-std::vector<int> largest_pivots(const Model &model, const Columns &columns, int open, std::vector<double> g)
+// Rows of a matrix over unknowns that stand in the normal system.
+std::vector<double> over_columns(const Columns &columns, const Dense &m)
 {
-    const int n = columns.count();
-    std::vector<int> pivots;
-    for (int step = 0; step < open; step++) {
-        int best_k = step, best_j = -1;
-        double best = 0.0;
-        for (int k = step; k < open; k++)
-            for (int j = 0; j < n && columns.unknown[j] < 3 * model.n_points; j++)
-                if (std::fabs(g[(std::size_t)k * n + j]) > best)
-                    best = std::fabs(g[(std::size_t)k * n + j]), best_k = k, best_j = j;
-        if (best_j < 0) break;
-        pivots.push_back(best_j);
-        double *row = &g[(std::size_t)step * n];
-        std::swap_ranges(row, row + n, &g[(std::size_t)best_k * n]);
-        for (int k = step + 1; k < open; k++) {
-            double *other = &g[(std::size_t)k * n];
-            const double f = other[best_j] / row[best_j];
-            for (int j = 0; j < n; j++) other[j] -= f * row[j];
-            other[best_j] = 0.0;
-        }
-    }
-    return pivots;
+    std::vector<double> v;
+    v.reserve((std::size_t)m.cols * columns.count());
+    for (int k = 0; k < m.cols; k++)
+        for (int u : columns.unknown) v.push_back(m(u, k));
+    return v;
 }
 
 } // namespace
 
-std::vector<int> set_datum(const Model &model, const Columns &columns, int open, const std::vector<double> &motion,
-                           FreeDatum *datum)
+FreeDatum free_datum(const Columns &columns, const Datum &found)
 {
-    const int n = columns.count();
-    datum->open = open;
-    datum->n = n;
-    datum->condition = motion;
-    for (int k = 0; k < open; k++)
-        for (int j = 0; j < n; j++)
-            if (model.code[columns.unknown[j]] != Code::datum) datum->condition[(std::size_t)k * n + j] = 0.0;
-    set_motion(motion, datum);
-    return largest_pivots(model, columns, open, motion);
+    FreeDatum d;
+    d.n = columns.count();
+    d.open = found.motions.cols;
+    d.size = found.similarity.size;
+    d.condition = over_columns(columns, found.conditions);
+    set_motions(columns, found.motions, &d);
+    return d;
 }
 
-void set_motion(const std::vector<double> &motion, FreeDatum *datum)
+std::vector<int> held_columns(const Model &model, const Columns &columns, const Datum &found)
+{
+    std::vector<int> held;
+    for (int u : minimal_datum(model, found.motions)) held.push_back(columns.of[u]);
+    return held;
+}
+
+void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
 {
     const int d = datum->open, n = datum->n;
-    datum->motion = motion;
+    datum->motion = over_columns(columns, motions);
     std::vector<double> bg(d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++)
-            bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &motion[(std::size_t)k * n]);
+            bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &datum->motion[(std::size_t)k * n]);
     datum->closing = small_inverse(d, bg);
 }
 

@@ -1,6 +1,6 @@
 // The datum of a network that observations leave free to move: which of the solutions is meant, and its cofactors.
 //
-// G holds the open motions, a column each, over the unknowns of the normal system; B0 those at the first values with
+// G holds the open motions, a column each, over the columns of the normal system; B0 those at the first values with
 // all rows but those of datum coordinates set to 0. Wanted is the solution with B0^T (x - x0) = 0. Some d unknowns are
 // held instead, chosen by complete pivoting so that G over them is as far from singular as can be; the solution x- and
 // the cofactors Q- of that minimal datum are transformed (Baarda's S-transformation):
@@ -13,6 +13,7 @@
 
 #include <vector>
 
+#include "adjust/datum.h"
 #include "adjust/system.h"
 
 namespace vornadjust {
@@ -20,19 +21,20 @@ namespace vornadjust {
 struct FreeDatum {
     int open = 0;                  // d, 0 to 7
     int n = 0;                     // columns
+    double size = 1.0;             // metres, of the network
     std::vector<double> condition; // [d][n] B0
     std::vector<double> motion;    // [d][n] G
     std::vector<double> closing;   // [d][d] (B0^T G)^-1 by rows
 };
 
-// The motions at the first values: sets condition and motion.
-//   motion  [open][n]
-// Returns the columns to be held.
-std::vector<int> set_datum(const Model &model, const Columns &columns, int open, const std::vector<double> &motion,
-                           FreeDatum *datum);
+// Of the open motions found at the first values, which come with the conditions.
+FreeDatum free_datum(const Columns &columns, const Datum &found);
 
-// The motions at later values; what is held stays.
-void set_motion(const std::vector<double> &motion, FreeDatum *datum);
+// Columns to be held in its place.
+std::vector<int> held_columns(const Model &model, const Columns &columns, const Datum &found);
+
+// The same motions at later values.
+void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum);
 
 // x- to x.
 //   from_start  in      [n] present values - first values

@@ -10,7 +10,9 @@ System make_system(const Model &model)
     s.equations = pattern(model);
     s.columns = columns(model, s.equations);
     s.rows = weighted_pattern(model, s.equations, s.columns);
-    s.normal = normal_pattern(s.n(), s.rows);
+    std::vector<int> point;
+    for (int u : s.columns.unknown) point.push_back(u < 3 * model.n_points ? u / 3 : -1);
+    s.normal = normal_pattern(s.n(), s.rows, point);
     s.symbolic = analyse(s.normal.matrix, fill_reducing_order(s.normal.matrix).unknown);
     return s;
 }

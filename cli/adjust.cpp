@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <memory>
 
-#include "accounts.h"
+#include "host/run/accounts.h"
 #include "commands.h"
-#include "csv_writer.h"
-#include "json_writer.h"
-#include "output_file.h"
-#include "results.h"
+#include "host/results/csv_writer.h"
+#include "host/results/json_writer.h"
+#include "host/results/output_file.h"
+#include "host/results/results.h"
 
 using namespace vornhost;
 

@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
-#include "accounts.h"
+#include "host/run/accounts.h"
 #include "commands.h"
-#include "output_file.h"
-#include "results.h"
+#include "host/results/output_file.h"
+#include "host/results/results.h"
 
 using namespace vornhost;
 

@@ -11,7 +11,9 @@
 #include <stdlib.h>
 
 #include "approx/codes.h"
-#include "vorn/names.h"
+#include "loading/names.h"
+
+namespace vornengine {
 
 approx::approx(project *pproject_, point *points_, measure *dist_, measure *dir1_, measure *dir2_, int nsta_, int ntar_,
                int ndist_, int ndir1_, int ndir2_, int *ia1_)
@@ -160,3 +162,5 @@ int approx::istotal(int i)
     }
     return 0;
 }
+
+} // namespace vornengine

@@ -27,6 +27,8 @@
 #include "approx/pairlist.h"
 #include "vorn/records.h"
 
+namespace vornengine {
+
 // Status of a station.
 enum {
     THEO_UNKNOWN = 0,
@@ -256,5 +258,7 @@ double wrap(double angle);
 // Meeting (metres) of two rays along the plane angles a and b from (0, 0) and (1, 0); rays
 // that are near parallel or antiparallel give (0, 0).
 void meet(double a, double b, double *x, double *y);
+
+} // namespace vornengine
 
 #endif

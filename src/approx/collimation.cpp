@@ -10,6 +10,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // Why a pair is chosen; the value of iscale until the scale is made.
 enum { BY_SHOTS = 0, BY_BAR = 1, BY_CONTROL = 2 };
 
@@ -184,3 +186,5 @@ int approx::colli_spread(int npair, int *iscale, int **table, int *itheo, int *i
     free(tabpair);
     return result;
 }
+
+} // namespace vornengine

@@ -10,6 +10,8 @@
 
 #include "approx/guesswork.h"
 
+namespace vornengine {
+
 const double LEAST_BAR = 1e-6; // square of the shortest bar, in lengths of the base
 
 // Whether every direction has a vertical angle and one of these is not zero.
@@ -134,3 +136,5 @@ int approx::guess_spread(int *iscale, int **table, int *itheo, int *iobj, double
     guesswork_free(&w);
     return done;
 }
+
+} // namespace vornengine

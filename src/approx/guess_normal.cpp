@@ -12,6 +12,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 // One equation: n coefficients of the unknowns at[] and its contradiction w. Adds to both
 // triangles of the matrix and to the right side.
 static void add_equation(double **mat, double *rhs, int n, const int *at, const double *coef, double w)
@@ -56,3 +58,5 @@ void approx::guess_normal(double **mat, double *rhs, int m, int k, double x, dou
 
     *sum += wh * wh + wv * wv;
 }
+
+} // namespace vornengine

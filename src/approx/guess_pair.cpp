@@ -5,6 +5,8 @@
 
 #include "approx/approx.h"
 
+namespace vornengine {
+
 // The last station of a status, or none (-1).
 static int last_of(int status, const int *itheo, int nsta)
 {
@@ -104,3 +106,5 @@ int approx::guess_pair(int **table, const int *itheo, guesspair *g)
     if (idebug) show_pair(g);
     return 0;
 }
+
+} // namespace vornengine

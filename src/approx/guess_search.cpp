@@ -8,6 +8,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 enum { NGRID = 20 }; // orientations to a full circle
 
 const double NO_TRIAL = 999.0; // above any sum of squares that a search accepts
@@ -150,3 +152,5 @@ int approx::guess_o1o2(int it1, int it2, int ncommon, int **table, int *isys, do
     if (*o2 > pi) *o2 -= 2 * pi;
     return 0;
 }
+
+} // namespace vornengine

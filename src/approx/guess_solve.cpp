@@ -13,6 +13,8 @@
 #include "numerics/ludcmp.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 enum { NITERATION = 3 };
 
 void approx::show_isys(const int *isys, int n) const
@@ -209,3 +211,5 @@ int approx::guess_solve(int n, double o1, double o2, int *isys, int **table, dou
     weakshots_free(&s);
     return result;
 }
+
+} // namespace vornengine

@@ -6,6 +6,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 int guesswork_take(guesswork *g, int ncommon)
 {
     g->isys = (int *)zeroed(ncommon + 2LL, sizeof(int));
@@ -21,3 +23,5 @@ void guesswork_free(guesswork *g)
     free(g->rhs);
     *g = guesswork();
 }
+
+} // namespace vornengine

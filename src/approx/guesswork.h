@@ -8,6 +8,8 @@
 #ifndef VORN_GUESSWORK_H
 #define VORN_GUESSWORK_H
 
+namespace vornengine {
+
 struct guesswork {
     int *isys;   // [ncommon + 2] points that both stations shot, then the two stations
     double *app; // [3 ncommon + 3] solution
@@ -19,5 +21,7 @@ int guesswork_take(guesswork *g, int ncommon);
 
 // Releases the arrays; may be called twice.
 void guesswork_free(guesswork *g);
+
+} // namespace vornengine
 
 #endif

@@ -5,6 +5,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 // One vertical angle from station i to point j. Backwards, to a station from the point that it
 // aimed at, the height of that point is subtracted.
 void approx::carry_height(int i, int j, double v, double *known, double *h) const
@@ -42,3 +44,5 @@ void approx::height_spread(double *known, double *h)
     for (int i = 0; i < npoints; i++)
         if (points[i].n0[2] != N_NONE) points[i].xpt[2] = h[i] + shift;
 }
+
+} // namespace vornengine

@@ -9,6 +9,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 void approx::intersect(int i1, int i2, int p, int **table, double *xap, double *yap, double *oap)
 {
     const double t1 = tan(dir1[table[i1][p] - 1].val[0] + oap[i1]);
@@ -20,3 +22,5 @@ void approx::intersect(int i1, int i2, int p, int **table, double *xap, double *
     xap[p] = (a - b) / (t2 - t1);
     yap[p] = (a * t1 - b * t2) / (t2 - t1);
 }
+
+} // namespace vornengine

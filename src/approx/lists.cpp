@@ -7,6 +7,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 double wrap(double angle)
 {
     const double pi = 4 * atan(1.0);
@@ -63,3 +65,5 @@ void approx::fill_table(int **table) const
     for (int i = 0; i < nsta; i++)
         for (int e = seen.first[i]; e < seen.first[i + 1]; e++) table[i][seen.to[e]] = seen.item[e] + 1;
 }
+
+} // namespace vornengine

@@ -7,6 +7,8 @@
 
 #include "approx/approx.h"
 
+namespace vornengine {
+
 // Marks the bars that station i observed with their number, the others with -1. Returns how
 // many it observed.
 static int mark_bars(scalebar *bars, int nbar, int i, int **table)
@@ -99,3 +101,5 @@ int approx::buildtabpair(int (*tabpair)[7], int npair, int **table)
     if (idebug) show_pairs(tabpair, npair);
     return 0;
 }
+
+} // namespace vornengine

@@ -5,6 +5,8 @@
 #include "approx/approx.h"
 #include "approx/guesswork.h"
 
+namespace vornengine {
+
 enum { MAX_KNOWN = 2 }; // with three known shots the station would have been resected
 
 // One shot of the station. Returns 0, or -1 when it is one known shot too many.
@@ -91,3 +93,5 @@ int approx::patch_spread(int i, int **table, int *itheo, int *iobj)
     fprintf(out, "Good pair: %s  %s\n", points[i].name, points[s].name);
     return try_guess(s, i, table);
 }
+
+} // namespace vornengine

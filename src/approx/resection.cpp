@@ -11,6 +11,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 enum { MAX_SHOTS = 5 }; // shots that a resection looks at
 
 const double NEAR_SINGULAR = 1e-5;  // radians from an angle with tangent 0 or without one
@@ -168,3 +170,5 @@ int approx::resec(int iscale, int i, int **, int *itheo, int *iobj, double *xap,
     if (iscale == 1) polar_targets(i, iobj, xap, yap, oap);
     return 0;
 }
+
+} // namespace vornengine

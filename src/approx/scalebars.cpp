@@ -6,6 +6,8 @@
 #include "approx/approx.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // Ends of distance idist as points. Returns 1 when both are targets.
 int approx::bar_ends(int idist, int *end1, int *end2) const
 {
@@ -39,3 +41,5 @@ void approx::show_bars(const scalebar *bars, int nbar) const
 
 // Whether station i shot both ends.
 int shot_bar(const scalebar *bar, int i, int **table) { return table[i][bar->end1] != 0 && table[i][bar->end2] != 0; }
+
+} // namespace vornengine

@@ -14,6 +14,8 @@
 #include "approx/spreading.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // Rows of the table of shots. Returns 0, or -7 with its line.
 static int take_table(spreading *s, int nsta, int npoints, FILE *out)
 {
@@ -148,3 +150,5 @@ int approx::spread()
     drop_lists();
     return result;
 }
+
+} // namespace vornengine

@@ -3,6 +3,8 @@
 
 #include "approx/approx.h"
 
+namespace vornengine {
+
 // Points of known position that station i sees.
 int approx::known_sights(int i, const int *itheo, const int *iobj) const
 {
@@ -71,3 +73,5 @@ int approx::spread_step(int *nleft, int iscale, int **table, int *itheo, int *io
     }
     return 0;
 }
+
+} // namespace vornengine

@@ -3,6 +3,8 @@
 #ifndef VORN_SPREADING_H
 #define VORN_SPREADING_H
 
+namespace vornengine {
+
 struct spreading {
     double *xap, *yap; // [npoints]
     double *oap;       // [nsta]
@@ -17,5 +19,7 @@ struct spreading {
     int iscale;        // 1: distances may be used in the frame at hand
     int itransf;       // 1: the frame is a local one
 };
+
+} // namespace vornengine
 
 #endif

@@ -7,6 +7,8 @@
 
 #include "approx/approx.h"
 
+namespace vornengine {
+
 static int in_plane(const point *p) { return p->n0[0] == N_NONE && p->n0[1] == N_NONE; }
 
 // The first station, or the first one that is to be held where it will be found.
@@ -163,3 +165,5 @@ int approx::datum_approx()
     number_unknowns();
     return 0;
 }
+
+} // namespace vornengine

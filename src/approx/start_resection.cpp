@@ -2,6 +2,8 @@
 
 #include "approx/approx.h"
 
+namespace vornengine {
+
 // Resects station i. Returns 0 or -1.
 int approx::resect_marked(int i, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap)
 {
@@ -57,3 +59,5 @@ int approx::start_resec(int **table, int *nresec, double *xap, double *yap, doub
     }
     return 0;
 }
+
+} // namespace vornengine

@@ -7,6 +7,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 // Takes the known coordinates of point i.
 void approx::take_position(int i, double *xap, double *yap) const
 {
@@ -117,3 +119,5 @@ int approx::start_spread(int **table, int *nused, int *nresec, int *npair, doubl
     if (idebug) show_table(table);
     return 0;
 }
+
+} // namespace vornengine

@@ -17,6 +17,8 @@
 #include "numerics/ludcmp.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 enum { NPARAMETER = 4 };
 
 // The two rows of one point.
@@ -106,3 +108,5 @@ int approx::transformations(double *xap, double *yap, double *oap)
     fprintf(out, "In spread: stop in t2pt\n");
     return -5;
 }
+
+} // namespace vornengine

@@ -10,7 +10,9 @@
 
 #include <math.h>
 
-#include "vorn/lumpdefs.h"
+#include "setup/lumpdefs.h"
+
+namespace vornengine {
 
 enum { SHIFT = 0, ROTATION = 3, SCALE = 6 }; // places among the seven parameters
 
@@ -193,3 +195,5 @@ void solution::weightparam(const point *p, int k)
     const double w = weightfactor(1.0, p->sxex[k]);
     paramcondition(p->n1[k], w, (p->e0[k] - p->xex[k]) * w);
 }
+
+} // namespace vornengine

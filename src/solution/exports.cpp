@@ -13,10 +13,12 @@
 #include "numerics/memory.h"
 #include "numerics/packed.h"
 #include "numerics/sidefile.h"
-#include "sidefiles.h"
-#include "vorn/connect.h"
+#include "vorn/sidefiles.h"
+#include "loading/connect.h"
 #include "vorn/message.h"
-#include "vorn/names.h"
+#include "loading/names.h"
+
+namespace vornengine {
 
 // ---- connected net ----
 
@@ -194,3 +196,5 @@ void solution::stationcofactors()
     else if (errno != ENOENT && sidefiles)
         keep_error(&sidefiles->cofactors, errno);
 }
+
+} // namespace vornengine

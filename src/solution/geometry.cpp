@@ -13,6 +13,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double SHORTEST_SQUARED = 1.0e-07; // square of a horizontal length without direction, metres^2
 static const double SHORTEST = 1.0e-07;         // horizontal length of a sight to the zenith, metres
 static const double COINCIDENT = 1.0e-14;       // square of a length without vertical angle, metres^2
@@ -383,3 +385,5 @@ void solution::norm_az()
         addrow(ia1[0], 0, v * w);
     }
 }
+
+} // namespace vornengine

@@ -18,6 +18,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double SHALLOWEST = 1.0e-07; // distance from the image plane, metres
 
 struct plainimage {
@@ -158,3 +160,5 @@ void solution::norm_gps()
         buildgps(i, iu, w);
     }
 }
+
+} // namespace vornengine

@@ -21,6 +21,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 // One line of sight; lengths in metres.
 struct sight {
     double h1, h2;
@@ -195,3 +197,5 @@ double solution::dir2red(int i)
     tracereduction(m, r);
     return r;
 }
+
+} // namespace vornengine

@@ -13,7 +13,9 @@
 #include <math.h>
 
 #include "numerics/sidefile.h"
-#include "sidefiles.h"
+#include "vorn/sidefiles.h"
+
+namespace vornengine {
 
 void reduceangle(double *a)
 {
@@ -330,3 +332,5 @@ void solution::residualtables()
     gpstable();
     phototable();
 }
+
+} // namespace vornengine

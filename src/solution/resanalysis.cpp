@@ -17,6 +17,8 @@
 
 #include "numerics/distributions.h"
 
+namespace vornengine {
+
 // Limits of |x|: normal and divided normal; of |x| / sigpost: tau and divided tau.
 struct testlimits {
     double sigpost;
@@ -172,3 +174,5 @@ void solution::resanalysis(double sigpost, double dofc)
     histogram("\nhistogram of all observations residuals\n", hall, ndist + ndifh + ndir1 + ndir2 + naz + 3 * ngps,
               &verdict);
 }
+
+} // namespace vornengine

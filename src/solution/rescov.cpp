@@ -15,6 +15,8 @@
 
 #include "numerics/packed.h"
 
+namespace vornengine {
+
 static const double SMALLEST_COFACTOR = 1.0e-14;   // a smaller one is rounding and counts as 0
 static const double SMALLEST_REDUNDANCY = 1.0e-07; // below it a kind has no component
 
@@ -245,3 +247,5 @@ double solution::rescov(double *dofc, double *vdist, double *vdifh, double *vdir
     if (nobsuv > 0) *vphoto = covphoto(&sum, dofc);
     return sum;
 }
+
+} // namespace vornengine

@@ -12,6 +12,8 @@
 #include "numerics/memory.h"
 #include "vorn/message.h"
 
+namespace vornengine {
+
 solution::solution(const solverinput &in)
     : pfeedback(in.pproject->pfeedback), pproject(in.pproject), pname(in.pproject->filename), out(in.pproject->out),
       irun(in.pproject->irun), idebug(in.pproject->idebug), dim(in.pproject->dim), iearth(in.pproject->iearth),
@@ -350,3 +352,5 @@ double solution::importdiff(int col, double previous)
     const int k = (at - 1) % 3;
     return p->x0[k] - p->xpt[k];
 }
+
+} // namespace vornengine

@@ -15,8 +15,10 @@
 
 #include <stdio.h>
 
-#include "project.h"
+#include "vorn/project.h"
 #include "vorn/records.h"
+
+namespace vornengine {
 
 struct testlimits; // limits of the residual tests, private to the residual analysis
 
@@ -303,5 +305,7 @@ double weightfactor(double s, double sigma);
 
 // Brings an angle (radians) below two pi in magnitude, keeping its sign.
 void reduceangle(double *a);
+
+} // namespace vornengine
 
 #endif

@@ -16,7 +16,9 @@
 #include <math.h>
 #include <string.h>
 
-#include "vorn/names.h"
+#include "loading/names.h"
+
+namespace vornengine {
 
 // The two coordinates of each plane.
 static const int PLANE[3][2] = {{0, 1}, {0, 2}, {1, 2}};
@@ -197,3 +199,5 @@ void solution::stddev(double f)
     for (int k = 0; k < nlump; k++) lumperrors(lumps + k, f);
     if (pproject->npairs > 0) pairellipses(f);
 }
+
+} // namespace vornengine

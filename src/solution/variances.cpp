@@ -17,7 +17,9 @@
 
 #include "numerics/distributions.h"
 #include "numerics/memory.h"
-#include "vorn/numbers.h"
+#include "loading/numbers.h"
+
+namespace vornengine {
 
 void solution::filllimits()
 {
@@ -281,3 +283,5 @@ double solution::variances(double sum, double dofc, double vdist, double vdifh, 
     showcomponent(nobsuv, "photo      ", vphoto, suv, &result->photo.sp);
     return s;
 }
+
+} // namespace vornengine

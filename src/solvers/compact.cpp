@@ -17,6 +17,8 @@
 #include "numerics/packed.h"
 #include "solvers/profile.h"
 
+namespace vornengine {
+
 const int NLUMPPAR = 7; // parameters of one lump epoch
 
 compact::compact(const solverinput &in) : solution(in)
@@ -567,3 +569,5 @@ void compact::debugnormal()
     for (int i = nunk1 + nunk2; i < nunk; i++)
         fprintf(out, "datum RHS     #%3d = %25.12lf\n", i - nunk1 - nunk2, delta[i]);
 }
+
+} // namespace vornengine

@@ -13,6 +13,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 class compact final : public solution {
 public:
     explicit compact(const solverinput &in);
@@ -69,5 +71,7 @@ private:
     double *cnorm;   // [compadd[nunk]] profile of the normal matrix
     double *work;    // [solvespace] second buffer of exchange, pivots and panels of the factorization
 };
+
+} // namespace vornengine
 
 #endif

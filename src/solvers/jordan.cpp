@@ -17,6 +17,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 static const double LARGEST_DETERMINANT = 1.0e+100;
 
 jordan::jordan(const solverinput &in) : solution(in), tiny(1.0e-20), ierralloc(-20), ierror(0), norm(NULL) {}
@@ -384,3 +386,5 @@ void jordan::gaussj(const double *a, double *b, int n, double *x, double *ainv, 
     free(pivots);
     free(used);
 }
+
+} // namespace vornengine

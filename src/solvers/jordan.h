@@ -5,6 +5,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 class jordan final : public solution {
 public:
     explicit jordan(const solverinput &in);
@@ -50,5 +52,7 @@ private:
     int ierror;    // last error
     double *norm;  // [nunk][nunk] normal matrix with datum border, row by row
 };
+
+} // namespace vornengine
 
 #endif

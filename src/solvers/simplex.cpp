@@ -16,6 +16,8 @@
 #include "numerics/memory.h"
 #include "vorn/message.h"
 
+namespace vornengine {
+
 // Exchanges in a stage without limit: far beyond what a network needs, it ends a search that
 // goes round in a circle.
 static const int MOST_EXCHANGES = 100000;
@@ -179,3 +181,5 @@ int simplex::resolution()
     if (res == 0) readout(rows);
     return res;
 }
+
+} // namespace vornengine

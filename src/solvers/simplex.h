@@ -26,6 +26,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 struct balancing; // work arrays of the balancing, private to it
 
 enum { SIMPLEX_GROUP = 4 }; // rows are worked in whole groups of columns
@@ -120,5 +122,7 @@ private:
     int nextra;    // rows that came beyond them and were not stored
     bool flushed;  // no rounding stands in the tableau, every row went through an exchange
 };
+
+} // namespace vornengine
 
 #endif

@@ -18,6 +18,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // Additive constants and scales are not adjusted in a network with lumps. Every station counts,
 // also where several share one unknown, so that the parameters behind are not pushed below 0.
 void simplex::dropconstants()
@@ -135,3 +137,5 @@ void simplex::addrow(int n1, int n2, double b)
     ibase[r] = 2 * nunk + r + (negative ? 0 : nplan);
     nobs++;
 }
+
+} // namespace vornengine

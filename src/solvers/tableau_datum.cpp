@@ -6,6 +6,8 @@
 
 #include "solvers/simplex.h"
 
+namespace vornengine {
+
 // Entry of row k of the conditions. A number that is no coordinate has no column.
 void simplex::datumentry(int k, int number, double value)
 {
@@ -57,3 +59,5 @@ void simplex::datumrows()
         if (dim == 3) datumspace(p);
     }
 }
+
+} // namespace vornengine

@@ -8,9 +8,11 @@
 #ifndef VORN_RECORDS_H
 #define VORN_RECORDS_H
 
-#include "project.h"
+#include "vorn/project.h"
 
-struct side_files; // include/sidefiles.h
+namespace vornengine {
+
+struct side_files; // vorn/sidefiles.h
 
 // Codes of n0 and n1 before numbering.
 enum {
@@ -142,5 +144,7 @@ struct solverinput {
     tempresult *temp_res;  // null when the run keeps none
     side_files *sidefiles; // null when nobody asks for them
 };
+
+} // namespace vornengine
 
 #endif

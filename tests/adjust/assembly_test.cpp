@@ -56,6 +56,7 @@ void expect_dense(const Model &m)
     ASSERT_EQ(dense.unknown, c.unknown);
     const Matrix ap = transposed(dense.a) * dense.p, n = ap * dense.a, right = ap * dense.w;
     const Matrix squares = transposed(dense.w) * dense.p * dense.w;
+    EXPECT_TRUE(is_well_formed(system.matrix));
     for (int j = 0; j < c.count(); j++) {
         std::vector<double> column(c.count(), 0.0);
         for (auto k = system.matrix.start[j]; k < system.matrix.start[j + 1]; k++)

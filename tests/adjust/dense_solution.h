@@ -71,7 +71,7 @@ inline Svd svd(Matrix a)
                 Real pp = 0, qq = 0, pq = 0;
                 for (int i = 0; i < a.rows; i++)
                     pp += a(i, p) * a(i, p), qq += a(i, q) * a(i, q), pq += a(i, p) * a(i, q);
-                if (std::fabs(pq) <= 1e-18L * std::sqrt(pp * qq) || pq == 0) continue;
+                if (std::fabs(pq) <= 1e-17L * std::sqrt(pp * qq) || pq == 0) continue;
                 turned = true;
                 const Real z = (qq - pp) / (2 * pq), t = (z < 0 ? -1 : 1) / (std::fabs(z) + std::sqrt(1 + z * z));
                 const Real c = 1 / std::sqrt(1 + t * t), s = c * t;
@@ -243,12 +243,12 @@ inline Pseudo pseudo(const DenseSystem &s)
 
 // Iterates to the end. Open directions Z are closed by  Z0^T S (x - x0) = 0,  Z0 those at the first values, S the
 // coordinates with code datum.
-inline DenseSolution dense_solution(Model m, bool invariant)
+inline DenseSolution dense_solution(Model m, bool invariant, int steps = 40)
 {
     DenseSolution r;
     m.value = m.start;
     Matrix b0;
-    for (int iteration = 0; iteration < 40; iteration++) {
+    for (int iteration = 0; iteration == 0 || iteration < steps; iteration++) {
         r.system = dense_system(m, invariant);
         const Pseudo s = pseudo(r.system);
         const int n = (int)r.system.unknown.size();
@@ -268,11 +268,11 @@ inline DenseSolution dense_solution(Model m, bool invariant)
         }
         Real largest = 0;
         for (int j = 0; j < n; j++) {
-            m.value[r.system.unknown[j]] += (double)dx(j, 0);
-            largest = std::fmax(largest, std::fabs(dx(j, 0)));
+            if (steps > 0) m.value[r.system.unknown[j]] += (double)dx(j, 0);
+            largest = std::fmax(largest, std::fabs(dx(j, 0)) / std::sqrt(s.q(j, j))); // of a standard deviation
         }
         r.q = t * s.q * transposed(t);
-        if (largest < 1e-11L) break;
+        if (largest < 1e-8L) break;
     }
     r.x = m.value;
     r.system = dense_system(m, invariant);

@@ -8,6 +8,8 @@
 
 #include <string>
 
+using namespace vornengine;
+
 namespace {
 
 const double PI = 3.14159265358979323846;

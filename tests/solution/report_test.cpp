@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "sidefiles.h"
+#include "vorn/sidefiles.h"
 #include "support/bare.h"
 #include "support/workfolder.h"
+
+using namespace vornengine;
 
 namespace {
 

@@ -157,7 +157,7 @@ void collect(vorn &run, Outcome *o)
 template <class Solver> void iterate_by_hand(vorn &run, Outcome *o)
 {
     solverinput in = solverinput();
-    (run.*vorn_access::handover)(&in);
+    V(run, handover)(&in);
     Solver s(in);
     ASSERT_EQ(s.prepare(), 0);
     for (int k = 0; k < 6; k++) {

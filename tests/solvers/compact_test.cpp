@@ -9,6 +9,8 @@
 #include "solvers/leastsquares.h"
 #include "support/faults.h"
 
+using namespace vornengine;
+
 namespace {
 
 typedef Solved<compact> Net;

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "project.h"
-#include "result.h"
+#include "vorn/project.h"
+#include "vorn/result.h"
 
 // Keeps every line; answers every question with answer.
 class Recorder : public Feedback {

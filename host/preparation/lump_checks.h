@@ -1,0 +1,37 @@
+// Rules of the engine about lumps that the program keeps a network out of.
+//
+// A lump moves as a whole between epochs. The engine adjusts its movements (method 1) only in
+// space, with distances as they are observed, and only when directions show at least three of
+// its points at two epochs; otherwise it takes the points as unmoved, and of the lumps behind
+// such a one it reads the wrong epochs. With method 9 it compares the copies of targets.
+
+#ifndef VORNHOST_LUMP_CHECKS_H
+#define VORNHOST_LUMP_CHECKS_H
+
+#include <string>
+#include <vector>
+
+#include "host/input/faults.h"
+#include "host/input/model.h"
+
+namespace vornhost {
+
+// Whether a used point belongs to a lump.
+bool has_lumps(const Model &model);
+
+// Faults of a network whose method is 1 or 9, where they stand in its file.
+void check_lumps(const Model &model, Faults &faults);
+
+struct LumpNote {
+    Source where;
+    std::string text; // for the user
+};
+
+// Takes the points of lumps that cannot be compared out of them, and a reference epoch that
+// shows too little out of its definition. A note for each, and for observations of a lump that
+// count as of its reference epoch. For method 1; orientations stand.
+std::vector<LumpNote> settle_lumps(Model &model);
+
+} // namespace vornhost
+
+#endif
