@@ -84,13 +84,6 @@ Dense solution(const SmallSvd &d, const Dense &explained)
     return out;
 }
 
-Dense columns_from(const Dense &a, int first)
-{
-    Dense out(a.rows, a.cols - first);
-    if (out.cols > 0) std::copy(a.col(first), a.col(first) + out.a.size(), out.a.begin());
-    return out;
-}
-
 } // namespace
 
 BlockElimination::BlockElimination(const std::vector<int> &sizes) : begin(1, 0), buckets(sizes.size())
@@ -140,7 +133,7 @@ void BlockElimination::eliminate(double threshold)
     Stage stage;
     stage.later.assign(columns.begin() + n, columns.end());
     stage.solve = solution(d, parts.explained);
-    stage.open = columns_from(d.v, rank);
+    stage.open = column_range(d.v, rank, n);
     if (rank < n) pass_on(stage.later, parts.rest, 0, 0);
     pass_on(stage.later, r, n, n);
     stages.push_back(std::move(stage));

@@ -85,13 +85,6 @@ std::vector<Points> neighbours_in_rows(const UnitRows &u)
     return out;
 }
 
-double largest(const double *x, int n)
-{
-    double most = 0;
-    for (int i = 0; i < n; i++) most = std::max(most, std::fabs(x[i]));
-    return most;
-}
-
 // Columns with largest entry 1; those that are rounding of the largest of all go.
 Dense scaled(const Dense &a)
 {
@@ -284,8 +277,7 @@ Body BodySearch::described(const Points &points) const
         }
     const SmallSvd d = small_svd(simplest_fit(fitted, out.movement));
     const int rank = d.s.empty() || d.s[0] == 0 ? 0 : count_from(d.s, no_displacement * d.s[0]);
-    body.motion = Dense(n_motions, rank);
-    std::copy(d.u.a.begin(), d.u.a.begin() + static_cast<std::ptrdiff_t>(body.motion.a.size()), body.motion.a.begin());
+    body.motion = column_range(d.u, 0, rank);
     body.hinges = followers(out.resting, Dense(model.n_unknowns(), rank), body.motion);
     return body;
 }

@@ -82,15 +82,6 @@ Dense take_motions(const MotionRows &m, const BlockElimination &elimination, con
     return coefficients;
 }
 
-Dense product(const Dense &a, const Dense &b)
-{
-    Dense out(a.rows, b.cols);
-    for (int j = 0; j < b.cols; j++)
-        for (int k = 0; k < a.cols; k++)
-            for (int i = 0; i < a.rows; i++) out(i, j) += a(i, k) * b(k, j);
-    return out;
-}
-
 Dense first_rows(const Dense &a, int n)
 {
     Dense out(n, a.cols);
@@ -120,9 +111,7 @@ void make_conditions(const Model &model, const Dense &coefficients, Datum &datum
     datum.least_hold = d.s.back();
     datum.weakly_carried = datum.least_hold < well_carried;
     datum.state = carried == datum.conditions.cols ? DatumState::by_points : DatumState::not_carried;
-    Dense left(d.v.rows, d.v.cols - carried);
-    std::copy(d.v.a.end() - static_cast<std::ptrdiff_t>(left.a.size()), d.v.a.end(), left.a.begin());
-    datum.not_carried = name_motions(datum.similarity, product(coefficients, left));
+    datum.not_carried = name_motions(datum.similarity, product(coefficients, column_range(d.v, carried, d.v.cols)));
 }
 
 } // namespace

@@ -26,17 +26,22 @@ bool plan_is_estimated(const Model &model, int point)
 }
 
 // Estimated points that no usable row sees, and those of them whose height alone is wanted.
-void tell_isolated(const Model &model, const Datum &datum, std::vector<Finding> *findings)
+void tell_isolated(const UnitRows &rows, const Datum &datum, std::vector<Finding> *findings)
 {
-    Finding isolated, heights;
+    const Model &model = *rows.model;
+    std::vector<char> seen(model.n_points, 0);
+    for (int u : rows.equations->column)
+        if (rows.is_coordinate(u)) seen[u / 3] = 1;
+    Finding isolated, coinciding, heights;
     isolated.lack = Lack::observations;
+    coinciding.lack = Lack::places;
     heights.lack = Lack::heights;
     for (int p = 0; p < model.n_points; p++) {
         const bool plan = plan_is_estimated(model, p) || model.frame.space == Space::heights;
         if (datum.parts.part_of[p] < 0 && (plan_is_estimated(model, p) || model.estimated(3 * p + 2)))
-            (plan ? isolated : heights).points.push_back(p);
+            (seen[p] ? coinciding : plan ? isolated : heights).points.push_back(p);
     }
-    for (Finding *f : {&isolated, &heights})
+    for (Finding *f : {&isolated, &coinciding, &heights})
         if (!f->points.empty()) findings->push_back(std::move(*f));
 }
 
@@ -81,7 +86,7 @@ void tell_single_points(const UnitRows &rows, const Datum &datum, const Bodies &
 {
     std::vector<int> points = bodies.single;
     for (int u : unseen)
-        if (datum.parts.part_of[u / 3] >= 0) points.push_back(u / 3);
+        if (rows.is_coordinate(u) && datum.parts.part_of[u / 3] >= 0) points.push_back(u / 3);
     std::sort(points.begin(), points.end());
     points.erase(std::unique(points.begin(), points.end()), points.end());
     Finding heights;
@@ -159,6 +164,16 @@ void tell_unknowns(const UnitRows &rows, const Dense &vectors, std::vector<Findi
     if (!finding.unknowns.empty()) findings->push_back(std::move(finding));
 }
 
+void tell_unseen_unknowns(const UnitRows &rows, const std::vector<int> &unseen, std::vector<Finding> *findings)
+{
+    Finding finding;
+    finding.lack = Lack::unknowns;
+    finding.apart = true;
+    for (int u : unseen)
+        if (!rows.is_coordinate(u)) finding.unknowns.push_back(u);
+    if (!finding.unknowns.empty()) findings->push_back(std::move(finding));
+}
+
 // When the search of bodies finds nothing to say: the points that move.
 void tell_unnamed(const UnitRows &rows, const Dense &vectors, std::vector<Finding> *findings)
 {
@@ -199,7 +214,7 @@ Determinacy judge_here(const Model &model)
     const UnitRows rows = unit_rows(model, equations);
     Determinacy found;
     found.datum = find_datum(rows);
-    tell_isolated(model, found.datum, &found.findings);
+    tell_isolated(rows, found.datum, &found.findings);
     if (found.datum.state == DatumState::loose) return found;
     found.mechanisms = find_mechanisms(rows, found.datum);
     const Dense &vectors = found.mechanisms.vectors;
@@ -207,6 +222,7 @@ Determinacy judge_here(const Model &model)
         const Bodies bodies = find_bodies(rows, found.datum, vectors);
         tell_single_points(rows, found.datum, bodies, found.mechanisms.unseen, &found.findings);
         tell_bodies(bodies, &found.findings);
+        tell_unseen_unknowns(rows, found.mechanisms.unseen, &found.findings);
         tell_unknowns(rows, vectors, &found.findings);
         tell_unnamed(rows, vectors, &found.findings);
     }

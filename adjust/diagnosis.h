@@ -15,7 +15,8 @@
 namespace vornadjust {
 
 enum class Lack {
-    observations, // no usable row sees the points
+    observations, // no observation sees the points
+    places,       // those that do have no derivative: they end in one place, or one above the other
     heights,      // the third coordinates of the points, each by itself
     point,        // one point moves by itself
     body,         // points move together
@@ -26,10 +27,11 @@ enum class Lack {
 // Something that is not determined.
 struct Finding {
     Lack lack = Lack::unnamed;
-    std::vector<int> points;           // that move
-    std::vector<NamedMotion> motions;  // point: shifts; body: any
-    std::vector<int> hinges;           // body: points of the rest that stay in all its movements
-    std::vector<int> unknowns;         // of lack unknowns
+    std::vector<int> points;          // that move
+    std::vector<NamedMotion> motions; // point: shifts; body: any
+    std::vector<int> hinges;          // body: points of the rest that stay in all its movements
+    std::vector<int> unknowns;        // of lack unknowns
+    bool apart = false; // unknowns: none is determined whatever the others are; else they are not told apart
     std::array<int, n_kinds> sights{}; // point: observations at it, by kind
 };
 

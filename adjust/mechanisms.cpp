@@ -23,6 +23,8 @@ constexpr double suspect_pivot = 1e-6;
 // determines: mechanisms have 1e-14 to 1e-12, traverses of 1,000 legs 9e-7.
 constexpr double no_resistance = 1e-10;
 constexpr int most_suspects = 60;
+// Vectors of the block that differ by less, beside their length, differ by rounding.
+constexpr double same_direction = 1e-12;
 constexpr int inverse_iterations = 4;
 // Added to the diagonal of N, whose elements are 1: far below any pivot that counts, above rounding.
 // Very wide factors round more; they get the second.
@@ -44,13 +46,15 @@ std::vector<double> column_lengths(const UnitRows &u)
     return length;
 }
 
-std::vector<int> idle_unknowns(const UnitRows &u, const std::vector<double> &length)
+// Estimated unknowns that no row answers to, but for coordinates that the minimal datum holds.
+void find_unseen(const UnitRows &u, const std::vector<double> &length, const std::vector<int> &held, Mechanisms *out)
 {
-    std::vector<int> out;
-    const Columns taken = columns(*u.model, *u.equations);
-    for (int j : taken.unknown)
-        if (!u.is_coordinate(j) && length[j] < no_answer) out.push_back(j);
-    return out;
+    std::vector<char> orientation(u.model->n_unknowns(), 0);
+    for (const Setup &s : u.model->setups) orientation[s.first + 2] = s.levelled;
+    for (int j : columns(*u.model, *u.equations).unknown) {
+        if (length[j] >= no_answer || std::find(held.begin(), held.end(), j) != held.end()) continue;
+        (orientation[j] ? out->idle : out->unseen).push_back(j);
+    }
 }
 
 void append_row(const UnitRows &u, int row, const std::vector<int> &column, ScaledRows &out)
@@ -106,26 +110,6 @@ Dense gathered(const WeightedRows &a, const Dense &w, int n)
     return out;
 }
 
-Dense product(const Dense &a, const Dense &b)
-{
-    Dense out(a.rows, b.cols);
-    for (int j = 0; j < b.cols; j++)
-        for (int k = 0; k < a.cols; k++)
-            for (int i = 0; i < a.rows; i++) out(i, j) += a(i, k) * b(k, j);
-    return out;
-}
-
-Triangle triangle_of(const Dense &a)
-{
-    Triangle out(a.cols);
-    std::vector<double> row(a.cols);
-    for (int i = 0; i < a.rows; i++) {
-        for (int j = 0; j < a.cols; j++) row[j] = a(i, j);
-        out.add(row.data());
-    }
-    return out;
-}
-
 // The regularised factor of N, none of whose pivots fails.
 struct Inverse {
     Symbolic symbolic;
@@ -161,15 +145,11 @@ std::vector<int> small_pivots(const Factor &factor)
 Dense orthonormal(Dense z)
 {
     for (int j = 0; j < z.cols; j++) {
-        double most = 0;
-        for (int i = 0; i < z.rows; i++) most = std::max(most, std::fabs(z(i, j)));
+        const double most = largest(z.col(j), z.rows);
         for (int i = 0; i < z.rows && most > 0; i++) z(i, j) /= most;
     }
     const SmallSvd d = small_svd(std::move(z));
-    const int n = d.s.empty() ? 0 : count_from(d.s, 1e-12 * d.s[0]);
-    Dense out(d.u.rows, d.s.empty() || d.s[0] == 0 ? 0 : n);
-    std::copy(d.u.a.begin(), d.u.a.begin() + static_cast<std::ptrdiff_t>(out.a.size()), out.a.begin());
-    return out;
+    return column_range(d.u, 0, d.s.empty() || d.s[0] == 0 ? 0 : count_from(d.s, same_direction * d.s[0]));
 }
 
 Dense starting_vectors(const Inverse &inverse, const std::vector<int> &suspects, int n)
@@ -189,13 +169,6 @@ Dense iterated(const WeightedRows &rows, const Inverse &inverse, Dense z)
         z = orthonormal(std::move(z));
     }
     return z;
-}
-
-double largest(const double *x, int n)
-{
-    double most = 0;
-    for (int i = 0; i < n; i++) most = std::max(most, std::fabs(x[i]));
-    return most;
 }
 
 // Combinations of the columns of z that no row feels, over all unknowns.
@@ -223,11 +196,7 @@ Mechanisms find_mechanisms(const UnitRows &u, const Datum &datum)
     out.vectors = Dense(u.model->n_unknowns(), 0);
     const std::vector<int> held = minimal_datum(*u.model, datum.motions);
     const std::vector<double> length = column_lengths(u);
-    for (int j = 0; j < 3 * u.model->n_points; j++) {
-        const bool is_held = std::find(held.begin(), held.end(), j) != held.end();
-        if (u.model->estimated(j) && length[j] < no_answer && !is_held) out.unseen.push_back(j);
-    }
-    out.idle = idle_unknowns(u, length);
+    find_unseen(u, length, held, &out);
     const ScaledRows scaled = scaled_rows(u, length, held);
     if (scaled.unknown.empty()) return out;
     const Inverse inverse = regularised_inverse(scaled);

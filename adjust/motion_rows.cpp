@@ -38,8 +38,7 @@ PartMotions part_motions(const Model &model, const std::vector<int> &points)
         }
     const SmallSvd d = small_svd(moved.matrix());
     const int n = d.s[0] > 0 ? count_from(d.s, empty_motion * d.s[0]) : 0;
-    out.basis = Dense(n_motions, n);
-    std::copy(d.v.a.begin(), d.v.a.begin() + out.basis.a.size(), out.basis.a.begin());
+    out.basis = column_range(d.v, 0, n);
     return out;
 }
 

@@ -27,15 +27,6 @@ Dense rows_of(const Dense &c, int first, int last)
     return out;
 }
 
-Dense product(const Dense &a, const Dense &b, int first, int last)
-{
-    Dense out(a.rows, last - first);
-    for (int j = first; j < last; j++)
-        for (int k = 0; k < a.cols; k++)
-            for (int i = 0; i < a.rows; i++) out(i, j - first) += a(i, k) * b(k, j);
-    return out;
-}
-
 // The same space of vectors of 3, spanned by axes as far as they lie in it.
 Dense along_axes(const Dense &c)
 {
@@ -157,13 +148,13 @@ std::vector<NamedMotion> name_motions(const Similarity &similarity, const Dense 
     if (c.cols == 0) return out;
     const SmallSvd bending = small_svd(rows_of(c, 3, 7));
     const int bent = count_from(bending.s, no_part);
-    const Dense shifts = along_axes(rows_of(product(c, bending.v, bent, c.cols), 0, 3));
+    const Dense shifts = along_axes(rows_of(product(c, column_range(bending.v, bent, c.cols)), 0, 3));
     for (int j = 0; j < shifts.cols; j++) out.push_back(named(MotionKind::shift, shifts.col(j)));
 
-    const Dense rest = product(c, bending.v, 0, bent);
+    const Dense rest = product(c, column_range(bending.v, 0, bent));
     const SmallSvd stretching = small_svd(rows_of(rest, 6, 7));
     const int stretched = std::min(1, count_from(stretching.s, no_part));
-    const Dense turning = product(rest, stretching.v, stretched, rest.cols);
+    const Dense turning = product(rest, column_range(stretching.v, stretched, rest.cols));
     const Dense axes = along_axes(rows_of(turning, 3, 6));
     for (int j = 0; j < axes.cols; j++) {
         out.push_back(named(MotionKind::turn, axes.col(j)));
@@ -172,7 +163,7 @@ std::vector<NamedMotion> name_motions(const Similarity &similarity, const Dense 
     const double none[3] = {0, 0, 0};
     for (int j = 0; j < stretched; j++) {
         out.push_back(named(MotionKind::scale, none));
-        const Dense scaling = product(rest, stretching.v, 0, 1);
+        const Dense scaling = product(rest, column_range(stretching.v, 0, 1));
         if (shifts.cols == 0 && axes.cols == 0) find_centre(similarity, scaling.col(0), &out.back());
     }
     return out;

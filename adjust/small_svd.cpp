@@ -56,20 +56,36 @@ Dense unit_matrix(int n)
     return e;
 }
 
-double largest_entry(const Dense &a)
+} // namespace
+
+Dense product(const Dense &a, const Dense &b)
 {
-    double most = 0;
-    for (double x : a.a) most = std::max(most, std::fabs(x));
-    return most;
+    Dense out(a.rows, b.cols);
+    for (int j = 0; j < b.cols; j++)
+        for (int k = 0; k < a.cols; k++)
+            for (int i = 0; i < a.rows; i++) out(i, j) += a(i, k) * b(k, j);
+    return out;
 }
 
-} // namespace
+Dense column_range(const Dense &a, int first, int last)
+{
+    Dense out(a.rows, last - first);
+    if (out.cols > 0) std::copy(a.col(first), a.col(first) + out.a.size(), out.a.begin());
+    return out;
+}
+
+double largest(const double *x, int n)
+{
+    double most = 0;
+    for (int i = 0; i < n; i++) most = std::max(most, std::fabs(x[i]));
+    return most;
+}
 
 SmallSvd small_svd(Dense a)
 {
     const int n = a.cols;
     // Squares of the entries must neither overflow nor vanish.
-    const double size = largest_entry(a);
+    const double size = largest(a.a.data(), static_cast<int>(a.a.size()));
     if (size > 0)
         for (double &x : a.a) x /= size;
     Dense v = unit_matrix(n);
@@ -111,6 +127,17 @@ void Triangle::add(double *row)
             row[k] = c * q - s * p;
         }
     }
+}
+
+Triangle triangle_of(const Dense &a)
+{
+    Triangle out(a.cols);
+    std::vector<double> row(a.cols);
+    for (int i = 0; i < a.rows; i++) {
+        for (int j = 0; j < a.cols; j++) row[j] = a(i, j);
+        out.add(row.data());
+    }
+    return out;
 }
 
 } // namespace vornadjust

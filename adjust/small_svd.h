@@ -25,6 +25,14 @@ struct Dense {
     double operator()(int i, int j) const { return col(j)[i]; }
 };
 
+Dense product(const Dense &a, const Dense &b);
+
+// Columns first to last - 1 of a.
+Dense column_range(const Dense &a, int first, int last);
+
+// Largest of n absolute values, 0 for none.
+double largest(const double *x, int n);
+
 // A = U diag(s) V', s falling.
 struct SmallSvd {
     std::vector<double> s; // [cols]
@@ -53,6 +61,9 @@ public:
 private:
     Dense r;
 };
+
+// The triangle of all rows of a.
+Triangle triangle_of(const Dense &a);
 
 } // namespace vornadjust
 

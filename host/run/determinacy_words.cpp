@@ -239,14 +239,18 @@ std::string point_sentence(const Words &w, const Finding &f)
 std::string unknowns_sentence(const Words &w, const Finding &f)
 {
     const std::string who = names(f.unknowns, w.naming.unknown);
-    return f.unknowns.size() == 1 ? who + " is not determined: no observation tells it"
-                                  : who + " cannot be told apart: hold one of them, or observe what differs";
+    if (f.unknowns.size() == 1) return who + " is not determined: no observation tells it";
+    if (f.apart) return who + " are not determined: no observation tells them";
+    return who + " cannot be told apart: hold one of them, or observe what differs";
 }
 
 std::string Words::sentence(const Finding &f) const
 {
     switch (f.lack) {
     case Lack::observations: return points(f.points) + (f.points.size() == 1 ? " has" : " have") + " no observations";
+    case Lack::places:
+        return points(f.points) + ": no observation has a direction or a length to a point that stands elsewhere; "
+                                  "other first coordinates would do";
     case Lack::heights: return heights_sentence(*this, f);
     case Lack::point: return point_sentence(*this, f);
     case Lack::body:

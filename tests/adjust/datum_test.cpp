@@ -498,6 +498,97 @@ TEST(Datum, UnknownRefractionLeavesTheSameOpen)
     EXPECT_EQ(words(find_datum(net.rows()).open), "shift-x shift-y shift-z turn-z");
 }
 
+namespace {
+
+// A box seen on images of one camera from four places above it.
+struct Images : Box {
+    explicit Images(bool camera_free)
+    {
+        const double places[4][3] = {{30, 10, 400}, {90, -20, 380}, {20, 110, 410}, {120, 100, 350}};
+        for (const auto &p : places) point(p[0], p[1], p[2]);
+        const Code held[10] = {Code::fixed, Code::fixed, Code::fixed, Code::fixed, Code::fixed,
+                               Code::fixed, Code::fixed, Code::fixed, Code::fixed, Code::fixed};
+        Code codes[10];
+        std::copy(held, held + 10, codes);
+        if (camera_free) codes[0] = codes[1] = codes[2] = codes[5] = Code::free;
+        const double inner[10] = {0.035, 1e-4, -2e-4, 0, 0, 3, 0, 0, 0, 0};
+        model.add_camera(inner, codes, 5e-6, 5e-6, 2000, 1500);
+        const Code free[3] = {Code::free, Code::free, Code::free};
+        for (int s = 0; s < 4; s++) {
+            const double angles[3] = {0.1 * s, 0.2 - 0.15 * s, 0.8 * s};
+            model.add_setup(8 + s, false, angles, free);
+            for (int i = 0; i < 8; i++) {
+                Observation &o = observe(Kind::image, 8 + s, i);
+                o.setup = s;
+                o.camera = 0;
+            }
+        }
+    }
+};
+
+} // namespace
+
+TEST(Datum, OfImagesHasAllSevenMotions)
+{
+    for (bool camera_free : {false, true}) {
+        Images net(camera_free);
+        const UnitRows rows = net.rows();
+        const Datum datum = find_datum(rows);
+        EXPECT_EQ(words(datum.open), "shift-x shift-y shift-z turn-x turn-y turn-z scale");
+        EXPECT_LT(largest_answer(rows, datum), 1e-10);
+        EXPECT_EQ(dense_defect(rows), 7);
+    }
+}
+
+TEST(Datum, OfImagesTakesTheScaleFromOneDistance)
+{
+    Images net(true);
+    net.distance(0, 7);
+    const Datum datum = find_datum(net.rows());
+    EXPECT_EQ(words(datum.open), "shift-x shift-y shift-z turn-x turn-y turn-z");
+    EXPECT_EQ(datum.holding[6].of_kind[static_cast<int>(Kind::slope_distance)], 1);
+    EXPECT_EQ(datum.holding[6].of_kind[static_cast<int>(Kind::image)], 0);
+}
+
+namespace {
+
+// A box measured among itself, and again after it was moved, from three stations that stay.
+struct MovedBox : Box {
+    explicit MovedBox(Code stations)
+    {
+        point(-150, 30, 10, stations, stations);
+        point(200, -90, 25, stations, stations);
+        point(80, 300, 40, stations, stations);
+        const double still[7] = {0.3, -0.2, 0.1, 0.01, -0.02, 0.03, 1};
+        const Code codes[7] = {Code::free, Code::free, Code::free, Code::free, Code::free, Code::free, Code::fixed};
+        model.add_motion(still, codes);
+        for (int epoch = 0; epoch < 2; epoch++)
+            for (int s : {8, 9, 10})
+                for (int i = 0; i < 8; i++) {
+                    distance(s, i);
+                    model.observations.back().motion_to = epoch - 1;
+                }
+        for (int s : {8, 9, 10}) {
+            const int setup_index = setup(s);
+            for (int i = 0; i < 8; i++) direction(setup_index, i), vertical(setup_index, i);
+        }
+    }
+};
+
+} // namespace
+
+TEST(Datum, MovesTheMotionsOfGroupsAlong)
+{
+    MovedBox net(Code::datum);
+    const UnitRows rows = net.rows();
+    const Datum datum = find_datum(rows);
+    EXPECT_EQ(words(datum.open), "shift-x shift-y shift-z turn-z");
+    EXPECT_LT(largest_answer(rows, datum), 1e-12);
+    EXPECT_EQ(dense_defect(rows), 4);
+    MovedBox held(Code::fixed);
+    EXPECT_EQ(find_datum(held.rows()).state, DatumState::held);
+}
+
 TEST(Datum, AgreesWithTheDefectOfRandomNetworks)
 {
     std::mt19937 random(7);

@@ -154,6 +154,43 @@ TEST(Judge, NamesConstantsThatNothingTellsApart)
     EXPECT_EQ(found.findings[0].unknowns, (Points{first, first + 1}));
 }
 
+TEST(Judge, NamesAMotionThatDistancesWithinTheGroupLeaveOpen)
+{
+    SmallNet net(Space::plane);
+    for (double x : {0, 100})
+        for (double y : {0, 90}) net.plane_point(x, y, Code::fixed);
+    const double still[7] = {0, 0, 0, 0, 0, 0, 1};
+    const Code codes[7] = {Code::free, Code::free, Code::fixed, Code::fixed, Code::fixed, Code::free, Code::free};
+    const int motion = net.model.add_motion(still, codes), first = net.model.motions[motion].first;
+    for (int i = 0; i < 4; i++) {
+        net.distance(i, (i + 1) % 4);
+        Observation &o = net.model.observations.back();
+        o.motion_from = o.motion_to = motion;
+    }
+    const Determinacy found = judged(net);
+    ASSERT_EQ(found.findings.size(), 1u);
+    EXPECT_EQ(found.findings[0].lack, Lack::unknowns);
+    EXPECT_EQ(found.findings[0].unknowns, (Points{first, first + 1, first + 5}));
+    EXPECT_TRUE(found.findings[0].apart);
+}
+
+TEST(Judge, TellsPointsInOnePlaceFromPointsWithoutObservations)
+{
+    SmallNet net(Space::plane);
+    for (double x : {0, 100})
+        for (double y : {0, 90}) net.plane_point(x, y);
+    net.plane_point(0, 0);
+    net.plane_point(5, 5);
+    net.all_distances_among(4);
+    net.distance(0, 4);
+    const Determinacy found = judged(net);
+    ASSERT_EQ(found.findings.size(), 2u);
+    EXPECT_EQ(found.findings[0].lack, Lack::observations);
+    EXPECT_EQ(found.findings[0].points, Points{5});
+    EXPECT_EQ(found.findings[1].lack, Lack::places);
+    EXPECT_EQ(found.findings[1].points, Points{4});
+}
+
 namespace {
 
 // Two boxes in space that have `shared` corners in common.

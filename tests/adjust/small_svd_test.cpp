@@ -53,17 +53,6 @@ Dense random_matrix(int m, int n, unsigned seed)
     return a;
 }
 
-Dense triangle_of(const Dense &a)
-{
-    Triangle t(a.cols);
-    std::vector<double> row(a.cols);
-    for (int i = 0; i < a.rows; i++) {
-        for (int j = 0; j < a.cols; j++) row[j] = a(i, j);
-        t.add(row.data());
-    }
-    return t.matrix();
-}
-
 // Läuchli's matrix: a row of ones above e times the unit matrix. Its singular values are
 // sqrt(n + e^2) and n - 1 times e; A'A in double precision loses every e below 1e-8.
 Dense lauchli(int n, double e)
@@ -154,19 +143,19 @@ TEST(SmallSvd, CountsTheValuesThatReachAThreshold)
 TEST(Triangle, HasTheSingularValuesOfAllItsRows)
 {
     const Dense a = random_matrix(200, 6, 3);
-    const SmallSvd all = small_svd(a), reduced = small_svd(triangle_of(a));
+    const SmallSvd all = small_svd(a), reduced = small_svd(triangle_of(a).matrix());
     for (int j = 0; j < 6; j++) EXPECT_NEAR(reduced.s[j], all.s[j], 1e-13);
 }
 
 TEST(Triangle, KeepsSmallSingularValues)
 {
-    const SmallSvd d = small_svd(triangle_of(lauchli(7, 1e-11)));
+    const SmallSvd d = small_svd(triangle_of(lauchli(7, 1e-11)).matrix());
     for (int j = 1; j < 7; j++) EXPECT_NEAR(d.s[j], 1e-11, 2e-15);
 }
 
 TEST(Triangle, IsZeroBelowTheDiagonal)
 {
-    const Dense r = triangle_of(random_matrix(20, 4, 4));
+    const Dense r = triangle_of(random_matrix(20, 4, 4)).matrix();
     for (int j = 0; j < 4; j++)
         for (int i = j + 1; i < 4; i++) EXPECT_EQ(r(i, j), 0);
 }
