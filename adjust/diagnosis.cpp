@@ -20,14 +20,24 @@ constexpr double some_entry = 1e-7;
 // farthest by 1) in a way of its own; a turn about the axis of a long and narrow network moves nothing.
 constexpr double worth_judging = 0.1;
 
-std::vector<int> isolated_points(const Model &model, const Datum &datum)
+bool plan_is_estimated(const Model &model, int point)
 {
-    std::vector<int> out;
+    return model.estimated(3 * point) || model.estimated(3 * point + 1);
+}
+
+// Estimated points that no usable row sees, and those of them whose height alone is wanted.
+void tell_isolated(const Model &model, const Datum &datum, std::vector<Finding> *findings)
+{
+    Finding isolated, heights;
+    isolated.lack = Lack::observations;
+    heights.lack = Lack::heights;
     for (int p = 0; p < model.n_points; p++) {
-        const bool estimated = model.estimated(3 * p) || model.estimated(3 * p + 1) || model.estimated(3 * p + 2);
-        if (estimated && datum.parts.part_of[p] < 0) out.push_back(p);
+        const bool plan = plan_is_estimated(model, p) || model.frame.space == Space::heights;
+        if (datum.parts.part_of[p] < 0 && (plan_is_estimated(model, p) || model.estimated(3 * p + 2)))
+            (plan ? isolated : heights).points.push_back(p);
     }
-    return out;
+    for (Finding *f : {&isolated, &heights})
+        if (!f->points.empty()) findings->push_back(std::move(*f));
 }
 
 std::array<int, n_kinds> sights_at(const UnitRows &rows, int point)
@@ -89,7 +99,13 @@ void tell_single_points(const UnitRows &rows, const Datum &datum, const Bodies &
         one.sights = sights_at(rows, p);
         findings->push_back(std::move(one));
     }
-    if (!heights.points.empty()) findings->insert(findings->begin(), std::move(heights));
+    if (heights.points.empty()) return;
+    const auto same =
+        std::find_if(findings->begin(), findings->end(), [](const Finding &f) { return f.lack == Lack::heights; });
+    if (same == findings->end())
+        findings->insert(findings->begin(), std::move(heights));
+    else
+        same->points.insert(same->points.end(), heights.points.begin(), heights.points.end());
 }
 
 void tell_bodies(const Bodies &bodies, std::vector<Finding> *findings)
@@ -159,19 +175,23 @@ void tell_unnamed(const UnitRows &rows, const Dense &vectors, std::vector<Findin
     findings->push_back(std::move(finding));
 }
 
-std::vector<Finding> tell(const UnitRows &rows, const Determinacy &found)
+// A part with one point to move and motions that no datum point holds: the point, by its own ways.
+void tell_only_point(const UnitRows &rows, const Datum &datum, std::vector<Finding> *findings)
 {
-    std::vector<Finding> findings;
-    const Dense &vectors = found.mechanisms.vectors;
-    const Bodies bodies = find_bodies(rows, found.datum, vectors);
-    tell_single_points(rows, found.datum, bodies, found.mechanisms.unseen, &findings);
-    tell_bodies(bodies, &findings);
-    tell_unknowns(rows, vectors, &findings);
-    tell_unnamed(rows, vectors, &findings);
-    return findings;
+    const std::vector<int> points = movable_points(*rows.model, datum);
+    if (datum.state != DatumState::not_carried || points.size() != 1) return;
+    Dense ways(n_motions, datum.motions.cols);
+    for (int j = 0; j < ways.cols; j++)
+        std::copy(datum.motions.col(j) + 3 * points[0], datum.motions.col(j) + 3 * points[0] + 3, ways.col(j));
+    Finding one;
+    one.lack = Lack::point;
+    one.points = points;
+    one.motions = name_motions(datum.similarity, ways);
+    one.sights = sights_at(rows, points[0]);
+    findings->push_back(std::move(one));
 }
 
-// Verdict at the values of the model, on which the rows of the result rest.
+// Verdict at the values of the model.
 Determinacy judge_here(const Model &model)
 {
     Equations equations = pattern(model);
@@ -179,14 +199,18 @@ Determinacy judge_here(const Model &model)
     const UnitRows rows = unit_rows(model, equations);
     Determinacy found;
     found.datum = find_datum(rows);
-    Finding isolated;
-    isolated.lack = Lack::observations;
-    isolated.points = isolated_points(model, found.datum);
-    if (found.datum.state != DatumState::loose) {
-        found.mechanisms = find_mechanisms(rows, found.datum);
-        if (!found.mechanisms.none()) found.findings = tell(rows, found);
+    tell_isolated(model, found.datum, &found.findings);
+    if (found.datum.state == DatumState::loose) return found;
+    found.mechanisms = find_mechanisms(rows, found.datum);
+    const Dense &vectors = found.mechanisms.vectors;
+    if (!found.mechanisms.none()) {
+        const Bodies bodies = find_bodies(rows, found.datum, vectors);
+        tell_single_points(rows, found.datum, bodies, found.mechanisms.unseen, &found.findings);
+        tell_bodies(bodies, &found.findings);
+        tell_unknowns(rows, vectors, &found.findings);
+        tell_unnamed(rows, vectors, &found.findings);
     }
-    if (!isolated.points.empty()) found.findings.insert(found.findings.begin(), std::move(isolated));
+    tell_only_point(rows, found.datum, &found.findings);
     return found;
 }
 
@@ -230,6 +254,15 @@ Dense motion_estimates(const Model &model, const Similarity &s)
 }
 
 } // namespace
+
+std::vector<int> movable_points(const Model &model, const Datum &datum)
+{
+    std::vector<int> out;
+    for (int p = 0; p < model.n_points; p++)
+        if (datum.parts.part_of[p] >= 0 && (plan_is_estimated(model, p) || model.estimated(3 * p + 2)))
+            out.push_back(p);
+    return out;
+}
 
 Determinacy judge(const Model &model, const std::vector<char> &made)
 {

@@ -51,6 +51,9 @@ struct Determinacy {
 // Throws std::bad_alloc.
 Determinacy judge(const Model &model, const std::vector<char> &made);
 
+// Points with estimated coordinates that rows see.
+std::vector<int> movable_points(const Model &model, const Datum &datum);
+
 // A turn or the scale that the observations determine badly.
 struct WeakMotion {
     int motion;       // basic motion, 3 to 6

@@ -225,7 +225,7 @@ TEST(Judge, NamesAStationThatSeesTwoMarksOnly)
     EXPECT_EQ(found.findings[0].sights[static_cast<int>(Kind::direction)], 2);
 }
 
-TEST(Judge, LeavesAStationThatSeesOneFixedMarkToTheDatum)
+TEST(Judge, NamesAStationThatSeesOneFixedMarkThoughItMovesAsTheWhole)
 {
     // It can be turned about the mark and go away from it: motions of the whole, which no datum point holds.
     SmallNet net(Space::plane);
@@ -233,11 +233,15 @@ TEST(Judge, LeavesAStationThatSeesOneFixedMarkToTheDatum)
     const int p = net.plane_point(100, 50, Code::free);
     net.directions(p, {0});
     net.directions(p, {0});
-    const Determinacy found = judged(net);
-    EXPECT_TRUE(found.findings.empty());
+    Determinacy found = judged(net);
     EXPECT_EQ(found.datum.state, DatumState::not_carried);
-    ASSERT_EQ(found.datum.not_carried.size(), 2u);
-    EXPECT_EQ(found.datum.not_carried[1].kind, MotionKind::scale);
+    ASSERT_EQ(found.findings.size(), 1u);
+    EXPECT_EQ(found.findings[0].lack, Lack::point);
+    EXPECT_EQ(found.findings[0].points, Points{p});
+    EXPECT_EQ(found.findings[0].motions.size(), 2u);
+    // As a datum point it keeps its first coordinates.
+    net.model.code[3] = net.model.code[4] = Code::datum;
+    EXPECT_TRUE(judged(net).accepted());
 }
 
 TEST(Judge, DoesNotBelieveFirstCoordinatesInLineThatAreTheProgramsOwn)
