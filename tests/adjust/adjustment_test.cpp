@@ -130,6 +130,29 @@ TEST(Adjustment, OnTheSphereIsTheDenseSolution)
             expect_dense(space(5, how, earth(mixed), true).model, name("sphere", how, mixed), is_free(how) ? 4 : 0);
 }
 
+TEST(Adjustment, OfAFreeNetworkOf50KilometresOnTheSphereConverges)
+{
+    for (bool mixed : {false, true}) {
+        Network n(7, earth(mixed));
+        n.points(8, 50000, 800);
+        n.setups(8);
+        n.pairs(8, [&](int p, int q) {
+            for (const auto &[from, to] : {std::pair(p, q), std::pair(q, p)}) {
+                n.observe(Kind::direction, from, to, 3e-6);
+                n.observe(Kind::vertical_angle, from, to, 1e-5);
+            }
+            n.observe(Kind::slope_distance, q, p, 0.02);
+        });
+        n.hold(Hold::free_all, 0);
+        n.simulate(5.0);
+        const Outcome o = adjust(&n.model, {});
+        ASSERT_EQ(o.status, Status::adjusted);
+        EXPECT_EQ(o.open, 4);
+        EXPECT_LE(o.iteration.steps, 15);
+        EXPECT_NEAR(o.variance_factor, 1, 5 * std::sqrt(2.0 / o.redundancy));
+    }
+}
+
 TEST(Adjustment, OfBaselinesIsTheDenseSolution)
 {
     for (Hold how : every_hold)
