@@ -59,7 +59,7 @@ struct Outcome {
 };
 
 // Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration
-// after no_convergence, and untouched otherwise. Throws std::bad_alloc.
+// after no_convergence, and untouched otherwise. Throws std::bad_alloc; the values are then those of any step.
 Outcome adjust(Model *model, const Options &options);
 
 } // namespace vornadjust

@@ -24,7 +24,8 @@ namespace vornadjust {
 // exact:     derivatives of the value that is computed.
 // invariant: derivatives as if verticals were parallel, without convergence of meridians and without the dependence of
 //            refraction on length, so that curvature alone holds no shift, tilt or scale. Misclosures are exact in
-//            both.
+//            both; where motions are open the adjusted network differs from the least-squares one by its residuals
+//            times size over radius.
 enum class Derivatives { exact, invariant };
 
 struct Equations {

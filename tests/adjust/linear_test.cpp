@@ -108,7 +108,9 @@ TEST(Linear, OfAnUprightInstrumentIsThatOfOneWithTiltsOfZero)
         linearize(tilts, o, false, &b);
         EXPECT_NEAR(a.value[0], b.value[0], 1e-15);
         for (int k = seen_unknowns(m, o, seen) - 1; k >= 0; k--)
-            if (m.code[seen[k]] != Code::absent) EXPECT_NEAR(a.slope[0][k], b.slope[0][k], 1e-15);
+            if (m.code[seen[k]] != Code::absent) {
+                EXPECT_NEAR(a.slope[0][k], b.slope[0][k], 1e-15);
+            }
     }
 }
 
