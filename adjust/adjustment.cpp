@@ -158,6 +158,7 @@ Status Adjustment::find_precision()
     s.sigma = std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
     s.pairs = options.pairs;
+    s.joint = options.joint;
     outcome.statistics = statistics(model, system, cofactors, s);
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
         cofactors.multiply(x);

@@ -1,8 +1,8 @@
 // A whole adjustment: from a model with first values to adjusted ones and what they are worth, or to the reason why
 // there are none. Everything is told by index; the host puts names and words to it.
 
-#ifndef ADJUST_ADJUSTMENT_H
-#define ADJUST_ADJUSTMENT_H
+#ifndef VORNADJUST_ADJUSTMENT_H
+#define VORNADJUST_ADJUSTMENT_H
 
 #include <utility>
 #include <vector>
@@ -20,6 +20,7 @@ struct Options {
     bool statistics = true; // false: values only
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
+    std::vector<int> joint;                 // unknowns whose full covariance matrix is wanted
     std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;

@@ -2,8 +2,8 @@
 //
 // Elements on the pattern of the factor come from the inverse on that pattern; any others from solves.
 
-#ifndef ADJUST_COFACTORS_H
-#define ADJUST_COFACTORS_H
+#ifndef VORNADJUST_COFACTORS_H
+#define VORNADJUST_COFACTORS_H
 
 #include <vector>
 

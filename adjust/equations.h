@@ -11,8 +11,8 @@
 // The pattern depends on kinds and indexes alone and is made once; fill() computes coefficients and misclosures at the
 // model's present values and allocates nothing.
 
-#ifndef ADJUST_EQUATIONS_H
-#define ADJUST_EQUATIONS_H
+#ifndef VORNADJUST_EQUATIONS_H
+#define VORNADJUST_EQUATIONS_H
 
 #include <cstddef>
 #include <vector>

@@ -8,8 +8,8 @@
 //   C = (B0^T G)^-1 B0^T,  W = Q- C^T,  Q_ij = Q-_ij - G_i W_j^T - W_i G_j^T + G_i (C W) G_j^T
 // Metres, radians. Vectors over columns of the normal system stand one behind the other: G_k,j at motion[k n + j].
 
-#ifndef ADJUST_FREE_DATUM_H
-#define ADJUST_FREE_DATUM_H
+#ifndef VORNADJUST_FREE_DATUM_H
+#define VORNADJUST_FREE_DATUM_H
 
 #include <vector>
 

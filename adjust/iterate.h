@@ -9,8 +9,8 @@
 // (a thousandth of F where derivatives leave curvature out), is taken without asking. The end is an undamped step
 // within the limits.
 
-#ifndef ADJUST_ITERATE_H
-#define ADJUST_ITERATE_H
+#ifndef VORNADJUST_ITERATE_H
+#define VORNADJUST_ITERATE_H
 
 #include <vector>
 

@@ -6,8 +6,8 @@
 //            | sa sc + ca sb cc  ca sb sc - sa cc  ca cb |
 // An instrument sees transposed(R) d of a difference d; a moved group of points stands at scale R x + t.
 
-#ifndef ADJUST_KINDS_SIGHT_H
-#define ADJUST_KINDS_SIGHT_H
+#ifndef VORNADJUST_KINDS_SIGHT_H
+#define VORNADJUST_KINDS_SIGHT_H
 
 #include "adjust/frames.h"
 

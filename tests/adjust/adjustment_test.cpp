@@ -71,8 +71,9 @@ void expect_dense(const Model &given, const std::string &name, int wanted_open)
         EXPECT_NEAR(s.residual, (double)w(row, 0), 1e-8 * sd);
         EXPECT_NEAR(s.cofactor, (double)dense.qvv(row, row), 1e-8 * sd * sd);
         EXPECT_NEAR(s.redundancy, (double)share(row, row), 1e-8);
-        if (share(row, row) > 1e-3)
+        if (share(row, row) > 1e-3) {
             EXPECT_NEAR(s.normalised, (double)(pw(row, 0) / std::sqrt(pqp(row, row))), 1e-6) << r;
+        }
         redundancy += s.redundancy;
         row++;
     }
@@ -234,16 +235,27 @@ TEST(Adjustment, TellsATurnThatTheObservationsDetermineBadly)
     EXPECT_TRUE(adjust(&n.model, options).weak.empty());
 }
 
-TEST(Adjustment, OfPairsGivesTheCovarianceOfTheirDifference)
+TEST(Adjustment, GivesCovariancesOfPairsAndOfChosenUnknowns)
 {
     for (Hold how : every_hold) {
         Model m = space(6, how, frame_of(Space::space), true).model;
         const Model given = m;
         Options options = tight();
         options.pairs = {{4, 5}, {0, 5}, {5, 0}};
+        options.joint = {17, 0, 14, 16, 9, m.setups[2].first + 2};
         const Outcome o = adjust(&m, options);
         ASSERT_EQ(o.status, Status::adjusted);
         const DenseSolution dense = dense_solution(given, o.open > 0);
+        std::vector<int> column(m.value.size(), -1);
+        for (size_t j = 0; j < dense.system.unknown.size(); j++) column[dense.system.unknown[j]] = (int)j;
+        for (int a = 0; a < 6; a++)
+            for (int b = 0; b < 6; b++) {
+                const int i = column[options.joint[a]], j = column[options.joint[b]];
+                const double wanted = i < 0 || j < 0 ? 0.0 : o.variance_factor * (double)dense.q(i, j);
+                const double size =
+                    i < 0 || j < 0 ? 0.0 : o.variance_factor * std::sqrt((double)(dense.q(i, i) * dense.q(j, j)));
+                EXPECT_NEAR(o.statistics.joint[6 * a + b], wanted, 1e-9 * size);
+            }
         for (size_t i = 0; i < options.pairs.size(); i++) {
             const auto [p, q] = options.pairs[i];
             Matrix d(3, dense.q.rows); // difference of the coordinates that are estimated
