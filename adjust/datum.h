@@ -20,22 +20,13 @@
 #include <array>
 #include <vector>
 
+#include "adjust/holding.h"
 #include "adjust/parts.h"
 #include "adjust/similarity.h"
 #include "adjust/small_svd.h"
 #include "adjust/unit_rows.h"
 
 namespace vornadjust {
-
-constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;
-
-// What keeps one of the seven basic motions.
-struct Holding {
-    bool exists = false;                   // in this space and part
-    bool open = false;                     // nothing keeps it
-    std::array<int, n_kinds> of_kind = {}; // observations that answer to it, by kind
-    int fixed = 0;                         // held coordinates that do
-};
 
 enum class DatumState {
     held,       // nothing is open

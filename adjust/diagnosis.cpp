@@ -142,7 +142,7 @@ Dense still_movements(const UnitRows &rows, const Dense &vectors)
     for (int j = 0; j < out.cols; j++)
         for (int k = 0; k < vectors.cols; k++)
             for (int u = 3 * rows.model->n_points; u < vectors.rows; u++)
-                out(u, j) += vectors(u, k) * d.v(k, moving + j) / rows.column_factor[u];
+                if (rows.column_factor[u] > 0) out(u, j) += vectors(u, k) * d.v(k, moving + j) / rows.column_factor[u];
     return out;
 }
 

@@ -9,6 +9,10 @@ namespace vornadjust {
 
 namespace {
 
+// Derivatives by angles of set-ups below this (radians or pixels a radian) are rounding: a vertical angle by
+// the orientation of an upright instrument.
+constexpr double least_by_angle = 1e-12;
+
 struct Length {
     double value = 0;         // of the coordinate part
     bool coordinates = false; // whether there is one
@@ -41,12 +45,17 @@ double reciprocal(double length) { return length > 0 && std::isfinite(length) ? 
 void scale_columns(UnitRows &u)
 {
     const Equations &e = *u.equations;
-    std::vector<double> most(u.model->n_unknowns(), 0.0);
+    std::vector<double> most(u.model->n_unknowns(), 0.0), by_angle(u.model->n_unknowns(), 0.0);
     for (int r = 0; r < u.rows(); r++)
-        for (std::size_t k = e.begin[r]; k < e.begin[r + 1]; k++)
-            most[e.column[k]] = std::max(most[e.column[k]], std::fabs(e.coefficient[k]) * u.row_factor[r]);
-    for (int j = 3 * u.model->n_points; j < u.model->n_unknowns(); j++)
+        for (std::size_t k = e.begin[r]; k < e.begin[r + 1]; k++) {
+            const int j = e.column[k];
+            most[j] = std::max(most[j], std::fabs(e.coefficient[k]) * u.row_factor[r]);
+            by_angle[j] = std::max(by_angle[j], std::fabs(e.coefficient[k]));
+        }
+    for (int j = 3 * u.model->n_points; j < u.model->n_unknowns(); j++) {
         if (most[j] > 0) u.column_factor[j] = 1 / most[j];
+        if (u.model->meaning[j] == Meaning::angle && by_angle[j] < least_by_angle) u.column_factor[j] = 0;
+    }
 }
 
 } // namespace

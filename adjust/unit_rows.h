@@ -24,7 +24,7 @@ struct UnitRows {
     const Model *model = nullptr;
     const Equations *equations = nullptr;
     std::vector<double> row_factor;    // [rows] 0: the row says nothing
-    std::vector<double> column_factor; // [unknowns] 1 for coordinates
+    std::vector<double> column_factor; // [unknowns] 1 for coordinates, 0 for angles to which no row answers
 
     int rows() const { return equations->rows(); }
     bool tells(int row) const { return row_factor[row] > 0; }

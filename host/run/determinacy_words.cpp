@@ -113,9 +113,11 @@ std::string held(const Datum &datum, int first, int last, const std::string &nam
         if (!h.exists || h.open) continue;
         n++;
         all.fixed += h.fixed;
+        all.weighted += h.weighted;
         for (int k = 0; k < n_kinds; k++) all.of_kind[k] += h.of_kind[k];
     }
     std::vector<std::string> from = counts(all.of_kind);
+    if (all.weighted > 0) from.push_back(counted(all.weighted, "weighted coordinate"));
     if (all.fixed > 0) from.push_back(counted(all.fixed, "fixed coordinate"));
     if (n == 0 || from.empty()) return "";
     return "; " + name + (n > 1 ? "s" : "") + " from " + listed(from);
@@ -283,6 +285,7 @@ std::string not_carried_sentence(const Words &words, const Datum &datum)
 
 std::string datum_line(const Datum &datum)
 {
+    if (datum.state == DatumState::loose) return "free: parts against one another";
     return "free: " + free_motions(datum.open) + held(datum, 0, 2, "shift") + held(datum, 5, 5, "turn") +
            held(datum, 6, 6, "scale");
 }

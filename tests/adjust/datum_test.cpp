@@ -32,7 +32,8 @@ double largest_answer(const UnitRows &rows, const Datum &datum)
     double most = 0;
     for (int j = 0; j < datum.motions.cols; j++) {
         std::vector<double> scaled(datum.motions.col(j), datum.motions.col(j) + datum.motions.rows);
-        for (std::size_t u = 0; u < scaled.size(); u++) scaled[u] /= rows.column_factor[u];
+        for (std::size_t u = 0; u < scaled.size(); u++)
+            scaled[u] = scaled[u] == 0 ? 0 : scaled[u] / rows.column_factor[u];
         for (int r = 0; r < rows.rows(); r++) most = std::max(most, std::fabs(response(rows, r, scaled.data())));
     }
     return most;
@@ -255,7 +256,8 @@ TEST(Datum, AWeightedHeightHoldsTheShift)
     net.weighted(5);
     const Datum datum = find_datum(net.rows());
     EXPECT_EQ(datum.state, DatumState::held);
-    EXPECT_EQ(datum.holding[2].of_kind[static_cast<int>(Kind::unknown)], 1);
+    EXPECT_EQ(datum.holding[2].weighted, 1);
+    EXPECT_EQ(datum.holding[2].of_kind[static_cast<int>(Kind::unknown)], 0);
 }
 
 TEST(Datum, AnUnknownScaleOfAllDistancesLeavesTheScaleOpen)

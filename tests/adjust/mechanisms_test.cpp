@@ -23,7 +23,7 @@ struct Found {
         felt = 0;
         for (int j = 0; j < mechanisms.vectors.cols; j++) {
             std::vector<double> z(mechanisms.vectors.col(j), mechanisms.vectors.col(j) + mechanisms.vectors.rows);
-            for (std::size_t u = 0; u < z.size(); u++) z[u] /= rows.column_factor[u];
+            for (std::size_t u = 0; u < z.size(); u++) z[u] = z[u] == 0 ? 0 : z[u] / rows.column_factor[u];
             for (int r = 0; r < rows.rows(); r++) felt = std::max(felt, std::fabs(response(rows, r, z.data())));
         }
     }

@@ -45,7 +45,10 @@ TEST(DatumLine, CountsWhatIsFreeAndWhatHoldsTheRest)
     net.azimuth(0, 1);
     EXPECT_EQ(line(net), "free: 2 shifts; turn from 1 azimuth; scale from 6 distances");
     net.model.code[0] = net.model.code[1] = Code::fixed;
-    EXPECT_EQ(line(net), "free: nothing; shifts from 2 fixed coordinates; turn from 1 azimuth and 2 fixed coordinates; "
+    EXPECT_EQ(line(net), "free: nothing; shifts from 2 fixed coordinates; turn from 1 azimuth; scale from 6 distances");
+    // B lies beside A along y: it holds the turn by x and the scale by y.
+    net.model.code[3] = net.model.code[4] = Code::fixed;
+    EXPECT_EQ(line(net), "free: nothing; shifts from 4 fixed coordinates; turn from 1 azimuth and 2 fixed coordinates; "
                          "scale from 6 distances and 2 fixed coordinates");
 }
 
