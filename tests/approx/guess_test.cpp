@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/guess.h"
 #include "approx/sketch.h"
 #include "support/faults.h"
 
@@ -41,8 +42,7 @@ protected:
     int guess()
     {
         if (!s.a) s.wire();
-        return X(*s.a, guess_spread)(&iscale, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(), s.yap.data(),
-                                     s.oap.data());
+        return guess_spread(s.net(), s.tab(), &iscale);
     }
 
     void expect_frame(const std::vector<int> &points, double scale)
@@ -226,9 +226,7 @@ TEST_F(Guess, NeedsASecondStation)
     none.direction(X1, Y1, 1);
     none.vertical(X1, Y1, 1);
     none.wire();
-    EXPECT_EQ(X(*none.a, guess_spread)(&iscale, none.table.data(), none.itheo.data(), none.iobj.data(), none.xap.data(),
-                                       none.yap.data(), none.oap.data()),
-              -3);
+    EXPECT_EQ(guess_spread(none.net(), none.tab(), &iscale), -3);
 }
 
 TEST_F(Guess, TakesScaleAndSecondStationFromABar)

@@ -34,11 +34,7 @@ protected:
         for (int t : targets) s.place(t);
     }
 
-    int step(int iscale = 0)
-    {
-        return X(*s.a, spread_step)(&nleft, iscale, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(),
-                                    s.yap.data(), s.oap.data());
-    }
+    int step(int iscale = 0) { return spread_step(s.net(), s.tab(), &nleft, iscale); }
 
     void expect_place(int i)
     {

@@ -32,7 +32,7 @@ protected:
     int run()
     {
         s->wire();
-        return X(*s->a, spread)();
+        return spread(s->net());
     }
 
     void expect_place(int i)
@@ -161,7 +161,7 @@ TEST(SpreadInSpace, FromAGuess)
     s.know(3);
     s.know_height(P);
     s.wire();
-    ASSERT_EQ(X(*s.a, spread)(), 0);
+    ASSERT_EQ(spread(s.net()), 0);
     EXPECT_EQ(s.report(), "");
     for (int i = 0; i < 8; i++) // three iterations from a grid of 18 degrees, both ends of the scale known
         for (int k = 0; k < 2; k++) EXPECT_NEAR(s.points[i].xpt[k], s.truth[i].x[k], 0.01) << s.points[i].name;
@@ -230,7 +230,7 @@ TEST(SpreadInSpace, OfTwoKnownStationsWithoutDistancesNoticesThemResectsAndEndsT
     }
     s.n.p.idebug = 1;
     s.wire();
-    EXPECT_EQ(X(*s.a, spread)(), -5);
+    EXPECT_EQ(spread(s.net()), -5);
     for (const char *line : {"There are 2 all known stations\n", "\nTO DO: case of more than 2 known stations....\n",
                              "Number of resections at the start = 2\n", "\n!! Cannot do anything more !!\n"})
         EXPECT_NE(s.report().find(line), std::string::npos) << line;
@@ -270,7 +270,7 @@ int result_without(Sketch &s, int n)
 {
     s.wire();
     fail_allocation(n);
-    const int result = X(*s.a, spread)();
+    const int result = spread(s.net());
     fail_allocation(0);
     return result;
 }
@@ -283,7 +283,7 @@ TEST_F(Spread, FromAPairEndsByTheDocumentedResultsWhenMemoryFails)
     see(Q, {P, A, B, C, D});
     s->wire();
     fail_allocation(0);
-    ASSERT_EQ(X(*s->a, spread)(), 0);
+    ASSERT_EQ(spread(s->net()), 0);
     const int all = allocations();
     std::vector<int> results;
     for (int n = 1; n <= all; n++) {
@@ -305,14 +305,14 @@ TEST_F(Spread, SaysWhichTableFoundNoMemory)
     s->range(P, Q);
     s->wire();
     fail_allocation(0);
-    ASSERT_EQ(X(*s->a, spread)(), 0);
+    ASSERT_EQ(spread(s->net()), 0);
     const int all = allocations();
     const std::string table = "In spread: pb with table\n";
     std::string wanted;
     for (int n = 1; n <= all; n++) {
         s->wire();
         fail_allocation(n);
-        EXPECT_EQ(X(*s->a, spread)(), -7) << n;
+        EXPECT_EQ(spread(s->net()), -7) << n;
         if (n <= 3) wanted += "In spread: pb with xap\n";
         if (n >= 4 && n <= 6) wanted += table;
         if (n == 7) wanted += "In spread: pb with table when i=0\n";
@@ -320,7 +320,7 @@ TEST_F(Spread, SaysWhichTableFoundNoMemory)
         if (n >= 9) wanted += table; // lists of shots
     }
     EXPECT_EQ(s->report(), wanted);
-    EXPECT_EQ(X(*s->a, seen).first, nullptr);
+    EXPECT_EQ(s->net()->seen.first, nullptr);
 }
 
 } // namespace
