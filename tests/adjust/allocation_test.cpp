@@ -2,28 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 
 #include "adjust/adjustment.h"
+#include "allocations.h"
 #include "random_networks.h"
-
-namespace {
-
-thread_local long long to_fail = 0; // the how manieth allocation of this thread from now on fails; 0: none
-
-} // namespace
-
-void *operator new(std::size_t size)
-{
-    if (to_fail > 0 && --to_fail == 0) throw std::bad_alloc();
-    void *p = std::malloc(size > 0 ? size : 1);
-    if (!p) throw std::bad_alloc();
-    return p;
-}
-
-void operator delete(void *p) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t) noexcept { std::free(p); }
 
 using namespace vornadjust;
 
@@ -32,17 +15,16 @@ namespace {
 // Adjusts copies of a model with the first, the second, ... allocation failing, until none does. Returns their number.
 long long fail_each(const Model &model, const Options &options, Status wanted)
 {
-    for (long long k = 1;; k++) {
+    for (long long k = 0;; k++) {
         Model m = model;
         try {
-            to_fail = k;
+            allocations_left = k;
             const Outcome o = adjust(&m, options);
-            const bool none = to_fail > 0; // otherwise it was memory that a sort can do without
-            to_fail = 0;
+            const bool none = allocations_left >= 0; // otherwise it was memory that a sort can do without
+            allocations_left = -1;
             EXPECT_EQ(o.status, wanted);
-            if (none) return k - 1;
+            if (none) return k;
         } catch (const std::bad_alloc &) {
-            to_fail = 0;
         }
     }
 }
