@@ -167,11 +167,11 @@ Iteration Iterator::run()
         result.last_angle = size.angle;
         fill_normal(&system);
         follow_motions(size.length);
-        if (undamped && size.within(limits)) {
-            result.ending = last_factor();
-            break;
-        }
-        if (size.within(limits)) damping = 0.0;
+        if (!size.within(limits)) continue;
+        result.ending = last_factor();
+        if (undamped || result.ending != Ending::converged) break;
+        result.ending = Ending::limit; // a damped step may be small far from the end
+        damping = 0.0;
     }
     result.squares = squares;
     return result;
