@@ -125,6 +125,20 @@ TEST_F(Guess, StartsTwoStationsInTheirFrame)
     EXPECT_EQ(s.report(), "");
 }
 
+// Also where it stands behind the second in the list.
+TEST_F(Guess, PutsTheFirstStationAtTheOrigin)
+{
+    both({A, B, C, D});
+    s.wire();
+    s.itheo[Q] = THEO_PLACED; // Q is the first, P the second
+    EXPECT_EQ(guess(), 0);
+    for (int i : {P, Q, A, B, C, D}) {
+        EXPECT_NEAR(s.xap[i], 1 - s.truth[i].x[0] / base, rounding) << i;
+        EXPECT_NEAR(s.yap[i], -s.truth[i].x[1] / base, rounding) << i;
+    }
+    for (int i : {P, Q}) EXPECT_NEAR(remainder(s.oap[i] - s.truth[i].turn - pi, 2 * pi), 0.0, rounding);
+}
+
 TEST_F(Guess, ForgetsNothingOfTheOtherPoints)
 {
     both({A, B, C, D});
@@ -280,6 +294,19 @@ TEST_F(Guess, TakesTheLastBarAndItsFirstStation)
     s.wire();
     guess();
     expect_pair("P", "Q", 3, "A B");
+}
+
+TEST_F(Guess, PassesOverABarThatNoOtherStationObserved)
+{
+    s.n.p.idebug = 1;
+    see(P, {A, B, C, D, E});
+    see(Q, {A, B, C});
+    see(R, {C, D, E});
+    s.range(A, B); // Q
+    s.range(A, D); // P alone
+    s.range(D, E); // R
+    guess();
+    expect_pair("P", "R", 3, "D E");
 }
 
 TEST_F(Guess, DropsABarWhosePairHasFewerThanThreeCommonShots)

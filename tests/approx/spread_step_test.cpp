@@ -139,6 +139,21 @@ TEST_F(SpreadStep, IntersectsStationsWithAnotherFinishedStation)
     EXPECT_EQ(nleft, 3); // P alone: T is finished without being taken off the count
 }
 
+// A station that a step finishes serves no target of the same step.
+TEST_F(SpreadStep, IntersectsTargetsBeforeStations)
+{
+    see(P, {A, B, C, D, T});
+    see(Q, {T});
+    see(T, {D});
+    place({A, B, C});
+    s.place(Q, THEO_DONE);
+    s.itheo[T] = THEO_ORIENTED;
+    s.oap[T] = s.truth[T].turn;
+    EXPECT_EQ(step(), 0);
+    EXPECT_EQ(s.itheo[T], THEO_DONE);
+    EXPECT_EQ(s.iobj[D - A], OBJ_UNKNOWN);
+}
+
 TEST_F(SpreadStep, UsesDistancesInAFrameWithTrueScaleOnly)
 {
     see(P, {A, B, C, D});

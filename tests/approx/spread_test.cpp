@@ -72,6 +72,22 @@ TEST_F(Spread, FromOneKnownStationWithDistancesToEveryPoint)
     }
 }
 
+// A local frame is brought to the first two known points. What else is known, here wrongly, is
+// written over.
+TEST_F(Spread, WritesKnownPointsAndOrientationsToo)
+{
+    build(2);
+    see(P, {Q, A, B});
+    see(Q, {P, A, B});
+    for (int i : {Q, A, B}) s->know(i);
+    s->know_turn(P);
+    s->points[B].xpt[0] += 5;
+    s->points[B].xpt[1] -= 3;
+    s->points[P].xex[2] += 0.25;
+    ASSERT_EQ(run(), 0);
+    expect_all({P, Q, A, B});
+}
+
 TEST_F(Spread, TracesCountsAndResult)
 {
     build(2, 1);

@@ -91,6 +91,18 @@ TEST_F(DatumApprox, CompletesALoneX2OfATargetAndHoldsAnX1InPlaceOfATurn)
     EXPECT_EQ(s->ia1[5], 0);
 }
 
+TEST_F(DatumApprox, HoldsAnX1InPlaceOfATurnFromTheFirstTargetOn)
+{
+    build(3, 2, 2);
+    fix(2, 1); // the first target
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(2), "xxx");
+    EXPECT_EQ(known(0), "x---");
+    EXPECT_EQ(known(1), "----");
+    EXPECT_EQ(s->ia1[0], 2);
+    EXPECT_EQ(s->ia1[5], 0);
+}
+
 TEST_F(DatumApprox, LeavesALoneX1AloneAndThenFindsNoStationToTurn)
 {
     build(2, 1, 1);
@@ -156,6 +168,26 @@ TEST_F(DatumApprox, HangsSeveralKnownPointsOnTheFirstKnownStationThatMeasuresDis
     EXPECT_EQ(s->ia1[5], 0);
     EXPECT_EQ(s->net()->nunk1, 3);
     EXPECT_EQ(s->net()->nunk2, 3);
+}
+
+// Three known coordinates are more than a position; points before the station are freed as well.
+TEST_F(DatumApprox, HangsThreeKnownCoordinatesOnAStation)
+{
+    build(2, 3, 1);
+    fix(1, 0), fix(1, 1);
+    fix(0, 1); // before it
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(1), "xxxx");
+    for (int i : {0, 2}) EXPECT_EQ(known(i), "--x-");
+    EXPECT_EQ(known(3), "--x");
+    EXPECT_EQ(s->ia1[5], 0); // not counted
+
+    build(2, 2, 1);
+    fix(0, 0), fix(0, 1);
+    fix(2, 0); // behind it
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(0), "xxxx");
+    EXPECT_EQ(known(2), "--x");
 }
 
 TEST_F(DatumApprox, KeepsSeveralKnownPointsWhenTheFirstKnownStationMeasuresNoDistances)

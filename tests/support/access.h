@@ -49,7 +49,6 @@ struct vorn_access {
     static constexpr auto outputapprox = &vornrun::outputapprox;
     static constexpr auto showpoints = &vornrun::showpoints;
     static constexpr auto showmeasures = &vornrun::showmeasures;
-    static constexpr auto handover = &vornrun::handover;
     static constexpr auto take_temp_res = &vornrun::take_temp_res;
     static constexpr auto clean = &vornrun::clean;
     static constexpr auto backtoproject = &vornrun::backtoproject;
@@ -85,6 +84,7 @@ struct vorn_access {
     static constexpr auto convergence = &vornrun::convergence;
     static constexpr auto iredux = &vornrun::iredux;
     static constexpr auto iunit = &vornrun::iunit;
+    static constexpr auto iphoto = &vornrun::iphoto;
     static constexpr auto nlump = &vornrun::nlump;
     static constexpr auto lumps = &vornrun::lumps;
     static constexpr auto ncamera = &vornrun::ncamera;
@@ -304,6 +304,8 @@ struct solution_access {
     static constexpr auto cameras = &solution::cameras;
     static constexpr auto temp_res = &solution::temp_res;
     static constexpr auto sidefiles = &solution::sidefiles;
+    static constexpr auto ptar = &solution::ptar;
+    static constexpr auto nptar = &solution::nptar;
 };
 
 #define S(object, member) ((object).*solution_access::member)
