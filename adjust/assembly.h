@@ -2,8 +2,8 @@
 //
 // The pattern of N and the rows in which each column stands are found once; assemble() gathers column by column.
 
-#ifndef ADJUST_ASSEMBLY_H
-#define ADJUST_ASSEMBLY_H
+#ifndef VORNADJUST_ASSEMBLY_H
+#define VORNADJUST_ASSEMBLY_H
 
 #include <cstddef>
 #include <vector>

@@ -2,8 +2,8 @@
 //
 // Elements on the pattern of the factor come from the inverse on that pattern; any others from solves.
 
-#ifndef ADJUST_COFACTORS_H
-#define ADJUST_COFACTORS_H
+#ifndef VORNADJUST_COFACTORS_H
+#define VORNADJUST_COFACTORS_H
 
 #include <vector>
 
@@ -28,6 +28,10 @@ public:
     // Cofactors of k columns with m others, by m solves.
     //   q  out  [k][m]
     void solved(int k, const int *columns, int m, const int *others, double *q) const;
+
+    // Multiplies a vector by the cofactors.
+    //   x  in/out  [unknowns of the model]; entries of unknowns that are not estimated do not count, and become 0
+    void multiply(double *x) const;
 
 private:
     const System &system;

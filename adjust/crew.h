@@ -11,6 +11,9 @@ struct Crew {
     Team *team; // null for one thread
     int thread; // that has the block in hand
 
+    // Who copies so many rows and columns: a few are not worth calling the others.
+    Crew for_rows(int n) const { return Crew{n < 200 ? nullptr : team, thread}; }
+
     // work(task, thread) for each task.
     template <class Work> void share(int tasks, const Work &work) const
     {

@@ -11,8 +11,8 @@
 // The pattern depends on kinds and indexes alone and is made once; fill() computes coefficients and misclosures at the
 // model's present values and allocates nothing.
 
-#ifndef ADJUST_EQUATIONS_H
-#define ADJUST_EQUATIONS_H
+#ifndef VORNADJUST_EQUATIONS_H
+#define VORNADJUST_EQUATIONS_H
 
 #include <cstddef>
 #include <vector>
@@ -24,7 +24,8 @@ namespace vornadjust {
 // exact:     derivatives of the value that is computed.
 // invariant: derivatives as if verticals were parallel, without convergence of meridians and without the dependence of
 //            refraction on length, so that curvature alone holds no shift, tilt or scale. Misclosures are exact in
-//            both.
+//            both; where motions are open the adjusted network differs from the least-squares one by its residuals
+//            times size over radius.
 enum class Derivatives { exact, invariant };
 
 struct Equations {

@@ -124,7 +124,7 @@ static void add_children(const Job &job, const Front &f, const Crew &crew, int *
     for (int c = job.family.child[f.s]; c != -1; c = job.family.sibling[c]) {
         const int n = job.symbolic.below(c);
         rows_in_parent(job.symbolic, c, index);
-        crew.share(strips_of(n), [&](int t, int) {
+        crew.for_rows(n).share(strips_of(n), [&](int t, int) {
             add_columns(f, job.update[c], n, index, t * LANES, std::min(n, t * LANES + LANES));
         });
     }
@@ -325,8 +325,9 @@ static void work_off_crown(Job &job, Team &team, Tracker &tracker)
     TwoStacks stacks(job.layout.desks[0].stack, job.plan.crown_stack);
     for (const int s : job.plan.crown) {
         if (tracker.stopped()) return;
-        work_off(job, s, Crew{team.size() > 1 ? &team : nullptr, 0}, stacks);
-        tracker.add(supernode_operations(job.symbolic, s), 0);
+        const double operations = supernode_operations(job.symbolic, s);
+        work_off(job, s, Crew{team.size() > 1 && operations > LEAST_SHARED ? &team : nullptr, 0}, stacks);
+        tracker.add(operations, 0);
     }
 }
 

@@ -13,8 +13,8 @@
 // Lengths are differences of coordinates here, never of distances from the centre, so that a radius of 1e15 metres
 // gives the numbers of parallel verticals. Valid for points on the near half of the sphere.
 
-#ifndef ADJUST_FRAMES_H
-#define ADJUST_FRAMES_H
+#ifndef VORNADJUST_FRAMES_H
+#define VORNADJUST_FRAMES_H
 
 #include <cmath>
 

@@ -8,8 +8,8 @@
 //   C = (B0^T G)^-1 B0^T,  W = Q- C^T,  Q_ij = Q-_ij - G_i W_j^T - W_i G_j^T + G_i (C W) G_j^T
 // Metres, radians. Vectors over columns of the normal system stand one behind the other: G_k,j at motion[k n + j].
 
-#ifndef ADJUST_FREE_DATUM_H
-#define ADJUST_FREE_DATUM_H
+#ifndef VORNADJUST_FREE_DATUM_H
+#define VORNADJUST_FREE_DATUM_H
 
 #include <vector>
 
@@ -40,6 +40,9 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
 //   from_start  in      [n] present values - first values
 //   dx          in/out  [n] corrections of the minimal datum; becomes those of the wanted one
 void transform(const FreeDatum &datum, const double *from_start, double *dx);
+
+// x to (I - C^T G^T) x, the transposed of what transform() does to corrections.
+void transform_back(const FreeDatum &datum, double *x);
 
 // Cofactors of the wanted datum out of those of the minimal one.
 struct CofactorTransform {

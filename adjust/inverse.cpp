@@ -319,7 +319,7 @@ static void hand_down(Job &job, int s, const Square &f, const Crew &crew, Stack 
         }
         rows_in_parent(job.symbolic, c, index);
         for (int k = 0; k < n; k++) index[k] = f.slot(index[k]);
-        crew.share(strips_of(n), [&](int t, int) { gather_strip(f, n, index, t, job.below[c]); });
+        crew.for_rows(n).share(strips_of(n), [&](int t, int) { gather_strip(f, n, index, t, job.below[c]); });
     }
 }
 
@@ -336,8 +336,10 @@ static void work_off_crown(Job &job, Team &team, Tracker &tracker)
 {
     Stack stack = {job.layout.desks[0].stack};
     for (std::size_t k = job.plan.crown.size(); k-- > 0 && !tracker.stopped();) {
-        work_off(job, job.plan.crown[k], Crew{team.size() > 1 ? &team : nullptr, 0}, stack);
-        tracker.add(supernode_operations(job.symbolic, job.plan.crown[k]), 0);
+        const double operations = supernode_operations(job.symbolic, job.plan.crown[k]);
+        work_off(job, job.plan.crown[k], Crew{team.size() > 1 && operations > LEAST_SHARED ? &team : nullptr, 0},
+                 stack);
+        tracker.add(operations, 0);
     }
 }
 

@@ -6,8 +6,8 @@
 // Every operation is the chain rule for that operation; the functions have the derivatives of their mathematical
 // namesakes and, like these, give no numbers outside their range (sqrt at 0, atan2 at the origin).
 
-#ifndef ADJUST_JET_H
-#define ADJUST_JET_H
+#ifndef VORNADJUST_JET_H
+#define VORNADJUST_JET_H
 
 #include <cmath>
 

@@ -13,9 +13,7 @@ static std::size_t whole_lines(std::size_t numbers) { return (numbers + LINE - 1
 
 static std::size_t numbers_of(const DeskSize &d)
 {
-    const std::size_t index = (d.index * sizeof(int) + sizeof(double) - 1) / sizeof(double);
-    return whole_lines(d.panel) + whole_lines(d.narrow) + whole_lines(d.pivots) + whole_lines(index) +
-           whole_lines(d.stack);
+    return whole_lines(d.panel) + whole_lines(d.narrow) + whole_lines(d.pivots) + whole_lines(d.stack);
 }
 
 static DeskSize larger(const DeskSize &a, const DeskSize &b)
@@ -25,26 +23,37 @@ static DeskSize larger(const DeskSize &a, const DeskSize &b)
 }
 
 Layout::Layout(const Schedule &plan, const DeskSize &crown, const DeskSize &bunch, int threads)
-    : sizes((std::size_t)threads, bunch), held_size(plan.held_size)
+    : sizes((std::size_t)std::max(1, threads), bunch), held_size(plan.held_size)
 {
     sizes[0] = larger(crown, bunch);
 }
 
-std::size_t Layout::bytes() const
+std::size_t Layout::numbers() const
 {
-    std::size_t numbers = whole_lines(held_size) + LINE;
-    for (const DeskSize &d : sizes) numbers += numbers_of(d);
-    return numbers * sizeof(double);
+    std::size_t all = whole_lines(held_size) + LINE;
+    for (const DeskSize &d : sizes) all += numbers_of(d);
+    return all;
 }
+
+std::size_t Layout::places() const
+{
+    std::size_t all = 0;
+    for (const DeskSize &d : sizes) all += d.index;
+    return all;
+}
+
+std::size_t Layout::bytes() const { return numbers() * sizeof(double) + places() * sizeof(int); }
 
 void Layout::take()
 {
-    space.resize(bytes() / sizeof(double));
+    space.resize(numbers());
+    indexes.resize(places());
     const std::size_t line = LINE * sizeof(double), at = (std::size_t)(std::uintptr_t)space.data() % line;
     double *next = space.data() + (line - at) % line / sizeof(double);
-    const auto deal = [&](std::size_t numbers) {
+    int *index = indexes.data();
+    const auto deal = [&](std::size_t size) {
         double *part = next;
-        next += whole_lines(numbers);
+        next += whole_lines(size);
         return part;
     };
     held = deal(held_size);
@@ -53,8 +62,9 @@ void Layout::take()
         desk.panel = deal(d.panel);
         desk.narrow = deal(d.narrow);
         desk.pivots = deal(d.pivots);
-        desk.index = (int *)deal((d.index * sizeof(int) + sizeof(double) - 1) / sizeof(double));
         desk.stack = deal(d.stack);
+        desk.index = index;
+        index += d.index;
         desks.push_back(desk);
     }
 }

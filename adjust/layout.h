@@ -16,7 +16,7 @@ struct DeskSize {
     std::size_t panel = 0;  // block that is worked on
     std::size_t narrow = 0; // narrow sides of products
     std::size_t pivots = 0; // reciprocal pivots of the columns of a block
-    std::size_t index = 0;  // int: places of rows in another supernode
+    std::size_t index = 0;  // places of rows in another supernode
     std::size_t stack = 0;
 };
 
@@ -37,9 +37,13 @@ public:
     double *held = nullptr;  // updates between the bunches and the crown
 
 private:
+    std::size_t numbers() const;
+    std::size_t places() const;
+
     std::vector<DeskSize> sizes;
     std::size_t held_size;
     std::vector<double> space;
+    std::vector<int> indexes;
 };
 
 // Children of supernodes, ascending: child[s], then sibling[]; and the sides of the stack that their

@@ -1,7 +1,7 @@
 // One observation at the model's present values: computed value and derivatives by every unknown that it sees.
 
-#ifndef ADJUST_LINEAR_H
-#define ADJUST_LINEAR_H
+#ifndef VORNADJUST_LINEAR_H
+#define VORNADJUST_LINEAR_H
 
 #include "adjust/model.h"
 

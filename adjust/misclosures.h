@@ -1,8 +1,8 @@
 // Observations that do not fit the values that an adjustment starts from, where it fails: gross errors and mistaken
 // points show in their misclosures before anything is adjusted.
 
-#ifndef ADJUST_MISCLOSURES_H
-#define ADJUST_MISCLOSURES_H
+#ifndef VORNADJUST_MISCLOSURES_H
+#define VORNADJUST_MISCLOSURES_H
 
 #include <vector>
 

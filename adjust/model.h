@@ -12,8 +12,8 @@
 // `free` and has an observation of kind `unknown`. Nothing here knows names, files or units; indexes are the host's
 // too.
 
-#ifndef ADJUST_MODEL_H
-#define ADJUST_MODEL_H
+#ifndef VORNADJUST_MODEL_H
+#define VORNADJUST_MODEL_H
 
 #include <cstddef>
 #include <vector>

@@ -17,7 +17,7 @@ namespace vornadjust {
 // Nested dissection takes some 8 microseconds a vertex: it is tried where that is little beside what
 // the factor costs, and where the better separators of large networks can show.
 static const int LEAST_DISSECTED = 2000;        // vertices
-static const double LEAST_OPERATIONS = 10000.0; // of the factor by minimum degree, a vertex
+static const double LEAST_OPERATIONS = 40000.0; // of the factor by minimum degree, a vertex
 
 bool is_available(Ordering ordering)
 {

@@ -8,8 +8,7 @@
 
 namespace vornadjust {
 
-static const double LEAST_SHARED = 2e6; // operations below which sharing costs more than it gains
-static const int SHARES = 24;           // subtrees are at most this part of the whole
+static const int SHARES = 24; // subtrees are at most this part of the whole
 
 std::size_t Schedule::bunch_stack() const
 {

@@ -31,6 +31,9 @@ struct Schedule {
     std::size_t bunch_stack() const; // the largest
 };
 
+// Operations of a block below which several threads gain nothing on it.
+const double LEAST_SHARED = 2e6;
+
 // Products and sums that the columns of a supernode take, with the filling.
 double supernode_operations(const Symbolic &symbolic, int s);
 

@@ -218,6 +218,26 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
     return c;
 }
 
+// Full covariance of some unknowns, 0 for held ones.
+std::vector<double> joint_covariance(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns,
+                                     double f)
+{
+    std::vector<int> columns;
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < unknowns.size(); i++) {
+        if (s.columns.of[unknowns[i]] < 0) continue;
+        columns.push_back(s.columns.of[unknowns[i]]);
+        places.push_back(i);
+    }
+    const std::size_t n = columns.size();
+    std::vector<double> q(n * n), joint(unknowns.size() * unknowns.size(), 0.0);
+    cofactors.solved((int)n, columns.data(), (int)n, columns.data(), q.data());
+    for (std::size_t a = 0; a < n; a++)
+        for (std::size_t b = 0; b < n; b++)
+            joint[places[a] * unknowns.size() + places[b]] = 0.5 * f * (q[a * n + b] + q[b * n + a]);
+    return joint;
+}
+
 void scale(double f, std::vector<Covariance> *list)
 {
     for (Covariance &c : *list)
@@ -255,6 +275,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
+    s.joint = joint_covariance(system, cofactors, options.joint, s.sigma * s.sigma);
     if (options.residuals) RowTests(model, system, cofactors, &s).run();
     return s;
 }

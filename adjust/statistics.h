@@ -9,8 +9,8 @@
 // (Baarda, A testing procedure for use in geodetic networks, 1968.) All is read from the unweighted rows, in metres and
 // radians (images in pixels).
 
-#ifndef ADJUST_STATISTICS_H
-#define ADJUST_STATISTICS_H
+#ifndef VORNADJUST_STATISTICS_H
+#define VORNADJUST_STATISTICS_H
 
 #include <array>
 #include <utility>
@@ -52,6 +52,7 @@ struct Statistics {
     std::vector<double> deviation;             // [unknowns] standard deviations; 0 for what is held
     std::vector<Covariance> points;            // [points]
     std::vector<Covariance> pairs;             // [pairs] of the difference second - first
+    std::vector<double> joint;                 // [joint][joint] of the options
     std::vector<RowStatistics> rows;           // [rows]; empty when not asked for
     std::array<KindStatistics, 11> kinds = {}; // by Kind, of usable rows
 };
@@ -60,6 +61,7 @@ struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
     std::vector<std::pair<int, int>> pairs; // of points
+    std::vector<int> joint;                 // unknowns whose full covariance matrix is wanted
 };
 
 Statistics statistics(const Model &model, const System &system, const Cofactors &cofactors,

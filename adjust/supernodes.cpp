@@ -90,6 +90,7 @@ static Children children_of(const std::vector<int> &parent)
 static std::vector<int> parents_of(const std::vector<Candidate> &all)
 {
     std::vector<int> parent;
+    parent.reserve(all.size());
     for (const Candidate &c : all) parent.push_back(c.parent);
     return parent;
 }

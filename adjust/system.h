@@ -1,8 +1,8 @@
 // All that one linearization of a network holds, from the rows to the factor of the normal matrix: made once for a
 // pattern, refilled at every step.
 
-#ifndef ADJUST_SYSTEM_H
-#define ADJUST_SYSTEM_H
+#ifndef VORNADJUST_SYSTEM_H
+#define VORNADJUST_SYSTEM_H
 
 #include <vector>
 

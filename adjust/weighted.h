@@ -8,8 +8,8 @@
 // Rows are those of the equations, columns those of the normal system, ascending in a row. Row i of a group has the
 // columns of all its rows up to i.
 
-#ifndef ADJUST_WEIGHTED_H
-#define ADJUST_WEIGHTED_H
+#ifndef VORNADJUST_WEIGHTED_H
+#define VORNADJUST_WEIGHTED_H
 
 #include <cstddef>
 #include <vector>

@@ -1,8 +1,8 @@
 // Horizontal directions, angles and azimuths (radians, from the first axis towards the second).
 // No derivative where the horizontal length of the sight is below `shortest`.
 
-#ifndef ADJUST_KINDS_DIRECTIONS_H
-#define ADJUST_KINDS_DIRECTIONS_H
+#ifndef VORNADJUST_KINDS_DIRECTIONS_H
+#define VORNADJUST_KINDS_DIRECTIONS_H
 
 #include "adjust/kinds/sight.h"
 

@@ -1,7 +1,7 @@
 // Distances (metres): additive constant + scale * length. No derivative where the length is below `shortest`.
 
-#ifndef ADJUST_KINDS_DISTANCES_H
-#define ADJUST_KINDS_DISTANCES_H
+#ifndef VORNADJUST_KINDS_DISTANCES_H
+#define VORNADJUST_KINDS_DISTANCES_H
 
 #include "adjust/kinds/sight.h"
 

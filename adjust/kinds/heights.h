@@ -1,7 +1,7 @@
 // Height differences (metres): target above q less instrument above p, along the verticals. Linear but for curvature.
 
-#ifndef ADJUST_KINDS_HEIGHTS_H
-#define ADJUST_KINDS_HEIGHTS_H
+#ifndef VORNADJUST_KINDS_HEIGHTS_H
+#define VORNADJUST_KINDS_HEIGHTS_H
 
 #include "adjust/kinds/sight.h"
 

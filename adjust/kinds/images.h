@@ -8,8 +8,8 @@
 // (Brown, Close-range camera calibration, 1971, with the affinity a acting across only.)
 // No derivative where the target lies within `shortest` of the plane of the projection centre.
 
-#ifndef ADJUST_KINDS_IMAGES_H
-#define ADJUST_KINDS_IMAGES_H
+#ifndef VORNADJUST_KINDS_IMAGES_H
+#define VORNADJUST_KINDS_IMAGES_H
 
 #include "adjust/kinds/sight.h"
 

@@ -1,7 +1,7 @@
 // Where a point of a moved group stands at the group's epoch: scale R(rx, ry, rz) x + t (metres).
 
-#ifndef ADJUST_KINDS_MOTIONS_H
-#define ADJUST_KINDS_MOTIONS_H
+#ifndef VORNADJUST_KINDS_MOTIONS_H
+#define VORNADJUST_KINDS_MOTIONS_H
 
 #include "adjust/kinds/sight.h"
 

@@ -1,8 +1,8 @@
 // Vertical angles: elevations above the horizon of the instrument (radians, -pi/2 to pi/2).
 // No derivative where the horizontal length of the sight is below `shortest`.
 
-#ifndef ADJUST_KINDS_VERTICALS_H
-#define ADJUST_KINDS_VERTICALS_H
+#ifndef VORNADJUST_KINDS_VERTICALS_H
+#define VORNADJUST_KINDS_VERTICALS_H
 
 #include "adjust/kinds/sight.h"
 

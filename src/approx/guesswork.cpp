@@ -10,6 +10,7 @@ namespace vornengine {
 
 int guesswork_take(guesswork *g, int ncommon)
 {
+    g->n = 0;
     g->isys = (int *)zeroed(ncommon + 2LL, sizeof(int));
     g->app = (double *)zeroed(3LL * ncommon + 3, sizeof(double));
     g->rhs = (double *)zeroed(3LL * ncommon + 3, sizeof(double));

@@ -55,7 +55,7 @@ void vornrun::chk_numbers(int *ilumtable, int *nsplitsta, int *nsplittar)
     nsta = ntar = 0;
     *nsplitsta = *nsplittar = 0;
     lumpcount c = {ilumtable, NULL, NULL, AT_STATION};
-    if (ilumtable) c.lumpindex = numberindex_make(npoint_input());
+    if (ilumtable) c.lumpindex = numberindex_make((long long)npsta + nptar);
     for (int i = 0; i < npsta; i++) {
         if (psta[i].status <= 0) continue;
         nsta++;
@@ -105,15 +105,12 @@ bool vornrun::count_lump(lumpcount *c, const char *field, int *ilump)
     return true;
 }
 
-// Enters the selected points of lumps in rows from npoints on, at most up to nrow.
-void vornrun::enter_rows(int which, int **isplit, int nrow)
+// Enters the points of lumps in rows from nfilled on, at most up to nrow; returns the rows filled.
+static int enter_rows(const hostpoints *host, int **isplit, int nfilled, int nrow)
 {
-    const int n = which == AT_STATION ? npsta : nptar;
-    for (int i = 0; i < n && npoints < nrow; i++) {
-        const int status = which == AT_STATION ? psta[i].status : ptar[i].status;
-        const int ilump = which == AT_STATION ? psta[i].ilump : ptar[i].ilump;
-        if (status > 0 && ilump != 0) isplit[npoints++][0] = i;
-    }
+    for (int i = 0; i < host->nsta + host->ntar && nfilled < nrow; i++)
+        if (host->active_lump(i) != 0) isplit[nfilled++][0] = i;
+    return nfilled;
 }
 
 // Marks in every row the epochs of the directions that touch its point. A direction marks the
@@ -158,11 +155,11 @@ static long long count_marks(int **isplit, int first, int end, int nepoch)
 void vornrun::fill_isplit(int **isplit, int nsplitsta, int nsplittar, int nepoch, int *itimetable)
 {
     const int nrow = count_of((long long)nsplitsta + nsplittar);
-    npoints = 0; // counts the rows
-    enter_rows(AT_STATION, isplit, nrow);
-    splitrows sta = {psta, NULL, npoints, nepoch, isplit, NULL, NULL};
-    enter_rows(AT_TARGET, isplit, nrow);
-    splitrows tar = {NULL, ptar, npoints - sta.n, nepoch, isplit ? isplit + sta.n : NULL, NULL, NULL};
+    const hostpoints stations = {psta, npsta, NULL, 0}, targets = {NULL, 0, ptar, nptar};
+    const int nsplit = enter_rows(&stations, isplit, 0, nrow);
+    npoints = enter_rows(&targets, isplit, nsplit, nrow); // counts the rows
+    splitrows sta = {stations, nsplit, nepoch, isplit, {}};
+    splitrows tar = {targets, npoints - nsplit, nepoch, isplit ? isplit + nsplit : NULL, {}};
     mark_epochs(&sta, AT_STATION, pdir1, npdir1, itimetable);
     mark_epochs(&tar, AT_TARGET, pdir1, npdir1, itimetable);
     if (idebug) {

@@ -97,7 +97,7 @@ int vornrun::count_lines(const image_input *im)
     imageline line;
     while (next_line(f, &line)) {
         const int ihost = searchnam(line.name);
-        if (ihost >= 0 && hoststatus(ihost) > 0) n++;
+        if (ihost >= 0 && hosts().status(ihost) > 0) n++;
     }
     fclose(f);
     return n;
@@ -161,7 +161,7 @@ int vornrun::fill_cameras()
     return 0;
 }
 
-int vornrun::search_camera(const char *name) const
+static int search_camera(const camera *cameras, int ncamera, const char *name)
 {
     for (int i = 0; i < ncamera; i++)
         if (same_name(cameras[i].name, name)) return i;
@@ -215,7 +215,7 @@ int vornrun::fill_photo()
         if (im->status <= 0) continue;
         const nametext camera_name = name_in(im->camera, sizeof im->camera);
         const nametext station_name = name_in(im->station, sizeof im->station);
-        const int icam = search_camera(camera_name.text);
+        const int icam = search_camera(cameras, ncamera, camera_name.text);
         if (icam < 0) {
             fprintf(out, "fill_photo:Pb at image %d\nwith camera %s\n", i, camera_name.text);
             return -1;

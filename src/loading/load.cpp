@@ -51,13 +51,24 @@ int vornrun::fill_vorn()
     return result;
 }
 
+// Root of the mean a-priori variance of all observations; not a number without any.
+static double unit_sigma(const solverinput *in)
+{
+    const double sum = in->ndist * in->sdist * in->sdist + in->ndifh * in->sdifh * in->sdifh +
+                       in->ndir1 * in->sdir1 * in->sdir1 + in->ndir2 * in->sdir2 * in->sdir2 +
+                       2.0 * in->nobsuv * in->suv * in->suv + in->naz * in->saz * in->saz +
+                       in->ngps * in->sgps * in->sgps;
+    const double n = (double)in->ndist + in->ndifh + in->ndir1 + in->ndir2 + 2.0 * in->nobsuv + in->naz + in->ngps;
+    return n > 0.0 ? sqrt(sum / n) : NAN;
+}
+
 int vornrun::load_network(lumptables *t)
 {
-    if (pproject->iphoto == 1 && dim != 3) {
+    if (iphoto == 1 && dim != 3) {
         dim = 3;
         tell_and_print(pfeedback, out, "fill_vorn: With photogrammetric data, dim=3");
     }
-    t->ilumtable = (int *)zeroed(npoint_input(), sizeof(int));
+    t->ilumtable = (int *)zeroed((long long)npsta + nptar, sizeof(int));
     if (!t->ilumtable) give_up_lumps("fill_vorn: Could not allocate ilumtable=> no lumps");
     chk_numbers(t->ilumtable, &t->nsplitsta, &t->nsplittar);
     if (chk_connect() < 0) {
@@ -69,7 +80,7 @@ int vornrun::load_network(lumptables *t)
         tell_and_print(pfeedback, out, "fill_vorn: Stop in verif");
         return -2;
     }
-    sigma0 = unit_sigma();
+    sigma0 = unit_sigma(this);
     split_points(t);
     npoints = count_of((long long)nsta + ntar);
     if (vornallocate() < 0) {
@@ -80,9 +91,6 @@ int vornrun::load_network(lumptables *t)
     count_constants();
     return load_observations(t);
 }
-
-// Stations and targets of the host.
-long long vornrun::npoint_input() const { return (long long)npsta + nptar; }
 
 // Goes on without lumps when a table of theirs could not be had.
 void vornrun::give_up_lumps(const char *why)
@@ -109,16 +117,7 @@ void vornrun::count_observations(lumptables *t)
             if (pproject->baselines[i].status > 0) ngps++;
     if (pproject->lumpmethod == 9)
         while (t->nepoch < npdir1 && t->itimetable[t->nepoch] != 0) t->nepoch++;
-    if (pproject->iphoto == 1) count_photo();
-}
-
-// Root of the mean a-priori variance of all observations; not a number without any.
-double vornrun::unit_sigma() const
-{
-    const double sum = ndist * sdist * sdist + ndifh * sdifh * sdifh + ndir1 * sdir1 * sdir1 + ndir2 * sdir2 * sdir2 +
-                       2.0 * nobsuv * suv * suv + naz * saz * saz + ngps * sgps * sgps;
-    const double n = (double)ndist + ndifh + ndir1 + ndir2 + 2.0 * nobsuv + naz + ngps;
-    return n > 0.0 ? sqrt(sum / n) : NAN;
+    if (iphoto == 1) count_photo();
 }
 
 // nrow rows of nepoch + 1 zeros; null without memory, nothing is kept then.
@@ -175,7 +174,7 @@ int vornrun::load_observations(const lumptables *t)
         if (fill_measure(lists[i].kind, t->isplit, t->nsplitsta, t->nsplittar, t->nepoch) < 0) return lists[i].failure;
     }
     if (pproject->igps != 0 && fill_gps() < 0) return -10;
-    if (pproject->iphoto == 1 && fill_photo() < 0) return -8;
+    if (iphoto == 1 && fill_photo() < 0) return -8;
     return 0;
 }
 
@@ -235,13 +234,13 @@ int vornrun::verif3D()
     check_list(KIND_VERTICAL);
     check_list(KIND_AZIMUTH);
     const bool none = ndist == 0 && ndifh == 0 && ndir1 == 0 && ndir2 == 0 && naz == 0;
-    return none && pproject->iphoto == 0 && pproject->igps == 0 ? -3 : 0;
+    return none && iphoto == 0 && pproject->igps == 0 ? -3 : 0;
 }
 
 // Takes what checkm deselects from the count of a list; the count does not fall below 0.
 void vornrun::check_list(int kind)
 {
-    int *n = listcount(kind);
+    int *n = listof(kind).n;
     if (*n > 0) *n -= checkm(kind);
     if (*n < 0) *n = 0;
 }

@@ -108,22 +108,10 @@ int vornrun::fill_value(const measure_input *m, double val[2])
     return 0;
 }
 
-// The list of measures of a kind; its size is that of listcount.
-measure *vornrun::measurelist(int kind) const
-{
-    switch (kind) {
-    case KIND_DISTANCE: return dist;
-    case KIND_HEIGHT_DIFFERENCE: return difh;
-    case KIND_DIRECTION: return dir1;
-    case KIND_VERTICAL: return dir2;
-    default: return az;
-    }
-}
-
 int vornrun::fill_measure(int kind, int **isplit, int nsplitsta, int nsplittar, int nepoch)
 {
-    splitrows sta = {psta, NULL, isplit ? nsplitsta : 0, nepoch, isplit, NULL, NULL};
-    splitrows tar = {NULL, ptar, isplit ? nsplittar : 0, nepoch, isplit ? isplit + nsplitsta : NULL, NULL, NULL};
+    splitrows sta = {{psta, npsta, NULL, 0}, isplit ? nsplitsta : 0, nepoch, isplit, {}};
+    splitrows tar = {{NULL, 0, ptar, nptar}, isplit ? nsplittar : 0, nepoch, isplit ? isplit + nsplitsta : NULL, {}};
     if (nepoch != 0) {
         chain_rows(&sta);
         chain_rows(&tar);
@@ -136,26 +124,26 @@ int vornrun::fill_measure(int kind, int **isplit, int nsplitsta, int nsplittar, 
 
 int vornrun::fill_list(int kind, const splitrows *sta, const splitrows *tar)
 {
-    int n, k = 0;
-    const measure_input *from = hostlist(kind, &n);
-    measure *list = measurelist(kind);
-    const int nlist = *listcount(kind);
-    for (int i = 0; i < n && k < nlist; i++) {
-        const measure_input *m = from + i;
+    const kindlist lists = listof(kind);
+    measure *list = lists.list;
+    int k = 0;
+    for (int i = 0; i < lists.nhost && k < *lists.n; i++) {
+        const measure_input *m = lists.host + i;
         if (m->typ <= 0) continue;
         // Constants of the station: it is the distance of this number that is marked.
         if (m->typ == KIND_DISTANCE_CONSTANTS && k < ndist && dist) dist[k].typ = 1;
         int ip1, ip2;
-        int result = find_ends(m, i, sta, tar, &ip1, &ip2);
-        if (result == 0) result = fill_value(m, list[k].val);
-        if (result != 0) return result;
+        const int found = find_ends(m, i, sta, tar, &ip1, &ip2);
+        if (found != 0) return found;
         list[k].p1 = points + ip1;
         list[k].p2 = points + ip2;
         list[k].h1 = m->h1;
         list[k].h2 = m->h2;
-        list[k].time = m->time;
         points[ip1].ntie++;
         points[ip2].ntie++;
+        const int unread = fill_value(m, list[k].val);
+        if (unread != 0) return unread;
+        list[k].time = m->time;
         k++;
     }
     fflush(out);

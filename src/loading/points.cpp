@@ -20,14 +20,6 @@
 
 namespace vornengine {
 
-// Metres in the host's unit of length.
-double vornrun::lengthfactor() const
-{
-    if (iunit == 1) return 0.001;
-    if (iunit == 2) return 0.0254;
-    return 1.0;
-}
-
 // Groups of every station, in the order of the groups and of their members:
 // station i belongs to group[start[i]] to group[start[i + 1] - 1].
 struct membership {
@@ -92,6 +84,39 @@ struct pointwalk {
     int irow;                     // row to try first
 };
 
+// Mixed coordinates: a height can be held while the plane position stays free.
+static void hold_height(solverinput *in, point *p, const int ix[3])
+{
+    if (in->dim != 3 || in->iearth != 2 || ix[2] != CODE_FIXED) return;
+    if (ix[0] == CODE_FIXED && ix[1] == CODE_FIXED) {
+        p->n0[2] = N_NONE;
+        return;
+    }
+    p->defdatum[2] = DATUM_FIXED_HEIGHT;
+    in->nfixh++;
+}
+
+// Mixed coordinates with a single fixed height: on a station whose plane position is weighted
+// the height counts as weighted as well, and the report says so.
+static void lone_fixed_height(solverinput *in)
+{
+    FILE *out = in->out;
+    for (int i = 0; i < in->nsta && i < in->npoints; i++) {
+        point *p = in->points + i;
+        if (p->defdatum[2] != DATUM_FIXED_HEIGHT) continue;
+        if (p->defdatum[0] != DATUM_WEIGHTED || p->defdatum[1] != DATUM_WEIGHTED) continue;
+        p->defdatum[2] = DATUM_WEIGHTED;
+        in->nfixh = 0;
+        fprintf(out, "\n***** temporary test in fill_pt()***\n");
+        fprintf(out, "%s\n", p->name);
+        fprintf(out, "%15.6lf%15.6lf%15.6lf\n", p->xpt[0], p->xpt[1], p->xpt[2]);
+        fprintf(out, "%15.6lf%15.6lf%15.6lf\n", p->x0[0], p->x0[1], p->x0[2]);
+        fprintf(out, "h = %15.6lf%%\n", p->h);
+        fprintf(out, "\n*****                           ***\n");
+        return;
+    }
+}
+
 void vornrun::fill_pt(int *ilumtable, int **isplit, int nsplitsta, int nsplittar, int nepoch)
 {
     for (int i = 0; i < 9; i++) ia1[i] = 0;
@@ -106,7 +131,7 @@ void vornrun::fill_pt(int *ilumtable, int **isplit, int nsplitsta, int nsplittar
     fill_targets(&w);
     numberindex_free(lumpindex);
     release_membership(&groups);
-    if (dim == 3 && iearth == 2 && nfixh == 1) lone_fixed_height();
+    if (dim == 3 && iearth == 2 && nfixh == 1) lone_fixed_height(this);
 }
 
 void vornrun::fill_stations(pointwalk *w, const membership *groups)
@@ -120,7 +145,7 @@ void vornrun::fill_stations(pointwalk *w, const membership *groups)
         fill_coordinates(p, s->x, s->sx, s->ix, s->status);
         fill_orientations(p, s);
         if (s->typ == 2) fill_groups(p, i, groups);
-        hold_height(p, s->ix);
+        hold_height(this, p, s->ix);
         p->typ = s->ilevel == 1 ? 1 : 0;
         place_point(w, 1, i, s->ilump, s->iconn);
         if (w->ip > nsta) break;
@@ -136,7 +161,7 @@ void vornrun::fill_targets(pointwalk *w)
         const nametext name = name_in(t->name, sizeof t->name);
         memcpy(p->name, name.text, sizeof p->name);
         fill_coordinates(p, t->x, t->sx, t->ix, t->status);
-        hold_height(p, t->ix);
+        hold_height(this, p, t->ix);
         if (t->status > 100) nstat100++;
         place_point(w, 2, i, t->ilump, t->iconn);
     }
@@ -229,18 +254,6 @@ void vornrun::fill_constants(point *p, int igroup)
     }
 }
 
-// Mixed coordinates: a height can be held while the plane position stays free.
-void vornrun::hold_height(point *p, const int ix[3])
-{
-    if (dim != 3 || iearth != 2 || ix[2] != CODE_FIXED) return;
-    if (ix[0] == CODE_FIXED && ix[1] == CODE_FIXED) {
-        p->n0[2] = N_NONE;
-        return;
-    }
-    p->defdatum[2] = DATUM_FIXED_HEIGHT;
-    nfixh++;
-}
-
 // Number of copies of a point in a lump: its epochs less one; -1 when it is in no row or was
 // never observed. Rows stand in the order of the host, so the search begins at w->irow, the
 // row behind the last one found.
@@ -294,26 +307,6 @@ void vornrun::duplicate(int, int ipoint, int ncopy)
         for (int i = 0; i < 3; i++) to->n0[i] = N_MISSING;
         for (int i = 0; i < 5; i++) to->n1[i] = from->n1[i];
         for (int i = 0; i < 8; i++) to->defdatum[i] = from->defdatum[i];
-    }
-}
-
-// Mixed coordinates with a single fixed height: on a station whose plane position is weighted
-// the height counts as weighted as well, and the report says so.
-void vornrun::lone_fixed_height()
-{
-    for (int i = 0; i < nsta && i < npoints; i++) {
-        point *p = points + i;
-        if (p->defdatum[2] != DATUM_FIXED_HEIGHT) continue;
-        if (p->defdatum[0] != DATUM_WEIGHTED || p->defdatum[1] != DATUM_WEIGHTED) continue;
-        p->defdatum[2] = DATUM_WEIGHTED;
-        nfixh = 0;
-        fprintf(out, "\n***** temporary test in fill_pt()***\n");
-        fprintf(out, "%s\n", p->name);
-        fprintf(out, "%15.6lf%15.6lf%15.6lf\n", p->xpt[0], p->xpt[1], p->xpt[2]);
-        fprintf(out, "%15.6lf%15.6lf%15.6lf\n", p->x0[0], p->x0[1], p->x0[2]);
-        fprintf(out, "h = %15.6lf%%\n", p->h);
-        fprintf(out, "\n*****                           ***\n");
-        return;
     }
 }
 

@@ -4,48 +4,26 @@
 
 #include <stdlib.h>
 
-#include "numerics/memory.h"
-
 namespace vornengine {
 
-const char *row_name(const splitrows *s, int i)
-{
-    const int ihost = s->rows[i][0];
-    return s->sta ? s->sta[ihost].name : s->tar[ihost].name;
-}
+const char *row_name(const splitrows *s, int i) { return s->host.name(s->rows[i][0]); }
+
+static const char *name_of_row(const void *s, int i) { return row_name((const splitrows *)s, i); }
 
 void chain_rows(splitrows *s)
 {
-    s->index = nameindex_make(s->n);
-    s->next = (int *)zeroed(s->n, sizeof(int));
-    int *last = (int *)zeroed(s->n, sizeof(int)); // of a first row: the last row yet of its name
-    const bool whole = s->index && s->next && last;
-    for (int i = 0; whole && i < s->n; i++) {
-        nameindex_add(s->index, row_name(s, i), i);
-        const int first = nameindex_find(s->index, row_name(s, i));
-        if (first != i) s->next[last[first]] = i;
-        last[first] = i;
-        s->next[i] = -1;
-    }
-    free(last);
-    if (!whole) unchain_rows(s);
+    if (namechain_make(&s->chain, s->n, name_of_row, s) != 0) unchain_rows(s);
 }
 
 int next_row(const splitrows *s, const char *name, int i)
 {
-    if (s->index) return i < 0 ? nameindex_find(s->index, name) : s->next[i];
+    if (s->chain.index) return i < 0 ? namechain_first(&s->chain, name) : s->chain.next[i];
     for (int r = i + 1; r < s->n; r++)
         if (same_name(row_name(s, r), name)) return r;
     return -1;
 }
 
-void unchain_rows(splitrows *s)
-{
-    nameindex_free(s->index);
-    free(s->next);
-    s->index = NULL;
-    s->next = NULL;
-}
+void unchain_rows(splitrows *s) { namechain_free(&s->chain); }
 
 void free_rows(int **rows, int n)
 {

@@ -3,23 +3,20 @@
 #ifndef VORN_SPLITROWS_H
 #define VORN_SPLITROWS_H
 
-#include "vorn/project.h"
-#include "loading/names.h"
+#include "loading/hostpoints.h"
+#include "loading/namechain.h"
 
 namespace vornengine {
 
-// The rows of the stations, or those of the targets. Rows of one name are chained, so that
-// an observation visits the rows of its own points only: next[i] is the next row of the same
-// name, -1 behind the last; a row's number counts from the first row of the kind. Without
-// memory for the chains index and next are null, and the rows are searched.
+// The rows of the stations, or those of the targets; a row's number counts from the first of
+// its kind. Rows of one name are chained, so that an observation visits the rows of its own
+// points only. Without memory for the chains they are null, and the rows are searched.
 struct splitrows {
-    const station_input *sta; // the host's stations, null in rows of targets
-    const target_input *tar;  // the host's targets, null in rows of stations
-    int n;                    // rows
-    int nepoch;               // columns behind the first
-    int **rows;               // [n][nepoch + 1]
-    nameindex *index;         // name to its first row
-    int *next;                // [n]
+    hostpoints host; // the host's points of this kind alone
+    int n;           // rows
+    int nepoch;      // columns behind the first
+    int **rows;      // [n][nepoch + 1]
+    namechain chain;
 };
 
 // Name of the point of a row.

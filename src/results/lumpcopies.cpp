@@ -23,21 +23,6 @@ static const char *end_name(const point *p) { return p ? p->name : ""; }
 static const char *from_name(const void *dir1, int i) { return end_name(((const measure *)dir1)[i].p1); }
 static const char *to_name(const void *dir1, int i) { return end_name(((const measure *)dir1)[i].p2); }
 
-static bool is_station(const lumpcopies *w, int host) { return host < w->nhoststa; }
-
-static const char *host_name(const lumpcopies *w, int host)
-{
-    return is_station(w, host) ? w->sta[host].name : w->tar[host - w->nhoststa].name;
-}
-
-// Lump index of a host point that takes part, else 0.
-static int host_lump(const lumpcopies *w, int host)
-{
-    if (is_station(w, host)) return w->sta[host].status > 0 ? w->sta[host].ilump : 0;
-    const target_input *t = w->tar + (host - w->nhoststa);
-    return t->status > 0 ? t->ilump : 0;
-}
-
 // Place of a lump index in the table; a new one is appended.
 static int enter_lump(lumpcopies *w, int ilump, int host)
 {
@@ -53,16 +38,16 @@ static int enter_lump(lumpcopies *w, int ilump, int host)
 // only while the host lists its points lump by lump.
 static void mark_points(lumpcopies *w, int host)
 {
-    for (int p = namechain_first(&w->byname, host_name(w, host)); p >= 0; p = w->byname.next[p])
-        if ((p < w->nsta) == is_station(w, host)) w->points[p].ilump = w->nlump;
+    for (int p = namechain_first(&w->byname, w->host.name(host)); p >= 0; p = w->byname.next[p])
+        if ((p < w->nsta) == w->host.is_station(host)) w->points[p].ilump = w->nlump;
 }
 
 static void list_lumps(lumpcopies *w)
 {
-    const int nhost = w->nhoststa + w->nhosttar;
+    const int nhost = w->host.nsta + w->host.ntar;
     for (int h = 0; h < nhost; h++) {
         w->next[h] = -1;
-        const int ilump = host_lump(w, h);
+        const int ilump = w->host.active_lump(h);
         if (ilump == 0) continue;
         const int b = enter_lump(w, ilump, h);
         if (w->last[b] != h) w->next[w->last[b]] = h;
@@ -89,7 +74,7 @@ static void list_epochs(lumpcopies *w)
 
 static bool take_tables(lumpcopies *w)
 {
-    const long long nhost = (long long)w->nhoststa + w->nhosttar;
+    const long long nhost = (long long)w->host.nsta + w->host.ntar;
     int **const lists[] = {&w->ilumtable, &w->first, &w->last, &w->next, &w->ncopies};
     bool all = true;
     for (size_t i = 0; i < sizeof lists / sizeof lists[0]; i++) {
@@ -139,7 +124,7 @@ void copies_free(lumpcopies *w)
 
 static int *row(const lumpcopies *w, int r) { return w->tab + (size_t)r * ((size_t)w->nepoch + 1); }
 
-const char *member_name(const lumpcopies *w, int r) { return host_name(w, row(w, r)[0]); }
+const char *member_name(const lumpcopies *w, int r) { return w->host.name(row(w, r)[0]); }
 
 int copy_at(const lumpcopies *w, int r, int c) { return row(w, r)[c + 1]; }
 
@@ -154,8 +139,8 @@ int column_of(const lumpcopies *w, int epoch)
 // Marks the epochs at which directions touch a member: from a station, to a target.
 static void mark_sightings(const lumpcopies *w, int host, int *cells)
 {
-    const namechain *ends = is_station(w, host) ? &w->from : &w->to;
-    for (int d = namechain_first(ends, host_name(w, host)); d >= 0; d = ends->next[d]) {
+    const namechain *ends = w->host.is_station(host) ? &w->from : &w->to;
+    for (int d = namechain_first(ends, w->host.name(host)); d >= 0; d = ends->next[d]) {
         if (w->dir1[d].time <= 0) continue;
         const int c = place_of(w->dir1[d].time, w->itimetable, w->nepoch, w->epochindex);
         if (c >= 0) cells[c + 1] = SIGHTED;
@@ -169,7 +154,8 @@ static int enter_members(lumpcopies *w, int b)
     for (int h = w->first[b]; h >= 0; h = w->next[h]) {
         if (w->nrow == w->npoints) {
             if (w->idebug)
-                fprintf(w->out, "usesimili: Could load tab(%s) %d\n", is_station(w, h) ? "sta" : "tar", w->nrow + 1);
+                fprintf(w->out, "usesimili: Could load tab(%s) %d\n", w->host.is_station(h) ? "sta" : "tar",
+                        w->nrow + 1);
             tell(w->fb, "usesimili: Could not load tab");
             return -1;
         }

@@ -6,6 +6,7 @@
 #include <stdio.h>
 
 #include "vorn/project.h"
+#include "loading/hostpoints.h"
 #include "loading/namechain.h"
 #include "loading/numbers.h"
 #include "vorn/records.h"
@@ -22,7 +23,7 @@ enum {
 
 // The host's points of the lumps, and the table of the lump at work.
 //
-// A host point is counted through: stations, then targets. tab has a row for each member of
+// tab has a row for each member of
 // a lump, in the host's order: the host point, then for each epoch of itimetable the number
 // of the copy that was sighted then. Example, epochs 3 5, host targets 0 (points 7 and 8) and
 // 1 (point 9, at epoch 5 only) behind 4 stations:  4 7 8  and  5 -1 9, counted  . 1 2.
@@ -34,17 +35,14 @@ struct lumpcopies {
     int npoints, nsta;
     const measure *dir1; // [ndir1]
     int ndir1;
-    const station_input *sta; // [nhoststa] the host's
-    int nhoststa;
-    const target_input *tar; // [nhosttar]
-    int nhosttar;
+    hostpoints host;
     const measure_input *directions; // [ndirections] the host's
     int ndirections;
 
     int nlump;                           // distinct lump indexes
     int *ilumtable;                      // [nlump] in the order of the host's points
     int *first, *last;                   // [nlump] first and last host point of a lump
-    int *next;                           // [nhoststa + nhosttar] next host point of the same lump, or -1
+    int *next;                           // [points of the host] next host point of the same lump, or -1
     int *ncopies;                        // [nlump] points of the lump among points
     int nepoch;                          // columns
     int *itimetable;                     // [nepoch]

@@ -61,23 +61,24 @@ static void copy_kind(const kindfields &to, double s, const kindresult &from)
 
 void vornrun::fill_obs_stat()
 {
-    if ((irun != 0 && irun != 1) || !temp_res) return;
+    if (irun != 0 && irun != 1) return;
+    const tempresult none = tempresult(), *tests = temp_res ? temp_res : &none; // a run that stopped made none
     result *r = pproject->runresults;
-    r->dof = temp_res->dof;
+    r->dof = tests->dof;
     r->sig0 = sigma0;
-    r->sigpost = temp_res->sigpost;
-    r->itest = temp_res->itest;
+    r->sigpost = tests->sigpost;
+    r->itest = tests->itest;
     if (irun != 1) return;
 
     copy_kind({&r->sdist, &r->spdist, &r->ichidist, &r->nnormdist, &r->nnormbdist, &r->ntaudist, &r->ntaubdist}, sdist,
-              temp_res->dist);
+              tests->dist);
     copy_kind({&r->sdifh, &r->spdifh, &r->ichidifh, &r->nnormdifh, &r->nnormbdifh, &r->ntaudifh, &r->ntaubdifh}, sdifh,
-              temp_res->difh);
+              tests->difh);
     copy_kind({&r->sdir1, &r->spdir1, &r->ichidir1, &r->nnormdir1, &r->nnormbdir1, &r->ntaudir1, &r->ntaubdir1}, sdir1,
-              temp_res->dir1);
+              tests->dir1);
     copy_kind({&r->sdir2, &r->spdir2, &r->ichidir2, &r->nnormdir2, &r->nnormbdir2, &r->ntaudir2, &r->ntaubdir2}, sdir2,
-              temp_res->dir2);
-    copy_kind({&r->saz, &r->spaz, &r->ichiaz, &r->nnormaz, &r->nnormbaz, &r->ntauaz, &r->ntaubaz}, saz, temp_res->az);
+              tests->dir2);
+    copy_kind({&r->saz, &r->spaz, &r->ichiaz, &r->nnormaz, &r->nnormbaz, &r->ntauaz, &r->ntaubaz}, saz, tests->az);
 }
 
 void vornrun::flagdecode(int flag, int *a, int *b, int *c, int *d, int *e)
@@ -96,14 +97,13 @@ void vornrun::flagdecode(int flag, int *a, int *b, int *c, int *d, int *e)
 int vornrun::fill_residuals(int kind, int n, int last)
 {
     result *r = pproject->runresults;
-    int nhost;
-    const measure_input *host = hostlist(kind, &nhost);
-    const measure *list = measurelist(kind), none = measure();
+    const kindlist lists = listof(kind);
+    const measure none = measure();
     int k = 0; // place in the list
-    for (int i = 0; i < nhost; i++) {
-        if (host[i].typ <= 0) continue;
-        if (n >= last || k >= *listcount(kind)) return size_problem();
-        const measure *m = list ? list + k : &none;
+    for (int i = 0; i < lists.nhost; i++) {
+        if (lists.host[i].typ <= 0) continue;
+        if (n >= last || k >= *lists.n) return size_problem();
+        const measure *m = lists.list ? lists.list + k : &none;
         k++;
         double res = m->res[0], sres = m->res[1];
         if (kind == KIND_DIRECTION) {
@@ -129,7 +129,7 @@ int vornrun::fill_obs_res()
     int n = 0, last = 0;
     const int kinds[] = {KIND_DISTANCE, KIND_HEIGHT_DIFFERENCE, KIND_DIRECTION, KIND_VERTICAL};
     for (int i = 0; i < COUNT(kinds); i++) {
-        last += *listcount(kinds[i]);
+        last += *listof(kinds[i]).n;
         n = fill_residuals(kinds[i], n, last);
         if (n < 0) return -3;
     }

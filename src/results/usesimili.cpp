@@ -71,24 +71,26 @@ static void set_add(pointset *s, const char *name, const double x[3])
     nameindex_add(s->names, p->name, s->n++);
 }
 
-// Loads the copies of a column, as many as were counted; label names the set in the complaint
-// about more.
-static void set_load(pointset *s, const lumpcopies *w, int c, int count, const char *label)
-{
-    for (int r = 0; r < w->nrow; r++) {
-        if (copy_at(w, r, c) < 0) continue;
-        if (s->n >= count) {
-            tell(w->fb, "usesimili: pb loading %s", label);
-            return;
-        }
-        const point *p = w->points + copy_at(w, r, c);
-        set_add(s, p->name, p->xpt);
-    }
-}
-
 static void show_point(FILE *out, const simpoint *p)
 {
     fprintf(out, "%s %15.6lf%15.6lf%15.6lf\n", p->name, p->x[0], p->x[1], p->x[2]);
+}
+
+// Loads the copies of a column, as many as were counted; false when there are more.
+static bool set_load(pointset *s, const lumpcopies *w, int c, int count)
+{
+    for (int r = 0; r < w->nrow; r++) {
+        if (copy_at(w, r, c) < 0) continue;
+        if (s->n >= count) return false;
+        const point *p = w->points + copy_at(w, r, c);
+        set_add(s, p->name, p->xpt);
+    }
+    return true;
+}
+
+static void show_set(FILE *out, const pointset *s)
+{
+    for (int i = 0; i < s->n; i++) show_point(out, s->p + i);
 }
 
 // ---- transformations ----
@@ -218,7 +220,11 @@ void vornrun::compare_epoch(lumpmotion *m, int c)
     if (idebug) fprintf(out, "epoch %d (%d) versus %d (%d)\n", m->w->itimetable[c], npend, lumps[m->b].iref, m->ref.n);
     pointset end = pointset();
     if (set_take(&end, npend)) {
-        set_load(&end, m->w, c, npend, "pend");
+        if (!set_load(&end, m->w, c, npend)) {
+            tell(pfeedback, "usesimili: pb loading pend");
+            if (idebug) fprintf(out, "usesimili: pb loading pend\n");
+        }
+        if (idebug) show_set(out, &end);
         take_epoch(m, c, &end);
     } else {
         tell(pfeedback, "usesimili: pb pend");
@@ -249,9 +255,10 @@ static bool load_reference(lumpmotion *m)
         tell(w->fb, "usesimili: pb with pref");
         return false;
     }
-    set_load(&m->ref, w, m->kref, copy_counts(w)[m->kref], "pref");
-    if (w->idebug) fprintf(w->out, "at reference epoch\n");
-    for (int i = 0; w->idebug && i < m->ref.n; i++) show_point(w->out, m->ref.p + i);
+    if (!set_load(&m->ref, w, m->kref, copy_counts(w)[m->kref])) tell(w->fb, "usesimili: pb loading pref");
+    if (!w->idebug) return true;
+    fprintf(w->out, "at reference epoch\n");
+    show_set(w->out, &m->ref);
     return true;
 }
 
@@ -357,10 +364,7 @@ int vornrun::usesimili(int mode)
     w.nsta = nsta;
     w.dir1 = dir1;
     w.ndir1 = points && dir1 ? ndir1 : 0;
-    w.sta = psta;
-    w.nhoststa = npsta;
-    w.tar = ptar;
-    w.nhosttar = nptar;
+    w.host = hosts();
     w.directions = pdir1;
     w.ndirections = npdir1;
 

@@ -9,9 +9,9 @@
 namespace vornengine {
 
 // The working values become the values at the start, of everything that is not fixed.
-void vornrun::keep_first_values()
+static void keep_first_values(point *points, int n)
 {
-    for (point *p = points; p < points + npoints; p++)
+    for (point *p = points; p < points + n; p++)
         for (int k = 0; k < 3; k++) {
             if (p->n0[k] != N_NONE) p->x0[k] = p->xpt[k];
             if (p->n1[k] != N_NONE) p->e0[k] = p->xex[k];
@@ -37,7 +37,7 @@ int vornrun::vornapprox()
     else
         tell(pfeedback, "vornapprox: Cannot allocate approx");
     if (result == 0) iapprox = 0;
-    keep_first_values();
+    keep_first_values(points, npoints);
     delete papprox;
     papprox = NULL;
     return result;

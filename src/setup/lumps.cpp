@@ -36,10 +36,7 @@ struct lumpwork {
     int npoints;
     const measure *dir1; // [ndir1]
     int ndir1;
-    const station_input *sta; // [nsta] the host's
-    int nsta;
-    const target_input *tar; // [ntar]
-    int ntar;
+    hostpoints host;
 
     int nlump;              // at the start
     int nepoch;             // columns
@@ -48,7 +45,7 @@ struct lumpwork {
     int *member;            // numbers of points, lump by lump
     int *twin;              // [npoints] another member of the same name, in another lump, or -1
     nameindex *names;       // of the members
-    nameindex *host;        // of the host's stations, then targets
+    nameindex *hostnames;   // of the points of the host
     int *tab_epoch, *table; // [nlump][nepoch]
     int *nusable;           // [nlump] usable epochs of a lump that stands, else 0
     int *iref;              // [nlump] reference epoch, or why the lump cannot stand
@@ -63,7 +60,7 @@ static void release_work(lumpwork *w)
     int *const arrays[] = {w->epoch, w->start, w->member, w->twin, w->tab_epoch, w->table, w->nusable, w->iref, w->id};
     for (size_t i = 0; i < sizeof arrays / sizeof arrays[0]; i++) free(arrays[i]);
     nameindex_free(w->names);
-    nameindex_free(w->host);
+    nameindex_free(w->hostnames);
 }
 
 static int *take(long long n) { return (int *)zeroed(n, sizeof(int)); }
@@ -75,11 +72,11 @@ static bool take_arrays(lumpwork *w)
     w->member = take(w->npoints);
     w->twin = take(w->npoints);
     w->names = nameindex_make(w->npoints);
-    w->host = nameindex_make(count_of((long long)w->nsta + w->ntar));
+    w->hostnames = nameindex_make(count_of((long long)w->host.nsta + w->host.ntar));
     w->nusable = take(w->nlump);
     w->iref = take(w->nlump);
     w->id = take(w->nlump);
-    return w->epoch && w->start && w->member && w->twin && w->names && w->host && w->nusable && w->iref && w->id;
+    return w->epoch && w->start && w->member && w->twin && w->names && w->hostnames && w->nusable && w->iref && w->id;
 }
 
 static bool failed(FILE *out, const char *what)
@@ -144,8 +141,7 @@ static void list_names(lumpwork *w)
 
 static void list_host(lumpwork *w)
 {
-    for (int i = 0; i < w->nsta; i++) nameindex_add(w->host, w->sta[i].name, i);
-    for (int i = 0; i < w->ntar; i++) nameindex_add(w->host, w->tar[i].name, w->nsta + i);
+    for (int i = 0; i < w->host.nsta + w->host.ntar; i++) nameindex_add(w->hostnames, w->host.name(i), i);
 }
 
 static int *row(const lumpwork *w, int *t, int lump) { return t + (size_t)lump * (size_t)w->nepoch; }
@@ -260,8 +256,8 @@ static void dissolve(const lumpwork *w, int lump)
 // The host's index of a lump, from the record that bears the name of its first member.
 static int host_index(const lumpwork *w, int lump)
 {
-    const int i = nameindex_find(w->host, w->points[w->member[w->start[lump]]].name);
-    if (i >= 0) return i < w->nsta ? w->sta[i].ilump : w->tar[i - w->nsta].ilump;
+    const int i = nameindex_find(w->hostnames, w->points[w->member[w->start[lump]]].name);
+    if (i >= 0) return w->host.lump(i);
     fprintf(w->out, "\nlumpcheck: stange no lump insex connection\n");
     return 0;
 }
@@ -362,20 +358,20 @@ int vornrun::build_lumps(const lumpwork *w)
 }
 
 // Why there can be no lumps in this run, or null.
-const char *vornrun::lumps_refused() const
+static const char *lumps_refused(const solverinput *in)
 {
-    if (iredux != 0) return "no reduction on observations with lumps now";
-    if (dim != 3) return "treat lumps only in 3 dimensions";
-    for (int i = 0; i < ndifh; i++)
-        if (difh[i].time != 0) return "no dot treat height differrences now";
-    for (int i = 0; i < ndir1; i++)
-        if (dir1[i].time >= 2) return NULL;
+    if (in->iredux != 0) return "no reduction on observations with lumps now";
+    if (in->dim != 3) return "treat lumps only in 3 dimensions";
+    for (int i = 0; i < in->ndifh; i++)
+        if (in->difh[i].time != 0) return "no dot treat height differrences now";
+    for (int i = 0; i < in->ndir1; i++)
+        if (in->dir1[i].time >= 2) return NULL;
     return "must have at least 2 epochs";
 }
 
 int vornrun::lumpcheck()
 {
-    const char *why = lumps_refused();
+    const char *why = lumps_refused(this);
     if (why) {
         fprintf(out, "lumpcheck: %s\n", why);
         fprintf(out, "           elimate all lumps notions\n");
@@ -388,10 +384,7 @@ int vornrun::lumpcheck()
     w.npoints = npoints;
     w.dir1 = dir1;
     w.ndir1 = ndir1;
-    w.sta = psta;
-    w.nsta = npsta;
-    w.tar = ptar;
-    w.ntar = nptar;
+    w.host = hosts();
     w.nlump = nlump;
     int result = -1;
     if (prepare_work(&w)) {

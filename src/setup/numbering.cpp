@@ -42,27 +42,28 @@ void vornrun::trigapprox()
 }
 
 // Cartesian coordinates: the height of a point above the sphere.
-void vornrun::cartesian_frame()
+static void cartesian_frame(const settings *set, point *points, int n)
 {
-    for (point *p = points; p < points + npoints; p++) {
-        for (int c = 0; c < 3; c++) p->xpt[c] -= trans[c];
-        const double *x = p->xpt, d = radius + horigin + x[2];
-        p->h = (x[0] * x[0] + x[1] * x[1]) / (2 * d) + horigin + x[2];
+    for (point *p = points; p < points + n; p++) {
+        for (int c = 0; c < 3; c++) p->xpt[c] -= set->trans[c];
+        const double *x = p->xpt, d = set->radius + set->horigin + x[2];
+        p->h = (x[0] * x[0] + x[1] * x[1]) / (2 * d) + set->horigin + x[2];
     }
 }
 
 // Mixed coordinates: the given third one is a height, the working one a coordinate of the
 // plane tangent at the origin.
-void vornrun::mixed_frame()
+static void mixed_frame(const settings *set, point *points, int n)
 {
-    for (point *p = points; p < points + npoints; p++) {
+    const double *trans = set->trans;
+    for (point *p = points; p < points + n; p++) {
         double *x = p->xpt;
         x[0] -= trans[0];
         x[1] -= trans[1];
         p->h = x[2] - trans[2];
-        if (dim != 3) continue;
-        const double d = radius + p->h;
-        x[2] -= (x[0] * x[0] + x[1] * x[1]) / (2 * d) + horigin;
+        if (set->dim != 3) continue;
+        const double d = set->radius + p->h;
+        x[2] -= (x[0] * x[0] + x[1] * x[1]) / (2 * d) + set->horigin;
         x[2] -= trans[2];
     }
 }
@@ -83,14 +84,6 @@ void vornrun::count_unknowns()
             n += 7; // the transformation to that epoch
         }
     nunk2 = as_count(n);
-}
-
-void vornrun::keep_start()
-{
-    for (point *p = points; p < points + npoints; p++) {
-        for (int c = 0; c < 3; c++) p->x0[c] = p->xpt[c];
-        for (int c = 0; c < 5; c++) p->e0[c] = p->xex[c];
-    }
 }
 
 // Numbers the coordinates of one range of points from *next on.
@@ -132,12 +125,20 @@ void vornrun::number_constants(int next)
     if (next > nunk2) nunk2 = next;
 }
 
+static void keep_start(point *points, int n)
+{
+    for (point *p = points; p < points + n; p++) {
+        for (int c = 0; c < 3; c++) p->x0[c] = p->xpt[c];
+        for (int c = 0; c < 5; c++) p->e0[c] = p->xex[c];
+    }
+}
+
 void vornrun::set_prepare()
 {
-    if (iearth == 1) cartesian_frame();
-    if (iearth == 2) mixed_frame();
+    if (iearth == 1) cartesian_frame(this, points, npoints);
+    if (iearth == 2) mixed_frame(this, points, npoints);
     count_unknowns();
-    keep_start();
+    keep_start(points, npoints);
 
     int next = 0;
     number_coordinates(points + nsta, points + npoints, &next);

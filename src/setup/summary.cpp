@@ -76,8 +76,10 @@ static char rotation_state(const point *p, int i)
     return p->n1[i] == N_NONE ? 'f' : ' ';
 }
 
-void vornrun::approx2D(const point *p, int station)
+static void print_plane(const settings *set, const point *p, bool station)
 {
+    FILE *out = set->out;
+    const double *trans = set->trans;
     fprintf(out, "%s%22.6lf%c%15.6lf%c", p->name, p->xpt[0] + trans[0], coordinate_state(p, 0), p->xpt[1] + trans[1],
             coordinate_state(p, 1));
     if (station)
@@ -86,11 +88,13 @@ void vornrun::approx2D(const point *p, int station)
         fprintf(out, "\n");
 }
 
-void vornrun::approx3D(const point *p, int station)
+static void print_space(const settings *set, const point *p, bool station)
 {
-    const double *x = p->xpt;
+    FILE *out = set->out;
+    const double *x = p->xpt, *trans = set->trans;
     double x3 = x[2];
-    if (iearth == 2) x3 += (x[0] * x[0] + x[1] * x[1]) / (2 * (radius + p->h)) + horigin; // a height prints
+    if (set->iearth == 2)
+        x3 += (x[0] * x[0] + x[1] * x[1]) / (2 * (set->radius + p->h)) + set->horigin; // a height prints
     fprintf(out, "%s%22.6lf%c%15.6lf%c%15.6lf%c\n", p->name, x[0] + trans[0], coordinate_state(p, 0), x[1] + trans[1],
             coordinate_state(p, 1), x3 + trans[2], coordinate_state(p, 2));
     if (station)
@@ -104,8 +108,8 @@ void vornrun::outputapprox()
     for (int i = 0; i < npoints; i++) {
         const point *p = points + i;
         if (dim == 1) fprintf(out, "%s%22.6lf%c\n", p->name, p->xpt[2], coordinate_state(p, 2));
-        if (dim == 2) approx2D(p, i < nsta);
-        if (dim == 3) approx3D(p, i < nsta);
+        if (dim == 2) print_plane(this, p, i < nsta);
+        if (dim == 3) print_space(this, p, i < nsta);
     }
 }
 

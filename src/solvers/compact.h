@@ -51,9 +51,6 @@ private:
     void importblock();
     double heightscale();
     void datumrows();
-    void datum2D(int r0, const point *p, double dx, double dy);
-    void datum3D(int r0, const point *p, double dx, double dy, double dz);
-    void rotations(int r0, const point *p, double dx, double dy, double dz);
 
     // exchanges before a factorization
     int npair();

@@ -30,13 +30,8 @@ private:
     void releasework();
     void debugrows(const char *title, int first, int last, long long *count);
     void addimport();
-    void datumentry(int row, int col, double c);
-    void datumheights(int r0);
-    void datumplane(int r0);
-    void datumspace(int r0);
-    void datumtilts(int row, const point *p, const double d[3]);
-    void datumturn(int row, const point *p, const double d[3]);
-    void datumscale(int row, const point *p, const double d[3]);
+    void condition(int row, int col, double c);
+    void datumrows();
     void gaussj(const double *a, double *b, int n, double *x, double *ainv, double *det);
     void eliminate(double *a, double *b, int n, double *det, int *pivots, char *used);
     static double preparerow(double *a, double *b, int n, int irow, int icol);

@@ -137,13 +137,14 @@ void simplex::unknownstage(int rows, int cols)
     double wmax = 1.0;
     for (int i = 0; i < rows; i++)
         if (newpd[i] > wmax) wmax = newpd[i];
-    gcost = 0.0;
+    double sum = 0.0;
     for (int j = 0; j < cols; j++) cost[j] = 0.0;
     for (int i = 0; i < rows; i++) {
         newpd[i] /= wmax;
-        gcost -= delta[i] * newpd[i];
+        sum += delta[i] * newpd[i];
         for (int j = 0; j < cols; j++) cost[j] += a[i][j] * newpd[i];
     }
+    gcost = -sum;
     fprintf(out, "\nSimplex loop first step\n");
     stagetrace(rows, cols);
     stageend(1, exchanges(rows, cols, nunk - ndatum, NULL));

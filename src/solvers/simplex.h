@@ -58,9 +58,7 @@ private:
     void fillweights();
     void copyrow(int n1, int n2, double *row) const;
     void datumrows();
-    void datumentry(int k, int number, double value);
-    void datumplane(const point *p);
-    void datumspace(const point *p);
+    void condition(int k, int number, double value);
 
     // balancing
     int balance();

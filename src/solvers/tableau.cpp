@@ -17,6 +17,7 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "solution/trace.h"
 
 namespace vornengine {
 
@@ -92,9 +93,9 @@ static long long rowsof(int n) { return n > 0 ? n : 0; }
 int simplex::prepare()
 {
     if (idebug) {
-        tracemeasures("distances\n", dist, ndist);
-        tracemeasures("height differences\n", difh, ndifh);
-        tracedirections();
+        trace_measures(out, "distances\n", dist, ndist);
+        trace_measures(out, "height differences\n", difh, ndifh);
+        trace_directions(this);
     }
     const int nparam = nunk;
     if (nlump > 0) dropconstants();

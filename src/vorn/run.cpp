@@ -1,11 +1,8 @@
-// The run driver: what a run copies from the project, the order of its set-up, and
-// the entries of the three solvers.
+// The run driver: the order of the set-up, and the entries of the three solvers.
 
 #include "vorn/run.h"
 
-#include <math.h>
 #include <stdlib.h>
-#include <string.h>
 
 #include <new>
 
@@ -16,95 +13,13 @@
 #include "solvers/jordan.h"
 #include "solvers/simplex.h"
 #include "vorn/message.h"
-#include "loading/names.h"
 
 namespace vornengine {
 
-// A negative count of the host counts for none.
-static int records(int n) { return n > 0 ? n : 0; }
-
 vornrun::vornrun(project *p)
+    : solverinput(p), papprox(NULL), psimplex(NULL), pcompact(NULL), pjordan(NULL), iapprox(0), nstat100(0), ia1(),
+      pointindex(NULL), hostindex(NULL), begun(false), ready(false)
 {
-    pproject = p;
-    papprox = NULL;
-    psimplex = NULL;
-    pcompact = NULL;
-    pjordan = NULL;
-    pfeedback = p->pfeedback;
-    char *const end = p->filename + sizeof p->filename - 1;
-    if (!memchr(p->filename, '\0', sizeof p->filename)) *end = '\0'; // a name that fills its field is cut
-    pname = p->filename;
-    out = p->out;
-    idebug = p->idebug;
-    dim = p->dim;
-    irun = p->irun;
-
-    iearth = p->iearth;
-    radius = p->radius;
-    for (int i = 0; i < 3; i++) trans[i] = p->trans[i];
-    horigin = p->horigin;
-    latitude = p->latitude;
-    itmax = p->itmax;
-    convergence = p->convergence;
-    iredux = p->iredux;
-    iunit = p->iunit;
-
-    nlump = 0;
-    lumps = NULL;
-    icon = 0;
-    nexport = nimport = 0;
-    lcon = NULL;
-    Qcon = NULL;
-
-    psta = p->stations;
-    npsta = records(p->nstations);
-    ptar = p->targets;
-    nptar = records(p->ntargets);
-    pdist = p->distances;
-    npdist = records(p->ndistances);
-    pdifh = p->heightdiffs;
-    npdifh = records(p->nheightdiffs);
-    pdir1 = p->directions;
-    npdir1 = records(p->ndirections);
-    pdir2 = p->verticals;
-    npdir2 = records(p->nverticals);
-    sdist = p->sdist;
-    sdifh = p->sdifh;
-    sdir1 = p->sdir1;
-    sdir2 = p->sdir2;
-    suv = p->suv;
-    saz = p->saz;
-    sgps = p->sgps;
-
-    pi = 4 * atan(1.0);
-    iapprox = 0;
-    points = NULL;
-    nsta = ntar = npoints = 0;
-    dist = difh = dir1 = dir2 = NULL;
-    ndist = ndifh = ndir1 = ndir2 = 0;
-    nweighted = 0;
-    nfixh = 0;
-    sigma0 = 0.0;
-    nobsuv = 0;
-    obsuv1 = obsuv2 = NULL;
-    az = NULL;
-    naz = 0;
-    gps = NULL;
-    ngps = 0;
-    ncamera = 0;
-    cameras = NULL;
-    nstat100 = 0;
-    for (int i = 0; i < 9; i++) ia1[i] = 0;
-
-    latitude *= pi / 180;
-    ndatum = 0;
-    nunk1 = nunk2 = nunk = 0;
-    for (int i = 0; i < 7; i++) datum[i] = 0.0;
-    temp_res = NULL;
-    pointindex = NULL;
-    hostindex = NULL;
-    begun = ready = false;
-    sidefiles = NULL;
 }
 
 vornrun::~vornrun()
@@ -145,7 +60,7 @@ int vornrun::vornstart()
         return -3;
     }
 
-    if (irun == -2 || pproject->iphoto != 0) {
+    if (irun == -2 || iphoto != 0) {
         if (iapprox != 0) {
             fprintf(out, "\nvornstart: for error propagation, need coordinates\n");
             return -5;
@@ -160,57 +75,6 @@ int vornrun::vornstart()
     outputapprox();
     ready = true;
     return 0;
-}
-
-void vornrun::handover(solverinput *in)
-{
-    in->pproject = pproject;
-    in->points = points;
-    in->dist = dist;
-    in->difh = difh;
-    in->dir1 = dir1;
-    in->dir2 = dir2;
-    in->nsta = nsta;
-    in->ntar = ntar;
-    in->ndist = ndist;
-    in->ndifh = ndifh;
-    in->ndir1 = ndir1;
-    in->ndir2 = ndir2;
-    in->nweighted = nweighted;
-    in->nfixh = nfixh;
-    in->sdist = sdist;
-    in->sdifh = sdifh;
-    in->sdir1 = sdir1;
-    in->sdir2 = sdir2;
-    in->sigma0 = sigma0;
-    in->ia1 = ia1;
-    in->iredux = iredux;
-    in->nunk1 = nunk1;
-    in->nunk2 = nunk2;
-    in->ndatum = ndatum;
-    in->nunk = nunk;
-    in->datum = datum;
-    in->nlump = nlump;
-    in->lumps = lumps;
-    in->icon = icon;
-    in->nexport = nexport;
-    in->nimport = nimport;
-    in->lcon = lcon;
-    in->Qcon = Qcon;
-    in->naz = naz;
-    in->az = az;
-    in->saz = saz;
-    in->ngps = ngps;
-    in->gps = gps;
-    in->sgps = sgps;
-    in->nobsuv = nobsuv;
-    in->obsuv1 = obsuv1;
-    in->obsuv2 = obsuv2;
-    in->suv = suv;
-    in->ncamera = ncamera;
-    in->cameras = cameras;
-    in->temp_res = temp_res;
-    in->sidefiles = sidefiles;
 }
 
 // The record that the statistics fill; a run of error propagation has none.
@@ -243,9 +107,7 @@ int vornrun::vornL2()
     const decimal_point held;
     if (!ready) return not_ready(pfeedback, "vornL2");
     if (!take_temp_res("vornL2+")) return -1;
-    solverinput in;
-    handover(&in);
-    pcompact = new (std::nothrow) compact(in);
+    pcompact = new (std::nothrow) compact(*this);
     if (!pcompact) return no_solver(pfeedback, "vornL2");
 
     int result = pcompact->iterate();
@@ -261,9 +123,7 @@ int vornrun::vornjordan()
     const decimal_point held;
     if (!ready) return not_ready(pfeedback, "vornjordan");
     if (!take_temp_res("vornjordan")) return -1;
-    solverinput in;
-    handover(&in);
-    pjordan = new (std::nothrow) jordan(in);
+    pjordan = new (std::nothrow) jordan(*this);
     if (!pjordan) return no_solver(pfeedback, "vornjordan");
 
     int result = pjordan->iterate();
@@ -279,9 +139,7 @@ int vornrun::vornL1()
 {
     const decimal_point held;
     if (!ready) return not_ready(pfeedback, "vornL1");
-    solverinput in;
-    handover(&in);
-    psimplex = new (std::nothrow) simplex(in);
+    psimplex = new (std::nothrow) simplex(*this);
     if (!psimplex) return no_solver(pfeedback, "vornL1");
 
     const int result = psimplex->iterate();

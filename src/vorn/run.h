@@ -1,14 +1,14 @@
 // The state of one run and its steps: what stands behind class vorn.
 //
-// Settings are copied from the project once, by the constructor. Each step is a member;
-// the rooms hold them by task: loading, setup, the solver entries here, results.
+// Settings and network are its bases. Each step is a member; the rooms hold them by task:
+// loading, setup, the solver entries here, results.
 
 #ifndef VORN_RUN_H
 #define VORN_RUN_H
 
 #include <stdio.h>
 
-#include "vorn/records.h"
+#include "vorn/settings.h"
 #include "vorn/vorn.h"
 
 namespace vornengine {
@@ -28,7 +28,7 @@ class simplex;
 class compact;
 class jordan;
 
-class vornrun {
+class vornrun : public solverinput {
 public:
     explicit vornrun(project *p);
     ~vornrun();
@@ -42,9 +42,9 @@ public:
     int vornL1();
 
 private:
-    friend struct vorn_access;   // white-box tests
-    friend struct unknown_walk;  // vorn/unknowns.cpp
-    friend struct side_files;    // vorn/sidefiles.h
+    friend struct vorn_access;  // white-box tests
+    friend struct unknown_walk; // vorn/unknowns.cpp
+    friend struct side_files;   // vorn/sidefiles.h
 
     // loading
     int fill_vorn();
@@ -70,10 +70,8 @@ private:
 
     // steps of the loading
     int load_network(lumptables *t);
-    long long npoint_input() const;
     void give_up_lumps(const char *why);
     void count_observations(lumptables *t);
-    double unit_sigma() const;
     void split_points(lumptables *t);
     void count_constants();
     int load_observations(const lumptables *t);
@@ -82,23 +80,15 @@ private:
     int verif3D();
     void check_list(int kind);
     int allocate_lists();
-    measure_input *hostlist(int kind, int *n) const;
-    int *listcount(int kind);
-    measure *measurelist(int kind) const;
-    int hoststatus(int ihost) const;
     bool usable(int kind, const measure_input *m);
     bool count_lump(lumpcount *c, const char *field, int *ilump);
-    void enter_rows(int which, int **isplit, int nrow);
-    double lengthfactor() const;
     void fill_stations(pointwalk *w, const membership *groups);
     void fill_targets(pointwalk *w);
     void fill_coordinates(point *p, const double x[3], const double sx[3], const int ix[3], int status);
     void fill_orientations(point *p, const station_input *s);
     void fill_groups(point *p, int ihost, const membership *groups);
     void fill_constants(point *p, int igroup);
-    void hold_height(point *p, const int ix[3]);
     void place_point(pointwalk *w, int kind, int ihost, int ilump, int iconn);
-    void lone_fixed_height();
     int fill_list(int kind, const splitrows *sta, const splitrows *tar);
     int find_ends(const measure_input *m, int ihost, const splitrows *sta, const splitrows *tar, int *ip1, int *ip2);
     int fill_value(const measure_input *m, double val[2]);
@@ -108,14 +98,12 @@ private:
     // images
     int count_lines(const image_input *im);
     int fill_cameras();
-    int search_camera(const char *name) const;
     int fill_image(const image_input *im, int icam, point *station, int *k);
 
     // set-up
     void trigapprox();
     void summary();
     int lumpcheck();
-    const char *lumps_refused() const;
     int build_lumps(const lumpwork *w);
     int datumcheck();
     int datum1D();
@@ -132,23 +120,16 @@ private:
     int mixed_datum();
     int enough_observations();
     int vornapprox();
-    void keep_first_values();
     void set_prepare();
-    void cartesian_frame();
-    void mixed_frame();
     void count_unknowns();
-    void keep_start();
     void number_constants(int next);
     int set_connect();
     void summary2();
     void outputapprox();
-    void approx2D(const point *p, int station);
-    void approx3D(const point *p, int station);
     void showpoints();
     void showmeasures();
 
     // end of a run
-    void handover(solverinput *in); // everything a solver works on
     bool take_temp_res(const char *entry);
     void clean();
     void drop_lumps();
@@ -185,76 +166,17 @@ private:
     void backsol(int ilump, int iepoch, double r[3][3], int ipoint);
     void flagdecode(int flag, int *a, int *b, int *c, int *d, int *e);
 
-    project *pproject; // the host object
     approx *papprox;   // alive only inside vornapprox
     simplex *psimplex; // alive only inside vornL1
     compact *pcompact; // alive only inside vornL2
     jordan *pjordan;   // alive only inside vornjordan
-    Feedback *pfeedback;
-    char *pname; // the run's file name inside the project, not a copy
-    FILE *out;   // report stream, the host's
-    int idebug;
-    int dim;         // 1, 2, 3
-    int irun;        // -2 error propagation, -1 L1, 0 solution, 1 statistics
-    int iearth;      // 0 none, 1 cartesian, 2 mixed coordinates
-    double radius;   // metres
-    double trans[3]; // metres
-    double horigin;  // metres
-    double latitude; // radians
-    int itmax;
-    double convergence; // metres
-    int iredux;         // reduction code of distances
-    int iunit;          // unit code of lengths
-    int nlump;          // distinct lump indexes, later the lumps that stand
-    lump *lumps;        // [nlump]
-    int ncamera;
-    camera *cameras;      // [ncamera]
-    int icon;             // connected net: 0 none, 1 export, 2 import, 3 both
-    int nexport, nimport; // exported and imported points
-    int *lcon;            // [max(nexport, nimport)] index table of the connected net
-    double *Qcon;         // packed matrix of the connected net
-    station_input *psta;  // host records
-    int npsta;
-    target_input *ptar;
-    int nptar;
-    measure_input *pdist;
-    int npdist;
-    measure_input *pdifh;
-    int npdifh;
-    measure_input *pdir1;
-    int npdir1;
-    measure_input *pdir2;
-    int npdir2;
-    double pi;
-    int iapprox;   // 0 nothing to compute, 1 asked by the user, 9 values missing
-    point *points; // [npoints] stations first, then targets
-    int nsta, ntar, npoints;
-    measure *dist, *difh, *dir1, *dir2;
-    int ndist, ndifh, ndir1, ndir2;
-    int nweighted;                     // coordinates and parameters with an a-priori weight
-    int nfixh;                         // fixed heights in mixed coordinates
-    double sdist, sdifh, sdir1, sdir2; // a-priori standard deviations of the lists
-    double sigma0;                     // a-priori standard deviation of unit weight
-    measure *obsuv1, *obsuv2;          // [nobsuv] image coordinates u and v
-    int nobsuv;
-    double suv;
-    measure *az;
-    int naz;
-    double saz;
-    gpsbase *gps;
-    int ngps;
-    double sgps;
-    int nstat100;                   // selected targets with a status above 100
-    int ia1[9];                     // counts of fixed items
-    int nunk1, nunk2, ndatum, nunk; // coordinates, nuisance parameters, datum conditions, order
-    double datum[7];                // entries of the conditions in force are set to 0
-    tempresult *temp_res;
+    int iapprox;       // 0 nothing to compute, 1 asked by the user, 9 values missing
+    int nstat100;      // selected targets with a status above 100
+    int ia1[9];        // counts of fixed items
 
     nameindex *pointindex; // names of points, made by the first vornsearch
     nameindex *hostindex;  // names of host stations and targets, made by the first searchnam
     bool begun, ready;     // vornstart was called; it returned 0
-
-    side_files *sidefiles; // the host's record of lost files, or null
 };
 
 // The way from the object of the host to its state.

@@ -30,10 +30,12 @@ void copy_points(const Model &m, Rows &s)
     }
 }
 
-// The unknown of the model with a number of the engine: coordinates by point, then six parameters a station.
+// The unknown of the model with a number of the engine: coordinates by point, then six parameters a station, then a
+// motion.
 int unknown_of(const Model &m, int n1, int number)
 {
     if (number < n1) return number;
+    if (number >= n1 + 18) return m.motions[0].first + number - n1 - 18;
     const int station = (number - n1) / 6, k = (number - n1) % 6;
     if (k < 3) return m.setups[station].first + k;
     return k == 5 ? -1 : m.constants[0].first + k - 3;
@@ -172,9 +174,8 @@ TEST(Witness, DirectionsOnAVeryLargeSphereWithHeights)
     s.number_all(3);
     S(s, radius) = 1e15;
     S(s, norm_dir1)();
-    // heights do not turn a direction on parallel verticals; rows of tilts, which are held at 0, count them here alone
+    // heights do not turn a direction on parallel verticals; the derivatives by tilts count them here alone
     ASSERT_EQ(s.rows.size(), m.observations.size());
-    for (auto &setup : m.setups) m.code[setup.first] = m.code[setup.first + 1] = Code::absent;
     for (size_t i = 0; i < s.rows.size(); i++) {
         Observation o = m.observations[i];
         Linear raised, marks;
@@ -294,5 +295,34 @@ TEST(Witness, ImagesWithoutDistortion)
         for (int k = 0; k < 9; k++)
             EXPECT_NEAR(linear.slope[c][k], wanted[seen[k]], 1e-12 * 1e4) << k; // pixels a radian
         EXPECT_NEAR(o.value[c] - linear.value[c], s.rows[i].b, 1e-12 * 1e4);
+    }
+}
+
+TEST(Witness, SightsToAMovedGroup)
+{
+    for (Kind kind : {Kind::slope_distance, Kind::direction, Kind::vertical_angle}) {
+        Model m = plain(12, Space::space);
+        for (auto &setup : m.setups) setup.levelled = false;
+        Rows s(3);
+        copy_points(m, s);
+        s.points[3].ilump = s.points[4].ilump = 1;
+        double parameter[7];
+        int first = 18, epoch = 2; // behind six parameters of each station
+        for (int k = 0; k < 7; k++) parameter[k] = m.value[m.motions[0].first + k];
+        lump l = lump();
+        l.nepoch = 2, l.iref = 1, l.iunk = &first, l.epoch = &epoch;
+        l.tx = parameter, l.ty = parameter + 1, l.tz = parameter + 2;
+        l.rx = parameter + 3, l.ry = parameter + 4, l.rz = parameter + 5, l.scale = parameter + 6;
+        s.lumps.push_back(l);
+        std::vector<measure> &list = kind == Kind::slope_distance ? s.dist : kind == Kind::direction ? s.dir1 : s.dir2;
+        observe_all(m, s, kind, list, 0, 0);
+        for (auto &record : list) record.time = 2;
+        for (Observation &o : m.observations) o.motion_to = o.to >= 3 ? 0 : -1;
+        s.number_all(3);
+        S(s, nunk2) = 25;
+        if (kind == Kind::slope_distance) S(s, norm_dist)();
+        if (kind == Kind::direction) S(s, norm_dir1)();
+        if (kind == Kind::vertical_angle) S(s, norm_dir2)();
+        expect_same_rows(m, s);
     }
 }

@@ -280,6 +280,23 @@ TEST(ConnectFile, ThatIsMissingTurnsTheModeOff)
     EXPECT_EQ("", net.n.report());
 }
 
+// A run that also exports loses its export.
+TEST(ConnectFile, ThatFailsTurnsTheExportOffAsWell)
+{
+    for (const char *path : {"/nowhere/at/all.con", ""}) {
+        Net net(2);
+        V(net.run, nexport) = 2;
+        load_two(&net);
+        ASSERT_EQ(3, V(net.run, icon));
+        if (path[0])
+            strcpy(net.n.p.confile, path);
+        else
+            net.write("File: old.con for 2 connections in dimension 3\n");
+        V(net.run, fill_connect)();
+        EXPECT_EQ(0, V(net.run, icon)) << path;
+    }
+}
+
 TEST(ConnectFile, OfAnotherDimensionIsRefusedAndChangesNoPoint)
 {
     Net net(2);
@@ -296,6 +313,9 @@ TEST(ConnectFile, WithAForeignHeadIsRefused)
                            "File: old.con for 3 connections in dimension 2\n",
                            "File: old name.con for 2 connections in dimension 2\n",
                            "File: old.con for 2\n",
+                           "File: old.con for 2 connections in dimension\n",
+                           "File: old.con for 2 connections in dimension two\n",
+                           "File: old.con for two connections in dimension 2\n",
                            "File: old.con for 99999999999999999999 connections in dimension 2\n"};
     for (const char *head : heads) {
         Net net(2);
@@ -489,6 +509,16 @@ TEST(ConnectUnknowns, OfBadPointsOnlyTurnTheModeOff)
               "set_connect: B        cannot be used in connected net\n"
               "set_connect: put back icon to 0 because no connection\n",
               net.n.report());
+}
+
+TEST(ConnectUnknowns, OfBadPointsOnlyTurnTheExportOffAsWell)
+{
+    Net net(2);
+    V(net.run, nexport) = 2;
+    load_two(&net);
+    ASSERT_EQ(3, V(net.run, icon));
+    EXPECT_EQ(0, V(net.run, set_connect)());
+    EXPECT_EQ(0, V(net.run, icon));
 }
 
 TEST(ConnectUnknowns, NeedATable)

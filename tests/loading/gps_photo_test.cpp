@@ -310,6 +310,21 @@ TEST(Cameras, WithSevenAbsentCodesUseThreeParameters)
     }
 }
 
+TEST(Cameras, CountHeldAndWeightedParametersAmongTheUsed)
+{
+    for (int code : {4, 3, -2})
+        for (int nabsent : {6, 7}) {
+            Photo s;
+            camera_input &c = s.camera_with("one");
+            for (int p = 10 - nabsent; p < 10; p++) c.ip[p] = -1;
+            c.ip[0] = code;
+            s.ready();
+            s.count();
+            EXPECT_EQ(0, s.fill());
+            EXPECT_EQ(nabsent == 7 ? 3 : 10, s.cams[0].npar) << code;
+        }
+}
+
 TEST(Cameras, BeyondTheirCountStopTheLoading)
 {
     Photo s;

@@ -215,6 +215,34 @@ TEST(FillVorn, GivesTheCodeOfImages)
     remove(path.c_str());
 }
 
+TEST(FillVorn, TakesBaselinesBeforeImages)
+{
+    const std::string path = testing::TempDir() + "load_test_order.txt";
+    FILE *f = fopen(path.c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    for (int i = 0; i < 4; i++) fprintf(f, "P%d      1.0 2.0\n", i);
+    fclose(f);
+    Network n(3);
+    n.p.iphoto = n.p.igps = 1;
+    n.station("S", 0, 0);
+    for (const char *name : {"P0      ", "P1      ", "P2      ", "P3      "}) n.target(name, 0, 0);
+    n.distance("S", "P0      ", 1, 1);
+    image_input im = image_input();
+    im.status = 1;
+    strncpy(im.file, path.c_str(), sizeof im.file - 1);
+    strcpy(im.station, "S");
+    strcpy(im.camera, "none"); // the images fail
+    n.images.push_back(im);
+    gps_input g = gps_input();
+    g.status = 1;
+    strcpy(g.from, "S");
+    strcpy(g.to, "P0      "); // a covariance of zeros: the baselines fail
+    n.baselines.push_back(g);
+    vorn run(n.ready());
+    EXPECT_EQ((V(run, fill_vorn)()), -10);
+    remove(path.c_str());
+}
+
 TEST(FillVorn, PassesWithBaselinesAlone)
 {
     Network n(3);

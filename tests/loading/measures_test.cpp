@@ -219,6 +219,7 @@ TEST(FillMeasure, FailsOnAnglesThatTheHostCannotRead)
     load(run, 1, 2);
     EXPECT_EQ(fill(run, 4), -4);
     EXPECT_EQ(n.report(), "fill_measure: horizontal directions..\n");
+    for (int i = 0; i < 2; i++) EXPECT_EQ(V(run, points)[i].ntie, 1); // counted before the value is read
     EXPECT_EQ(fill(run, 7), -4);
     EXPECT_EQ(fill(run, 5), -5);
     EXPECT_EQ(n.report(), "fill_measure: horizontal directions..\nfill_measure: azimuth angles..\n"

@@ -18,12 +18,12 @@ TEST(SplitRows, ChainsTheRowsOfANameInOrder)
     int cells[5] = {2, 1, 0, 1, 2}; // A B A B A
     int *rows[5] = {cells, cells + 1, cells + 2, cells + 3, cells + 4};
     for (int failing = 0; failing <= 4; failing++) { // the same without memory
-        splitrows s = {NULL, host, 5, 0, rows, NULL, NULL};
+        splitrows s = {{NULL, 0, host, 3}, 5, 0, rows, {}};
         fail_allocation(failing);
         chain_rows(&s);
         fail_allocation(0);
-        EXPECT_EQ(s.index == NULL, failing != 0);
-        EXPECT_EQ(s.index == NULL, s.next == NULL);
+        EXPECT_EQ(s.chain.index == NULL, failing != 0);
+        EXPECT_EQ(s.chain.index == NULL, s.chain.next == NULL);
         EXPECT_STREQ(row_name(&s, 1), "B");
         EXPECT_EQ(next_row(&s, "A", -1), 0);
         EXPECT_EQ(next_row(&s, "A", 0), 2);
@@ -40,7 +40,7 @@ TEST(SplitRows, ChainsTheRowsOfANameInOrder)
 
 TEST(SplitRows, HasNoRowsToFindWhenEmpty)
 {
-    splitrows s = {NULL, NULL, 0, 0, NULL, NULL, NULL};
+    splitrows s = {{}, 0, 0, NULL, {}};
     chain_rows(&s);
     EXPECT_EQ(next_row(&s, "A", -1), -1);
     unchain_rows(&s);

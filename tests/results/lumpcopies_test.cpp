@@ -70,10 +70,7 @@ public:
         w.nsta = (int)stations.size();
         w.dir1 = dir1.data();
         w.ndir1 = (int)dir1.size();
-        w.sta = net.p.stations;
-        w.nhoststa = net.p.nstations;
-        w.tar = net.p.targets;
-        w.nhosttar = net.p.ntargets;
+        w.host = {net.p.stations, net.p.nstations, net.p.targets, net.p.ntargets};
         w.directions = net.p.directions;
         w.ndirections = net.p.ndirections;
         return copies_make(&w);

@@ -159,15 +159,26 @@ TEST(ResultStatistics, StayZeroWithoutObservations)
     EXPECT_NE(h.r().sres, nullptr);
 }
 
-TEST(ResultStatistics, StayZeroInARunThatNeverReachedASolver)
+// What stands before a run has been made is there: the a-priori values.
+TEST(ResultStatistics, AreTheAprioriOnesInARunThatNeverReachedASolver)
 {
     for (int irun = 0; irun <= 1; irun++) {
         Handed h(3, 1, 1);
         h.observe(1, 1, 1, 1);
         V(h.run, irun) = irun; // temp_res is null
+        V(h.run, sigma0) = 2.5;
+        double *const apriori[] = {&V(h.run, sdist), &V(h.run, sdifh), &V(h.run, sdir1), &V(h.run, sdir2),
+                                   &V(h.run, saz)};
+        for (int i = 0; i < 5; i++) *apriori[i] = 1.5 + i;
         ASSERT_EQ(h.hand_back(), 0);
-        expect_overall(h.r(), 0, 0.0, 0.0, 0);
-        expect_no_kinds(h.r());
+        expect_overall(h.r(), 0, 2.5, 0.0, 0);
+        const std::vector<kindview> kinds = kinds_of(h.r());
+        for (int i = 0; i < 5; i++) {
+            EXPECT_EQ(kinds[i].s, irun == 1 ? 1.5 + i : 0.0);
+            EXPECT_EQ(kinds[i].sp, 0.0);
+            for (int n : {kinds[i].ichi, kinds[i].nnorm, kinds[i].nnormb, kinds[i].ntau, kinds[i].ntaub})
+                EXPECT_EQ(n, 0);
+        }
     }
 }
 

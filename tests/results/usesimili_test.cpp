@@ -519,7 +519,9 @@ TEST_F(UseSimili, TracesItsStepsOnRequest)
     Split s({5, 7});
     s.net.p.idebug = 1;
     s.lump_of(3, "ABC");
-    ASSERT_EQ(s.use(), 0);
+    s.load();
+    s.find("B", 1)->xpt[1] = 3.25; // at epoch 7
+    ASSERT_EQ(s.use_again(1), 0);
     const std::string report = s.net.report(), wanted = "\nlump 3 has 3 points\n"
                                                         "A     1    2  \n"
                                                         "B     3    4  \n"
@@ -530,6 +532,9 @@ TEST_F(UseSimili, TracesItsStepsOnRequest)
                                                         "C       15.000000       9.000000       2.000000\n"
                                                         "\n"
                                                         "epoch 7 (3) versus 5 (3)\n"
+                                                        "A       13.000000       2.000000       1.000000\n"
+                                                        "B       17.000000       3.250000       0.000000\n"
+                                                        "C       15.000000       9.000000       2.000000\n"
                                                         "usesimili: startsimili returns 0\n"
                                                         "usesimili: runsimili returns 0\n"
                                                         "Between epochs 7 and 5\n";
@@ -573,6 +578,25 @@ TEST_F(UseSimili, PassesOverAnEpochWithFewerThanThreePointsOfTheReference)
     EXPECT_EQ(s.record(0).epoch[0], 3);
     EXPECT_EQ(s.find("D")->xpt[0], 17.0);
     EXPECT_TRUE(s.lines().empty());
+}
+
+// The copies of an epoch whose comparison fails are not moved, but they are copies of the point.
+TEST_F(UseSimili, AveragesTheCopiesOfAnEpochThatCouldNotBeComparedAsWell)
+{
+    Split s({1, 2, 3});
+    s.motions[2].t[0] = 0.3;
+    for (const char *name : {"A", "B", "C"}) {
+        const double *x = Split::grid((size_t)(*name - 'A'));
+        s.target(name, 1, x[0], x[1], x[2], *name == 'C' ? Ints{1, 3} : Ints{1, 2, 3});
+    }
+    s.target("D", 1, 17, 8, 5, {2}); // epoch 2 shows three points, but only two of the reference
+    ASSERT_EQ(s.use(), 0);
+    ASSERT_EQ(s.record(0).nepoch, 2);
+    for (const char *name : {"A", "B"})
+        for (int copy = 0; copy < 3; copy++)
+            EXPECT_NEAR(s.find(name, copy)->xpt[0], Split::grid((size_t)(*name - 'A'))[0] + 0.3 / 3, 1e-6);
+    EXPECT_NEAR(s.find("C")->xpt[0], Split::grid(2)[0], 1e-6);
+    EXPECT_NEAR(s.find("D")->xpt[0], 17.3, 1e-9);
 }
 
 TEST_F(UseSimili, ReportsALumpWithoutUsableEpoch)
@@ -626,7 +650,7 @@ TEST_F(UseSimili, KnowsNoLumpsOfAStoppedRun)
     V(run, npoints) = V(run, ndir1) = 0;
 }
 
-// The second direction cannot be read; it and the one behind it have no points.
+// The second direction cannot be read; the one behind it has no points.
 TEST_F(UseSimili, KnowsTheDirectionsOfARunThatStoppedAmongThem)
 {
     Network n(3);
@@ -639,8 +663,8 @@ TEST_F(UseSimili, KnowsTheDirectionsOfARunThatStoppedAmongThem)
     vorn run(n.ready());
     EXPECT_EQ(run.vornstart(), -1);
     ASSERT_NE(V(run, dir1), nullptr);
-    EXPECT_NE(V(run, dir1)[0].p1, nullptr);
-    EXPECT_EQ(V(run, dir1)[1].p1, nullptr);
+    EXPECT_NE(V(run, dir1)[1].p1, nullptr);
+    EXPECT_EQ(V(run, dir1)[2].p1, nullptr);
     EXPECT_EQ((V(run, usesimili)(1)), 0);
     EXPECT_EQ(V(run, nlump), 1);
 }

@@ -116,6 +116,15 @@ TEST(Datum1D, IsWeightedWhenEveryPointIs)
     EXPECT_EQ(n.text(), "\ndatumcheck: Weighted network..\n");
 }
 
+TEST(Datum1D, StillLooksAtTheObservationsOfWeightedNetworks)
+{
+    Loaded n(1, 0, 3);
+    V(n.run, nweighted) = 3;
+    n.at(2).ntie = 0;
+    EXPECT_EQ(n.check(), -7);
+    EXPECT_EQ(n.text(), "\ndatumcheck: Not enough observations for P2\n");
+}
+
 TEST(Datum1D, IsFreeWhenAPointIsNotWeighted)
 {
     Loaded n(1, 0, 3);

@@ -49,7 +49,6 @@ struct vorn_access {
     static constexpr auto outputapprox = &vornrun::outputapprox;
     static constexpr auto showpoints = &vornrun::showpoints;
     static constexpr auto showmeasures = &vornrun::showmeasures;
-    static constexpr auto handover = &vornrun::handover;
     static constexpr auto take_temp_res = &vornrun::take_temp_res;
     static constexpr auto clean = &vornrun::clean;
     static constexpr auto backtoproject = &vornrun::backtoproject;
@@ -85,6 +84,7 @@ struct vorn_access {
     static constexpr auto convergence = &vornrun::convergence;
     static constexpr auto iredux = &vornrun::iredux;
     static constexpr auto iunit = &vornrun::iunit;
+    static constexpr auto iphoto = &vornrun::iphoto;
     static constexpr auto nlump = &vornrun::nlump;
     static constexpr auto lumps = &vornrun::lumps;
     static constexpr auto ncamera = &vornrun::ncamera;
@@ -304,6 +304,8 @@ struct solution_access {
     static constexpr auto cameras = &solution::cameras;
     static constexpr auto temp_res = &solution::temp_res;
     static constexpr auto sidefiles = &solution::sidefiles;
+    static constexpr auto ptar = &solution::ptar;
+    static constexpr auto nptar = &solution::nptar;
 };
 
 #define S(object, member) ((object).*solution_access::member)
@@ -336,59 +338,7 @@ struct compact_access {
 #define C(object, member) ((object).*compact_access::member)
 
 struct approx_access {
-    static constexpr auto compute = &approx::compute;
-    static constexpr auto datum_approx = &approx::datum_approx;
-    static constexpr auto istotal = &approx::istotal;
-    static constexpr auto spread = &approx::spread;
-    static constexpr auto start_spread = &approx::start_spread;
-    static constexpr auto height_spread = &approx::height_spread;
-    static constexpr auto resec = &approx::resec;
-    static constexpr auto resec3 = &approx::resec3;
-    static constexpr auto intersect = &approx::intersect;
-    static constexpr auto start_resec = &approx::start_resec;
-    static constexpr auto colli_spread = &approx::colli_spread;
-    static constexpr auto buildtabpair = &approx::buildtabpair;
-    static constexpr auto colli_base = &approx::colli_base;
-    static constexpr auto scale_by_bar = &approx::scale_by_bar;
-    static constexpr auto spread_step = &approx::spread_step;
-    static constexpr auto transformations = &approx::transformations;
-    static constexpr auto t2pt = &approx::t2pt;
-    static constexpr auto t1pt = &approx::t1pt;
-    static constexpr auto guess_spread = &approx::guess_spread;
-    static constexpr auto guess_o1o2 = &approx::guess_o1o2;
-    static constexpr auto guess_check = &approx::guess_check;
-    static constexpr auto guess_approx = &approx::guess_approx;
-    static constexpr auto guess_resid = &approx::guess_resid;
-    static constexpr auto guess_solve = &approx::guess_solve;
-    static constexpr auto guess_normal = &approx::guess_normal;
-    static constexpr auto patch_spread = &approx::patch_spread;
-    static constexpr auto take_lists = &approx::take_lists;
-    static constexpr auto drop_lists = &approx::drop_lists;
-    static constexpr auto fill_table = &approx::fill_table;
-    static constexpr auto number = &approx::number;
-    static constexpr auto pproject = &approx::pproject;
-    static constexpr auto out = &approx::out;
-    static constexpr auto pi = &approx::pi;
-    static constexpr auto idebug = &approx::idebug;
-    static constexpr auto dim = &approx::dim;
-    static constexpr auto points = &approx::points;
-    static constexpr auto nsta = &approx::nsta;
-    static constexpr auto ntar = &approx::ntar;
-    static constexpr auto npoints = &approx::npoints;
-    static constexpr auto dist = &approx::dist;
-    static constexpr auto dir1 = &approx::dir1;
-    static constexpr auto dir2 = &approx::dir2;
-    static constexpr auto ndist = &approx::ndist;
-    static constexpr auto ndir1 = &approx::ndir1;
-    static constexpr auto ndir2 = &approx::ndir2;
-    static constexpr auto ia1 = &approx::ia1;
-    static constexpr auto nunk1 = &approx::nunk1;
-    static constexpr auto nunk2 = &approx::nunk2;
-    static constexpr auto nunk = &approx::nunk;
-    static constexpr auto shots = &approx::shots;
-    static constexpr auto seen = &approx::seen;
-    static constexpr auto seenby = &approx::seenby;
-    static constexpr auto lengths = &approx::lengths;
+    static constexpr auto net = &approx::net;
 };
 
 #define X(object, member) ((object).*approx_access::member)
