@@ -72,6 +72,16 @@ void scatter(const int *seen, const double *slope, int n, const int *columns, in
     }
 }
 
+// Whether an observation has an unknown in its row but never answers to it: a vertical angle to the orientation of an
+// instrument that is held upright.
+bool is_blind(const Model &model, const Observation &o, int unknown)
+{
+    if (o.kind != Kind::vertical_angle) return false;
+    const int first = model.setups[o.setup].first;
+    const auto upright = [&](int tilt) { return !model.estimated(tilt) && model.value[tilt] == 0.0; };
+    return unknown == first + 2 && model.setups[o.setup].levelled && upright(first) && upright(first + 1);
+}
+
 } // namespace
 
 int Equations::usable_rows() const { return (int)std::count(usable.begin(), usable.end(), 1); }
@@ -117,7 +127,10 @@ void fill(const Model &model, Derivatives derivatives, Equations *e)
 Columns columns(const Model &model, const Equations &equations)
 {
     std::vector<char> stands(model.value.size(), 0);
-    for (int u : equations.column) stands[u] = 1;
+    for (int r = 0; r < equations.rows(); r++)
+        for (std::size_t k = equations.begin[r]; k < equations.begin[r + 1]; k++)
+            if (!is_blind(model, model.observations[equations.observation[r]], equations.column[k]))
+                stands[equations.column[k]] = 1;
     Columns c;
     c.of.assign(model.value.size(), -1);
     for (int u = 0; u < model.n_unknowns(); u++) {

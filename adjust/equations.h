@@ -54,7 +54,7 @@ Equations pattern(const Model &model);
 void fill(const Model &model, Derivatives derivatives, Equations *equations);
 
 // Columns of the normal system: the unknowns that are estimated, in the order of the model. Unknowns other than
-// coordinates that stand in no row (the orientation of a set-up without directions) take no part.
+// coordinates that no row can answer to (the orientation of an upright set-up without directions) take no part.
 struct Columns {
     std::vector<int> of;      // [unknowns] column, or -1
     std::vector<int> unknown; // [columns]

@@ -47,14 +47,12 @@ std::vector<double> column_lengths(const UnitRows &u)
 }
 
 // Estimated unknowns that no row answers to, but for coordinates that the minimal datum holds.
-void find_unseen(const UnitRows &u, const std::vector<double> &length, const std::vector<int> &held, Mechanisms *out)
+std::vector<int> unseen_unknowns(const UnitRows &u, const std::vector<double> &length, const std::vector<int> &held)
 {
-    std::vector<char> orientation(u.model->n_unknowns(), 0);
-    for (const Setup &s : u.model->setups) orientation[s.first + 2] = s.levelled;
-    for (int j : columns(*u.model, *u.equations).unknown) {
-        if (length[j] >= no_answer || std::find(held.begin(), held.end(), j) != held.end()) continue;
-        (orientation[j] ? out->idle : out->unseen).push_back(j);
-    }
+    std::vector<int> out;
+    for (int j : columns(*u.model, *u.equations).unknown)
+        if (length[j] < no_answer && std::find(held.begin(), held.end(), j) == held.end()) out.push_back(j);
+    return out;
 }
 
 void append_row(const UnitRows &u, int row, const std::vector<int> &column, ScaledRows &out)
@@ -196,7 +194,7 @@ Mechanisms find_mechanisms(const UnitRows &u, const Datum &datum)
     out.vectors = Dense(u.model->n_unknowns(), 0);
     const std::vector<int> held = minimal_datum(*u.model, datum.motions);
     const std::vector<double> length = column_lengths(u);
-    find_unseen(u, length, held, &out);
+    out.unseen = unseen_unknowns(u, length, held);
     const ScaledRows scaled = scaled_rows(u, length, held);
     if (scaled.unknown.empty()) return out;
     const Inverse inverse = regularised_inverse(scaled);

@@ -22,8 +22,6 @@ namespace vornadjust {
 struct Mechanisms {
     Dense vectors;           // unknowns by movements, largest entry 1; metres and radians
     std::vector<int> unseen; // estimated unknowns to which no row answers
-    std::vector<int> idle;   // such orientations of upright set-ups (with vertical angles alone): nobody asks for
-                             // them; to be left out of the normal system
     std::vector<int> weak;   // unknowns of small pivots whose movement the rows do feel
     int not_searched = 0;    // suspects beyond those that one search takes
 

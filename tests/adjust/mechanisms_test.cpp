@@ -102,17 +102,18 @@ TEST(Mechanisms, ListHeightsThatNoRowSees)
     EXPECT_EQ(found.mechanisms.vectors.cols, 0);
 }
 
-TEST(Mechanisms, ListTheOrientationOfASetupWithVerticalAnglesAlone)
+TEST(Mechanisms, AskForNoOrientationOfAnUprightSetupWithVerticalAnglesAlone)
 {
     SmallNet net(Space::space);
     for (int i = 0; i < 3; i++) net.point(100 * i, 10 * i * i, 5 * i, Code::fixed, i == 1 ? Code::free : Code::fixed);
-    const int s = net.setup(0);
+    const int s = net.setup(0), orientation = net.model.setups[s].first + 2;
     net.vertical(s, 1);
-    const Found found(net);
-    EXPECT_EQ(found.mechanisms.idle, std::vector<int>{net.model.setups[s].first + 2});
-    EXPECT_TRUE(found.mechanisms.none());
+    net.model.value[orientation] = 0.7;
+    EXPECT_TRUE(Found(net).mechanisms.none());
+    EXPECT_EQ(columns(net.model, net.equations).of[orientation], -1);
     net.direction(s, 2);
-    EXPECT_TRUE(Found(net).mechanisms.idle.empty());
+    EXPECT_TRUE(Found(net).mechanisms.none());
+    EXPECT_GE(columns(net.model, net.equations).of[orientation], 0);
 }
 
 TEST(Mechanisms, ShowAScaleAndAnAdditionThatNothingTellsApart)
