@@ -71,7 +71,7 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
 {
     const int d = datum->open, n = datum->n;
     datum->motion = over_columns(columns, motions);
-    std::vector<double> bg(d * d);
+    std::vector<double> bg((std::size_t)d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++)
             bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &datum->motion[(std::size_t)k * n]);
@@ -87,7 +87,7 @@ void transform(const FreeDatum &datum, const double *from_start, double *dx)
         b[k] = dot(n, condition, dx) + dot(n, condition, from_start);
     }
     for (int k = 0; k < d; k++) {
-        const double c = dot(d, &datum.closing[k * d], b.data()), *g = &datum.motion[(std::size_t)k * n];
+        const double c = dot(d, &datum.closing[(std::size_t)k * d], b.data()), *g = &datum.motion[(std::size_t)k * n];
         for (int j = 0; j < n; j++) dx[j] -= c * g[j];
     }
 }
@@ -118,7 +118,7 @@ CofactorTransform cofactor_transform(const FreeDatum &datum, const System &syste
     for (int k = 0; k < d; k++)
         for (int h : system.held) t.w[(std::size_t)k * n + h] = 0.0;
     solve(system.symbolic, system.factor, d, t.w.data());
-    t.cw.resize(d * d);
+    t.cw.resize((std::size_t)d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++) t.cw[i * d + k] = dot(n, &c[(std::size_t)i * n], &t.w[(std::size_t)k * n]);
     return t;

@@ -3,6 +3,9 @@
 
 #include "adjust/linear.h"
 
+#include <cmath>
+#include <cstddef>
+
 #include "adjust/kinds/directions.h"
 #include "adjust/kinds/distances.h"
 #include "adjust/kinds/heights.h"
@@ -270,7 +273,8 @@ void by_unknowns(const Model &model, const Frame &frame, const Observation &o, c
         const EndSlopes slopes = end_slopes(model, frame, ends.point[e], ends.motion[e]);
         for (int k = 0; k < (ends.motion[e] >= 0 ? 10 : 3); k++) {
             if (k < 3 && !sees_axis(model.frame, o.kind, ends.motion[e], k)) continue;
-            for (int c = 0; c < n_components; c++) linear->slope[c][n] = through(slopes, by.slope[c] + 3 * e, k);
+            for (int c = 0; c < n_components; c++)
+                linear->slope[c][n] = through(slopes, by.slope[c] + (std::ptrdiff_t)3 * e, k);
             n++;
         }
     }
@@ -296,7 +300,7 @@ void linearize(const Model &model, const Observation &o, bool invariant, Linear 
 {
     const Frame &frame = model.frame;
     const Frame seen = invariant ? frame.flat() : frame;
-    ByPosition by;
+    ByPosition by{};
     by_position(model, seen, o, &by);
     by_unknowns(model, seen, o, by, linear);
     linear->usable = by.usable;

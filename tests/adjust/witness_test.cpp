@@ -41,21 +41,35 @@ int unknown_of(const Model &m, int n1, int number)
     return k == 5 ? -1 : m.constants[0].first + k - 3;
 }
 
-void expect_same_row(const Model &m, const Observation &o, int component, const Row &row, int n1)
+// A-priori standard deviation of the engine's list of a kind.
+double apriori(Rows &s, Kind kind)
 {
+    switch (kind) {
+    case Kind::height_difference: return S(s, sdifh);
+    case Kind::direction: return S(s, sdir1);
+    case Kind::vertical_angle: return S(s, sdir2);
+    case Kind::azimuth: return S(s, saz);
+    case Kind::image: return S(s, suv);
+    default: return S(s, sdist);
+    }
+}
+
+void expect_same_row(const Model &m, Rows &s, const Observation &o, int component, const Row &row, int n1)
+{
+    const double sigma = o.sigma[component] / apriori(s, o.kind); // one over the engine's weight factor
     Linear linear;
     linearize(m, o, false, &linear);
     int seen[most_unknowns];
     const int n = seen_unknowns(m, o, seen);
     std::map<int, double> wanted, found;
     for (const auto &[number, c] : row.by_unknown(n1))
-        if (unknown_of(m, n1, number) >= 0 && c != 0.0) wanted[unknown_of(m, n1, number)] += c * o.sigma[component];
+        if (unknown_of(m, n1, number) >= 0 && c != 0.0) wanted[unknown_of(m, n1, number)] += c * sigma;
     for (int k = 0; k < n; k++)
         if (linear.slope[component][k] != 0.0) found[seen[k]] += linear.slope[component][k];
     for (const auto &[u, c] : wanted) EXPECT_NEAR(found[u], c, 1e-12 * (1 + std::fabs(c))) << "unknown " << u;
     for (const auto &[u, c] : found) EXPECT_NEAR(wanted[u], c, 1e-12 * (1 + std::fabs(c))) << "unknown " << u;
     const double w = std::remainder(o.value[component] - linear.value[component], 2 * std::acos(-1.0));
-    const double theirs = std::remainder(row.b * o.sigma[component], 2 * std::acos(-1.0));
+    const double theirs = std::remainder(row.b * sigma, 2 * std::acos(-1.0));
     EXPECT_NEAR(w, theirs, 1e-12 * (1 + std::fabs(o.value[component])));
 }
 
@@ -84,10 +98,10 @@ void observe_all(Model &m, Rows &s, Kind kind, std::vector<measure> &list, doubl
         }
 }
 
-void expect_same_rows(const Model &m, const Rows &s)
+void expect_same_rows(const Model &m, Rows &s)
 {
     ASSERT_EQ(m.observations.size(), s.rows.size());
-    for (size_t i = 0; i < s.rows.size(); i++) expect_same_row(m, m.observations[i], 0, s.rows[i], 3 * m.n_points);
+    for (size_t i = 0; i < s.rows.size(); i++) expect_same_row(m, s, m.observations[i], 0, s.rows[i], 3 * m.n_points);
 }
 
 Model plain(unsigned seed, Space space)
@@ -131,7 +145,7 @@ TEST(Witness, SlopeDistancesReducedToTheMarks)
     for (size_t i = 0; i < s.rows.size(); i++) {
         Linear linear;
         linearize(m, m.observations[i], false, &linear);
-        EXPECT_NEAR(m.observations[i].value[0] - linear.value[0], s.rows[i].b * 0.5, 1e-12 * 100);
+        EXPECT_NEAR(m.observations[i].value[0] - linear.value[0], s.rows[i].b * 0.5 / S(s, sdist), 1e-12 * 100);
     }
 }
 
@@ -183,7 +197,7 @@ TEST(Witness, DirectionsOnAVeryLargeSphereWithHeights)
         o.h1 = o.h2 = 0.0;
         linearize(m, o, false, &marks);
         EXPECT_NEAR(raised.value[0], marks.value[0], 1e-15);
-        expect_same_row(m, o, 0, s.rows[i], 3 * m.n_points);
+        expect_same_row(m, s, o, 0, s.rows[i], 3 * m.n_points);
     }
 }
 
@@ -207,7 +221,7 @@ TEST(Witness, VerticalAnglesOnASphereWithHeights)
     for (size_t i = 0; i < s.rows.size(); i++) {
         Linear linear;
         linearize(m, m.observations[i], false, &linear);
-        EXPECT_NEAR(m.observations[i].value[0] - linear.value[0], s.rows[i].b * 0.5, 1e-12);
+        EXPECT_NEAR(m.observations[i].value[0] - linear.value[0], s.rows[i].b * 0.5 / S(s, sdir2), 1e-12);
     }
 }
 
@@ -234,10 +248,10 @@ TEST(Witness, AzimuthsInATurnedFrameWithConvergence)
         linearize(m, o, false, &with);
         linearize(flat, o, false, &without);
         const double two_pi = 2 * std::acos(-1.0);
-        EXPECT_NEAR(std::remainder(o.value[0] - with.value[0] - s.rows[i].b * 0.5, two_pi), 0, 1e-11);
+        EXPECT_NEAR(std::remainder(o.value[0] - with.value[0] - s.rows[i].b * 0.5 / S(s, saz), two_pi), 0, 1e-11);
         Row row = s.rows[i];
-        row.b += (with.value[0] - without.value[0]) / 0.5;
-        expect_same_row(flat, o, 0, row, 3 * m.n_points);
+        row.b += (with.value[0] - without.value[0]) / 0.5 * S(s, saz);
+        expect_same_row(flat, s, o, 0, row, 3 * m.n_points);
     }
 }
 
@@ -291,10 +305,11 @@ TEST(Witness, ImagesWithoutDistortion)
         int seen[most_unknowns];
         seen_unknowns(m, o, seen);
         std::map<int, double> wanted;
-        for (const auto &[number, a] : s.rows[i].by_unknown(3 * m.n_points)) wanted[unknown_of(m, 15, number)] += a;
+        for (const auto &[number, a] : s.rows[i].by_unknown(3 * m.n_points))
+            wanted[unknown_of(m, 15, number)] += a / S(s, suv);
         for (int k = 0; k < 9; k++)
             EXPECT_NEAR(linear.slope[c][k], wanted[seen[k]], 1e-12 * 1e4) << k; // pixels a radian
-        EXPECT_NEAR(o.value[c] - linear.value[c], s.rows[i].b, 1e-12 * 1e4);
+        EXPECT_NEAR(o.value[c] - linear.value[c], s.rows[i].b / S(s, suv), 1e-12 * 1e4);
     }
 }
 
