@@ -26,7 +26,7 @@
 #include <string>
 #include <vector>
 
-#include "project.h"
+#include "vorn/project.h"
 
 namespace networks {
 

@@ -14,6 +14,8 @@
 #include "solvers/profile.h"
 #include "support/profiles.h"
 
+using namespace vornengine;
+
 namespace {
 
 typedef std::vector<double> Vector;

@@ -2,7 +2,7 @@
 
 #include "trial.h"
 
-#include "network_file.h"
+#include "host/input/network_file.h"
 
 namespace {
 

@@ -16,8 +16,8 @@
 #include <benchmark/benchmark.h>
 
 #include "networks.h"
-#include "result.h"
-#include "vorn.h"
+#include "vorn/result.h"
+#include "vorn/vorn.h"
 
 namespace trial {
 

@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <memory>
 
-#include "accounts.h"
+#include "host/run/accounts.h"
 #include "commands.h"
-#include "csv_writer.h"
-#include "json_writer.h"
-#include "output_file.h"
-#include "results.h"
+#include "host/results/csv_writer.h"
+#include "host/results/json_writer.h"
+#include "host/results/output_file.h"
+#include "host/results/results.h"
 
 using namespace vornhost;
 
@@ -46,8 +46,8 @@ struct Outputs {
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
 
-    // The report on standard output waits in a file of its own, in which the run can look up
-    // what the engine said last.
+    // The report on standard output waits in a file of its own until progress and notes have gone to
+    // standard error.
     void show_spool()
     {
         char block[8192];

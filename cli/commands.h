@@ -4,9 +4,9 @@
 #ifndef VORN_CLI_COMMANDS_H
 #define VORN_CLI_COMMANDS_H
 
-#include "model.h"
+#include "host/input/model.h"
 #include "options.h"
-#include "runner.h"
+#include "host/run/runner.h"
 
 int adjust(const Options &options);
 int check(const Options &options);

@@ -9,7 +9,7 @@
 #include <new>
 
 #include "commands.h"
-#include "memory_limit.h"
+#include "host/run/memory_limit.h"
 #include "options.h"
 
 namespace {

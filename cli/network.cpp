@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "commands.h"
-#include "network_file.h"
-#include "output_file.h"
+#include "host/input/network_file.h"
+#include "host/results/output_file.h"
 
 using namespace vornhost;
 

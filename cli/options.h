@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "console.h"
-#include "model.h"
+#include "host/run/console.h"
+#include "host/input/model.h"
 
 // Exit statuses of the program.
 enum Status {

@@ -10,8 +10,8 @@ endif()
 # No run-time library beside the operating system's.
 add_link_options(-static -static-libgcc -static-libstdc++)
 
-add_library(vornhost SHARED host/project.cpp host/angle.cpp)
-target_include_directories(vornhost PUBLIC host include)
+add_library(vornhost SHARED host/run/project.cpp host/input/angle.cpp)
+target_include_directories(vornhost PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} include)
 target_compile_definitions(vornhost PRIVATE VORN_HOST_EXPORT INTERFACE VORN_HOST_IMPORT)
 
 add_library(vorn SHARED ${VORN_SOURCES})

@@ -5,10 +5,10 @@
 #include <stdlib.h>
 
 #include "random_project.h"
-#include "result.h"
+#include "vorn/result.h"
 #include "scratch.h"
 #include "support/faults.h"
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 static void require(bool good)
 {

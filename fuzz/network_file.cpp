@@ -1,7 +1,7 @@
 // The bytes are the network file; the whole way from the file to the model is taken.
 // A network without faults and of modest size is adjusted as well.
 
-#include "network_file.h"
+#include "host/input/network_file.h"
 #include "scratch.h"
 
 using namespace vornhost;

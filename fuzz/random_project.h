@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "bytes.h"
-#include "project.h"
+#include "vorn/project.h"
 
 enum class Solve { Compact, Jordan, Simplex };
 

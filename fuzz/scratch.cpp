@@ -7,11 +7,11 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "csv_writer.h"
-#include "json_writer.h"
-#include "network_file.h"
-#include "results.h"
-#include "runner.h"
+#include "host/results/csv_writer.h"
+#include "host/results/json_writer.h"
+#include "host/input/network_file.h"
+#include "host/results/results.h"
+#include "host/run/runner.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <stdint.h>
 #include <stdio.h>
 
-#include "model.h"
+#include "host/input/model.h"
 
 // Called by libFuzzer, or by run_files.cpp, once for each input.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

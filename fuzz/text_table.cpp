@@ -1,8 +1,8 @@
 // The bytes are a text table, read once with cells between blanks and once between commas.
 
 #include "scratch.h"
-#include "table.h"
-#include "text_file.h"
+#include "host/input/table.h"
+#include "host/input/text_file.h"
 
 using namespace vornhost;
 

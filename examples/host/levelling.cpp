@@ -5,7 +5,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 // Shows the engine's messages on standard error; answers no to its questions.
 class Console : public Feedback {

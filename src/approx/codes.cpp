@@ -6,6 +6,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // Points the rows into one zeroed block. Returns 0 or -1.
 static int take_rows(int **rows, int nrow, int ncol)
 {
@@ -59,3 +61,5 @@ void codes_free(savedcodes *s)
     free(s->savn1);
     s->savn0 = s->savn1 = NULL;
 }
+
+} // namespace vornengine

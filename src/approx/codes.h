@@ -8,6 +8,8 @@
 
 #include "vorn/records.h"
 
+namespace vornengine {
+
 struct savedcodes {
     int **savn0; // [npoints][3]
     int **savn1; // [npoints][5]
@@ -25,5 +27,7 @@ void codes_restore(const savedcodes *s, point *points, int npoints, int *ia1);
 
 // Releases the rows; may be called twice.
 void codes_free(savedcodes *s);
+
+} // namespace vornengine
 
 #endif

@@ -4,27 +4,29 @@
 // the origin; it is turned to the orientation of that station where one is known. Other points
 // that are known keep their place and status, in whatever frame that is.
 
-#include "approx/approx.h"
+#include "approx/guess.h"
 
 #include <math.h>
 
-#include "approx/guesswork.h"
+#include "approx/scalebars.h"
+
+namespace vornengine {
 
 const double LEAST_BAR = 1e-6; // square of the shortest bar, in lengths of the base
 
 // Whether every direction has a vertical angle and one of these is not zero.
-int approx::has_elevations() const
+static int has_elevations(const approxdata *net)
 {
-    if (dim != 3 || ndir1 != ndir2) return 0;
-    for (int k = 0; k < ndir2; k++)
-        if (dir2[k].val[0] != 0.0) return 1;
+    if (net->dim != 3 || net->ndir1 != net->ndir2) return 0;
+    for (int k = 0; k < net->ndir2; k++)
+        if (net->dir2[k].val[0] != 0.0) return 1;
     return 0;
 }
 
 // Height of point p: *z of its entry in app. Returns 1, or 0 when it is not a common point.
-static int height_of(int p, const guesswork *w, int ncommon, double *z)
+static int height_of(int p, const guesswork *w, double *z)
 {
-    for (int k = 0; k < ncommon; k++)
+    for (int k = 0; k < w->n; k++)
         if (w->isys[k] == p) {
             *z = w->app[3 * k + 2] + w->rhs[3 * k + 2];
             return 1;
@@ -33,80 +35,81 @@ static int height_of(int p, const guesswork *w, int ncommon, double *z)
 }
 
 // Gives the frame the length of the scale bar.
-void approx::scale_guess(const guesspair *g, const guesswork *w, int *iscale, double *xap, double *yap) const
+static void scale_guess(const approxdata *net, spreadtables *tab, const stationpair *g, const guesswork *w, int *iscale)
 {
     if (g->ibar < 0) {
-        if (ndist > 0) fprintf(out, "\n\nTO DO: Must check the scaling\n\n");
+        if (net->ndist > 0) fprintf(net->out, "\n\nTO DO: Must check the scaling\n\n");
         return;
     }
     int p1, p2;
     double z1, z2;
-    if (!bar_ends(g->ibar, &p1, &p2)) {
-        fprintf(out, "in guess_spread: strange, cannot find scale bar %d\n", g->ibar);
+    if (!bar_ends(net, g->ibar, &p1, &p2)) {
+        fprintf(net->out, "in guess_spread: strange, cannot find scale bar %d\n", g->ibar);
         return;
     }
-    if (!height_of(p1, w, g->ncommon, &z1) || !height_of(p2, w, g->ncommon, &z2)) {
-        fprintf(out, "in guess_spread: strange, no z for scaling\n");
+    if (!height_of(p1, w, &z1) || !height_of(p2, w, &z2)) {
+        fprintf(net->out, "in guess_spread: strange, no z for scaling\n");
         return;
     }
-    const double dx = xap[p2] - xap[p1], dy = yap[p2] - yap[p1], dz = z2 - z1;
+    const double dx = tab->xap[p2] - tab->xap[p1], dy = tab->yap[p2] - tab->yap[p1], dz = z2 - z1;
     const double d2 = dx * dx + dy * dy + dz * dz;
     if (!(d2 > LEAST_BAR)) return;
-    const double s = dist[g->ibar].val[0] / sqrt(d2);
-    if (idebug) fprintf(out, "in guess_spread: scale factor %15.5lf\n", s);
-    xap[g->it2] = s;
-    for (int k = 0; k < g->ncommon; k++) {
-        xap[w->isys[k]] *= s;
-        yap[w->isys[k]] *= s;
+    const double s = net->dist[g->ibar].val[0] / sqrt(d2);
+    if (net->idebug) fprintf(net->out, "in guess_spread: scale factor %15.5lf\n", s);
+    tab->xap[g->it2] = s;
+    for (int k = 0; k < w->n; k++) {
+        tab->xap[w->isys[k]] *= s;
+        tab->yap[w->isys[k]] *= s;
     }
     *iscale = 1;
 }
 
 // Turns the frame to the known orientation of the first station.
-void approx::turn_guess(const guesspair *g, const int *isys, double *xap, double *yap, double *oap) const
+static void turn_guess(const approxdata *net, spreadtables *tab, const stationpair *g, const guesswork *w)
 {
-    const double t = oap[g->it1] + points[g->it1].xex[2], c = cos(t), s = sin(t), u = xap[g->it2];
-    oap[g->it1] -= t;
-    oap[g->it2] -= t;
-    xap[g->it2] = c * u;
-    yap[g->it2] = -s * u;
-    for (int k = 0; k < g->ncommon; k++) {
-        const double x = xap[isys[k]], y = yap[isys[k]];
-        xap[isys[k]] = s * y + c * x;
-        yap[isys[k]] = c * y - s * x;
+    const double t = tab->oap[g->it1] + net->points[g->it1].xex[2], c = cos(t), s = sin(t), u = tab->xap[g->it2];
+    tab->oap[g->it1] -= t;
+    tab->oap[g->it2] -= t;
+    tab->xap[g->it2] = c * u;
+    tab->yap[g->it2] = -s * u;
+    for (int k = 0; k < w->n; k++) {
+        const int p = w->isys[k];
+        const double x = tab->xap[p], y = tab->yap[p];
+        tab->xap[p] = s * y + c * x;
+        tab->yap[p] = c * y - s * x;
     }
 }
 
-void approx::show_guess(const int *itheo, const int *iobj, const double *xap, const double *yap,
-                        const double *oap) const
+static void show_guess(const approxdata *net, const spreadtables *tab)
 {
-    fprintf(out, "\nat the end of guess spread\ntheo status\n");
-    for (int i = 0; i < nsta; i++)
-        fprintf(out, "itheo[%d] = %d %12.2lf%12.2lf%12.2lf\n", i, itheo[i], xap[i], yap[i], oap[i]);
-    fprintf(out, "targets status\n");
-    for (int j = 0; j < ntar; j++)
-        fprintf(out, "iobj[%d] = %d %12.2lf%12.2lf\n", j, iobj[j], xap[nsta + j], yap[nsta + j]);
+    fprintf(net->out, "\nat the end of guess spread\ntheo status\n");
+    for (int i = 0; i < net->nsta; i++)
+        fprintf(net->out, "itheo[%d] = %d %12.2lf%12.2lf%12.2lf\n", i, tab->itheo[i], tab->xap[i], tab->yap[i],
+                tab->oap[i]);
+    fprintf(net->out, "targets status\n");
+    for (int j = 0; j < net->ntar; j++)
+        fprintf(net->out, "iobj[%d] = %d %12.2lf%12.2lf\n", j, tab->iobj[j], tab->xap[net->nsta + j],
+                tab->yap[net->nsta + j]);
 }
 
 // A guess with a chosen pair, on arrays that the caller releases. Returns 0, -4, -5 or -9.
-int approx::guess_with(const guesspair *g, guesswork *w, int *iscale, int **table, int *itheo, int *iobj, double *xap,
-                       double *yap, double *oap)
+static int guess_with(const approxdata *net, spreadtables *tab, const stationpair *g, guesswork *w, int *iscale)
 {
     if (guesswork_take(w, g->ncommon) != 0) {
-        fprintf(out, "guess_spread: cannot allocate isys, app or rhs\n");
+        fprintf(net->out, "guess_spread: cannot allocate isys, app or rhs\n");
         return -4;
     }
-    const int oriented = itheo[g->it1] == THEO_DONE || itheo[g->it1] == THEO_ORIENTED;
+    const int oriented = tab->itheo[g->it1] == THEO_DONE || tab->itheo[g->it1] == THEO_ORIENTED;
     double o1, o2;
-    if (guess_o1o2(g->it1, g->it2, g->ncommon, table, w->isys, w->app, w->rhs, &o1, &o2) < 0) return -9;
-    if (guess_solve(g->ncommon, o1, o2, w->isys, table, w->app, w->rhs, xap, yap, oap, itheo, iobj) < 0) {
-        fprintf(out, "in guess_spread: cannot solve\n");
+    if (guess_o1o2(net, tab, g, w, &o1, &o2) < 0) return -9;
+    if (guess_solve(net, tab, w, o1, o2) < 0) {
+        fprintf(net->out, "in guess_spread: cannot solve\n");
         return -5;
     }
-    scale_guess(g, w, iscale, xap, yap);
-    if (oriented) turn_guess(g, w->isys, xap, yap, oap);
-    itheo[g->it2] = itheo[g->it1] = THEO_DONE;
-    if (idebug) show_guess(itheo, iobj, xap, yap, oap);
+    scale_guess(net, tab, g, w, iscale);
+    if (oriented) turn_guess(net, tab, g, w);
+    tab->itheo[g->it2] = tab->itheo[g->it1] = THEO_DONE;
+    if (net->idebug) show_guess(net, tab);
     return 0;
 }
 
@@ -116,21 +119,23 @@ int approx::guess_with(const guesspair *g, guesswork *w, int *iscale, int **tabl
 //   -9 the search failed
 // Also 0, with nothing done, when two stations are finished already. iscale changes only when
 // a scale bar gave the scale.
-int approx::guess_spread(int *iscale, int **table, int *itheo, int *iobj, double *xap, double *yap, double *oap)
+int guess_spread(const approxdata *net, spreadtables *tab, int *iscale)
 {
-    if (!has_elevations()) {
-        fprintf(out, "\nguess_spread: dead end!\nRequires variations in zenith angles\n\n");
+    if (!has_elevations(net)) {
+        fprintf(net->out, "\nguess_spread: dead end!\nRequires variations in zenith angles\n\n");
         return -1;
     }
-    guesspair g;
-    const int result = guess_pair(table, itheo, &g);
+    stationpair g;
+    const int result = guess_pair(net, tab, &g);
     if (result != 0) return result < 0 ? -1 : 0;
     if (g.ncommon < 3) {
-        fprintf(out, "In guess_spread:\nCannot find 2 theodolites with at least 3 common shots\n");
+        fprintf(net->out, "In guess_spread:\nCannot find 2 theodolites with at least 3 common shots\n");
         return -3;
     }
     guesswork w = guesswork();
-    const int done = guess_with(&g, &w, iscale, table, itheo, iobj, xap, yap, oap);
+    const int done = guess_with(net, tab, &g, &w, iscale);
     guesswork_free(&w);
     return done;
 }
+
+} // namespace vornengine

@@ -8,9 +8,13 @@
 //                     -dh / d3 for the height of the second station
 // The position of the second station is held; its orientation and height are not coupled.
 
-#include "approx/approx.h"
+#include "approx/guess.h"
 
 #include <math.h>
+
+#include "approx/intersection.h"
+
+namespace vornengine {
 
 // One equation: n coefficients of the unknowns at[] and its contradiction w. Adds to both
 // triangles of the matrix and to the right side.
@@ -24,35 +28,31 @@ static void add_equation(double **mat, double *rhs, int n, const int *at, const 
 
 // The contradiction of a vertical angle. Above pi one pi is taken off, not two: this differs
 // from the wrap of every other angle and is meant to.
-static double wrap_vertical(double w, double pi)
+static double wrap_vertical(double w)
 {
+    const double pi = 4 * atan(1.0);
     if (w > pi) return w - pi;
     if (w < -pi) return w + 2 * pi;
     return w;
 }
 
-//   mat, rhs  in, out  [m][m], [m]
-//   k         in       point
-//   x, y, z   in       its position
-//   it        in       1 or 2: station, at (xt, 0, zt) with orientation o
-//   hz, v     in       direction, vertical angle
-//   sum       in, out  sum of the squares of the contradictions
-void approx::guess_normal(double **mat, double *rhs, int m, int k, double x, double y, double z, int it, double xt,
-                          double zt, double o, double hz, double v, double *sum)
+void guess_normal(double **mat, double *rhs, int m, int k, const guesssight *s, double *sum)
 {
-    const int c = 3 * k, kz = m - 3, ko = it == 1 ? m - 2 : m - 1;
-    const double dx = x - xt, dz = z - zt;
+    const int c = 3 * k, kz = m - 3, ko = s->it == 1 ? m - 2 : m - 1;
+    const double dx = s->x - s->xt, y = s->y, dz = s->z - s->zt;
     const double d2 = y * y + dx * dx, d3 = dz * dz + d2, dh = sqrt(d2);
 
-    const double wh = wrap(hz - wrap(atan2(y, dx) - o));
+    const double wh = wrap(s->hz - wrap(atan2(y, dx) - s->o));
     const int at_h[] = {c, c + 1, ko};
     const double coef_h[] = {-y / d2, dx / d2, -1.0};
     add_equation(mat, rhs, 3, at_h, coef_h, wh);
 
-    const double wv = wrap_vertical(v - atan2(dz, dh), pi);
+    const double wv = wrap_vertical(s->v - atan2(dz, dh));
     const int at_v[] = {c, c + 1, c + 2, kz};
     const double coef_v[] = {dz * -dx / dh / d3, dz * -y / dh / d3, dh / d3, -dh / d3};
-    add_equation(mat, rhs, it == 2 ? 4 : 3, at_v, coef_v, wv);
+    add_equation(mat, rhs, s->it == 2 ? 4 : 3, at_v, coef_v, wv);
 
     *sum += wh * wh + wv * wv;
 }
+
+} // namespace vornengine

@@ -6,8 +6,11 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 int guesswork_take(guesswork *g, int ncommon)
 {
+    g->n = 0;
     g->isys = (int *)zeroed(ncommon + 2LL, sizeof(int));
     g->app = (double *)zeroed(3LL * ncommon + 3, sizeof(double));
     g->rhs = (double *)zeroed(3LL * ncommon + 3, sizeof(double));
@@ -21,3 +24,5 @@ void guesswork_free(guesswork *g)
     free(g->rhs);
     *g = guesswork();
 }
+
+} // namespace vornengine

@@ -8,16 +8,22 @@
 #ifndef VORN_GUESSWORK_H
 #define VORN_GUESSWORK_H
 
+namespace vornengine {
+
 struct guesswork {
-    int *isys;   // [ncommon + 2] points that both stations shot, then the two stations
+    int n;       // points listed, at most ncommon: the strong ones alone during an adjustment
+    int *isys;   // [ncommon + 2] points that both stations shot, behind them the two stations
     double *app; // [3 ncommon + 3] solution
     double *rhs; // [3 ncommon + 3] right side, then solution, of the normal equations
 };
 
-// Allocates the arrays. Returns 0 or -1; guesswork_free releases in both cases.
+// Allocates the arrays for ncommon points, of which none is listed. Returns 0 or -1;
+// guesswork_free releases in both cases.
 int guesswork_take(guesswork *g, int ncommon);
 
 // Releases the arrays; may be called twice.
 void guesswork_free(guesswork *g);
+
+} // namespace vornengine
 
 #endif

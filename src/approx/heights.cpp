@@ -1,15 +1,17 @@
 // Heights (metres) carried through vertical angles in one pass over their list, from the first
 // point as a local zero, then shifted to the first known height.
 
-#include "approx/approx.h"
+#include "approx/spread.h"
 
 #include <math.h>
 
+namespace vornengine {
+
 // One vertical angle from station i to point j. Backwards, to a station from the point that it
 // aimed at, the height of that point is subtracted.
-void approx::carry_height(int i, int j, double v, double *known, double *h) const
+static void carry_height(const approxdata *net, int i, int j, double v, double *known, double *h)
 {
-    const double dx = points[j].xpt[0] - points[i].xpt[0], dy = points[j].xpt[1] - points[i].xpt[1];
+    const double dx = net->points[j].xpt[0] - net->points[i].xpt[0], dy = net->points[j].xpt[1] - net->points[i].xpt[1];
     const double rise = sqrt(dx * dx + dy * dy) * tan(v);
     if (known[i] == 1.0 && known[j] == 0.0) {
         h[j] = rise + h[i];
@@ -22,23 +24,25 @@ void approx::carry_height(int i, int j, double v, double *known, double *h) cons
 }
 
 // What makes the local height of the first point with a known height that height.
-double approx::height_shift(const double *h) const
+static double height_shift(const approxdata *net, const double *h)
 {
-    for (int i = 0; i < npoints; i++)
-        if (points[i].n0[2] == N_NONE) return points[i].xpt[2] - h[i];
+    for (int i = 0; i < net->npoints; i++)
+        if (net->points[i].n0[2] == N_NONE) return net->points[i].xpt[2] - h[i];
     return 1.0;
 }
 
-// known, h: [npoints], zero on entry. A point that the pass did not reach gets the shift alone.
-void approx::height_spread(double *known, double *h)
+// A point that the pass did not reach gets the shift alone.
+void height_spread(const approxdata *net, double *known, double *h)
 {
     known[0] = 1.0;
-    for (int k = 0; k < ndir2; k++) {
-        const int i = number(dir2[k].p1), j = number(dir2[k].p2);
-        if (i < 0 || i >= nsta || j < 0) continue;
-        carry_height(i, j, dir2[k].val[0], known, h);
+    for (int k = 0; k < net->ndir2; k++) {
+        const int i = point_number(net, net->dir2[k].p1), j = point_number(net, net->dir2[k].p2);
+        if (i < 0 || i >= net->nsta || j < 0) continue;
+        carry_height(net, i, j, net->dir2[k].val[0], known, h);
     }
-    const double shift = height_shift(h);
-    for (int i = 0; i < npoints; i++)
-        if (points[i].n0[2] != N_NONE) points[i].xpt[2] = h[i] + shift;
+    const double shift = height_shift(net, h);
+    for (int i = 0; i < net->npoints; i++)
+        if (net->points[i].n0[2] != N_NONE) net->points[i].xpt[2] = h[i] + shift;
 }
+
+} // namespace vornengine

@@ -7,6 +7,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 static void turn_counts_into_starts(int *first, int n)
 {
     int sum = 0;
@@ -121,3 +123,5 @@ void pairlist_free(pairlist *l)
     free(l->item);
     *l = pairlist();
 }
+
+} // namespace vornengine

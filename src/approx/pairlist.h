@@ -9,6 +9,8 @@
 #ifndef VORN_PAIRLIST_H
 #define VORN_PAIRLIST_H
 
+namespace vornengine {
+
 struct pairlist {
     int *first; // [nrow + 1]
     int *to;    // [first[nrow]] point or station at the other end
@@ -31,5 +33,7 @@ int pairlist_find(const pairlist *l, int row, int to);
 
 // Releases the arrays and leaves an empty list; may be called twice.
 void pairlist_free(pairlist *l);
+
+} // namespace vornengine
 
 #endif

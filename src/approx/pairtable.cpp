@@ -1,101 +1,103 @@
-// The table of pairs of stations that sighted each other, from which the best one is chosen.
-//
-// A row: 0, 1 the stations i < j; 2 common shots; 3 index in dist of a scale bar that both
-// observed, -1 without one; 4 to 6 common targets with known x1, x2, x3.
+// The table of pairs of stations that sighted each other, it1 < it2, from which the best one is
+// chosen.
 
 #include <stdlib.h>
 
-#include "approx/approx.h"
+#include "approx/collimation.h"
+#include "approx/scalebars.h"
+
+namespace vornengine {
 
 // Marks the bars that station i observed with their number, the others with -1. Returns how
 // many it observed.
-static int mark_bars(scalebar *bars, int nbar, int i, int **table)
+static int mark_bars(const barlist *bars, int i, const spreadtables *tab)
 {
     int nmarked = 0;
-    for (int b = 0; b < nbar; b++) {
-        bars[b].mark = shot_bar(bars + b, i, table) ? b : -1;
-        nmarked += bars[b].mark == b;
+    for (int b = 0; b < bars->nbar; b++) {
+        bars->bar[b].mark = shot_bar(bars->bar + b, i, tab) ? b : -1;
+        nmarked += bars->bar[b].mark == b;
     }
     return nmarked;
 }
 
 // Index in dist of the first marked bar that station j observed too, or -1.
-static int common_bar(const scalebar *bars, int nbar, int j, int **table)
+static int common_bar(const barlist *bars, int j, const spreadtables *tab)
 {
-    for (int b = 0; b < nbar; b++)
-        if (bars[b].mark >= 0 && shot_bar(bars + b, j, table)) return bars[b].idist;
+    for (const scalebar *bar = bars->bar; bar < bars->bar + bars->nbar; bar++)
+        if (bar->mark >= 0 && shot_bar(bar, j, tab)) return bar->idist;
     return -1;
 }
 
 // Counts the common targets of the pair and how many of them are known in each coordinate.
-void approx::count_targets(int *row, int **table) const
+static void count_targets(const approxdata *net, const spreadtables *tab, stationpair *pair)
 {
-    for (int e = seen.first[row[0]]; e < seen.first[row[0] + 1]; e++) {
-        const int t = seen.to[e];
-        if (t < nsta || table[row[1]][t] == 0) continue;
-        row[2]++;
-        for (int k = 0; k < 3; k++) row[4 + k] += points[t].n0[k] == N_NONE;
+    for (int e = net->seen.first[pair->it1]; e < net->seen.first[pair->it1 + 1]; e++) {
+        const int t = net->seen.to[e];
+        if (t < net->nsta || tab->table[pair->it2][t] == 0) continue;
+        pair->ncommon++;
+        for (int k = 0; k < 3; k++) pair->nknown[k] += net->points[t].n0[k] == N_NONE;
     }
 }
 
 // Common shots with stations among them. The diagonal of the table counts j as a common shot.
-int approx::common_points(int i, int j, int **table) const
+static int common_points(const approxdata *net, const spreadtables *tab, int i, int j)
 {
     int n = 0;
-    for (int e = seen.first[i]; e < seen.first[i + 1]; e++) n += table[j][seen.to[e]] > 0;
+    for (int e = net->seen.first[i]; e < net->seen.first[i + 1]; e++) n += tab->table[j][net->seen.to[e]] > 0;
     return n;
 }
 
 // The pairs of station i with later stations, behind the nrow rows of the table. Returns the
 // number of rows then.
-int approx::pairs_of(int i, int (*tabpair)[7], int nrow, scalebar *bars, int nbar, int **table)
+static int pairs_of(const approxdata *net, const spreadtables *tab, int i, stationpair *tabpair, int nrow,
+                    const barlist *bars)
 {
-    if (table[i][i] == 0) return nrow;
-    const int nmarked = mark_bars(bars, nbar, i, table);
-    for (int e = seen.first[i]; e < seen.first[i + 1]; e++) {
-        const int j = seen.to[e];
-        if (j <= i || j >= nsta || table[j][i] == 0) continue;
-        int *row = tabpair[nrow++];
-        row[0] = i;
-        row[1] = j;
-        row[3] = nmarked > 0 ? common_bar(bars, nbar, j, table) : -1;
-        count_targets(row, table);
+    if (tab->table[i][i] == 0) return nrow;
+    const int nmarked = mark_bars(bars, i, tab);
+    for (int e = net->seen.first[i]; e < net->seen.first[i + 1]; e++) {
+        const int j = net->seen.to[e];
+        if (j <= i || j >= net->nsta || tab->table[j][i] == 0) continue;
+        stationpair *pair = tabpair + nrow++;
+        pair->it1 = i;
+        pair->it2 = j;
+        pair->ibar = nmarked > 0 ? common_bar(bars, j, tab) : -1;
+        count_targets(net, tab, pair);
     }
     return nrow;
 }
 
 // Where no pair has three common targets, the stations count as well.
-void approx::count_stations_too(int (*tabpair)[7], int npair, int **table)
+static void count_stations_too(const approxdata *net, const spreadtables *tab, stationpair *tabpair, int npair)
 {
     for (int r = 0; r < npair; r++)
-        if (tabpair[r][2] >= 3) return;
-    if (idebug) fprintf(out, "\nMust count the theodolites in the common shots\n");
-    for (int r = 0; r < npair; r++) tabpair[r][2] = common_points(tabpair[r][0], tabpair[r][1], table);
+        if (tabpair[r].ncommon >= 3) return;
+    if (net->idebug) fprintf(net->out, "\nMust count the theodolites in the common shots\n");
+    for (int r = 0; r < npair; r++) tabpair[r].ncommon = common_points(net, tab, tabpair[r].it1, tabpair[r].it2);
 }
 
-void approx::show_pairs(int (*tabpair)[7], int npair) const
+static void show_pairs(const approxdata *net, const stationpair *tabpair, int npair)
 {
-    fprintf(out, "\nNumber of collimating pairs %d\n", npair);
+    fprintf(net->out, "\nNumber of collimating pairs %d\n", npair);
     for (int r = 0; r < npair; r++) {
-        const int *row = tabpair[r];
-        fprintf(out, "  %3d   %s %s  %3d %3d %3d%2d%2d\n", r, points[row[0]].name, points[row[1]].name, row[2], row[3],
-                row[4], row[5], row[5]); // x2 in both places
+        const stationpair *p = tabpair + r;
+        fprintf(net->out, "  %3d   %s %s  %3d %3d %3d%2d%2d\n", r, net->points[p->it1].name, net->points[p->it2].name,
+                p->ncommon, p->ibar, p->nknown[0], p->nknown[1], p->nknown[1]); // x2 in both places
     }
 }
 
-// tabpair: [npair] zeroed rows.
-int approx::buildtabpair(int (*tabpair)[7], int npair, int **table)
+int buildtabpair(const approxdata *net, const spreadtables *tab, stationpair *tabpair, int npair)
 {
-    scalebar *bars;
-    int nbar;
-    if (take_bars(&bars, &nbar) != 0) {
-        fprintf(out, "in buildtabpair: cannot allocate\n");
+    barlist bars;
+    if (take_bars(net, &bars) != 0) {
+        fprintf(net->out, "in buildtabpair: cannot allocate\n");
         return -1;
     }
     int nrow = 0;
-    for (int i = 0; i < nsta; i++) nrow = pairs_of(i, tabpair, nrow, bars, nbar, table);
-    free(bars);
-    count_stations_too(tabpair, npair, table);
-    if (idebug) show_pairs(tabpair, npair);
+    for (int i = 0; i < net->nsta; i++) nrow = pairs_of(net, tab, i, tabpair, nrow, &bars);
+    free(bars.bar);
+    count_stations_too(net, tab, tabpair, npair);
+    if (net->idebug) show_pairs(net, tabpair, npair);
     return 0;
 }
+
+} // namespace vornengine

@@ -6,6 +6,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 int rows_take(double **rows, int n)
 {
     for (int i = 0; i < n; i++) {
@@ -20,3 +22,5 @@ void rows_free(double **rows, int n)
     for (int i = 0; rows && i < n; i++) free(rows[i]);
     free(rows);
 }
+
+} // namespace vornengine

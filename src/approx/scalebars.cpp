@@ -1,41 +1,43 @@
-// Scale bars: distances between two targets, which give a local frame its true scale when
-// both stations of a pair observed the two ends.
+// The scale bars of a network.
 
-#include <stdlib.h>
+#include "approx/scalebars.h"
 
-#include "approx/approx.h"
 #include "numerics/memory.h"
 
-// Ends of distance idist as points. Returns 1 when both are targets.
-int approx::bar_ends(int idist, int *end1, int *end2) const
+namespace vornengine {
+
+int bar_ends(const approxdata *net, int idist, int *end1, int *end2)
 {
-    *end1 = number(dist[idist].p1);
-    *end2 = number(dist[idist].p2);
-    return *end1 >= nsta && *end2 >= nsta;
+    *end1 = point_number(net, net->dist[idist].p1);
+    *end2 = point_number(net, net->dist[idist].p2);
+    return *end1 >= net->nsta && *end2 >= net->nsta;
 }
 
-int approx::take_bars(scalebar **bars, int *nbar)
+static void show_bars(const approxdata *net, const barlist *l)
 {
-    *bars = NULL;
-    *nbar = 0;
-    if (ndist <= 0) return 0;
-    *bars = (scalebar *)zeroed(ndist, sizeof(scalebar));
-    if (!*bars) return -1;
-    for (int k = 0; k < ndist; k++) {
-        scalebar *bar = *bars + *nbar;
+    fprintf(net->out, "\nNumber of observed scale bars %d\n", l->nbar);
+    for (int b = 0; b < l->nbar; b++)
+        fprintf(net->out, "  %3d   %s %s\n", b, net->points[l->bar[b].end1].name, net->points[l->bar[b].end2].name);
+}
+
+int take_bars(const approxdata *net, barlist *l)
+{
+    *l = barlist();
+    if (net->ndist <= 0) return 0;
+    l->bar = (scalebar *)zeroed(net->ndist, sizeof(scalebar));
+    if (!l->bar) return -1;
+    for (int k = 0; k < net->ndist; k++) {
+        scalebar *bar = l->bar + l->nbar;
         bar->idist = k;
-        *nbar += bar_ends(k, &bar->end1, &bar->end2);
+        l->nbar += bar_ends(net, k, &bar->end1, &bar->end2);
     }
-    if (idebug) show_bars(*bars, *nbar);
+    if (net->idebug) show_bars(net, l);
     return 0;
 }
 
-void approx::show_bars(const scalebar *bars, int nbar) const
+int shot_bar(const scalebar *bar, int i, const spreadtables *tab)
 {
-    fprintf(out, "\nNumber of observed scale bars %d\n", nbar);
-    for (int b = 0; b < nbar; b++)
-        fprintf(out, "  %3d   %s %s\n", b, points[bars[b].end1].name, points[bars[b].end2].name);
+    return tab->table[i][bar->end1] != 0 && tab->table[i][bar->end2] != 0;
 }
 
-// Whether station i shot both ends.
-int shot_bar(const scalebar *bar, int i, int **table) { return table[i][bar->end1] != 0 && table[i][bar->end2] != 0; }
+} // namespace vornengine

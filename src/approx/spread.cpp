@@ -7,130 +7,147 @@
 // the end. The points are written when everything is computed; what a known station reached by
 // direction and distance is written at once.
 
-#include "approx/approx.h"
+#include "approx/spread.h"
 
 #include <stdlib.h>
 
-#include "approx/spreading.h"
+#include "approx/collimation.h"
+#include "approx/guess.h"
+#include "approx/resection.h"
+#include "approx/transformation.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
+// What one spread works on.
+struct spreading {
+    spreadtables tab;
+    int nused;   // done stations that measure distances
+    int nresec;  // stations that can be resected at the start
+    int npair;   // pairs of stations that sighted each other
+    int nleft;   // stations to compute
+    int iscale;  // 1: distances may be used in the frame at hand
+    int itransf; // 1: the frame is a local one
+};
+
 // Rows of the table of shots. Returns 0, or -7 with its line.
-static int take_table(spreading *s, int nsta, int npoints, FILE *out)
+static int take_table(const approxdata *net, spreadtables *tab)
 {
-    s->nrow = nsta;
-    s->table = (int **)zeroed(nsta, sizeof(int *));
-    s->itheo = (int *)zeroed(nsta, sizeof(int));
-    s->iobj = (int *)zeroed((long long)npoints - nsta, sizeof(int));
-    if (!s->table || !s->itheo || !s->iobj) {
-        fprintf(out, "In spread: pb with table\n");
+    tab->table = (int **)zeroed(net->nsta, sizeof(int *));
+    tab->itheo = (int *)zeroed(net->nsta, sizeof(int));
+    tab->iobj = (int *)zeroed((long long)net->npoints - net->nsta, sizeof(int));
+    if (!tab->table || !tab->itheo || !tab->iobj) {
+        fprintf(net->out, "In spread: pb with table\n");
         return -7;
     }
-    for (int i = 0; i < nsta; i++) {
-        s->table[i] = (int *)zeroed(npoints, sizeof(int));
-        if (s->table[i]) continue;
-        fprintf(out, "In spread: pb with table when i=%d\n", i);
+    for (int i = 0; i < net->nsta; i++) {
+        tab->table[i] = (int *)zeroed(net->npoints, sizeof(int));
+        if (tab->table[i]) continue;
+        fprintf(net->out, "In spread: pb with table when i=%d\n", i);
         return -7;
     }
     return 0;
 }
 
-static void free_table(spreading *s)
+static void free_table(spreadtables *tab, int nsta)
 {
-    for (int i = 0; s->table && i < s->nrow; i++) free(s->table[i]);
-    free(s->table);
-    free(s->itheo);
-    free(s->iobj);
-    s->table = NULL;
-    s->itheo = s->iobj = NULL;
+    for (int i = 0; tab->table && i < nsta; i++) free(tab->table[i]);
+    free(tab->table);
+    free(tab->itheo);
+    free(tab->iobj);
+    tab->table = NULL;
+    tab->itheo = tab->iobj = NULL;
 }
 
-int approx::take_spreading(spreading *s)
+// The tables and the lists. Returns 0, or -7 with its line.
+static int take_spreading(approxdata *net, spreadtables *tab)
 {
-    s->xap = (double *)zeroed(npoints, sizeof(double));
-    s->yap = (double *)zeroed(npoints, sizeof(double));
-    s->oap = (double *)zeroed(nsta, sizeof(double));
-    if (!s->xap || !s->yap || !s->oap) {
-        fprintf(out, "In spread: pb with xap\n");
+    tab->xap = (double *)zeroed(net->npoints, sizeof(double));
+    tab->yap = (double *)zeroed(net->npoints, sizeof(double));
+    tab->oap = (double *)zeroed(net->nsta, sizeof(double));
+    if (!tab->xap || !tab->yap || !tab->oap) {
+        fprintf(net->out, "In spread: pb with xap\n");
         return -7;
     }
-    if (take_table(s, nsta, npoints, out) != 0) return -7;
-    if (take_lists() == 0) return 0;
-    fprintf(out, "In spread: pb with table\n");
+    if (take_table(net, tab) != 0) return -7;
+    if (take_lists(net) == 0) return 0;
+    fprintf(net->out, "In spread: pb with table\n");
     return -7;
 }
 
-static void free_spreading(spreading *s)
+static void free_spreading(approxdata *net, spreadtables *tab)
 {
-    free_table(s);
-    free(s->xap);
-    free(s->yap);
-    free(s->oap);
-    s->xap = s->yap = s->oap = NULL;
+    free_table(tab, net->nsta);
+    free(tab->xap);
+    free(tab->yap);
+    free(tab->oap);
+    drop_lists(net);
 }
 
-void approx::show_counts(const spreading *s)
+static void show_counts(const approxdata *net, const spreading *s)
 {
-    fprintf(out, "Number of stations: %d\n", nsta);
-    fprintf(out, "             nused: %d\n", s->nused);
-    fprintf(out, "            nresec: %d\n", s->nresec);
-    fprintf(out, "             npair: %d\n", s->npair);
-    fprintf(out, "             nleft: %d\n", s->nleft);
+    fprintf(net->out, "Number of stations: %d\n", net->nsta);
+    fprintf(net->out, "             nused: %d\n", s->nused);
+    fprintf(net->out, "            nresec: %d\n", s->nresec);
+    fprintf(net->out, "             npair: %d\n", s->npair);
+    fprintf(net->out, "             nleft: %d\n", s->nleft);
 }
 
 // Chooses and makes the start; nleft is then the number of stations to compute. Returns 0,
 // -1 (resection), -2 (pair) or -3 (guess).
-int approx::start(spreading *s)
+static int start(const approxdata *net, spreading *s)
 {
-    s->nleft = nsta - s->nused;
-    if (idebug) show_counts(s);
+    s->nleft = net->nsta - s->nused;
+    if (net->idebug) show_counts(net, s);
     if (s->nused == 0 && s->nresec != 0) {
-        if (start_resec(s->table, &s->nresec, s->xap, s->yap, s->oap, s->itheo, s->iobj) != 0) return -1;
-        s->nleft = nsta - s->nresec;
+        if (start_resec(net, &s->tab, &s->nresec) != 0) return -1;
+        s->nleft = net->nsta - s->nresec;
     }
     if (s->nused != 0 || s->nresec != 0) return 0;
     s->itransf = 1;
-    s->nleft = nsta - 2;
-    if (s->npair != 0)
-        return colli_spread(s->npair, &s->iscale, s->table, s->itheo, s->iobj, s->xap, s->yap, s->oap) == 0 ? 0 : -2;
-    return guess_spread(&s->iscale, s->table, s->itheo, s->iobj, s->xap, s->yap, s->oap) == 0 ? 0 : -3;
+    s->nleft = net->nsta - 2;
+    if (s->npair != 0) return colli_spread(net, &s->tab, s->npair, &s->iscale) == 0 ? 0 : -2;
+    return guess_spread(net, &s->tab, &s->iscale) == 0 ? 0 : -3;
 }
 
-void approx::show_spread(const spreading *s)
+static void show_spread(const approxdata *net, const spreadtables *tab)
 {
-    fprintf(out, "\nAll points have been computed\n");
-    for (int i = 0; i < nsta; i++)
-        fprintf(out, "%s %3d %15.5lf %15.5lf %15.5lf\n", points[i].name, s->itheo[i], s->xap[i], s->yap[i], s->oap[i]);
-    for (int i = nsta; i < npoints; i++)
-        fprintf(out, "%s %3d %15.5lf %15.5lf\n", points[i].name, s->iobj[i - nsta], s->xap[i], s->yap[i]);
+    fprintf(net->out, "\nAll points have been computed\n");
+    for (int i = 0; i < net->nsta; i++)
+        fprintf(net->out, "%s %3d %15.5lf %15.5lf %15.5lf\n", net->points[i].name, tab->itheo[i], tab->xap[i],
+                tab->yap[i], tab->oap[i]);
+    for (int i = net->nsta; i < net->npoints; i++)
+        fprintf(net->out, "%s %3d %15.5lf %15.5lf\n", net->points[i].name, tab->iobj[i - net->nsta], tab->xap[i],
+                tab->yap[i]);
 }
 
 // Every point takes its computed position, also one that was known; the arrays become zero.
-void approx::write_points(spreading *s)
+static void write_points(const approxdata *net, spreadtables *tab)
 {
-    for (int i = 0; i < npoints; i++) {
-        points[i].xpt[0] = s->xap[i];
-        points[i].xpt[1] = s->yap[i];
-        s->xap[i] = s->yap[i] = 0.0;
+    for (int i = 0; i < net->npoints; i++) {
+        net->points[i].xpt[0] = tab->xap[i];
+        net->points[i].xpt[1] = tab->yap[i];
+        tab->xap[i] = tab->yap[i] = 0.0;
     }
-    for (int i = 0; i < nsta; i++) points[i].xex[2] = -s->oap[i];
+    for (int i = 0; i < net->nsta; i++) net->points[i].xex[2] = -tab->oap[i];
 }
 
 // The course of a spread on arrays that its caller releases.
-int approx::spread_with(spreading *s)
+static int spread_with(approxdata *net, spreading *s)
 {
-    if (take_spreading(s) != 0) return -7;
+    spreadtables *tab = &s->tab;
+    if (take_spreading(net, tab) != 0) return -7;
     s->iscale = 1;
-    if (start_spread(s->table, &s->nused, &s->nresec, &s->npair, s->xap, s->yap, s->oap, s->itheo, s->iobj) != 0)
-        return -9;
-    const int result = start(s);
+    if (start_spread(net, tab, &s->nused, &s->nresec, &s->npair) != 0) return -9;
+    const int result = start(net, s);
     if (result != 0) return result;
     while (s->nleft != 0)
-        if (spread_step(&s->nleft, s->iscale, s->table, s->itheo, s->iobj, s->xap, s->yap, s->oap) != 0) return -5;
-    if (idebug) show_spread(s);
-    free_table(s);
-    if (s->itransf && transformations(s->xap, s->yap, s->oap) != 0) return -6;
-    write_points(s);
-    if (dim == 3) height_spread(s->xap, s->yap);
+        if (spread_step(net, tab, &s->nleft, s->iscale) != 0) return -5;
+    if (net->idebug) show_spread(net, tab);
+    free_table(tab, net->nsta);
+    if (s->itransf && transformations(net, tab) != 0) return -6;
+    write_points(net, tab);
+    if (net->dim == 3) height_spread(net, tab->xap, tab->yap);
     return 0;
 }
 
@@ -140,11 +157,12 @@ int approx::spread_with(spreading *s)
 //   -3 no start by a guess                    -7 no memory
 //   -9 the tables could not be built (no network does this)
 // After a failure no point is written but those reached by direction and distance.
-int approx::spread()
+int spread(approxdata *net)
 {
     spreading s = spreading();
-    const int result = spread_with(&s);
-    free_spreading(&s);
-    drop_lists();
+    const int result = spread_with(net, &s);
+    free_spreading(net, &s.tab);
     return result;
 }
+
+} // namespace vornengine

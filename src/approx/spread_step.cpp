@@ -1,27 +1,29 @@
 // One pass of the spreading: stations that have become resectable are resected in their order,
 // and what they open up is intersected.
 
-#include "approx/approx.h"
+#include "approx/intersection.h"
+#include "approx/patches.h"
+#include "approx/resection.h"
+#include "approx/spread.h"
+
+namespace vornengine {
 
 // Points of known position that station i sees.
-int approx::known_sights(int i, const int *itheo, const int *iobj) const
+static int known_sights(const approxdata *net, const spreadtables *tab, int i)
 {
     int n = 0;
-    for (int e = seen.first[i]; e < seen.first[i + 1]; e++) {
-        const int j = seen.to[e];
-        n += j < nsta ? itheo[j] == THEO_PLACED || itheo[j] == THEO_DONE : iobj[j - nsta] == OBJ_PLACED;
-    }
+    for (int e = net->seen.first[i]; e < net->seen.first[i + 1]; e++) n += has_position(net, tab, net->seen.to[e]);
     return n;
 }
 
 // Marks every unfinished station that can be resected, also one of which position or
 // orientation is known. A marked station does not count as known for those after it.
-int approx::mark_resectable(int *itheo, const int *iobj) const
+static int mark_resectable(const approxdata *net, spreadtables *tab)
 {
     int nmarked = 0;
-    for (int i = 0; i < nsta; i++) {
-        if (itheo[i] == THEO_DONE || known_sights(i, itheo, iobj) < 3) continue;
-        itheo[i] = THEO_RESECT;
+    for (int i = 0; i < net->nsta; i++) {
+        if (tab->itheo[i] == THEO_DONE || known_sights(net, tab, i) < 3) continue;
+        tab->itheo[i] = THEO_RESECT;
         nmarked++;
     }
     return nmarked;
@@ -29,45 +31,32 @@ int approx::mark_resectable(int *itheo, const int *iobj) const
 
 // Nothing can be resected: what do the unfinished stations see? Whatever that diagnosis finds,
 // it only goes to the report.
-void approx::diagnose(int **table, int *itheo, int *iobj)
+static void diagnose(const approxdata *net, const spreadtables *tab)
 {
-    if (idebug) fprintf(out, "\nTry patching...\n");
-    for (int i = 0; i < nsta; i++) {
-        if (itheo[i] == THEO_DONE || patch_spread(i, table, itheo, iobj) != 0) continue;
-        fprintf(out, "\nPatching successful ... now what??\n");
+    if (net->idebug) fprintf(net->out, "\nTry patching...\n");
+    for (int i = 0; i < net->nsta; i++) {
+        if (tab->itheo[i] == THEO_DONE || patch_spread(net, tab, i) != 0) continue;
+        fprintf(net->out, "\nPatching successful ... now what??\n");
         return;
     }
-    fprintf(out, "\n!! Cannot do anything more !!\n");
+    fprintf(net->out, "\n!! Cannot do anything more !!\n");
 }
 
-// Stations without a position that station i and another finished station shot. One that gets
-// its position and had its orientation is finished, without leaving the count of those to do.
-void approx::intersect_stations(int i, int **table, int *itheo, double *xap, double *yap, double *oap)
+int spread_step(const approxdata *net, spreadtables *tab, int *nleft, int iscale)
 {
-    for (int e = seen.first[i]; e < seen.first[i + 1]; e++) {
-        const int s = seen.to[e];
-        if (s >= nsta || (itheo[s] != THEO_UNKNOWN && itheo[s] != THEO_ORIENTED)) continue;
-        const int k = finished_partner(i, s, itheo);
-        if (k < 0) continue;
-        intersect(i, k, s, table, xap, yap, oap);
-        itheo[s] = itheo[s] == THEO_UNKNOWN ? THEO_PLACED : THEO_DONE;
-    }
-}
-
-int approx::spread_step(int *nleft, int iscale, int **table, int *itheo, int *iobj, double *xap, double *yap,
-                        double *oap)
-{
-    if (mark_resectable(itheo, iobj) == 0) {
-        diagnose(table, itheo, iobj);
+    if (mark_resectable(net, tab) == 0) {
+        diagnose(net, tab);
         return -4;
     }
-    for (int i = 0; i < nsta; i++) {
-        if (itheo[i] != THEO_RESECT) continue;
-        if (resec(iscale, i, table, itheo, iobj, xap, yap, oap) < 0) return -1;
-        itheo[i] = THEO_DONE;
+    for (int i = 0; i < net->nsta; i++) {
+        if (tab->itheo[i] != THEO_RESECT) continue;
+        if (resec(net, tab, iscale, i) < 0) return -1;
+        tab->itheo[i] = THEO_DONE;
         (*nleft)--;
-        intersect_targets(i, table, itheo, iobj, xap, yap, oap);
-        intersect_stations(i, table, itheo, xap, yap, oap);
+        intersect_targets(net, tab, i);
+        intersect_stations(net, tab, i);
     }
     return 0;
 }
+
+} // namespace vornengine

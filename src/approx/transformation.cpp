@@ -9,13 +9,15 @@
 //   | y2   x2  0  1 | | ty |   | Y2 |
 // One known point: a shift.
 
-#include "approx/approx.h"
+#include "approx/transformation.h"
 
 #include <math.h>
 
 #include "approx/rows.h"
 #include "numerics/ludcmp.h"
 #include "numerics/memory.h"
+
+namespace vornengine {
 
 enum { NPARAMETER = 4 };
 
@@ -40,69 +42,63 @@ static int solve(double **mat, double *parameter, FILE *out)
     return 0;
 }
 
-void approx::similarity(const double *parameter, double *xap, double *yap, double *oap) const
+static void similarity(const approxdata *net, spreadtables *tab, const double *parameter)
 {
     const double a = parameter[0], b = parameter[1], tx = parameter[2], ty = parameter[3];
     const double rotation = atan2(b, a), scale = sqrt(a * a + b * b);
-    if (idebug) fprintf(out, "tx   %15.5lf\nty   %15.5lf\nscale in t2pt %15.5lf\n", tx, ty, scale);
-    for (int i = 0; i < npoints; i++) {
-        const double x = xap[i], y = yap[i];
-        xap[i] = a * x - b * y + tx;
-        yap[i] = b * x + a * y + ty;
-        if (i < nsta) oap[i] += rotation;
+    if (net->idebug) fprintf(net->out, "tx   %15.5lf\nty   %15.5lf\nscale in t2pt %15.5lf\n", tx, ty, scale);
+    for (int i = 0; i < net->npoints; i++) {
+        const double x = tab->xap[i], y = tab->yap[i];
+        tab->xap[i] = a * x - b * y + tx;
+        tab->yap[i] = b * x + a * y + ty;
+        if (i < net->nsta) tab->oap[i] += rotation;
     }
 }
 
-int approx::t2pt(int p1, int p2, double *xap, double *yap, double *oap)
+int t2pt(const approxdata *net, spreadtables *tab, int p1, int p2)
 {
     double **mat = (double **)zeroed(NPARAMETER, sizeof(double *));
     if (!mat || rows_take(mat, NPARAMETER) < NPARAMETER) {
-        fprintf(out, "in t2pt, cannot allocate\n");
+        fprintf(net->out, "in t2pt, cannot allocate\n");
         rows_free(mat, NPARAMETER);
         return -1;
     }
-    point_rows(mat, xap[p1], yap[p1]);
-    point_rows(mat + 2, xap[p2], yap[p2]);
-    double parameter[NPARAMETER] = {points[p1].xpt[0], points[p1].xpt[1], points[p2].xpt[0], points[p2].xpt[1]};
-    const int result = solve(mat, parameter, out);
+    point_rows(mat, tab->xap[p1], tab->yap[p1]);
+    point_rows(mat + 2, tab->xap[p2], tab->yap[p2]);
+    double parameter[NPARAMETER] = {net->points[p1].xpt[0], net->points[p1].xpt[1], net->points[p2].xpt[0],
+                                    net->points[p2].xpt[1]};
+    const int result = solve(mat, parameter, net->out);
     rows_free(mat, NPARAMETER);
-    if (result == 0) similarity(parameter, xap, yap, oap);
+    if (result == 0) similarity(net, tab, parameter);
     return result;
 }
 
-// A pure shift: orientations stay, also where a station has a fixed one.
-void approx::t1pt(int p, double *xap, double *yap, double *)
+void t1pt(const approxdata *net, spreadtables *tab, int p)
 {
-    const double dx = points[p].xpt[0] - xap[p], dy = points[p].xpt[1] - yap[p];
-    for (int i = 0; i < npoints; i++) {
-        xap[i] += dx;
-        yap[i] += dy;
+    const double dx = net->points[p].xpt[0] - tab->xap[p], dy = net->points[p].xpt[1] - tab->yap[p];
+    for (int i = 0; i < net->npoints; i++) {
+        tab->xap[i] += dx;
+        tab->yap[i] += dy;
     }
 }
 
-// The first point from start on with a known plane position, or npoints.
-int approx::next_known(int start) const
+int transformations(const approxdata *net, spreadtables *tab)
 {
-    int i = start;
-    while (i < npoints && (points[i].n0[0] != N_NONE || points[i].n0[1] != N_NONE)) i++;
-    return i;
-}
-
-int approx::transformations(double *xap, double *yap, double *oap)
-{
-    if (idebug) fprintf(out, "Must do transformations.. \n");
-    const int p1 = next_known(0), p2 = p1 < npoints ? next_known(p1 + 1) : npoints;
-    if (p1 == npoints) {
-        if (idebug) fprintf(out, "no control found \n");
+    if (net->idebug) fprintf(net->out, "Must do transformations.. \n");
+    const int p1 = next_known(net, 0), p2 = p1 < net->npoints ? next_known(net, p1 + 1) : net->npoints;
+    if (p1 == net->npoints) {
+        if (net->idebug) fprintf(net->out, "no control found \n");
         return 0;
     }
-    if (p2 == npoints) {
-        if (idebug) fprintf(out, "only 1 point %s \n", points[p1].name);
-        t1pt(p1, xap, yap, oap);
+    if (p2 == net->npoints) {
+        if (net->idebug) fprintf(net->out, "only 1 point %s \n", net->points[p1].name);
+        t1pt(net, tab, p1);
         return 0;
     }
-    if (idebug) fprintf(out, "use points %s and %s\n", points[p1].name, points[p2].name);
-    if (t2pt(p1, p2, xap, yap, oap) == 0) return 0;
-    fprintf(out, "In spread: stop in t2pt\n");
+    if (net->idebug) fprintf(net->out, "use points %s and %s\n", net->points[p1].name, net->points[p2].name);
+    if (t2pt(net, tab, p1, p2) == 0) return 0;
+    fprintf(net->out, "In spread: stop in t2pt\n");
     return -5;
 }
+
+} // namespace vornengine

@@ -6,6 +6,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 int weakshots_take(weakshots *s, int n)
 {
     s->n = n;
@@ -60,3 +62,5 @@ void weakshots_free(weakshots *s)
     free(s->weak);
     *s = weakshots();
 }
+
+} // namespace vornengine

@@ -6,6 +6,8 @@
 
 #include <stdio.h>
 
+namespace vornengine {
+
 const int STRONG_SHOTS = 3; // at least so many stay
 
 struct weakshots {
@@ -31,5 +33,7 @@ int weakshots_close_gaps(const weakshots *s, int *isys);
 
 // Releases the lists; may be called twice.
 void weakshots_free(weakshots *s);
+
+} // namespace vornengine
 
 #endif

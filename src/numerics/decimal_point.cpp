@@ -5,6 +5,8 @@
 
 #include <string.h>
 
+namespace vornengine {
+
 #ifdef _WIN32
 
 decimal_point::decimal_point() : perthread(_configthreadlocale(_ENABLE_PER_THREAD_LOCALE)), host()
@@ -36,3 +38,5 @@ decimal_point::~decimal_point()
 }
 
 #endif
+
+} // namespace vornengine

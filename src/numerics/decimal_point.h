@@ -5,6 +5,8 @@
 
 #include <locale.h>
 
+namespace vornengine {
+
 // While one of these lives, this thread prints and reads numbers as in the locale "C"; other
 // threads keep theirs. The host's locale comes back at the end.
 class decimal_point {
@@ -22,5 +24,7 @@ private:
     locale_t plain, host;
 #endif
 };
+
+} // namespace vornengine
 
 #endif

@@ -10,6 +10,8 @@
 #include <math.h>
 #include <stdio.h>
 
+namespace vornengine {
+
 namespace distrib {
 
 static const int ROUNDS = 100;
@@ -190,3 +192,5 @@ double chi2tail(int nu, double x) { return gammq(nu / 2.0, x / 2.0); }
 double ftail(int nu1, int nu2, double f) { return betai(nu2 / 2.0, nu1 / 2.0, nu2 / (nu1 * f + nu2)); }
 
 } // namespace distrib
+
+} // namespace vornengine

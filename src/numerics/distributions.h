@@ -14,6 +14,8 @@
 #ifndef VORN_DISTRIBUTIONS_H
 #define VORN_DISTRIBUTIONS_H
 
+namespace vornengine {
+
 namespace distrib {
 
 void nrerror(const char *text); // "%s\n" to the standard error stream; returns
@@ -39,5 +41,7 @@ double chi2tail(int nu, double x);        // tail of chi-square
 double ftail(int nu1, int nu2, double f); // tail of Fisher's F
 
 } // namespace distrib
+
+} // namespace vornengine
 
 #endif

@@ -11,6 +11,8 @@
 
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 // vv[i] = 1 / largest of row i. Returns 0, or -2 when a row is zero.
 static int row_scales(double **a, int n, double *vv)
 {
@@ -117,3 +119,5 @@ void lubksb(double **a, int n, const int *indx, double *b)
         b[i] = sum / a[i][i];
     }
 }
+
+} // namespace vornengine

@@ -5,6 +5,8 @@
 
 #include <stdio.h>
 
+namespace vornengine {
+
 // Replaces a by its factors L and U, rows interchanged; L has ones on its diagonal.
 //   a     in, out  n rows of n elements
 //   indx  out      [n] row that came to each place
@@ -16,5 +18,7 @@ int ludcmp(double **a, int n, int *indx, double *d, FILE *out);
 
 // Replaces the right-hand side b by the solution, for a and indx of ludcmp.
 void lubksb(double **a, int n, const int *indx, double *b);
+
+} // namespace vornengine
 
 #endif

@@ -5,6 +5,8 @@
 #include <stdint.h>
 #include <stdlib.h>
 
+namespace vornengine {
+
 void *zeroed(long long n, size_t size)
 {
     if (n < 0 || size == 0) return NULL;
@@ -17,3 +19,5 @@ void *zeroed_square(long long n, size_t size)
     if (n < 0 || n > 3037000499LL) return NULL; // n * n stays below 2^63
     return zeroed(n * n, size);
 }
+
+} // namespace vornengine

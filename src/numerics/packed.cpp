@@ -4,6 +4,8 @@
 
 #include "numerics/packed.h"
 
+namespace vornengine {
+
 // D(i) = a(i,i) - sum L(i,k)^2 D(k),  L(j,i) = (a(j,i) - sum L(i,k) L(j,k) D(k)) / D(i), k < i.
 static void factor(double *a, size_t n)
 {
@@ -54,3 +56,5 @@ void packinvert(double *a, int n)
     invert_factors(a, (size_t)n);
     multiply(a, (size_t)n);
 }
+
+} // namespace vornengine

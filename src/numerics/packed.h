@@ -9,6 +9,8 @@
 
 #include <stddef.h>
 
+namespace vornengine {
+
 // Place of row i, column j <= i in a packed matrix.
 inline size_t packed_place(size_t i, size_t j) { return i * (i + 1) / 2 + j; }
 
@@ -19,5 +21,7 @@ inline long long packed_size(long long n) { return n <= 3000000000LL ? n * (n + 
 // Replaces a by its inverse. A pivot of exactly 0 is no error: it stays 0, the division
 // by it is left out, and the caller tests the result.
 void packinvert(double *a, int n);
+
+} // namespace vornengine
 
 #endif

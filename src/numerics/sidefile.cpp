@@ -4,6 +4,8 @@
 
 #include <errno.h>
 
+namespace vornengine {
+
 void keep_error(int *first, int number)
 {
     if (first && *first == 0) *first = number;
@@ -28,3 +30,5 @@ void close_side(FILE *f, int *error)
     const bool closed = fclose(f) == 0;
     if (failed || !closed) keep_error(error, cause ? cause : errno ? errno : EIO);
 }
+
+} // namespace vornengine

@@ -6,6 +6,8 @@
 
 #include <stdio.h>
 
+namespace vornengine {
+
 // Enters the errno unless an earlier one stands there. first may be null.
 void keep_error(int *first, int number);
 
@@ -14,5 +16,7 @@ FILE *open_side(const char *name, int *error);
 
 // Closes the file. A failure of this or of any write before goes to error.
 void close_side(FILE *f, int *error);
+
+} // namespace vornengine
 
 #endif

@@ -13,6 +13,8 @@
 #define VECTORS 0
 #endif
 
+namespace vornengine {
+
 // GCC for 64-bit Windows does not align the stack for vectors of 4 numbers.
 #if VECTORS && defined(_WIN64) && !defined(__clang__)
 #undef VECTORS
@@ -169,3 +171,5 @@ const tilekernel *besttiles()
         if (const tilekernel *t = tilesfor(kind)) return t;
     return &plain;
 }
+
+} // namespace vornengine

@@ -12,6 +12,8 @@
 
 #include <stddef.h>
 
+namespace vornengine {
+
 enum {
     TILE_LANES = 24,
     TILE_COLUMNS = 8,
@@ -37,5 +39,7 @@ const tilekernel *tilesfor(int kind);
 
 // The fastest routines that this processor runs.
 const tilekernel *besttiles();
+
+} // namespace vornengine
 
 #endif

@@ -13,6 +13,8 @@
 #include "numerics/memory.h"
 #include "simili/simili.h"
 
+namespace vornengine {
+
 // Means of the paired points, ca of the first and cb of the second ones.
 static void means(const simpair *pair, int npair, double ca[3], double cb[3])
 {
@@ -122,3 +124,5 @@ int simili::rotangles(const double R[3][3], double *a, double *b, double *c)
     *a = c1, *b = c2, *c = c3;
     return 0;
 }
+
+} // namespace vornengine

@@ -12,6 +12,8 @@
 #include "numerics/memory.h"
 #include "simili/simili.h"
 
+namespace vornengine {
+
 const int MAX_SWEEPS = 50;
 const int THRESHOLD_SWEEPS = 4; // sweeps that leave small elements for later
 const int KEEP_SWEEPS = 5;      // sweeps that never drop an element for being small
@@ -133,3 +135,5 @@ void simili::eigsrt(double *d, double **v, int n)
         }
     }
 }
+
+} // namespace vornengine

@@ -15,6 +15,8 @@
 #include "numerics/sidefile.h"
 #include "simili/simili.h"
 
+namespace vornengine {
+
 static int compare_names(const simpoint *a, const simpoint *b) { return strncmp(a->name, b->name, sizeof a->name); }
 
 // Order of the sorted list: by name, then by place in the list.
@@ -103,3 +105,5 @@ int simili::startsimili()
     matchlists();
     return npair < 3 ? 3 : checksigmas();
 }
+
+} // namespace vornengine

@@ -15,6 +15,8 @@
 #include "numerics/packed.h"
 #include "simili/simili.h"
 
+namespace vornengine {
+
 const double LEAST_Q = 1.0e-20; // 1 / f^2: standard deviations beyond some 10^10 metres give no condition
 const double CONVERGED = 1.0e-06;
 const int MAX_PASSES = 50;
@@ -145,3 +147,5 @@ int simili::refine(double *p, double R[3][3])
     }
     return it;
 }
+
+} // namespace vornengine

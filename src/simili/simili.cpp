@@ -8,6 +8,8 @@
 
 #include "numerics/packed.h"
 
+namespace vornengine {
+
 const double LEAST_SIGMA = 1.0e-06; // metres
 
 simili::simili(int n1, simpoint *p1, int n2, simpoint *p2, double *result, int rotate)
@@ -120,3 +122,5 @@ int simili::runsimili()
     simresidual(1, p, R);
     return 0;
 }
+
+} // namespace vornengine

@@ -21,6 +21,8 @@
 
 #include <stdio.h>
 
+namespace vornengine {
+
 struct simpoint {
     char name[16]; // compared as a text of at most 16 characters
     double x[3];   // coordinates, metres
@@ -105,5 +107,7 @@ private:
     int packidx(int i, int j);
     void report(int npass, const double p[7]);
 };
+
+} // namespace vornengine
 
 #endif

@@ -10,7 +10,9 @@
 
 #include <math.h>
 
-#include "vorn/lumpdefs.h"
+#include "setup/lumpdefs.h"
+
+namespace vornengine {
 
 enum { SHIFT = 0, ROTATION = 3, SCALE = 6 }; // places among the seven parameters
 
@@ -18,10 +20,10 @@ enum { SHIFT = 0, ROTATION = 3, SCALE = 6 }; // places among the seven parameter
 
 // The position of epoch t in the lump of a point, -1 when the point stands at its coordinates:
 // no lump, the reference epoch, or an epoch that the lump does not know.
-int solution::lumpposition(const point *p, int t)
+static int lump_position(const network *net, const point *p, int t)
 {
-    if (p->ilump < 1 || p->ilump > nlump) return -1;
-    const lump *l = lumps + p->ilump - 1;
+    if (p->ilump < 1 || p->ilump > net->nlump) return -1;
+    const lump *l = net->lumps + p->ilump - 1;
     if (l->iref == t) return -1;
     for (int j = 0; j < l->nepoch - 1; j++)
         if (l->epoch[j] == t) return j;
@@ -32,21 +34,15 @@ int solution::lumpposition(const point *p, int t)
 int solution::lumpmoved(const point *p, int t, double x[3], double r[3][3])
 {
     for (int k = 0; k < 3; k++) x[k] = p->xpt[k];
-    const int j = lumpposition(p, t);
+    const int j = lump_position(this, p, t);
     if (j >= 0) lumppoint(p->ilump - 1, j, x, r);
     return j;
 }
 
-// Difference d of the two ends of an observation, each moved to its epoch. kind 1 dist, 4 dir1,
-// 5 dir2, 7 obsuv1. l1, l2 (-1 on entry) take the epoch positions of the ends that are moved,
-// r1, r2 their rotations.
-void solution::lumpdelta(int kind, int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
+// Difference d of the two ends of an observation, each moved to its epoch. l1, l2 (-1 on entry) take the epoch
+// positions of the ends that are moved, r1, r2 their rotations.
+void solution::lumpdelta(const measure *m, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
 {
-    const measure *list = kind == KIND_DISTANCE    ? dist
-                          : kind == KIND_DIRECTION ? dir1
-                          : kind == KIND_VERTICAL  ? dir2
-                                                   : obsuv1;
-    const measure *m = list + i;
     double a[3], b[3];
     const int j1 = lumpmoved(m->p1, m->time, a, r1), j2 = lumpmoved(m->p2, m->time, b, r2);
     if (j1 >= 0) *l1 = j1;
@@ -193,3 +189,5 @@ void solution::weightparam(const point *p, int k)
     const double w = weightfactor(1.0, p->sxex[k]);
     paramcondition(p->n1[k], w, (p->e0[k] - p->xex[k]) * w);
 }
+
+} // namespace vornengine

@@ -13,15 +13,17 @@
 #include "numerics/memory.h"
 #include "numerics/packed.h"
 #include "numerics/sidefile.h"
-#include "sidefiles.h"
-#include "vorn/connect.h"
+#include "vorn/sidefiles.h"
+#include "loading/connect.h"
 #include "vorn/message.h"
-#include "vorn/names.h"
+#include "loading/names.h"
+
+namespace vornengine {
 
 // ---- connected net ----
 
 // Index of the first of n points from first on with that name, or -1.
-int solution::pointnamed(const char *name, int first, int n)
+static int point_named(const point *points, const char *name, int first, int n)
 {
     for (int i = first; i < first + n; i++)
         if (same_name(points[i].name, name)) return i;
@@ -30,43 +32,39 @@ int solution::pointnamed(const char *name, int first, int n)
 
 // Enters the point of an exported host record behind the n that lcon holds; returns their new
 // number, at most nexport.
-int solution::collect(int n, int iconn, const char *name, int first, int npoint)
+static int collect(const network *net, int n, int iconn, const char *name, int first, int npoint)
 {
     if (iconn != 1) return n;
-    const int ip = pointnamed(name, first, npoint);
-    if (ip < 0 || n >= nexport) return n;
-    lcon[n] = ip;
+    const int ip = point_named(net->points, name, first, npoint);
+    if (ip < 0 || n >= net->nexport) return n;
+    net->lcon[n] = ip;
     return n + 1;
 }
 
 // Exported points, the host's targets before its stations, into lcon; returns their number.
-int solution::collectexports()
+static int collect_exports(const solverinput *in)
 {
     int n = 0;
-    for (int i = 0; i < pproject->ntargets; i++) {
-        const target_input *t = pproject->targets + i;
-        n = collect(n, t->iconn, name_in(t->name, sizeof t->name).text, nsta, ntar);
-    }
-    for (int i = 0; i < pproject->nstations; i++) {
-        const station_input *s = pproject->stations + i;
-        n = collect(n, s->iconn, name_in(s->name, sizeof s->name).text, 0, nsta);
-    }
+    for (const target_input *t = in->ptar; t < in->ptar + in->nptar; t++)
+        n = collect(in, n, t->iconn, name_in(t->name, sizeof t->name).text, in->nsta, in->ntar);
+    for (const station_input *s = in->psta; s < in->psta + in->npsta; s++)
+        n = collect(in, n, s->iconn, name_in(s->name, sizeof s->name).text, 0, in->nsta);
     return n;
 }
 
 // Turns the n point indexes in lcon into first unknowns, without those that cannot be
 // exported; returns how many remain. The places behind them are -1.
-int solution::keepblocks(int n)
+static int keep_blocks(const solverinput *in, int n)
 {
     int nkept = 0;
     for (int i = 0; i < n; i++) {
-        const point *p = points + lcon[i];
-        const int u = block_unknown(p, dim);
-        lcon[i] = -1;
+        const point *p = in->points + in->lcon[i];
+        const int u = block_unknown(p, in->dim);
+        in->lcon[i] = -1;
         if (u == N_NONE)
-            tell_and_print(pfeedback, out, "writeQcon: %s cannot be exported", p->name);
+            tell_and_print(in->pfeedback, in->out, "writeQcon: %s cannot be exported", p->name);
         else
-            lcon[nkept++] = u;
+            in->lcon[nkept++] = u;
     }
     return nkept;
 }
@@ -79,8 +77,8 @@ void solution::writeQcon()
         memset(lcon, 0, sizeof *lcon * nimport);
         memset(Qcon, 0, sizeof *Qcon * (size_t)packed_size((long long)dim * nimport));
     }
-    nexport = collectexports();
-    const int nkept = keepblocks(nexport);
+    nexport = collect_exports(this);
+    const int nkept = keep_blocks(this, nexport);
     if (nkept != nexport) tell_and_print(pfeedback, out, "writeQcon: had %d exports (vs %d wanted)", nkept, nexport);
     nexport = nkept;
 
@@ -114,20 +112,20 @@ static void linename(const char *line, char name[9])
 
 // Marks the stations that the lines of f name; returns their number. A line has at most 89
 // characters.
-int solution::choosestations(FILE *f, int *chosen)
+static int choose_stations(const network *in, FILE *f, int *chosen)
 {
     char line[90], name[9];
     int n = 0;
     while (fgets(line, sizeof line, f)) {
         linename(line, name);
-        const int i = pointnamed(name, 0, nsta);
-        if (i >= 0 && chosen[i] == 0 && estimated(points + i)) chosen[i] = ++n;
+        const int i = point_named(in->points, name, 0, in->nsta);
+        if (i >= 0 && chosen[i] == 0 && estimated(in->points + i)) chosen[i] = ++n;
     }
     return n;
 }
 
 // Unknown k of a station: 0 to 2 its coordinates, 3 to 5 its orientation.
-int solution::stationunknown(const point *p, int k) { return k < 3 ? p->n0[k] : nunk1 + p->n1[k - 3]; }
+static int station_unknown(const point *p, int k, int nunk1) { return k < 3 ? p->n0[k] : nunk1 + p->n1[k - 3]; }
 
 // Writes the cofactors of the unknown row with all unknowns of the chosen stations, their
 // coordinates before their orientations.
@@ -136,7 +134,7 @@ void solution::writecofactors(FILE *f, const int *chosen, int row)
     for (int part = 0; part < 6; part += 3)
         for (int i = 0; i < nsta; i++)
             for (int k = part; chosen[i] != 0 && k < part + 3; k++) {
-                const int column = stationunknown(points + i, k);
+                const int column = station_unknown(points + i, k, nunk1);
                 fprintf(f, "%5d %5d %22.15lf\n", row, column, Q(row, column));
             }
 }
@@ -153,7 +151,7 @@ void solution::writestations(FILE *f, const int *chosen, int n)
     for (int part = 0; part < 6; part += 3)
         for (int i = 0; i < nsta; i++)
             for (int k = part; chosen[i] != 0 && k < part + 3; k++)
-                writecofactors(f, chosen, stationunknown(points + i, k));
+                writecofactors(f, chosen, station_unknown(points + i, k, nunk1));
 }
 
 // Reads the names of stations from f, closes it, and writes "tessalpin.cov".
@@ -167,7 +165,7 @@ void solution::input_for_tessalpin(FILE *f)
         fclose(f);
         return;
     }
-    const int n = choosestations(f, chosen);
+    const int n = choose_stations(this, f, chosen);
     fclose(f);
     if (n < 2) {
         fprintf(out, "\ninput_for_tessalpin: need at least 2 stations\n");
@@ -194,3 +192,5 @@ void solution::stationcofactors()
     else if (errno != ENOENT && sidefiles)
         keep_error(&sidefiles->cofactors, errno);
 }
+
+} // namespace vornengine

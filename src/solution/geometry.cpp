@@ -13,6 +13,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double SHORTEST_SQUARED = 1.0e-07; // square of a horizontal length without direction, metres^2
 static const double SHORTEST = 1.0e-07;         // horizontal length of a sight to the zenith, metres
 static const double COINCIDENT = 1.0e-14;       // square of a length without vertical angle, metres^2
@@ -89,18 +91,12 @@ void solution::lumpentries(const measure *m, double f, const double v[3], const 
     }
 }
 
-static measure *listof(int kind, measure *dist, measure *dir1, measure *dir2)
+// d of an observation; l1 and l2 as above.
+void solution::difference(const measure *m, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
 {
-    return kind == KIND_DISTANCE ? dist : kind == KIND_DIRECTION ? dir1 : dir2;
-}
-
-// d of a distance (kind 1), direction (4) or vertical angle (5); l1 and l2 as above.
-void solution::difference(int kind, int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
-{
-    const measure *m = listof(kind, dist, dir1, dir2) + i;
     *l1 = *l2 = -1;
     if (m->time != 0) {
-        lumpdelta(kind, i, d, r1, r2, l1, l2);
+        lumpdelta(m, d, r1, r2, l1, l2);
         return;
     }
     for (int k = 0; k < 3; k++) d[k] = m->p2->xpt[k] - m->p1->xpt[k];
@@ -132,11 +128,16 @@ void solution::setrot(int which, int i, double *ca, double *sa, double *cb, doub
 
 // Distances.
 
-// A plane distance in dimension 2, unless a reduction works in space.
+// In dimension 2 the difference lies in the plane, unless a reduction works in space.
+static void flatten(const settings *set, double d[3])
+{
+    if (set->dim == 2 && set->iredux == 0) d[2] = 0.0;
+}
+
 double solution::distance(int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2)
 {
-    difference(KIND_DISTANCE, i, d, r1, r2, l1, l2);
-    if (dim == 2 && iredux == 0) d[2] = 0.0;
+    difference(dist + i, d, r1, r2, l1, l2);
+    flatten(this, d);
     return sqrt(dot(d, d));
 }
 
@@ -215,7 +216,8 @@ void solution::norm_difh()
 double solution::dir1comp(int i, double d[3], double e[3], double *rr, double r1[3][3], double r2[3][3], int *l1,
                           int *l2)
 {
-    difference(KIND_DIRECTION, i, d, r1, r2, l1, l2);
+    difference(dir1 + i, d, r1, r2, l1, l2);
+    flatten(this, d);
     toinstrument(d, e);
     *rr = e[0] * e[0] + e[1] * e[1];
     return atan2(e[1], e[0]);
@@ -271,7 +273,7 @@ void solution::norm_dir1()
 double solution::dir2comp(int i, double d[3], double e[3], double *rr, double *l, double r1[3][3], double r2[3][3],
                           int *l1, int *l2)
 {
-    difference(KIND_VERTICAL, i, d, r1, r2, l1, l2);
+    difference(dir2 + i, d, r1, r2, l1, l2);
     toinstrument(d, e);
     *rr = dot(d, d);
     *l = 0.0;
@@ -383,3 +385,5 @@ void solution::norm_az()
         addrow(ia1[0], 0, v * w);
     }
 }
+
+} // namespace vornengine

@@ -18,6 +18,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double SHALLOWEST = 1.0e-07; // distance from the image plane, metres
 
 struct plainimage {
@@ -48,11 +50,7 @@ int solution::image_coor(int i, int icam, double d[3], double e[3], double *u, d
                          double r2[3][3], int *l1, int *l2)
 {
     const measure *m = obsuv1 + i;
-    *l1 = *l2 = -1;
-    if (m->time != 0)
-        lumpdelta(7, i, d, r1, r2, l1, l2);
-    else
-        for (int k = 0; k < 3; k++) d[k] = m->p2->xpt[k] - m->p1->xpt[k];
+    difference(m, d, r1, r2, l1, l2);
     toinstrument(d, e);
     if (!(fabs(e[2]) > SHALLOWEST)) {
         fprintf(out, "image_coor: third local delta too small\n");
@@ -158,3 +156,5 @@ void solution::norm_gps()
         buildgps(i, iu, w);
     }
 }
+
+} // namespace vornengine

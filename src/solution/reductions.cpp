@@ -21,6 +21,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 // One line of sight; lengths in metres.
 struct sight {
     double h1, h2;
@@ -86,7 +88,7 @@ static double raisedlonger(const sight *s)
 static double leglonger(double s, double q)
 {
     const double leg = sqrt((s - q) * (s + q));
-    return s > 0.0 ? -q * q / (leg + s) : leg - s;
+    return s > 0.0 ? 0.0 - q * q / (leg + s) : leg - s;
 }
 
 // Reduction of a slope distance s to the horizontal in mixed coordinates; a and b are the
@@ -107,6 +109,13 @@ static double originhorizontal(const measure *m, double a, double b, double radi
     return longer - leg * (mean - horigin) / (mean + radius);
 }
 
+static void trace_reduction(const settings *set, const measure *m, double r)
+{
+    if (set->idebug == 0) return;
+    fprintf(set->out, "%s (%9.6lf)  %s (%9.6lf)  %15.6lf %12.6lf\n", m->p1->name, m->h1, m->p2->name, m->h2, m->val[0],
+            r);
+}
+
 double solution::distred(int i)
 {
     const measure *m = dist + i;
@@ -122,14 +131,8 @@ double solution::distred(int i)
     } else if (iredux == 9) {
         r = originhorizontal(m, a, b, radius, horigin);
     }
-    tracereduction(m, r);
+    trace_reduction(this, m, r);
     return r;
-}
-
-void solution::tracereduction(const measure *m, double r)
-{
-    if (idebug == 0) return;
-    fprintf(out, "%s (%9.6lf)  %s (%9.6lf)  %15.6lf %12.6lf\n", m->p1->name, m->h1, m->p2->name, m->h2, m->val[0], r);
 }
 
 // Angles.
@@ -165,10 +168,11 @@ double solution::dir1red(int i)
     const double raise = ((s.h2 - s.h1) * s.qa - s.h1 * s.dq) / s.qa / s.qb; // h2 / qb - h1 / qa
     const double t1 = atan2(-k * g[2] * s.lv * (1.0 + s.h2 / s.qb) / s.qa / s.lu, n[2] * sight_g - l[2] * vertical_g);
     const double t2 = atan2(k * raise / s.lu, sight_g);
+    const double shown1 = t1 + 0.0, shown2 = t2 + 0.0; // a zero without sign
 
     if (idebug != 0)
         fprintf(out, "%s (%9.6lf)  %s (%9.6lf)  %15.6lf %12.6lf% 9.6lf\n", m->p1->name, m->h1, m->p2->name, m->h2,
-                m->val[0], t1, t2);
+                m->val[0], shown1, shown2);
     return t1 + t2;
 }
 
@@ -189,9 +193,11 @@ double solution::dir2red(int i)
     const double drop = n[2] > 0.0 ? across / (1.0 + n[2]) : 1.0 - n[2]; // 1 - n[2]
     const double tilt =
         2.0 * atan2(g[2] * drop - n[0] * g[0] - n[1] * g[1], sqrt(g[0] * g[0] + g[1] * g[1]) + crosslength(n, g));
-    const double raise = s.h1 * s.dq - (s.h2 - s.h1) * s.qa; // h1 qb - h2 qa
-    const double r = tilt + atan2(s.sintheta * raise / s.lv / s.lu, dot(g, l));
+    const double raise = s.h1 * s.dq - (s.h2 - s.h1) * s.qa;                          // h1 qb - h2 qa
+    const double r = tilt + atan2(s.sintheta * raise / s.lv / s.lu, dot(g, l)) + 0.0; // a zero without sign
 
-    tracereduction(m, r);
+    trace_reduction(this, m, r);
     return r;
 }
+
+} // namespace vornengine

@@ -13,7 +13,9 @@
 #include <math.h>
 
 #include "numerics/sidefile.h"
-#include "sidefiles.h"
+#include "vorn/sidefiles.h"
+
+namespace vornengine {
 
 void reduceangle(double *a)
 {
@@ -70,10 +72,10 @@ void solution::tracedelta(int iter)
 
 // Height above the sphere, h = z + horigin + (x^2 + y^2) / 2r with r the distance of z
 // from the centre. A height that is fixed without its plane position stays.
-void solution::addheights()
+static void add_heights(const solverinput *in)
 {
-    for (int i = 0; i < npoints; i++) {
-        point *p = points + i;
+    const double radius = in->radius, horigin = in->horigin;
+    for (point *p = in->points; p < in->points + in->npoints; p++) {
         if (p->defdatum[2] == DATUM_FIXED_HEIGHT) continue;
         p->h = (p->xpt[0] * p->xpt[0] + p->xpt[1] * p->xpt[1]) / (2.0 * (radius + horigin + p->xpt[2])) + horigin +
                p->xpt[2];
@@ -103,7 +105,7 @@ void solution::applydelta(int iter)
     for (int i = nsta; i < npoints; i++) add_coordinates(points + i, delta);
     for (int i = 0; i < ncamera; i++) add_camera(cameras + i, d2);
     for (int i = 0; i < nlump; i++) add_lump(lumps + i, d2);
-    if (dim == 3 && iearth != 0) addheights();
+    if (dim == 3 && iearth != 0) add_heights(this);
     if (ndatum != 0 && irun != -1) adddatum();
 }
 
@@ -124,14 +126,14 @@ static void print_epoch(FILE *out, const lump *l, int e)
     fprintf(out, "scale        %17.6lf\n", l->scale[e]);
 }
 
-void solution::lumpinformation()
+static void print_lumps(FILE *out, const network *net)
 {
     fprintf(out, "\n\nLumps information\n");
-    for (int k = 0; k < nlump; k++) {
-        const lump *l = lumps + k;
+    for (int k = 0; k < net->nlump; k++) {
+        const lump *l = net->lumps + k;
         fprintf(out, "\nLump %d observed at %d epochs is made of:\n", l->id, l->nepoch);
-        for (int i = 0; i < npoints; i++)
-            if (points[i].ilump == k + 1) fprintf(out, "     %s\n", points[i].name);
+        for (int i = 0; i < net->npoints; i++)
+            if (net->points[i].ilump == k + 1) fprintf(out, "     %s\n", net->points[i].name);
         for (int e = 0; e < l->nepoch - 1; e++) print_epoch(out, l, e);
     }
 }
@@ -146,15 +148,16 @@ void solution::corrections()
         if (dim == 2) fprintf(out, "%s%22.6lf %15.6lf\n", p->name, dx, dy);
         if (dim == 3) fprintf(out, "%s%22.6lf %15.6lf %15.6lf\n", p->name, dx, dy, dz);
     }
-    if (dim == 3 && nlump > 0) lumpinformation();
+    if (dim == 3 && nlump > 0) print_lumps(out, this);
 }
 
 // ---- final results ----
 
-void solution::reported(const point *p, double x[3])
+// Coordinates as the report shows them, origin put back.
+static void reported(const settings *set, const point *p, double x[3])
 {
-    for (int c = 0; c < 3; c++) x[c] = p->xpt[c] + trans[c];
-    if (iearth == 2) x[2] = p->h + trans[2];
+    for (int c = 0; c < 3; c++) x[c] = p->xpt[c] + set->trans[c];
+    if (set->iearth == 2) x[2] = p->h + set->trans[2];
 }
 
 // Orientation, with the refraction term if it is estimated; coordinates, with the
@@ -169,17 +172,17 @@ static void print_station(FILE *out, const point *p, const double x[3])
     fprintf(out, "\n");
 }
 
-void solution::finalspace()
+static void print_space(const solverinput *in)
 {
     double x[3];
-    for (int i = 0; i < nsta; i++) {
-        reported(points + i, x);
-        print_station(out, points + i, x);
+    for (int i = 0; i < in->nsta; i++) {
+        reported(in, in->points + i, x);
+        print_station(in->out, in->points + i, x);
     }
-    fprintf(out, "\n");
-    for (int i = nsta; i < npoints; i++) {
-        reported(points + i, x);
-        fprintf(out, "%s%22.6lf %15.6lf %15.6lf\n", points[i].name, x[0], x[1], x[2]);
+    fprintf(in->out, "\n");
+    for (const point *p = in->points + in->nsta; p < in->points + in->npoints; p++) {
+        reported(in, p, x);
+        fprintf(in->out, "%s%22.6lf %15.6lf %15.6lf\n", p->name, x[0], x[1], x[2]);
     }
 }
 
@@ -200,11 +203,10 @@ static void print_distortion(FILE *f, const camera *cam)
 }
 
 // Inner parameters of every camera; all: distortion lines whatever npar says.
-void solution::camerainformation(FILE *f, int all)
+static void print_cameras(FILE *f, const camera *cameras, int ncamera, bool all)
 {
     fprintf(f, "\nCamera information\n");
-    for (int i = 0; i < ncamera; i++) {
-        const camera *cam = cameras + i;
+    for (const camera *cam = cameras; cam < cameras + ncamera; cam++) {
         fprintf(f, "\n%-9s focal length %16.6lf\n", cam->name, cam->par[0]);
         fprintf(f, "%10sprincipal point %13.6lf%13.6lf\n", "", cam->par[1], cam->par[2]);
         if (all || cam->npar > 3) print_distortion(f, cam);
@@ -228,8 +230,8 @@ void solution::finalresults(int iter)
         for (int i = 0; i < npoints; i++) fprintf(out, "%s%22.6lf\n", points[i].name, points[i].xpt[2]);
     if (dim == 2)
         for (int i = 0; i < npoints; i++) print_plane(out, points + i, trans, i < nsta);
-    if (dim == 3) finalspace();
-    if (nobsuv != 0) camerainformation(out, 0);
+    if (dim == 3) print_space(this);
+    if (nobsuv != 0) print_cameras(out, cameras, ncamera, false);
 }
 
 // ---- plain residuals ----
@@ -246,12 +248,13 @@ double solution::toraw(int kind, int mode, double x)
 
 // Mark of a class code: * beyond the limits, Q outermost class, q the next two on either
 // side when the classes are fine enough.
-char solution::residualmark(int c)
+static char residual_mark(const histograms *h, int c)
 {
+    const int nclass = h->nclass;
     char mark = ' ';
     if (c == 9999 || c == -9999) mark = '*';
     if (c == 0 || c == nclass - 1) mark = 'Q';
-    if (nclass > 9 && hrange > 4.9)
+    if (nclass > 9 && h->hrange > 4.9)
         if (c == 1 || c == 2 || c == nclass - 2 || c == nclass - 3) mark = 'q';
     return mark;
 }
@@ -263,7 +266,7 @@ void solution::residualtable(int kind, const char *title, const measure *list, i
     for (int i = 0; i < n; i++) {
         const measure *m = list + i;
         fprintf(out, "%s %s %15.6lf %15.6lf         %c\n", m->p1->name, m->p2->name, toraw(kind, 1, m->val[0]),
-                toraw(kind, 0, toraw(kind, 2, m->res[0])), residualmark(m->iflag));
+                toraw(kind, 0, toraw(kind, 2, m->res[0])), residual_mark(this, m->iflag));
     }
 }
 
@@ -274,9 +277,9 @@ void solution::gpstable()
     for (int i = 0; i < ngps; i++) {
         const gpsbase *g = gps + i;
         fprintf(out, "%s %s %15.6lf %15.6lf         %c\n", g->p1->name, g->p2->name, g->dx[0], g->res[0],
-                residualmark(g->iflag[0]));
+                residual_mark(this, g->iflag[0]));
         for (int k = 1; k < 3; k++)
-            fprintf(out, "%33.6lf %15.6lf         %c\n", g->dx[k], g->res[k], residualmark(g->iflag[k]));
+            fprintf(out, "%33.6lf %15.6lf         %c\n", g->dx[k], g->res[k], residual_mark(this, g->iflag[k]));
     }
 }
 
@@ -284,20 +287,20 @@ void solution::gpstable()
 // position given by the typ of the station's point record. That typ tells a levelled
 // instrument and may lie beyond the cameras; then the camera of the observation serves.
 // Null when that does not exist either.
-const camera *solution::photocamera(int i)
+static const camera *photo_camera(const network *net, int i)
 {
-    int c = obsuv1[i].p1->typ;
-    if (c < 0 || c >= ncamera) c = obsuv1[i].typ;
-    return c >= 0 && c < ncamera ? cameras + c : NULL;
+    int c = net->obsuv1[i].p1->typ;
+    if (c < 0 || c >= net->ncamera) c = net->obsuv1[i].typ;
+    return c >= 0 && c < net->ncamera ? net->cameras + c : NULL;
 }
 
 // Residuals in pixels and in thousandths of the camera's unit. A residual above half a
 // pixel carries a star and puts the observation on rejects, which may be null.
-void solution::photorow(FILE *rejects, int i)
+static void print_photo(FILE *out, FILE *rejects, const network *net, int i)
 {
-    const measure *u = obsuv1 + i;
-    const camera *cam = photocamera(i);
-    const double ru = u->res[0], rv = obsuv2[i].res[0];
+    const measure *u = net->obsuv1 + i;
+    const camera *cam = photo_camera(net, i);
+    const double ru = u->res[0], rv = net->obsuv2[i].res[0];
     const double pu = cam ? cam->pu : 0.0, pv = cam ? cam->pv : 0.0;
     const char mu = fabs(ru) > 0.5 ? '*' : ' ', mv = fabs(rv) > 0.5 ? '*' : ' ';
     const char *from = u->p1->name, *to = u->p2->name;
@@ -314,9 +317,9 @@ void solution::phototable()
     FILE *rejects = open_side("rejects", error);
     if (rejects) fprintf(rejects, "%s\n", pname);
     fprintf(out, "\n\nphoto coordinates (pixel and 1/1000th unit)\n");
-    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) photorow(rejects, i); // those behind were never read
+    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) print_photo(out, rejects, this, i); // those behind were never read
     if (!rejects) return;
-    camerainformation(rejects, 1);
+    print_cameras(rejects, cameras, ncamera, true);
     close_side(rejects, error);
 }
 
@@ -330,3 +333,5 @@ void solution::residualtables()
     gpstable();
     phototable();
 }
+
+} // namespace vornengine

@@ -17,6 +17,8 @@
 
 #include "numerics/distributions.h"
 
+namespace vornengine {
+
 // Limits of |x|: normal and divided normal; of |x| / sigpost: tau and divided tau.
 struct testlimits {
     double sigpost;
@@ -26,21 +28,6 @@ struct testlimits {
 static const double SMALLEST_DEVIATION = 1e-09; // an observation below it has no redundancy
 
 static int whole(double x) { return x > 0.0 && x < (double)INT_MAX ? (int)x : 0; }
-
-// Probability of each class under the normal distribution: difference of two tails, or
-// for a class that spans zero twice what its lower limit leaves of one half.
-void solution::classprobabilities()
-{
-    hnorm[0] = distrib::normtail(hrange);
-    for (int i = 1; i < nclass; i++) hnorm[i] = distrib::normtail(fabs(hlim[i]));
-    for (int i = 0; i < nclass - 1; i++) {
-        if (hlim[i + 1] * hlim[i] < 0.0)
-            hnorm[i] = 2.0 * (0.5 - hnorm[i]);
-        else
-            hnorm[i] = fabs(hnorm[i + 1] - hnorm[i]);
-    }
-    hnorm[nclass - 1] = hnorm[0];
-}
 
 int solution::classify(double r, double s, double sigpost, double cn, char *mn, double cnb, char *mnb, double ct,
                        char *mt, double ctb, char *mtb, char *mout)
@@ -172,3 +159,5 @@ void solution::resanalysis(double sigpost, double dofc)
     histogram("\nhistogram of all observations residuals\n", hall, ndist + ndifh + ndir1 + ndir2 + naz + 3 * ngps,
               &verdict);
 }
+
+} // namespace vornengine

@@ -15,6 +15,8 @@
 
 #include "numerics/packed.h"
 
+namespace vornengine {
+
 static const double SMALLEST_COFACTOR = 1.0e-14;   // a smaller one is rounding and counts as 0
 static const double SMALLEST_REDUNDANCY = 1.0e-07; // below it a kind has no component
 
@@ -25,19 +27,21 @@ struct residualsum {
 };
 
 // Cofactor of the residual whose row stands in the row buffer, built with the factor w: the
-// first n1 entries of ia1 and the first n2 of ia2.
+// first n1 entries of ia1 and the first n2 of ia2. The sum runs block by block, coordinates with
+// coordinates first: its rounding decides about a residual at the limit.
 double solution::cofres(int n1, int n2, double w)
 {
     int u[25];
     double c[25];
-    const int n = n1 + n2;
+    const int n = n1 + n2, begin[2] = {0, n1}, end[2] = {n1, n};
     for (int k = 0; k < n; k++) {
         u[k] = k < n1 ? ia1[1 + k] : nunk1 + ia2[1 + k - n1];
         c[k] = k < n1 ? a1[1 + k] : a2[1 + k - n1];
     }
     double q = 0.0;
-    for (int i = 0; i < n; i++)
-        for (int j = 0; j < n; j++) q += Q(u[i], u[j]) * c[i] * c[j] / w / w;
+    for (int b = 0; b < 4; b++)
+        for (int i = begin[b / 2]; i < end[b / 2]; i++)
+            for (int j = begin[b % 2]; j < end[b % 2]; j++) q += Q(u[i], u[j]) * c[i] * c[j] / w / w;
     return 1.0 / (w * w) - q;
 }
 
@@ -245,3 +249,5 @@ double solution::rescov(double *dofc, double *vdist, double *vdifh, double *vdir
     if (nobsuv > 0) *vphoto = covphoto(&sum, dofc);
     return sum;
 }
+
+} // namespace vornengine

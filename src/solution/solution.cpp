@@ -7,31 +7,15 @@
 
 #include <math.h>
 #include <stdlib.h>
-#include <string.h>
 
 #include "numerics/memory.h"
 #include "vorn/message.h"
 
+namespace vornengine {
+
 solution::solution(const solverinput &in)
-    : pfeedback(in.pproject->pfeedback), pproject(in.pproject), pname(in.pproject->filename), out(in.pproject->out),
-      irun(in.pproject->irun), idebug(in.pproject->idebug), dim(in.pproject->dim), iearth(in.pproject->iearth),
-      radius(in.pproject->radius), horigin(in.pproject->horigin), itmax(in.pproject->itmax),
-      convergence(in.pproject->convergence), pi(4.0 * atan(1.0)), points(in.points), dist(in.dist), difh(in.difh),
-      dir1(in.dir1), dir2(in.dir2), nsta(in.nsta), ntar(in.ntar), npoints(in.nsta + in.ntar), ndist(in.ndist),
-      ndifh(in.ndifh), ndir1(in.ndir1), ndir2(in.ndir2), nweighted(in.nweighted), nfixh(in.nfixh), sdist(in.sdist),
-      sdifh(in.sdifh), sdir1(in.sdir1), sdir2(in.sdir2), sigma0(in.sigma0), naz(in.naz), ngps(in.ngps), az(in.az),
-      gps(in.gps), saz(in.saz), sgps(in.sgps), iredux(in.iredux), nunk1(in.nunk1), nunk2(in.nunk2), ndatum(in.ndatum),
-      nunk(in.nunk), datum(), centre(), rot(), a1(), a2(), ia1(), ia2(), rhs(NULL), delta(NULL), inv(NULL),
-      confidence(95.0), nclass(10), hrange(5.0), hlim(NULL), hnorm(NULL), hall(NULL), hdist(NULL), hdifh(NULL),
-      hdir1(NULL), hdir2(NULL), haz(NULL), hgps1(NULL), hgps2(NULL), hgps3(NULL), nlump(in.nlump), lumps(in.lumps),
-      icon(in.icon), nexport(in.nexport), nimport(in.nimport), lcon(in.lcon), Qcon(in.Qcon), bycolumn(NULL),
-      nobsuv(in.nobsuv), obsuv1(in.obsuv1), obsuv2(in.obsuv2), suv(in.suv), ncamera(in.ncamera), cameras(in.cameras),
-      temp_res(in.temp_res), sidefiles(in.sidefiles), nskip(0)
+    : solverinput(in), centre(), rot(), rhs(NULL), delta(NULL), inv(NULL), confidence(95.0), bycolumn(NULL), nskip(0)
 {
-    memcpy(trans, in.pproject->trans, sizeof trans);
-    latitude = in.pproject->latitude * pi / 180.0;
-    if (in.datum) memcpy(datum, in.datum, sizeof datum);
-    if (in.ia1) memcpy(ia1, in.ia1, sizeof ia1);
 }
 
 // One step: zeronormal, normal, resolution, applydelta; the step is applied before it is
@@ -135,11 +119,11 @@ void solution::normal()
 
 // Root of the mean a-priori variance, each component of an observation counted once; not a
 // number without observations.
-double solution::meansigma()
+static double mean_sigma(const solverinput *in)
 {
-    const double n[] = {(double)ndist, (double)ndifh,      (double)ndir1,       (double)ndir2,
-                        (double)naz,   3.0 * (double)ngps, 2.0 * (double)nobsuv};
-    const double s[] = {sdist, sdifh, sdir1, sdir2, saz, sgps, suv};
+    const double n[] = {(double)in->ndist, (double)in->ndifh,      (double)in->ndir1,       (double)in->ndir2,
+                        (double)in->naz,   3.0 * (double)in->ngps, 2.0 * (double)in->nobsuv};
+    const double s[] = {in->sdist, in->sdifh, in->sdir1, in->sdir2, in->saz, in->sgps, in->suv};
     double sum = 0.0, count = 0.0;
     for (int k = 0; k < 7; k++) {
         sum += n[k] * s[k] * s[k];
@@ -161,7 +145,7 @@ static int classes(int usual, double dofc)
 int solution::statistics(double *sigpost)
 {
     double dofc = 0.0, vdist = 0.0, vdifh = 0.0, vdir1 = 0.0, vdir2 = 0.0, vaz = 0.0, vgps = 0.0, vphoto = 0.0;
-    sigma0 = meansigma();
+    sigma0 = mean_sigma(this);
     const double sum = rescov(&dofc, &vdist, &vdifh, &vdir1, &vdir2, &vaz, &vgps, &vphoto);
     *sigpost = variances(sum, dofc, vdist, vdifh, vdir1, vdir2, vaz, vgps, vphoto);
     if (*sigpost == -1.0) {
@@ -223,84 +207,6 @@ int solution::statalloc()
     return code;
 }
 
-void solution::freestat()
-{
-    double **const values[] = {&hlim, &hnorm};
-    int **const counts[] = {&hall, &hdist, &hdifh, &hdir1, &hdir2, &haz, &hgps1, &hgps2, &hgps3};
-    for (double **a : values) {
-        free(*a);
-        *a = NULL;
-    }
-    for (int **a : counts) {
-        free(*a);
-        *a = NULL;
-    }
-}
-
-// A list in metres: names, value, standard deviation.
-void solution::tracemeasures(const char *title, const measure *list, int n)
-{
-    fprintf(out, "%s", title);
-    for (const measure *m = list; m < list + n; m++)
-        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", m->p1->name, m->p2->name, m->val[0], m->val[1]);
-}
-
-// A list of angles, shown as horizontal ones whatever they are.
-void solution::tracehorizontal(const measure *list, int n)
-{
-    for (const measure *m = list; m < list + n; m++)
-        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", m->p1->name, m->p2->name, pproject->htoraw(1, m->val[0]),
-                pproject->htoraw(0, m->val[1]));
-}
-
-// Parallel lists of directions and vertical angles: one line a pair that names the same
-// points, otherwise both pairs of names with their index.
-void solution::tracepairs()
-{
-    for (int i = 0; i < ndir1; i++) {
-        const measure *h = dir1 + i, *v = dir2 + i;
-        const point *a = h->p1, *b = h->p2, *c = v->p1, *d = v->p2;
-        if (strcmp(a->name, c->name) == 0 && strcmp(b->name, d->name) == 0)
-            fprintf(out, "%8s  %8s%22.5lf%15.5lf%15.5lf%10.5lf\n", a->name, b->name, pproject->htoraw(1, h->val[0]),
-                    pproject->vtoraw(1, v->val[0]), pproject->htoraw(0, h->val[1]), pproject->vtoraw(0, v->val[1]));
-        else
-            fprintf(out, "dir1%4d %8s  %8s\ndir2%4d %8s  %8s\n", i, a->name, b->name, i, c->name, d->name);
-    }
-}
-
-void solution::tracedirections()
-{
-    fprintf(out, "directions\n");
-    if (ndir1 == ndir2) {
-        tracepairs();
-        return;
-    }
-    tracehorizontal(dir1, ndir1);
-    if (dim == 2 && ndir2 == 0) return;
-    fprintf(out, "\n");
-    tracehorizontal(dir2, ndir2);
-}
-
-void solution::traceobs(int withtyp)
-{
-    if (withtyp) {
-        fprintf(out, "distances\n");
-        for (const measure *m = dist; m < dist + ndist; m++)
-            fprintf(out, "%8s  %8s%22.5lf%15.5lf    %d\n", m->p1->name, m->p2->name, m->val[0], m->val[1], m->typ);
-    } else {
-        tracemeasures("distances\n", dist, ndist);
-    }
-    tracemeasures("height differences\n", difh, ndifh);
-    tracedirections();
-    fprintf(out, "gps baselines\n");
-    for (const gpsbase *g = gps; g < gps + ngps; g++)
-        fprintf(out, "%8s  %8s%22.6lf%15.6lf%15.6lf\n", g->p1->name, g->p2->name, g->dx[0], g->dx[1], g->dx[2]);
-    fprintf(out, "photo coordinates\n");
-    for (int i = 0; i < nobsuv && obsuv1[i].p1; i++) // those behind were never read
-        fprintf(out, "%8s  %8s%22.5lf%15.5lf\n", obsuv1[i].p1->name, obsuv1[i].p2->name, obsuv1[i].val[0],
-                obsuv2[i].val[0]);
-}
-
 // Mean of each coordinate over the points that use it for the datum, 0 where none does.
 // Nothing to do without datum rows and in dimension 1.
 void solution::setcentre()
@@ -350,3 +256,5 @@ double solution::importdiff(int col, double previous)
     const int k = (at - 1) % 3;
     return p->x0[k] - p->xpt[k];
 }
+
+} // namespace vornengine

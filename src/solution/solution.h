@@ -5,24 +5,28 @@
 // w * d(computed)/d(unknown), right-hand side w * (observed - computed), with
 // w = a-priori standard deviation of the list / own standard deviation. Rows carry the
 // square root of the weight, so a solver accumulates plain products.
+// It takes n1 entries of the first and n2 of the second kind from the row buffer by
+// addrow(n1, n2, b).
 //
-// Row buffer, before addrow(n1, n2, b): ia1[1..n1] numbers of first-kind unknowns
-// (coordinates), a1[1..n1] their coefficients; ia2[1..n2] numbers of second-kind
-// unknowns, relative to nunk1, a2[1..n2] their coefficients; ia1[0] = n1, ia2[0] = n2.
+// Helpers that need no solver are static functions of their files: they take the settings and
+// the network that they read.
 
 #ifndef VORN_SOLUTION_H
 #define VORN_SOLUTION_H
 
 #include <stdio.h>
 
-#include "project.h"
-#include "vorn/records.h"
+#include "solution/histograms.h"
+#include "solution/rowbuffer.h"
+#include "vorn/settings.h"
+
+namespace vornengine {
 
 struct testlimits; // limits of the residual tests, private to the residual analysis
 
 struct residualsum; // what the residuals of a kind add up to, private to their covariances
 
-class solution {
+class solution : public solverinput, public rowbuffer, public histograms {
 public:
     explicit solution(const solverinput &in);
 
@@ -48,17 +52,15 @@ public:
 protected:
     friend struct solution_access; // white-box tests
 
-    ~solution() { freestat(); } // objects are deleted through their own class
+    ~solution() = default; // objects are deleted through their own class
 
     // frame
     int iterations(int *iter);
     int testdelta(int iter, double limit, double *largest);
     void plainreport();
     int statistics(double *sigpost);
-    double meansigma();
     void normal();
     int statalloc();
-    void freestat(); // releases the histogram arrays
 
     // observation geometry
     void norm_dist();
@@ -85,7 +87,7 @@ protected:
     void dir2row2(int i, double w, const double d[3], double ca, double sa, double cb, double l, const double g[3],
                   const double r1[3][3], const double r2[3][3], int l1, int l2);
     double azcomp(int i);
-    void difference(int kind, int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
+    void difference(const measure *m, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
     void toinstrument(const double d[3], double e[3]);
     void coorentries(const measure *m, double f, const double v[3], const double r1[3][3], const double r2[3][3],
                      int l1, int l2);
@@ -100,7 +102,6 @@ protected:
     void geomvec(int which, int i, double n[3], double l[3], double g[3]);
     double dir1red(int i);
     double dir2red(int i);
-    void tracereduction(const measure *m, double r);
 
     // images and baselines
     void norm_photo();
@@ -114,14 +115,13 @@ protected:
     void norm_gps();
 
     // lumps and constraints
-    void lumpdelta(int kind, int i, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
+    void lumpdelta(const measure *m, double d[3], double r1[3][3], double r2[3][3], int *l1, int *l2);
     void lumppoint(int ilump, int j, double x[3], double r[3][3]);
     void lumpderiv(int ilump, int j, const double x[3], const double r[3][3], double b[3][7]);
     void lumprow(int first, double f, const double v[3], const double b[3][7]);
     void norm_lump();
     void norm_fixh();
     void norm_weighted();
-    int lumpposition(const point *p, int t);
     int lumpmoved(const point *p, int t, double x[3], double r[3][3]);
     void coorcondition(int number, double a, double b);
     void paramcondition(int number, double a, double b);
@@ -132,12 +132,8 @@ protected:
 
     // shared by the least-squares solvers
     void traceobs(int withtyp); // lists the observations; withtyp adds typ to a distance
-    void tracemeasures(const char *title, const measure *list, int n);
-    void tracedirections();
-    void tracepairs();
-    void tracehorizontal(const measure *list, int n);
-    void setcentre();  // means of the datum coordinates
-    int indeximport(); // takes bycolumn with an imported net; 0, or -1 without memory
+    void setcentre();           // means of the datum coordinates
+    int indeximport();          // takes bycolumn with an imported net; 0, or -1 without memory
     void dropimport();
     double importdiff(int col, double previous);
 
@@ -172,15 +168,8 @@ protected:
     double justaz();
     double plainresidual(measure *m, double v, double s);
     void gpsres(double *sum);
-    void filllimits();     // class limits of the histograms
-    int classof(double x); // class of a value, -1 at or below the first limit
-    int classcode(double r);
-    long long observations(); // rows of observations, baselines and image coordinates counted by component
     void justtest(double sum);
-    void testfactor(double t, tempresult *result);
-    void showcomponent(int n, const char *text, double component, double apriori, double *root);
 
-    void classprobabilities();
     void testresidual(double r, double s, const testlimits *lim, int *count, kindresult *block, int *iflag,
                       char marks[5]);
     void kindresiduals(int kind, const char *title, const char *heading, measure *list, int n, const testlimits *lim,
@@ -205,96 +194,29 @@ protected:
     // reports and exports
     void applydelta(int iter);
     void tracedelta(int iter);
-    void addheights();
     void adddatum();
     void corrections();
-    void lumpinformation();
     void finalresults(int iter);
-    void finalspace();
-    void reported(const point *p, double x[3]); // coordinates as the report shows them, origin put back
-    void camerainformation(FILE *f, int all);
     double toraw(int kind, int mode, double x); // angles of a kind to the host's unit; lengths as they are
     int justout();
     void residualtables();
-    char residualmark(int c);
     void residualtable(int kind, const char *title, const measure *list, int n);
     void gpstable();
     void phototable();
-    void photorow(FILE *rejects, int i);
-    const camera *photocamera(int i);
-    int pointnamed(const char *name, int first, int n);
-    int collect(int n, int iconn, const char *name, int first, int npoint);
-    int collectexports();
-    int keepblocks(int n);
     void writeQcon();
-    int choosestations(FILE *f, int *chosen);
-    int stationunknown(const point *p, int k);
     void writecofactors(FILE *f, const int *chosen, int row);
     void writestations(FILE *f, const int *chosen, int n);
     void input_for_tessalpin(FILE *f);
     void stationcofactors();
 
-    Feedback *pfeedback;
-    project *pproject;
-    char *pname; // the run's file name inside the project
-    FILE *out;
-    int irun; // -2 error propagation, -1 L1, 0 solution, 1 statistics
-    int idebug;
-    int dim;
-    int iearth; // 0 none, 1 cartesian, 2 mixed coordinates
-    double radius;
-    double trans[3];
-    double horigin;
-    double latitude; // radians
-    int itmax;
-    double convergence;
-    double pi;
-    point *points; // [npoints]
-    measure *dist, *difh, *dir1, *dir2;
-    int nsta, ntar, npoints;
-    int ndist, ndifh, ndir1, ndir2;
-    int nweighted, nfixh;
-    double sdist, sdifh, sdir1, sdir2;
-    double sigma0;
-    int naz, ngps;
-    measure *az;
-    gpsbase *gps;
-    double saz, sgps;
-    int iredux;       // reduction code of distances
-    int nunk1;        // coordinates
-    int nunk2;        // orientations, constants, camera and lump parameters
-    int ndatum;       // rows of datum conditions
-    int nunk;         // order of the system; prepare adds ndatum
-    double datum[7];  // datum parameters
     double centre[3]; // means of the datum coordinates
     double rot[3][3]; // rotation of the current station
-    double a1[8];     // row buffer, entries 1 to 7
-    double a2[18];    // row buffer, entries 1 to 17
-    int ia1[8];
-    int ia2[18];
     double *rhs;
-    double *delta;                                   // [nunk] solution of one iteration
-    double *inv;                                     // [nunk][nunk] inverse, row by row
-    double confidence;                               // percent
-    int nclass;                                      // classes of a histogram
-    double hrange;                                   // half range of the histograms in standard deviations
-    double *hlim, *hnorm;                            // [nclass] class limits, class probabilities
-    int *hall, *hdist, *hdifh, *hdir1, *hdir2, *haz; // [nclass] counts
-    int *hgps1, *hgps2, *hgps3;
-    int nlump;
-    lump *lumps;
-    int icon, nexport, nimport;
-    int *lcon;
-    double *Qcon;
-    int *bycolumn; // [nunk1 + 1] with an imported net, see indeximport
-    int nobsuv;
-    measure *obsuv1, *obsuv2;
-    double suv;
-    int ncamera;
-    camera *cameras;
-    tempresult *temp_res;
-    side_files *sidefiles; // where lost files are entered, or null
-    int nskip;             // rows that lists which ended early left out of this assembly
+    double *delta;     // [nunk] solution of one iteration
+    double *inv;       // [nunk][nunk] inverse, row by row
+    double confidence; // percent
+    int *bycolumn;     // [nunk1 + 1] with an imported net, see indeximport
+    int nskip;         // rows that lists which ended early left out of this assembly
 };
 
 // Weight factor of an observation: a-priori standard deviation s of its list over its own,
@@ -303,5 +225,7 @@ double weightfactor(double s, double sigma);
 
 // Brings an angle (radians) below two pi in magnitude, keeping its sign.
 void reduceangle(double *a);
+
+} // namespace vornengine
 
 #endif

@@ -16,7 +16,9 @@
 #include <math.h>
 #include <string.h>
 
-#include "vorn/names.h"
+#include "loading/names.h"
+
+namespace vornengine {
 
 // The two coordinates of each plane.
 static const int PLANE[3][2] = {{0, 1}, {0, 2}, {1, 2}};
@@ -26,7 +28,10 @@ static const double SMALLEST_DIFFERENCE2 = 1e-10; // metres squared
 
 static double root(double q) { return q > 0.0 ? sqrt(q) : 0.0; }
 
-double solution::rootvariance(int i, double f) { return root(Q(i, i)) * f; }
+// f times the root; 0 without one, whatever f is.
+static double scaled_root(double q, double f) { return q > 0.0 ? sqrt(q) * f : 0.0; }
+
+double solution::rootvariance(int i, double f) { return scaled_root(Q(i, i), f); }
 
 // Eigenvalues l of the block as axes sqrt(l); bearing of the major axis, pi where atan2
 // gives 0.
@@ -57,7 +62,7 @@ void solution::pointplane(point *p, double f)
     double q[3], s[3], a, b, t = 0.0;
     for (int c = 0; c < 3; c++) {
         q[c] = p->n0[c] != N_NONE ? Q(p->n0[c], p->n0[c]) : 0.0;
-        s[c] = root(q[c]) * f;
+        s[c] = scaled_root(q[c], f);
     }
     a = root(q[0]);
     b = root(q[1]);
@@ -197,3 +202,5 @@ void solution::stddev(double f)
     for (int k = 0; k < nlump; k++) lumperrors(lumps + k, f);
     if (pproject->npairs > 0) pairellipses(f);
 }
+
+} // namespace vornengine

@@ -17,30 +17,9 @@
 
 #include "numerics/distributions.h"
 #include "numerics/memory.h"
-#include "vorn/numbers.h"
+#include "loading/numbers.h"
 
-void solution::filllimits()
-{
-    hlim[0] = -hrange;
-    for (int i = 1; i < nclass; i++) hlim[i] = hlim[i - 1] + 2.0 * hrange / nclass;
-}
-
-// Class i lies above hlim[i], up to and including hlim[i + 1]; the last class is open.
-// A value that is not a number counts as below the first limit.
-int solution::classof(double x)
-{
-    int i = 0;
-    while (i < nclass && x > hlim[i]) i++;
-    return i - 1;
-}
-
-// Class of a standardised residual; -9999 at or below -hrange, 9999 above hrange.
-int solution::classcode(double r)
-{
-    const int c = classof(r);
-    if (c < 0) return -9999;
-    return c == nclass - 1 && r > hrange ? 9999 : c;
-}
+namespace vornengine {
 
 // ---- plain residuals ----
 
@@ -185,9 +164,11 @@ void solution::gpsres(double *sum)
 
 // ---- tests of the variance factor ----
 
-long long solution::observations()
+// Rows of observations; baselines and image coordinates count by component.
+static long long observations(const network *net)
 {
-    return (long long)ndist + ndifh + ndir1 + ndir2 + naz + 3LL * ngps + 2LL * nobsuv + nfixh;
+    return (long long)net->ndist + net->ndifh + net->ndir1 + net->ndir2 + net->naz + 3LL * net->ngps +
+           2LL * net->nobsuv + net->nfixh;
 }
 
 // Degrees of freedom with the weighted coordinates as observations; factor relative to
@@ -195,7 +176,7 @@ long long solution::observations()
 void solution::justtest(double sum)
 {
     tempresult none = tempresult(), *result = temp_res ? temp_res : &none;
-    const int nu = count_of(observations() + nweighted - nunk1 - nunk2 + ndatum);
+    const int nu = count_of(observations(this) + nweighted - nunk1 - nunk2 + ndatum);
     double s = 0.0;
     result->dof = nu;
     if (nu >= 1) {
@@ -231,9 +212,8 @@ int solution::justout()
 }
 
 // Verdicts on the tail t of the variance factor; only the one-tailed one is kept.
-void solution::testfactor(double t, tempresult *result)
+static void test_factor(FILE *out, double t, double alpha, tempresult *result)
 {
-    const double alpha = 1.0 - confidence / 100.0;
     const bool one = t > alpha, two = t > alpha / 2.0 && 1.0 - alpha / 2.0 > t;
     fprintf(out, "\n\n%s the one-tailed test on the estimated variance factor\n", one ? "Pass" : "Fail");
     fprintf(out, "%s the two-tailed test on the estimated variance factor\n", two ? "Pass" : "Fail");
@@ -242,7 +222,7 @@ void solution::testfactor(double t, tempresult *result)
 
 // Component of one kind with n observations, its a-priori deviation and its root; text is
 // padded to the width of its column. root may be null.
-void solution::showcomponent(int n, const char *text, double component, double apriori, double *root)
+static void show_component(FILE *out, int n, const char *text, double component, double apriori, double *root)
 {
     if (n <= 0) return;
     const double s = sqrt(component);
@@ -257,14 +237,14 @@ double solution::variances(double sum, double dofc, double vdist, double vdifh, 
                            double vgps, double vphoto)
 {
     tempresult none = tempresult(), *result = temp_res ? temp_res : &none;
-    const int nu = count_of(observations() - nunk1 - nunk2 + ndatum);
+    const int nu = count_of(observations(this) - nunk1 - nunk2 + ndatum);
     if (nu < 1) {
         fprintf(out, "\n\nvariances: no degree of freedom -> no use of statistics\n");
         return -1.0;
     }
     if (idebug > 1 && fabs(dofc - nu) > 1.0)
         fprintf(out, "\nvariances: dofc = %7.1lf\n             nu = %d\n", dofc, nu);
-    testfactor(distrib::chi2tail(nu, sum / sigma0 / sigma0), result);
+    test_factor(out, distrib::chi2tail(nu, sum / sigma0 / sigma0), 1.0 - confidence / 100.0, result);
     const double s = sqrt(sum / nu);
     result->dof = nu;
     result->sigpost = s;
@@ -272,12 +252,14 @@ double solution::variances(double sum, double dofc, double vdist, double vdifh, 
     fprintf(out, "variance          =%14.6lf\n", sum / nu);
     fprintf(out, "sig a priori      =%14.6lf\n", sigma0);
     fprintf(out, "sig a posteriori  =%14.6lf\n", s);
-    showcomponent(ndist, "distances  ", vdist, sdist, &result->dist.sp);
-    showcomponent(ndifh, "height dif ", vdifh, sdifh, &result->difh.sp);
-    showcomponent(ndir1, "horizontal ", vdir1, sdir1, &result->dir1.sp);
-    showcomponent(ndir2, "vertical   ", vdir2, sdir2, &result->dir2.sp);
-    showcomponent(naz, "azimuth    ", vaz, saz, &result->az.sp);
-    showcomponent(ngps, "gps baseline   ", vgps, sgps, NULL);
-    showcomponent(nobsuv, "photo      ", vphoto, suv, &result->photo.sp);
+    show_component(out, ndist, "distances  ", vdist, sdist, &result->dist.sp);
+    show_component(out, ndifh, "height dif ", vdifh, sdifh, &result->difh.sp);
+    show_component(out, ndir1, "horizontal ", vdir1, sdir1, &result->dir1.sp);
+    show_component(out, ndir2, "vertical   ", vdir2, sdir2, &result->dir2.sp);
+    show_component(out, naz, "azimuth    ", vaz, saz, &result->az.sp);
+    show_component(out, ngps, "gps baseline   ", vgps, sgps, NULL);
+    show_component(out, nobsuv, "photo      ", vphoto, suv, &result->photo.sp);
     return s;
 }
+
+} // namespace vornengine

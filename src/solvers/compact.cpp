@@ -15,7 +15,10 @@
 
 #include "numerics/memory.h"
 #include "numerics/packed.h"
+#include "solution/datumrows.h"
 #include "solvers/profile.h"
+
+namespace vornengine {
 
 const int NLUMPPAR = 7; // parameters of one lump epoch
 
@@ -316,65 +319,13 @@ void compact::datumrows()
 {
     const int r0 = nunk1 + nunk2;
     const double v = dim == 1 ? heightscale() : 1.0;
-    for (int i = 0; i < npoints; i++) {
-        const point *p = points + i;
-        const double dx = p->xpt[0] - centre[0], dy = p->xpt[1] - centre[1], dz = p->xpt[2] - centre[2];
-        if (dim == 1) {
-            if (p->defdatum[2] == DATUM_USED) put(r0, p->n0[2], 1.0 / v);
-        } else if (dim == 2) {
-            datum2D(r0, p, dx, dy);
-        } else if (pproject->imixed == -1) {
-            datum3D(r0, p, dx, dy, dz);
-        } else {
-            rotations(r0, p, dx, dy, dz); // a mixed datum holds the rotations only
-        }
+    const datumflags flags = dim == 2 ? FLAG_OF_COLUMN : FLAG_OF_VALUE;
+    const bool mixed = dim == 3 && pproject->imixed != -1;
+    for (const point *p = points; p < points + npoints; p++) {
+        datumentry e[DATUM_ENTRIES];
+        const int n = mixed ? turn_entries(p, centre, flags, e) : datum_entries(p, centre, dim, ndatum, flags, e);
+        for (int k = 0; k < n; k++) put(r0 + e[k].row, p->n0[e[k].coordinate], e[k].value / v);
     }
-}
-
-// Two translations, the rotation and, with ndatum 4, the scale. The flags of the rotation
-// are those of the column.
-void compact::datum2D(int r0, const point *p, double dx, double dy)
-{
-    if (p->defdatum[0] == DATUM_USED) {
-        put(r0, p->n0[0], 1.0);
-        put(r0 + 2, p->n0[0], -dy);
-        if (ndatum == 4) put(r0 + 3, p->n0[0], dx);
-    }
-    if (p->defdatum[1] == DATUM_USED) {
-        put(r0 + 1, p->n0[1], 1.0);
-        put(r0 + 2, p->n0[1], dx);
-        if (ndatum == 4) put(r0 + 3, p->n0[1], dy);
-    }
-}
-
-// Rotations about the three axes at rows r0 to r0 + 2, tested with the flag of the
-// coordinate whose difference is the value.
-void compact::rotations(int r0, const point *p, double dx, double dy, double dz)
-{
-    const int used0 = p->defdatum[0] == DATUM_USED, used1 = p->defdatum[1] == DATUM_USED,
-              used2 = p->defdatum[2] == DATUM_USED;
-    if (used2) put(r0, p->n0[1], -dz);
-    if (used1) put(r0, p->n0[2], dy);
-    if (used2) put(r0 + 1, p->n0[0], dz);
-    if (used0) put(r0 + 1, p->n0[2], -dx);
-    if (used1) put(r0 + 2, p->n0[0], -dy);
-    if (used0) put(r0 + 2, p->n0[1], dx);
-}
-
-void compact::datum3D(int r0, const point *p, double dx, double dy, double dz)
-{
-    const double d[3] = {dx, dy, dz};
-    for (int c = 0; c < 3; c++)
-        if (p->defdatum[c] == DATUM_USED) put(r0 + c, p->n0[c], 1.0);
-
-    if (ndatum == 6 || ndatum == 7) rotations(r0 + 3, p, dx, dy, dz);
-    if (ndatum == 4 || ndatum == 5) {
-        if (p->defdatum[1] == DATUM_USED) put(r0 + 3, p->n0[0], -dy);
-        if (p->defdatum[0] == DATUM_USED) put(r0 + 3, p->n0[1], dx);
-    }
-    if (ndatum == 5 || ndatum == 7)
-        for (int c = 0; c < 3; c++)
-            if (p->defdatum[c] == DATUM_USED) put(r0 + ndatum - 1, p->n0[c], d[c]);
 }
 
 void compact::addrow(int n1, int n2, double b)
@@ -567,3 +518,5 @@ void compact::debugnormal()
     for (int i = nunk1 + nunk2; i < nunk; i++)
         fprintf(out, "datum RHS     #%3d = %25.12lf\n", i - nunk1 - nunk2, delta[i]);
 }
+
+} // namespace vornengine

@@ -13,6 +13,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 class compact final : public solution {
 public:
     explicit compact(const solverinput &in);
@@ -49,9 +51,6 @@ private:
     void importblock();
     double heightscale();
     void datumrows();
-    void datum2D(int r0, const point *p, double dx, double dy);
-    void datum3D(int r0, const point *p, double dx, double dy, double dz);
-    void rotations(int r0, const point *p, double dx, double dy, double dz);
 
     // exchanges before a factorization
     int npair();
@@ -69,5 +68,7 @@ private:
     double *cnorm;   // [compadd[nunk]] profile of the normal matrix
     double *work;    // [solvespace] second buffer of exchange, pivots and panels of the factorization
 };
+
+} // namespace vornengine
 
 #endif

@@ -16,6 +16,9 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "solution/datumrows.h"
+
+namespace vornengine {
 
 static const double LARGEST_DETERMINANT = 1.0e+100;
 
@@ -129,76 +132,24 @@ void jordan::zeronormal()
     memset(rhs, 0, sizeof *rhs * nunk);
     memset(norm, 0, sizeof *norm * nunk * nunk);
     if (icon == 2 || icon == 3) addimport();
-    if (ndatum == 0) return;
-    const int r0 = nunk1 + nunk2;
-    if (dim == 1) datumheights(r0);
-    if (dim == 2) datumplane(r0);
-    if (dim == 3) datumspace(r0);
+    if (ndatum != 0) datumrows();
 }
 
 // Coefficient of a coordinate in a condition; a coordinate without unknown has none. ndatum
 // ends the rows.
-void jordan::datumentry(int row, int col, double c)
+void jordan::condition(int row, int col, double c)
 {
     if (row >= nunk || col < 0 || col >= nunk1) return;
     norm[(size_t)row * nunk + col] = norm[(size_t)col * nunk + row] = c;
 }
 
-void jordan::datumheights(int r0)
+void jordan::datumrows()
 {
-    for (const point *p = points; p < points + npoints; p++)
-        if (p->defdatum[2] == DATUM_USED) datumentry(r0, p->n0[2], 1.0);
-}
-
-// Turn about the third axis: -dy at x under the flag of y, dx at y under the flag of x.
-void jordan::datumturn(int row, const point *p, const double d[3])
-{
-    if (p->defdatum[1] == DATUM_USED) datumentry(row, p->n0[0], -d[1]);
-    if (p->defdatum[0] == DATUM_USED) datumentry(row, p->n0[1], d[0]);
-}
-
-// Turns about the first and second axis, each entry under the flag of the coordinate that is
-// its value; dz in the second turn needs no flag.
-void jordan::datumtilts(int row, const point *p, const double d[3])
-{
-    if (p->defdatum[2] == DATUM_USED) datumentry(row, p->n0[1], -d[2]);
-    if (p->defdatum[1] == DATUM_USED) datumentry(row, p->n0[2], d[1]);
-    datumentry(row + 1, p->n0[0], d[2]);
-    if (p->defdatum[0] == DATUM_USED) datumentry(row + 1, p->n0[2], -d[0]);
-}
-
-void jordan::datumscale(int row, const point *p, const double d[3])
-{
-    for (int k = 0; k < dim; k++)
-        if (p->defdatum[k] == DATUM_USED) datumentry(row, p->n0[k], d[k]);
-}
-
-// Translations, turn and, with 4 conditions, scale.
-void jordan::datumplane(int r0)
-{
+    const datumflags flags = dim == 3 ? FLAG_NOT_OF_X3 : FLAG_OF_VALUE;
     for (const point *p = points; p < points + npoints; p++) {
-        const double d[3] = {p->xpt[0] - centre[0], p->xpt[1] - centre[1], 0.0};
-        for (int k = 0; k < 2; k++)
-            if (p->defdatum[k] == DATUM_USED) datumentry(r0 + k, p->n0[k], 1.0);
-        datumturn(r0 + 2, p, d);
-        if (ndatum == 4) datumscale(r0 + 3, p, d);
-    }
-}
-
-// Translations; with 6 or 7 conditions three turns, with 4 or 5 the turn about the third axis;
-// with 5 or 7 the scale.
-void jordan::datumspace(int r0)
-{
-    for (const point *p = points; p < points + npoints; p++) {
-        const double d[3] = {p->xpt[0] - centre[0], p->xpt[1] - centre[1], p->xpt[2] - centre[2]};
-        for (int k = 0; k < 3; k++)
-            if (p->defdatum[k] == DATUM_USED) datumentry(r0 + k, p->n0[k], 1.0);
-        if (ndatum == 6 || ndatum == 7) {
-            datumtilts(r0 + 3, p, d);
-            datumturn(r0 + 5, p, d);
-        }
-        if (ndatum == 4 || ndatum == 5) datumturn(r0 + 3, p, d);
-        if (ndatum == 5 || ndatum == 7) datumscale(r0 + ndatum - 1, p, d);
+        datumentry e[DATUM_ENTRIES];
+        const int n = datum_entries(p, centre, dim, ndatum, flags, e);
+        for (int k = 0; k < n; k++) condition(nunk1 + nunk2 + e[k].row, p->n0[e[k].coordinate], e[k].value);
     }
 }
 
@@ -384,3 +335,5 @@ void jordan::gaussj(const double *a, double *b, int n, double *x, double *ainv, 
     free(pivots);
     free(used);
 }
+
+} // namespace vornengine

@@ -5,6 +5,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 class jordan final : public solution {
 public:
     explicit jordan(const solverinput &in);
@@ -28,13 +30,8 @@ private:
     void releasework();
     void debugrows(const char *title, int first, int last, long long *count);
     void addimport();
-    void datumentry(int row, int col, double c);
-    void datumheights(int r0);
-    void datumplane(int r0);
-    void datumspace(int r0);
-    void datumtilts(int row, const point *p, const double d[3]);
-    void datumturn(int row, const point *p, const double d[3]);
-    void datumscale(int row, const point *p, const double d[3]);
+    void condition(int row, int col, double c);
+    void datumrows();
     void gaussj(const double *a, double *b, int n, double *x, double *ainv, double *det);
     void eliminate(double *a, double *b, int n, double *det, int *pivots, char *used);
     static double preparerow(double *a, double *b, int n, int irow, int icol);
@@ -50,5 +47,7 @@ private:
     int ierror;    // last error
     double *norm;  // [nunk][nunk] normal matrix with datum border, row by row
 };
+
+} // namespace vornengine
 
 #endif

@@ -10,6 +10,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 double pivotlimit(int n, const double *a, const size_t *add)
 {
     double m = 0.0;
@@ -134,3 +136,5 @@ int cinverse(int n, double *a, const size_t *add, double *inv, double *d, double
     if (failed == 0) inverseprofile(n, a, add, inv, space, besttiles());
     return failed;
 }
+
+} // namespace vornengine

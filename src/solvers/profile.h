@@ -13,6 +13,8 @@
 
 #include "numerics/tiles.h"
 
+namespace vornengine {
+
 // First stored column of row r.
 inline int firstcol(const size_t *add, int r) { return r + 1 - (int)(add[r + 1] - add[r]); }
 
@@ -84,5 +86,7 @@ void inverseprofile(int n, const double *a, const size_t *add, double *inv, doub
 // Columns from to to - 1 of the rows j to j + 7 of L, with zeros outside the profile, on the
 // diagonal and behind it; TILE_STRIDE numbers a row in b.
 void profilerows(int n, const double *a, const size_t *add, int j, int from, int to, double *b);
+
+} // namespace vornengine
 
 #endif

@@ -19,6 +19,8 @@
 #include "numerics/tiles.h"
 #include "solvers/profile.h"
 
+namespace vornengine {
+
 enum {
     STRIPS = 8,
     PANEL = STRIPS * TILE_LANES,
@@ -266,3 +268,5 @@ int factorprofile(int n, double *a, const size_t *add, double *d, double *space,
     }
     return 0;
 }
+
+} // namespace vornengine

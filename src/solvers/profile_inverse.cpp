@@ -15,6 +15,8 @@
 #include "numerics/tiles.h"
 #include "solvers/profile.h"
 
+namespace vornengine {
+
 enum { STRIPS = 8, BLOCK = STRIPS * TILE_LANES };
 
 static const size_t TILE = (size_t)TILE_COLUMNS * TILE_LANES; // numbers of a tile
@@ -214,3 +216,5 @@ void inverseprofile(int n, const double *a, const size_t *add, double *inv, doub
         mirrordiagonal(&q);
     }
 }
+
+} // namespace vornengine

@@ -16,6 +16,8 @@
 #include "numerics/memory.h"
 #include "vorn/message.h"
 
+namespace vornengine {
+
 // Exchanges in a stage without limit: far beyond what a network needs, it ends a search that
 // goes round in a circle.
 static const int MOST_EXCHANGES = 100000;
@@ -135,13 +137,14 @@ void simplex::unknownstage(int rows, int cols)
     double wmax = 1.0;
     for (int i = 0; i < rows; i++)
         if (newpd[i] > wmax) wmax = newpd[i];
-    gcost = 0.0;
+    double sum = 0.0;
     for (int j = 0; j < cols; j++) cost[j] = 0.0;
     for (int i = 0; i < rows; i++) {
         newpd[i] /= wmax;
-        gcost -= delta[i] * newpd[i];
+        sum += delta[i] * newpd[i];
         for (int j = 0; j < cols; j++) cost[j] += a[i][j] * newpd[i];
     }
+    gcost = -sum;
     fprintf(out, "\nSimplex loop first step\n");
     stagetrace(rows, cols);
     stageend(1, exchanges(rows, cols, nunk - ndatum, NULL));
@@ -179,3 +182,5 @@ int simplex::resolution()
     if (res == 0) readout(rows);
     return res;
 }
+
+} // namespace vornengine

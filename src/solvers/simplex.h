@@ -26,6 +26,8 @@
 
 #include "solution/solution.h"
 
+namespace vornengine {
+
 struct balancing; // work arrays of the balancing, private to it
 
 enum { SIMPLEX_GROUP = 4 }; // rows are worked in whole groups of columns
@@ -56,9 +58,7 @@ private:
     void fillweights();
     void copyrow(int n1, int n2, double *row) const;
     void datumrows();
-    void datumentry(int k, int number, double value);
-    void datumplane(const point *p);
-    void datumspace(const point *p);
+    void condition(int k, int number, double value);
 
     // balancing
     int balance();
@@ -120,5 +120,7 @@ private:
     int nextra;    // rows that came beyond them and were not stored
     bool flushed;  // no rounding stands in the tableau, every row went through an exchange
 };
+
+} // namespace vornengine
 
 #endif

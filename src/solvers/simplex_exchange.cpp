@@ -11,6 +11,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double TINY = 1.0e-10;         // of coefficients without weight and of costs
 static const double LARGEST_RATIO = 1.0e20; // of a right-hand side and a pivot
 
@@ -204,3 +206,5 @@ void simplex::exchange(int rows, int cols, int newid, int col, int row)
     inplus[col] = ibase[row];
     ibase[row] = newid;
 }
+
+} // namespace vornengine

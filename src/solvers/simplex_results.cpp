@@ -8,6 +8,8 @@
 
 #include <math.h>
 
+namespace vornengine {
+
 static const double LENGTH_THRESHOLD = 0.01; // residual of a length that gets a mark, metres
 static const double ANGLE_THRESHOLD = 0.05;  // of an angle, in the host's unit
 
@@ -75,3 +77,5 @@ void simplex::showresiduals()
     row = residuals("\nhorizontal direction residuals\n", dir1, ndir1, row, angle, 1);
     residuals("\nvertical direction residuals\n", dir2, ndir2, row, angle, 1);
 }
+
+} // namespace vornengine

@@ -3,6 +3,8 @@
 
 #include "solvers/simplex.h"
 
+namespace vornengine {
+
 enum { BLOCK = 7 }; // columns of the matrix side by side
 
 // Identifiers of the two parts of every residual of a list; returns that of the next list.
@@ -59,3 +61,5 @@ void simplex::debugsimplex(int rows, int cols)
     debugblock(rows, first, cols > first ? cols : first);
     fprintf(out, "\n*** end of debugsimplex ***\n\n");
 }
+
+} // namespace vornengine

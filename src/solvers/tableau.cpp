@@ -17,6 +17,9 @@
 #include <string.h>
 
 #include "numerics/memory.h"
+#include "solution/trace.h"
+
+namespace vornengine {
 
 // Additive constants and scales are not adjusted in a network with lumps. Every station counts,
 // also where several share one unknown, so that the parameters behind are not pushed below 0.
@@ -90,9 +93,9 @@ static long long rowsof(int n) { return n > 0 ? n : 0; }
 int simplex::prepare()
 {
     if (idebug) {
-        tracemeasures("distances\n", dist, ndist);
-        tracemeasures("height differences\n", difh, ndifh);
-        tracedirections();
+        trace_measures(out, "distances\n", dist, ndist);
+        trace_measures(out, "height differences\n", difh, ndifh);
+        trace_directions(this);
     }
     const int nparam = nunk;
     if (nlump > 0) dropconstants();
@@ -135,3 +138,5 @@ void simplex::addrow(int n1, int n2, double b)
     ibase[r] = 2 * nunk + r + (negative ? 0 : nplan);
     nobs++;
 }
+
+} // namespace vornengine

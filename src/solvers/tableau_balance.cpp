@@ -17,6 +17,8 @@
 #include "numerics/ludcmp.h"
 #include "numerics/memory.h"
 
+namespace vornengine {
+
 static const double SHORTEST = 1.0e-07;   // of a sight, as the rows of the adjustment test it
 static const double NEGLIGIBLE = 1.0e-07; // a smaller influence counts as 0
 static const double ROUNDING = 1.0e-09;   // of an influence; WEIGHT_CAP beside a weight of 1 leaves 1e-08 of redundancy
@@ -274,3 +276,5 @@ int simplex::balance()
     release(&b);
     return result;
 }
+
+} // namespace vornengine

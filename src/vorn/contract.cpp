@@ -7,8 +7,10 @@
 #include <limits>
 #include <type_traits>
 
-#include "project.h"
-#include "result.h"
+#include "vorn/project.h"
+#include "vorn/result.h"
+
+namespace vornengine {
 
 static_assert(std::is_standard_layout<project>::value, "project must stay plain data");
 static_assert(std::is_trivially_copyable<project>::value, "project must stay plain data");
@@ -272,3 +274,5 @@ AT(result, stscale, 468);
 SIZE(result, 472);
 
 #endif
+
+} // namespace vornengine

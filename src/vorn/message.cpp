@@ -4,6 +4,8 @@
 
 #include <stdarg.h>
 
+namespace vornengine {
+
 void tell(Feedback *fb, const char *format, ...)
 {
     char line[512];
@@ -24,3 +26,5 @@ void tell_and_print(Feedback *fb, FILE *out, const char *format, ...)
     if (fb) fb->feedback(line);
     fprintf(out, "%s\n", line);
 }
+
+} // namespace vornengine

@@ -5,7 +5,9 @@
 
 #include <stdio.h>
 
-#include "project.h"
+#include "vorn/project.h"
+
+namespace vornengine {
 
 #if defined(__GNUC__) && !defined(__MINGW32__)
 #define PRINTF_LIKE(text, first) __attribute__((format(printf, text, first)))
@@ -20,5 +22,7 @@ void tell(Feedback *fb, const char *format, ...) PRINTF_LIKE(2, 3);
 
 // Sends the line to Feedback::feedback, then prints it on out with a newline.
 void tell_and_print(Feedback *fb, FILE *out, const char *format, ...) PRINTF_LIKE(3, 4);
+
+} // namespace vornengine
 
 #endif

@@ -8,9 +8,9 @@
 #ifndef VORN_RECORDS_H
 #define VORN_RECORDS_H
 
-#include "project.h"
+#include "vorn/project.h"
 
-struct side_files; // include/sidefiles.h
+namespace vornengine {
 
 // Codes of n0 and n1 before numbering.
 enum {
@@ -109,38 +109,6 @@ struct tempresult {
     kindresult dist, difh, dir1, dir2, az, photo;
 };
 
-// The network as a solver receives it; everything is shared with vorn, which owns it.
-struct solverinput {
-    project *pproject;
-    point *points;
-    measure *dist, *difh, *dir1, *dir2;
-    int nsta, ntar;
-    int ndist, ndifh, ndir1, ndir2;
-    int nweighted, nfixh;
-    double sdist, sdifh, sdir1, sdir2;
-    double sigma0;
-    const int *ia1; // [9]
-    int iredux;
-    int nunk1, nunk2, ndatum, nunk;
-    const double *datum; // [7] copied by the solver
-    int nlump;
-    lump *lumps;
-    int icon, nexport, nimport;
-    int *lcon;
-    double *Qcon;
-    int naz;
-    measure *az;
-    double saz;
-    int ngps;
-    gpsbase *gps;
-    double sgps;
-    int nobsuv;
-    measure *obsuv1, *obsuv2;
-    double suv;
-    int ncamera;
-    camera *cameras;
-    tempresult *temp_res;  // null when the run keeps none
-    side_files *sidefiles; // null when nobody asks for them
-};
+} // namespace vornengine
 
 #endif

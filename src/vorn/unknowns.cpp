@@ -1,12 +1,24 @@
 // Names of unknowns. An unknown is found by walking the records that carry the numbers: a
 // run needs it once, when it has failed.
 
-#include "unknowns.h"
+#include "vorn/unknowns.h"
 
 #include <stdio.h>
 #include <string.h>
 
-#include "vorn/records.h"
+#include "vorn/run.h"
+
+namespace vornengine {
+
+// The walks over the records of a run.
+struct unknown_walk {
+    static int unknown_of_row(const vornrun &run, int row);
+    static bool coordinate(const vornrun &run, int unknown, char *text, size_t size);
+    static bool orientation(const vornrun &run, int number, char *text, size_t size);
+    static bool camera_parameter(const vornrun &run, int number, char *text, size_t size);
+    static bool movement(const vornrun &run, int number, char *text, size_t size);
+    static int row(const vornrun &run, int row, char *text, size_t size);
+};
 
 // Length of a name without the blanks that fill it.
 static int namelength(const char *name)
@@ -18,7 +30,7 @@ static int namelength(const char *name)
 
 // The compact solver moves its last equations, the conditions of the datum or the last
 // movement of a lump, in front of the last coordinates.
-int unknown_names::unknown_of_row(const vorn &run, int row)
+int unknown_walk::unknown_of_row(const vornrun &run, int row)
 {
     const int n = run.nunk1 + run.nunk2;
     const int moved = run.ndatum != 0 ? run.ndatum : run.nlump != 0 ? LUMP_PARAMETERS : 0;
@@ -28,7 +40,7 @@ int unknown_names::unknown_of_row(const vorn &run, int row)
     return row;
 }
 
-bool unknown_names::coordinate(const vorn &run, int unknown, char *text, size_t size)
+bool unknown_walk::coordinate(const vornrun &run, int unknown, char *text, size_t size)
 {
     for (int i = 0; i < run.npoints; i++) {
         const point *p = &run.points[i];
@@ -41,7 +53,7 @@ bool unknown_names::coordinate(const vorn &run, int unknown, char *text, size_t 
     return false;
 }
 
-bool unknown_names::orientation(const vorn &run, int number, char *text, size_t size)
+bool unknown_walk::orientation(const vornrun &run, int number, char *text, size_t size)
 {
     static const char *const words[6] = {"rotation rx1",      "rotation rx2", "orientation",
                                          "additive constant", "scale",        "refraction"};
@@ -56,7 +68,7 @@ bool unknown_names::orientation(const vorn &run, int number, char *text, size_t 
     return false;
 }
 
-bool unknown_names::camera_parameter(const vorn &run, int number, char *text, size_t size)
+bool unknown_walk::camera_parameter(const vornrun &run, int number, char *text, size_t size)
 {
     static const char *const words[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
     for (int i = 0; i < run.ncamera; i++) {
@@ -70,7 +82,7 @@ bool unknown_names::camera_parameter(const vorn &run, int number, char *text, si
     return false;
 }
 
-bool unknown_names::movement(const vorn &run, int number, char *text, size_t size)
+bool unknown_walk::movement(const vornrun &run, int number, char *text, size_t size)
 {
     static const char *const words[LUMP_PARAMETERS] = {"tx", "ty", "tz", "rx", "ry", "rz", "scale"};
     for (int i = 0; i < run.nlump; i++) {
@@ -85,7 +97,7 @@ bool unknown_names::movement(const vorn &run, int number, char *text, size_t siz
     return false;
 }
 
-int unknown_names::row(const vorn &run, int row, char *text, size_t size)
+int unknown_walk::row(const vornrun &run, int row, char *text, size_t size)
 {
     const int n = run.nunk1 + run.nunk2;
     const int unknown = row < 0 ? -1 : unknown_of_row(run, row);
@@ -101,3 +113,10 @@ int unknown_names::row(const vorn &run, int row, char *text, size_t size)
     snprintf(text, size, "condition %d of the datum", unknown - n + 1);
     return 0;
 }
+
+int unknown_names::row(const vorn &run, int row, char *text, size_t size)
+{
+    return unknown_walk::row(inside::of(run), row, text, size);
+}
+
+} // namespace vornengine

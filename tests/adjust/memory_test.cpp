@@ -1,6 +1,5 @@
 // What the factorization and the inverse allocate, and what they do when there is no more.
 
-#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -9,23 +8,26 @@
 #include "adjust/factor.h"
 #include "adjust/inverse.h"
 #include "adjust/order.h"
+#include "allocations.h"
 #include "patterns.h"
 
-namespace {
+namespace vornadjust {
 
-std::atomic<long long> counted(0); // bytes asked for
-std::atomic<long long> left(-1);   // allocations until one fails; negative for none
+std::atomic<long long> allocated_bytes(0);
+std::atomic<long long> allocations_left(-1);
 
-void *allocate(std::size_t size)
+} // namespace vornadjust
+
+using namespace vornadjust;
+
+static void *allocate(std::size_t size)
 {
-    if (left >= 0 && left-- == 0) throw std::bad_alloc();
-    counted += (long long)size;
+    if (allocations_left >= 0 && allocations_left-- == 0) throw std::bad_alloc();
+    allocated_bytes += (long long)size;
     void *p = std::malloc(size > 0 ? size : 1);
     if (!p) throw std::bad_alloc();
     return p;
 }
-
-} // namespace
 
 void *operator new(std::size_t size) { return allocate(size); }
 void *operator new[](std::size_t size) { return allocate(size); }
@@ -34,15 +36,13 @@ void operator delete[](void *p) noexcept { std::free(p); }
 void operator delete(void *p, std::size_t) noexcept { std::free(p); }
 void operator delete[](void *p, std::size_t) noexcept { std::free(p); }
 
-using namespace vornadjust;
-
 namespace {
 
 template <class Work> double bytes_of(const Work &work)
 {
-    const long long before = counted;
+    const long long before = allocated_bytes;
     work();
-    return (double)(counted - before);
+    return (double)(allocated_bytes - before);
 }
 
 // Calls work with its first allocation failing, then its second, ..., until it passes; returns how often
@@ -50,10 +50,10 @@ template <class Work> double bytes_of(const Work &work)
 template <class Work> int failures_of(const Work &work)
 {
     for (int failures = 0;; failures++) {
-        left = failures;
+        allocations_left = failures;
         try {
             work();
-            left = -1;
+            allocations_left = -1;
             return failures;
         } catch (const std::bad_alloc &) {
         }

@@ -28,7 +28,7 @@ TEST(ComputeHeights, HoldsTheFirstHeightWithoutValueAndFreesTheOthersWithAWarnin
     const int code[5] = {N_FIXED_MISSING, N_MISSING, N_FIXED_MISSING, N_NONE, N_FIXED_MISSING};
     for (int i = 0; i < 5; i++) set_codes(&s.points[i], -1, -1, code[i]);
     s.wire();
-    EXPECT_EQ(X(*s.a, compute)(9), 0);
+    EXPECT_EQ(s.a->compute(9), 0);
     EXPECT_EQ(codes(s.points[0]), "-1 -1 -1");
     EXPECT_EQ(codes(s.points[1]), "-1 -1 1");
     EXPECT_EQ(codes(s.points[2]), "-1 -1 1");
@@ -45,7 +45,7 @@ TEST(ComputeHeights, TracesThatNothingIsNeeded)
     set_codes(&s.points[0], -1, -1, N_UNKNOWN);
     s.n.p.idebug = 1;
     s.wire();
-    EXPECT_EQ(X(*s.a, compute)(1), 0);
+    EXPECT_EQ(s.a->compute(1), 0);
     EXPECT_EQ(codes(s.points[0]), "-1 -1 1");
     EXPECT_EQ(s.report(), "No real need for approximation computation:\nUse 0. for each height\n");
 }
@@ -245,13 +245,13 @@ TEST_F(Compute, KnowsAStationThatGivesDistancesByTheFirstRecordOfItsName)
     s.wire();
     for (int typ : {-1, 0, 1}) {
         s.n.stations[0].typ = typ;
-        EXPECT_EQ(X(*s.a, istotal)(S), typ);
+        EXPECT_EQ(istotal(s.net(), S), typ);
     }
     s.n.stations[0].typ = 2;
-    EXPECT_EQ(X(*s.a, istotal)(S), 1);
-    EXPECT_EQ(X(*s.a, istotal)(A), 0);
+    EXPECT_EQ(istotal(s.net(), S), 1);
+    EXPECT_EQ(istotal(s.net(), A), 0);
     strcpy(s.points[S].name, "S ");
-    EXPECT_EQ(X(*s.a, istotal)(S), 0); // names are compared to the last blank
+    EXPECT_EQ(istotal(s.net(), S), 0); // names are compared to the last blank
 }
 
 } // namespace

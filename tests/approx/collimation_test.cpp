@@ -1,3 +1,4 @@
+#include "approx/collimation.h"
 #include "approx/pairs.h"
 #include "support/faults.h"
 
@@ -14,8 +15,7 @@ protected:
     {
         if (!s.a) wire();
         iscale = 7;
-        return X(*s.a, colli_spread)(npair, &iscale, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(),
-                                     s.yap.data(), s.oap.data());
+        return colli_spread(s.net(), s.tab(), npair, &iscale);
     }
 
     // The frame has i1 at the origin, i2 on the x1 axis, and the scale given.
@@ -54,8 +54,7 @@ TEST_F(Collimation, MakesAFrameOnTheBaseOfTwoStations)
     see(P, {R, D});
     see(Q, {R, E});
     wire();
-    X(*s.a, colli_base)
-    (P, Q, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(), s.yap.data(), s.oap.data());
+    colli_base(s.net(), s.tab(), P, Q);
     expect_frame(P, Q, 1 / base(), {P, Q, R, A, B, C});
     EXPECT_EQ(s.itheo, (std::vector<int>{THEO_DONE, THEO_DONE, THEO_PLACED}));
     EXPECT_EQ(s.iobj, (std::vector<int>{-1, -1, -1, 0, 0})); // D and E are seen from one end
@@ -70,8 +69,7 @@ TEST_F(Collimation, IntersectsTargetsBeforeStations)
     see(P, {R});
     see(Q, {R});
     wire();
-    X(*s.a, colli_base)
-    (P, Q, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(), s.yap.data(), s.oap.data());
+    colli_base(s.net(), s.tab(), P, Q);
     const std::string by = " by theo P and Q\n", head = "       intersection of   ";
     EXPECT_EQ(s.news(), head + "A" + by + head + "B" + by + head + "C" + by + head + "R" + by);
 }
@@ -153,9 +151,7 @@ TEST_F(CollimationInSpace, CannotScaleByABarWithoutItsVerticalAngles)
         n.wire();
         n.table[p][p] = n.table[q][q] = 1;
         int scaled = 7;
-        EXPECT_EQ(X(*n.a, colli_spread)(1, &scaled, n.table.data(), n.itheo.data(), n.iobj.data(), n.xap.data(),
-                                        n.yap.data(), n.oap.data()),
-                  0);
+        EXPECT_EQ(colli_spread(n.net(), n.tab(), 1, &scaled), 0);
         EXPECT_EQ(scaled, 0);
         EXPECT_EQ(n.xap[q], 1.0);
         EXPECT_EQ(n.news(), "Strange in colli_spread: Cannot scale with the SB\ncolli_spread: Could not scale \n");
@@ -289,7 +285,7 @@ TEST_F(Collimation, FailsOnABarThatDoesNotJoinTargets)
     s.distance(P, A, 1);
     wire();
     double scale = 3;
-    EXPECT_EQ(X(*s.a, scale_by_bar)(P, 0, s.xap.data(), s.yap.data(), &scale), -1);
+    EXPECT_EQ(scale_by_bar(s.net(), s.tab(), P, 0, &scale), -1);
     EXPECT_EQ(scale, 3);
     EXPECT_EQ(s.news(), "In spread: Strange pb with iscale and scale bars\n");
 }
@@ -300,7 +296,7 @@ TEST_F(Collimation, TakesAnInfiniteScaleFromABarWithoutLengthInTheFrame)
     s.range(A, C);
     s.wire();
     double scale = 0.0;
-    EXPECT_EQ(X(*s.a, scale_by_bar)(P, 0, s.xap.data(), s.yap.data(), &scale), 1); // the frame is all zero
+    EXPECT_EQ(scale_by_bar(s.net(), s.tab(), P, 0, &scale), 1); // the frame is all zero
     EXPECT_TRUE(std::isinf(scale));
 }
 

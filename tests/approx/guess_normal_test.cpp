@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/guess.h"
 #include "approx/sketch.h"
 
 namespace {
@@ -36,9 +37,9 @@ protected:
 
     void add(const std::vector<double> &at, int it, double hz, double v)
     {
-        X(*s.a, guess_normal)
-        (mat.data(), rhs, 9, 1, at[3], at[4], at[5], it, it == 1 ? 0.0 : 1.0, it == 1 ? 0.0 : at[6],
-         it == 1 ? at[7] : at[8], hz, v, &sum);
+        const guesssight sight = {
+            at[3], at[4], at[5], it, it == 1 ? 0.0 : 1.0, it == 1 ? 0.0 : at[6], it == 1 ? at[7] : at[8], hz, v};
+        guess_normal(mat.data(), rhs, 9, 1, &sight, &sum);
     }
 
     Sketch s = Sketch(3);

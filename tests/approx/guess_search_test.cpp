@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/guess.h"
 #include "approx/sketch.h"
 
 namespace {
@@ -26,7 +27,7 @@ protected:
     {
         s.dir1[0].val[0] = a;
         s.dir1[1].val[0] = b;
-        return X(*s.a, guess_approx)(1, s.table.data(), isys, app, 0, o1, 1, o2);
+        return guess_approx(s.net(), s.tab(), &w, o1, o2);
     }
 
     // The sectors of the first ray with which the second is accepted, as digits.
@@ -42,6 +43,7 @@ protected:
     Sketch s = Sketch(3);
     int isys[3] = {2, 0, 1};
     double app[6] = {0, 0, 0, 0, 0, 0};
+    guesswork w = {1, isys, app, nullptr};
 };
 
 TEST_F(Rays, MeetOnlyInTheSectorsThatLieInFrontOfBothStations)
@@ -139,10 +141,12 @@ TEST_F(Rays, LeaveTheVerticalAngleAsResidual)
 {
     double sum = 1.0;
     const double v = atan2(3.0 - 0.5, 5.0); // point (3, 4) seen from (0, 0), 2.5 higher
-    EXPECT_EQ(X(*s.a, guess_resid)(3, 4, 3.0, 0, 0.5, 77, 88, v + 0.01, &sum), 0);
+    const guesssight first = {3, 4, 3.0, 1, 0, 0.5, 77, 88, v + 0.01};
+    EXPECT_EQ(guess_resid(&first, &sum), 0);
     EXPECT_NEAR(sum, 1.0001, rounding);
     sum = 0;
-    X(*s.a, guess_resid)(4, 4, 2.5, 1, 0, 0, 0, atan2(2.5, 5.0) + 2 * pi - 0.1, &sum);
+    const guesssight second = {4, 4, 2.5, 2, 1, 0, 0, 0, atan2(2.5, 5.0) + 2 * pi - 0.1};
+    guess_resid(&second, &sum);
     EXPECT_NEAR(sum, 0.01, rounding);
 }
 
@@ -155,16 +159,16 @@ TEST_F(Rays, AreCheckedFromBothStations)
     s.dir2[0].val[0] = 0.25;
     const double z = tan(0.25) * sqrt(0.73), v2 = atan2(z, sqrt(0.64 + 0.49));
     s.dir2[1].val[0] = v2 + 0.02;
-    EXPECT_NEAR(X(*s.a, guess_check)(1, 0.0, 0.2, isys, s.table.data(), app), 0.0004, rounding);
+    EXPECT_NEAR(guess_check(s.net(), s.tab(), &w, 0.0, 0.2), 0.0004, rounding);
     EXPECT_EQ(s.news(), "guess_check with o1,o2     0.000    0.200\n"
                         "guess_approx pass with   0.00000             0.20000\n"
                         "guess_check returns         0.00040\n");
     s.wire();
-    EXPECT_EQ(X(*s.a, guess_check)(1, 3.0, 0.2, isys, s.table.data(), app), 9999.0);
+    EXPECT_EQ(guess_check(s.net(), s.tab(), &w, 3.0, 0.2), 9999.0);
     EXPECT_EQ(s.news(), "guess_check with o1,o2     3.000    0.200\n");
     s.n.p.idebug = 0;
     s.wire();
-    X(*s.a, guess_check)(1, 0.0, 0.2, isys, s.table.data(), app);
+    guess_check(s.net(), s.tab(), &w, 0.0, 0.2);
     EXPECT_EQ(s.news(), "");
 }
 
@@ -188,7 +192,9 @@ protected:
     {
         isys.assign(ncommon + 2, -7);
         app.assign(3 * ncommon + 3, 0);
-        return X(*s.a, guess_o1o2)(0, 1, ncommon, s.table.data(), isys.data(), app.data(), rhs, &o1, &o2);
+        guesswork w = {0, isys.data(), app.data(), rhs};
+        const stationpair pair = {0, 1, ncommon, -1, {0, 0, 0}};
+        return guess_o1o2(s.net(), s.tab(), &pair, &w, &o1, &o2);
     }
 
     Sketch s = Sketch(3);

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "approx/guess.h"
 #include "approx/sketch.h"
 #include "support/faults.h"
 
@@ -35,8 +36,8 @@ protected:
         const int n = (int)isys.size() - 2;
         app.assign(3 * n + 3, 0);
         rhs.assign(3 * n + 3, 0);
-        return X(*s.a, guess_solve)(n, o1, o2, isys.data(), s.table.data(), app.data(), rhs.data(), s.xap.data(),
-                                    s.yap.data(), s.oap.data(), s.itheo.data(), s.iobj.data());
+        guesswork w = {n, isys.data(), app.data(), rhs.data()};
+        return guess_solve(s.net(), s.tab(), &w, o1, o2);
     }
 
     void expect_place(int i, double tolerance)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/guess.h"
 #include "approx/sketch.h"
 #include "support/faults.h"
 
@@ -41,8 +42,7 @@ protected:
     int guess()
     {
         if (!s.a) s.wire();
-        return X(*s.a, guess_spread)(&iscale, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(), s.yap.data(),
-                                     s.oap.data());
+        return guess_spread(s.net(), s.tab(), &iscale);
     }
 
     void expect_frame(const std::vector<int> &points, double scale)
@@ -123,6 +123,20 @@ TEST_F(Guess, StartsTwoStationsInTheirFrame)
     EXPECT_NEAR(s.oap[Q], 7 * pi / 10, rounding);
     EXPECT_EQ(iscale, 7); // untouched
     EXPECT_EQ(s.report(), "");
+}
+
+// Also where it stands behind the second in the list.
+TEST_F(Guess, PutsTheFirstStationAtTheOrigin)
+{
+    both({A, B, C, D});
+    s.wire();
+    s.itheo[Q] = THEO_PLACED; // Q is the first, P the second
+    EXPECT_EQ(guess(), 0);
+    for (int i : {P, Q, A, B, C, D}) {
+        EXPECT_NEAR(s.xap[i], 1 - s.truth[i].x[0] / base, rounding) << i;
+        EXPECT_NEAR(s.yap[i], -s.truth[i].x[1] / base, rounding) << i;
+    }
+    for (int i : {P, Q}) EXPECT_NEAR(remainder(s.oap[i] - s.truth[i].turn - pi, 2 * pi), 0.0, rounding);
 }
 
 TEST_F(Guess, ForgetsNothingOfTheOtherPoints)
@@ -226,9 +240,7 @@ TEST_F(Guess, NeedsASecondStation)
     none.direction(X1, Y1, 1);
     none.vertical(X1, Y1, 1);
     none.wire();
-    EXPECT_EQ(X(*none.a, guess_spread)(&iscale, none.table.data(), none.itheo.data(), none.iobj.data(), none.xap.data(),
-                                       none.yap.data(), none.oap.data()),
-              -3);
+    EXPECT_EQ(guess_spread(none.net(), none.tab(), &iscale), -3);
 }
 
 TEST_F(Guess, TakesScaleAndSecondStationFromABar)
@@ -282,6 +294,19 @@ TEST_F(Guess, TakesTheLastBarAndItsFirstStation)
     s.wire();
     guess();
     expect_pair("P", "Q", 3, "A B");
+}
+
+TEST_F(Guess, PassesOverABarThatNoOtherStationObserved)
+{
+    s.n.p.idebug = 1;
+    see(P, {A, B, C, D, E});
+    see(Q, {A, B, C});
+    see(R, {C, D, E});
+    s.range(A, B); // Q
+    s.range(A, D); // P alone
+    s.range(D, E); // R
+    guess();
+    expect_pair("P", "R", 3, "D E");
 }
 
 TEST_F(Guess, DropsABarWhosePairHasFewerThanThreeCommonShots)

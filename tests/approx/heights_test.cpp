@@ -21,7 +21,7 @@ protected:
         s.wire();
         s.xap.assign(4, 0.0);
         s.yap.assign(4, 0.0);
-        X(*s.a, height_spread)(s.xap.data(), s.yap.data());
+        height_spread(s.net(), s.xap.data(), s.yap.data());
     }
 
     void shot(int from, int to)

@@ -17,7 +17,7 @@ TEST(Intersect, FindsATargetAndAStationWhereTheRaysMeet)
     s.wire();
     s.place(P, THEO_DONE);
     s.place(Q, THEO_DONE);
-    for (int t : {R, A}) X(*s.a, intersect)(P, Q, t, s.table.data(), s.xap.data(), s.yap.data(), s.oap.data());
+    for (int t : {R, A}) intersect(s.net(), s.tab(), P, Q, t);
     for (int t : {R, A}) {
         EXPECT_NEAR(s.xap[t], s.truth[t].x[0], 1e-11); // a few roundings of 100 m
         EXPECT_NEAR(s.yap[t], s.truth[t].x[1], 1e-11);
@@ -37,7 +37,7 @@ TEST(Intersect, IsSilentWithoutTraces)
     s.wire();
     s.place(P, THEO_DONE);
     s.place(Q, THEO_DONE);
-    X(*s.a, intersect)(P, Q, A, s.table.data(), s.xap.data(), s.yap.data(), s.oap.data());
+    intersect(s.net(), s.tab(), P, Q, A);
     EXPECT_EQ(s.report(), "");
 }
 
@@ -50,7 +50,7 @@ TEST(Intersect, OfParallelRaysGivesWhatTheDivisionGives)
     s.wire();
     s.place(P, THEO_DONE);
     s.place(Q, THEO_DONE);
-    X(*s.a, intersect)(P, Q, A, s.table.data(), s.xap.data(), s.yap.data(), s.oap.data());
+    intersect(s.net(), s.tab(), P, Q, A);
     EXPECT_FALSE(std::isfinite(s.xap[A]));
 }
 

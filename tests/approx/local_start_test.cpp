@@ -41,7 +41,7 @@ protected:
     int run()
     {
         s->wire();
-        return X(*s->a, spread)();
+        return spread(s->net());
     }
 
     // After a run all points are in true place, or shifted.
@@ -192,7 +192,7 @@ TEST_F(LocalStart, EndsByItsResultAndLineWithoutMemoryWhereverItFails)
             s->range(A, B);
             s->wire();
             fail_allocation(++n);
-            EXPECT_EQ(X(*s->a, spread)(), end.first) << n;
+            EXPECT_EQ(spread(s->net()), end.first) << n;
             EXPECT_EQ(allocations() >= n, true) << n;
             fail_allocation(0);
             const std::string text = s->report(), &lines = end.second;
@@ -204,7 +204,7 @@ TEST_F(LocalStart, EndsByItsResultAndLineWithoutMemoryWhereverItFails)
         s->range(A, B);
         s->wire();
         fail_allocation(0);
-        EXPECT_EQ(X(*s->a, spread)(), 0);
+        EXPECT_EQ(spread(s->net()), 0);
         EXPECT_EQ(allocations(), n); // these are all
     }
 }

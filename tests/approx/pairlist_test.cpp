@@ -6,6 +6,8 @@
 
 #include "support/faults.h"
 
+using namespace vornengine;
+
 namespace {
 
 std::vector<int> row(const pairlist &l, const int *values, int r)

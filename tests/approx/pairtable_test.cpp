@@ -1,5 +1,6 @@
 #include <array>
 
+#include "approx/collimation.h"
 #include "approx/pairs.h"
 #include "support/faults.h"
 
@@ -12,11 +13,21 @@ protected:
     int build()
     {
         wire();
-        rows.assign(npair + 1, {});
-        return X(*s.a, buildtabpair)((int(*)[7])rows.data(), npair, s.table.data());
+        return fill();
     }
 
-    std::vector<std::array<int, 7>> rows;
+    // Into one row more than there are pairs.
+    int fill()
+    {
+        std::vector<stationpair> tabpair(npair + 1);
+        const int result = buildtabpair(s.net(), s.tab(), tabpair.data(), npair);
+        rows.clear();
+        for (const stationpair &p : tabpair)
+            rows.push_back({p.it1, p.it2, p.ncommon, p.ibar, p.nknown[0], p.nknown[1], p.nknown[2]});
+        return result;
+    }
+
+    std::vector<std::array<int, 7>> rows; // stations, common shots, bar, known x1, x2, x3
 };
 
 using Row = std::array<int, 7>;
@@ -152,7 +163,7 @@ TEST_F(PairTable, FailsWithoutMemoryForTheBars)
     wire();
     rows.assign(1, {});
     fail_allocation(1);
-    EXPECT_EQ(X(*s.a, buildtabpair)((int(*)[7])rows.data(), npair, s.table.data()), -1);
+    EXPECT_EQ(fill(), -1);
     fail_allocation(0);
     EXPECT_EQ(s.news(), "in buildtabpair: cannot allocate\n");
 }

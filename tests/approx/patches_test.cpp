@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/patches.h"
 #include "approx/sketch.h"
 #include "support/faults.h"
 
@@ -33,7 +34,7 @@ protected:
         for (int t : placed) s.place(t);
     }
 
-    int patch() { return X(*s.a, patch_spread)(P, s.table.data(), s.itheo.data(), s.iobj.data()); }
+    int patch() { return patch_spread(s.net(), s.tab(), P); }
 
     static std::string counts(int nshot, int nknown)
     {
@@ -85,7 +86,7 @@ TEST_F(PatchInThePlane, StopsAtAThirdKnownStation)
     for (int t : {1, 2, T}) n.direction(0, t, t);
     n.wire();
     n.itheo = {0, -1, -3, -1};
-    EXPECT_EQ(X(*n.a, patch_spread)(0, n.table.data(), n.itheo.data(), n.iobj.data()), -1);
+    EXPECT_EQ(patch_spread(n.net(), n.tab(), 0), -1);
     EXPECT_EQ(n.report(), head + "        shot theo  Q with code -1\n        shot theo  R with code -3\n"
                                  "        shot theo  T with code -1\n"
                                  "Patch_spread: Cannot have more than 2 known shots\n");

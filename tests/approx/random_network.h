@@ -33,7 +33,8 @@ public:
     RandomNetwork(int dim, Start its_start, int its_sights, uint64_t seed)
         : n(dim), start(its_start), sights(its_sights), state(seed)
     {
-        nsta = 3 + (int)(38 * uniform()); // 3 to 40
+        n.p.sdist = n.p.sdir1 = n.p.sdir2 = 1.0; // every observation weighs by its own deviation alone
+        nsta = 3 + (int)(38 * uniform());        // 3 to 40
         side = 100.0 * sqrt((double)nsta);
         for (int i = 0; i < 5 * nsta; i++) place();
         hold();

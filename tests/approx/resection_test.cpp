@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "approx/resection.h"
 #include "approx/sketch.h"
 
 namespace {
@@ -21,11 +24,7 @@ protected:
         E = s->target("E", -20, -70, 40);
     }
 
-    int resec(int iscale = 1)
-    {
-        return X(*s->a, resec)(iscale, S, s->table.data(), s->itheo.data(), s->iobj.data(), s->xap.data(),
-                               s->yap.data(), s->oap.data());
-    }
+    int resec(int iscale = 1) { return vornengine::resec(s->net(), s->tab(), iscale, S); }
 
     void place(const std::vector<int> &known)
     {
@@ -104,9 +103,7 @@ TEST_F(Resec, TakesStationsThatArePlacedOrDoneAfterTheTargets)
     n.place(3, THEO_ORIENTED); // a position that is not known
     n.xap[3] = 1e6;
     n.place(A0);
-    ASSERT_EQ(
-        X(*n.a, resec)(1, S0, n.table.data(), n.itheo.data(), n.iobj.data(), n.xap.data(), n.yap.data(), n.oap.data()),
-        0);
+    ASSERT_EQ(vornengine::resec(n.net(), n.tab(), 1, S0), 0);
     EXPECT_NEAR(n.xap[S0], 30, rounding);
     EXPECT_NEAR(n.yap[S0], 40, rounding);
     char line[200];
@@ -170,11 +167,12 @@ std::string guarded(double first, double second, double alp[3])
     n.wire();
     for (int t : {A0, B0, C0}) n.place(t);
     const int ishot[3] = {0, 1, 2};
-    double xx[3], yy[3];
-    X(*n.a, resec3)(S0, ishot, xx, yy, alp, n.xap.data(), n.yap.data(), n.oap.data());
+    threeshots three;
+    resec3(n.net(), n.tab(), S0, ishot, &three);
+    std::copy_n(three.alp, 3, alp);
     for (int k = 0; k < 3; k++) { // the aimed points come back in full
-        EXPECT_EQ(xx[k], n.truth[A0 + k].x[0]);
-        EXPECT_EQ(yy[k], n.truth[A0 + k].x[1]);
+        EXPECT_EQ(three.xx[k], n.truth[A0 + k].x[0]);
+        EXPECT_EQ(three.yy[k], n.truth[A0 + k].x[1]);
     }
     const std::string text = n.report();
     const size_t at = text.find("Warning");
@@ -284,7 +282,7 @@ std::string short_sight(double measured)
     n.n.p.idebug = 1;
     n.wire();
     for (int t : {A0, B0, C0}) n.place(t);
-    X(*n.a, resec)(1, S0, n.table.data(), n.itheo.data(), n.iobj.data(), n.xap.data(), n.yap.data(), n.oap.data());
+    vornengine::resec(n.net(), n.tab(), 1, S0);
     return n.report();
 }
 

@@ -4,6 +4,8 @@
 #include "numerics/memory.h"
 #include "support/faults.h"
 
+using namespace vornengine;
+
 namespace {
 
 double **table(int n) { return (double **)zeroed(n, sizeof(double *)); }

@@ -7,7 +7,7 @@
 //   s.know(S), s.know_turn(S);
 //   s.sight(S, A), s.range(S, A);                // simulated without error
 //   s.wire();                                    // makes the approx, its lists and tables
-//   EXPECT_EQ(X(*s.a, spread)(), 0);
+//   EXPECT_EQ(spread(s.net()), 0);
 //   ... s.points[A].xpt[0], s.report()
 
 #ifndef TESTS_SKETCH_H
@@ -20,6 +20,8 @@
 #include <string>
 #include <vector>
 
+#include "approx/intersection.h"
+#include "approx/spread.h"
 #include "support/access.h"
 #include "support/network.h"
 
@@ -94,7 +96,7 @@ public:
         const int np = (int)points.size();
         a = std::make_unique<approx>(&n.p, points.data(), dist.data(), dir1.data(), dir2.data(), nsta, np - nsta,
                                      (int)dist.size(), (int)dir1.size(), (int)dir2.size(), ia1);
-        X(*a, take_lists)();
+        take_lists(net());
         xap.assign(np, 0.0);
         yap.assign(np, 0.0);
         oap.assign(nsta, 0.0);
@@ -103,7 +105,15 @@ public:
         rows.assign(nsta, std::vector<int>(np, 0));
         table.clear();
         for (std::vector<int> &row : rows) table.push_back(row.data());
-        X(*a, fill_table)(table.data());
+        fill_table(net(), tab());
+    }
+
+    // The record of the approx, and the tables as its steps take them.
+    approxdata *net() { return &X(*a, net); }
+    spreadtables *tab()
+    {
+        tables = {xap.data(), yap.data(), oap.data(), table.data(), itheo.data(), iobj.data()};
+        return &tables;
     }
 
     // Hands the true place of a point to the tables with a status; of a station its turn too.
@@ -144,6 +154,7 @@ public:
 
 private:
     size_t told = 0;
+    spreadtables tables = spreadtables();
 
     void add(const char *name, double x, double y, double z, double turn)
     {

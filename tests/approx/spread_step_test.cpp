@@ -34,11 +34,7 @@ protected:
         for (int t : targets) s.place(t);
     }
 
-    int step(int iscale = 0)
-    {
-        return X(*s.a, spread_step)(&nleft, iscale, s.table.data(), s.itheo.data(), s.iobj.data(), s.xap.data(),
-                                    s.yap.data(), s.oap.data());
-    }
+    int step(int iscale = 0) { return spread_step(s.net(), s.tab(), &nleft, iscale); }
 
     void expect_place(int i)
     {
@@ -141,6 +137,21 @@ TEST_F(SpreadStep, IntersectsStationsWithAnotherFinishedStation)
     EXPECT_EQ(s.itheo[R], THEO_PLACED);
     EXPECT_EQ(s.itheo[T], THEO_DONE);
     EXPECT_EQ(nleft, 3); // P alone: T is finished without being taken off the count
+}
+
+// A station that a step finishes serves no target of the same step.
+TEST_F(SpreadStep, IntersectsTargetsBeforeStations)
+{
+    see(P, {A, B, C, D, T});
+    see(Q, {T});
+    see(T, {D});
+    place({A, B, C});
+    s.place(Q, THEO_DONE);
+    s.itheo[T] = THEO_ORIENTED;
+    s.oap[T] = s.truth[T].turn;
+    EXPECT_EQ(step(), 0);
+    EXPECT_EQ(s.itheo[T], THEO_DONE);
+    EXPECT_EQ(s.iobj[D - A], OBJ_UNKNOWN);
 }
 
 TEST_F(SpreadStep, UsesDistancesInAFrameWithTrueScaleOnly)

@@ -32,7 +32,7 @@ protected:
     int run()
     {
         s->wire();
-        return X(*s->a, spread)();
+        return spread(s->net());
     }
 
     void expect_place(int i)
@@ -70,6 +70,22 @@ TEST_F(Spread, FromOneKnownStationWithDistancesToEveryPoint)
         expect_all({P, Q, A, B, C, D});
         EXPECT_EQ(s->report(), "");
     }
+}
+
+// A local frame is brought to the first two known points. What else is known, here wrongly, is
+// written over.
+TEST_F(Spread, WritesKnownPointsAndOrientationsToo)
+{
+    build(2);
+    see(P, {Q, A, B});
+    see(Q, {P, A, B});
+    for (int i : {Q, A, B}) s->know(i);
+    s->know_turn(P);
+    s->points[B].xpt[0] += 5;
+    s->points[B].xpt[1] -= 3;
+    s->points[P].xex[2] += 0.25;
+    ASSERT_EQ(run(), 0);
+    expect_all({P, Q, A, B});
 }
 
 TEST_F(Spread, TracesCountsAndResult)
@@ -161,7 +177,7 @@ TEST(SpreadInSpace, FromAGuess)
     s.know(3);
     s.know_height(P);
     s.wire();
-    ASSERT_EQ(X(*s.a, spread)(), 0);
+    ASSERT_EQ(spread(s.net()), 0);
     EXPECT_EQ(s.report(), "");
     for (int i = 0; i < 8; i++) // three iterations from a grid of 18 degrees, both ends of the scale known
         for (int k = 0; k < 2; k++) EXPECT_NEAR(s.points[i].xpt[k], s.truth[i].x[k], 0.01) << s.points[i].name;
@@ -230,7 +246,7 @@ TEST(SpreadInSpace, OfTwoKnownStationsWithoutDistancesNoticesThemResectsAndEndsT
     }
     s.n.p.idebug = 1;
     s.wire();
-    EXPECT_EQ(X(*s.a, spread)(), -5);
+    EXPECT_EQ(spread(s.net()), -5);
     for (const char *line : {"There are 2 all known stations\n", "\nTO DO: case of more than 2 known stations....\n",
                              "Number of resections at the start = 2\n", "\n!! Cannot do anything more !!\n"})
         EXPECT_NE(s.report().find(line), std::string::npos) << line;
@@ -270,7 +286,7 @@ int result_without(Sketch &s, int n)
 {
     s.wire();
     fail_allocation(n);
-    const int result = X(*s.a, spread)();
+    const int result = spread(s.net());
     fail_allocation(0);
     return result;
 }
@@ -283,7 +299,7 @@ TEST_F(Spread, FromAPairEndsByTheDocumentedResultsWhenMemoryFails)
     see(Q, {P, A, B, C, D});
     s->wire();
     fail_allocation(0);
-    ASSERT_EQ(X(*s->a, spread)(), 0);
+    ASSERT_EQ(spread(s->net()), 0);
     const int all = allocations();
     std::vector<int> results;
     for (int n = 1; n <= all; n++) {
@@ -305,14 +321,14 @@ TEST_F(Spread, SaysWhichTableFoundNoMemory)
     s->range(P, Q);
     s->wire();
     fail_allocation(0);
-    ASSERT_EQ(X(*s->a, spread)(), 0);
+    ASSERT_EQ(spread(s->net()), 0);
     const int all = allocations();
     const std::string table = "In spread: pb with table\n";
     std::string wanted;
     for (int n = 1; n <= all; n++) {
         s->wire();
         fail_allocation(n);
-        EXPECT_EQ(X(*s->a, spread)(), -7) << n;
+        EXPECT_EQ(spread(s->net()), -7) << n;
         if (n <= 3) wanted += "In spread: pb with xap\n";
         if (n >= 4 && n <= 6) wanted += table;
         if (n == 7) wanted += "In spread: pb with table when i=0\n";
@@ -320,7 +336,7 @@ TEST_F(Spread, SaysWhichTableFoundNoMemory)
         if (n >= 9) wanted += table; // lists of shots
     }
     EXPECT_EQ(s->report(), wanted);
-    EXPECT_EQ(X(*s->a, seen).first, nullptr);
+    EXPECT_EQ(s->net()->seen.first, nullptr);
 }
 
 } // namespace

@@ -25,7 +25,7 @@ protected:
             for (int k = 0; k < 3; k++) s->ia1[k] += s->points[i].n0[k] == N_NONE;
             s->ia1[5] += i < nsta_ && s->points[i].n1[2] == N_NONE;
         }
-        return X(*s->a, datum_approx)();
+        return datum_approx(s->net());
     }
 
     // x where known, - where not: the plane coordinates, the height and the orientation.
@@ -48,9 +48,9 @@ TEST_F(DatumApprox, HoldsTheFirstStationWhenNothingIsKnown)
     EXPECT_EQ(known(0), "xxxx");
     EXPECT_EQ(known(1), "----");
     EXPECT_EQ(known(2), "---");
-    EXPECT_EQ(X(*s->a, nunk1), 6);
-    EXPECT_EQ(X(*s->a, nunk2), 1);
-    EXPECT_EQ(X(*s->a, nunk), 7);
+    EXPECT_EQ(s->net()->nunk1, 6);
+    EXPECT_EQ(s->net()->nunk2, 1);
+    EXPECT_EQ(s->net()->nunk, 7);
 }
 
 TEST_F(DatumApprox, PrefersAStationThatIsToBeHeldWhereItWillBeFound)
@@ -87,6 +87,18 @@ TEST_F(DatumApprox, CompletesALoneX2OfATargetAndHoldsAnX1InPlaceOfATurn)
     ASSERT_EQ(run(), 0);
     EXPECT_EQ(known(2), "xxx");  // its height too: the chosen point
     EXPECT_EQ(known(0), "x---"); // the first x1 that is not known
+    EXPECT_EQ(s->ia1[0], 2);
+    EXPECT_EQ(s->ia1[5], 0);
+}
+
+TEST_F(DatumApprox, HoldsAnX1InPlaceOfATurnFromTheFirstTargetOn)
+{
+    build(3, 2, 2);
+    fix(2, 1); // the first target
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(2), "xxx");
+    EXPECT_EQ(known(0), "x---");
+    EXPECT_EQ(known(1), "----");
     EXPECT_EQ(s->ia1[0], 2);
     EXPECT_EQ(s->ia1[5], 0);
 }
@@ -154,8 +166,28 @@ TEST_F(DatumApprox, HangsSeveralKnownPointsOnTheFirstKnownStationThatMeasuresDis
     EXPECT_EQ(s->ia1[0], 4); // the counts stay
     EXPECT_EQ(s->ia1[1], 3);
     EXPECT_EQ(s->ia1[5], 0);
-    EXPECT_EQ(X(*s->a, nunk1), 3);
-    EXPECT_EQ(X(*s->a, nunk2), 3);
+    EXPECT_EQ(s->net()->nunk1, 3);
+    EXPECT_EQ(s->net()->nunk2, 3);
+}
+
+// Three known coordinates are more than a position; points before the station are freed as well.
+TEST_F(DatumApprox, HangsThreeKnownCoordinatesOnAStation)
+{
+    build(2, 3, 1);
+    fix(1, 0), fix(1, 1);
+    fix(0, 1); // before it
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(1), "xxxx");
+    for (int i : {0, 2}) EXPECT_EQ(known(i), "--x-");
+    EXPECT_EQ(known(3), "--x");
+    EXPECT_EQ(s->ia1[5], 0); // not counted
+
+    build(2, 2, 1);
+    fix(0, 0), fix(0, 1);
+    fix(2, 0); // behind it
+    ASSERT_EQ(run(), 0);
+    EXPECT_EQ(known(0), "xxxx");
+    EXPECT_EQ(known(2), "--x");
 }
 
 TEST_F(DatumApprox, KeepsSeveralKnownPointsWhenTheFirstKnownStationMeasuresNoDistances)
@@ -213,7 +245,7 @@ TEST_F(DatumApprox, FailsWhenMoreIsCountedAsKnownThanThereIs)
     s->wire();
     s->ia1[0] = s->ia1[1] = s->ia1[2] = 2;
     s->ia1[5] = 3;
-    EXPECT_EQ(X(*s->a, datum_approx)(), -3);
+    EXPECT_EQ(datum_approx(s->net()), -3);
     EXPECT_EQ(s->report(), "In approx: Strange.... nunk1=-3\n                       nunk2=-2\n");
 }
 

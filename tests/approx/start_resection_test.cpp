@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/resection.h"
 #include "approx/sketch.h"
 
 namespace {
@@ -31,8 +32,7 @@ protected:
         for (int t : {A, B, C}) s.place(t);
         for (int i : marked) s.itheo[i] = THEO_RESECT;
         nresec = (int)marked.size();
-        return X(*s.a, start_resec)(s.table.data(), &nresec, s.xap.data(), s.yap.data(), s.oap.data(), s.itheo.data(),
-                                    s.iobj.data());
+        return start_resec(s.net(), s.tab(), &nresec);
     }
 
     void expect_place(int i)

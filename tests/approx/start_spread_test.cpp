@@ -15,9 +15,7 @@ protected:
         if (!s.a) s.wire();
         for (std::vector<int> &row : s.rows) std::fill(row.begin(), row.end(), 0);
         nused = nresec = npair = 0;
-        EXPECT_EQ(X(*s.a, start_spread)(s.table.data(), &nused, &nresec, &npair, s.xap.data(), s.yap.data(),
-                                        s.oap.data(), s.itheo.data(), s.iobj.data()),
-                  0);
+        EXPECT_EQ(start_spread(s.net(), s.tab(), &nused, &nresec, &npair), 0);
     }
 
     void expect_point(int i)

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "approx/random_network.h"
-#include "runner.h"
+#include "host/run/runner.h"
 #include "support/access.h"
 
 namespace {

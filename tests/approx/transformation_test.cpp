@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "approx/transformation.h"
 #include "approx/sketch.h"
 #include "support/faults.h"
 
@@ -38,8 +39,8 @@ protected:
         }
     }
 
-    int transform() { return X(*s.a, transformations)(s.xap.data(), s.yap.data(), s.oap.data()); }
-    int t2pt(int p1, int p2) { return X(*s.a, t2pt)(p1, p2, s.xap.data(), s.yap.data(), s.oap.data()); }
+    int transform() { return transformations(s.net(), s.tab()); }
+    int t2pt(int p1, int p2) { return vornengine::t2pt(s.net(), s.tab(), p1, p2); }
 
     void expect_truth()
     {

@@ -6,6 +6,8 @@
 #include "support/faults.h"
 #include "support/network.h"
 
+using namespace vornengine;
+
 namespace {
 
 class WeakShots : public ::testing::Test {

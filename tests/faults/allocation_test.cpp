@@ -14,7 +14,7 @@
 
 #include "faults/engine_run.h"
 #include "host/folder.h"
-#include "simplex_input.h"
+#include "host/preparation/simplex_input.h"
 #include "support/faults.h"
 
 namespace {

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "model.h"
-#include "network_file.h"
-#include "prepare.h"
+#include "host/input/model.h"
+#include "host/input/network_file.h"
+#include "host/preparation/prepare.h"
 #include "support/network.h"
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 struct Setting {
     vornhost::Solver solver = vornhost::Solver::Compact;

@@ -11,7 +11,7 @@
 
 #include "support/network.h"
 #include "support/workfolder.h"
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 namespace {
 

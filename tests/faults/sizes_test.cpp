@@ -15,6 +15,8 @@
 #include "support/bare.h"
 #include "support/faults.h"
 
+using namespace vornengine;
+
 namespace {
 
 using vornhost::Solver;

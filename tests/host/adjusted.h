@@ -10,9 +10,9 @@
 #include <string>
 
 #include "host/folder.h"
-#include "result.h"
-#include "results.h"
-#include "runner.h"
+#include "vorn/result.h"
+#include "host/results/results.h"
+#include "host/run/runner.h"
 #include "support/network.h"
 
 // A network file without faults, with the report and the messages of what is done with it.

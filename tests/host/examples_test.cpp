@@ -8,10 +8,10 @@
 #include <map>
 #include <memory>
 
-#include "names.h"
-#include "network_file.h"
-#include "result.h"
-#include "runner.h"
+#include "host/input/names.h"
+#include "host/input/network_file.h"
+#include "vorn/result.h"
+#include "host/run/runner.h"
 
 using namespace vornhost;
 

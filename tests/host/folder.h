@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "network_file.h"
+#include "host/input/network_file.h"
 #include "support/workfolder.h"
 
 using Lines = std::vector<std::string>;

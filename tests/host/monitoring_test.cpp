@@ -12,7 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/adjusted.h"
-#include "json_writer.h"
+#include "host/results/json_writer.h"
 #include "support/faults.h"
 
 using namespace vornhost;

@@ -10,7 +10,9 @@
 #include <string>
 
 #include "support/network.h"
-#include "vorn.h"
+#include "vorn/vorn.h"
+
+using namespace vornengine;
 
 namespace {
 

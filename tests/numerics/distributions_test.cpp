@@ -8,6 +8,8 @@
 
 #include <string>
 
+using namespace vornengine;
+
 namespace {
 
 const double PI = 3.14159265358979323846;
@@ -144,6 +146,19 @@ TEST(Gcf, GoesOnWhenTheDenominatorIsZero)
     double out = -7.0, gln = -7.0;
     distrib::gcf(&out, 1.0, 0.0, &gln);
     EXPECT_EQ(out, -7.0);
+}
+
+// x = a - 2: the first denominator x (x + 1 - a) + x is 0, the others are not. For half a by the
+// recurrence Q(a + 1, x) = Q(a, x) + x^a exp(-x) / Gamma(a + 1) from Q(1/2, x) = erfc(sqrt x).
+TEST(Gcf, GoesOnBehindOneDenominatorThatIsZero)
+{
+    for (double a : {3.5, 4.5, 5.5, 8.5}) {
+        const double x = a - 2.0;
+        double wanted = erfc(sqrt(x)), out = -7.0, gln = -7.0;
+        for (double k = 0.5; k < a - 0.25; k += 1.0) wanted += pow(x, k) * exp(-x) / tgamma(k + 1.0);
+        distrib::gcf(&out, a, x, &gln);
+        EXPECT_NEAR(out, wanted, SERIES) << a;
+    }
 }
 
 TEST(Gammp, ComplementsGammqOnBothSidesOfTheSwitch)

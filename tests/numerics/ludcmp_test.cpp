@@ -8,6 +8,8 @@
 #include "support/faults.h"
 #include "support/network.h"
 
+using namespace vornengine;
+
 namespace {
 
 class Ludcmp : public ::testing::Test {

@@ -9,6 +9,8 @@
 
 #include "support/dense.h"
 
+using namespace vornengine;
+
 TEST(PackInvert, AgreesWithADenseInverse)
 {
     std::mt19937 gen(7);

@@ -13,6 +13,8 @@
 
 #include "support/workfolder.h"
 
+using namespace vornengine;
+
 namespace {
 
 class SideFile : public testing::Test {

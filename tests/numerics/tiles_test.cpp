@@ -5,6 +5,8 @@
 
 #include <vector>
 
+using namespace vornengine;
+
 namespace {
 
 typedef std::vector<double> Vector;

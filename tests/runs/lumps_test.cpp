@@ -5,7 +5,7 @@
 #include "runs/moving_wall.h"
 #include "support/faults.h"
 #include "support/workfolder.h"
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 namespace {
 

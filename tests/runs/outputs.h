@@ -8,10 +8,10 @@
 
 #include <string>
 
-#include "csv_writer.h"
-#include "json_writer.h"
-#include "network_file.h"
-#include "results.h"
+#include "host/results/csv_writer.h"
+#include "host/results/json_writer.h"
+#include "host/input/network_file.h"
+#include "host/results/results.h"
 #include "support/network.h"
 
 // As one text, from a freshly read model.

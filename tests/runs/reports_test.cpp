@@ -8,8 +8,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "network_file.h"
-#include "runner.h"
+#include "host/input/network_file.h"
+#include "host/run/runner.h"
 #include "support/network.h"
 
 namespace {

@@ -20,6 +20,8 @@
 #include "support/faults.h"
 #include "support/workfolder.h"
 
+using namespace vornengine;
+
 using Vec3 = std::array<double, 3>;
 using Mat3 = std::array<Vec3, 3>;
 

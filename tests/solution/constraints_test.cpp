@@ -37,13 +37,13 @@ struct Lumped : Rows {
         lumps.push_back(record.l);
     }
     // l1 and l2 as lumpdelta leaves them for one observation.
-    void delta_of(int kind, std::vector<measure> &list, int from, int to, int time, double d[3], int *l1, int *l2)
+    void delta_of(std::vector<measure> &list, int from, int to, int time, double d[3], int *l1, int *l2)
     {
         list.clear();
         observe(list, from, to, 0, 1).time = time;
         wire(1);
         *l1 = *l2 = -1;
-        S(*this, lumpdelta)(kind, 0, d, r1, r2, l1, l2);
+        S(*this, lumpdelta)(list.data(), d, r1, r2, l1, l2);
     }
     LumpRecord record;
     double r1[3][3], r2[3][3];
@@ -151,7 +151,7 @@ TEST(LumpDelta, MovesBothEndsAtAnotherEpoch)
     Lumped s;
     double d[3], a[3], b[3], r[3][3];
     int l1, l2;
-    s.delta_of(1, s.dist, 0, 1, 3, d, &l1, &l2);
+    s.delta_of(s.dist, 0, 1, 3, d, &l1, &l2);
     EXPECT_EQ(1, l1);
     EXPECT_EQ(1, l2);
     moved(&s, 1, s.points[0].xpt, a, r);
@@ -170,30 +170,15 @@ TEST(LumpDelta, MovesOnlyTheEndInTheLump)
     Lumped s;
     double d[3], b[3], r[3][3];
     int l1, l2;
-    s.delta_of(4, s.dir1, 2, 1, 2, d, &l1, &l2);
+    s.delta_of(s.dir1, 2, 1, 2, d, &l1, &l2);
     EXPECT_EQ(-1, l1);
     EXPECT_EQ(0, l2);
     moved(&s, 0, s.points[1].xpt, b, r);
     for (int k = 0; k < 3; k++) EXPECT_DOUBLE_EQ(b[k] - s.points[2].xpt[k], d[k]);
-    s.delta_of(5, s.dir2, 1, 2, 2, d, &l1, &l2);
+    s.delta_of(s.dir2, 1, 2, 2, d, &l1, &l2);
     EXPECT_EQ(0, l1);
     EXPECT_EQ(-1, l2);
     for (int k = 0; k < 3; k++) EXPECT_DOUBLE_EQ(s.points[2].xpt[k] - b[k], d[k]);
-}
-
-TEST(LumpDelta, ReadsTheListOfItsKind)
-{
-    const int kinds[4] = {1, 4, 5, 7};
-    for (int kind : kinds) {
-        Lumped s;
-        std::vector<measure> *lists[4] = {&s.dist, &s.dir1, &s.dir2, &s.u};
-        for (int k = 0; k < 4; k++) s.observe(*lists[k], 2, kinds[k] == kind ? 1 : 0, 0, 1);
-        s.wire(1);
-        double d[3];
-        int l1 = -1, l2 = -1;
-        S(s, lumpdelta)(kind, 0, d, s.r1, s.r2, &l1, &l2);
-        for (int k = 0; k < 3; k++) EXPECT_EQ(s.points[1].xpt[k] - s.points[2].xpt[k], d[k]) << kind;
-    }
 }
 
 TEST(LumpDelta, LeavesPointsAtTheReferenceAndAtUnknownEpochs)
@@ -202,7 +187,7 @@ TEST(LumpDelta, LeavesPointsAtTheReferenceAndAtUnknownEpochs)
         Lumped s;
         double d[3];
         int l1, l2;
-        s.delta_of(1, s.dist, 0, 1, time, d, &l1, &l2);
+        s.delta_of(s.dist, 0, 1, time, d, &l1, &l2);
         EXPECT_EQ(-1, l1) << time;
         EXPECT_EQ(-1, l2) << time;
         EXPECT_EQ(100.0, d[0]);
@@ -218,7 +203,7 @@ TEST(LumpDelta, LeavesPointsOfADroppedLump)
         s.points[0].ilump = s.points[1].ilump = ilump;
         double d[3];
         int l1, l2;
-        s.delta_of(1, s.dist, 0, 1, 2, d, &l1, &l2);
+        s.delta_of(s.dist, 0, 1, 2, d, &l1, &l2);
         EXPECT_EQ(-1, l1);
         EXPECT_EQ(-1, l2);
         EXPECT_EQ(100.0, d[0]);
@@ -330,6 +315,22 @@ TEST(FixedHeights, HoldPointsOnTheSphereOfTheirHeight)
     ASSERT_EQ(2u, s.rows.size());
     expect_row(s.rows[0], {0, 1, 2}, {HARD / 1000 * 300, HARD / 1000 * -400, HARD}, {}, {}, 0.0);
     expect_row(s.rows[1], {3}, {HARD / 900 * 60}, {}, {}, 0.0);
+}
+
+// h is counted from the sphere, not from the origin.
+TEST(FixedHeights, DoNotAddTheHeightOfTheOrigin)
+{
+    Rows s(3);
+    s.add("S", 300, -400, 12).h = 100.0;
+    for (int c = 0; c < 3; c++) s.points[0].n0[c] = c;
+    s.points[0].defdatum[2] = DATUM_FIXED_HEIGHT;
+    s.wire(1);
+    S(s, radius) = 900.0;
+    S(s, horigin) = 500.0;
+    S(s, nunk1) = 3;
+    S(s, norm_fixh)();
+    ASSERT_EQ(1u, s.rows.size());
+    expect_row(s.rows[0], {0, 1, 2}, {HARD / 1000 * 300, HARD / 1000 * -400, HARD}, {}, {}, 0.0);
 }
 
 TEST(FixedHeights, AtTheCentreOfTheSphereAreWhatTheDivisionGives)

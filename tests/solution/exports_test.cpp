@@ -9,10 +9,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "sidefiles.h"
+#include "vorn/sidefiles.h"
 #include "support/faults.h"
 #include "support/rows.h"
 #include "support/workfolder.h"
+
+using namespace vornengine;
 
 namespace {
 

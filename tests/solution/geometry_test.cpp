@@ -246,10 +246,11 @@ TEST(NormDist, UsesTheConstantsOfAStationWithoutUnknownConstant)
     s.wire(1);
     S(s, nunk1) = 1;
     S(s, norm_dist)();
-    EXPECT_DOUBLE_EQ(s.rows[0].b, (10.0 - (2.0 * 5.0 + 0.5)) * 2.0);
-    EXPECT_DOUBLE_EQ(s.rows[0].c1[0], 2.0 * 2.0 * 3.0 / 5.0);
-    EXPECT_DOUBLE_EQ(s.rows[1].b, (10.0 - 5.0) * 2.0);
-    EXPECT_DOUBLE_EQ(s.rows[1].c1[0], 2.0 * 3.0 / 5.0);
+    const double w = S(s, sdist) / 0.5;
+    EXPECT_DOUBLE_EQ(s.rows[0].b, (10.0 - (2.0 * 5.0 + 0.5)) * w);
+    EXPECT_DOUBLE_EQ(s.rows[0].c1[0], 2.0 * w * 3.0 / 5.0);
+    EXPECT_DOUBLE_EQ(s.rows[1].b, (10.0 - 5.0) * w);
+    EXPECT_DOUBLE_EQ(s.rows[1].c1[0], w * 3.0 / 5.0);
     EXPECT_TRUE(s.rows[0].i2.empty());
 }
 
@@ -264,7 +265,7 @@ TEST(NormDist, GivesARowWithoutCoordinatesBetweenFixedPoints)
     S(s, norm_dist)();
     EXPECT_TRUE(s.rows[0].i1.empty());
     EXPECT_EQ(s.rows[0].i2, std::vector<int>{0});
-    EXPECT_DOUBLE_EQ(s.rows[0].c2[0], 50.0);
+    EXPECT_DOUBLE_EQ(s.rows[0].c2[0], 5.0 * S(s, sdist) / 0.1);
 }
 
 TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
@@ -278,7 +279,7 @@ TEST(NormDist, GivesNoNumbersBetweenCoincidentPoints)
     S(s, norm_dist)();
     ASSERT_EQ(s.rows[0].i1, (std::vector<int>{0, 1}));
     for (const double a : s.rows[0].c1) EXPECT_TRUE(isnan(a)); // infinity times zero
-    EXPECT_DOUBLE_EQ(s.rows[0].b, 10.0);
+    EXPECT_DOUBLE_EQ(s.rows[0].b, 5.0 * S(s, sdist) / 0.5);
 }
 
 TEST(NormDist, IgnoresHeightsOfInstrumentAndTargetWithoutReduction)
@@ -288,7 +289,7 @@ TEST(NormDist, IgnoresHeightsOfInstrumentAndTargetWithoutReduction)
     m.h1 = 1.5;
     m.h2 = 2.5;
     S(s, norm_dist)();
-    EXPECT_DOUBLE_EQ(s.rows[0].b, 0.5);
+    EXPECT_DOUBLE_EQ(s.rows[0].b, 0.5 * S(s, sdist));
 }
 
 TEST(RowBuilders, LeaveOutNumbersThatTheNetworkDoesNotHave)
@@ -337,7 +338,7 @@ TEST(NormDifh, TakesInstrumentAndTargetHeightsOffTheValue)
         m.time = 3;
         s.wire(1);
         S(s, norm_difh)();
-        EXPECT_NEAR(s.rows[0].b, (2.7 - 0.25 - 2.0) * 2.0, 1e-14);
+        EXPECT_NEAR(s.rows[0].b, (2.7 - 0.25 - 2.0) * S(s, sdifh) / 0.5, 1e-14);
     }
 }
 
@@ -349,7 +350,7 @@ TEST(NormDifh, TakesOffWhatTheSphereAddsInDimension3)
     s.observe(s.difh, 0, 1, 2.5, 0.5);
     s.wire(1);
     S(s, norm_difh)();
-    EXPECT_NEAR(s.rows[0].b, (2.5 - 0.25 - 2.0) * 2.0, 1e-14);
+    EXPECT_NEAR(s.rows[0].b, (2.5 - 0.25 - 2.0) * S(s, sdifh) / 0.5, 1e-14);
 }
 
 // ---- horizontal directions ----
@@ -387,6 +388,31 @@ TEST(NormDir1, CountsFromTheFirstAxisToTheSecondAndAddsTheOrientation)
     EXPECT_NEAR(computed_direction(s, 0), PI / 4 + 0.25, 1e-15);
 }
 
+// Of a tilted station a third component would turn the direction.
+TEST(NormDir1, LiesInThePlaneInDimension2UnlessAReductionWorksInSpace)
+{
+    for (const int code : {0, 1, 3}) {
+        Rows s(2);
+        point &p = s.add("P", 0, 0, 5);
+        p.xex[0] = 0.3, p.xex[1] = -0.2, p.xex[2] = 0.25;
+        s.add("Q", 30, 40, 5);
+        s.observe(s.dir1, 0, 1, 0, 0.5);
+        s.number_all(1);
+        S(s, iredux) = code;
+        const double level = computed_direction(s, 0);
+        s.points[1].xpt[2] = -7.0;
+        if (code == 0)
+            EXPECT_EQ(computed_direction(s, 0), level);
+        else
+            EXPECT_GT(fabs(computed_direction(s, 0) - level), 0.001);
+        S(s, norm_dir1)();
+        ASSERT_EQ(s.rows.size(), 1u);
+        for (int c = 0; c < 2; c++) // the row belongs to the value
+            EXPECT_NEAR(entry(s.rows[0].i1, s.rows[0].c1, s.points[1].n0[c]) * 0.5 / S(s, sdir1),
+                        quotient([&] { return computed_direction(s, 0); }, &s.points[1].xpt[c], STEP_M), TOLERANCE);
+    }
+}
+
 TEST(NormDir1, KeepsTheRotationForARunOfOneStation)
 {
     Rows s(2);
@@ -400,10 +426,10 @@ TEST(NormDir1, KeepsTheRotationForARunOfOneStation)
     ASSERT_EQ(s.rows.size(), 4u);
     EXPECT_NEAR(s.rows[0].b, 0.0, 1e-15); // the first one sets the rotation
     EXPECT_NEAR(s.rows[1].b, 0.0, 1e-15); // kept
-    EXPECT_NEAR(s.rows[3].b, -0.5, 1e-15);
+    EXPECT_NEAR(s.rows[3].b, -0.5 * S(s, sdir1), 1e-15);
     s.rows.clear();
     S(s, norm_dir1)(); // a new call keeps nothing
-    EXPECT_NEAR(s.rows[0].b, -0.5, 1e-15);
+    EXPECT_NEAR(s.rows[0].b, -0.5 * S(s, sdir1), 1e-15);
 }
 
 TEST(NormDir1, BringsTheMisclosureBackByOneTurn)
@@ -414,11 +440,12 @@ TEST(NormDir1, BringsTheMisclosureBackByOneTurn)
     for (double val : {S(s, pi), 3.5, -3.5, 10.0, -10.0}) s.observe(s.dir1, 0, 1, val, 1.0);
     s.wire(1);
     S(s, norm_dir1)();
-    EXPECT_EQ(s.rows[0].b, S(s, pi));
-    EXPECT_NEAR(s.rows[1].b, 3.5 - 2 * PI, 1e-15);
-    EXPECT_NEAR(s.rows[2].b, 2 * PI - 3.5, 1e-15);
-    EXPECT_NEAR(s.rows[3].b, 10.0 - 2 * PI, 1e-15); // more than one and a half turns stay out
-    EXPECT_NEAR(s.rows[4].b, 2 * PI - 10.0, 1e-15);
+    const double w = S(s, sdir1);
+    EXPECT_EQ(s.rows[0].b, S(s, pi) * w);
+    EXPECT_NEAR(s.rows[1].b, (3.5 - 2 * PI) * w, 1e-15);
+    EXPECT_NEAR(s.rows[2].b, (2 * PI - 3.5) * w, 1e-15);
+    EXPECT_NEAR(s.rows[3].b, (10.0 - 2 * PI) * w, 1e-15); // more than one and a half turns stay out
+    EXPECT_NEAR(s.rows[4].b, (2 * PI - 10.0) * w, 1e-15);
 }
 
 TEST(NormDir1, StopsTheListAtATargetAboveTheInstrument)
@@ -446,7 +473,7 @@ TEST(NormDir1, ReducesTheDirectionsOfALevelledInstrumentAlone)
         S(s, radius) = 10000.0;
         S(s, norm_dir1)();
         const double r = typ ? S(s, dir1red)(0) : 0.0;
-        EXPECT_NEAR(s.rows[0].b, (r + 0.6 - atan2(400, 500)) * 2.0, 1e-14);
+        EXPECT_NEAR(s.rows[0].b, (r + 0.6 - atan2(400, 500)) * S(s, sdir1) / 0.5, 1e-14);
     }
 }
 
@@ -494,7 +521,7 @@ TEST(NormDir2, DoesNotBringTheMisclosureBack)
     Rows s(3);
     one_sight(s, s.dir2, {0, 0, 0}, {5, 0, 0}, 6.0, 0.5);
     S(s, norm_dir2)();
-    EXPECT_DOUBLE_EQ(s.rows[0].b, 12.0);
+    EXPECT_DOUBLE_EQ(s.rows[0].b, 6.0 * S(s, sdir2) / 0.5);
 }
 
 TEST(NormDir2, StopsTheListAtASightToTheZenith)
@@ -549,7 +576,7 @@ TEST(NormDir2, KeepsTheRotationForARunOfOneStation)
     S(s, norm_dir2)();
     ASSERT_EQ(s.rows.size(), 4u);
     EXPECT_NEAR(s.rows[1].b, 0.0, 1e-15);
-    EXPECT_NEAR(fabs(s.rows[3].b), 0.5, 1e-15);
+    EXPECT_NEAR(fabs(s.rows[3].b), 0.5 * S(s, sdir2), 1e-15);
 }
 
 TEST(NormDir2, ReducesTheAnglesOfALevelledInstrumentAlone)
@@ -563,7 +590,7 @@ TEST(NormDir2, ReducesTheAnglesOfALevelledInstrumentAlone)
         S(s, radius) = 10000.0;
         S(s, norm_dir2)();
         const double r = typ ? S(s, dir2red)(0) : 0.0;
-        EXPECT_NEAR(s.rows[0].b, (r + 0.6 - atan2(70, 500)) * 2.0, 1e-14);
+        EXPECT_NEAR(s.rows[0].b, (r + 0.6 - atan2(70, 500)) * S(s, sdir2) / 0.5, 1e-14);
     }
 }
 
@@ -677,7 +704,7 @@ TEST(NormAz, BringsTheMisclosureBackAndWeighsIt)
     S(s, radius) = 6e6;
     S(s, nunk1) = 1;
     S(s, norm_az)();
-    EXPECT_NEAR(s.rows[0].b, (3.5 - 2 * PI) * 2.0, 1e-14);
+    EXPECT_NEAR(s.rows[0].b, (3.5 - 2 * PI) * S(s, saz) / 0.5, 1e-14);
     EXPECT_DOUBLE_EQ(s.rows[1].b, 0.5 * 100000000.0);
     EXPECT_TRUE(s.rows[0].i2.empty());
 }
@@ -755,15 +782,22 @@ struct Family {
     std::vector<measure> Bare::*list;
     void (*norm)(Rows &s);
     double (*computed)(Rows &s, int i);
+    double (*apriori)(Rows &s);
+
+    double weight(Rows &s) const { return apriori(s) / 0.5; }
 };
 
 void distance_rows(Rows &s) { S(s, norm_dist)(); }
 void direction_rows(Rows &s) { S(s, norm_dir1)(); }
 void vertical_rows(Rows &s) { S(s, norm_dir2)(); }
 
-const Family FAMILIES[] = {{"distance", &Bare::dist, distance_rows, computed_distance},
-                           {"direction", &Bare::dir1, direction_rows, computed_direction},
-                           {"vertical angle", &Bare::dir2, vertical_rows, computed_vertical}};
+double of_distances(Rows &s) { return S(s, sdist); }
+double of_directions(Rows &s) { return S(s, sdir1); }
+double of_verticals(Rows &s) { return S(s, sdir2); }
+
+const Family FAMILIES[] = {{"distance", &Bare::dist, distance_rows, computed_distance, of_distances},
+                           {"direction", &Bare::dir1, direction_rows, computed_direction, of_directions},
+                           {"vertical angle", &Bare::dir2, vertical_rows, computed_vertical, of_verticals}};
 
 // The vertical term of the instrument has no part in the computed value.
 void without_vertical_term(Rows &s)
@@ -787,8 +821,8 @@ TEST(LumpedRows, CoefficientsAreTheDerivativesWithBothEndsMoved)
                 const double c0 = family.computed(s, 0);
                 auto f = [&] { return family.computed(s, 0) - c0; };
                 without_vertical_term(s);
-                expect_derivatives(s, s.rows[0], 2.0, f, 3);
-                s.expect_lump_derivatives(2.0, f);
+                expect_derivatives(s, s.rows[0], family.weight(s), f, 3);
+                s.expect_lump_derivatives(family.weight(s), f);
             }
 }
 
@@ -802,8 +836,8 @@ TEST(LumpedRows, CoefficientsAreTheDerivativesWithTheTargetMovedAlone)
         const double c0 = family.computed(s, 0);
         auto f = [&] { return family.computed(s, 0) - c0; };
         without_vertical_term(s);
-        expect_derivatives(s, s.rows[0], 2.0, f, 3);
-        s.expect_lump_derivatives(2.0, f);
+        expect_derivatives(s, s.rows[0], family.weight(s), f, 3);
+        s.expect_lump_derivatives(family.weight(s), f);
     }
 }
 
@@ -821,18 +855,18 @@ TEST(LumpedRows, CarryTheCoefficientOfAMovedStationOverToItsTarget)
         const point &p = s.points[0], &q = s.points[3];
         auto f = [&] { return family.computed(s, 0); };
         for (int c = 0; c < 3; c++) {
-            const double of_q = entry(row.i1, row.c1, q.n0[c]) / 2.0;
+            const double of_q = entry(row.i1, row.c1, q.n0[c]) / family.weight(s);
             const double derivative = quotient(f, &s.points[3].xpt[c], STEP_M);
             if (c == 1) {
                 EXPECT_NEAR(of_q, derivative, TOLERANCE);
                 continue;
             }
-            const double of_p = entry(row.i1, row.c1, p.n0[c]) / 2.0;
+            const double of_p = entry(row.i1, row.c1, p.n0[c]) / family.weight(s);
             EXPECT_NEAR(of_p, quotient(f, &s.points[0].xpt[c], STEP_M), TOLERANCE);
             EXPECT_EQ(of_q, -of_p);
             EXPECT_GT(fabs(of_q - derivative), 1e-4);
         }
-        s.expect_lump_derivatives(2.0, f);
+        s.expect_lump_derivatives(family.weight(s), f);
     }
 }
 
@@ -869,10 +903,11 @@ TEST(LumpedRows, TakeTheConstantsOfTheInstrumentToo)
     s.sight(s.dist, 11);
     s.dist[0].typ = 1;
     S(s, norm_dist)();
+    const double w = S(s, sdist) / 0.5;
     auto f = [&] { return computed_distance(s, 0); };
-    expect_derivatives(s, s.rows[0], 2.0, f, 3);
-    s.expect_lump_derivatives(2.0, f);
-    EXPECT_NEAR(s.rows[0].b, (0.2 - f()) * 2.0, 1e-12);
+    expect_derivatives(s, s.rows[0], w, f, 3);
+    s.expect_lump_derivatives(w, f);
+    EXPECT_NEAR(s.rows[0].b, (0.2 - f()) * w, 1e-12);
 }
 
 // ---- weights ----

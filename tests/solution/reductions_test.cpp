@@ -280,6 +280,24 @@ TEST(ReductionTrace, ShowsBothTermsOfADirection)
     EXPECT_EQ("S        ( 0.000000)  A        ( 0.000000)         0.250000    -0.785398 0.000000\n", s.report());
 }
 
+TEST(ReductionTrace, ShowsAZeroWithoutSign)
+{
+    for (const double x : {-50.0, 50.0})
+        for (const double y : {-50.0, 0.0, 50.0}) {
+            const double p[3] = {-x, -y, 0}, q[3] = {x, y, 0};
+            Sight s(1.0e17, 0, p, q, 0.0, 0.0);
+            s.trace();
+            for (int code : {2, 9}) s.distance_reduction(code);
+            s.direction_reduction();
+            s.vertical_reduction();
+            EXPECT_EQ("S        ( 0.000000)  A        ( 0.000000)       100.000000     0.000000\n"
+                      "S        ( 0.000000)  A        ( 0.000000)       100.000000     0.000000\n"
+                      "S        ( 0.000000)  A        ( 0.000000)         0.250000     0.000000 0.000000\n"
+                      "S        ( 0.000000)  A        ( 0.000000)         0.250000     0.000000\n",
+                      s.report());
+        }
+}
+
 TEST(ReductionTrace, IsSilentWithoutDebug)
 {
     const double p[3] = {0, 0, 0}, q[3] = {100, 0, 0};

@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "sidefiles.h"
+#include "vorn/sidefiles.h"
 #include "support/bare.h"
 #include "support/workfolder.h"
+
+using namespace vornengine;
 
 namespace {
 
@@ -154,6 +156,22 @@ TEST(ApplyDelta, LetsTheHeightAboveTheSphereFollowUnlessItIsFixed)
     EXPECT_NEAR(s.points[0].h, (1000.0 * 1000.0 + 4.0) / (2.0 * 1000403.0) + 403.0, 1e-9);
     EXPECT_EQ(s.points[1].h, 77.0);
     EXPECT_NEAR(s.points[2].h, 409.0, 1e-3);
+}
+
+TEST(ApplyDelta, LetsTheHeightFollowWithEveryEarthModel)
+{
+    for (int earth : {1, 2, 3, -1}) {
+        Bare s(3);
+        three_points(s);
+        s.delta.assign(9, 0.0);
+        s.wire(2);
+        S(s, nunk1) = S(s, nunk) = 9;
+        S(s, iearth) = earth;
+        S(s, radius) = 1e6;
+        S(s, horigin) = 400.0;
+        S(s, applydelta)(0);
+        EXPECT_NEAR(s.points[2].h, 409.0, 1e-3) << earth;
+    }
 }
 
 TEST(ApplyDelta, GivesAPointAtTheCentreOfTheSphereTheHeightOfTheDivision)

@@ -201,6 +201,18 @@ TEST(ResidualAnalysis, CutsTheRedundancyAfterAddingATenth)
     EXPECT_EQ(s.dist[1].iflag / 10 % 10, 1);
 }
 
+// The level is divided by the redundancy as it stands: tau for two degrees of freedom is
+// sqrt(2) cos(pi 0.025 / 1.91) = 1.413019, with 0.025 / 2 it would be 1.413122.
+TEST(ResidualAnalysis, DividesTheLevelOfTheTauTestByTheRedundancy)
+{
+    const double limit = sqrt(2.0) * cos(4 * atan(1.0) * 0.025 / 1.91);
+    Bare s(1);
+    distances(s, {limit - 5e-5, limit + 5e-5});
+    S(s, resanalysis)(1.0, 1.91);
+    EXPECT_EQ(s.dist[0].iflag % 10, 0);
+    EXPECT_EQ(s.dist[1].iflag % 10, 1);
+}
+
 TEST(ResidualAnalysis, IsDefinedForARedundancyThatIsZeroHugeOrNoNumber)
 {
     for (double dofc : {0.0, -3.0, 1e300, double(NAN), double(INFINITY)}) {

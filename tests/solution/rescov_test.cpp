@@ -238,13 +238,15 @@ TEST(ResidualCovariance, OfDistancesOnlyLeavesTheOtherComponents)
     s.add("A", 10, 0).n0[0] = 0;
     s.observe(s.dist, 0, 1, 10.5, 0.5);
     s.observe(s.dist, 0, 1, 10.25, 0.5);
-    s.ready(1, 0, {0.125}); // weight 2 * 2^2, sigma 1 over 0.5
+    s.ready(1, 0, {0.0});
+    const double w = S(s, sdist) / 0.5;
+    s.ready(1, 0, {1 / (2 * w * w)}); // of two equal weights
     const Components c = s.cov();
     EXPECT_DOUBLE_EQ(0.5, s.dist[0].res[0]);
-    EXPECT_DOUBLE_EQ(sqrt(0.125), s.dist[0].res[1]); // 1/4 - 1/8
+    EXPECT_DOUBLE_EQ(sqrt(0.5) / w, s.dist[0].res[1]); // 1 - 1/2 over w squared
     EXPECT_DOUBLE_EQ(1.0, c.dofc);
-    EXPECT_DOUBLE_EQ(1.25, c.sum);
-    EXPECT_DOUBLE_EQ(1.25, c.dist);
+    EXPECT_DOUBLE_EQ(0.3125 * w * w, c.sum);
+    EXPECT_DOUBLE_EQ(c.sum, c.dist);
     for (double v : {c.difh, c.dir1, c.dir2, c.az, c.gps, c.photo}) EXPECT_EQ(ABSENT, v);
 }
 
@@ -256,7 +258,7 @@ TEST(ResidualCovariance, OfFixedEndsIsThatOfTheObservation)
     s.observe(s.dist, 0, 1, 10.5, 0.25);
     s.ready(0, 0, {0.0});
     const Components c = s.cov();
-    EXPECT_DOUBLE_EQ(0.25, s.dist[0].res[1]);
+    EXPECT_DOUBLE_EQ(0.25 / S(s, sdist), s.dist[0].res[1]);
     EXPECT_DOUBLE_EQ(1.0, c.dofc);
 }
 
@@ -266,11 +268,13 @@ TEST(ResidualCovariance, WithoutRedundancyGivesThePlainSum)
     s.add("S", 0, 0);
     s.add("A", 10, 0).n0[0] = 0;
     s.observe(s.dist, 0, 1, 10.5, 0.5);
-    s.ready(1, 0, {0.25});
+    s.ready(1, 0, {0.0});
+    const double w = S(s, sdist) / 0.5;
+    s.ready(1, 0, {1 / (w * w)});
     Components c = s.cov();
     EXPECT_EQ(0.0, c.dofc);
     EXPECT_EQ(0.0, s.dist[0].res[1]);
-    EXPECT_DOUBLE_EQ(1.0, c.dist);
+    EXPECT_DOUBLE_EQ(0.25 * w * w, c.dist);
     s.dist[0].val[0] = 10.0;
     c = s.cov();
     EXPECT_EQ(0.0, c.dist);
@@ -324,6 +328,24 @@ TEST(ResidualCovariance, NamesEachKindInItsMessage)
               "\nProblem with covariance of xpix residual 0\n"
               "\nProblem with covariance of ypix residual 0\n",
               s.report());
+}
+
+// A distance with a constant whose cofactors are B, -B and 1: coordinates with coordinates give
+// exactly 0, while B + 1 loses the 1.
+TEST(ResidualCovariance, SumsTheCoordinatesBeforeTheOtherUnknowns)
+{
+    const double B = 9007199254740992.0; // 2^53
+    Small s(2);
+    s.add("P", 0, 0);
+    s.add("Q", 10, 0);
+    s.points[0].n0[0] = 0;
+    s.points[1].n0[0] = 1;
+    s.points[0].n1[3] = 0;
+    s.observe(s.dist, 0, 1, 10.5, 1.0).typ = 1;
+    s.ready(2, 1, {B, 0, -1, 0, -B, 0, 0, 0, 0});
+    S(s, sdist) = 1.0;
+    s.cov();
+    EXPECT_EQ(s.dist[0].res[1], 0.0); // 1 - 1, a residual without redundancy
 }
 
 TEST(ResidualCovariance, BringsADirectionBackByOneTurn)

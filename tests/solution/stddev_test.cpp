@@ -284,6 +284,21 @@ TEST(StationErrors, ShowAndStoreSixParameters)
     for (int c = 0; c < 6; c++) EXPECT_DOUBLE_EQ(s.points[0].sxex[c], wanted[c]) << c;
 }
 
+TEST(StationErrors, WithoutAVarianceAreZeroWhateverTheFactor)
+{
+    Bare s(3);
+    station_network(s);
+    q(s, 3, 3) = 0.0;
+    q(s, 4, 4) = -1.0;
+    q(s, 0, 0) = 0.0;
+    S(s, stddev)(NAN);
+    EXPECT_EQ(s.points[0].sxex[0], 0.0);
+    EXPECT_EQ(s.points[0].sxex[1], 0.0);
+    EXPECT_TRUE(isnan(s.points[0].sxex[2]));
+    EXPECT_EQ(s.points[0].sxpt[0], 0.0);
+    EXPECT_TRUE(isnan(s.points[0].sxpt[1]));
+}
+
 TEST(StationErrors, OfANegativeVarianceAreZero)
 {
     Bare s(3);

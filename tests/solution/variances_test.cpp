@@ -152,7 +152,7 @@ TEST(Variances, LeaveOutTheKindsWithoutObservations)
                                                  "sig a priori      =      1.000000\n"
                                                  "sig a posteriori  =      1.000000\n"
                                                  "\nvariance component for distances         0.250000\n"
-                                                 "sigma a priori                           1.000000\n"
+                                                 "sigma a priori                           0.900000\n"
                                                  "sigma a posteriori for distances         0.500000\n");
 }
 

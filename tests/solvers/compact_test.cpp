@@ -9,6 +9,8 @@
 #include "solvers/leastsquares.h"
 #include "support/faults.h"
 
+using namespace vornengine;
+
 namespace {
 
 typedef Solved<compact> Net;
@@ -483,7 +485,7 @@ TEST(CompactZeronormal, ClearsTheSystem)
     ASSERT_EQ(s.prepare(), 0);
     s.zeronormal();
     S(s, normal)();
-    EXPECT_EQ(at(s, 1, 0), -1.0);
+    EXPECT_EQ(at(s, 1, 0), -r.sdifh * r.sdifh);
     S(s, delta)[1] = 3.0;
     s.zeronormal();
     EXPECT_EQ(full(s), Vector(9, 0.0));
@@ -836,7 +838,7 @@ TEST(CompactInverse, GivesHeightsTheirVariances)
     chain(r, 3);
     r.points[0].n0[2] = N_NONE, r.points[1].n0[2] = 0, r.points[2].n0[2] = 1;
     r.nunk1 = 2;
-    for (measure &m : r.difh) m.val[1] = 0.5;
+    for (measure &m : r.difh) m.val[1] = 0.5 * r.sdifh;
     compact &s = r.solver(0, 0);
     ASSERT_EQ(s.prepare(), 0);
     ASSERT_EQ(s.inverse(), 0);
@@ -1096,13 +1098,13 @@ TEST(CompactLarge, AdjustsAFreeChainToItsClosedForm)
     for (int p = 0; p < MANY; p++) sum += S(s, delta)[p];
     EXPECT_NEAR(sum, 0.0, 1e-9);
     for (int p = 1; p < MANY; p++) EXPECT_NEAR(S(s, delta)[p] - S(s, delta)[p - 1], 0.001 * (p % 7), 1e-11);
-    // Cofactor of a height difference along the chain: the number of its lines.
+    // Cofactor of a height difference along the chain: the number of its lines over their weight.
     ASSERT_EQ(s.inverse(), 0);
     const double *q = S(s, inv);
     const size_t n = MANY + 1;
     for (size_t a : {0, 17, 100, 200})
         for (size_t b : {20, 101, 249}) {
-            const double lines = fabs((double)a - (double)b);
+            const double lines = fabs((double)a - (double)b) / (r.sdifh * r.sdifh);
             EXPECT_NEAR(q[a * n + a] + q[b * n + b] - 2.0 * q[a * n + b], lines, 1e-9) << a << " " << b;
         }
     for (size_t a = 0; a < n; a++)

@@ -555,7 +555,7 @@ TEST(JordanInverse, StandsFromTheLastResolution)
     r.points[0].n0[2] = N_NONE;
     r.points[1].n0[2] = 0;
     r.nunk1 = 1;
-    r.observe(r.difh, 0, 1, 1.25, 0.5);
+    r.observe(r.difh, 0, 1, 1.25, 0.5 * r.sdifh);
     jordan &s = r.solver(0, 0);
     s.prepare();
     EXPECT_EQ(s.inverse(), 0);

@@ -6,6 +6,8 @@
 #include "support/dense.h"
 #include "support/profiles.h"
 
+using namespace vornengine;
+
 namespace {
 
 typedef std::vector<double> Vector;

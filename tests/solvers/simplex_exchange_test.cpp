@@ -429,8 +429,7 @@ void follow(int dim, unsigned seed)
     RandomNetwork network(dim, dim == 1 ? 0 : 3, 8, 3, seed, 1.0, 0.01);
     vorn run(network.net.ready());
     ASSERT_EQ(run.vornstart(), 0);
-    solverinput in;
-    V(run, handover)(&in);
+    const solverinput &in = state(run);
     simplex s(in);
     s.banner();
     ASSERT_EQ(s.prepare(), 0);

@@ -29,18 +29,11 @@ public:
     std::vector<long double> b;
 };
 
-solverinput input_of(vorn &run)
-{
-    solverinput in;
-    V(run, handover)(&in);
-    return in;
-}
-
 // The simplex solver on a network, stage by stage, and the same programme as plain matrices.
 class Programme {
 public:
     explicit Programme(RandomNetwork &network)
-        : net(network.net), run(net.ready()), started(run.vornstart()), in(input_of(run)), rows(in), s(in)
+        : net(network.net), run(net.ready()), started(run.vornstart()), rows(state(run)), s(state(run))
     {
         EXPECT_EQ(started, 0) << net.report();
         S(rows, normal)();
@@ -103,7 +96,6 @@ public:
     Network &net;
     vorn run;
     int started;
-    solverinput in;
     Keeper rows;
     simplex s;
     LongMatrix datum;

@@ -379,6 +379,16 @@ TEST(Resolution, ScalesTheWeightsToAtMostOne)
     EXPECT_EQ(L1(t, newpd)[0], 0.5);
 }
 
+// The cost at the start is minus the sum of the misclosures, without any: minus zero.
+TEST(Resolution, StartsFromMinusTheSumOfTheMisclosures)
+{
+    Hand h(1);
+    simplex &s = h.tableau(1, 2);
+    L1(s, unknownstage)(2, 0);
+    EXPECT_EQ(L1(s, gcost), 0.0);
+    EXPECT_TRUE(signbit(L1(s, gcost)));
+}
+
 // An azimuth or a weight: the rows would be taken for others.
 TEST(Resolution, RefusesRowsBeyondThoseOfTheLists)
 {

@@ -19,14 +19,14 @@ int undefined(const std::string &text)
     return n;
 }
 
-// B observed from the fixed A with the given deviations.
+// B observed from the fixed A with the given parts of the a-priori deviation.
 struct TwoHeights {
     explicit TwoHeights(std::vector<double> sigmas) : h(1)
     {
         h.add("A", 0, 0, 0).n0[2] = N_NONE;
         h.add("B", 0, 0, 1).n0[2] = 0;
         h.nunk1 = 1;
-        for (const double sigma : sigmas) h.observe(h.difh, 0, 1, 1.0, sigma);
+        for (const double sigma : sigmas) h.observe(h.difh, 0, 1, 1.0, sigma * h.sdifh);
         h.n.messages.answer = 1;
     }
     Hand h;
@@ -80,7 +80,7 @@ TEST(Balance, KeepsTheWeightOfAnObservationWithoutRedundancy)
     TwoHeights t({0.5, 0.5, 0.5, 0.5});
     t.h.add("C", 0, 0, 2).n0[2] = 1;
     t.h.nunk1 = 2;
-    t.h.observe(t.h.difh, 0, 2, 2.0, 0.25);
+    t.h.observe(t.h.difh, 0, 2, 2.0, 0.25 * t.h.sdifh);
     EXPECT_EQ(t.h.solver().prepare(), 0);
     // rbar = 1 - 2 / 5; the others are at 3/4, whatever common weight they get
     EXPECT_TRUE(holds(t.h.n.report(), "first r[  4] =   0.000000  original pd =        4.000000\nAfter 11"));
@@ -91,7 +91,7 @@ TEST(Balance, KeepsTheWeightOfAnObservationWithoutRedundancy)
 TEST(Balance, KeepsTheWeightOfAnObservationWithoutInfluence)
 {
     TwoHeights t({0.5, 0.5});
-    t.h.observe(t.h.difh, 0, 0, 0.0, 0.25);
+    t.h.observe(t.h.difh, 0, 0, 0.0, 0.25 * t.h.sdifh);
     EXPECT_EQ(t.h.solver().prepare(), 0);
     EXPECT_TRUE(holds(t.h.n.report(), "first r[  2] =   1.000000  original pd =        4.000000\n"));
     EXPECT_TRUE(holds(t.h.n.report(), " r[  2] =   1.000000   newpd =         4.000000   oldpd =         4.000000\n"));
@@ -117,13 +117,39 @@ TEST(Balance, CountsConditionsInTheMeanRedundancy)
     EXPECT_TRUE(holds(t.h.n.report(), "After 11 iterations:\n r[  0]"));
 }
 
+// One weight x beside three of 1: the influence x / (x + 3) lies 0.049 or 0.051 above the mean
+// one. A sweep brings the influences to (1 - h) / 3.
+TEST(Balance, EndsWhenNoRedundancyIsMoreThanFiveHundredthsFromTheMean)
+{
+    for (int beyond : {0, 1}) {
+        const double h = beyond ? 0.301 : 0.299;
+        TwoHeights t({(1 - h) / (3 * h), 1.0, 1.0, 1.0});
+        EXPECT_EQ(t.h.solver().prepare(), 0);
+        EXPECT_TRUE(holds(t.h.n.report(), "After " + std::to_string(beyond) + " iterations:\n"));
+    }
+}
+
+// The other five have influences of 1/5, near the mean of 1/6: only an influence that counts, and
+// leaves a redundancy below 1, asks for more sweeps.
+TEST(Balance, CountsAnInfluenceUpToTheSmallestAsNone)
+{
+    for (int counts : {0, 1}) {
+        const double h = counts ? 1.03e-7 : 0.97e-7;
+        TwoHeights t({(1 - h) / (5 * h), 1.0, 1.0, 1.0, 1.0, 1.0});
+        simplex &s = t.h.solver();
+        EXPECT_EQ(s.prepare(), 0);
+        EXPECT_EQ(holds(t.h.n.report(), "After 0 iterations:\n"), counts == 0);
+        EXPECT_EQ(L1(s, newpd)[0] == S(s, rhs)[0], counts == 0);
+    }
+}
+
 // A free loop: the heights are not determined, and the sweeps go on with what stands.
 TEST(Balance, GoesOnWithASingularMatrix)
 {
     Hand h(1);
     h.add("A", 0, 0, 0);
     h.add("B", 0, 0, 1);
-    for (int i = 0; i < 3; i++) h.observe(h.difh, 0, 1, 1.0, 1.0);
+    for (int i = 0; i < 3; i++) h.observe(h.difh, 0, 1, 1.0, h.sdifh);
     h.n.messages.answer = 1;
     EXPECT_EQ(h.solver(0, 1).prepare(), 0);
     EXPECT_EQ(h.n.report().rfind("In ludcmp: null pivot\nfirst r[  0] = ", 0), 0u);
@@ -133,7 +159,7 @@ TEST(Balance, GoesOnWithASingularMatrix)
     unseen.add("C", 0, 0, 1);
     unseen.add("A", 0, 0, 0);
     unseen.add("B", 0, 0, 1);
-    for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 1, 2, 1.0, 1.0);
+    for (int i = 0; i < 4; i++) unseen.observe(unseen.difh, 1, 2, 1.0, unseen.sdifh);
     unseen.n.messages.answer = 1;
     EXPECT_EQ(unseen.solver(0, 1).prepare(), 0);
     const std::string text = unseen.n.report();
@@ -212,7 +238,7 @@ TEST(Balance, StandsANetworkWithoutRedundancy)
         simplex &s = t.h.solver();
         EXPECT_EQ(s.prepare(), 0);
         EXPECT_TRUE(holds(t.h.n.report(), "After 0 iterations:\n r[  0] =   0.000000   newpd = "));
-        EXPECT_EQ(L1(s, newpd)[0], 1.0 / sigma);
+        EXPECT_EQ(L1(s, newpd)[0], t.h.sdifh / (sigma * t.h.sdifh));
     }
     TwoHeights none({});
     EXPECT_EQ(none.h.solver().prepare(), 0);
@@ -228,8 +254,7 @@ TEST(Balance, ChangesTheCostsAndNotTheRows)
         vorn run(network.net.ready());
         ASSERT_EQ(run.vornstart(), 0);
         network.net.messages.answer = answer;
-        solverinput in;
-        V(run, handover)(&in);
+        const solverinput &in = state(run);
         simplex s(in);
         ASSERT_EQ(s.prepare(), 0);
         S(s, normal)();
@@ -292,8 +317,7 @@ TEST(Balance, StartsFromTheRedundanciesOfTheAdjustment)
         ASSERT_EQ(run.vornstart(), 0);
         const size_t start = network.net.report().size();
         network.net.messages.answer = 1;
-        solverinput in;
-        V(run, handover)(&in);
+        const solverinput &in = state(run);
         simplex s(in);
         ASSERT_EQ(s.prepare(), 0);
         Design design(in, std::vector<double>(S(s, rhs), S(s, rhs) + L1(s, nplan)));

@@ -199,7 +199,7 @@ struct OneRow {
         h.add("A", 0, 0);
         h.add("B", 100, 0);
         h.nunk2 = 2;
-        h.observe(h.dist, 0, 1, 100.0, 0.01);
+        h.observe(h.dist, 0, 1, 100.0, 0.01 * h.sdist);
         s = &h.solver(1);
         EXPECT_EQ(s->prepare(), 0);
         const int numbers[] = {2, 0, 3};
@@ -269,7 +269,7 @@ TEST(AddRow, GivesAMeasureWithoutDeviationTheSameRow)
     h.add("A", 0, 0, 1);
     h.add("B", 0, 0, 2);
     h.observe(h.difh, 0, 1, 1.25, 0.0);
-    h.observe(h.difh, 0, 1, 1.25, 0.5);
+    h.observe(h.difh, 0, 1, 1.25, 0.5 * h.sdifh);
     simplex &s = h.solver(0);
     ASSERT_EQ(s.prepare(), 0);
     S(s, normal)();

@@ -28,20 +28,11 @@
 struct BareRecords {
     explicit BareRecords(int dim) : n(dim)
     {
-        memset(datum, 0, sizeof datum);
-        memset(ia1, 0, sizeof ia1);
         points.reserve(300);
         n.ready();
     }
 
-    solverinput input()
-    {
-        solverinput in = solverinput();
-        in.pproject = &n.p;
-        in.ia1 = ia1;
-        in.datum = datum;
-        return in;
-    }
+    solverinput input() { return solverinput(&n.p); }
 
     // A fixed point with a scale of 1 and x0 equal to xpt. The name is held with blanks.
     point &add(const char *name, double x, double y, double z = 0.0)
@@ -84,8 +75,6 @@ struct BareRecords {
     }
 
     Network n;
-    int ia1[9];
-    double datum[7];
     std::vector<point> points; // at most 300, so that observations may point to them
     std::vector<measure> dist, difh, dir1, dir2, az, u, v;
     std::vector<gpsbase> gps;
@@ -122,17 +111,14 @@ public:
     // Sets every field of the solution from the records; the first nsta_ points are stations.
     void wire(int nsta_)
     {
-        solution::pfeedback = &n.messages;
-        pproject = &n.p;
-        pname = n.p.filename;
-        out = n.p.out;
-        irun = n.p.irun;
+        const int dimension = solution::dim;
+        static_cast<settings &>(*this) = settings(&n.p);
+        solution::dim = dimension;
         idebug = 0;
         iearth = 0;
         radius = horigin = latitude = 0.0;
         itmax = 20;
         convergence = 1e-6;
-        pi = 4.0 * atan(1.0);
         for (double &t : trans) t = 0.0;
         solution::points = BareRecords::points.data();
         npoints = (int)BareRecords::points.size();
@@ -149,7 +135,8 @@ public:
         wire_list(BareRecords::cameras, &(solution::cameras), &ncamera);
         wire_list(BareRecords::lumps, &(solution::lumps), &nlump);
         nweighted = nfixh = iredux = nunk1 = nunk2 = ndatum = nunk = 0;
-        sdist = sdifh = sdir1 = sdir2 = saz = sgps = suv = sigma0 = 1.0;
+        sdist = 0.9, sdifh = 1.1, sdir1 = 0.8, sdir2 = 1.2, saz = 0.7, sgps = 1.3, suv = 1.4;
+        sigma0 = 1.0;
         for (double &d : solution::datum) d = 0.0;
         icon = nexport = nimport = 0;
         lcon = NULL;

@@ -13,7 +13,13 @@ Network::Network(int dim) : p()
     p.radius = 6371000.0;
     p.itmax = 20;
     p.convergence = 1.0e-6;
-    p.suv = p.sdist = p.sdifh = p.sdir1 = p.sdir2 = p.saz = p.sgps = 1.0;
+    p.sdist = 0.9;
+    p.sdifh = 1.1;
+    p.sdir1 = 0.8;
+    p.sdir2 = 1.2;
+    p.saz = 0.7;
+    p.sgps = 1.3;
+    p.suv = 1.4;
     p.imixed = -1;
     p.iangle = ANGLE_RADIAN;
 }

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "project.h"
-#include "result.h"
+#include "vorn/project.h"
+#include "vorn/result.h"
 
 // Keeps every line; answers every question with answer.
 class Recorder : public Feedback {
@@ -53,7 +53,7 @@ public:
     // Text of the report so far.
     std::string report();
 
-    project p; // radian, elevations, a-priori deviations 1.0
+    project p; // radian, elevations; an a-priori deviation of its own for each list
     Recorder messages;
     std::vector<station_input> stations; // references from station() die with the next one
     std::vector<target_input> targets;

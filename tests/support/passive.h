@@ -5,6 +5,8 @@
 
 #include "solution/solution.h"
 
+using namespace vornengine;
+
 class Passive : public solution {
 public:
     using solution::solution;

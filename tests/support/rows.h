@@ -42,7 +42,7 @@ public:
         EXPECT_EQ(n2, ia2[0]);
         Row r;
         for (int k = 1; k <= n1; k++) {
-            r.i1.push_back(solution::ia1[k]);
+            r.i1.push_back(ia1[k]);
             r.c1.push_back(a1[k]);
         }
         for (int k = 1; k <= n2; k++) {
@@ -82,9 +82,6 @@ public:
     std::vector<Row> rows;
     std::vector<BaseRow> bases;
     std::function<void()> after_row; // what a test does between two rows
-
-private:
-    using solution::ia1;
 };
 
 #endif

@@ -14,7 +14,7 @@ public:
     {
         add("A", 0, 0);
         nunk1 = nunk;
-        for (int i = 0; i < nobs; i++) observe(difh, 0, 0, 0.0, 1.0);
+        for (int i = 0; i < nobs; i++) observe(difh, 0, 0, 0.0, sdifh);
         solver(0, ndatum);
         s->banner();
         s->prepare();

@@ -38,6 +38,7 @@ public:
         in.points = points.data();
         in.nsta = nsta;
         in.ntar = (int)points.size() - nsta;
+        in.npoints = (int)points.size();
         wire(dist, &in.dist, &in.ndist);
         wire(difh, &in.difh, &in.ndifh);
         wire(dir1, &in.dir1, &in.ndir1);
@@ -48,7 +49,9 @@ public:
         wire(v, &in.obsuv2, &in.nobsuv);
         wire(cameras, &in.cameras, &in.ncamera);
         wire(lumps, &in.lumps, &in.nlump);
-        in.sdist = in.sdifh = in.sdir1 = in.sdir2 = in.saz = in.sgps = in.suv = in.sigma0 = 1.0;
+        in.sdist = sdist, in.sdifh = sdifh, in.sdir1 = sdir1, in.sdir2 = sdir2;
+        in.saz = saz, in.sgps = sgps, in.suv = suv;
+        in.sigma0 = 1.0;
         in.nfixh = nfixh;
         in.nunk1 = nunk1, in.nunk2 = nunk2, in.ndatum = ndatum, in.nunk = nunk1 + nunk2;
         in.temp_res = &result;
@@ -59,6 +62,8 @@ public:
     std::string report() { return n.report(); }
 
     int dim, nunk1 = 0, nunk2 = 0, nfixh = 0;
+    // A-priori deviations of the lists: an observation of a tenth of its own has a weight of 10.
+    double sdist = 0.75, sdifh = 1.25, sdir1 = 0.625, sdir2 = 1.5, saz = 0.875, sgps = 1.375, suv = 1.75;
     std::unique_ptr<Solver> s;
 
 private:

@@ -6,6 +6,8 @@
 
 #include "support/network.h"
 
+using namespace vornengine;
+
 namespace {
 
 using Lines = std::vector<std::string>;

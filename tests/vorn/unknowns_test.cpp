@@ -1,12 +1,14 @@
 // The name of an unknown by the row of the factorization that failed.
 
-#include "unknowns.h"
+#include "vorn/unknowns.h"
 
 #include <gtest/gtest.h>
 
 #include <string.h>
 
 #include "support/loaded.h"
+
+using namespace vornengine;
 
 namespace {
 

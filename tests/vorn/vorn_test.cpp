@@ -184,11 +184,12 @@ TEST(VornConstructor, AllocatesNothingAndStartsEmpty)
 TEST(VornConstructor, SeesNoLaterChangeOfTheSettings)
 {
     Network n(2);
+    const double given = n.p.sdist;
     vorn run(n.ready());
     n.p.itmax = 99;
     n.p.sdist = 99;
     EXPECT_EQ(V(run, itmax), 20);
-    EXPECT_EQ(V(run, sdist), 1.0);
+    EXPECT_EQ(V(run, sdist), given);
 }
 
 TEST(VornAssignment, CopiesMemberByMember)
@@ -405,8 +406,6 @@ TEST(Solvers, InvertByTheRulesOfTheirEntry)
         };
         EXPECT_EQ(inverted(n), irun != 0) << irun;
         EXPECT_EQ(inverted(m), irun == 1 || irun == -2) << irun;
-        EXPECT_EQ(on_disk(n), n.report());
-        EXPECT_EQ(on_disk(m), m.report());
     }
 }
 
@@ -426,7 +425,6 @@ TEST(Solvers, DoNotInvertWhatCouldNotBeSolved)
     EXPECT_EQ(jordaned.vornjordan(), -4);
     for (Network *net : {&n, &m}) {
         for (const auto &line : net->messages.lines) EXPECT_NE(line, "Start inversion...");
-        EXPECT_EQ(on_disk(*net), net->report());
     }
 }
 
@@ -456,63 +454,20 @@ TEST(Vornstart, SendsTheReasonOfAFailureOnItsWay)
     EXPECT_EQ(on_disk(m), "fill_vorn: Stop in verif\n");
 }
 
-// A made-up address; nothing reads what stands there.
-template <class Record> Record *address(int i) { return reinterpret_cast<Record *>((size_t)i * 64); }
-
-TEST(Handover, PassesTheWholeNetworkToTheSolver)
+// The order of a free network grows by its conditions, in the solver alone; so does the datum.
+TEST(Solvers, LeaveTheCountsOfTheRunAlone)
 {
-    Network n(2);
+    Network n(1);
+    for (const char *name : {"A", "B"}) n.target(name, 0, 0, 0);
+    n.heightdiff("A", "B", 1.5, 0.001);
     vorn run(n.ready());
-    point *points = V(run, points) = address<point>(1);
-    measure **const lists[] = {&V(run, dist), &V(run, difh),   &V(run, dir1),  &V(run, dir2),
-                               &V(run, az),   &V(run, obsuv1), &V(run, obsuv2)};
-    for (int i = 0; i < 7; i++) *lists[i] = address<measure>(2 + i);
-    int *const counts[] = {&V(run, nsta),     &V(run, ntar),   &V(run, ndist), &V(run, ndifh),  &V(run, ndir1),
-                           &V(run, ndir2),    &V(run, iredux), &V(run, nfixh), &V(run, nunk1),  &V(run, nunk2),
-                           &V(run, ndatum),   &V(run, nunk),   &V(run, nlump), &V(run, icon),   &V(run, nexport),
-                           &V(run, nimport),  &V(run, naz),    &V(run, ngps),  &V(run, nobsuv), &V(run, ncamera),
-                           &V(run, nweighted)};
-    for (int i = 0; i < 21; i++) *counts[i] = 100 + i;
-    double *const sigmas[] = {&V(run, sdist), &V(run, sdifh), &V(run, sdir1),  &V(run, sdir2),
-                              &V(run, saz),   &V(run, sgps),  &V(run, sigma0), &V(run, suv)};
-    for (int i = 0; i < 8; i++) *sigmas[i] = 0.5 + i;
-    V(run, lumps) = address<lump>(11);
-    V(run, lcon) = address<int>(12);
-    V(run, Qcon) = address<double>(13);
-    V(run, gps) = address<gpsbase>(14);
-    V(run, cameras) = address<camera>(15);
-    V(run, temp_res) = address<tempresult>(16);
-    solverinput in;
-    (V(run, handover)(&in));
-
-    EXPECT_EQ(in.pproject, &n.p);
-    EXPECT_EQ(in.points, points);
-    const measure *const inlists[] = {in.dist, in.difh, in.dir1, in.dir2, in.az, in.obsuv1, in.obsuv2};
-    for (int i = 0; i < 7; i++) EXPECT_EQ(inlists[i], address<measure>(2 + i)) << i;
-    const int incounts[] = {in.nsta,    in.ntar,    in.ndist, in.ndifh,  in.ndir1,  in.ndir2,   in.iredux,
-                            in.nfixh,   in.nunk1,   in.nunk2, in.ndatum, in.nunk,   in.nlump,   in.icon,
-                            in.nexport, in.nimport, in.naz,   in.ngps,   in.nobsuv, in.ncamera, in.nweighted};
-    for (int i = 0; i < 21; i++) EXPECT_EQ(incounts[i], 100 + i) << i;
-    const double insigmas[] = {in.sdist, in.sdifh, in.sdir1, in.sdir2, in.saz, in.sgps, in.sigma0, in.suv};
-    for (int i = 0; i < 8; i++) EXPECT_EQ(insigmas[i], 0.5 + i) << i;
-    EXPECT_EQ(in.ia1, V(run, ia1)); // the arrays themselves
-    EXPECT_EQ(in.datum, V(run, datum));
-    EXPECT_EQ(in.lumps, address<lump>(11));
-    EXPECT_EQ(in.lcon, address<int>(12));
-    EXPECT_EQ(in.Qcon, address<double>(13));
-    EXPECT_EQ(in.gps, address<gpsbase>(14));
-    EXPECT_EQ(in.cameras, address<camera>(15));
-    EXPECT_EQ(in.temp_res, address<tempresult>(16));
-
-    for (int *count : counts) *count = 0; // nothing stands there when the run ends
-    for (measure **list : lists) *list = nullptr;
-    V(run, points) = nullptr;
-    V(run, lumps) = nullptr;
-    V(run, lcon) = nullptr;
-    V(run, Qcon) = nullptr;
-    V(run, gps) = nullptr;
-    V(run, cameras) = nullptr;
-    V(run, temp_res) = nullptr;
+    ASSERT_EQ(run.vornstart(), 0);
+    ASSERT_EQ(V(run, ndatum), 1);
+    EXPECT_EQ(run.vornL2(), 0);
+    EXPECT_EQ(run.vornjordan(), 0);
+    EXPECT_EQ(run.vornL1(), 0);
+    EXPECT_EQ(V(run, nunk), 2);
+    EXPECT_EQ(V(run, irun), 0);
 }
 
 TEST(VornDestructor, SaysThatTheResultsCouldNotBeHandedOver)

@@ -92,6 +92,24 @@ TEST(Vornstart, ChecksNoLumpsThatAreComparedLater)
     EXPECT_EQ(V(run, npoints), 2 + 3 * 2);
 }
 
+// Without directions there are no epochs to split the points by, and the lumps are still counted.
+TEST(Vornstart, ChecksNoLumpsThatCannotBeCompared)
+{
+    for (int method : {1, 9}) {
+        Network n(3);
+        lump_net(n);
+        n.p.lumpmethod = method;
+        n.directions.clear();
+        n.verticals.clear();
+        for (const char *to : {"A", "B", "C"})
+            for (const char *from : {"S1", "S2"})
+                for (int k = 0; k < 2; k++) n.distance(from, to, 50, 0.001);
+        vorn run(n.ready());
+        EXPECT_EQ(run.vornstart(), 0) << n.report();
+        EXPECT_EQ(holds(n.report(), "lumpcheck"), method == 1) << n.report();
+    }
+}
+
 TEST(Vornstart, ChecksNoLumpsWhereThereAreNone)
 {
     Network n(3);
@@ -167,6 +185,28 @@ TEST(Vornstart, NeverComputesCoordinatesOfAPhotogrammetricRun)
         EXPECT_EQ(run.vornstart(), 0) << n.report();
         EXPECT_TRUE(n.messages.questions.empty());
     }
+}
+
+// Only 1 brings images, but no other flag than 0 lets coordinates be computed.
+TEST(Vornstart, ComputesNoCoordinatesWithAnyPhotogrammetricFlag)
+{
+    for (int flag : {-1, 2, 100}) {
+        Network n(2);
+        plane_net(n);
+        n.p.iphoto = flag;
+        n.messages.answer = 1; // nobody asks
+        vorn run(n.ready());
+        EXPECT_EQ(run.vornstart(), 0) << n.report();
+        EXPECT_TRUE(n.messages.questions.empty()) << flag;
+        EXPECT_FALSE(holds(n.report(), "dim=3")) << flag;
+    }
+    Network n(2);
+    plane_net(n);
+    n.p.iphoto = 2;
+    n.target("D", 0, 0).status = STATUS_COMPUTE;
+    for (const char *from : {"S", "A", "B"}) n.distance(from, "D", 50, 0.001);
+    vorn run(n.ready());
+    EXPECT_EQ(run.vornstart(), -5) << n.report();
 }
 
 // Two targets taken over from an earlier net, each measured from three fixed stations.

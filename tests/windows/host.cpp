@@ -13,7 +13,7 @@
 #include <windows.h>
 #define change_folder _chdir
 
-#include "vorn.h"
+#include "vorn/vorn.h"
 
 #ifdef _WIN64
 #define MEMBER
@@ -62,7 +62,7 @@ static int adjust(Engine *engine, project *p, bool jordan)
 
 #include <unistd.h>
 
-#include "vorn.h"
+#include "vorn/vorn.h"
 #define change_folder chdir
 
 struct Engine {

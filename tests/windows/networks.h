@@ -3,7 +3,7 @@
 #ifndef TESTS_WINDOWS_NETWORKS_H
 #define TESTS_WINDOWS_NETWORKS_H
 
-#include "project.h"
+#include "vorn/project.h"
 
 // Console of a host without a user: keeps nothing, answers no.
 class Quiet : public Feedback {

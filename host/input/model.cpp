@@ -1,0 +1,62 @@
+#include "host/input/model.h"
+
+namespace vornhost {
+
+namespace {
+
+template <class Record> void attach_list(List<Record> &list, Record **array, int *count)
+{
+    *array = list.records.empty() ? nullptr : list.records.data();
+    *count = (int)list.records.size();
+}
+
+void attach_group(group_input &group, std::vector<int> &members)
+{
+    group.member = members.empty() ? nullptr : members.data();
+    group.nmember = (int)members.size();
+}
+
+void attach_lump(lump_definition &lump, Model::LumpTable &table)
+{
+    lump.n = (int)table.epoch.size();
+    lump.epoch = table.epoch.data();
+    lump.code = table.code.data();
+    lump.scale = table.scale.data();
+    lump.tx = table.tx.data();
+    lump.ty = table.ty.data();
+    lump.tz = table.tz.data();
+    lump.rx = table.rx.data();
+    lump.ry = table.ry.data();
+    lump.rz = table.rz.data();
+}
+
+} // namespace
+
+void Model::attach()
+{
+    for (size_t i = 0; i < groups.size(); i++) attach_group(groups.records[i], group_members[i]);
+    for (size_t i = 0; i < lumpdefs.size(); i++) attach_lump(lumpdefs.records[i], lump_tables[i]);
+    attach_list(stations, &p.stations, &p.nstations);
+    attach_list(targets, &p.targets, &p.ntargets);
+    attach_list(distances, &p.distances, &p.ndistances);
+    attach_list(heightdiffs, &p.heightdiffs, &p.nheightdiffs);
+    attach_list(directions, &p.directions, &p.ndirections);
+    attach_list(verticals, &p.verticals, &p.nverticals);
+    attach_list(azimuths, &p.azimuths, &p.nazimuths);
+    attach_list(baselines, &p.baselines, &p.nbaselines);
+    attach_list(groups, &p.groups, &p.ngroups);
+    attach_list(cameras, &p.cameras, &p.ncameras);
+    attach_list(images, &p.images, &p.nimages);
+    attach_list(lumpdefs, &p.lumpdefs, &p.nlumpdefs);
+    attach_list(pairs, &p.pairs, &p.npairs);
+}
+
+double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
+
+std::string place(const Model &model, Source where)
+{
+    if (where.line <= 0 || (size_t)where.file >= model.files.size()) return model.path;
+    return model.files[(size_t)where.file] + ":" + std::to_string(where.line);
+}
+
+} // namespace vornhost

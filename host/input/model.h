@@ -1,0 +1,95 @@
+// A network as the program holds it: the project with the arrays it points to, and for
+// every record where it was read, so that each message can name its file and line.
+
+#ifndef VORNHOST_MODEL_H
+#define VORNHOST_MODEL_H
+
+#include <string>
+#include <vector>
+
+#include "vorn/project.h"
+
+namespace vornhost {
+
+// Place in an input file. Lines and columns count from 1; 0 means unknown.
+struct Source {
+    int file = 0; // index into Model::files
+    int line = 0;
+    int column = 0;
+};
+
+enum class Solver { Compact, Jordan, Simplex };
+enum class Mode { Statistics, Solution, Propagation };
+
+// Records of one kind with their places, index by index.
+template <class Record> struct List {
+    std::vector<Record> records;
+    std::vector<Source> where;
+
+    size_t size() const { return records.size(); }
+    void add(const Record &record, Source at)
+    {
+        records.push_back(record);
+        where.push_back(at);
+    }
+};
+
+// What the file says of a station beyond the engine's record.
+struct StationNote {
+    bool orientation_given = false; // Rx3 or an orientation stands in the file
+    bool rotation_coded = false;    // a code of an orientation stands in the file
+};
+
+struct Model {
+    // A copy would keep the arrays of its original; a moved model keeps its own.
+    Model() = default;
+    Model(const Model &) = delete;
+    Model &operator=(const Model &) = delete;
+    Model(Model &&) = default;
+    Model &operator=(Model &&) = default;
+
+    std::string title;
+    std::string path;               // the network file as the user named it
+    std::vector<std::string> files; // all files read; files[0] is path
+
+    project p = project(); // settings; attach() sets its arrays
+    Solver solver = Solver::Compact;
+    Mode mode = Mode::Statistics;
+
+    List<station_input> stations;
+    std::vector<StationNote> station_notes; // one a station
+    List<target_input> targets;
+    List<measure_input> distances, heightdiffs, directions, verticals, azimuths;
+    List<gps_input> baselines;
+    List<group_input> groups;
+    std::vector<std::string> group_names;        // one a group
+    std::vector<std::vector<int>> group_members; // one a group: indexes of stations
+    List<camera_input> cameras;
+    List<image_input> images;
+    List<pair_input> pairs;
+
+    // Lump definitions: the record's arrays live in these vectors, one set a definition.
+    struct LumpTable {
+        std::vector<int> epoch, code;
+        std::vector<double> scale, tx, ty, tz, rx, ry, rz;
+    };
+    List<lump_definition> lumpdefs;
+    std::vector<LumpTable> lump_tables;
+
+    // Points the arrays of p, of the groups and of the lump definitions at the vectors
+    // above. To be called after the last change of their sizes.
+    void attach();
+};
+
+// Whether a coordinate, rotation or constant with this code is held at the value that the file gives.
+inline bool is_held(int code) { return code == CODE_FIXED || code == CODE_WEIGHTED; }
+
+// Metres in the unit of length of the project.
+double metres_per_unit(const project &p);
+
+// "net.inp:12", or the network file for a record without a place.
+std::string place(const Model &model, Source where);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,70 @@
+// Names of points as the engine holds them, and the search for what a wrong name may mean.
+
+#ifndef VORNHOST_NAMES_H
+#define VORNHOST_NAMES_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/input/model.h"
+
+namespace vornhost {
+
+constexpr size_t name_width = 8; // bytes of a name, blanks at the end included
+
+// Writes the name with blanks up to 8 bytes and a zero byte; longer names are cut.
+template <size_t size> void pad_name(char (&field)[size], std::string_view name)
+{
+    static_assert(size > name_width, "a name and its zero byte");
+    for (size_t i = 0; i < size; i++) field[i] = i < name_width ? (i < name.size() ? name[i] : ' ') : '\0';
+}
+
+// The name that a field of a record holds, without the blanks at its end, for messages.
+std::string plain_name(std::string_view field);
+
+// Numbers of names in the order in which they were added, found by hash.
+class NameIndex {
+public:
+    // False when the name is there already.
+    bool add(std::string_view name, Source at);
+
+    // Number of the name, -1 when it is unknown.
+    int find(std::string_view name) const;
+
+    // The most similar name, empty when none is similar.
+    std::string_view similar(std::string_view name) const;
+
+    Source where(int number) const { return places[(size_t)number]; }
+    size_t size() const { return names.size(); }
+
+private:
+    std::vector<std::string> names;
+    std::vector<Source> places;
+    std::unordered_map<std::string, int> numbers;
+};
+
+// Fewest letters to change, insert, leave out or swap with their neighbour to turn a
+// into b, capital and small letters of ASCII being alike; limit + 1 if above limit.
+size_t distance_of_words(std::string_view a, std::string_view b, size_t limit);
+
+// Keeps the word that is most similar to a wrong one; one that differs in more than a
+// third of its letters (but always one or two) is not similar.
+class Similar {
+public:
+    explicit Similar(std::string_view wrong);
+    void offer(std::string_view word);
+    std::string_view best() const { return nearest; }
+
+private:
+    std::string_view wanted, nearest;
+    size_t bound; // a word must be nearer than this
+};
+
+} // namespace vornhost
+
+#endif

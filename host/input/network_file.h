@@ -1,0 +1,24 @@
+// Reads the network file NAME.inp: settings as TOML, lists as text tables that stand in
+// the file or in comma-separated files of their own. docs/network-file.md is its reference.
+
+#ifndef VORNHOST_NETWORK_FILE_H
+#define VORNHOST_NETWORK_FILE_H
+
+#include <string>
+
+#include "host/input/faults.h"
+#include "host/input/model.h"
+
+namespace vornhost {
+
+// Fills the model from the file and attaches its arrays. Returns false, with every fault
+// of the file in faults and the model empty, when something in it is wrong.
+//
+// The project is complete but for pfeedback and out. Paths of image files and of the
+// connected net are absolute, so that a run may work in another folder. Codes of what
+// the dimension excludes are CODE_ABSENT.
+bool read_network(const std::string &path, Model &model, Faults &faults);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,103 @@
+// The lists of a network file: each reader below takes the rows of one table into the
+// model. Points come first, because everything else names them.
+
+#ifndef VORNHOST_NETWORK_TABLES_H
+#define VORNHOST_NETWORK_TABLES_H
+
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/input/faults.h"
+#include "host/input/model.h"
+#include "host/input/names.h"
+#include "host/input/row.h"
+#include "host/input/table.h"
+
+namespace vornhost {
+
+enum TableId {
+    TABLE_STATIONS,
+    TABLE_TARGETS,
+    TABLE_DISTANCES,
+    TABLE_HEIGHT_DIFFERENCES,
+    TABLE_DIRECTIONS,
+    TABLE_VERTICAL_ANGLES,
+    TABLE_AZIMUTHS,
+    TABLE_BASELINES,
+    TABLE_GROUPS,
+    TABLE_CAMERAS,
+    TABLE_IMAGES,
+    TABLE_LUMPS,
+    TABLE_PAIRS,
+    TABLE_COUNT
+};
+
+// Name of a table in the file.
+extern const char *const table_names[TABLE_COUNT];
+
+constexpr int largest_epoch = 9999;
+constexpr size_t largest_group_name = 40; // bytes
+
+// What the readers share.
+struct Network {
+    Network(Model &its_model, Faults &all) : model(its_model), faults(all) {}
+
+    Model &model;
+    Faults &faults;
+    std::array<std::unique_ptr<Table>, TABLE_COUNT> tables; // null: not in the file
+    double metres = 1.0;                                    // metres in a unit of length of the file
+    std::array<double, TABLE_COUNT> sigma{};                // standard deviation of rows without one, 0: none
+    NameIndex points;                                       // stations, then targets
+    size_t station_names = 0;                               // how many of them are stations
+    std::vector<bool> in_group;                             // the station of this number belongs to a group
+    NameIndex groups, cameras;
+    std::unordered_map<int, size_t> lumps; // index of the definition of a lump
+
+    bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
+};
+
+void read_stations(Network &net);
+void read_targets(Network &net);
+void read_measures(Network &net); // the five lists of observations
+void read_baselines(Network &net);
+void read_groups(Network &net);
+void read_cameras(Network &net);
+void read_images(Network &net);
+void read_lumps(Network &net);
+void read_pairs(Network &net);
+
+// Cuts the table into cells, if it is in the file, and reads its whole rows.
+void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));
+
+// Remedy for a name that is not in the index: the most similar name, or else otherwise.
+std::string similar_name(const Network &net, const NameIndex &known, const Row &row, int column, const char *otherwise);
+
+// Number of the point that a cell names, -1 with its fault when there is none.
+int named_point(Network &net, Row &row, int column);
+
+// The name that a cell gives to something; faults when it is unknown, longer than most
+// bytes or holds control characters, but the name can still be entered in an index.
+std::string_view new_name(Row &row, int column, size_t most);
+
+// A code, one of free, no_datum, weighted, fixed, absent or its number.
+int read_code(Row &row, int column, int otherwise);
+
+// An angle in the file's unit, 0 when it is not known.
+double read_angle(Network &net, Row &row, int column);
+bool check_angle(Network &net, Row &row, int column, double raw);
+
+// Path of a file that the network file names: absolute, relative paths starting from the
+// folder of the network file. Empty, with a fault, when it cannot be read or has no room
+// in a field of the given size.
+std::string data_file(Faults &faults, const std::string &network_path, std::string_view written, Source at,
+                      size_t field_size);
+
+void copy_text(char *field, size_t size, const std::string &text);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,284 @@
+#include "host/input/table.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include "host/input/names.h"
+#include "host/input/utf8.h"
+
+namespace vornhost {
+
+namespace {
+
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+
+std::string_view trimmed(std::string_view text, size_t &offset)
+{
+    while (!text.empty() && is_blank(text.front())) {
+        text.remove_prefix(1);
+        offset++;
+    }
+    while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+bool unknown(std::string_view text) { return text.empty() || text == "-"; }
+
+// The character that a one-letter escape stands for, 0 when it is none.
+char escaped_letter(char letter)
+{
+    static constexpr std::string_view letters = "btnfr\"\\", values = "\b\t\n\f\r\"\\";
+    const size_t at = letters.find(letter);
+    return at == std::string_view::npos ? '\0' : values[at];
+}
+
+std::string count_of(size_t n, const char *thing) { return std::to_string(n) + " " + thing + (n == 1 ? "" : "s"); }
+
+} // namespace
+
+Passage::Passage(const TextFile &text_file, size_t first, size_t past) : file(&text_file), begin(first), end(past) {}
+
+Passage Passage::unescaped(const TextFile &file, size_t begin, size_t end)
+{
+    Passage passage(file, begin, end);
+    if (passage.text().find('\\') != std::string_view::npos) passage.replace_escapes();
+    return passage;
+}
+
+void Passage::replace_escapes()
+{
+    const std::string_view raw = std::string_view(file->text()).substr(begin, end - begin);
+    for (size_t at = 0; at < raw.size();) {
+        const size_t from = begin + at;
+        if (raw[at] != '\\' || at + 1 == raw.size()) {
+            own += raw[at++];
+        } else if (const char letter = escaped_letter(raw[at + 1])) {
+            own += letter;
+            at += 2;
+        } else if (raw[at + 1] == 'u' || raw[at + 1] == 'U') {
+            const size_t digits = raw[at + 1] == 'u' ? 4 : 8;
+            utf8_append(own, (char32_t)strtoul(std::string(raw.substr(at + 2, digits)).c_str(), nullptr, 16));
+            at = std::min(at + 2 + digits, raw.size());
+        } else { // a backslash at the end of a line joins it with the next text
+            for (at++; at < raw.size() && (is_blank(raw[at]) || raw[at] == '\n');) at++;
+        }
+        origin.resize(own.size(), from);
+    }
+    replaced = true;
+}
+
+std::string_view Passage::text() const
+{
+    return replaced ? std::string_view(own) : std::string_view(file->text()).substr(begin, end - begin);
+}
+
+Source Passage::place(size_t offset) const
+{
+    if (!replaced) return file->place(begin + offset);
+    return file->place(offset < origin.size() ? origin[offset] : end);
+}
+
+std::string suggestion(std::string_view wrong, const std::vector<std::string> &known, const char *kind)
+{
+    Similar similar(wrong);
+    for (const std::string &word : known) similar.offer(word);
+    if (!similar.best().empty()) return "did you mean " + std::string(similar.best()) + "?";
+    std::string list;
+    for (const std::string &word : known) list += (list.empty() ? "" : ", ") + word;
+    return std::string(kind) + ": " + list;
+}
+
+Table::Table(std::string name, Passage text, Layout how, Source at)
+    : label(std::move(name)), passage(std::move(text)), layout(how), named_at(at)
+{
+}
+
+void Table::parse(const std::vector<Column> &columns, Faults &faults)
+{
+    known = &columns;
+    position.assign(columns.size(), -1);
+    const std::string_view text = passage.text();
+    std::vector<Cell> line;
+    for (size_t at = 0; at < text.size();) {
+        const size_t line_end = std::min(text.find('\n', at), text.size());
+        line.clear();
+        read_line({text.substr(at, line_end - at), at}, line, faults);
+        if (!line.empty() && width == 0)
+            read_heading(line, faults);
+        else if (!line.empty())
+            add_row(line, faults);
+        at = line_end + 1;
+    }
+    if (rows() > 0) return;
+    const char *const missing = width == 0 ? " is empty" : " has a heading but no rows";
+    faults.add(named_at, "table " + label + missing, "add rows or remove the table");
+}
+
+void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
+{
+    if (layout == Layout::Blanks) {
+        cut_at_blanks(line, out);
+        return;
+    }
+    cut_at_commas(line, out, faults);
+    const bool nothing = std::all_of(out.begin(), out.end(), [](const Cell &cell) { return cell.text.empty(); });
+    if (nothing) out.clear();
+    // Spreadsheets write empty cells behind the last column.
+    while (out.size() > std::max<size_t>(width, 1) && out.back().text.empty()) out.pop_back();
+}
+
+void Table::cut_at_blanks(Line line, std::vector<Cell> &out) const
+{
+    const std::string_view text = line.text.substr(0, line.text.find('#'));
+    for (size_t at = 0; at < text.size();) {
+        if (is_blank(text[at])) {
+            at++;
+            continue;
+        }
+        const size_t from = at;
+        while (at < text.size() && !is_blank(text[at])) at++;
+        out.push_back({text.substr(from, at - from), line.offset + from});
+    }
+}
+
+void Table::cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults)
+{
+    const std::string_view text = line.text;
+    size_t at = 0;
+    while (true) {
+        while (at < text.size() && is_blank(text[at])) at++;
+        if (at < text.size() && text[at] == '"') {
+            at = quoted_cell(line, at, out, faults);
+        } else {
+            const size_t cell_end = std::min(text.find_first_of(",#", at), text.size());
+            size_t offset = line.offset + at;
+            const std::string_view cell = trimmed(text.substr(at, cell_end - at), offset);
+            out.push_back({cell, offset});
+            at = cell_end;
+        }
+        if (at >= text.size() || text[at] != ',') return;
+        at++;
+    }
+}
+
+// Takes the cell whose quotation mark stands at at; returns where the comma after it, a
+// comment or the line's end stands.
+size_t Table::quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults)
+{
+    const std::string_view text = line.text;
+    const size_t from = at + 1;
+    bool has_marks = false;
+    for (at = from; at < text.size(); at++) {
+        if (text[at] != '"') continue;
+        if (at + 1 == text.size() || text[at + 1] != '"') break;
+        has_marks = true;
+        at++;
+    }
+    const bool closed = at < text.size();
+    size_t offset = line.offset + from;
+    std::string_view cell = text.substr(from, at - from);
+    if (has_marks) {
+        std::string &plain = doubled.emplace_back();
+        for (size_t i = 0; i < cell.size(); i++) {
+            plain += cell[i];
+            if (cell[i] == '"') i++;
+        }
+        cell = plain;
+    }
+    out.push_back({trimmed(cell, offset), offset});
+    if (!closed)
+        faults.add(passage.place(line.offset + from - 1), "quotation mark is not closed on its line",
+                   "add a second \"");
+    const size_t next = closed ? std::min(text.find_first_of(",#", at + 1), text.size()) : text.size();
+    size_t stray_offset = line.offset + at + 1;
+    if (closed && !trimmed(text.substr(at + 1, next - at - 1), stray_offset).empty())
+        faults.add(passage.place(stray_offset), "text after the closing quotation mark", "put a comma before it");
+    return next;
+}
+
+int Table::find_column(std::string_view name) const
+{
+    for (size_t i = 0; i < known->size(); i++)
+        if (name == (*known)[i].name) return (int)i;
+    return -1;
+}
+
+void Table::unknown_column(const Cell &cell, Faults &faults) const
+{
+    const Source at = passage.place(cell.offset);
+    std::string remedy;
+    if (layout == Layout::Commas && cell.text.find(';') != std::string_view::npos) {
+        remedy = "separate the cells with commas";
+    } else if (layout == Layout::Blanks && cell.text.find(',') != std::string_view::npos) {
+        remedy = "separate the cells with blanks";
+    } else if (faults.wants(at)) {
+        std::vector<std::string> names;
+        for (const Column &column : *known) names.push_back(column.name);
+        remedy = suggestion(cell.text, names, "known columns");
+    }
+    faults.add(at, "unknown column " + quote(cell.text) + " in table " + label, remedy);
+}
+
+void Table::read_heading(const std::vector<Cell> &heading, Faults &faults)
+{
+    width = heading.size();
+    heading_offset = heading[0].offset;
+    for (size_t i = 0; i < width; i++) {
+        const int column = find_column(heading[i].text);
+        if (column < 0) {
+            unknown_column(heading[i], faults);
+        } else if (position[(size_t)column] >= 0) {
+            faults.add(passage.place(heading[i].offset),
+                       "column " + std::string(heading[i].text) + " stands twice in table " + label,
+                       "remove one of the two");
+        } else {
+            position[(size_t)column] = (int)i;
+        }
+    }
+    require_columns(faults);
+}
+
+void Table::require_columns(Faults &faults) const
+{
+    for (size_t i = 0; i < known->size(); i++) {
+        const Column &column = (*known)[i];
+        if (!column.required || position[i] >= 0) continue;
+        faults.add(heading_place(), "column " + std::string(column.name) + " is missing in table " + label,
+                   "add it to the heading");
+    }
+}
+
+void Table::add_row(const std::vector<Cell> &row, Faults &faults)
+{
+    row_begin.push_back(cells.size());
+    row_size.push_back(row.size());
+    row_whole.push_back(row.size() == width);
+    cells.insert(cells.end(), row.begin(), row.end());
+    if (row.size() == width) return;
+    const bool few = row.size() < width;
+    const Source at = passage.place(few ? row[0].offset : row[width].offset);
+    faults.add(at, "row has " + count_of(row.size(), "cell") + ", the heading has " + std::to_string(width),
+               few ? "write - for a value that is not known" : "remove what is too much or name its column");
+}
+
+const Cell *Table::cell(size_t row, int column) const
+{
+    const int at = position[(size_t)column];
+    if (at < 0 || (size_t)at >= row_size[row]) return nullptr;
+    return &cells[row_begin[row] + (size_t)at];
+}
+
+bool Table::given(size_t row, int column) const
+{
+    const Cell *found = cell(row, column);
+    return found && !unknown(found->text);
+}
+
+Source Table::place(size_t row, int column) const
+{
+    const Cell *found = column < 0 ? nullptr : cell(row, column);
+    return passage.place(found ? found->offset : cells[row_begin[row]].offset);
+}
+
+} // namespace vornhost

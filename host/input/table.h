@@ -1,0 +1,119 @@
+// Text tables: a heading line that names the columns, then a row a line.
+//
+// Cells stand between blanks, or between commas in files of their own, where a cell may
+// stand in quotation marks. "#" begins a comment, "-" (and an empty cell between commas)
+// is a value that is not known. Every row has as many cells as the heading.
+
+#ifndef VORNHOST_TABLE_H
+#define VORNHOST_TABLE_H
+
+#include <stddef.h>
+
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/input/faults.h"
+#include "host/input/text_file.h"
+
+namespace vornhost {
+
+// A text that stands in a file, and the place of each of its bytes there.
+class Passage {
+public:
+    // The bytes begin to end of the file as they stand.
+    Passage(const TextFile &file, size_t begin, size_t end);
+
+    // The same with the backslash escapes of TOML replaced; they must be well formed.
+    static Passage unescaped(const TextFile &file, size_t begin, size_t end);
+
+    std::string_view text() const;
+    Source place(size_t offset) const; // of the byte at offset in text()
+
+private:
+    void replace_escapes();
+
+    const TextFile *file;
+    size_t begin, end;
+    bool replaced = false;
+    std::string own;            // the text when escapes were replaced
+    std::vector<size_t> origin; // offset in the file of each byte of own
+};
+
+enum class Layout { Blanks, Commas };
+
+struct Column {
+    const char *name;
+    bool required = false;
+};
+
+struct Cell {
+    std::string_view text;
+    size_t offset; // in the passage
+};
+
+// The cells of a table, addressed by row and by index of the column in the list of
+// columns that the table may have.
+class Table {
+public:
+    Table(std::string name, Passage passage, Layout layout, Source named_at);
+    Table(const Table &) = delete;
+    Table &operator=(const Table &) = delete;
+
+    // Cuts the passage into cells. The list must outlive the table.
+    void parse(const std::vector<Column> &columns, Faults &faults);
+
+    const std::string &name() const { return label; }
+    const char *column_name(int column) const { return (*known)[(size_t)column].name; }
+    size_t rows() const { return row_begin.size(); }
+
+    // False when the row has too few or too many cells; only cells that it has are given.
+    bool whole(size_t row) const { return row_whole[row]; }
+
+    bool has(int column) const { return position[(size_t)column] >= 0; }
+    const Cell *cell(size_t row, int column) const; // null when the row has no such cell
+    bool given(size_t row, int column) const;       // there is a cell, and it is known
+
+    Source heading_place() const { return passage.place(heading_offset); }
+
+    // Place of the cell, or of the row's first cell when there is none.
+    Source place(size_t row, int column) const;
+
+private:
+    struct Line {
+        std::string_view text;
+        size_t offset;
+    };
+
+    void read_line(Line line, std::vector<Cell> &out, Faults &faults);
+    void cut_at_blanks(Line line, std::vector<Cell> &out) const;
+    void cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults);
+    size_t quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults);
+    void read_heading(const std::vector<Cell> &heading, Faults &faults);
+    int find_column(std::string_view name) const;
+    void unknown_column(const Cell &cell, Faults &faults) const;
+    void require_columns(Faults &faults) const;
+    void add_row(const std::vector<Cell> &row, Faults &faults);
+
+    std::string label;
+    Passage passage;
+    Layout layout;
+    Source named_at;
+    const std::vector<Column> *known = nullptr;
+    std::vector<int> position; // of each known column in the heading, -1 when it is not there
+    size_t width = 0;          // cells of the heading
+    size_t heading_offset = 0; // of its first cell
+    std::vector<Cell> cells;
+    std::vector<size_t> row_begin; // first cell of each row
+    std::vector<size_t> row_size;
+    std::vector<bool> row_whole;
+    std::deque<std::string> doubled; // texts of quoted cells that hold quotation marks
+};
+
+// Fault texts shared by headings, settings and words: what a wrong word could mean.
+std::string suggestion(std::string_view wrong, const std::vector<std::string> &known, const char *kind);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,131 @@
+#include "host/input/text_file.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+
+#include "host/input/utf8.h"
+
+namespace vornhost {
+
+namespace {
+
+struct Close {
+    void operator()(FILE *file) const { fclose(file); }
+};
+using File = std::unique_ptr<FILE, Close>;
+
+const char *const byte_order_mark = "\xEF\xBB\xBF";
+
+bool is_folder(const std::string &path)
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored);
+}
+
+// A UTF-16 file begins with its own byte order mark.
+bool is_utf16(std::string_view text) { return text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF"; }
+
+} // namespace
+
+bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_t largest)
+{
+    index = faults.add_file(path);
+    if (asked.line == 0) asked.file = index;
+    bytes.clear();
+    line_start = 0;
+    const bool loaded = load(path, largest, asked, faults);
+    find_lines();
+    return loaded && check_encoding(faults);
+}
+
+bool TextFile::load(const std::string &path, size_t largest, Source asked, Faults &faults)
+{
+    const std::string name = "file " + quote(path);
+    if (is_folder(path)) {
+        faults.add(asked, name + " is a folder", "name a file");
+        return false;
+    }
+    File file(fopen(path.c_str(), "rb"));
+    if (!file) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        if (missing) faults.add(asked, name + " does not exist", "check its name and folder");
+        if (!missing) faults.add(asked, name + " cannot be opened: " + strerror(errno), "check its permissions");
+        return false;
+    }
+    std::vector<char> piece(1 << 16);
+    while (const size_t size = fread(piece.data(), 1, piece.size(), file.get())) {
+        if (bytes.size() + size > largest) {
+            faults.add(asked, name + " has more than " + std::to_string(largest) + " bytes", "split the network");
+            return false;
+        }
+        if (!accept(piece.data(), size, faults)) return false;
+    }
+    if (!ferror(file.get())) return true;
+    faults.add(asked, name + " cannot be read: " + strerror(errno), "check the disk");
+    return false;
+}
+
+// Takes a piece of the file unless it holds a NUL byte or makes a line too long.
+bool TextFile::accept(const char *piece, size_t size, Faults &faults)
+{
+    const size_t from = bytes.size();
+    bytes.append(piece, size);
+    if (from == 0 && is_utf16(bytes)) {
+        faults.add({index, 1, 1}, "text is UTF-16", "save it as UTF-8");
+        return false;
+    }
+    if (from == 0 && bytes.compare(0, 3, byte_order_mark) == 0) bytes.erase(0, 3);
+    const size_t nul = std::min(bytes.find('\0', from), bytes.size());
+    size_t end = from;
+    while ((end = bytes.find('\n', end)) < nul && end - line_start <= longest_line) line_start = ++end;
+    if (std::min(end, nul) - line_start > longest_line) {
+        find_lines();
+        faults.add(place(line_start), "line is longer than " + std::to_string(longest_line) + " bytes",
+                   "break it into lines");
+        return false;
+    }
+    if (nul == bytes.size()) return true;
+    find_lines();
+    faults.add(place(nul), "NUL byte in the text", "save the file as plain text");
+    return false;
+}
+
+bool TextFile::check_encoding(Faults &faults)
+{
+    const size_t bad = utf8_check(bytes);
+    if (bad == bytes.size()) return true;
+    char byte[8];
+    snprintf(byte, sizeof byte, "%02X", (unsigned char)bytes[bad]);
+    faults.add(place(bad), std::string("byte ") + byte + " is not UTF-8", "save the file as UTF-8");
+    return false;
+}
+
+void TextFile::find_lines()
+{
+    lines.assign(1, 0);
+    for (size_t end = bytes.find('\n'); end != std::string::npos; end = bytes.find('\n', end + 1))
+        lines.push_back(end + 1);
+}
+
+Source TextFile::place(size_t offset) const
+{
+    const auto after = std::upper_bound(lines.begin(), lines.end(), offset);
+    const size_t start = *(after - 1);
+    const std::string_view before = std::string_view(bytes).substr(start, offset - start);
+    return {index, (int)(after - lines.begin()), (int)utf8_count(before) + 1};
+}
+
+size_t TextFile::offset(int line, int column) const
+{
+    if (line < 1 || (size_t)line > lines.size()) return bytes.size();
+    size_t at = lines[(size_t)line - 1];
+    for (int c = 1; c < column && at < bytes.size(); c++) at += std::max<size_t>(utf8_length(bytes, at), 1);
+    return at;
+}
+
+} // namespace vornhost

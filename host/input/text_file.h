@@ -1,0 +1,50 @@
+// A text file in memory, checked to be UTF-8 text of sensible lines, and the places in it.
+
+#ifndef VORNHOST_TEXT_FILE_H
+#define VORNHOST_TEXT_FILE_H
+
+#include <stddef.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/input/faults.h"
+
+namespace vornhost {
+
+class TextFile {
+public:
+    static constexpr size_t longest_line = 100000;     // bytes
+    static constexpr size_t largest_file = 1000000000; // bytes
+
+    // Reads the file in pieces and stops at the first that cannot be text. A byte order
+    // mark is left out. Faults of the whole file are placed at asked, the place that
+    // named the file, or at the file itself when asked has no line.
+    // Returns false after a fault.
+    bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
+
+    const std::string &text() const { return bytes; }
+    int file() const { return index; } // its number in places
+
+    // Place of the byte at offset; columns count characters.
+    Source place(size_t offset) const;
+
+    // Offset of a place, at most the text's size.
+    size_t offset(int line, int column) const;
+
+private:
+    bool load(const std::string &path, size_t largest, Source asked, Faults &faults);
+    bool accept(const char *piece, size_t size, Faults &faults);
+    bool check_encoding(Faults &faults);
+    void find_lines();
+
+    std::string bytes;
+    std::vector<size_t> lines; // offset of the first byte of each
+    size_t line_start = 0;     // of the last line read so far
+    int index = 0;
+};
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,173 @@
+// Results of a run as one structure, collected from the record that the engine leaves and
+// from the host's own records. Lengths in metres, angles in radians.
+
+#include "host/results/results.h"
+
+#include <cmath>
+
+#include "host/results/result_parts.h"
+
+namespace vornhost {
+
+std::string bare_name(const char *field, size_t size)
+{
+    size_t n = 0;
+    while (n < size && field[n]) n++;
+    while (n > 0 && field[n - 1] == ' ') n--;
+    return std::string(field, n);
+}
+
+std::optional<double> element(const double *array, size_t i)
+{
+    if (!array) return std::nullopt;
+    return array[i];
+}
+
+std::optional<double> deviation(double value)
+{
+    if (value == 0.0) return std::nullopt;
+    return value;
+}
+
+double bearing(double engine)
+{
+    const double pi = 4.0 * std::atan(1.0);
+    const double turned = pi - engine;
+    return turned >= pi ? turned - pi : turned;
+}
+
+double deviation_first(const EllipseResult &e)
+{
+    return std::hypot(e.a * std::cos(e.bearing), e.b * std::sin(e.bearing));
+}
+
+double deviation_second(const EllipseResult &e)
+{
+    return std::hypot(e.a * std::sin(e.bearing), e.b * std::cos(e.bearing));
+}
+
+namespace {
+
+const char *solver_word(Solver solver)
+{
+    return solver == Solver::Compact ? "compact" : solver == Solver::Jordan ? "jordan" : "simplex";
+}
+
+const char *mode_word(Mode mode)
+{
+    return mode == Mode::Statistics ? "statistics" : mode == Mode::Solution ? "solution" : "propagation";
+}
+
+// Variance factor of a least-squares run that had observations of the four terrestrial kinds.
+void collect_variance(const ResultSource &from, Results &results)
+{
+    const result &r = from.run;
+    const bool least_squares = r.irun == 0 || r.irun == 1;
+    if (!from.coordinates() || !least_squares || r.ndist + r.ndifh + r.ndir1 + r.ndir2 == 0) return;
+    results.degrees_of_freedom = r.dof;
+    results.sigma_apriori = r.sig0;
+    if (r.dof > 0) results.sigma_aposteriori = r.sigpost;
+    if (r.itest != 0) results.one_tailed_test = r.itest > 0;
+}
+
+// The constants whose code lets them change, and which a member took part with.
+void collect_groups(const ResultSource &from, Results &results)
+{
+    const Model &model = from.model;
+    if (!from.coordinates() || !from.outcome.handed_over) return;
+    for (size_t g = 0; g < model.groups.size(); g++) {
+        const group_input &in = model.groups.records[g];
+        GroupResult group;
+        group.name = g < model.group_names.size() ? model.group_names[g] : "";
+        if (in.typ <= 0) continue; // none of its constants was in use
+        for (int m = 0; m < 3; m++) {
+            if (in.ic[m] < 0 || in.ic[m] == CODE_FIXED || in.ic[m] == CODE_WEIGHTED) continue;
+            group.value[m] = in.c[m];
+            if (from.statistics()) group.deviation[m] = deviation(in.sc[m]);
+        }
+        if (group.value[0] || group.value[1] || group.value[2]) results.groups.push_back(group);
+    }
+}
+
+LumpResult make_lump(const ResultSource &from, size_t i)
+{
+    const result &r = from.run;
+    const double *t[] = {r.tx, r.ty, r.tz}, *rot[] = {r.lrx, r.lry, r.lrz};
+    const double *st[] = {r.stx, r.sty, r.stz}, *srot[] = {r.slrx, r.slry, r.slrz};
+    LumpResult lump;
+    lump.lump = r.ilump[i];
+    lump.epoch = r.iepoch[i];
+    lump.reference = r.iref[i];
+    lump.scale = element(r.tscale, i).value_or(1.0);
+    for (int c = 0; c < 3; c++) {
+        lump.translation[c] = element(t[c], i).value_or(0.0);
+        lump.rotation[c] = element(rot[c], i).value_or(0.0);
+        lump.translation_deviation[c] = deviation(element(st[c], i).value_or(0.0));
+        lump.rotation_deviation[c] = deviation(element(srot[c], i).value_or(0.0));
+    }
+    lump.scale_deviation = deviation(element(r.stscale, i).value_or(0.0));
+    return lump;
+}
+
+void collect_lumps(const ResultSource &from, Results &results)
+{
+    const result &r = from.run;
+    if (!from.outcome.adjusted() || !r.ilump || !r.iepoch || !r.iref) return;
+    for (int i = 0; i < r.nrow; i++)
+        if (r.iepoch[i] != 0) results.lumps.push_back(make_lump(from, (size_t)i)); // 0: nothing could be compared
+}
+
+EllipseResult pair_ellipse(const double ell[3]) { return {ell[0], ell[1], bearing(ell[2])}; }
+
+// The engine takes differences of less than 1e-5 m for exact in its standard deviations, but
+// not in its ellipses, so the deviations here come from the ellipses.
+void collect_pairs(const ResultSource &from, Results &results)
+{
+    if (!from.precision()) return;
+    for (const pair_input &in : from.model.pairs.records) {
+        PairResult pair;
+        pair.from = bare_name(in.from, sizeof in.from);
+        pair.to = bare_name(in.to, sizeof in.to);
+        pair.ellipse[0] = pair_ellipse(in.ell12);
+        pair.ellipse[1] = pair_ellipse(in.ell13);
+        pair.ellipse[2] = pair_ellipse(in.ell23);
+        pair.deviation[0] = deviation_first(pair.ellipse[0]);
+        pair.deviation[1] = deviation_second(pair.ellipse[0]);
+        pair.deviation[2] = deviation_second(pair.ellipse[1]);
+        const bool filled = pair.ellipse[0].a != 0.0 || pair.ellipse[1].a != 0.0 || pair.ellipse[2].a != 0.0;
+        if (filled) results.pairs.push_back(pair);
+    }
+}
+
+} // namespace
+
+Results collect(const Model &model, const RunOutcome &outcome, const std::string &version)
+{
+    Results results;
+    results.program = "vorn";
+    results.version = version;
+    results.title = model.title;
+    results.file = model.path;
+    results.solver = solver_word(model.solver);
+    results.mode = mode_word(model.mode);
+    results.dimension = model.p.dim;
+    results.adjusted = outcome.adjusted();
+    results.code = outcome.code;
+    results.words = outcome.words;
+    results.notes = outcome.prepared.notes;
+    results.accounts = outcome.accounts;
+    if (!model.p.runresults || (outcome.reached != Stage::Solving && outcome.reached != Stage::Done)) return results;
+
+    const ResultSource from = {model, outcome, *model.p.runresults};
+    collect_variance(from, results);
+    collect_points(from, results);
+    collect_orientations(from, results);
+    collect_residuals(from, results);
+    collect_kinds(from, results);
+    collect_groups(from, results);
+    collect_lumps(from, results);
+    collect_pairs(from, results);
+    return results;
+}
+
+} // namespace vornhost

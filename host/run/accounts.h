@@ -1,0 +1,45 @@
+// Account of the observations: read = used + left out, kind by kind, with the file, line
+// and reason of each observation left out.
+
+#ifndef VORNHOST_ACCOUNTS_H
+#define VORNHOST_ACCOUNTS_H
+
+#include <string>
+#include <vector>
+
+#include "host/input/model.h"
+
+namespace vornhost {
+
+struct LeftOut {
+    std::string file;
+    int line = 0;
+    std::string from, to;
+    std::string reason;
+};
+
+struct Account {
+    std::string kind; // "distances", "height differences", ... in the order of the file's reference
+    int read = 0;
+    int used = 0;
+    std::vector<LeftOut> left_out; // read - used entries
+};
+
+// State of the observations before a run; the engine negates the typ of what it deselects.
+class AccountKeeper {
+public:
+    explicit AccountKeeper(const Model &before);
+
+    // Accounts of the kinds that the file has, after the run on the same model.
+    std::vector<Account> close(const Model &after) const;
+
+private:
+    std::vector<std::vector<bool>> selected; // one list a kind
+};
+
+// "distances: read 12 = used 11 + left out 1", then a line for each left out.
+std::vector<std::string> account_lines(const std::vector<Account> &accounts);
+
+} // namespace vornhost
+
+#endif
