@@ -106,7 +106,7 @@ Dense coordinate_field(const Model &model, const Dense &movements, const Dense &
     Dense out(model.n_unknowns(), movements.cols + open.cols);
     for (int j = 0; j < out.cols; j++) {
         const double *from = j < movements.cols ? movements.col(j) : open.col(j - movements.cols);
-        std::copy(from, from + 3 * model.n_points, out.col(j));
+        std::copy(from, from + 3 * (std::ptrdiff_t)model.n_points, out.col(j));
     }
     return scaled(out);
 }
@@ -125,7 +125,7 @@ BodySearch::BodySearch(const UnitRows &unit, const Datum &datum, const Dense &mo
 double BodySearch::displacement(int point, int axis, const double *motion) const
 {
     double sum = 0;
-    for (int m : motions) sum += motion[m] * out.similarity.of_point(m, &model.value[3 * point], axis);
+    for (int m : motions) sum += motion[m] * out.similarity.of_point(m, &model.value[3 * (std::size_t)point], axis);
     return sum;
 }
 
@@ -136,7 +136,7 @@ Dense BodySearch::fit(const Points &points, const Dense &field, const std::vecto
     for (int i = 0; i < a.rows; i++)
         for (int j = 0; j < a.cols; j++)
             if (exists(points[i / 3], i % 3))
-                a(i, j) = out.similarity.of_point(allowed[j], &model.value[3 * points[i / 3]], i % 3);
+                a(i, j) = out.similarity.of_point(allowed[j], &model.value[3 * (std::size_t)points[i / 3]], i % 3);
     const SmallSvd d = small_svd(a);
     const int rank = d.s.empty() || d.s[0] == 0 ? 0 : count_from(d.s, fixed_by_points * d.s[0]);
     Dense motion(n_motions, field.cols);
@@ -222,7 +222,7 @@ Points BodySearch::fixed_points() const
 {
     Points fixed;
     std::copy_if(all.begin(), all.end(), std::back_inserter(fixed), [&](int p) {
-        return std::none_of(&model.code[3 * p], &model.code[3 * p] + 3,
+        return std::none_of(&model.code[3 * (std::size_t)p], &model.code[3 * (std::size_t)p] + 3,
                             [&](Code code) { return code != Code::fixed && code != Code::absent; });
     });
     return fixed;
@@ -286,7 +286,7 @@ void BodySearch::group_moving()
 {
     const auto moves = [&](int p) {
         for (int c = 0; c < out.movement.cols; c++)
-            if (largest(out.movement.col(c) + 3 * p, 3) > no_displacement) return true;
+            if (largest(out.movement.col(c) + 3 * (std::ptrdiff_t)p, 3) > no_displacement) return true;
         return false;
     };
     Points left;

@@ -72,7 +72,7 @@ std::vector<NamedMotion> ways_of(const Bodies &bodies, int point, const std::vec
         ways.cols++;
     };
     for (int c = 0; c < bodies.movement.cols && moves; c++) {
-        const double *d = bodies.movement.col(c) + 3 * point;
+        const double *d = bodies.movement.col(c) + 3 * (std::ptrdiff_t)point;
         append(d[0], d[1], d[2]);
     }
     for (int u : unseen)
@@ -182,7 +182,7 @@ void tell_unnamed(const UnitRows &rows, const Dense &vectors, std::vector<Findin
     for (int p = 0; p < rows.model->n_points; p++)
         for (int j = 0; j < vectors.cols; j++) {
             const double most = largest_coordinate(rows, vectors.col(j)) * some_entry;
-            const double *d = vectors.col(j) + 3 * p;
+            const double *d = vectors.col(j) + 3 * (std::ptrdiff_t)p;
             if (std::max({std::fabs(d[0]), std::fabs(d[1]), std::fabs(d[2])}) <= most) continue;
             finding.points.push_back(p);
             break;
@@ -197,7 +197,8 @@ void tell_only_point(const UnitRows &rows, const Datum &datum, std::vector<Findi
     if (datum.state != DatumState::not_carried || points.size() != 1) return;
     Dense ways(n_motions, datum.motions.cols);
     for (int j = 0; j < ways.cols; j++)
-        std::copy(datum.motions.col(j) + 3 * points[0], datum.motions.col(j) + 3 * points[0] + 3, ways.col(j));
+        std::copy(datum.motions.col(j) + 3 * (std::ptrdiff_t)points[0],
+                  datum.motions.col(j) + 3 * (std::ptrdiff_t)points[0] + 3, ways.col(j));
     Finding one;
     one.lack = Lack::point;
     one.points = points;

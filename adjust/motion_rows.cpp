@@ -33,7 +33,8 @@ PartMotions part_motions(const Model &model, const std::vector<int> &points)
         for (int k = 0; k < 3; k++) {
             if (!moves(model, 3 * p + k)) continue;
             double row[n_motions];
-            for (int m = 0; m < n_motions; m++) row[m] = out.similarity.of_point(m, &model.value[3 * p], k);
+            for (int m = 0; m < n_motions; m++)
+                row[m] = out.similarity.of_point(m, &model.value[3 * (std::size_t)p], k);
             moved.add(row);
         }
     const SmallSvd d = small_svd(moved.matrix());
@@ -156,7 +157,7 @@ Answers MotionRows::answers(int row, const Similarity &s) const
     for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++) {
         const int point = equations.column[k] / 3, axis = equations.column[k] % 3;
         if (!rows->is_coordinate(equations.column[k]) || (difference && point != to)) continue;
-        const double *x = &model().value[3 * point];
+        const double *x = &model().value[3 * (std::size_t)point];
         for (int m = 0; m < n_motions; m++)
             out[m] += rows->entry(row, k) * (difference ? s.of_vector(m, vector, axis) : s.of_point(m, x, axis));
     }

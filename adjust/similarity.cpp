@@ -125,7 +125,7 @@ Similarity similarity(const Model &model, const std::vector<int> &points)
     s.space = model.frame.space;
     if (points.empty()) return s;
     // From the first point: the sum of coordinates of a national grid would lose digits.
-    const double *first = &model.value[3 * points[0]];
+    const double *first = &model.value[3 * (std::size_t)points[0]];
     const int from = s.space == Space::heights ? 2 : 0, to = s.space == Space::plane ? 2 : 3;
     for (int k = from; k < to; k++) {
         double sum = 0;
