@@ -153,7 +153,7 @@ private:
     void check_weights(const target_input &t)
     {
         const LumpPoint *const point = lumps.find(t.name);
-        if (point && std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) != t.ix + 3)
+        if (point && point->sights.size() > 1 && std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) != t.ix + 3)
             faults.add(point->where, name_of(*point) + " is weighted, which method 9 cannot do at more than one epoch",
                        "write code free, or method = 1 in [lumps]");
     }

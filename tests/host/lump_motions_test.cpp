@@ -174,6 +174,19 @@ TEST(LumpMotions, NeedPointsWithoutWeightsWhereTheyAreComparedAfterwards)
     expect_truth(wall, 9);
 }
 
+TEST(LumpMotions, TakeTheWeightOfAPointThatOneEpochShows)
+{
+    MovingWall wall;
+    wall.motions[{1, 2}] = outwards;
+    wall.more_columns = " sx sy sz";
+    wall.more_cells = "0.1 0.1 0.1";
+    wall.points[2].code = "weighted";
+    wall.sight_marks();
+    wall.sight_all(whole, 1);
+    wall.sight_all({"B", "C", "D", "E"}, 2);
+    expect_truth(wall, 9);
+}
+
 TEST(LumpMotions, NameThePointThatNoDirectionSights)
 {
     MovingWall wall = seen_twice();
