@@ -149,13 +149,22 @@ private:
                        "write lump 0, or give it a direction at each of its epochs");
     }
 
-    // Only the first epoch would be held by its weights, the others at the coordinates where they start.
+    // Weights hold a point at the first epoch that shows it, at the coordinates of the file. Later epochs would be
+    // held where they start.
     void check_weights(const target_input &t)
     {
         const LumpPoint *const point = lumps.find(t.name);
-        if (point && point->sights.size() > 1 && std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) != t.ix + 3)
-            faults.add(point->where, name_of(*point) + " is weighted, which method 9 cannot do at more than one epoch",
-                       "write code free, or method = 1 in [lumps]");
+        if (!point || std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) == t.ix + 3 || stands_at_first_epoch(*point))
+            return;
+        faults.add(point->where,
+                   name_of(*point) + " is weighted, which method 9 can do only where the first epoch alone shows it",
+                   "write code free, or method = 1 in [lumps]");
+    }
+
+    bool stands_at_first_epoch(const LumpPoint &point) const
+    {
+        const std::vector<int> &epochs = lumps.epochs();
+        return point.sights.size() == 1 && !epochs.empty() && point.sights.begin()->first == epochs.front();
     }
 
     void check_ends(const Kind &kind, size_t i)

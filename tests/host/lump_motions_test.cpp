@@ -174,7 +174,7 @@ TEST(LumpMotions, NeedPointsWithoutWeightsWhereTheyAreComparedAfterwards)
     expect_truth(wall, 9);
 }
 
-TEST(LumpMotions, TakeTheWeightOfAPointThatOneEpochShows)
+TEST(LumpMotions, TakeTheWeightOfAPointThatTheFirstEpochAloneShows)
 {
     MovingWall wall;
     wall.motions[{1, 2}] = outwards;
@@ -185,6 +185,8 @@ TEST(LumpMotions, TakeTheWeightOfAPointThatOneEpochShows)
     wall.sight_all(whole, 1);
     wall.sight_all({"B", "C", "D", "E"}, 2);
     expect_truth(wall, 9);
+    std::swap(wall.points[2].code, wall.points[3].code);
+    EXPECT_TRUE(contains(fault_of(wall, 9), "point \"B\" of lump 1 is weighted"));
 }
 
 TEST(LumpMotions, NameThePointThatNoDirectionSights)
