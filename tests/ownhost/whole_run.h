@@ -279,30 +279,61 @@ inline json result_fields(const result &q)
 {
     json r;
     const int npt = q.nstar + q.ntarr, nres = q.ndist + q.ndifh + q.ndir1 + q.ndir2, nrow = q.nrow, nsta = q.nstar;
-#define FIELD(f) r[#f] = q.f;
-#define REAL(f) r[#f] = value(q.f);
-#define KIND(k) REAL(s##k) REAL(sp##k) FIELD(ichi##k) FIELD(nnorm##k) FIELD(nnormb##k) FIELD(ntau##k) FIELD(ntaub##k)
+#define FIELD(f) r[#f] = q.f
+#define REAL(f) r[#f] = value(q.f)
+#define KIND(k)                                                                                                        \
+    REAL(s##k), REAL(sp##k), FIELD(ichi##k), FIELD(nnorm##k), FIELD(nnormb##k), FIELD(ntau##k), FIELD(ntaub##k)
 #define ARRAY(f, n)                                                                                                    \
-    if (q.f) r[#f] = values(q.f, n);
-#define ARRAYS3(f, g, h, n) ARRAY(f, n) ARRAY(g, n) ARRAY(h, n)
-    FIELD(irun)
-    FIELD(dim)
-    FIELD(nstar)
-    FIELD(ntarr) FIELD(ndist) FIELD(ndifh) FIELD(ndir1) FIELD(ndir2) FIELD(dof) FIELD(itest) FIELD(nrow) REAL(sig0)
-        REAL(sigpost) KIND(dist) KIND(difh) KIND(dir1) KIND(dir2) KIND(az) ARRAY(ihost, npt)
-            ARRAYS3(code1, code2, code3, npt) ARRAYS3(x0, y0, z0, npt) ARRAYS3(xpt, ypt, zpt, npt)
-                ARRAYS3(sxpt, sypt, szpt, npt) ARRAYS3(rx, ry, rz, nsta) ARRAYS3(srx, sry, srz, nsta)
-                    ARRAYS3(iobs, res, sres, nres) ARRAYS3(iout, inorm, inormb, nres) ARRAY(itau, nres)
-                        ARRAY(itaub, nres) ARRAYS3(ell12a, ell12b, ell12t, npt) ARRAYS3(ell13a, ell13b, ell13t, npt)
-                            ARRAYS3(ell23a, ell23b, ell23t, npt) ARRAYS3(ilump, iepoch, iref, nrow)
-                                ARRAYS3(tx, ty, tz, nrow) ARRAYS3(lrx, lry, lrz, nrow) ARRAY(tscale, nrow)
-                                    ARRAYS3(stx, sty, stz, nrow) ARRAYS3(slrx, slry, slrz, nrow) ARRAY(stscale, nrow)
+    if (q.f) r[#f] = values(q.f, n)
+#define ARRAYS3(f, g, h, n)                                                                                            \
+    ARRAY(f, n);                                                                                                       \
+    ARRAY(g, n);                                                                                                       \
+    ARRAY(h, n)
+    FIELD(irun);
+    FIELD(dim);
+    FIELD(nstar);
+    FIELD(ntarr);
+    FIELD(ndist);
+    FIELD(ndifh);
+    FIELD(ndir1);
+    FIELD(ndir2);
+    FIELD(dof);
+    FIELD(itest);
+    FIELD(nrow);
+    REAL(sig0);
+    REAL(sigpost);
+    KIND(dist);
+    KIND(difh);
+    KIND(dir1);
+    KIND(dir2);
+    KIND(az);
+    ARRAY(ihost, npt);
+    ARRAYS3(code1, code2, code3, npt);
+    ARRAYS3(x0, y0, z0, npt);
+    ARRAYS3(xpt, ypt, zpt, npt);
+    ARRAYS3(sxpt, sypt, szpt, npt);
+    ARRAYS3(rx, ry, rz, nsta);
+    ARRAYS3(srx, sry, srz, nsta);
+    ARRAYS3(iobs, res, sres, nres);
+    ARRAYS3(iout, inorm, inormb, nres);
+    ARRAY(itau, nres);
+    ARRAY(itaub, nres);
+    ARRAYS3(ell12a, ell12b, ell12t, npt);
+    ARRAYS3(ell13a, ell13b, ell13t, npt);
+    ARRAYS3(ell23a, ell23b, ell23t, npt);
+    ARRAYS3(ilump, iepoch, iref, nrow);
+    ARRAYS3(tx, ty, tz, nrow);
+    ARRAYS3(lrx, lry, lrz, nrow);
+    ARRAY(tscale, nrow);
+    ARRAYS3(stx, sty, stz, nrow);
+    ARRAYS3(slrx, slry, slrz, nrow);
+    ARRAY(stscale, nrow);
 #undef FIELD
 #undef REAL
 #undef KIND
 #undef ARRAY
 #undef ARRAYS3
-                                        return r;
+    return r;
 }
 
 inline json kinds(const measure_input *a, int n)

@@ -33,5 +33,10 @@ bool object_failed() { return object_to_fail == 0; }
 
 void *operator new(size_t size, const std::nothrow_t &) noexcept
 {
-    return object_to_fail > 0 && --object_to_fail == 0 ? nullptr : operator new(size);
+    if (object_to_fail > 0 && --object_to_fail == 0) return nullptr;
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }

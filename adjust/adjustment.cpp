@@ -1,0 +1,185 @@
+#include "adjust/adjustment.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "adjust/cofactors.h"
+
+namespace vornadjust {
+
+namespace {
+
+const int most_misfits = 10;
+const double clear_pivot = 1e-6; // relative to the diagonal element; above it nothing is near to being undetermined
+
+class Adjustment {
+public:
+    Adjustment(Model *m, const Options &o) : model(*m), options(o)
+    {
+        factor_options.threads = o.threads, factor_options.watch = o.watch;
+    }
+
+    Outcome run();
+
+private:
+    Status find_values();
+    Status find_precision();
+    Status choose_datum();
+    bool clearly_determined() const;
+    bool has_isolated_point() const;
+    bool has_findings(const std::vector<double> &values);
+    Status judge_factor(const std::vector<double> &first);
+    Status judge_failure(const std::vector<double> &first);
+    void count();
+
+    Model &model;
+    const Options &options;
+    FactorOptions factor_options;
+    System system;
+    FreeDatum datum;
+    Outcome outcome;
+};
+
+Status Adjustment::choose_datum()
+{
+    fill(model, Derivatives::invariant, &system.equations);
+    if (system.equations.usable_rows() == 0) return Status::no_observations;
+    outcome.determinacy.datum = find_datum(unit_rows(model, system.equations));
+    const Datum &found = outcome.determinacy.datum;
+    if (has_isolated_point() && has_findings(model.value)) return Status::undetermined;
+    switch (found.state) {
+    case DatumState::loose: return Status::no_datum;
+    case DatumState::not_carried: return Status::datum_points;
+    case DatumState::held: break;
+    case DatumState::by_points:
+        datum = free_datum(system.columns, found);
+        system.held = held_columns(model, system.columns, found);
+        system.derivatives = Derivatives::invariant;
+    }
+    return Status::adjusted;
+}
+
+// Whether a point with unknown coordinates is seen by no row.
+bool Adjustment::has_isolated_point() const
+{
+    for (int u = 0; u < 3 * model.n_points; u++)
+        if (model.estimated(u) && outcome.determinacy.datum.parts.part_of[u / 3] < 0) return true;
+    return false;
+}
+
+// Whether the weighted factor shows that all unknowns are determined, so that no movement need be searched.
+bool Adjustment::clearly_determined() const
+{
+    return std::all_of(system.factor.pivot.begin(), system.factor.pivot.end(),
+                       [](double p) { return p >= clear_pivot; });
+}
+
+// Searches what the rows leave undetermined at the given values.
+bool Adjustment::has_findings(const std::vector<double> &values)
+{
+    const std::vector<double> present = model.value;
+    model.value = values;
+    Determinacy found = judge(model, options.made.empty() ? std::vector<char>(model.n_points, 0) : options.made);
+    model.value = present;
+    if (found.findings.empty()) return false;
+    outcome.determinacy = std::move(found);
+    return true;
+}
+
+// The verdict on a system whose last factor is undamped.
+Status Adjustment::judge_factor(const std::vector<double> &first)
+{
+    if (system.factor.stopped) return Status::stopped;
+    if (clearly_determined()) return Status::adjusted;
+    if (has_findings(system.factor.failed.empty() ? model.value : first)) return Status::undetermined;
+    for (const FailedPivot &f : system.factor.failed) outcome.failed.push_back(system.columns.unknown[f.unknown]);
+    return outcome.failed.empty() ? Status::adjusted : Status::singular;
+}
+
+// Why an iteration did not end well.
+Status Adjustment::judge_failure(const std::vector<double> &first)
+{
+    if (outcome.iteration.ending == Ending::stopped) return Status::stopped;
+    if (has_findings(first)) return Status::undetermined;
+    std::vector<double> last = first;
+    model.value.swap(last);
+    fill(model, Derivatives::exact, &system.equations);
+    outcome.misfits = misfits(model, system.equations, most_misfits);
+    model.value.swap(last);
+    fill(model, system.derivatives, &system.equations);
+    return Status::no_convergence;
+}
+
+Status Adjustment::find_values()
+{
+    const std::vector<double> first = model.value;
+    outcome.iteration.squares = fill_rows(model, &system);
+    if (system.bad_group >= 0) {
+        outcome.bad_group = system.bad_group;
+        return Status::bad_covariance;
+    }
+    Status status;
+    if (options.iterate) {
+        outcome.iteration = iterate(&model, &system, &datum, options.limits, factor_options);
+        const bool ended =
+            outcome.iteration.ending == Ending::converged || outcome.iteration.ending == Ending::singular;
+        status = ended ? judge_factor(first) : judge_failure(first);
+    } else {
+        fill_normal(&system);
+        factorize(&system, 0.0, factor_options);
+        status = judge_factor(first);
+    }
+    if (status != Status::adjusted && status != Status::no_convergence) model.value = first;
+    return status;
+}
+
+void Adjustment::count()
+{
+    const Equations &e = system.equations;
+    for (int r = 0; r < e.rows(); r++)
+        if (!e.usable[r] && e.component[r] == 0) outcome.left_out.push_back(e.observation[r]);
+    outcome.rows = e.usable_rows();
+    outcome.unknowns = system.n();
+    outcome.open = datum.open;
+    outcome.redundancy = outcome.rows - outcome.unknowns + outcome.open;
+    if (options.iterate && outcome.redundancy > 0)
+        outcome.variance_factor = outcome.iteration.squares / outcome.redundancy;
+}
+
+Status Adjustment::find_precision()
+{
+    if (datum.open > 0) set_motions(system.columns, find_datum(unit_rows(model, system.equations)).motions, &datum);
+    Cofactors cofactors(system, datum);
+    InverseOptions inverse_options;
+    inverse_options.threads = options.threads;
+    inverse_options.watch = options.watch;
+    if (!cofactors.invert(inverse_options)) return Status::stopped;
+    StatisticsOptions s;
+    s.sigma = std::sqrt(outcome.variance_factor);
+    s.residuals = options.residuals;
+    s.pairs = options.pairs;
+    s.joint = options.joint;
+    outcome.statistics = statistics(model, system, cofactors, s);
+    outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
+        cofactors.multiply(x);
+        for (int u : system.columns.unknown) x[u] *= outcome.variance_factor;
+    });
+    return Status::adjusted;
+}
+
+Outcome Adjustment::run()
+{
+    system = make_system(model);
+    outcome.status = choose_datum();
+    if (outcome.status == Status::adjusted) outcome.status = find_values();
+    count();
+    if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
+    outcome.equations = std::move(system.equations);
+    return std::move(outcome);
+}
+
+} // namespace
+
+Outcome adjust(Model *model, const Options &options) { return Adjustment(model, options).run(); }
+
+} // namespace vornadjust

@@ -1,0 +1,29 @@
+// Who works on a block: one thread, or all of a team.
+
+#ifndef VORNADJUST_CREW_H
+#define VORNADJUST_CREW_H
+
+#include "adjust/team.h"
+
+namespace vornadjust {
+
+struct Crew {
+    Team *team; // null for one thread
+    int thread; // that has the block in hand
+
+    // Who copies so many rows and columns: a few are not worth calling the others.
+    Crew for_rows(int n) const { return Crew{n < 200 ? nullptr : team, thread}; }
+
+    // work(task, thread) for each task.
+    template <class Work> void share(int tasks, const Work &work) const
+    {
+        if (team)
+            team->run(tasks, work);
+        else
+            for (int task = 0; task < tasks; task++) work(task, thread);
+    }
+};
+
+} // namespace vornadjust
+
+#endif

@@ -1,0 +1,143 @@
+// Counts of what holds the motions of a network.
+
+#include "adjust/holding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace vornadjust {
+
+namespace {
+
+// A kind holds a motion when its best answer reaches this share of the best of all; less is by the way
+// (heights of instruments give directions a hold on the scale).
+constexpr double worth_telling = 0.05;
+constexpr double answer = 1e-7;
+
+MotionKind kind_of(int motion)
+{
+    return motion < 3 ? MotionKind::shift : motion < 6 ? MotionKind::turn : MotionKind::scale;
+}
+
+// Whether an open motion has a part in a basic one, counting a turn as nothing but a turn.
+bool is_open(const std::vector<NamedMotion> &open, int motion)
+{
+    const MotionKind kind = kind_of(motion);
+    for (const NamedMotion &m : open)
+        if (m.kind == kind && (motion == 6 || std::fabs(m.direction[motion % 3]) > answer)) return true;
+    return false;
+}
+
+Kind kind_of_row(const MotionRows &m, int row)
+{
+    return m.model().observations[m.rows->equations->observation[row]].kind;
+}
+
+bool is_weighted_coordinate(const MotionRows &m, int row)
+{
+    return m.rows->tells(row) && kind_of_row(m, row) == Kind::unknown && m.part_of_row(row) >= 0;
+}
+
+// Answers of the rows to a basic motion of all parts, other unknowns going along as far as they can.
+std::vector<double> answers_of_rows(const MotionRows &m, const BlockElimination &elimination, int motion)
+{
+    std::vector<double> vector(elimination.columns(), 0.0), out(m.rows->rows(), 0.0);
+    for (const PartMotions &part : m.motions)
+        for (int i = 0; i < part.basis.cols; i++) vector[part.column + i] = part.basis(motion, i);
+    elimination.complete(vector, m.before_parts);
+    for (int r = 0; r < m.rows->rows(); r++) {
+        if (!m.rows->tells(r) || is_weighted_coordinate(m, r)) continue;
+        for (const auto &[column, entry] : m.terms(r)) out[r] += entry * vector[column];
+        out[r] = std::fabs(out[r]);
+    }
+    return out;
+}
+
+void count_observations(const MotionRows &m, const BlockElimination &elimination, int motion, Holding &holding)
+{
+    const std::vector<double> size = answers_of_rows(m, elimination, motion);
+    std::array<double, n_kinds> most = {};
+    for (int r = 0; r < m.rows->rows(); r++) {
+        double &x = most[static_cast<int>(kind_of_row(m, r))];
+        x = std::max(x, size[r]);
+    }
+    const double least = worth_telling * *std::max_element(most.begin(), most.end());
+    int last = -1;
+    for (int r = 0; r < m.rows->rows(); r++) {
+        const int kind = static_cast<int>(kind_of_row(m, r)), observation = m.rows->equations->observation[r];
+        if (!(size[r] > answer) || most[kind] < least || observation == last) continue;
+        last = observation;
+        holding.of_kind[kind]++;
+    }
+}
+
+// Held and weighted coordinates of a part, a row of answers each.
+struct Anchors {
+    std::vector<Answers> rows;
+    std::size_t fixed = 0; // the first of them
+};
+
+std::vector<Anchors> anchors(const MotionRows &m)
+{
+    std::vector<Anchors> out(m.motions.size());
+    for (int u = 0; u < 3 * m.model().n_points; u++) {
+        if (!m.is_fixed(u)) continue;
+        const int part = m.parts.part_of[u / 3];
+        out[part].rows.push_back(m.answers_of_coordinate(u, m.motions[part].similarity));
+        out[part].fixed++;
+    }
+    for (int r = 0; r < m.rows->rows(); r++) {
+        if (!is_weighted_coordinate(m, r)) continue;
+        const int part = m.part_of_row(r);
+        out[part].rows.push_back(m.answers(r, m.motions[part].similarity));
+    }
+    return out;
+}
+
+// Answers of anchors to a motion beside what motions of lower kinds explain: shifts for a turn, shifts and
+// turns for the scale.
+std::vector<double> own_answers(const std::vector<Answers> &rows, int motion)
+{
+    const int n = static_cast<int>(rows.size()), lower = motion < 3 ? 0 : motion < 6 ? 3 : 6;
+    Dense a(n, lower);
+    std::vector<double> out(n);
+    for (int i = 0; i < n; i++) {
+        for (int j = 0; j < lower; j++) a(i, j) = rows[i][j];
+        out[i] = rows[i][motion];
+    }
+    const SmallSvd d = small_svd(std::move(a));
+    for (int k = 0; k < count_from(d.s, answer); k++) {
+        const double along = std::inner_product(out.begin(), out.end(), d.u.col(k), 0.0);
+        for (int i = 0; i < n; i++) out[i] -= along * d.u(i, k);
+    }
+    return out;
+}
+
+void count_anchors(const Anchors &anchors, int motion, Holding &holding)
+{
+    const std::vector<double> own = own_answers(anchors.rows, motion);
+    for (std::size_t i = 0; i < own.size(); i++)
+        if (std::fabs(own[i]) > answer) (i < anchors.fixed ? holding.fixed : holding.weighted)++;
+}
+
+} // namespace
+
+std::array<Holding, n_motions> count_holding(const MotionRows &m, const BlockElimination &elimination,
+                                             const std::vector<NamedMotion> &open)
+{
+    std::array<Holding, n_motions> out;
+    const std::vector<Anchors> of_parts = anchors(m);
+    for (int motion = 0; motion < n_motions; motion++) {
+        Holding &holding = out[motion];
+        for (const PartMotions &part : m.motions)
+            for (int i = 0; i < part.basis.cols; i++) holding.exists |= std::fabs(part.basis(motion, i)) > answer;
+        holding.open = is_open(open, motion);
+        if (!holding.exists || holding.open) continue;
+        count_observations(m, elimination, motion, holding);
+        for (const Anchors &anchors_of_part : of_parts) count_anchors(anchors_of_part, motion, holding);
+    }
+    return out;
+}
+
+} // namespace vornadjust

@@ -1,0 +1,202 @@
+// Rows over motions and over unknowns that are no coordinates.
+
+#include "adjust/motion_rows.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace vornadjust {
+
+namespace {
+
+// Combinations of motions that move no point (a turn about the line of two points), beside the largest:
+// zeros are below 1e-15; a tunnel of 10 km by 1 m turns about its axis with 2e-4.
+constexpr double empty_motion = 1e-9;
+
+// Unknowns besides coordinates that belong together: a set-up, constants, a camera, a motion.
+struct NuisanceBlock {
+    std::vector<int> unknowns; // that are estimated and stand in a row
+    int rows = 0;
+    int part = -1;
+    bool shared = false; // by rows of several parts
+};
+
+bool moves(const Model &model, int unknown) { return model.code[unknown] != Code::absent; }
+
+// Motions of the points of a part, less the combinations that move none.
+PartMotions part_motions(const Model &model, const std::vector<int> &points)
+{
+    PartMotions out;
+    out.similarity = similarity(model, points);
+    Triangle moved(n_motions);
+    for (int p : points)
+        for (int k = 0; k < 3; k++) {
+            if (!moves(model, 3 * p + k)) continue;
+            double row[n_motions];
+            for (int m = 0; m < n_motions; m++) row[m] = out.similarity.of_point(m, &model.value[3 * p], k);
+            moved.add(row);
+        }
+    const SmallSvd d = small_svd(moved.matrix());
+    const int n = d.s[0] > 0 ? count_from(d.s, empty_motion * d.s[0]) : 0;
+    out.basis = column_range(d.v, 0, n);
+    return out;
+}
+
+std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
+{
+    const UnitRows &rows = *m.rows;
+    const Model &model = *rows.model;
+    const Equations &equations = *rows.equations;
+    std::vector<int> block_of(model.n_unknowns(), -1);
+    int n = 0;
+    const auto assign = [&](int first, int size) { std::fill_n(block_of.begin() + first, size, n++); };
+    for (const Setup &s : model.setups) assign(s.first, 3);
+    for (const Motion &motion : model.motions) assign(motion.first, 7);
+    for (const Camera &c : model.cameras) assign(c.first, 10);
+    for (const Constants &c : model.constants) assign(c.first, 3);
+    std::vector<NuisanceBlock> nuisances(n);
+
+    std::vector<char> stands(model.n_unknowns(), 0);
+    for (int r = 0; r < rows.rows(); r++) {
+        if (!rows.tells(r)) continue;
+        const int part = m.part_of_row(r);
+        int last = -1;
+        for (std::size_t k = equations.begin[r]; k < equations.begin[r + 1]; k++) {
+            const int unknown = equations.column[k];
+            if (block_of[unknown] < 0 || !model.estimated(unknown) || rows.entry(r, k) == 0) continue;
+            stands[unknown] = 1;
+            NuisanceBlock &block = nuisances[block_of[unknown]];
+            if (block_of[unknown] != last) block.rows++;
+            last = block_of[unknown];
+            if (part >= 0 && block.part >= 0 && block.part != part) block.shared = true;
+            if (part >= 0) block.part = part;
+        }
+    }
+    for (int u = 0; u < model.n_unknowns(); u++)
+        if (stands[u]) nuisances[block_of[u]].unknowns.push_back(u);
+    return nuisances;
+}
+
+// Nuisances of one part with few rows first, then the motions of each part, then shared nuisances.
+void order_blocks(std::vector<NuisanceBlock> nuisances, MotionRows &m)
+{
+    std::stable_sort(nuisances.begin(), nuisances.end(), [](const NuisanceBlock &a, const NuisanceBlock &b) {
+        return a.shared != b.shared ? b.shared : a.rows < b.rows;
+    });
+    m.column_of.assign(m.model().n_unknowns(), -1);
+    int column = 0;
+    const auto append = [&](const NuisanceBlock &block) {
+        for (int u : block.unknowns) m.column_of[u] = column++;
+        m.sizes.push_back(static_cast<int>(block.unknowns.size()));
+    };
+    for (const NuisanceBlock &block : nuisances)
+        if (!block.shared) append(block);
+    m.before_parts = static_cast<int>(m.sizes.size());
+    for (PartMotions &part : m.motions) {
+        part.block = static_cast<int>(m.sizes.size());
+        part.column = column;
+        m.sizes.push_back(part.basis.cols);
+        column += part.basis.cols;
+    }
+    for (const NuisanceBlock &block : nuisances)
+        if (block.shared) append(block);
+}
+
+// Whether a row is a component of the difference of two points as it was observed, and that vector in
+// the axes of the coordinates, from the target's coefficients (orthogonal but for a scale).
+bool is_difference(const UnitRows &rows, int row, double vector[3])
+{
+    const Equations &equations = *rows.equations;
+    const Observation &o = rows.model->observations[equations.observation[row]];
+    if (o.kind != Kind::baseline || o.motion_from != o.motion_to) return false;
+    const int first = row - equations.component[row];
+    std::fill(vector, vector + 3, 0.0);
+    for (int c = 0; c < 3; c++) {
+        double square = 0;
+        for (std::size_t k = equations.begin[first + c]; k < equations.begin[first + c + 1]; k++)
+            if (equations.column[k] / 3 == o.to && rows.is_coordinate(equations.column[k]))
+                square += equations.coefficient[k] * equations.coefficient[k];
+        for (std::size_t k = equations.begin[first + c]; square > 0 && k < equations.begin[first + c + 1]; k++)
+            if (equations.column[k] / 3 == o.to && rows.is_coordinate(equations.column[k]))
+                vector[equations.column[k] % 3] += equations.coefficient[k] * o.value[c] / square;
+    }
+    return true;
+}
+
+void append_combined(Terms &out, const PartMotions &part, const Answers &answers)
+{
+    for (int j = 0; j < part.basis.cols; j++)
+        out.emplace_back(part.column + j, std::inner_product(answers.begin(), answers.end(), part.basis.col(j), 0.0));
+}
+
+} // namespace
+
+int MotionRows::part_of_row(int row) const
+{
+    const Equations &equations = *rows->equations;
+    for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++)
+        if (rows->is_coordinate(equations.column[k])) return parts.part_of[equations.column[k] / 3];
+    return -1;
+}
+
+bool MotionRows::is_fixed(int unknown) const
+{
+    return rows->is_coordinate(unknown) && parts.part_of[unknown / 3] >= 0 && model().code[unknown] == Code::fixed;
+}
+
+// Answers of a row to the basic motions. Baselines turn and grow as observed: first coordinates of two
+// copies of one point would hold a turn by the millimetre that they lie apart.
+Answers MotionRows::answers(int row, const Similarity &s) const
+{
+    const Equations &equations = *rows->equations;
+    Answers out = {};
+    double vector[3];
+    const bool difference = is_difference(*rows, row, vector);
+    const int to = model().observations[equations.observation[row]].to;
+    for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++) {
+        const int point = equations.column[k] / 3, axis = equations.column[k] % 3;
+        if (!rows->is_coordinate(equations.column[k]) || (difference && point != to)) continue;
+        const double *x = &model().value[3 * point];
+        for (int m = 0; m < n_motions; m++)
+            out[m] += rows->entry(row, k) * (difference ? s.of_vector(m, vector, axis) : s.of_point(m, x, axis));
+    }
+    return out;
+}
+
+Answers MotionRows::answers_of_coordinate(int unknown, const Similarity &s) const
+{
+    Answers out;
+    for (int m = 0; m < n_motions; m++) out[m] = s.of_point(m, &model().value[unknown - unknown % 3], unknown % 3);
+    return out;
+}
+
+Terms MotionRows::terms(int row) const
+{
+    const Equations &equations = *rows->equations;
+    Terms out;
+    const int part = part_of_row(row);
+    if (part >= 0) append_combined(out, motions[part], answers(row, motions[part].similarity));
+    for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++)
+        if (column_of[equations.column[k]] >= 0) out.emplace_back(column_of[equations.column[k]], rows->entry(row, k));
+    return out;
+}
+
+Terms MotionRows::terms_of_fixed(int unknown) const
+{
+    Terms out;
+    const PartMotions &part = motions[parts.part_of[unknown / 3]];
+    append_combined(out, part, answers_of_coordinate(unknown, part.similarity));
+    return out;
+}
+
+MotionRows motion_rows(const UnitRows &rows)
+{
+    MotionRows m;
+    m.rows = &rows;
+    m.parts = find_parts(rows);
+    for (const std::vector<int> &points : m.parts.points) m.motions.push_back(part_motions(*rows.model, points));
+    order_blocks(nuisance_blocks(m), m);
+    return m;
+}
+
+} // namespace vornadjust
