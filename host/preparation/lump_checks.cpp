@@ -83,6 +83,7 @@ private:
             const std::vector<int> &codes = model.lump_tables[i].code;
             if (d.kind == without_scale || std::find(codes.begin(), codes.end(), (int)CODE_FIXED) == codes.end())
                 continue;
+            if (!has_points(d.id)) continue;
             if (d.iref <= 0)
                 faults.add(model.lumpdefs.where[i], lump_name(d.id) + " has a fixed scale and no reference epoch",
                            "write in column reference the epoch to which its scales refer");
@@ -94,17 +95,17 @@ private:
         }
     }
 
-    // True also of a lump without points, which has no say.
+    bool has_points(int lump) const
+    {
+        return std::any_of(lumps.all().begin(), lumps.all().end(),
+                           [lump](const LumpPoint &point) { return point.lump == lump; });
+    }
+
     bool can_be_reference(const lump_definition &d) const
     {
-        bool any = false;
-        int shown = 0;
-        for (const LumpPoint &point : lumps.all()) {
-            if (point.lump != d.id) continue;
-            any = true;
-            shown += point.sights.count(d.iref) > 0;
-        }
-        return !any || shown >= least_points;
+        return least_points <= std::count_if(lumps.all().begin(), lumps.all().end(), [&d](const LumpPoint &point) {
+                   return point.lump == d.id && point.sights.count(d.iref) > 0;
+               });
     }
 
     // ---- method 1 ----

@@ -334,3 +334,10 @@ TEST(LumpMotions, HoldAScaleAgainstItsReferenceEpoch)
         EXPECT_NEAR(results.lumps[0].scale, 1.001, 1e-9); // held, though the observations say 1
     }
 }
+
+TEST(LumpMotions, HoldNoScaleOfALumpWithoutPoints)
+{
+    MovingWall wall = seen_twice();
+    wall.definitions = "lump epoch code scale\n7 2 fixed 1.001\n";
+    for (const int method : {1, 9}) expect_truth(wall, method);
+}
