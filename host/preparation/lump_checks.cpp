@@ -83,6 +83,7 @@ private:
             const std::vector<int> &codes = model.lump_tables[i].code;
             if (d.kind == without_scale || std::find(codes.begin(), codes.end(), (int)CODE_FIXED) == codes.end())
                 continue;
+            if (!has_points(d.id)) continue;
             if (d.iref <= 0)
                 faults.add(model.lumpdefs.where[i], lump_name(d.id) + " has a fixed scale and no reference epoch",
                            "write in column reference the epoch to which its scales refer");
@@ -94,17 +95,17 @@ private:
         }
     }
 
-    // True also of a lump without points, which has no say.
+    bool has_points(int lump) const
+    {
+        return std::any_of(lumps.all().begin(), lumps.all().end(),
+                           [lump](const LumpPoint &point) { return point.lump == lump; });
+    }
+
     bool can_be_reference(const lump_definition &d) const
     {
-        bool any = false;
-        int shown = 0;
-        for (const LumpPoint &point : lumps.all()) {
-            if (point.lump != d.id) continue;
-            any = true;
-            shown += point.sights.count(d.iref) > 0;
-        }
-        return !any || shown >= least_points;
+        return least_points <= std::count_if(lumps.all().begin(), lumps.all().end(), [&d](const LumpPoint &point) {
+                   return point.lump == d.id && point.sights.count(d.iref) > 0;
+               });
     }
 
     // ---- method 1 ----
@@ -149,13 +150,22 @@ private:
                        "write lump 0, or give it a direction at each of its epochs");
     }
 
-    // Only the first epoch would be held by its weights, the others at the coordinates where they start.
+    // Weights hold a point at the first epoch that shows it, at the coordinates of the file. Later epochs would be
+    // held where they start.
     void check_weights(const target_input &t)
     {
         const LumpPoint *const point = lumps.find(t.name);
-        if (point && std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) != t.ix + 3)
-            faults.add(point->where, name_of(*point) + " is weighted, which method 9 cannot do at more than one epoch",
-                       "write code free, or method = 1 in [lumps]");
+        if (!point || std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) == t.ix + 3 || stands_at_first_epoch(*point))
+            return;
+        faults.add(point->where,
+                   name_of(*point) + " is weighted, which method 9 can do only where the first epoch alone shows it",
+                   "write code free, or method = 1 in [lumps]");
+    }
+
+    bool stands_at_first_epoch(const LumpPoint &point) const
+    {
+        const std::vector<int> &epochs = lumps.epochs();
+        return point.sights.size() == 1 && !epochs.empty() && point.sights.begin()->first == epochs.front();
     }
 
     void check_ends(const Kind &kind, size_t i)

@@ -314,8 +314,9 @@ void Run::check_epochs()
     if (lines.empty()) return;
     outcome.reached = Stage::Solving;
     outcome.words = lines;
-    outcome.words.push_back("show at every epoch at least three points, not on one line, that another epoch shows too, "
-                            "or leave out the directions of such an epoch");
+    outcome.words.push_back(
+        "show at every epoch at least three points, not on one line, that the reference epoch or one "
+        "compared before it shows too, or leave out the directions of such an epoch");
 }
 
 // A distance without derivative leaves the simplex solver where it started, and makes coordinates

@@ -7,32 +7,29 @@
 
 #include "approx/approx.h"
 
-#include <math.h>
-
 #include "approx/codes.h"
 #include "approx/spread.h"
 
 namespace vornengine {
 
-approx::approx(project *pproject, point *points, measure *dist, measure *dir1, measure *dir2, int nsta, int ntar,
-               int ndist, int ndir1, int ndir2, int *ia1)
-    : net()
+approx::approx(const solverinput &in, int *ia1) : net()
 {
-    net.pproject = pproject;
-    net.out = pproject->out;
-    net.pi = 4 * atan(1.0);
-    net.idebug = pproject->idebug;
-    net.dim = pproject->dim;
-    net.points = points;
-    net.nsta = nsta;
-    net.ntar = ntar;
-    net.npoints = nsta + ntar;
-    net.dist = dist;
-    net.dir1 = dir1;
-    net.dir2 = dir2;
-    net.ndist = ndist;
-    net.ndir1 = ndir1;
-    net.ndir2 = ndir2;
+    net.pproject = in.pproject;
+    net.host = in.hosts();
+    net.out = in.out;
+    net.pi = in.pi;
+    net.idebug = in.idebug;
+    net.dim = in.dim;
+    net.points = in.points;
+    net.nsta = in.nsta;
+    net.ntar = in.ntar;
+    net.npoints = in.nsta + in.ntar;
+    net.dist = in.dist;
+    net.dir1 = in.dir1;
+    net.dir2 = in.dir2;
+    net.ndist = in.ndist;
+    net.ndir1 = in.ndir1;
+    net.ndir2 = in.ndir2;
     net.ia1 = ia1;
 }
 

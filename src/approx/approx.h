@@ -1,7 +1,7 @@
 // First coordinates and orientations of a network from its directions, vertical angles and
 // distances. Lengths in metres, angles in radians.
 //
-//   approx a(pproject, points, dist, dir1, dir2, nsta, ntar, ndist, ndir1, ndir2, ia1);
+//   approx a(in, ia1);
 //   int result = a.compute(9);
 //
 // The steps are functions on the record of the run (approxdata.h) and the tables of a spread
@@ -11,14 +11,14 @@
 #define VORN_APPROX_H
 
 #include "approx/approxdata.h"
-#include "vorn/records.h"
+#include "vorn/settings.h"
 
 namespace vornengine {
 
 class approx {
 public:
-    approx(project *pproject, point *points, measure *dist, measure *dir1, measure *dir2, int nsta, int ntar, int ndist,
-           int ndir1, int ndir2, int *ia1);
+    // Takes the settings and the network of the run, and its counts of fixed items.
+    approx(const solverinput &in, int *ia1);
     ~approx();
     approx(const approx &) = delete;
     approx &operator=(const approx &) = delete;

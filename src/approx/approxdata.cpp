@@ -14,8 +14,8 @@ int point_number(const approxdata *net, const point *p)
 int istotal(const approxdata *net, int i)
 {
     if (i >= net->nsta) return 0;
-    for (int k = 0; k < net->pproject->nstations; k++) {
-        const station_input *s = net->pproject->stations + k;
+    for (int k = 0; k < net->host.nsta; k++) {
+        const station_input *s = net->host.sta + k;
         if (same_name(s->name, net->points[i].name)) return s->typ > 1 ? 1 : s->typ;
     }
     return 0;

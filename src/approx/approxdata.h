@@ -11,12 +11,14 @@
 #include <stdio.h>
 
 #include "approx/pairlist.h"
+#include "loading/hostpoints.h"
 #include "vorn/records.h"
 
 namespace vornengine {
 
 struct approxdata {
     project *pproject; // the host object, not owned
+    hostpoints host;   // the host's stations and targets
     FILE *out;         // report stream
     double pi;
     int idebug; // non-zero: trace lines

@@ -14,10 +14,10 @@ namespace vornengine {
 
 const double LEAST_BAR = 1e-6; // square of the shortest bar, in lengths of the base
 
-// Whether every direction has a vertical angle and one of these is not zero.
+// Whether a vertical angle in space is not zero.
 static int has_elevations(const approxdata *net)
 {
-    if (net->dim != 3 || net->ndir1 != net->ndir2) return 0;
+    if (net->dim != 3) return 0;
     for (int k = 0; k < net->ndir2; k++)
         if (net->dir2[k].val[0] != 0.0) return 1;
     return 0;

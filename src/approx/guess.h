@@ -35,7 +35,7 @@ int guess_o1o2(const approxdata *net, const spreadtables *tab, const stationpair
 double guess_check(const approxdata *net, const spreadtables *tab, guesswork *w, double o1, double o2);
 
 // Intersects the rays to the points of w: their places in app. Returns 0, or -1 when rays do
-// not meet in front of both stations or no vertical angles belong to the directions.
+// not meet in front of both stations or a shot has no vertical angle at its place in the list.
 int guess_approx(const approxdata *net, const spreadtables *tab, guesswork *w, double o1, double o2);
 
 // Adds the square of what the vertical angle contradicts to sum; the direction takes no part.

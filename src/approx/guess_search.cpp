@@ -63,10 +63,10 @@ static int can_meet(double a, double b, double pi)
 
 int guess_approx(const approxdata *net, const spreadtables *tab, guesswork *w, double o1, double o2)
 {
-    if (net->ndir1 != net->ndir2) return -1; // no vertical angle belongs to a direction
     const int it1 = w->isys[w->n], it2 = w->isys[w->n + 1];
     for (int k = 0; k < w->n; k++) {
         const int i = w->isys[k];
+        if (tab->table[it1][i] > net->ndir2 || tab->table[it2][i] > net->ndir2) return -1;
         const double a = reading(net, tab, it1, i) + o1, b = reading(net, tab, it2, i) + o2;
         if (!can_meet(wrap(a), wrap(b), net->pi)) return -1;
         double *p = w->app + 3 * (size_t)k;

@@ -73,7 +73,7 @@ int patch_spread(const approxdata *net, const spreadtables *tab, int i)
     fprintf(net->out, "   Theo : %s has code %d\n", net->points[i].name, tab->itheo[i]);
     const int nlist = patch_shots(net, tab, i, list);
     if (nlist < 0) return -1;
-    if (nlist == MAX_KNOWN && i < net->pproject->nstations && net->pproject->stations[i].typ == 2) {
+    if (nlist == MAX_KNOWN && i < net->host.nsta && net->host.sta[i].typ == 2) {
         fprintf(net->out, "             total station!\neasy to do....\n");
         return -1;
     }

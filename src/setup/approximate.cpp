@@ -31,7 +31,7 @@ int vornrun::vornapprox()
     if (iapprox == 0) return 0;
 
     int result = 0;
-    papprox = new (std::nothrow) approx(pproject, points, dist, dir1, dir2, nsta, ntar, ndist, ndir1, ndir2, ia1);
+    papprox = new (std::nothrow) approx(*this, ia1);
     if (papprox)
         result = papprox->compute(iapprox);
     else

@@ -104,12 +104,22 @@ TEST_F(Guess, WithoutVariationOfTheVerticalAnglesIsADeadEnd)
     EXPECT_EQ(s.news(), dead_end);
 }
 
-TEST_F(Guess, WithoutAVerticalAngleForEveryDirectionIsADeadEnd)
+TEST_F(Guess, FailsWithoutAVerticalAngleForACommonShot)
 {
     both({A, B, C, D});
     s.dir2.pop_back();
-    EXPECT_EQ(guess(), -1);
-    EXPECT_EQ(s.report(), dead_end);
+    EXPECT_EQ(guess(), -9);
+    EXPECT_EQ(s.report(), "guess_o1o2: Guessing loop failed\n");
+}
+
+TEST_F(Guess, NeedsNoVerticalAngleForOtherShots)
+{
+    both({A, B, C, D});
+    s.sight(R, E);
+    s.dir2.pop_back();
+    EXPECT_EQ(guess(), 0);
+    EXPECT_EQ(s.itheo, (std::vector<int>{THEO_DONE, THEO_DONE, THEO_UNKNOWN}));
+    expect_frame({P, Q, A, B, C, D}, 1 / base);
 }
 
 TEST_F(Guess, StartsTwoStationsInTheirFrame)

@@ -94,8 +94,17 @@ public:
     {
         n.ready();
         const int np = (int)points.size();
-        a = std::make_unique<approx>(&n.p, points.data(), dist.data(), dir1.data(), dir2.data(), nsta, np - nsta,
-                                     (int)dist.size(), (int)dir1.size(), (int)dir2.size(), ia1);
+        vornengine::solverinput in(&n.p);
+        in.points = points.data();
+        in.nsta = nsta;
+        in.ntar = np - nsta;
+        in.dist = dist.data();
+        in.ndist = (int)dist.size();
+        in.dir1 = dir1.data();
+        in.ndir1 = (int)dir1.size();
+        in.dir2 = dir2.data();
+        in.ndir2 = (int)dir2.size();
+        a = std::make_unique<approx>(in, ia1);
         take_lists(net());
         xap.assign(np, 0.0);
         yap.assign(np, 0.0);

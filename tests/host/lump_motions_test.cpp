@@ -174,6 +174,21 @@ TEST(LumpMotions, NeedPointsWithoutWeightsWhereTheyAreComparedAfterwards)
     expect_truth(wall, 9);
 }
 
+TEST(LumpMotions, TakeTheWeightOfAPointThatTheFirstEpochAloneShows)
+{
+    MovingWall wall;
+    wall.motions[{1, 2}] = outwards;
+    wall.more_columns = " sx sy sz";
+    wall.more_cells = "0.1 0.1 0.1";
+    wall.points[2].code = "weighted";
+    wall.sight_marks();
+    wall.sight_all(whole, 1);
+    wall.sight_all({"B", "C", "D", "E"}, 2);
+    expect_truth(wall, 9);
+    std::swap(wall.points[2].code, wall.points[3].code);
+    EXPECT_TRUE(contains(fault_of(wall, 9), "point \"B\" of lump 1 is weighted"));
+}
+
 TEST(LumpMotions, NameThePointThatNoDirectionSights)
 {
     MovingWall wall = seen_twice();
@@ -202,14 +217,41 @@ TEST(LumpMotions, AreRefusedWhereAnEpochCannotBeCompared)
         EXPECT_FALSE(outcome.adjusted());
         EXPECT_EQ(outcome.words,
                   (Lines{"lump 1 could not be compared at epoch 3",
-                         "show at every epoch at least three points, not on one line, that another epoch shows too, or "
-                         "leave out the directions of such an epoch"}));
+                         "show at every epoch at least three points, not on one line, that the reference epoch or one "
+                         "compared before it shows too, or leave out the directions of such an epoch"}));
     }
     wall.sight("S1", "C", 3);
     wall.sight("S2", "C", 3);
     const Results results = adjusted(wall, 9);
     expect_motion(results, 2, outwards);
     expect_motion(results, 3, further);
+}
+
+// Epochs are compared in the order of the file, each with what those before it have shown.
+TEST(LumpMotions, GrowFromEpochToEpoch)
+{
+    const WorkFolder folder;
+    const std::pair<int, std::vector<std::string>> second = {2, whole}, third = {3, {"C", "D", "E"}};
+    for (const bool in_turn : {true, false}) {
+        MovingWall wall;
+        wall.motions[{1, 2}] = outwards;
+        wall.motions[{1, 3}] = further;
+        wall.sight_marks();
+        wall.sight_all({"A", "B", "C"}, 1);
+        for (const auto &[epoch, points] : {in_turn ? second : third, in_turn ? third : second})
+            wall.sight_all(points, epoch);
+        ReadCase c(wall.text(9));
+        const RunOutcome outcome = c.run();
+        EXPECT_EQ(outcome.adjusted(), in_turn);
+        if (!in_turn) {
+            EXPECT_EQ(outcome.words[0], "lump 1 could not be compared at epoch 3");
+            continue;
+        }
+        const Results results = collect(c.folder.model, outcome, "test");
+        expect_motion(results, 2, outwards);
+        expect_motion(results, 3, further);
+        expect_wall(wall, results);
+    }
 }
 
 // Two points at the first epoch are not compared: a note names them, and the others come back.
@@ -291,4 +333,11 @@ TEST(LumpMotions, HoldAScaleAgainstItsReferenceEpoch)
         ASSERT_EQ(results.lumps.size(), 1u);
         EXPECT_NEAR(results.lumps[0].scale, 1.001, 1e-9); // held, though the observations say 1
     }
+}
+
+TEST(LumpMotions, HoldNoScaleOfALumpWithoutPoints)
+{
+    MovingWall wall = seen_twice();
+    wall.definitions = "lump epoch code scale\n7 2 fixed 1.001\n";
+    for (const int method : {1, 9}) expect_truth(wall, method);
 }

@@ -64,6 +64,27 @@ protected:
 
 const double rounding = 1e-12; // metres
 
+TEST_F(VornapproxPolar, WorksWithTheSettingsOfTheConstructor)
+{
+    const project kept = *n.ready();
+    {
+        vorn run(&n.p);
+        ASSERT_EQ((V(run, fill_vorn)()), 0);
+        n.p.dim = 1;
+        n.p.idebug = 1;
+        n.p.out = nullptr;
+        n.p.stations = nullptr;
+        n.p.nstations = 0;
+        V(run, iapprox) = 9;
+        EXPECT_EQ((V(run, vornapprox)()), 0);
+        EXPECT_NEAR(V(run, points)[1].x0[0], 10 + 100 * cos(0.75), rounding);
+        n.p.out = kept.out;
+        n.p.stations = kept.stations;
+        n.p.nstations = kept.nstations;
+    }
+    EXPECT_EQ(n.report().find("approx"), std::string::npos) << n.report();
+}
+
 TEST_F(VornapproxPolar, MakesTheComputedValuesTheStart)
 {
     vorn run(n.ready());

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/folder.h"
 #include "host/preparation/prepare.h"
 
@@ -212,10 +214,28 @@ TEST(CheckLumps, RefusesWeightedPointsThatAreComparedAfterwards)
     for (const std::string point : {"A 10 0 0 4", "B 0 10 0 4", "C 5 5 5 4", "W 9 9 9 0"})
         text.insert(text.find(point) + point.size(), point[0] == 'B' || point[0] == 'W' ? " weighted 0.1" : " free -");
     EXPECT_EQ(faults_of(text),
-              (Lines{"net.inp:13:1: point \"B\" of lump 4 is weighted, which method 9 cannot do at more "
-                     "than one epoch; write code free, or method = 1 in [lumps]"}));
+              (Lines{"net.inp:13:1: point \"B\" of lump 4 is weighted, which method 9 can do only where "
+                     "the first epoch alone shows it; write code free, or method = 1 in [lumps]"}));
     text.replace(text.find("method = 9"), 10, "method = 1");
     EXPECT_EQ(faults_of(text), Lines());
+}
+
+// Where no direction has an epoch there is no first one.
+TEST(CheckLumps, RefusesWeightedPointsWithoutAnyEpoch)
+{
+    Wall wall;
+    wall.directions = "S A 0 1 0\n";
+    wall.compare();
+    std::string text = wall.text();
+    const std::string names = "name x y z lump\n", point = "A 10 0 0 4";
+    text.replace(text.find(names), names.size(), "name x y z lump code_x sx\n");
+    for (const std::string other : {"B 0 10 0 4", "C 5 5 5 4", "W 9 9 9 0"})
+        text.insert(text.find(other) + other.size(), " free -");
+    text.insert(text.find(point) + point.size(), " weighted 0.1");
+    const Lines faults = faults_of(text);
+    EXPECT_TRUE(std::any_of(faults.begin(), faults.end(), [](const std::string &line) {
+        return line.find("point \"A\" of lump 4 is weighted") != std::string::npos;
+    }));
 }
 
 TEST(CheckLumps, NamesPointsThatNoDirectionSights)
