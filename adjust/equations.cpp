@@ -1,0 +1,131 @@
+#include "adjust/equations.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "adjust/linear.h"
+
+namespace vornadjust {
+
+namespace {
+
+const double turn = 6.283185307179586476925; // radians
+
+// Distinct unknowns of an observation that are part of the network, in the order of seen_unknowns.
+int row_columns(const Model &model, const Observation &o, int columns[most_unknowns])
+{
+    int seen[most_unknowns];
+    const int n_seen = seen_unknowns(model, o, seen);
+    int n = 0;
+    for (int k = 0; k < n_seen; k++) {
+        const bool absent = model.code[seen[k]] == Code::absent;
+        if (!absent && std::find(columns, columns + n, seen[k]) == columns + n) columns[n++] = seen[k];
+    }
+    return n;
+}
+
+double row_sigma(const Model &model, const Observation &o, int component)
+{
+    if (o.group < 0) return o.sigma[component];
+    const Group &group = model.groups[o.group];
+    return std::sqrt(model.covariance[group.first + (std::size_t)(o.place + component) * (group.size + 1)]);
+}
+
+void append_row(const Model &model, int i, int component, const int *columns, int n, Equations *e)
+{
+    const Observation &o = model.observations[i];
+    e->column.insert(e->column.end(), columns, columns + n);
+    e->begin.push_back(e->column.size());
+    e->misclosure.push_back(0.0);
+    e->sigma.push_back(row_sigma(model, o, component));
+    e->factor.push_back(o.factor);
+    e->observation.push_back(i);
+    e->component.push_back((unsigned char)component);
+    e->group.push_back(o.group);
+    e->place.push_back(o.place + component);
+    e->usable.push_back(0);
+}
+
+bool is_angle(const Model &model, const Observation &o)
+{
+    switch (o.kind) {
+    case Kind::direction:
+    case Kind::angle:
+    case Kind::azimuth: return true;
+    case Kind::unknown: return model.meaning[o.unknown] == Meaning::angle;
+    default: return false;
+    }
+}
+
+// Adds slopes to a row whose coefficients are 0. Unknowns come in the order of the columns but for absent ones, which
+// have no column, and repeated ones, whose column lies behind the cursor.
+void scatter(const int *seen, const double *slope, int n, const int *columns, int n_columns, double *coefficients)
+{
+    int cursor = 0;
+    for (int k = 0; k < n; k++) {
+        int at = cursor;
+        if (at == n_columns || columns[at] != seen[k])
+            at = (int)(std::find(columns, columns + n_columns, seen[k]) - columns);
+        if (at == n_columns) continue;
+        coefficients[at] += slope[k];
+        cursor = at + 1;
+    }
+}
+
+} // namespace
+
+int Equations::usable_rows() const { return (int)std::count(usable.begin(), usable.end(), 1); }
+
+Equations pattern(const Model &model)
+{
+    Equations e;
+    e.begin.push_back(0);
+    int columns[most_unknowns];
+    for (int i = 0; i < (int)model.observations.size(); i++) {
+        const Observation &o = model.observations[i];
+        if (!o.use) continue;
+        const int n = row_columns(model, o, columns);
+        for (int c = 0; c < components(o.kind); c++) append_row(model, i, c, columns, n, &e);
+    }
+    e.coefficient.assign(e.column.size(), 0.0);
+    return e;
+}
+
+void fill(const Model &model, Derivatives derivatives, Equations *e)
+{
+    std::fill(e->coefficient.begin(), e->coefficient.end(), 0.0);
+    Linear linear;
+    int seen[most_unknowns], n_seen = 0;
+    for (int r = 0; r < e->rows(); r++) {
+        const Observation &o = model.observations[e->observation[r]];
+        const int c = e->component[r];
+        if (c == 0) {
+            linearize(model, o, derivatives == Derivatives::invariant, &linear);
+            n_seen = seen_unknowns(model, o, seen);
+        }
+        e->usable[r] = linear.usable;
+        e->misclosure[r] = 0.0;
+        if (!linear.usable) continue;
+        const double w = o.value[c] - linear.value[c];
+        e->misclosure[r] = is_angle(model, o) ? std::remainder(w, turn) : w;
+        const std::size_t first = e->begin[r];
+        scatter(seen, linear.slope[c], n_seen, &e->column[first], (int)(e->begin[r + 1] - first),
+                &e->coefficient[first]);
+    }
+}
+
+Columns columns(const Model &model, const Equations &equations)
+{
+    std::vector<char> stands(model.value.size(), 0);
+    for (int u : equations.column) stands[u] = 1;
+    Columns c;
+    c.of.assign(model.value.size(), -1);
+    for (int u = 0; u < model.n_unknowns(); u++) {
+        if (!model.estimated(u) || (u >= 3 * model.n_points && !stands[u])) continue;
+        c.of[u] = c.count();
+        c.unknown.push_back(u);
+    }
+    return c;
+}
+
+} // namespace vornadjust

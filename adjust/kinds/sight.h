@@ -1,0 +1,85 @@
+// What all kinds of sights share: the line from instrument to target, and the axes of an instrument.
+//
+// The rotation by three angles a, b, c (radians) is
+//            | cb cc             cb sc             -sb   |
+//     R =    | sa sb cc - ca sc  ca cc + sa sb sc  sa cb |     with ca = cos a, sa = sin a ...
+//            | sa sc + ca sb cc  ca sb sc - sa cc  ca cb |
+// An instrument sees transposed(R) d of a difference d; a moved group of points stands at scale R x + t.
+
+#ifndef ADJUST_KINDS_SIGHT_H
+#define ADJUST_KINDS_SIGHT_H
+
+#include "adjust/frames.h"
+
+namespace vornadjust {
+
+// Shortest length (metres) that still has a direction; sights below it have no derivative.
+constexpr double shortest = 1e-6;
+
+template <class T> struct Rotation {
+    Vec3<T> row[3];
+};
+
+template <class T> Rotation<T> rotation(const Vec3<T> &angles)
+{
+    using std::cos, std::sin;
+    const T ca = cos(angles.x), sa = sin(angles.x), cb = cos(angles.y), sb = sin(angles.y), cc = cos(angles.z),
+            sc = sin(angles.z);
+    return {{{cb * cc, cb * sc, -sb},
+             {sa * sb * cc - ca * sc, ca * cc + sa * sb * sc, sa * cb},
+             {sa * sc + ca * sb * cc, ca * sb * sc - sa * cc, ca * cb}}};
+}
+
+template <class T> Vec3<T> turned(const Rotation<T> &r, const Vec3<T> &d)
+{
+    return {dot(r.row[0], d), dot(r.row[1], d), dot(r.row[2], d)};
+}
+
+template <class T> Vec3<T> turned_back(const Rotation<T> &r, const Vec3<T> &d)
+{
+    return d.x * r.row[0] + d.y * r.row[1] + d.z * r.row[2];
+}
+
+// Heights of instrument and target above their marks, metres.
+struct Heights {
+    double instrument = 0.0, target = 0.0;
+};
+
+// From the instrument above p to the target above q, each raised along its own vertical.
+template <class T> Vec3<T> sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h)
+{
+    Vec3<T> u = q - p;
+    if (h.target != 0.0) u = u + h.target * up(frame, q);
+    if (h.instrument != 0.0) u = u - h.instrument * up(frame, p);
+    return u;
+}
+
+// An instrument: its three angles, and whether it stands upright at its point.
+template <class T> struct Axes {
+    Vec3<T> angles;
+    bool levelled;
+};
+
+// The sight from p to q in the axes of the instrument at p.
+template <class T>
+Vec3<T> instrument_sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Axes<T> &axes)
+{
+    const Vec3<T> u = sight(frame, p, q, h);
+    return turned_back(rotation(axes.angles), axes.levelled ? levelled(frame, p, u) : u);
+}
+
+template <class T> T length(const Vec3<T> &d)
+{
+    using std::sqrt;
+    return sqrt(dot(d, d));
+}
+
+template <class T> T horizontal_length(const Vec3<T> &d)
+{
+    using std::sqrt;
+    return sqrt(d.x * d.x + d.y * d.y);
+}
+
+} // namespace vornadjust
+
+#endif

@@ -1,0 +1,306 @@
+// Two steps of forward differentiation: the kind by positions of its ends and by parameters of the instrument; then
+// each position by the coordinates of its point (heights above a sphere) and by the motion of its group.
+
+#include "adjust/linear.h"
+
+#include "adjust/kinds/directions.h"
+#include "adjust/kinds/distances.h"
+#include "adjust/kinds/heights.h"
+#include "adjust/kinds/images.h"
+#include "adjust/kinds/motions.h"
+#include "adjust/kinds/verticals.h"
+
+namespace vornadjust {
+
+namespace {
+
+constexpr int most_ends = 3, most_parameters = 13;
+
+// Derivatives by the positions of the ends (three each), then by the parameters.
+struct ByPosition {
+    bool usable;
+    double value[3];
+    double slope[3][3 * most_ends + most_parameters];
+};
+
+struct Ends {
+    int count;
+    int point[most_ends];
+    int motion[most_ends];
+};
+
+Ends ends_of(const Observation &o)
+{
+    if (o.kind == Kind::unknown) return {0, {}, {}};
+    const int count = o.kind == Kind::angle ? 3 : 2;
+    return {count, {o.from, o.to, o.third}, {o.motion_from, o.motion_to, o.motion_third}};
+}
+
+// Unknowns of an observation other than coordinates and motions.
+int parameters_of(const Model &model, const Observation &o, int *unknowns)
+{
+    int n = 0;
+    const auto append = [&](int first, int count) {
+        for (int k = 0; k < count; k++) unknowns[n++] = first + k;
+    };
+    switch (o.kind) {
+    case Kind::slope_distance:
+    case Kind::plane_distance:
+    case Kind::level_distance:
+        if (o.constants >= 0) append(model.constants[o.constants].first, 2);
+        break;
+    case Kind::direction:
+    case Kind::angle:
+        if (o.setup >= 0) append(model.setups[o.setup].first, 3);
+        break;
+    case Kind::vertical_angle:
+        append(model.setups[o.setup].first, 3);
+        if (o.constants >= 0) append(model.constants[o.constants].first + 2, 1);
+        break;
+    case Kind::image:
+        append(model.setups[o.setup].first, 3);
+        append(model.cameras[o.camera].first, 10);
+        break;
+    case Kind::unknown: append(o.unknown, 1); break;
+    default: break;
+    }
+    return n;
+}
+
+// Whether a kind sees an axis of the coordinates of an end; a motion turns every axis into the others.
+bool sees_axis(const Frame &frame, Kind kind, int motion, int axis)
+{
+    if (motion >= 0) return true;
+    if (kind == Kind::plane_distance) return axis < 2;
+    if (kind == Kind::height_difference) return axis == 2 || (frame.curved() && !frame.mixed);
+    return true;
+}
+
+Vec3<double> coordinates(const Model &model, int point)
+{
+    const double *c = &model.value[3 * (std::size_t)point];
+    return {c[0], c[1], c[2]};
+}
+
+template <class T> Moved<T> motion_of(const T *m) { return {{m[0], m[1], m[2]}, {m[3], m[4], m[5]}, m[6]}; }
+
+Vec3<double> end_position(const Model &model, const Frame &frame, int point, int motion)
+{
+    const Vec3<double> p = position(frame, coordinates(model, point));
+    return motion < 0 ? p : moved(p, motion_of(&model.value[model.motions[motion].first]));
+}
+
+template <int N> Vec3<Jet<N>> variables(const Vec3<double> &p, int first)
+{
+    return {Jet<N>::variable(p.x, first), Jet<N>::variable(p.y, first + 1), Jet<N>::variable(p.z, first + 2)};
+}
+
+// Variables `first` on of the unknowns from `unknown` on.
+template <int N> void parameters(const Model &model, int unknown, int n, int first, Jet<N> *out)
+{
+    for (int k = 0; k < n; k++) out[k] = Jet<N>::variable(model.value[unknown + k], first + k);
+}
+
+template <int N> void take(const Jet<N> &x, int component, ByPosition *out)
+{
+    out->value[component] = x.v;
+    for (int k = 0; k < N; k++) out->slope[component][k] = x.d[k];
+}
+
+// What every kind is evaluated with.
+struct Sight {
+    const Model &model;
+    const Frame &frame;
+    const Observation &o;
+    Vec3<double> end[most_ends];
+    Heights heights;
+};
+
+template <class T> bool has_direction(const Vec3<T> &e) { return value_of(horizontal_length(e)) >= shortest; }
+
+void distance_by_position(const Sight &s, ByPosition *out)
+{
+    using J = Jet<8>;
+    const Vec3<J> p = variables<8>(s.end[0], 0), q = variables<8>(s.end[1], 3);
+    J constants[2] = {J(0.0), J(1.0)};
+    if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first, 2, 6, constants);
+    const J l = s.o.kind == Kind::plane_distance   ? plane_length(p, q)
+                : s.o.kind == Kind::level_distance ? level_length(s.frame, p, q, s.heights)
+                                                   : slope_length(s.frame, p, q, s.heights);
+    out->usable = l.v >= shortest;
+    take(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
+}
+
+void height_by_position(const Sight &s, ByPosition *out)
+{
+    out->usable = true;
+    take(height_difference(s.frame, variables<6>(s.end[0], 0), variables<6>(s.end[1], 3), s.heights), 0, out);
+}
+
+// Axes of the set-up of an observation, variables `first` on; upright without one.
+template <int N> Axes<Jet<N>> axes_of(const Sight &s, int first)
+{
+    if (s.o.setup < 0) return {{0.0, 0.0, 0.0}, true};
+    const Setup &setup = s.model.setups[s.o.setup];
+    Jet<N> a[3];
+    parameters(s.model, setup.first, 3, first, a);
+    return {{a[0], a[1], a[2]}, setup.levelled};
+}
+
+void direction_by_position(const Sight &s, ByPosition *out)
+{
+    const auto e =
+        instrument_sight(s.frame, variables<9>(s.end[0], 0), variables<9>(s.end[1], 3), s.heights, axes_of<9>(s, 6));
+    out->usable = has_direction(e);
+    take(direction(e), 0, out);
+}
+
+void angle_by_position(const Sight &s, ByPosition *out)
+{
+    const auto p = variables<12>(s.end[0], 0);
+    const auto axes = axes_of<12>(s, 9);
+    const auto left = instrument_sight(s.frame, p, variables<12>(s.end[1], 3), s.heights, axes);
+    const auto right = instrument_sight(s.frame, p, variables<12>(s.end[2], 6), s.heights, axes);
+    out->usable = has_direction(left) && has_direction(right);
+    take(horizontal_angle(left, right), 0, out);
+}
+
+void vertical_by_position(const Sight &s, ByPosition *out)
+{
+    const auto e =
+        instrument_sight(s.frame, variables<10>(s.end[0], 0), variables<10>(s.end[1], 3), s.heights, axes_of<10>(s, 6));
+    Jet<10> refraction;
+    if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
+    out->usable = has_direction(e);
+    take(vertical_angle(s.frame, e, refraction), 0, out);
+}
+
+void azimuth_by_position(const Sight &s, ByPosition *out)
+{
+    const auto p = variables<6>(s.end[0], 0), q = variables<6>(s.end[1], 3);
+    out->usable = has_direction(levelled(s.frame, p, sight(s.frame, p, q, s.heights)));
+    take(azimuth(s.frame, p, q, s.heights), 0, out);
+}
+
+void baseline_by_position(const Sight &s, ByPosition *out)
+{
+    const auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
+    out->usable = true;
+    take(d.x, 0, out);
+    take(d.y, 1, out);
+    take(d.z, 2, out);
+}
+
+void image_by_position(const Sight &s, ByPosition *out)
+{
+    constexpr int n = 19;
+    const Camera &camera = s.model.cameras[s.o.camera];
+    const auto e =
+        instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
+    Jet<n> i[10];
+    parameters(s.model, camera.first, 10, 9, i);
+    const Inner<Jet<n>> inner{i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7], i[8], i[9]};
+    const Uv<Jet<n>> uv = image(e, inner, Pixels{camera.pu, camera.pv, camera.cu, camera.cv});
+    out->usable = std::fabs(e.z.v) >= shortest;
+    take(uv.u, 0, out);
+    take(uv.v, 1, out);
+}
+
+void by_position(const Model &model, const Frame &frame, const Observation &o, ByPosition *out)
+{
+    Sight s{model, frame, o, {}, {o.h1, o.h2}};
+    const Ends ends = ends_of(o);
+    for (int e = 0; e < ends.count; e++) s.end[e] = end_position(model, frame, ends.point[e], ends.motion[e]);
+    switch (o.kind) {
+    case Kind::slope_distance:
+    case Kind::plane_distance:
+    case Kind::level_distance: return distance_by_position(s, out);
+    case Kind::height_difference: return height_by_position(s, out);
+    case Kind::direction: return direction_by_position(s, out);
+    case Kind::angle: return angle_by_position(s, out);
+    case Kind::vertical_angle: return vertical_by_position(s, out);
+    case Kind::azimuth: return azimuth_by_position(s, out);
+    case Kind::baseline: return baseline_by_position(s, out);
+    case Kind::image: return image_by_position(s, out);
+    case Kind::unknown:
+        out->usable = true;
+        out->value[0] = model.value[o.unknown];
+        out->slope[0][0] = 1.0;
+        return;
+    }
+}
+
+// Derivatives of the position of an end by its three coordinates and the seven parameters of its motion.
+struct EndSlopes {
+    bool plain; // the position is the coordinates
+    double d[3][10];
+};
+
+EndSlopes end_slopes(const Model &model, const Frame &frame, int point, int motion)
+{
+    using J = Jet<10>;
+    EndSlopes s{};
+    s.plain = motion < 0 && !(frame.curved() && frame.mixed);
+    if (s.plain) return s;
+    Vec3<J> p = position(frame, variables<10>(coordinates(model, point), 0));
+    if (motion >= 0) {
+        J m[7];
+        parameters(model, model.motions[motion].first, 7, 3, m);
+        p = moved(p, motion_of(m));
+    }
+    for (int k = 0; k < 10; k++) s.d[0][k] = p.x.d[k], s.d[1][k] = p.y.d[k], s.d[2][k] = p.z.d[k];
+    return s;
+}
+
+double through(const EndSlopes &s, const double *by_position, int k)
+{
+    if (s.plain) return by_position[k];
+    return by_position[0] * s.d[0][k] + by_position[1] * s.d[1][k] + by_position[2] * s.d[2][k];
+}
+
+// Derivatives by unknowns in the order of seen_unknowns.
+void by_unknowns(const Model &model, const Frame &frame, const Observation &o, const ByPosition &by, Linear *linear)
+{
+    const Ends ends = ends_of(o);
+    int unused[most_parameters];
+    const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind);
+    int n = 0;
+    for (int e = 0; e < ends.count; e++) {
+        const EndSlopes slopes = end_slopes(model, frame, ends.point[e], ends.motion[e]);
+        for (int k = 0; k < (ends.motion[e] >= 0 ? 10 : 3); k++) {
+            if (k < 3 && !sees_axis(model.frame, o.kind, ends.motion[e], k)) continue;
+            for (int c = 0; c < n_components; c++) linear->slope[c][n] = through(slopes, by.slope[c] + 3 * e, k);
+            n++;
+        }
+    }
+    for (int k = 0; k < n_parameters; k++, n++)
+        for (int c = 0; c < n_components; c++) linear->slope[c][n] = by.slope[c][3 * ends.count + k];
+}
+
+} // namespace
+
+int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_unknowns])
+{
+    const Ends ends = ends_of(o);
+    int n = 0;
+    for (int e = 0; e < ends.count; e++) {
+        for (int k = 0; k < 3; k++)
+            if (sees_axis(model.frame, o.kind, ends.motion[e], k)) unknowns[n++] = 3 * ends.point[e] + k;
+        for (int k = 0; k < 7 && ends.motion[e] >= 0; k++) unknowns[n++] = model.motions[ends.motion[e]].first + k;
+    }
+    return n + parameters_of(model, o, unknowns + n);
+}
+
+void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
+{
+    const Frame &frame = model.frame;
+    const Frame seen = invariant ? frame.flat() : frame;
+    ByPosition by;
+    by_position(model, seen, o, &by);
+    by_unknowns(model, seen, o, by, linear);
+    linear->usable = by.usable;
+    if (seen.curved() != frame.curved()) by_position(model, frame, o, &by);
+    for (int c = 0; c < components(o.kind); c++) linear->value[c] = by.value[c];
+}
+
+} // namespace vornadjust

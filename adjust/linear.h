@@ -1,0 +1,29 @@
+// One observation at the model's present values: computed value and derivatives by every unknown that it sees.
+
+#ifndef ADJUST_LINEAR_H
+#define ADJUST_LINEAR_H
+
+#include "adjust/model.h"
+
+namespace vornadjust {
+
+// Most unknowns of one observation: an image between two moved ends, 2 (3 + 7) + 3 + 10.
+constexpr int most_unknowns = 33;
+
+// The unknowns that the rows of an observation hold, in a fixed order: coordinates, then motion, of each end; then
+// angles of the set-up, constants, camera. Axes that a kind never sees (x, y of a height difference on parallel
+// verticals) are left out. An unknown that two ends share stands there twice. Returns their number.
+int seen_unknowns(const Model &model, const Observation &observation, int unknowns[most_unknowns]);
+
+struct Linear {
+    bool usable = false;            // false: the geometry has no derivative here
+    double value[3] = {};           // [components] computed
+    double slope[3][most_unknowns]; // [components][seen_unknowns] derivatives; axes left out have no place
+};
+
+// In the model's frame, or with the derivatives of flat() when `invariant`; the values are always those of the frame.
+void linearize(const Model &model, const Observation &observation, bool invariant, Linear *linear);
+
+} // namespace vornadjust
+
+#endif
