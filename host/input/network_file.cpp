@@ -254,7 +254,10 @@ void NetworkReader::check_section(const SectionKeys &section, const toml::node &
 void NetworkReader::read_run(const toml::table &root)
 {
     static const Words solvers = {
-        {"compact", (int)Solver::Compact}, {"jordan", (int)Solver::Jordan}, {"simplex", (int)Solver::Simplex}};
+        {"sparse", (int)Solver::Sparse},
+        {"compact", (int)Solver::Compact},
+        {"jordan", (int)Solver::Jordan},
+        {"simplex", (int)Solver::Simplex}};
     static const Words modes = {{"statistics", (int)Mode::Statistics},
                                 {"solution", (int)Mode::Solution},
                                 {"propagation", (int)Mode::Propagation}};
@@ -346,6 +349,7 @@ void NetworkReader::read_reduction(const toml::table &root)
         {"none", 0}, {"mark_to_mark", 1}, {"horizontal_mixed", 2}, {"horizontal_origin", 9}};
     Section section(root, "reductions", faults);
     p.iredux = section.word("distances", 0, reductions, true);
+    net.model.between_marks = section.find("distances") && p.iredux == 0;
     if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))
         section.fault(*section.find("distances"),
                       section.name("distances") + " makes distances horizontal: only in the plane",
