@@ -11,7 +11,7 @@ namespace {
 
 const double turn = 6.283185307179586476925; // radians
 
-// Distinct unknowns of an observation that are part of the network, in the order of seen_unknowns.
+// Distinct unknowns of an observation that are part of the network, ascending.
 int row_columns(const Model &model, const Observation &o, int columns[most_unknowns])
 {
     int seen[most_unknowns];
@@ -19,9 +19,10 @@ int row_columns(const Model &model, const Observation &o, int columns[most_unkno
     int n = 0;
     for (int k = 0; k < n_seen; k++) {
         const bool absent = model.code[seen[k]] == Code::absent;
-        if (!absent && std::find(columns, columns + n, seen[k]) == columns + n) columns[n++] = seen[k];
+        if (!absent) columns[n++] = seen[k];
     }
-    return n;
+    std::sort(columns, columns + n);
+    return (int)(std::unique(columns, columns + n) - columns);
 }
 
 double row_sigma(const Model &model, const Observation &o, int component)
@@ -57,8 +58,7 @@ bool is_angle(const Model &model, const Observation &o)
     }
 }
 
-// Adds slopes to a row whose coefficients are 0. Unknowns come in the order of the columns but for absent ones, which
-// have no column, and repeated ones, whose column lies behind the cursor.
+// Adds slopes to a row whose coefficients are 0. Most unknowns stand in the column behind that of the one before.
 void scatter(const int *seen, const double *slope, int n, const int *columns, int n_columns, double *coefficients)
 {
     int cursor = 0;

@@ -1,12 +1,12 @@
 // The linear equations of all observations, unweighted: row by row
-//     misclosure + residual' = sum over k of coefficient[k] * correction(column[k])
-// with misclosure = observed - computed. Metres and radians; image rows in pixels. A row belongs to one component of
-// one observation; the components of an observation follow one another, and rows stand in the order of the observations
-// that are used.
+//     misclosure = sum over k of coefficient[k] * correction(column[k]) + residual
+// with misclosure = observed - computed before and residual = observed - computed after the corrections. Metres and
+// radians; image rows in pixels. A row belongs to one component of one observation; the components of an observation
+// follow one another, and rows stand in the order of the observations that are used.
 //
 // Storage by rows: entries of row r are begin[r] <= k < begin[r + 1]. Columns are UNKNOWN INDEXES of the model, the
-// held ones too (their coefficients tell the search for open motions what they hold); absent ones have no entry. An
-// unknown stands in a row once. Example, slope distance 0 -> 1: columns 0 1 2 3 4 5.
+// held ones too (their coefficients tell the search for open motions what they hold); absent ones have no entry. They
+// ascend in a row, each once. Example, slope distance 0 -> 1: columns 0 1 2 3 4 5.
 //
 // The pattern depends on kinds and indexes alone and is made once; fill() computes coefficients and misclosures at the
 // model's present values and allocates nothing.

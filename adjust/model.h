@@ -81,7 +81,7 @@ struct Observation {
     int motion_from = -1, motion_to = -1, motion_third = -1; // motions of the ends at the observation's epoch
     int unknown = -1;                                        // kind unknown only: which
     double value[3] = {};                                    // metres, radians, pixels
-    double sigma[2] = {}; // standard deviations of the components, > 0; not read of members of a group
+    double sigma[3] = {}; // standard deviations of the components, > 0; not read of members of a group
     double h1 = 0.0;      // metres, height of the instrument above from
     double h2 = 0.0;      // metres, height of the target above to (and above third)
     int group = -1;       // correlated group

@@ -64,7 +64,7 @@ inline void observe_everything(Model &m, bool moved)
         o.kind = kind;
         o.from = from, o.to = to, o.setup = setup, o.constants = constants;
         o.h1 = 1.6, o.h2 = 0.7;
-        o.sigma[0] = o.sigma[1] = 0.01;
+        o.sigma[0] = o.sigma[1] = o.sigma[2] = 0.01;
         if (moved) o.motion_from = 0, o.motion_to = to == 3 ? 1 : to == 4 ? 0 : -1;
         if (kind == Kind::angle) o.third = 4, o.motion_third = moved ? 1 : -1;
         if (kind == Kind::image) o.camera = 0;

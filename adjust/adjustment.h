@@ -1,0 +1,63 @@
+// A whole adjustment: from a model with first values to adjusted ones and what they are worth, or to the reason why
+// there are none. Everything is told by index; the host puts names and words to it.
+
+#ifndef ADJUST_ADJUSTMENT_H
+#define ADJUST_ADJUSTMENT_H
+
+#include <utility>
+#include <vector>
+
+#include "adjust/datum.h"
+#include "adjust/iterate.h"
+#include "adjust/misclosures.h"
+#include "adjust/statistics.h"
+
+namespace vornadjust {
+
+struct Options {
+    bool iterate = true;    // false: the precision that the observations give at the present values, with a variance
+                            // factor of 1, for planning
+    bool statistics = true; // false: values only
+    bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
+    std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
+    IterationLimits limits;
+    int threads = 1;
+    Watch watch; // of factor and inverse
+};
+
+enum class Status {
+    adjusted,
+    no_observations, // no usable row
+    bad_covariance,  // of a group: not positive definite
+    no_datum,        // loose parts that can move, see datum
+    datum_points,    // the datum points do not hold what is open, see datum
+    undetermined,    // the rows leave unknowns open inside the network, see failed
+    no_convergence,  // see iteration and misfits
+    stopped          // by the watch
+};
+
+struct Outcome {
+    Status status = Status::adjusted;
+    Datum datum;         // at the first values
+    Equations equations; // at the last values; misclosure is the residual observed - adjusted
+    Iteration iteration;
+    std::vector<int> left_out; // observations without a derivative at the last values
+    std::vector<int> failed;   // unknowns
+    int bad_group = -1;
+    std::vector<Misfit> misfits; // at the first values, where the iteration failed
+
+    int rows = 0;                 // usable
+    int unknowns = 0;             // estimated
+    int open = 0;                 // motions closed by datum points
+    int redundancy = 0;           // rows - unknowns + open
+    double variance_factor = 1.0; // v^T P v / redundancy; 1 without redundancy or iteration
+    Statistics statistics;        // where asked for
+};
+
+// Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration
+// after no_convergence, and untouched otherwise. Throws std::bad_alloc.
+Outcome adjust(Model *model, const Options &options);
+
+} // namespace vornadjust
+
+#endif

@@ -1,0 +1,42 @@
+// Elements of the cofactor matrix of the estimated unknowns, in the datum that was chosen.
+//
+// Elements on the pattern of the factor come from the inverse on that pattern; any others from solves.
+
+#ifndef ADJUST_COFACTORS_H
+#define ADJUST_COFACTORS_H
+
+#include <vector>
+
+#include "adjust/free_datum.h"
+#include "adjust/inverse.h"
+#include "adjust/system.h"
+
+namespace vornadjust {
+
+// Refers to the system, factored without damping, and to the datum; both must outlive it unchanged.
+class Cofactors {
+public:
+    Cofactors(const System &system, const FreeDatum &datum);
+
+    // Makes the inverse on the pattern. False when the watch stopped it. Throws std::bad_alloc.
+    bool invert(const InverseOptions &options);
+
+    // Cofactors of k columns of the normal system that share a row, after invert().
+    //   q  out  [k][k]
+    void block(int k, const int *columns, double *q) const;
+
+    // Cofactors of k columns with m others, by m solves.
+    //   q  out  [k][m]
+    void solved(int k, const int *columns, int m, const int *others, double *q) const;
+
+private:
+    const System &system;
+    const FreeDatum &datum;
+    Inverse inverse;
+    CofactorTransform change;
+    std::vector<char> held; // [n]
+};
+
+} // namespace vornadjust
+
+#endif

@@ -1,0 +1,185 @@
+#include "adjust/iterate.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vornadjust {
+
+namespace {
+
+const double least_gain = 1e-3;    // below it a step does not pay
+const double good_gain = 0.75;     // above it damping falls
+const double poor_gain = 0.25;     // below it damping rises
+const double first_damping = 1e-4; // of the diagonal
+const double least_damping = 1e-6; // below it there is none
+const double most_damping = 1e12;  // above it no step is left
+const double rounding = 1e-11;     // of the sum of squares
+const double follow = 1e-4;        // of the size of the network: corrections after which open motions are found anew
+
+// Whether a correction of each kind of unknown lies within the limits.
+struct Size {
+    double length = 0.0, angle = 0.0, share = 0.0;
+    bool within(const IterationLimits &l) const { return length <= l.length && angle <= l.angle && share <= l.share; }
+};
+
+class Iterator {
+public:
+    Iterator(Model *m, System *s, FreeDatum *d, const IterationLimits &l, const FactorOptions &o)
+        : model(*m), system(*s), datum(*d), limits(l), options(o)
+    {
+    }
+
+    Iteration run();
+
+private:
+    bool find_step();
+    bool take_step();
+    Size size_of_step() const;
+    void follow_motions(double length);
+    void lower_damping(double gain);
+    bool raise_damping();
+    Ending last_factor();
+
+    Model &model;
+    System &system;
+    FreeDatum &datum;
+    const IterationLimits &limits;
+    const FactorOptions &options;
+
+    double squares = 0.0; // at the present values
+    double damping = 0.0, growth = 2.0;
+    double moved = 0.0;         // metres, since the motions were found
+    double foreseen = 0.0;      // gain of the step
+    std::vector<double> dx;     // [n] the step
+    std::vector<double> before; // [unknowns] values before it
+    Size size;                  // of the step
+    Iteration result;
+};
+
+// Solves for a step with the present damping.
+bool Iterator::find_step()
+{
+    if (!factorize(&system, damping, options)) return false;
+    dx = system.normal.right;
+    for (int h : system.held) dx[h] = 0.0;
+    solve(system.symbolic, system.factor, dx.data());
+    foreseen = squares - foreseen_squares(system.rows, dx.data());
+    if (datum.open > 0) {
+        std::vector<double> from_start(dx.size());
+        for (std::size_t j = 0; j < dx.size(); j++) {
+            const int u = system.columns.unknown[j];
+            from_start[j] = model.value[u] - model.start[u];
+        }
+        transform(datum, from_start.data(), dx.data());
+    }
+    return std::all_of(dx.begin(), dx.end(), [](double x) { return std::isfinite(x); });
+}
+
+Size Iterator::size_of_step() const
+{
+    Size s;
+    for (std::size_t j = 0; j < dx.size(); j++) {
+        const double d = std::fabs(dx[j]);
+        switch (model.meaning[system.columns.unknown[j]]) {
+        case Meaning::coordinate:
+        case Meaning::additive: s.length = std::fmax(s.length, d); break;
+        case Meaning::angle:
+        case Meaning::scale: s.angle = std::fmax(s.angle, d); break;
+        default: s.share = std::fmax(s.share, d * std::sqrt(system.normal.matrix.value[system.normal.matrix.start[j]]));
+        }
+    }
+    return s;
+}
+
+// Moves by the step, makes the rows there, and keeps the step when it pays.
+bool Iterator::take_step()
+{
+    before = model.value;
+    for (std::size_t j = 0; j < dx.size(); j++) model.value[system.columns.unknown[j]] += dx[j];
+    const double after = fill_rows(model, &system);
+    const double gain = (squares - after) / foreseen;
+    const bool asked = !size.within(limits) && foreseen > rounding * squares;
+    if (std::isfinite(after) && (!asked || gain > least_gain)) {
+        squares = after;
+        lower_damping(asked ? gain : 1.0);
+        return true;
+    }
+    model.value = before;
+    fill_rows(model, &system);
+    return false;
+}
+
+void Iterator::lower_damping(double gain)
+{
+    growth = 2.0;
+    if (gain > good_gain) damping *= 0.1;
+    if (gain < poor_gain) damping *= 2.0;
+    if (damping < least_damping) damping = 0.0;
+}
+
+bool Iterator::raise_damping()
+{
+    damping = damping == 0.0 ? first_damping : damping * growth;
+    growth *= 2.0;
+    return damping <= most_damping;
+}
+
+// Open motions at the present values, where these are far enough from those that the motions belong to.
+void Iterator::follow_motions(double length)
+{
+    moved += length;
+    if (datum.open == 0 || moved <= follow * datum.size) return;
+    const Datum found = find_datum(unit_rows(model, system.equations));
+    if (found.motions.cols == datum.open) set_motions(system.columns, found.motions, &datum);
+    moved = 0.0;
+}
+
+// The undamped factor at the last values.
+Ending Iterator::last_factor()
+{
+    if (factorize(&system, 0.0, options)) return Ending::converged;
+    return system.factor.stopped ? Ending::stopped : Ending::singular;
+}
+
+Iteration Iterator::run()
+{
+    squares = fill_rows(model, &system);
+    fill_normal(&system);
+    while (result.steps < limits.steps) {
+        const bool undamped = damping == 0.0;
+        const bool found = find_step();
+        if (system.factor.stopped) {
+            result.ending = Ending::stopped;
+            break;
+        }
+        size = found ? size_of_step() : Size{};
+        if (!found || !take_step()) {
+            if (raise_damping()) continue;
+            result.ending = last_factor() == Ending::singular ? Ending::singular : Ending::diverged;
+            break;
+        }
+        result.steps++;
+        result.damped += !undamped;
+        result.last_length = size.length;
+        result.last_angle = size.angle;
+        fill_normal(&system);
+        follow_motions(size.length);
+        if (undamped && size.within(limits)) {
+            result.ending = last_factor();
+            break;
+        }
+        if (size.within(limits)) damping = 0.0;
+    }
+    result.squares = squares;
+    return result;
+}
+
+} // namespace
+
+Iteration iterate(Model *model, System *system, FreeDatum *datum, const IterationLimits &limits,
+                  const FactorOptions &options)
+{
+    return Iterator(model, system, datum, limits, options).run();
+}
+
+} // namespace vornadjust

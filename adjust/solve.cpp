@@ -1,0 +1,83 @@
+// Solutions with a factor: forward through the supernodes, division by the pivots, backward.
+//
+// Several right-hand sides are taken BATCH at a time, side by side, by places.
+
+#include "adjust/factor.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace vornadjust {
+
+// Forward and backward substitution for N right-hand sides, x[place][N].
+//   below  work  [largest number of rows below][N]
+template <int N> static void forward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
+{
+    for (int s = 0; s < symbolic.nsuper; s++) {
+        const int w = symbolic.width(s), r = symbolic.below(s);
+        const int *row = symbolic.row.data() + symbolic.rowstart[s];
+        const double *v = factor.value.data() + symbolic.valuestart[s];
+        double *own = x + (std::size_t)symbolic.first[s] * N;
+        std::fill(below, below + (std::size_t)r * N, 0.0);
+        for (int j = 0; j < w; j++, v += w + r) {
+            const double *xj = own + (std::size_t)j * N;
+            for (int i = j + 1; i < w; i++)
+                for (int c = 0; c < N; c++) own[i * N + c] -= v[i] * xj[c];
+            for (int i = 0; i < r; i++)
+                for (int c = 0; c < N; c++) below[i * N + c] += v[w + i] * xj[c];
+        }
+        for (int i = 0; i < r; i++)
+            for (int c = 0; c < N; c++) x[(std::size_t)row[i] * N + c] -= below[i * N + c];
+    }
+}
+
+template <int N> static void backward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
+{
+    for (int s = symbolic.nsuper - 1; s >= 0; s--) {
+        const int w = symbolic.width(s), r = symbolic.below(s);
+        const int *row = symbolic.row.data() + symbolic.rowstart[s];
+        double *own = x + (std::size_t)symbolic.first[s] * N;
+        for (int i = 0; i < r; i++)
+            for (int c = 0; c < N; c++) below[i * N + c] = x[(std::size_t)row[i] * N + c];
+        for (int j = w - 1; j >= 0; j--) {
+            const double *v = factor.value.data() + symbolic.valuestart[s] + (std::size_t)j * (w + r);
+            double sum[N] = {0.0};
+            for (int i = j + 1; i < w; i++)
+                for (int c = 0; c < N; c++) sum[c] += v[i] * own[i * N + c];
+            for (int i = 0; i < r; i++)
+                for (int c = 0; c < N; c++) sum[c] += v[w + i] * below[i * N + c];
+            for (int c = 0; c < N; c++) own[j * N + c] -= sum[c];
+        }
+    }
+}
+
+// Right-hand sides b[c], n apart from each other.
+template <int N>
+static void solve_batch(const Symbolic &symbolic, const Factor &factor, double *b, double *x, double *below)
+{
+    const std::size_t n = (std::size_t)symbolic.n;
+    for (std::size_t k = 0; k < n; k++)
+        for (int c = 0; c < N; c++) x[k * N + c] = b[c * n + symbolic.unknown[k]];
+    forward<N>(symbolic, factor, x, below);
+    for (std::size_t k = 0; k < n; k++)
+        for (int c = 0; c < N; c++) x[k * N + c] *= factor.reciprocal[k];
+    backward<N>(symbolic, factor, x, below);
+    for (std::size_t k = 0; k < n; k++)
+        for (int c = 0; c < N; c++) b[c * n + symbolic.unknown[k]] = x[k * N + c];
+}
+
+void solve(const Symbolic &symbolic, const Factor &factor, double *b) { solve(symbolic, factor, 1, b); }
+
+void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b)
+{
+    const int BATCH = 8;
+    const std::size_t n = (std::size_t)symbolic.n, wide = (std::size_t)std::min(m, BATCH);
+    int most = 0;
+    for (int s = 0; s < symbolic.nsuper; s++) most = std::max(most, symbolic.below(s));
+    std::vector<double> x(n * wide), below((std::size_t)most * wide);
+    int done = 0;
+    for (; m - done >= BATCH; done += BATCH) solve_batch<BATCH>(symbolic, factor, b + done * n, x.data(), below.data());
+    for (; done < m; done++) solve_batch<1>(symbolic, factor, b + done * n, x.data(), below.data());
+}
+
+} // namespace vornadjust
