@@ -1,0 +1,49 @@
+// A run of the program's own adjustment on a network.
+
+#ifndef VORNHOST_ROAD_H
+#define VORNHOST_ROAD_H
+
+#include <string>
+#include <vector>
+
+#include "adjust/adjustment.h"
+#include "host/own/numbers.h"
+#include "host/run/runner.h"
+
+namespace vornhost {
+
+// Why a run ended; the first means that the network was adjusted.
+enum class Ending {
+    adjusted,
+    not_available,
+    bad_import,
+    no_first_coordinates,
+    no_observations,
+    bad_covariance,
+    no_datum,
+    undetermined,
+    no_convergence,
+    not_numbers
+};
+
+struct OwnOutcome {
+    Ending ending = Ending::not_available;
+    std::vector<std::string> words; // why it was not adjusted: one sentence a line, names and remedies
+    std::vector<std::string> notes; // what the run has taken care of
+    std::string datum;              // what the search for open motions found, one line; empty when it was not made
+    std::vector<Account> accounts;
+    std::vector<std::string> lost; // files of the run that the system did not take
+    Numbers numbers;
+    vornadjust::Outcome adjustment;
+
+    bool adjusted() const { return ending == Ending::adjusted; }
+};
+
+// Adjusts the network; tells notes and progress to feedback. A check iterates and judges as a run does, but makes no
+// precision and no files. Records of points get first coordinates, and those of observations that take no part are
+// deselected.
+OwnOutcome run_own(Model &network, Feedback &feedback, bool check = false);
+
+} // namespace vornhost
+
+#endif
