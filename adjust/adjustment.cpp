@@ -1,5 +1,8 @@
 #include "adjust/adjustment.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "adjust/cofactors.h"
 
 namespace vornadjust {
@@ -7,6 +10,7 @@ namespace vornadjust {
 namespace {
 
 const int most_misfits = 10;
+const double clear_pivot = 1e-6; // relative to the diagonal element; above it nothing is near to being undetermined
 
 class Adjustment {
 public:
@@ -21,9 +25,11 @@ private:
     Status find_values();
     Status find_precision();
     Status choose_datum();
-    Status judge(const Iteration &iteration);
+    bool clearly_determined() const;
+    bool has_mechanism(const std::vector<double> &values);
+    Status judge_factor(const std::vector<double> &first);
+    Status judge_failure(const std::vector<double> &first);
     void count();
-    void fail(const Factor &factor);
 
     Model &model;
     const Options &options;
@@ -49,46 +55,70 @@ Status Adjustment::choose_datum()
     return Status::adjusted;
 }
 
-void Adjustment::fail(const Factor &factor)
+// Whether the weighted factor shows that all unknowns are determined, so that no movement need be searched.
+bool Adjustment::clearly_determined() const
 {
-    for (const FailedPivot &f : factor.failed) outcome.failed.push_back(system.columns.unknown[f.unknown]);
+    return std::all_of(system.factor.pivot.begin(), system.factor.pivot.end(),
+                       [](double p) { return p >= clear_pivot; });
 }
 
-Status Adjustment::judge(const Iteration &iteration)
+// Searches movements that no row answers to, with unit rows at the given values.
+bool Adjustment::has_mechanism(const std::vector<double> &values)
 {
-    switch (iteration.ending) {
-    case Ending::converged: return Status::adjusted;
-    case Ending::stopped: return Status::stopped;
-    case Ending::singular: fail(system.factor); return Status::undetermined;
-    default: return Status::no_convergence;
-    }
+    const std::vector<double> present = model.value;
+    model.value = values;
+    fill(model, Derivatives::invariant, &system.equations);
+    outcome.mechanisms = find_mechanisms(unit_rows(model, system.equations), outcome.datum);
+    model.value = present;
+    fill(model, system.derivatives, &system.equations);
+    return !outcome.mechanisms.none();
+}
+
+// The verdict on a system whose last factor is undamped.
+Status Adjustment::judge_factor(const std::vector<double> &first)
+{
+    if (system.factor.stopped) return Status::stopped;
+    if (clearly_determined()) return Status::adjusted;
+    if (has_mechanism(system.factor.failed.empty() ? model.value : first)) return Status::undetermined;
+    for (const FailedPivot &f : system.factor.failed) outcome.failed.push_back(system.columns.unknown[f.unknown]);
+    return outcome.failed.empty() ? Status::adjusted : Status::singular;
+}
+
+// Why an iteration did not end well.
+Status Adjustment::judge_failure(const std::vector<double> &first)
+{
+    if (outcome.iteration.ending == Ending::stopped) return Status::stopped;
+    if (has_mechanism(first)) return Status::undetermined;
+    std::vector<double> last = first;
+    model.value.swap(last);
+    fill(model, Derivatives::exact, &system.equations);
+    outcome.misfits = misfits(model, system.equations, most_misfits);
+    model.value.swap(last);
+    fill(model, system.derivatives, &system.equations);
+    return Status::no_convergence;
 }
 
 Status Adjustment::find_values()
 {
     const std::vector<double> first = model.value;
-    fill_rows(model, &system);
+    outcome.iteration.squares = fill_rows(model, &system);
     if (system.bad_group >= 0) {
         outcome.bad_group = system.bad_group;
         return Status::bad_covariance;
     }
+    Status status;
     if (options.iterate) {
         outcome.iteration = iterate(&model, &system, &datum, options.limits, factor_options);
-        const Status status = judge(outcome.iteration);
-        if (status == Status::no_convergence) {
-            std::vector<double> last = first;
-            model.value.swap(last);
-            fill(model, Derivatives::exact, &system.equations);
-            outcome.misfits = misfits(model, system.equations, most_misfits);
-            model.value.swap(last);
-        }
-        if (status != Status::adjusted && status != Status::no_convergence) model.value = first;
-        return status;
+        const bool ended =
+            outcome.iteration.ending == Ending::converged || outcome.iteration.ending == Ending::singular;
+        status = ended ? judge_factor(first) : judge_failure(first);
+    } else {
+        fill_normal(&system);
+        factorize(&system, 0.0, factor_options);
+        status = judge_factor(first);
     }
-    fill_normal(&system);
-    if (factorize(&system, 0.0, factor_options)) return Status::adjusted;
-    fail(system.factor);
-    return system.factor.stopped ? Status::stopped : Status::undetermined;
+    if (status != Status::adjusted && status != Status::no_convergence) model.value = first;
+    return status;
 }
 
 void Adjustment::count()

@@ -9,6 +9,7 @@
 
 #include "adjust/datum.h"
 #include "adjust/iterate.h"
+#include "adjust/mechanisms.h"
 #include "adjust/misclosures.h"
 #include "adjust/statistics.h"
 
@@ -31,7 +32,8 @@ enum class Status {
     bad_covariance,  // of a group: not positive definite
     no_datum,        // loose parts that can move, see datum
     datum_points,    // the datum points do not hold what is open, see datum
-    undetermined,    // the rows leave unknowns open inside the network, see failed
+    undetermined,    // the rows leave unknowns open inside the network, see mechanisms
+    singular,        // no such movement is found, but the normal matrix is too close to singular, see failed
     no_convergence,  // see iteration and misfits
     stopped          // by the watch
 };
@@ -42,7 +44,8 @@ struct Outcome {
     Equations equations; // at the last values; misclosure is the residual observed - adjusted
     Iteration iteration;
     std::vector<int> left_out; // observations without a derivative at the last values
-    std::vector<int> failed;   // unknowns
+    Mechanisms mechanisms;     // of undetermined
+    std::vector<int> failed;   // unknowns of singular
     int bad_group = -1;
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
 

@@ -134,3 +134,162 @@ TEST(Adjustment, OfBaselinesIsTheDenseSolution)
         for (unsigned seed = 1; seed <= 3; seed++)
             expect_dense(baselines(seed, how).model, name("baselines", how, seed), is_free(how) ? 3 : 0);
 }
+
+// ---- verdicts ----
+
+TEST(Adjustment, RefusesWhatItsRowsLeaveOpenInsideAndLeavesTheValuesAlone)
+{
+    // two fixed points; a third one tied by one distance alone
+    for (bool iterate : {true, false}) {
+        Network n(1, frame_of(Space::plane));
+        n.points(4, 100, 0);
+        n.pairs(4, [&](int p, int q) {
+            if (p != 3 && q != 3) n.observe(Kind::plane_distance, p, q, 0.001);
+        });
+        n.observe(Kind::plane_distance, 0, 2, 0.001);
+        n.observe(Kind::plane_distance, 1, 3, 0.001);
+        n.hold(Hold::fixed, 2);
+        n.simulate(0.1);
+        Model m = n.model;
+        Options options;
+        options.iterate = iterate;
+        const Outcome o = adjust(&m, options);
+        ASSERT_EQ(o.status, Status::undetermined);
+        ASSERT_EQ(o.mechanisms.vectors.cols, 1);
+        double along = 0.0, size = 0.0; // the movement stands across the distance
+        for (int k = 0; k < 2; k++) {
+            const double move = o.mechanisms.vectors(9 + k, 0);
+            along += move * (m.value[9 + k] - m.value[3 + k]);
+            size += move * move;
+        }
+        EXPECT_NEAR(along, 0.0, 1e-9);
+        EXPECT_GT(size, 0.1);
+        EXPECT_EQ(m.value, n.model.value);
+    }
+}
+
+TEST(Adjustment, RefusesLooseParts)
+{
+    Network n(2, frame_of(Space::heights));
+    n.points(6, 100, 10);
+    for (int p : {0, 1, 3, 4}) n.observe(Kind::height_difference, p, p + 1, 0.001);
+    n.observe(Kind::height_difference, 0, 2, 0.001);
+    n.observe(Kind::height_difference, 3, 5, 0.001);
+    n.simulate(0.1);
+    Model m = n.model;
+    EXPECT_EQ(adjust(&m, {}).status, Status::no_datum);
+    m.code[2] = Code::fixed;
+    const Outcome half = adjust(&m, {});
+    EXPECT_EQ(half.status, Status::no_datum);
+    EXPECT_EQ(half.datum.loose_parts.size(), 1u);
+    m.code[11] = Code::fixed;
+    EXPECT_EQ(adjust(&m, {}).status, Status::adjusted);
+}
+
+TEST(Adjustment, RefusesDatumPointsThatDoNotHoldWhatIsOpen)
+{
+    Model m = plane(4, Hold::free_all, true).model;
+    for (int u = 2; u < m.n_unknowns(); u++)
+        if (m.code[u] == Code::datum) m.code[u] = Code::free; // point 0 alone: the turn is left
+    EXPECT_EQ(adjust(&m, {}).status, Status::datum_points);
+}
+
+TEST(Adjustment, RefusesACovarianceThatIsNotPositiveDefinite)
+{
+    Model m = baselines(1, Hold::fixed).model;
+    m.covariance[9] = -1.0;
+    const Outcome o = adjust(&m, {});
+    EXPECT_EQ(o.status, Status::bad_covariance);
+    EXPECT_EQ(o.bad_group, 1);
+}
+
+TEST(Adjustment, SaysWhenThereIsNothingToAdjust)
+{
+    Model m = levelling(1, Hold::fixed).model;
+    m.observations.clear();
+    EXPECT_EQ(adjust(&m, {}).status, Status::no_observations);
+}
+
+TEST(Adjustment, LeavesOneSightWithoutADerivativeOutAndNamesIt)
+{
+    Model m = plane(2, Hold::fixed, true).model;
+    const Outcome whole = adjust(&m, {});
+    Observation o;
+    o.kind = Kind::plane_distance;
+    o.from = o.to = 0;
+    o.value[0] = 5, o.sigma[0] = 0.001;
+    const int added = m.observe(o);
+    m.value = m.start;
+    const Outcome with = adjust(&m, {});
+    EXPECT_EQ(with.left_out, std::vector<int>{added});
+    EXPECT_EQ(with.redundancy, whole.redundancy);
+    EXPECT_EQ(with.iteration.squares, whole.iteration.squares);
+}
+
+TEST(Adjustment, PropagatesWithoutMoving)
+{
+    Model m = space(3, Hold::free_all, frame_of(Space::space), true).model;
+    Options options;
+    options.iterate = false;
+    const std::vector<double> before = m.value;
+    const Outcome o = adjust(&m, options);
+    ASSERT_EQ(o.status, Status::adjusted);
+    EXPECT_EQ(m.value, before);
+    EXPECT_EQ(o.variance_factor, 1.0);
+    const DenseSolution dense = dense_solution(m, true, 0);
+    for (size_t j = 0; j < dense.system.unknown.size(); j++)
+        expect_close(o.statistics.deviation[dense.system.unknown[j]], std::sqrt((double)dense.q((int)j, (int)j)), 1e-9,
+                     0, "");
+}
+
+TEST(Adjustment, OfExactObservationsFindsTheTruthFromFarAway)
+{
+    // Resection-like net whose full steps overshoot: first values off by half the size of the network
+    int adjusted = 0;
+    for (unsigned seed = 1; seed <= 20; seed++) {
+        Network n(seed, frame_of(Space::plane));
+        n.points(7, 500, 0);
+        n.setups(7);
+        n.pairs(12, [&](int p, int q) {
+            n.observe(Kind::direction, p, q, 2e-5);
+            n.observe(Kind::plane_distance, p, q, 0.003);
+        });
+        n.hold(Hold::fixed, 3);
+        for (Observation &o : n.model.observations) {
+            Linear l;
+            linearize(n.model, o, false, &l);
+            o.value[0] = l.value[0];
+        }
+        const std::vector<double> truth = n.model.value;
+        for (int u = 0; u < n.model.n_unknowns(); u++)
+            if (n.model.estimated(u))
+                n.model.value[u] +=
+                    n.model.meaning[u] == Meaning::coordinate ? n.uniform(-100, 100) : n.uniform(-0.5, 0.5);
+        n.model.start = n.model.value;
+        const Outcome o = adjust(&n.model, {});
+        if (o.status != Status::adjusted) continue;
+        double worst = 0.0;
+        for (int u = 0; u < 21; u++) worst = std::fmax(worst, std::fabs(n.model.value[u] - truth[u]));
+        adjusted += worst < 1e-7;
+    }
+    EXPECT_GE(adjusted, 18);
+}
+
+TEST(Adjustment, NamesTheObservationThatDoesNotFitWhenItFails)
+{
+    Network n(3, frame_of(Space::plane));
+    n.points(7, 500, 0);
+    n.setups(7);
+    n.pairs(40, [&](int p, int q) { n.observe(Kind::direction, p, q, 2e-5); });
+    n.hold(Hold::fixed, 3);
+    n.simulate(0.01);
+    n.model.observations[20].value[0] += 0.3;
+    Options options;
+    options.limits.steps = 1;
+    const Outcome o = adjust(&n.model, options);
+    ASSERT_EQ(o.status, Status::no_convergence);
+    ASSERT_FALSE(o.misfits.empty());
+    EXPECT_EQ(o.misfits[0].observation, 20);
+    EXPECT_NEAR(o.misfits[0].misclosure, 0.3, 1e-3);
+    EXPECT_GE(o.misfits[0].agreeing, 2);
+}

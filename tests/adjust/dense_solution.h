@@ -243,12 +243,12 @@ inline Pseudo pseudo(const DenseSystem &s)
 
 // Iterates to the end. Open directions Z are closed by  Z0^T S (x - x0) = 0,  Z0 those at the first values, S the
 // coordinates with code datum.
-inline DenseSolution dense_solution(Model m, bool invariant)
+inline DenseSolution dense_solution(Model m, bool invariant, int steps = 40)
 {
     DenseSolution r;
     m.value = m.start;
     Matrix b0;
-    for (int iteration = 0; iteration < 40; iteration++) {
+    for (int iteration = 0; iteration == 0 || iteration < steps; iteration++) {
         r.system = dense_system(m, invariant);
         const Pseudo s = pseudo(r.system);
         const int n = (int)r.system.unknown.size();
@@ -268,7 +268,7 @@ inline DenseSolution dense_solution(Model m, bool invariant)
         }
         Real largest = 0;
         for (int j = 0; j < n; j++) {
-            m.value[r.system.unknown[j]] += (double)dx(j, 0);
+            if (steps > 0) m.value[r.system.unknown[j]] += (double)dx(j, 0);
             largest = std::fmax(largest, std::fabs(dx(j, 0)));
         }
         r.q = t * s.q * transposed(t);
