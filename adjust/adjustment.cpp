@@ -146,6 +146,7 @@ Status Adjustment::find_precision()
     s.sigma = std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
     s.pairs = options.pairs;
+    s.together = options.together;
     outcome.statistics = statistics(model, system, cofactors, s);
     return Status::adjusted;
 }

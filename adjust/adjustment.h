@@ -21,6 +21,7 @@ struct Options {
     bool statistics = true; // false: values only
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
+    std::vector<int> together;              // unknowns whose cofactors are wanted, all with all
     IterationLimits limits;
     int threads = 1;
     Watch watch; // of factor and inverse

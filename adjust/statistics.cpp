@@ -224,6 +224,21 @@ void scale(double f, std::vector<Covariance> *list)
         for (double &x : c) x *= f;
 }
 
+// Cofactors of k unknowns, all with all.
+std::vector<double> together(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns)
+{
+    const std::size_t k = unknowns.size();
+    std::vector<int> column, at;
+    for (std::size_t i = 0; i < k; i++)
+        if (s.columns.of[unknowns[i]] >= 0) column.push_back(s.columns.of[unknowns[i]]), at.push_back((int)i);
+    const std::size_t n = column.size();
+    std::vector<double> q(n * n), all(k * k, 0.0);
+    if (n > 0) cofactors.solved((int)n, column.data(), (int)n, column.data(), q.data());
+    for (std::size_t i = 0; i < n; i++)
+        for (std::size_t j = 0; j < n; j++) all[at[i] * k + at[j]] = 0.5 * (q[i * n + j] + q[j * n + i]);
+    return all;
+}
+
 void deviations(const System &s, const Cofactors &cofactors, Statistics *result)
 {
     result->deviation.assign(s.columns.of.size(), 0.0);
@@ -253,6 +268,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     for (int p = 0; p < model.n_points; p++) s.points.push_back(point_cofactors(system, cofactors, p));
     for (const auto &pair : options.pairs)
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
+    if (!options.together.empty()) s.together = together(system, cofactors, options.together);
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     if (options.residuals) RowTests(model, system, cofactors, &s).run();

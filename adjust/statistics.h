@@ -53,6 +53,8 @@ struct Statistics {
     std::vector<Covariance> points;            // [points]
     std::vector<Covariance> pairs;             // [pairs] of the difference second - first
     std::vector<RowStatistics> rows;           // [rows]; empty when not asked for
+    std::vector<double> together;              // [k][k] cofactors (variance factor 1) of the unknowns asked for; 0 for
+                                               // what is held
     std::array<KindStatistics, 11> kinds = {}; // by Kind, of usable rows
 };
 
@@ -60,6 +62,7 @@ struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
     std::vector<std::pair<int, int>> pairs; // of points
+    std::vector<int> together;              // unknowns whose cofactors are wanted, all with all
 };
 
 Statistics statistics(const Model &model, const System &system, const Cofactors &cofactors,

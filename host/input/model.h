@@ -56,6 +56,7 @@ struct Model {
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
     bool between_marks = false; // the file says that distances are those between the marks
+    int steps = 50;             // most iterations of the solver sparse; p.itmax where the file gives them
 
     List<station_input> stations;
     std::vector<StationNote> station_notes; // one a station

@@ -268,6 +268,7 @@ void NetworkReader::read_run(const toml::table &root)
     net.model.solver = (Solver)run.word("solver", (int)Solver::Compact, solvers);
     net.model.mode = (Mode)run.word("mode", (int)Mode::Statistics, modes);
     p.itmax = run.whole("iterations", 20, 1, 1000);
+    if (run.find("iterations")) net.model.steps = p.itmax;
     p.convergence = run.number("convergence", 1e-6, above_zero, "above 0");
     p.idebug = run.whole("trace", 0, 0, 9);
     const bool simplex = net.model.solver == Solver::Simplex, propagation = net.model.mode == Mode::Propagation;

@@ -128,7 +128,8 @@ FirstValues find_first_coordinates(Model &network)
     if (network.p.dim == 1) {
         const int n = missing(network.stations) + missing(network.targets);
         Levelling(network).carry();
-        return {{"first heights of " + std::to_string(n) + (n == 1 ? " point were computed" : " points were computed")}, {}};
+        return {{"first heights of " + std::to_string(n) + (n == 1 ? " point were computed" : " points were computed")},
+                {}};
     }
     if (network.mode == Mode::Propagation) return refuse_planned(network);
     const File report(tmpfile(), fclose);
