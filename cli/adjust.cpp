@@ -46,8 +46,8 @@ struct Outputs {
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
 
-    // The report on standard output waits in a file of its own, in which the run can look up
-    // what the engine said last.
+    // The report on standard output waits in a file of its own until progress and notes have gone to
+    // standard error.
     void show_spool()
     {
         char block[8192];

@@ -50,11 +50,22 @@ std::string summary_of(const std::string &report)
     return end == std::string::npos ? std::string() : report.substr(from, end + 1 - from);
 }
 
+bool has(const std::string &summary, const char *words) { return summary.find(words) != std::string::npos; }
+
+// The engine counts what is fixed, and goes on in space where that is too little. It adds conditions
+// where one point alone is fixed; weights, azimuths and imported points it does not count.
+bool doubtful(const std::string &summary)
+{
+    return has(summary, "datumcheck: Not enough information to define a datum") &&
+           !has(summary, "experiment with mixed datum");
+}
+
 const char *datum_of(const std::string &summary)
 {
-    const bool conditions = summary.find("\nnumber of datum parameters") != std::string::npos;
-    return conditions ? "datum: free network, held by conditions on the points"
-                      : "datum: held by fixed or weighted coordinates";
+    if (doubtful(summary)) return "datum: what is fixed does not define it alone; fix or weight more, or fix nothing";
+    if (has(summary, "experiment with mixed datum")) return "datum: one fixed point, and conditions on the others";
+    return has(summary, "\nnumber of datum parameters") ? "datum: free network, held by conditions on the points"
+                                                        : "datum: held by fixed or weighted coordinates";
 }
 
 void show(const Results &r, const RunOutcome &outcome, const std::string &summary)
@@ -64,7 +75,9 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
     for (const std::string &note : r.notes) printf("%s\n", note.c_str());
     for (const std::string &line : account_lines(r.accounts)) printf("%s\n", line.c_str());
     if (!outcome.adjusted()) return;
-    printf("%s%s\nthis network can be adjusted\n", summary.c_str(), datum_of(summary));
+    printf("%s%s\n%s\n", summary.c_str(), datum_of(summary),
+           doubtful(summary) ? "whether this network can be adjusted, only its adjustment shows"
+                             : "this network can be adjusted");
 }
 
 } // namespace

@@ -179,6 +179,7 @@ private:
     void read_tables();
     void check_network();
     void check_imports();
+    void check_exports();
 
     Network net;
     project &p;
@@ -461,6 +462,7 @@ void NetworkReader::check_network()
     if (net.model.images.size() > 0 && (p.dim == 1 || p.dim == 2))
         faults.add(net.model.images.where[0], "images need three dimensions", "write dimension = 3 in [run]");
     check_imports();
+    check_exports();
 }
 
 // Imported points take their coordinates from the file of the connected net.
@@ -476,6 +478,30 @@ void NetworkReader::check_imports()
     };
     check(net.model.stations);
     check(net.model.targets);
+}
+
+// The heading of the file of exported points, "File: NAME.con for 12 connections in dimension 3", is
+// read back with 78 letters.
+void NetworkReader::check_exports()
+{
+    constexpr size_t heading = 78;
+    Source first;
+    int count = 0;
+    const auto look = [&](const auto &list) {
+        for (size_t i = 0; i < list.size(); i++) {
+            if (list.records[i].iconn != 1) continue;
+            if (count++ == 0) first = list.where[i];
+        }
+    };
+    look(net.model.stations);
+    look(net.model.targets);
+    if (count == 0) return;
+    const std::string name = std::filesystem::path(net.model.path).stem().string();
+    const std::string words = "File: .con for " + std::to_string(count) + " connections in dimension 3";
+    if (words.size() + name.size() <= heading) return;
+    faults.add(first, name + ".con, which the exported points need, has too long a name to be read back",
+               "give the network file a name of at most " + std::to_string(heading - words.size()) +
+                   " bytes before its extension");
 }
 
 // A key with very many points would nest tables deeper than the stack allows.
@@ -496,8 +522,7 @@ bool check_depth(const TextFile &file, Faults &faults)
 // The engine finds the extension behind the first point, and its files take no blanks.
 std::string run_name(const std::string &path)
 {
-    std::string stem = std::filesystem::path(path).filename().string();
-    stem = stem.substr(0, std::min(stem.find('.', 1), sizeof(project::filename) - 5));
+    std::string stem = std::filesystem::path(path).stem().string().substr(0, sizeof(project::filename) - 5);
     for (char &c : stem)
         if (c == '.' || (unsigned char)c <= ' ') c = '_';
     return stem + ".inp";

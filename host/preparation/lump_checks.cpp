@@ -4,9 +4,12 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
+#include <set>
 #include <unordered_map>
 
 #include "host/input/names.h"
+#include "host/preparation/lump_points.h"
+#include "vorn/result.h"
 
 namespace vornhost {
 
@@ -15,51 +18,48 @@ namespace {
 constexpr int least_points = 3, least_sightings = 3, least_epochs = 2;
 constexpr double farthest = 1000.0; // metres from the origin to the middle of a lump
 constexpr int least_for_world = 4;  // sightings that make the epoch of the fixed stations the reference
+constexpr int without_scale = 2;    // kind of a lump whose scale is 1
 
-// Lump of each used point that belongs to one.
-std::unordered_map<std::string, int> lumps_of_points(const Model &model)
+std::string lump_name(int id) { return "lump " + std::to_string(id); }
+std::string epoch_name(int epoch) { return "epoch " + std::to_string(epoch); }
+
+std::string name_of(const LumpPoint &point)
 {
-    std::unordered_map<std::string, int> lumps;
-    const auto add = [&lumps](const auto &list) {
-        for (const auto &point : list.records)
-            if (point.status > 0 && point.ilump != 0) lumps.emplace(point.name, point.ilump);
-    };
-    add(model.stations);
-    add(model.targets);
-    return lumps;
+    return "point " + quote(plain_name(point.name)) + " of " + lump_name(point.lump);
 }
+
+const char few[] = " has fewer than ";
 
 // ---- faults ----
 
+// What a table of observations is called in a fault, and whether they can begin at a target.
+struct Kind {
+    const List<measure_input> &list;
+    const char *name;
+    bool from_target;
+};
+
 class Checks {
 public:
-    Checks(const Model &network, Faults &all) : model(network), faults(all), lumps(lumps_of_points(network)) {}
+    Checks(const Model &network, Faults &all) : model(network), faults(all), lumps(network) {}
 
     void run()
     {
         check_settings();
         check_directions();
-        if (model.p.lumpmethod == 1) check_height_differences();
-        if (model.p.lumpmethod == 9) check_stations();
+        check_scales();
+        if (model.p.lumpmethod == 1) check_what_moves();
+        if (model.p.lumpmethod == 9) check_copies();
     }
 
 private:
-    Source first_point() const
-    {
-        for (size_t i = 0; i < model.stations.size(); i++)
-            if (model.stations.records[i].ilump != 0) return model.stations.where[i];
-        for (size_t i = 0; i < model.targets.size(); i++)
-            if (model.targets.records[i].ilump != 0) return model.targets.where[i];
-        return {0, 0, 0};
-    }
-
     void check_settings()
     {
         if (model.p.dim != 3)
-            faults.add(first_point(), "lumps need three dimensions",
+            faults.add(lumps.all()[0].where, "lumps need three dimensions",
                        "write dimension = 3 in [run], or method = 0 in [lumps]");
         if (model.p.iredux != 0 && model.p.lumpmethod == 1)
-            faults.add(first_point(), "distances of lumps cannot be reduced",
+            faults.add(lumps.all()[0].where, "distances of lumps cannot be reduced",
                        "write distances = \"none\" in [reductions], or method = 9 in [lumps]");
     }
 
@@ -69,49 +69,179 @@ private:
         for (size_t i = 0; i < model.directions.size(); i++) {
             const measure_input &m = model.directions.records[i];
             if (m.typ <= 0 || m.time != 0) continue;
-            const auto end = lumps.count(m.to) ? lumps.find(m.to) : lumps.find(m.from);
-            if (end != lumps.end())
-                faults.add(model.directions.where[i],
-                           "direction without epoch at point " + quote(plain_name(end->first.c_str())) + " of lump " +
-                               std::to_string(end->second),
-                           "write its epoch");
+            const LumpPoint *const to = lumps.find(m.to), *const end = to ? to : lumps.find(m.from);
+            if (end)
+                faults.add(model.directions.where[i], "direction without epoch at " + name_of(*end), "write its epoch");
         }
     }
 
-    void check_height_differences()
+    // A scale is held against the reference epoch of the definition, and only while that is the one of the run.
+    void check_scales()
+    {
+        for (size_t i = 0; i < model.lumpdefs.size(); i++) {
+            const lump_definition &d = model.lumpdefs.records[i];
+            const std::vector<int> &codes = model.lump_tables[i].code;
+            if (d.kind == without_scale || std::find(codes.begin(), codes.end(), (int)CODE_FIXED) == codes.end())
+                continue;
+            if (d.iref <= 0)
+                faults.add(model.lumpdefs.where[i], lump_name(d.id) + " has a fixed scale and no reference epoch",
+                           "write in column reference the epoch to which its scales refer");
+            else if (!can_be_reference(d))
+                faults.add(model.lumpdefs.where[i],
+                           lump_name(d.id) + " has a fixed scale and " + std::to_string(least_points) +
+                               " points are not sighted at its reference epoch " + std::to_string(d.iref),
+                           "take an epoch at which directions show three of its points, or write code free");
+        }
+    }
+
+    // True also of a lump without points, which has no say.
+    bool can_be_reference(const lump_definition &d) const
+    {
+        bool any = false;
+        int shown = 0;
+        for (const LumpPoint &point : lumps.all()) {
+            if (point.lump != d.id) continue;
+            any = true;
+            shown += point.sights.count(d.iref) > 0;
+        }
+        return !any || shown >= least_points;
+    }
+
+    // ---- method 1 ----
+
+    void check_what_moves()
     {
         for (size_t i = 0; i < model.heightdiffs.size(); i++)
             if (model.heightdiffs.records[i].typ > 0 && model.heightdiffs.records[i].time != 0)
                 faults.add(model.heightdiffs.where[i], "height difference with an epoch in a network with lumps",
                            "leave it out, or write epoch 0 when none of its points moves");
+        for (size_t i = 0; i < model.azimuths.size(); i++) {
+            const measure_input &m = model.azimuths.records[i];
+            const LumpPoint *const to = lumps.find(m.to), *const end = to ? to : lumps.find(m.from);
+            if (end && m.typ > 0 && m.time != 0)
+                faults.add(model.azimuths.where[i],
+                           "azimuth with an epoch at " + name_of(*end) + ", whose movement it does not follow",
+                           "leave it out, or write epoch 0 when it was observed at the reference epoch");
+        }
     }
 
-    // Where stations are split by epoch the engine makes too few copies of the targets.
-    void check_stations()
+    // ---- method 9: each epoch of a target is a point of its own ----
+
+    void check_copies()
     {
-        std::unordered_map<std::string, bool> occupied;
-        for (const measure_input &m : model.directions.records)
-            if (m.typ > 0) occupied[m.from] = true;
-        for (size_t i = 0; i < model.stations.size(); i++) {
-            const station_input &s = model.stations.records[i];
-            if (s.status > 0 && s.ilump != 0 && occupied.count(s.name))
-                faults.add(model.stations.where[i], "a station cannot belong to a lump with method 9",
-                           "write lump 0, or method = 1 in [lumps]");
+        for (const LumpPoint &point : lumps.all()) check_point(point);
+        for (const target_input &t : model.targets.records) check_weights(t);
+        for (const Kind &kind :
+             {Kind{model.distances, "distance", true}, Kind{model.heightdiffs, "height difference", true},
+              Kind{model.verticals, "vertical angle", false}, Kind{model.azimuths, "azimuth", true}})
+            for (size_t i = 0; i < kind.list.size(); i++) check_ends(kind, i);
+        for (size_t i = 0; i < model.baselines.size(); i++) check_baseline(i);
+        check_first_places();
+    }
+
+    void check_point(const LumpPoint &point)
+    {
+        if (point.station)
+            faults.add(point.where, "a station cannot belong to a lump with method 9",
+                       "write it among the targets, or lump 0, or method = 1 in [lumps]");
+        else if (point.sights.empty())
+            faults.add(point.where, name_of(point) + " is sighted by no direction: its lump could not be compared",
+                       "write lump 0, or give it a direction at each of its epochs");
+    }
+
+    // Only the first epoch would be held by its weights, the others at the coordinates where they start.
+    void check_weights(const target_input &t)
+    {
+        const LumpPoint *const point = lumps.find(t.name);
+        if (point && std::find(t.ix, t.ix + 3, (int)CODE_WEIGHTED) != t.ix + 3)
+            faults.add(point->where, name_of(*point) + " is weighted, which method 9 cannot do at more than one epoch",
+                       "write code free, or method = 1 in [lumps]");
+    }
+
+    void check_ends(const Kind &kind, size_t i)
+    {
+        const measure_input &m = kind.list.records[i];
+        if (m.typ <= 0) return;
+        const LumpPoint *const from = lumps.find(m.from), *const to = lumps.find(m.to);
+        if (from && kind.from_target && !from->station)
+            faults.add(kind.list.where[i],
+                       std::string(kind.name) + " begins at " + name_of(*from) +
+                           ", whose epochs method 9 tells apart only as second points",
+                       to ? "leave it out" : "write it from the other point to this one");
+        else if (to && !to->sights.empty() && to->sights.count(m.time) == 0)
+            faults.add(kind.list.where[i],
+                       std::string(kind.name) +
+                           (m.time == 0 ? " without epoch at " : " at " + epoch_name(m.time) + " to ") + name_of(*to) +
+                           (m.time == 0 ? "" : ", at which no direction sights it"),
+                       m.time == 0 ? "write its epoch" : "give the point a direction at this epoch, or leave it out");
+    }
+
+    void check_baseline(size_t i)
+    {
+        const gps_input &g = model.baselines.records[i];
+        const LumpPoint *const to = lumps.find(g.to), *const end = to ? to : lumps.find(g.from);
+        if (end && g.status > 0)
+            faults.add(model.baselines.where[i],
+                       "baseline at " + name_of(*end) + ", of which method 9 makes a point an epoch",
+                       "leave it out: baselines have no epoch");
+    }
+
+    // The coordinates of a point at its later epochs come from directions of two stations, or from
+    // one with a distance while directions and vertical angles stand side by side.
+    void check_first_places()
+    {
+        const auto count = [this](const List<measure_input> &list) {
+            return std::count_if(list.records.begin(), list.records.end(),
+                                 [this](const measure_input &m) { return lumps.takes_part(m); });
+        };
+        const auto directions = count(model.directions), verticals = count(model.verticals);
+        if (directions == verticals) return;
+        for (const LumpPoint &point : lumps.all())
+            if (const int epoch = lone_epoch(point); epoch != 0)
+                return faults.add(point.where,
+                                  "one station alone sights " + name_of(point) + " at " + epoch_name(epoch) +
+                                      ", and has no first coordinates for it while " + std::to_string(directions) +
+                                      " directions stand beside " + std::to_string(verticals) + " vertical angles",
+                                  "give every direction its vertical angle, in the same order, or the point a second "
+                                  "direction");
+    }
+
+    // A later epoch at which one station alone sights a point; 0: none.
+    int lone_epoch(const LumpPoint &point) const
+    {
+        bool first = true;
+        for (const int epoch : lumps.epochs()) {
+            const auto sights = point.sights.find(epoch);
+            if (sights == point.sights.end()) continue;
+            if (!first && sights->second.stations.size() == 1) return epoch;
+            first = false;
         }
+        return 0;
     }
 
     const Model &model;
     Faults &faults;
-    std::unordered_map<std::string, int> lumps;
+    const LumpPoints lumps;
 };
 
 } // namespace
 
-bool has_lumps(const Model &model) { return !lumps_of_points(model).empty(); }
+bool has_lumps(const Model &model) { return !LumpPoints(model).all().empty(); }
 
 void check_lumps(const Model &model, Faults &faults)
 {
     if (model.p.lumpmethod != 0 && has_lumps(model)) Checks(model, faults).run();
+}
+
+void order_sights(Model &model)
+{
+    if (model.p.lumpmethod != 9) return;
+    const LumpPoints lumps(model);
+    const List<measure_input> all = std::move(model.directions);
+    model.directions = List<measure_input>();
+    for (const bool taking_part : {true, false})
+        for (size_t i = 0; i < all.size(); i++)
+            if (lumps.takes_part(all.records[i]) == taking_part) model.directions.add(all.records[i], all.where[i]);
 }
 
 namespace {
@@ -123,7 +253,8 @@ struct Lump {
     double centre[3] = {0, 0, 0}; // sum of the coordinates, metres
     Source where;                 // its first point
     std::map<int, int> sightings; // directions to its points, by epoch
-    std::map<int, int> others;    // distances and vertical angles that touch them, by epoch
+    std::map<int, int> shown;     // points that they show, by epoch
+    std::map<int, int> others;    // all other observations that touch them, by epoch
 };
 
 bool is_fixed(const int codes[3])
@@ -141,13 +272,27 @@ std::string whole_kilometres(double metres)
 
 class Settling {
 public:
-    explicit Settling(Model &network) : model(network), lumps(lumps_of_points(network)) {}
+    explicit Settling(Model &network) : model(network), lumps(network) {}
 
-    std::vector<LumpNote> run()
+    // For method 1.
+    std::vector<LumpNote> settle()
     {
         gather();
-        for (size_t i = 0; i < model.lumpdefs.size(); i++) note_stray(i);
+        note_strays();
         for (const auto &[id, lump] : all) settle(id, lump);
+        return std::move(notes);
+    }
+
+    // For method 9, which takes lumps as they are.
+    std::vector<LumpNote> look()
+    {
+        gather();
+        note_strays();
+        for (const auto &[id, lump] : all) {
+            note_distance(lump_name(id), lump);
+            note_few(id, lump);
+            for (size_t i = 0; i < model.lumpdefs.size(); i++) note_reference(i, id, lump);
+        }
         return std::move(notes);
     }
 
@@ -156,41 +301,48 @@ private:
 
     template <class Record> void gather_points(const List<Record> &list)
     {
-        for (size_t i = 0; i < list.size(); i++) {
-            const auto found = lumps.find(list.records[i].name);
-            if (found == lumps.end() || list.records[i].status <= 0) continue;
-            Lump &lump = all[found->second];
-            if (lump.points++ == 0) lump.where = list.where[i];
-            lump.fixed += is_fixed(list.records[i].ix);
-            for (int k = 0; k < 3; k++) lump.centre[k] += list.records[i].x[k] * metres_per_unit(model.p);
+        for (const Record &r : list.records) {
+            if (r.status <= 0 || r.ilump == 0) continue;
+            Lump &lump = all[r.ilump];
+            lump.fixed += is_fixed(r.ix);
+            for (int k = 0; k < 3; k++) lump.centre[k] += r.x[k] * metres_per_unit(model.p);
         }
     }
 
-    void gather_others(const List<measure_input> &list)
+    void gather_other(const char *from, const char *to, int epoch)
     {
-        for (const measure_input &m : list.records) {
-            if (m.typ <= 0) continue;
-            const auto from = lumps.find(m.from), to = lumps.find(m.to);
-            if (from != lumps.end()) all[from->second].others[m.time]++;
-            if (to != lumps.end() && (from == lumps.end() || from->second != to->second))
-                all[to->second].others[m.time]++;
-        }
+        const LumpPoint *const a = lumps.find(from), *const b = lumps.find(to);
+        if (a) all[a->lump].others[epoch]++;
+        if (b && (!a || a->lump != b->lump)) all[b->lump].others[epoch]++;
+    }
+
+    void gather_others()
+    {
+        for (const List<measure_input> *list :
+             {&model.distances, &model.heightdiffs, &model.verticals, &model.azimuths})
+            for (const measure_input &m : list->records)
+                if (m.typ > 0) gather_other(m.from, m.to, m.time);
+        for (const gps_input &g : model.baselines.records)
+            if (g.status > 0) gather_other(g.from, g.to, 0);
     }
 
     void gather()
     {
+        for (const LumpPoint &point : lumps.all()) {
+            Lump &lump = all[point.lump];
+            if (lump.points++ == 0) lump.where = point.where;
+            for (const auto &[epoch, sights] : point.sights) {
+                lump.sightings[epoch] += sights.directions;
+                lump.shown[epoch]++;
+            }
+        }
         gather_points(model.stations);
         gather_points(model.targets);
         std::unordered_map<std::string, bool> fixed;
         for (const station_input &s : model.stations.records) fixed[s.name] = is_fixed(s.ix) && is_fixed(s.ir);
-        for (const measure_input &m : model.directions.records) {
-            const auto to = lumps.find(m.to);
-            if (m.typ <= 0) continue;
-            if (to != lumps.end()) all[to->second].sightings[m.time]++;
-            if (fixed[m.from]) world = m.time;
-        }
-        gather_others(model.distances);
-        gather_others(model.verticals);
+        for (const measure_input &m : model.directions.records)
+            if (lumps.takes_part(m) && fixed[m.from]) world = m.time;
+        gather_others();
     }
 
     // ---- judgement, as the engine makes it ----
@@ -206,16 +358,15 @@ private:
     // Why a lump cannot be compared; empty when it can.
     std::string reason(const Lump &lump) const
     {
-        if (lump.points < least_points) return "has fewer than " + std::to_string(least_points) + " points";
+        if (lump.points < least_points) return few + std::to_string(least_points) + " points";
         const bool by_world = world > 0 && sightings(lump, world) >= least_for_world;
         int epochs = 0;
         for (const auto &[epoch, n] : lump.sightings) {
             if (n < least_sightings && !by_world)
-                return "has fewer than " + std::to_string(least_sightings) + " directions at epoch " +
-                       std::to_string(epoch);
+                return few + std::to_string(least_sightings) + " directions at " + epoch_name(epoch);
             epochs += usable(lump, epoch);
         }
-        if (epochs < least_epochs) return "has directions at fewer than " + std::to_string(least_epochs) + " epochs";
+        if (epochs < least_epochs) return " has directions at fewer than " + std::to_string(least_epochs) + " epochs";
         return {};
     }
 
@@ -227,9 +378,9 @@ private:
 
     void settle(int id, const Lump &lump)
     {
-        const std::string name = "lump " + std::to_string(id), why = reason(lump);
+        const std::string name = lump_name(id), why = reason(lump);
         if (!why.empty()) {
-            note(lump.where, name + " " + why + ": its points are taken as unmoved");
+            note(lump.where, name + why + ": its points are taken as unmoved");
             release(model.stations, id);
             release(model.targets, id);
             return;
@@ -247,7 +398,7 @@ private:
         for (size_t i = 0; i < model.lumpdefs.size(); i++) {
             lump_definition &d = model.lumpdefs.records[i];
             if (d.id != id || d.iref == 0 || usable(lump, d.iref)) continue;
-            note(model.lumpdefs.where[i], name + " has fewer than " + std::to_string(least_sightings) +
+            note(model.lumpdefs.where[i], name + few + std::to_string(least_sightings) +
                                               " directions at its reference epoch " + std::to_string(d.iref) +
                                               ": another one is taken");
             d.iref = 0;
@@ -268,10 +419,52 @@ private:
                              " km away: its translation is not its own movement; take an origin near it");
     }
 
-    void note_stray(size_t i)
+    void note_strays()
     {
-        const int id = model.lumpdefs.records[i].id;
-        if (all.count(id) == 0) note(model.lumpdefs.where[i], "no point belongs to lump " + std::to_string(id));
+        for (size_t i = 0; i < model.lumpdefs.size(); i++) {
+            const int id = model.lumpdefs.records[i].id;
+            if (all.count(id) == 0) note(model.lumpdefs.where[i], "no point belongs to " + lump_name(id));
+        }
+    }
+
+    // ---- method 9 ----
+
+    // Points that come first at an epoch which is not compared are handed back as they are there.
+    void note_few(int id, const Lump &lump)
+    {
+        for (const auto &[epoch, n] : lump.shown) {
+            if (n >= least_points) continue;
+            std::string text = lump_name(id) + few + std::to_string(least_points) + " points at " + epoch_name(epoch) +
+                               ", which is not compared";
+            const std::string names = first_seen(id, epoch);
+            if (!names.empty()) text += ": the coordinates of " + names + " are those of that epoch";
+            note(lump.where, text);
+        }
+    }
+
+    // Points of a lump that this epoch is the first to show.
+    std::string first_seen(int id, int epoch) const
+    {
+        std::string names;
+        for (const LumpPoint &point : lumps.all()) {
+            if (point.lump != id) continue;
+            const auto first = std::find_if(lumps.epochs().begin(), lumps.epochs().end(),
+                                            [&](int e) { return point.sights.count(e) > 0; });
+            if (first == lumps.epochs().end() || *first != epoch) continue;
+            names += (names.empty() ? "" : ", ") + plain_name(point.name);
+        }
+        return names;
+    }
+
+    void note_reference(size_t i, int id, const Lump &lump)
+    {
+        const lump_definition &d = model.lumpdefs.records[i];
+        if (d.id != id || d.iref == 0) return;
+        const auto shown = lump.shown.find(d.iref);
+        if (shown != lump.shown.end() && shown->second >= least_points) return;
+        note(model.lumpdefs.where[i], lump_name(id) + few + std::to_string(least_points) +
+                                          " points at its reference epoch " + std::to_string(d.iref) +
+                                          ": another one is taken");
     }
 
     // Observations that the engine does not move.
@@ -296,7 +489,7 @@ private:
     void note(Source where, const std::string &text) { notes.push_back({where, text}); }
 
     Model &model;
-    std::unordered_map<std::string, int> lumps;
+    const LumpPoints lumps;
     std::map<int, Lump> all;
     int world = 0; // epoch of the last direction from a fixed station
     std::vector<LumpNote> notes;
@@ -306,8 +499,28 @@ private:
 
 std::vector<LumpNote> settle_lumps(Model &model)
 {
-    if (model.p.lumpmethod != 1) return {};
-    return Settling(model).run();
+    if (model.p.lumpmethod == 1) return Settling(model).settle();
+    return model.p.lumpmethod == 9 ? Settling(model).look() : std::vector<LumpNote>();
+}
+
+std::vector<std::string> epochs_not_compared(const Model &model)
+{
+    std::map<int, std::map<int, int>> shown; // points, by lump and epoch
+    std::map<int, std::set<int>> compared;
+    const LumpPoints lumps(model);
+    for (const LumpPoint &point : lumps.all())
+        for (const auto &[epoch, sights] : point.sights) shown[point.lump][epoch]++;
+    const result &r = *model.p.runresults;
+    for (int i = 0; i < r.nrow; i++) compared[r.ilump[i]].insert({r.iepoch[i], r.iref[i]});
+    std::vector<std::string> lines;
+    for (const auto &[id, epochs] : shown) {
+        std::string missing;
+        for (const auto &[epoch, n] : epochs)
+            if (n >= least_points && epochs.size() > 1 && compared[id].count(epoch) == 0)
+                missing += (missing.empty() ? "" : ", ") + std::to_string(epoch);
+        if (!missing.empty()) lines.push_back(lump_name(id) + " could not be compared at epoch " + missing);
+    }
+    return lines;
 }
 
 } // namespace vornhost

@@ -1,5 +1,6 @@
 // Residuals and statistics of the kinds of observations. Residuals of directions and
-// vertical angles come in the raw unit of the file and leave in radians.
+// vertical angles come in the raw unit of the file and leave in radians; those of the solver simplex
+// come as computed less observed and leave the other way round, as all others.
 
 #include "host/input/angle.h"
 #include "host/results/result_parts.h"
@@ -59,7 +60,8 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
     residual.line = where.line;
     fill_observed(p, block.type, m, residual);
-    residual.residual = in_si(p, block.type, r.res[n]);
+    const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
+    residual.residual = in_si(p, block.type, observed_less_computed);
     if (from.statistics() && r.sres) residual.deviation = deviation(in_si(p, block.type, r.sres[n]));
     if (from.tested()) fill_marks(r, n, residual);
     return residual;

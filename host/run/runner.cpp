@@ -8,8 +8,10 @@
 
 #include "host/run/coincident.h"
 #include "host/run/connected_net.h"
+#include "host/run/report_tee.h"
 #include "host/input/faults.h"
 #include "host/preparation/first_values.h"
+#include "host/preparation/lump_checks.h"
 #include "host/results/output_file.h"
 #include "vorn/result.h"
 #include "host/results/result_parts.h"
@@ -45,21 +47,6 @@ private:
     ConnectedNet &net;
     char last[512] = "";
 };
-
-// End of the report of this run; empty when the stream cannot be read.
-std::string report_tail(FILE *report, long start)
-{
-    constexpr long most = 4000;
-    if (fflush(report) != 0 || ferror(report)) return {}; // a failed write stays on record
-    const long end = ftell(report);
-    if (start < 0 || end <= start) return {};
-    std::string tail((size_t)(end - start < most ? end - start : most), '\0');
-    if (fseek(report, end - (long)tail.size(), SEEK_SET) != 0) return {};
-    tail.resize(fread(&tail[0], 1, tail.size(), report));
-    clearerr(report);
-    fseek(report, end, SEEK_SET);
-    return tail;
-}
 
 std::string without_blanks(const std::string &line)
 {
@@ -208,7 +195,10 @@ int solve(vorn &engine, Solver solver)
 // A run, or its first half: the project as the engine sees it, and where it stopped.
 class Run {
 public:
-    Run(Model &network, FILE *out, Feedback &user) : model(network), report(out), net(network), listener(user, net) {}
+    Run(Model &network, FILE *out, Feedback &user)
+        : model(network), report(out), tee(out), net(network), listener(user, net)
+    {
+    }
     RunOutcome go(bool solving);
 
 private:
@@ -217,19 +207,20 @@ private:
     void stop(Stage stage, int code);
     void refuse(const FirstValues &first);
     void check_coordinates();
+    void check_epochs();
     void check_sights(bool solving);
     void close_export();
     void close_side_files();
     void close_results();
     void name_unknown(const vorn &engine);
-    std::string engine_line(Stage stage, int code) const;
+    std::string engine_line(Stage stage, int code);
 
     Model &model;
     FILE *report;
+    ReportTee tee;
     ConnectedNet net;
     Listener listener;
     vornengine::side_files side = vornengine::side_files();
-    long start = -1;
     RunOutcome outcome;
 };
 
@@ -237,15 +228,14 @@ void Run::set_up()
 {
     project &p = model.p;
     p.pfeedback = &listener;
-    p.out = report;
+    p.out = tee.stream();
     p.irun = run_mode(model);
     p.imixed = -1;
-    start = ftell(report);
 }
 
 // What the engine said last: a divergence goes to the user only, all else to the report too;
 // behind the line of a missing convergence the report lists residuals.
-std::string Run::engine_line(Stage stage, int code) const
+std::string Run::engine_line(Stage stage, int code)
 {
     if (stage == Stage::Loading && !net.import_refusal().empty()) return printable(net.import_refusal());
     const std::string told = printable(without_blanks(listener.last_line()));
@@ -253,7 +243,7 @@ std::string Run::engine_line(Stage stage, int code) const
         return told.rfind("Problem at iteration", 0) == 0
                    ? told
                    : "no convergence after " + std::to_string(model.p.itmax) + " iterations";
-    const std::string line = last_words(report_tail(report, start));
+    const std::string line = last_words(tee.tail());
     return line.empty() ? told : line;
 }
 
@@ -282,10 +272,10 @@ void Run::refuse(const FirstValues &first)
 void Run::name_unknown(const vorn &engine)
 {
     char name[100];
-    const int row = failing_row(report_tail(report, start));
+    const int row = failing_row(tee.tail());
     if (vornengine::unknown_names::row(engine, row, name, sizeof name) != 0) return;
-    outcome.words.insert(outcome.words.begin() + 1,
-                         "line " + std::to_string(row) + " is " + printable(name) + ": look there first");
+    outcome.words.insert(outcome.words.begin() + 1, "unknown " + std::to_string(row) + " of the normal equations is " +
+                                                        printable(name) + ": look there first");
 }
 
 void Run::adjust(bool solving)
@@ -311,6 +301,20 @@ void Run::check_coordinates()
     if (names.empty()) return;
     outcome.reached = Stage::Solving;
     outcome.words = {not_a_number[0], "points without numbers: " + some_of(names), not_a_number[1]};
+}
+
+// Epochs of a lump that were not compared, while their coordinates stand in the means of its points.
+// Nothing can be said where memory was short.
+void Run::check_epochs()
+{
+    if (model.p.lumpmethod != 9 || model.mode == Mode::Propagation || !listener.compared || !listener.handed_over)
+        return;
+    const std::vector<std::string> lines = epochs_not_compared(model);
+    if (lines.empty()) return;
+    outcome.reached = Stage::Solving;
+    outcome.words = lines;
+    outcome.words.push_back("show at every epoch at least three points, not on one line, that another epoch shows too, "
+                            "or leave out the directions of such an epoch");
 }
 
 // A distance without derivative leaves the simplex solver where it started, and makes coordinates
@@ -373,6 +377,7 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
+    order_sights(model);
     const AccountKeeper keeper(model);
     FirstValues first;
     outcome.prepared = prepare(model, [&] { first = compute_first_values(model, report); });
@@ -385,12 +390,14 @@ RunOutcome Run::go(bool solving)
     else
         refuse(first);
     if (outcome.adjusted() && solving) check_coordinates();
+    if (outcome.adjusted() && solving) check_epochs();
     if (outcome.adjusted() || outcome.reached == Stage::Solving) check_sights(solving);
     close_side_files();
     if (solving) close_export();
     if (outcome.adjusted() && solving) close_results();
     model.p.pfeedback = nullptr;
     model.p.out = nullptr;
+    tee.close();
     outcome.accounts = keeper.close(model);
     return std::move(outcome);
 }

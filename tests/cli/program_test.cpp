@@ -1,9 +1,12 @@
 // The program as its users call it: exit statuses, options, files.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -78,6 +81,51 @@ protected:
 using Names = std::vector<std::string>;
 
 } // namespace
+
+// A network of distances in space: too little fixed, one point fixed, enough fixed.
+TEST_F(Program, ChecksWithDoubtWhereTheDatumMayNotBeDefined)
+{
+    const auto network = [](const std::string &b, const std::string &c) {
+        return "[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code_x code_y code_z\n"
+               "A 0 0 0 fixed fixed fixed\nB 10 0 0 " +
+               b + "\nC 0 10 0 " + c +
+               "\nD 3 3 9 free free free\n'''\ndistances = '''\nfrom to value sigma\nA B 10 1\nA C 10 1\n"
+               "A D 9.94987437 1\nB C 14.14213562 1\nB D 11.78982612 1\nC D 11.78982612 1\nA B 10 1\n'''\n";
+    };
+    const std::string free = "free free free", can = "this network can be adjusted\n";
+    folder.write("open.inp", network("fixed free free", free));
+    EXPECT_EQ(run("check open.inp"), 0);
+    EXPECT_TRUE(contains(out, "Not enough information to define a datum"));
+    EXPECT_FALSE(contains(out, can)) << out;
+    EXPECT_TRUE(contains(out, "datum: what is fixed does not define it alone; fix or weight more, or fix nothing\n"
+                              "whether this network can be adjusted, only its adjustment shows\n"))
+        << out;
+    EXPECT_EQ(run("adjust open.inp"), 1);
+
+    folder.write("open.inp", network(free, free));
+    EXPECT_EQ(run("check open.inp"), 0);
+    EXPECT_TRUE(contains(out, "datum: one fixed point, and conditions on the others\n" + can)) << out;
+    EXPECT_EQ(run("adjust open.inp"), 0);
+
+    folder.write("open.inp", network("free fixed fixed", "free free fixed"));
+    EXPECT_EQ(run("check open.inp"), 0);
+    EXPECT_TRUE(contains(out, "datum: held by fixed or weighted coordinates\n" + can)) << out;
+    EXPECT_EQ(run("adjust open.inp"), 0) << err;
+}
+
+TEST_F(Program, SaysTheSameWordsWhereverTheReportGoes)
+{
+    EXPECT_EQ(run("adjust open.inp -o report"), 1);
+    const std::string words = err;
+    EXPECT_TRUE(contains(words, "(datumcheck: Not enough information to define a datum)")) << words;
+    ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    const int reader = open(folder.file("pipe").c_str(), O_RDWR | O_NONBLOCK);
+    for (const char *option : {"", "-o /dev/null", "-o /dev/stdout", "-o pipe"}) {
+        EXPECT_EQ(run(std::string("adjust open.inp ") + option), 1) << option;
+        EXPECT_EQ(err, words) << option;
+    }
+    close(reader);
+}
 
 TEST_F(Program, ReportsOnStandardOutput)
 {

@@ -259,7 +259,8 @@ TEST(NetworkFile, NamesTheRunAfterItsFileWithoutBlanksOrFurtherPoints)
         EXPECT_EQ(folder.read(file), Lines());
         return std::string(folder.model.p.filename);
     };
-    EXPECT_EQ(run_name("bridge.2024.inp"), "bridge.inp");
+    EXPECT_EQ(run_name("bridge.2024.inp"), "bridge_2024.inp");
+    EXPECT_NE(run_name("my.net.inp"), run_name("my.other.inp"));
     EXPECT_EQ(run_name("my net"), "my_net.inp");
     EXPECT_EQ(run_name(".hidden"), "_hidden.inp");
     EXPECT_EQ(run_name(std::string(200, 'n')), std::string(123, 'n') + ".inp");

@@ -233,7 +233,7 @@ TEST(Prepare, OrdersTargetsByLumpWhereTheyAreComparedAfterwards)
         Case c("[run]\ndimension = 3\n[lumps]\nmethod = " + std::string(method) +
                "\n[tables]\nstations = '''\nname x y z\nS 0 0 0\nR 9 9 9\n'''\n"
                "targets = '''\nname x y z lump\nA 1 0 0 5\nB 0 1 0 2\nC 1 1 0 5\nD 2 1 0 0\nE 3 1 1 2\nF 1 1 1 5\n'''\n"
-               "directions = '''\nfrom to value sigma epoch\nS A 0 1 1\nS B 100 1 1\nS C 50 1 1\n'''\n");
+               "directions = '''\nfrom to value sigma epoch\nS A 0 1 1\nS B 100 1 1\nS C 50 1 1\nS E 1 1 1\nS F 1 1 1\n'''\n");
         std::string order;
         for (const target_input &t : c.model().targets.records) order += t.name[0];
         EXPECT_EQ(order, std::string(method) == "9" ? "RDACFBE" : "RABCDEF");

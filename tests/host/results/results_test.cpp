@@ -565,3 +565,28 @@ TEST(NotNumbers, FillOneLineHoweverManyThereAre)
     EXPECT_EQ(not_numbers(r),
               (Lines{"adjusted coordinates that are not finite numbers: P0 x, P1 x, P2 x, P3 x, P4 x"}));
 }
+
+// Three readings of one height difference and of one direction, the last with a gross error: the least
+// absolute values keep to the two that agree.
+TEST(Residuals, AreObservedLessComputedWithEverySolver)
+{
+    for (const std::string solver : {"compact", "jordan", "simplex"}) {
+        const double kept = solver == "simplex" ? 1.0 : 2.0 / 3.0, shared = 1.0 - kept;
+        const Results levelled =
+            results_of("[run]\ndimension = 1\nmode = \"solution\"\nsolver = \"" + solver +
+                       "\"\n[tables]\ntargets = '''\nname z code\nA 0 fixed\nB 1 free\n'''\nheight_differences = '''\n"
+                       "from to value sigma\nA B 1 1\nA B 1 1\nA B 1.03 1\n'''\n");
+        ASSERT_EQ(levelled.residuals.size(), 3u) << solver;
+        EXPECT_NEAR(levelled.residuals[2].residual, 0.03 * kept, 1e-9) << solver;
+        EXPECT_NEAR(levelled.residuals[0].residual, -0.03 * shared, 1e-9) << solver;
+        EXPECT_FALSE(std::signbit(levelled.residuals[0].residual) && levelled.residuals[0].residual == 0.0) << solver;
+
+        const Results turned = results_of(
+            "[run]\ndimension = 2\nmode = \"solution\"\nsolver = \"" + solver +
+            "\"\n[tables]\nstations = '''\nname x y code orientation\nS 0 0 fixed 0\n'''\ntargets = '''\nname x y "
+            "code\n"
+            "P 100 0 fixed\n'''\ndirections = '''\nfrom to value sigma\nS P 0 1\nS P 0 1\nS P 0.03 1\n'''\n");
+        ASSERT_EQ(turned.residuals.size(), 3u) << solver;
+        EXPECT_NEAR(turned.residuals[2].residual, 0.03 * kept * pi / 200.0, 1e-12) << solver;
+    }
+}

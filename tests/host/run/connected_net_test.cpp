@@ -91,6 +91,46 @@ TEST_F(ConnectedNets, AreImported)
     EXPECT_FALSE(std::filesystem::exists("net.con"));
 }
 
+// The longest name whose heading the engine reads back, and one letter more.
+TEST_F(ConnectedNets, HaveNamesThatCanBeReadBack)
+{
+    for (const int exported : {1, 10}) {
+        std::string text = levelling("export", "none");
+        for (int i = 1; i < exported; i++) {
+            const std::string name = "N" + std::to_string(i);
+            text.insert(text.find("C 102"), name + " 103 free export\n");
+            text.insert(text.find("A B 1 1"), "A " + name + " 3 1\nA " + name + " 3 1\n");
+        }
+        const size_t longest = exported == 1 ? 35 : 34;
+        const std::string name(longest, 'n');
+        EXPECT_TRUE(run(name, text).adjusted());
+        std::string second = text;
+        for (size_t at = 0; (at = second.find("export", at)) != std::string::npos;) second.replace(at, 6, "import");
+        second.insert(second.find("[tables]"), "[connected_net]\nfile = \"" + name + ".con\"\n");
+        const RunOutcome outcome = run("net", second);
+        EXPECT_TRUE(outcome.adjusted()) << outcome.words[0];
+
+        folder.write(name + "n.inp", text);
+        EXPECT_EQ(folder.read(name + "n.inp"),
+                  (Lines{name + "n.inp:7:1: " + name +
+                         "n.con, which the exported points need, has too long a name to be "
+                         "read back; give the network file a name of at most " +
+                         std::to_string(longest) + " bytes before its extension"}));
+        text.replace(text.find("B 101 free export"), 17, "B 101 free none");
+        if (exported > 1) continue;
+        folder.write(name + "n.inp", text);
+        EXPECT_EQ(folder.read(name + "n.inp"), Lines());
+    }
+}
+
+TEST_F(ConnectedNets, OfNetworksWithPointsInTheirNamesAreFilesOfTheirOwn)
+{
+    run("my.net", levelling("export", "none"));
+    run("my.other", levelling("export", "export"));
+    EXPECT_EQ(file_text("my_net.con").substr(0, 39), "File: my_net.con for 1 connections in d");
+    EXPECT_EQ(file_text("my_other.con").substr(0, 39), "File: my_other.con for 2 connections in");
+}
+
 TEST_F(ConnectedNets, TakeTheWeightOfWeightedItemsAndSayIt)
 {
     run("main", levelling("export", "none"));
