@@ -179,13 +179,13 @@ void write_export(const Model &network, OwnOutcome &outcome)
     const std::vector<int> points = exported_points(network, outcome.numbers);
     const std::string reason = why_not(network, outcome, points);
     if (!reason.empty()) {
-        outcome.notes.push_back(path + " is not written: " + reason);
+        outcome.run.prepared.notes.push_back(path + " is not written: " + reason);
         return;
     }
     try {
         write_file(path, connected_text(path, content_of(network, outcome, points)));
     } catch (const OutputError &error) {
-        outcome.lost.push_back(error.what());
+        outcome.run.lost.push_back(error.what());
     }
 }
 

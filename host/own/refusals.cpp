@@ -183,7 +183,7 @@ void judge(const Model &network, OwnOutcome &outcome)
     const va::Outcome &a = outcome.adjustment;
     const auto end = [&](Ending ending, std::vector<std::string> words) {
         outcome.ending = ending;
-        outcome.words = std::move(words);
+        outcome.run.words = std::move(words);
     };
     switch (a.status) {
     case va::Status::adjusted: return end(Ending::adjusted, {});
@@ -196,7 +196,7 @@ void judge(const Model &network, OwnOutcome &outcome)
                    {"the points with code free do not hold the network", "give more points code free"});
     case va::Status::undetermined:
         return end(Ending::undetermined, singular_words(network, outcome, moved_unknowns(a.mechanisms)));
-    case va::Status::singular: return end(Ending::undetermined, singular_words(network, outcome, a.failed));
+    case va::Status::singular: return end(Ending::singular, singular_words(network, outcome, a.failed));
     default: return end(Ending::no_convergence, divergence_words(network, outcome));
     }
 }

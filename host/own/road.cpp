@@ -1,6 +1,6 @@
 #include "host/own/road.h"
 
-#include <cmath>
+#include <chrono>
 
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
@@ -38,7 +38,7 @@ private:
 
 void Road::note(const std::string &line)
 {
-    outcome.notes.push_back(line);
+    outcome.run.prepared.notes.push_back(line);
     tell(line);
 }
 
@@ -46,7 +46,7 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
 {
     if (words.empty()) return false;
     outcome.ending = ending;
-    outcome.words = std::move(words);
+    outcome.run.words = std::move(words);
     return true;
 }
 
@@ -104,10 +104,13 @@ void Road::adjust()
 
 OwnOutcome Road::run()
 {
+    const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
     if (prepare()) adjust();
     if (!checking) write_export(network, outcome);
-    outcome.accounts = keeper.close(network);
+    outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
+    outcome.run.accounts = keeper.close(network);
+    outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return std::move(outcome);
 }
 

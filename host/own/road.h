@@ -22,17 +22,15 @@ enum class Ending {
     bad_covariance,
     no_datum,
     undetermined,
-    no_convergence,
-    not_numbers
+    singular,
+    no_convergence
 };
 
 struct OwnOutcome {
+    RunOutcome run; // words, notes, accounts, lost files; reached is Done or Refused
     Ending ending = Ending::not_available;
-    std::vector<std::string> words; // why it was not adjusted: one sentence a line, names and remedies
-    std::vector<std::string> notes; // what the run has taken care of
-    std::string datum;              // what the search for open motions found, one line; empty when it was not made
-    std::vector<Account> accounts;
-    std::vector<std::string> lost; // files of the run that the system did not take
+    std::string datum;  // what the search for open motions found, one line; empty when it was not made
+    double seconds = 0; // of the computation
     Numbers numbers;
     vornadjust::Outcome adjustment;
 
