@@ -37,10 +37,9 @@ void put_axes(json &object, const char *key, const std::optional<Value> (&values
     if (!axis.empty()) object[key] = axis;
 }
 
-template <class Value>
-void put_axes(json &object, const char *key, const Value (&values)[3], const char *const (&names)[3])
+void put_axes(json &object, const char *key, const double (&values)[3], const char *const (&names)[3])
 {
-    for (int c = 0; c < 3; c++) object[key][names[c]] = to_object(values[c]);
+    for (int c = 0; c < 3; c++) object[key][names[c]] = values[c];
 }
 
 json to_object(const PointResult &p)
