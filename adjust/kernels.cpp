@@ -6,6 +6,8 @@
 
 namespace vornadjust {
 
+using namespace vornengine;
+
 static_assert(LANES == TILE_LANES && COLUMNS == TILE_COLUMNS && STRIDE == TILE_STRIDE && DEPTH <= TILE_DEPTH,
               "shape of the tiles");
 static_assert(DEPTH % LANES == 0, "products end with a strip");
