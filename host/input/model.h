@@ -83,6 +83,9 @@ struct Model {
     void attach();
 };
 
+// Whether a coordinate, rotation or constant with this code is held at the value that the file gives.
+inline bool is_held(int code) { return code == CODE_FIXED || code == CODE_WEIGHTED; }
+
 // Metres in the unit of length of the project.
 double metres_per_unit(const project &p);
 

@@ -76,8 +76,6 @@ double read_deviation(Row &row, int column, const char *name, int code)
     return sigma;
 }
 
-bool is_held(int code) { return code == CODE_FIXED || code == CODE_WEIGHTED; }
-
 // Codes of the three coordinates, and the columns that say them.
 struct Codes {
     int code[3], column[3];
@@ -96,32 +94,31 @@ Codes read_codes(const Network &net, Row &row)
     return codes;
 }
 
-// The first coordinate that the run needs and the row does not know, -1 when there is none.
-int missing_coordinate(const Network &net, const Row &row)
+// Whether the run needs a coordinate that the row does not know.
+bool missing_coordinate(const Network &net, const Row &row)
 {
     for (int i = 0; i < 3; i++)
-        if (net.has_dimension(i) && !row.given(X + i)) return i;
-    return -1;
+        if (net.has_dimension(i) && !row.given(X + i)) return true;
+    return false;
 }
 
-// A point without a coordinate is computed. The engine then computes all its coordinates
-// anew, so none of them can be held unless the file asks for the computation.
-void check_held(Row &row, const Codes &codes, int missing, int status)
+// A coordinate that is held needs a value, also where others of the point are computed.
+void check_held(Row &row, const Codes &codes)
 {
-    const std::string missed(1, "xyz"[missing]);
     for (int i = 0; i < 3; i++) {
-        if (!is_held(codes.code[i])) continue;
+        if (!is_held(codes.code[i]) || row.given(X + i)) continue;
         const std::string held(1, "xyz"[i]);
-        if (!row.given(X + i)) {
-            row.fault(codes.column[i], row.cell(codes.column[i]) + " needs a value of " + held,
-                      "write it or make the coordinate free");
-            return;
-        }
-        if (status == STATUS_COMPUTE) continue;
-        row.fault(X + i, std::string(held).append(" cannot be held while ").append(missed).append(" is not known"),
-                  std::string("write an approximate ").append(missed).append(" or status compute"));
+        row.fault(codes.column[i], row.cell(codes.column[i]) + " needs a value of " + held,
+                  "write it or make the coordinate free");
         return;
     }
+}
+
+bool all_held(const Network &net, const Codes &codes)
+{
+    for (int i = 0; i < 3; i++)
+        if (net.has_dimension(i) && !is_held(codes.code[i])) return false;
+    return true;
 }
 
 // Everything that stations and targets have in common, the name apart.
@@ -135,11 +132,11 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
         point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]);
     }
     point.status = read_status(row);
-    const int missing = missing_coordinate(net, row);
-    if (missing >= 0 && point.status >= 0) {
-        check_held(row, codes, missing, point.status);
+    if (missing_coordinate(net, row) && point.status >= 0) {
+        check_held(row, codes);
         point.status = STATUS_COMPUTE;
     }
+    if (point.status == STATUS_COMPUTE && all_held(net, codes)) point.status = STATUS_ON; // nothing is left to compute
     point.ilump = row.whole(LUMP, 0, 0, largest_lump);
     point.iconn = read_connect(row);
 }

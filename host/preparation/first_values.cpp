@@ -187,6 +187,8 @@ private:
     void move_to_known_point();
     void write();
     void complain();
+    void refuse_held();
+    template <class Record> void name_held(const List<Record> &list);
     template <class Record> void write_list(List<Record> &list);
     template <class Record> void name_missing(const List<Record> &list, const char *kind);
 
@@ -214,8 +216,9 @@ int Computation::missing_stations() const
     return n;
 }
 
-// Less than two points are known and no orientation with one: the network is computed in a
-// frame around the station with most distances, and moved to the known point at the end.
+// Less than two points are known or carried there by baselines, and no orientation with one: the
+// network is computed in a frame around the start of a baseline, which has the axes of the network,
+// otherwise around the station with most distances, and moved to the known point at the end.
 void Computation::make_frame()
 {
     int known = 0;
@@ -230,7 +233,7 @@ void Computation::make_frame()
         return;
     }
     framed = true;
-    const int centre = sketch.best_centre();
+    const int start = sketch.baseline_start(), centre = start >= 0 ? start : sketch.best_centre();
     if (lone >= 0) {
         target[0] = sketch.points[(size_t)lone].x[0];
         target[1] = sketch.points[(size_t)lone].x[1];
@@ -238,7 +241,8 @@ void Computation::make_frame()
     }
     if (centre < 0) return;
     SketchPoint &p = sketch.points[(size_t)centre];
-    p.placed = p.oriented = true;
+    p.placed = true;
+    p.oriented = start < 0;
     p.x[0] = p.x[1] = 0.0;
 }
 
@@ -275,7 +279,8 @@ template <class Record> void Computation::write_list(List<Record> &list)
     for (Record &r : list.records) {
         if (r.status != STATUS_COMPUTE) continue;
         const SketchPoint &p = sketch.points[(size_t)sketch.find(r.name)];
-        for (int k = 0; k < model.p.dim; k++) r.x[k] = p.x[k] / unit;
+        for (int k = 0; k < model.p.dim; k++)
+            if (!is_held(r.ix[k])) r.x[k] = p.x[k] / unit;
         r.status = STATUS_ON;
     }
 }
@@ -315,9 +320,32 @@ void Computation::complain()
                            "stations, a direction and a distance, or for a station directions to three points");
 }
 
+template <class Record> void Computation::name_held(const List<Record> &list)
+{
+    for (size_t i = 0; i < list.size(); i++) {
+        const Record &r = list.records[i];
+        if (r.status != STATUS_COMPUTE) continue;
+        for (int k = 0; k < 2; k++)
+            if (is_held(r.ix[k]))
+                values.words.push_back(std::string(1, "xy"[k]) + " of point " + plain_name(r.name) +
+                                       " is held, and its other coordinate cannot be computed in the axes of the "
+                                       "network (" +
+                                       place(model, list.where[i]) + ")");
+    }
+}
+
+// In a made-up frame a point that holds one coordinate has no other that fits it.
+void Computation::refuse_held()
+{
+    name_held(model.stations);
+    name_held(model.targets);
+    if (!values.words.empty()) values.words.push_back("give its approximate coordinates, or those of two points");
+}
+
 FirstValues Computation::run()
 {
     const int wanted = missing();
+    sketch.carry();
     make_frame();
     sketch.carry();
     for (const Way way : {Way::KnownStations, Way::Targets}) ask_engine(way);
@@ -325,6 +353,8 @@ FirstValues Computation::run()
         complain();
         return std::move(values);
     }
+    if (framed) refuse_held();
+    if (!values.words.empty()) return std::move(values);
     write();
     values.notes.push_back("first coordinates of " + std::to_string(wanted) +
                            (wanted == 1 ? " point were computed" : " points were computed"));

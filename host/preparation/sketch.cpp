@@ -43,10 +43,11 @@ Sketch::Sketch(const Model &model)
     const double unit = metres_per_unit(model.p);
     const auto take = [&](const auto &list) {
         for (const auto &r : list.records) {
-            if (r.status <= 0 || r.status == STATUS_COMPUTE) continue;
+            if (r.status <= 0) continue;
             SketchPoint &p = points[(size_t)find(r.name)];
             for (int k = 0; k < 3; k++) p.x[k] = unit * r.x[k];
-            p.placed = p.levelled = true;
+            p.placed = r.status != STATUS_COMPUTE;
+            p.levelled = p.placed || is_held(r.ix[2]);
         }
     };
     take(model.stations);
@@ -121,7 +122,8 @@ void Sketch::add_vectors(const Model &model)
     for (const gps_input &g : model.baselines.records) {
         const int from = find(g.from), to = find(g.to);
         if (g.status <= 0 || model.p.igps == 0 || from < 0 || to < 0) continue;
-        vectors.push_back({from, to, {g.dx[0], g.dx[1], g.dx[2]}});
+        vectors.push_back({from, to, {g.dx[0], g.dx[1]}});
+        steps.push_back({from, to, g.dx[2], 0.0});
     }
 }
 
@@ -174,23 +176,21 @@ bool Sketch::place_by_distance()
     return changed;
 }
 
-// Where two rays meet in front of both stations, and the sine of their angle.
-// A baseline carries x and y, and z where that of its known end is known.
 bool Sketch::place_by_vectors()
 {
     bool changed = false;
     for (const Vector &v : vectors) {
         const bool forward = points[(size_t)v.from].placed;
-        SketchPoint &known = points[(size_t)(forward ? v.from : v.to)], &to = points[(size_t)(forward ? v.to : v.from)];
+        const SketchPoint &known = points[(size_t)(forward ? v.from : v.to)];
+        SketchPoint &to = points[(size_t)(forward ? v.to : v.from)];
         if (!known.placed || to.placed) continue;
-        for (int c = 0; c < 3; c++)
-            if (c < 2 || (known.levelled && !to.levelled)) to.x[c] = known.x[c] + (forward ? v.d[c] : -v.d[c]);
+        for (int c = 0; c < 2; c++) to.x[c] = known.x[c] + (forward ? v.d[c] : -v.d[c]);
         to.placed = changed = true;
-        to.levelled |= known.levelled;
     }
     return changed;
 }
 
+// Where two rays meet in front of both stations, and the sine of their angle.
 bool Sketch::meet(const Shot &a, const Shot &b, double x[2], double *sine) const
 {
     const SketchPoint &p = points[(size_t)a.from], &q = points[(size_t)b.from];

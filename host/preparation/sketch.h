@@ -3,8 +3,8 @@
 //
 // Stations with a position are oriented on the points that they sight; points are placed by
 // direction and distance, by a baseline, where the rays of two stations meet, or by three
-// distances; heights follow vertical angles, height differences and baselines. Lengths in metres, angles in radians; a
-// direction reading r of an oriented station lies along the plane angle r + turn.
+// distances; heights follow height differences, vertical angles and baselines. Lengths in metres,
+// angles in radians; a direction reading r of an oriented station lies along the plane angle r + turn.
 
 #ifndef VORNHOST_SKETCH_H
 #define VORNHOST_SKETCH_H
@@ -48,6 +48,9 @@ public:
     // The station with the most points in direction and distance; -1 without any.
     int best_centre() const;
 
+    // A point at which a baseline begins; -1 without any.
+    int baseline_start() const { return vectors.empty() ? -1 : vectors[0].from; }
+
 private:
     struct Shot {
         int from, to;
@@ -61,7 +64,7 @@ private:
 
     struct Vector {
         int from, to;
-        double d[3];
+        double d[2];
     };
 
     template <class Record> void add_points(const List<Record> &list, bool stations);
@@ -87,7 +90,7 @@ private:
     std::vector<Vector> vectors;
     std::vector<std::vector<int>> rays;                        // shots to each point
     std::vector<std::vector<int>> measured;                    // points at the other end of the lengths of each point
-    std::vector<Step> steps;                                   // height differences, then vertical angles
+    std::vector<Step> steps;                                   // height differences, vertical angles, baselines
     std::unordered_map<long long, double> lengths, elevations; // of a pair of points, by key
 };
 

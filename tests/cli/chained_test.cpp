@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -109,6 +110,34 @@ TEST_F(ChainedExample, ShowsBothRoads)
         EXPECT_LT(shown.find(line), together) << line;
         EXPECT_NE(shown.find(line, together), std::string::npos) << line;
     }
+}
+
+// A tree with the example and a stand-in for the script that builds the program.
+TEST_F(ChainedExample, TakesTheProgramThatIsBuiltAndBuildsItOnceWhereThereIsNone)
+{
+    namespace fs = std::filesystem;
+    fs::create_directories(folder.file("tree/examples"));
+    fs::create_directories(folder.file("tree/scripts"));
+    fs::copy(SOURCE_DIR "/examples/chained", folder.file("tree/examples/chained"));
+    folder.write("tree/scripts/run", "#!/bin/sh\nroot=$(dirname \"$0\")/..\necho built \"$@\" >>$root/log\n"
+                                     "mkdir -p $root/build/program\nln -s " VORN_PROGRAM " $root/build/program/vorn\n");
+    fs::permissions(folder.file("tree/scripts/run"), fs::perms::owner_all);
+    const auto run = [this] {
+        const std::string command =
+            "cd " + folder.path + " && env -u VORN tree/examples/chained/run again >shown_again 2>errors_again";
+        return system(command.c_str());
+    };
+    for (int i = 0; i < 2; i++) {
+        ASSERT_EQ(run(), 0) << text("errors_again");
+        EXPECT_EQ(text("shown_again"), text("shown"));
+        EXPECT_EQ(text("tree/log"), "built --version\n");
+    }
+    fs::remove(folder.file("tree/log"));
+    fs::remove(folder.file("tree/build/program/vorn"));
+    fs::create_directories(folder.file("tree/build/release"));
+    fs::create_symlink(VORN_PROGRAM, folder.file("tree/build/release/vorn"));
+    ASSERT_EQ(run(), 0) << text("errors_again");
+    EXPECT_FALSE(fs::exists(folder.file("tree/log")));
 }
 
 } // namespace

@@ -161,24 +161,31 @@ TEST(Points, AreComputedWhenACoordinateIsMissing)
     EXPECT_EQ(station("name x y\nS 1 2", 1).status, STATUS_COMPUTE);
 }
 
-TEST(Points, MayBeFixedAtAPositionThatTheRunComputes)
+TEST(Points, AreComputedAsFarAsTheyAreNotHeld)
 {
-    const station_input s = station("name x y z code status\nS 1 2 3 fixed compute");
-    EXPECT_EQ(s.status, STATUS_COMPUTE);
-    expect_codes(s.ix, CODE_FIXED, CODE_FIXED, CODE_FIXED);
+    const station_input held = station("name x y z code status\nS 1 2 3 fixed compute");
+    EXPECT_EQ(held.status, STATUS_ON);
+    expect_codes(held.ix, CODE_FIXED, CODE_FIXED, CODE_FIXED);
+    const station_input height = station("name x y z code_z status\nS 1 2 3 fixed compute");
+    EXPECT_EQ(height.status, STATUS_COMPUTE);
+    expect_codes(height.ix, CODE_FREE, CODE_FREE, CODE_FIXED);
+    EXPECT_EQ(station("name x y z code_z\nS - - 3 fixed").status, STATUS_COMPUTE);
+    EXPECT_EQ(station("name x y code\nS 1 2 fixed", 2).status, STATUS_ON);
+    EXPECT_EQ(station("name x y code status\nS 1 2 fixed compute", 2).status, STATUS_ON);
+    EXPECT_EQ(station("name z code status\nS 3 fixed compute", 1).status, STATUS_ON);
+    EXPECT_EQ(station("name z code status\nS 3 free compute", 1).status, STATUS_COMPUTE);
 }
 
 TEST(Points, NeedTheValuesThatTheyHold)
 {
     EXPECT_EQ(stations("name x y z code\nS 1 - 3 fixed"),
-              Lines{"net.inp:6:3: x cannot be held while y is not known; write an approximate y or status compute"});
+              Lines{"net.inp:6:9: \"fixed\" in column code needs a value of y; write it or make the coordinate free"});
     EXPECT_EQ(stations("name x y z code\nS - 2 3 fixed"),
               Lines{"net.inp:6:9: \"fixed\" in column code needs a value of x; write it or make the coordinate free"});
     EXPECT_EQ(stations("name x y z sz code_z status\nS 1 2 - 1 weighted compute"),
               Lines{"net.inp:6:11: \"weighted\" in column code_z needs a value of z; write it or make the coordinate "
                     "free"});
-    EXPECT_EQ(stations("name z code_z\nS 3 fixed"),
-              Lines{"net.inp:6:3: z cannot be held while x is not known; write an approximate x or status compute"});
+    EXPECT_EQ(stations("name z code_z\nS 3 fixed"), Lines());
     EXPECT_EQ(stations("name x code status\nS - fixed off"), Lines());
 }
 

@@ -364,20 +364,120 @@ TEST(Run, StopsWhenCoordinatesCannotBeComputed)
     EXPECT_EQ(c.folder.model.p.runresults, nullptr);
 }
 
-TEST(Run, HoldsAPointWhereItWasComputed)
+// Fixed and weighted coordinates of points whose other ones are computed.
+TEST(FirstValues, KeepTheValuesOfHeldCoordinates)
+{
+    Ground g(3);
+    four_corners(g);
+    g.station("A", "fixed");
+    g.targets = "B 1100 1010 52 fixed\nP 5 1060.5 61.25 free\nQ - - - free\n";
+    g.see("A", {"B", "P", "Q"}, true);
+    Case c(g.file());
+    target_input &before = c.folder.model.targets.records[1];
+    before.status = STATUS_COMPUTE;
+    before.ix[1] = CODE_FIXED;
+    before.ix[2] = CODE_WEIGHTED;
+    EXPECT_EQ(c.compute().words, Lines());
+    const target_input &p = c.folder.model.targets.records[1];
+    EXPECT_EQ(p.status, STATUS_ON);
+    EXPECT_NEAR(p.x[0], 1040, 1e-4);
+    EXPECT_EQ(p.x[1], 1060.5);
+    EXPECT_EQ(p.x[2], 61.25);
+    EXPECT_NEAR(c.folder.model.targets.records[2].x[2], 44, 1e-4);
+}
+
+// The held height is the only one that is known.
+TEST(FirstValues, CarryHeightsFromAHeldOne)
+{
+    Ground g(3);
+    four_corners(g);
+    g.station("A");
+    g.target("B");
+    g.see("A", {"B"}, true);
+    std::string text = g.file();
+    for (const char *row : {"A - - -", "B - - -"}) {
+        const size_t at = text.find(row);
+        text.replace(at, 7, *row == 'A' ? "A - - -" : "B - - 52");
+    }
+    Case c(text);
+    c.folder.model.targets.records[0].ix[2] = CODE_FIXED;
+    EXPECT_EQ(c.compute().words, Lines());
+    EXPECT_NEAR(c.folder.model.stations.records[0].x[2], 50, 1e-4);
+    EXPECT_EQ(c.folder.model.targets.records[0].x[2], 52);
+}
+
+TEST(FirstValues, HoldNoSingleCoordinateInAMadeUpFrame)
 {
     Ground g(2);
     four_corners(g);
-    g.station("A", "fixed");
-    g.target("B", "fixed");
-    g.targets += "P 0 0 fixed\n";
-    g.see("A", {"B", "P"}, true);
+    g.station("P");
+    g.target("A");
+    g.target("B");
+    g.see("P", {"A", "B"}, true);
     Case c(g.file());
-    c.folder.model.targets.records[1].status = STATUS_COMPUTE;
-    c.compute();
-    EXPECT_EQ(c.folder.model.targets.records[1].status, STATUS_ON);
-    EXPECT_EQ(c.folder.model.targets.records[1].ix[0], CODE_FIXED);
-    EXPECT_NEAR(c.folder.model.targets.records[1].x[0], 1040, 1e-5);
+    c.folder.model.targets.records[1].ix[1] = CODE_FIXED;
+    const FirstValues values = c.compute();
+    ASSERT_EQ(values.words.size(), 2u);
+    EXPECT_EQ(
+        values.words[0].rfind("y of point B is held, and its other coordinate cannot be computed in the axes of the "
+                              "network (net.inp:",
+                              0),
+        0u)
+        << values.words[0];
+    EXPECT_EQ(values.words[1], "give its approximate coordinates, or those of two points");
+    EXPECT_EQ(c.folder.model.targets.records[1].status, STATUS_COMPUTE);
+}
+
+// ---- baselines ----
+
+namespace {
+
+// A network of baselines between places, with the point A known or not.
+std::string vector_network(bool known, const std::string &more = "")
+{
+    return std::string("[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code\nA ") +
+           (known ? "4000100 500200 300 fixed" : "- - - free") +
+           "\nB - - - free\nC - - - free\nD - - - free\n'''\n"
+           "baselines = '''\nfrom to dx dy dz cxx cyy czz\nC B -300 50 -5 1 1 1\nA B 100 200 10 1 1 1\n"
+           "C A -400 -150 -15 1 1 1\nD C 10 20 30 1 1 1\nD A -390 -130 15 1 1 1\nB D 290 -70 -25 1 1 1\n'''\n" +
+           more;
+}
+
+} // namespace
+
+TEST(FirstValues, FollowBaselinesFromOneKnownPoint)
+{
+    Case c(vector_network(true));
+    EXPECT_EQ(c.compute().notes, Lines{"first coordinates of 3 points were computed"});
+    const double truth[3][3] = {{4000200, 500400, 310}, {4000500, 500350, 315}, {4000490, 500330, 285}};
+    for (size_t i = 0; i < 3; i++)
+        for (int k = 0; k < 3; k++) EXPECT_NEAR(c.folder.model.targets.records[i + 1].x[k], truth[i][k], 1e-9) << i;
+    const Results results = adjusted_results(c.folder.model);
+    for (size_t i = 0; i < 3; i++)
+        for (size_t k = 0; k < 3; k++) EXPECT_NEAR(*results.points[i + 1].adjusted[k], truth[i][k], 1e-7) << i;
+}
+
+// The frame takes the axes of the baselines, and is moved to a known point that directions alone tie to it.
+TEST(FirstValues, MakeUpAFrameAlongBaselines)
+{
+    Case c(vector_network(false));
+    EXPECT_EQ(c.compute().words, Lines());
+    const List<target_input> &t = c.folder.model.targets;
+    EXPECT_NEAR(t.records[1].x[0] - t.records[0].x[0], 100, 1e-9);
+    EXPECT_NEAR(t.records[1].x[1] - t.records[0].x[1], 200, 1e-9);
+
+    Ground g(2);
+    four_corners(g);
+    g.target("A", "fixed");
+    g.station("P");
+    g.station("Q");
+    g.target("C");
+    g.see("P", {"A", "Q", "C"}, true);
+    g.see("Q", {"P", "A", "C"});
+    Case d(g.file() + "baselines = '''\nfrom to dx dy dz cxx cyy czz\nQ P -30 -15 0 1 1 1\n'''\n");
+    EXPECT_EQ(d.compute().words, Lines());
+    compare(d.folder.model.stations, g, 2);
+    compare(d.folder.model.targets, g, 2);
 }
 
 } // namespace

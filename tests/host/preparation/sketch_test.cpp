@@ -90,6 +90,7 @@ TEST(Sketch, PlacesPointsByBaselinesInBothDirections)
     c.sketch->carry();
     expect_place(c.at("P"), 110, 220);
     expect_place(c.at("Q"), 109, 219);
+    c.sketch->carry_heights();
     EXPECT_TRUE(c.at("Q").levelled);
     EXPECT_NEAR(c.at("Q").x[2], 329, 1e-9);
     EXPECT_FALSE(c.at("R").placed);
