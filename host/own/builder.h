@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/own/numbers.h"
+#include "host/own/rounds.h"
 
 namespace vornhost {
 
@@ -21,7 +22,8 @@ struct Builder {
     const double metres;
     Numbers numbers;
     std::unordered_map<std::string, int> points; // by name in a record
-    std::vector<int> setups;                     // [stations] or -1
+    std::vector<int> setups;                     // [stations] the first set-up of each or -1
+    Rounds rounds;                               // a set-up for each orientation, one behind the other
     std::vector<int> station_constants;          // [stations] or -1
     std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch
 

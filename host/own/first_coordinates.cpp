@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "host/input/names.h"
+#include "host/own/local_frame.h"
 
 namespace vornhost {
 
@@ -120,6 +121,12 @@ FirstValues refuse_planned(const Model &network)
     return values;
 }
 
+std::string computed(int n, const char *what)
+{
+    return std::string("first ") + what + " of " + std::to_string(n) + (n == 1 ? " point" : " points") +
+           " were computed";
+}
+
 } // namespace
 
 FirstValues find_first_coordinates(Model &network)
@@ -137,6 +144,9 @@ FirstValues find_first_coordinates(Model &network)
     network.p.iphoto = 0;
     FirstValues values = compute_first_values(network, report.get());
     network.p.iphoto = images;
+    if (values.words.empty()) return values;
+    const int n = missing(network.stations) + missing(network.targets);
+    if (place_by_local_frames(network)) return {{computed(n, "coordinates")}, {}};
     return values;
 }
 

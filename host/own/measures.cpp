@@ -45,12 +45,13 @@ void set_value(Builder &b, Item item, const measure_input &m, va::Observation &o
 }
 
 // The instrument at the first end.
-void set_instrument(const Builder &b, Item item, const measure_input &m, va::Observation &o)
+void set_instrument(const Builder &b, Item item, int record, const measure_input &m, va::Observation &o)
 {
     const PointPlace &from = b.numbers.points[(size_t)o.from];
     if (!from.station) return;
     const bool angle = item == Item::direction || item == Item::vertical_angle;
     if (angle) o.setup = b.setups[(size_t)from.record];
+    if (item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
     if (item == Item::vertical_angle || m.typ == KIND_DISTANCE_CONSTANTS)
         o.constants = b.station_constants[(size_t)from.record];
 }
@@ -69,7 +70,7 @@ void add_measure(Builder &b, const Table &table, int record)
     }
     o.factor = table.factor;
     set_value(b, table.item, m, o);
-    set_instrument(b, table.item, m, o);
+    set_instrument(b, table.item, record, m, o);
     if (heights_count(b, table.item)) {
         o.h1 = m.h1;
         o.h2 = m.h2;

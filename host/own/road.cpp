@@ -66,6 +66,7 @@ bool Road::prepare()
     for (const std::string &line : first.notes) note(line);
     settle();
     outcome.numbers = make_numbers(network);
+    for (const std::string &line : outcome.numbers.notes) note(line);
     return !stop(Ending::bad_import, outcome.numbers.words);
 }
 

@@ -157,6 +157,7 @@ void add_setups(Builder &b)
 {
     const Model &m = b.network;
     const std::vector<Sights> sights = sights_of(b);
+    b.rounds = find_rounds(m);
     b.setups.assign(m.stations.size(), -1);
     for (size_t i = 0; i < m.stations.size(); i++) {
         if (!sights[i].any) continue;
@@ -164,9 +165,13 @@ void add_setups(Builder &b)
         va::Code codes[3];
         setup_codes(b, s, sights[i].circle, codes);
         const bool levelled = s.ilevel == 1 && (m.p.dim == 3 || m.p.iearth != 0);
-        b.setups[i] = b.numbers.model.add_setup(b.point(s.name), levelled, s.r, codes);
-        b.numbers.setup_stations.push_back((int)i);
+        for (int k = 0; k < b.rounds.count[i]; k++) {
+            const int setup = b.numbers.model.add_setup(b.point(s.name), levelled, s.r, codes);
+            if (k == 0) b.setups[i] = setup;
+            b.numbers.setup_stations.push_back((int)i);
+        }
     }
+    b.numbers.notes = b.rounds.notes;
 }
 
 void add_constants(Builder &b)
