@@ -43,7 +43,7 @@ Graph graph_of(const SymmetricMatrix &a)
 static bool alike(const Graph &g, int u, int v)
 {
     if (g.degree(u) != g.degree(v)) return false;
-    const int *nu = &g.neighbour[g.start[u]], *end = nu + g.degree(u), *nv = &g.neighbour[g.start[v]];
+    const int *nu = g.neighbour.data() + g.start[u], *end = nu + g.degree(u), *nv = g.neighbour.data() + g.start[v];
     bool joined = false;
     for (int left = g.degree(v); nu < end || left > 0;) {
         if (nu < end && *nu == v) {

@@ -116,7 +116,7 @@ struct Sight {
     Heights heights;
 };
 
-template <class T> bool has_direction(const Vec3<T> &e) { return value_of(horizontal_length(e)) >= shortest; }
+template <class T> bool has_direction(const Vec3<T> &e) { return std::hypot(value_of(e.x), value_of(e.y)) >= shortest; }
 
 void distance_by_position(const Sight &s, ByPosition *out)
 {
@@ -140,11 +140,12 @@ void height_by_position(const Sight &s, ByPosition *out)
 // Axes of the set-up of an observation, variables `first` on; upright without one.
 template <int N> Axes<Jet<N>> axes_of(const Sight &s, int first)
 {
-    if (s.o.setup < 0) return {{0.0, 0.0, 0.0}, true};
+    if (s.o.setup < 0) return {{0.0, 0.0, 0.0}, true, false};
     const Setup &setup = s.model.setups[s.o.setup];
+    const auto upright = [&](int u) { return s.model.code[u] == Code::absent && s.model.value[u] == 0.0; };
     Jet<N> a[3];
     parameters(s.model, setup.first, 3, first, a);
-    return {{a[0], a[1], a[2]}, setup.levelled};
+    return {{a[0], a[1], a[2]}, setup.levelled, !upright(setup.first) || !upright(setup.first + 1)};
 }
 
 void direction_by_position(const Sight &s, ByPosition *out)
@@ -239,7 +240,7 @@ struct EndSlopes {
 EndSlopes end_slopes(const Model &model, const Frame &frame, int point, int motion)
 {
     using J = Jet<10>;
-    EndSlopes s{};
+    EndSlopes s;
     s.plain = motion < 0 && !(frame.curved() && frame.mixed);
     if (s.plain) return s;
     Vec3<J> p = position(frame, variables<10>(coordinates(model, point), 0));

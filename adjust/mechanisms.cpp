@@ -44,6 +44,15 @@ std::vector<double> column_lengths(const UnitRows &u)
     return length;
 }
 
+std::vector<int> idle_unknowns(const UnitRows &u, const std::vector<double> &length)
+{
+    std::vector<int> out;
+    const Columns taken = columns(*u.model, *u.equations);
+    for (int j : taken.unknown)
+        if (!u.is_coordinate(j) && length[j] < no_answer) out.push_back(j);
+    return out;
+}
+
 void append_row(const UnitRows &u, int row, const std::vector<int> &column, ScaledRows &out)
 {
     std::vector<std::pair<int, double>> entries;
@@ -218,6 +227,7 @@ Mechanisms find_mechanisms(const UnitRows &u, const Datum &datum)
         const bool is_held = std::find(held.begin(), held.end(), j) != held.end();
         if (u.model->estimated(j) && length[j] < no_answer && !is_held) out.unseen.push_back(j);
     }
+    out.idle = idle_unknowns(u, length);
     const ScaledRows scaled = scaled_rows(u, length, held);
     if (scaled.unknown.empty()) return out;
     const Inverse inverse = regularised_inverse(scaled);

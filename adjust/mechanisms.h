@@ -22,6 +22,8 @@ namespace vornadjust {
 struct Mechanisms {
     Dense vectors;           // unknowns by movements, largest entry 1; metres and radians
     std::vector<int> unseen; // estimated coordinates to which no row answers
+    std::vector<int> idle;   // other estimated unknowns in rows that do not answer to them, to be left out of the
+                             // normal system: the orientation of a set-up with vertical angles alone
     std::vector<int> weak;   // unknowns of small pivots whose movement the rows do feel
     int not_searched = 0;    // suspects beyond those that one search takes
 

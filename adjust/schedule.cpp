@@ -39,7 +39,7 @@ static std::vector<double> subtree_operations(const Symbolic &symbolic)
 // its update there while those of its children still are.
 class StackMeter {
 public:
-    StackMeter(const Symbolic &symbolic, const std::vector<char> &in_crown) : symbolic(symbolic), in_crown(in_crown) {}
+    StackMeter(const Symbolic &pattern, const std::vector<char> &crown) : symbolic(pattern), in_crown(crown) {}
 
     void work_off(int s, std::size_t children)
     {

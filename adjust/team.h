@@ -21,12 +21,12 @@ public:
 
     int size() const { return 1 + (int)workers.size(); }
 
-    // Calls work(task, thread) once for each task from 0 to tasks - 1, in no order but each begun after
-    // those before it; returns when all are done. Thread 0 is the caller's. work must not throw.
-    template <class Work> void run(int tasks, const Work &work)
+    // Calls task_work(task, thread) once for each task from 0 to tasks - 1, in no order but each begun after
+    // those before it; returns when all are done. Thread 0 is the caller's. It must not throw.
+    template <class Work> void run(int tasks, const Work &task_work)
     {
         run_all(
-            tasks, [](const void *w, int task, int thread) { (*(const Work *)w)(task, thread); }, &work);
+            tasks, [](const void *w, int task, int thread) { (*(const Work *)w)(task, thread); }, &task_work);
     }
 
 private:

@@ -12,7 +12,7 @@ namespace vornadjust {
 
 class Tracker {
 public:
-    Tracker(const Watch &watch, double total) : watch(watch), total(total) {}
+    Tracker(const Watch &watched, double total_work) : watch(watched), total(total_work) {}
 
     // Counts work of a thread; the first one tells the watch, each hundredth at most.
     void add(double work, int thread)

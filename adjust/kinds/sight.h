@@ -54,18 +54,29 @@ template <class T> Vec3<T> sight(const Frame &frame, const Vec3<T> &p, const Vec
     return u;
 }
 
-// An instrument: its three angles, and whether it stands upright at its point.
+// The same for angles 0, 0, c.
+template <class T> Vec3<T> turned_back(const T &c, const Vec3<T> &d)
+{
+    using std::cos, std::sin;
+    const T cc = cos(c), sc = sin(c);
+    return {cc * d.x - sc * d.y, sc * d.x + cc * d.y, d.z};
+}
+
+// An instrument: its three angles, and whether it is levelled at its point or its angles count from the axes of the
+// network.
 template <class T> struct Axes {
     Vec3<T> angles;
     bool levelled;
+    bool tilted; // false: the first two angles are 0 and have no derivative
 };
 
 // The sight from p to q in the axes of the instrument at p.
 template <class T>
 Vec3<T> instrument_sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Axes<T> &axes)
 {
-    const Vec3<T> u = sight(frame, p, q, h);
-    return turned_back(rotation(axes.angles), axes.levelled ? levelled(frame, p, u) : u);
+    Vec3<T> u = sight(frame, p, q, h);
+    if (axes.levelled) u = levelled(frame, p, u);
+    return axes.tilted ? turned_back(rotation(axes.angles), u) : turned_back(axes.angles.z, u);
 }
 
 template <class T> T length(const Vec3<T> &d)

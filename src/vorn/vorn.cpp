@@ -19,7 +19,7 @@ vorn::~vorn() { state->~vornrun(); }
 
 vorn &vorn::operator=(const vorn &other)
 {
-    *state = *other.state;
+    if (this != &other) *state = *other.state;
     return *this;
 }
 

@@ -71,7 +71,7 @@ inline Svd svd(Matrix a)
                 Real pp = 0, qq = 0, pq = 0;
                 for (int i = 0; i < a.rows; i++)
                     pp += a(i, p) * a(i, p), qq += a(i, q) * a(i, q), pq += a(i, p) * a(i, q);
-                if (std::fabs(pq) <= 1e-18L * std::sqrt(pp * qq) || pq == 0) continue;
+                if (std::fabs(pq) <= 1e-17L * std::sqrt(pp * qq) || pq == 0) continue;
                 turned = true;
                 const Real z = (qq - pp) / (2 * pq), t = (z < 0 ? -1 : 1) / (std::fabs(z) + std::sqrt(1 + z * z));
                 const Real c = 1 / std::sqrt(1 + t * t), s = c * t;
@@ -269,10 +269,10 @@ inline DenseSolution dense_solution(Model m, bool invariant, int steps = 40)
         Real largest = 0;
         for (int j = 0; j < n; j++) {
             if (steps > 0) m.value[r.system.unknown[j]] += (double)dx(j, 0);
-            largest = std::fmax(largest, std::fabs(dx(j, 0)));
+            largest = std::fmax(largest, std::fabs(dx(j, 0)) / std::sqrt(s.q(j, j))); // of a standard deviation
         }
         r.q = t * s.q * transposed(t);
-        if (largest < 1e-11L) break;
+        if (largest < 1e-8L) break;
     }
     r.x = m.value;
     r.system = dense_system(m, invariant);

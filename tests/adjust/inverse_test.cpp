@@ -123,7 +123,9 @@ TEST(Inverse, EqualsSolutionsForUnitVectors)
         solve(q.symbolic, q.factor, column.data());
         for (int i = 0; i < a.n; i++) {
             const double *z = element(q.symbolic, q.inverse, i, j);
-            if (z) EXPECT_NEAR(*z, column[i], 1e-11 * column[j]);
+            if (z) {
+                EXPECT_NEAR(*z, column[i], 1e-11 * column[j]);
+            }
         }
     }
 }

@@ -115,7 +115,7 @@ TEST(Direction, CountsFromTheFirstAxisTowardsTheSecond)
 
 TEST(Direction, OfAnInstrumentIsBearingPlusThirdAngle)
 {
-    const Axes<double> axes{{0, 0, 0.25}, true};
+    const Axes<double> axes{{0, 0, 0.25}, true, false};
     EXPECT_DOUBLE_EQ(direction(instrument_sight(Frame{}, V{0, 0, 0}, V{2, 2, 3}, Heights{1, 9}, axes)), pi / 4 + 0.25);
 }
 

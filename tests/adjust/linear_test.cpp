@@ -94,6 +94,24 @@ TEST(Linear, HasTheDerivativesOfItsValuesOnEveryKindOfEarth)
             }
 }
 
+TEST(Linear, OfAnUprightInstrumentIsThatOfOneWithTiltsOfZero)
+{
+    Model m = scattered(8, sphere(5000, false));
+    observe_everything(m, false);
+    const Model tilts = m; // set-up 0 has tilts of 0, free to move
+    m.code[m.setups[0].first] = m.code[m.setups[0].first + 1] = Code::absent;
+    int seen[most_unknowns];
+    for (const Observation &o : m.observations) {
+        if (o.setup != 0) continue;
+        Linear a, b;
+        linearize(m, o, false, &a);
+        linearize(tilts, o, false, &b);
+        EXPECT_NEAR(a.value[0], b.value[0], 1e-15);
+        for (int k = seen_unknowns(m, o, seen) - 1; k >= 0; k--)
+            if (m.code[seen[k]] != Code::absent) EXPECT_NEAR(a.slope[0][k], b.slope[0][k], 1e-15);
+    }
+}
+
 TEST(Linear, SeesNoUnknownThatItsValueIgnoresAndIgnoresNoneThatItDependsOn)
 {
     for (const Frame &frame : {parallel_verticals(), sphere(5000, false), sphere(5000, true)}) {

@@ -182,6 +182,132 @@ inline Network baselines(unsigned seed, Hold how)
     return n;
 }
 
+// Levelled instruments whose additive constant and refraction are unknown too. With sigmas the constants are weighted.
+inline Network constants(unsigned seed, Hold how, bool weighted)
+{
+    Network n(seed, frame_of(Space::space));
+    n.points(6, 1500, 300);
+    n.setups(6);
+    const double values[3] = {0.02, 1.0001, 0.13};
+    const Code codes[3] = {Code::free, weighted ? Code::free : Code::fixed, Code::free};
+    n.model.add_constants(values, codes);
+    n.pairs(8, [&](int p, int q) {
+        for (const auto &[from, to] : {std::pair(p, q), std::pair(q, p)}) {
+            n.observe(Kind::direction, from, to, 2e-5);
+            n.observe(Kind::vertical_angle, from, to, 2e-5).constants = 0;
+        }
+        n.observe(Kind::slope_distance, q, p, 0.002).constants = 0;
+    });
+    for (int k = 0; k < 3 && weighted; k++) {
+        Observation o;
+        o.kind = Kind::unknown;
+        o.unknown = n.model.constants[0].first + k;
+        o.sigma[0] = k == 0 ? 0.003 : k == 1 ? 2e-5 : 0.05;
+        n.model.observe(o);
+    }
+    n.hold(how, 3);
+    n.simulate(0.1);
+    return n;
+}
+
+// A covariance with correlations everywhere.
+inline std::vector<double> full_covariance(Network &n, int size, double sigma)
+{
+    std::vector<double> root((size_t)size * size), c((size_t)size * size, 0.0);
+    for (double &x : root) x = n.uniform(-sigma, sigma) / size;
+    for (int i = 0; i < size; i++)
+        for (int j = 0; j < size; j++) {
+            for (int k = 0; k < size; k++) c[i * size + j] += root[i * size + k] * root[j * size + k];
+            if (i == j) c[i * size + j] += 0.3 * sigma * sigma;
+        }
+    return c;
+}
+
+// Sessions of three correlated baselines each, and three points imported with a covariance of their coordinates.
+inline Network sessions(unsigned seed)
+{
+    Network n(seed, frame_of(Space::space));
+    n.points(9, 20000, 500);
+    int group = -1, place = 9;
+    n.pairs(10, [&](int p, int q) {
+        if (place == 9) group = n.model.add_group(9, full_covariance(n, 9, 0.01).data()), place = 0;
+        Observation &o = n.observe(Kind::baseline, p, q, 0.01);
+        o.group = group, o.place = place;
+        place += 3;
+    });
+    const int imported = n.model.add_group(9, full_covariance(n, 9, 0.02).data());
+    for (int u = 0; u < 9; u++) {
+        Observation o;
+        o.kind = Kind::unknown;
+        o.unknown = u, o.group = imported, o.place = 8 - u;
+        n.model.observe(o);
+    }
+    n.simulate(5.0);
+    return n;
+}
+
+// A bundle of images around a field of points, all inner parameters unknown; the camera looks along -z of its axes.
+inline Network images(unsigned seed, Hold how)
+{
+    Network n(seed, frame_of(Space::space));
+    const int stations = 5, targets = 12;
+    const Code codes[3] = {Code::free, Code::free, Code::free};
+    for (int s = 0; s < stations; s++) {
+        const double xyz[3] = {n.uniform(0, 10), n.uniform(0, 10), n.uniform(15, 25)};
+        n.model.add_point(xyz, codes);
+    }
+    for (int t = 0; t < targets; t++) {
+        const double xyz[3] = {n.uniform(0, 10), n.uniform(0, 10), n.uniform(0, 4)};
+        n.model.add_point(xyz, codes);
+    }
+    for (int s = 0; s < stations; s++) {
+        const double angles[3] = {n.uniform(-0.3, 0.3), n.uniform(-0.3, 0.3), 1.3 * s}; // turned about its axis
+        n.model.add_setup(s, false, angles, codes);
+    }
+    const double inner[10] = {0.03, 1e-4, -1e-4, 1e-3, -1e-3, 20, 1e3, 1e5, 0.02, -0.01};
+    const Code free[10] = {Code::free, Code::free, Code::free, Code::free, Code::free,
+                           Code::free, Code::free, Code::free, Code::free, Code::free};
+    n.model.add_camera(inner, free, 5e-6, 5e-6, 2000, 2000);
+    for (int s = 0; s < stations; s++)
+        for (int t = 0; t < targets; t++) {
+            Observation &o = n.observe(Kind::image, s, stations + t, 0.1);
+            o.setup = s, o.camera = 0;
+        }
+    for (int p = stations; p < stations + (how == Hold::free_all ? targets : 6); p++)
+        for (int k = 0; k < 3; k++) n.model.code[3 * p + k] = how == Hold::fixed ? Code::fixed : Code::datum;
+    n.simulate(0.0);
+    for (int u = 0; u < n.model.n_unknowns(); u++) {
+        if (!n.model.estimated(u)) continue;
+        if (n.model.meaning[u] == Meaning::coordinate) n.model.value[u] += n.uniform(-0.01, 0.01);
+        if (n.model.meaning[u] == Meaning::angle) n.model.value[u] += n.uniform(-1e-3, 1e-3);
+    }
+    n.model.start = n.model.value;
+    return n;
+}
+
+// Half of the points belong to a group that moves between two epochs; six parameters and the scale are unknown.
+inline Network movement(unsigned seed, Hold how)
+{
+    Network n(seed, frame_of(Space::space));
+    n.points(8, 200, 80);
+    n.setups(4);
+    const double values[7] = {0.3, -0.2, 0.1, 0.01, -0.02, 0.015, 1.0002};
+    const Code free[7] = {Code::free, Code::free, Code::free, Code::free, Code::free, Code::free, Code::free};
+    n.model.add_motion(values, free);
+    for (int epoch = 0; epoch < 2; epoch++)
+        for (int from = 0; from < 4; from++) // set-ups on the points that stand
+            for (int to = 0; to < 8; to++) {
+                if (to == from || n.chance(0.3)) continue;
+                for (Kind kind : {Kind::direction, Kind::vertical_angle, Kind::slope_distance}) {
+                    Observation &o = n.observe(kind, from, to, kind == Kind::slope_distance ? 0.002 : 2e-5);
+                    if (epoch == 1 && to > 3) o.motion_to = 0;
+                }
+            }
+    n.hold(how, 3);
+    n.simulate(0.01);
+    return n;
+}
+
 } // namespace vornadjust
 
 #endif

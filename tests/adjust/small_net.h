@@ -103,13 +103,17 @@ struct SmallNet {
     }
 };
 
-// Estimated unknowns less the rank of the rows, by elimination with complete pivoting on the dense
-// matrix of unit rows and columns.
+// Estimated unknowns (those that are no coordinates where a row sees them) less the rank of the rows, by elimination
+// with complete pivoting on the dense matrix of unit rows and columns.
 inline int dense_defect(const UnitRows &rows)
 {
-    const Columns taken = columns(*rows.model, *rows.equations);
-    const std::vector<int> &column = taken.of;
-    const int n = taken.count();
+    std::vector<char> seen(rows.model->n_unknowns(), 0);
+    for (std::size_t k = 0; k < rows.equations->column.size(); k++)
+        seen[rows.equations->column[k]] |= rows.equations->coefficient[k] != 0;
+    std::vector<int> column(rows.model->n_unknowns(), -1);
+    int n = 0;
+    for (int u = 0; u < rows.model->n_unknowns(); u++)
+        if (rows.model->estimated(u) && (seen[u] || rows.is_coordinate(u))) column[u] = n++;
     std::vector<std::vector<double>> a;
     for (int r = 0; r < rows.rows(); r++) {
         if (!rows.tells(r)) continue;
