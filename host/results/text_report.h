@@ -1,4 +1,5 @@
-// The program's own report: what a surveyor files, in the units of the network file.
+// The program's own report: what a surveyor files, in the units of the network file. Its last three lines are the
+// verdict.
 
 #ifndef VORNHOST_TEXT_REPORT_H
 #define VORNHOST_TEXT_REPORT_H
@@ -9,7 +10,8 @@
 
 namespace vornhost {
 
-std::string text_report(const Results &results);
+// date is the day of the run as it shall stand in the heading.
+std::string text_report(const Results &results, const std::string &date);
 
 } // namespace vornhost
 
