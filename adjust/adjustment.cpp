@@ -26,7 +26,8 @@ private:
     Status find_precision();
     Status choose_datum();
     bool clearly_determined() const;
-    bool has_mechanism(const std::vector<double> &values);
+    bool has_isolated_point() const;
+    bool has_findings(const std::vector<double> &values);
     Status judge_factor(const std::vector<double> &first);
     Status judge_failure(const std::vector<double> &first);
     void count();
@@ -42,17 +43,28 @@ private:
 Status Adjustment::choose_datum()
 {
     fill(model, Derivatives::invariant, &system.equations);
-    outcome.datum = find_datum(unit_rows(model, system.equations));
-    switch (outcome.datum.state) {
+    if (system.equations.usable_rows() == 0) return Status::no_observations;
+    outcome.determinacy.datum = find_datum(unit_rows(model, system.equations));
+    const Datum &found = outcome.determinacy.datum;
+    if (has_isolated_point() && has_findings(model.value)) return Status::undetermined;
+    switch (found.state) {
     case DatumState::loose: return Status::no_datum;
     case DatumState::not_carried: return Status::datum_points;
     case DatumState::held: break;
     case DatumState::by_points:
-        datum = free_datum(system.columns, outcome.datum);
-        system.held = held_columns(model, system.columns, outcome.datum);
+        datum = free_datum(system.columns, found);
+        system.held = held_columns(model, system.columns, found);
         system.derivatives = Derivatives::invariant;
     }
     return Status::adjusted;
+}
+
+// Whether a point with unknown coordinates is seen by no row.
+bool Adjustment::has_isolated_point() const
+{
+    for (int u = 0; u < 3 * model.n_points; u++)
+        if (model.estimated(u) && outcome.determinacy.datum.parts.part_of[u / 3] < 0) return true;
+    return false;
 }
 
 // Whether the weighted factor shows that all unknowns are determined, so that no movement need be searched.
@@ -62,16 +74,16 @@ bool Adjustment::clearly_determined() const
                        [](double p) { return p >= clear_pivot; });
 }
 
-// Searches movements that no row answers to, with unit rows at the given values.
-bool Adjustment::has_mechanism(const std::vector<double> &values)
+// Searches what the rows leave undetermined at the given values.
+bool Adjustment::has_findings(const std::vector<double> &values)
 {
     const std::vector<double> present = model.value;
     model.value = values;
-    fill(model, Derivatives::invariant, &system.equations);
-    outcome.mechanisms = find_mechanisms(unit_rows(model, system.equations), outcome.datum);
+    Determinacy found = judge(model, options.made.empty() ? std::vector<char>(model.n_points, 0) : options.made);
     model.value = present;
-    fill(model, system.derivatives, &system.equations);
-    return !outcome.mechanisms.none();
+    if (found.findings.empty()) return false;
+    outcome.determinacy = std::move(found);
+    return true;
 }
 
 // The verdict on a system whose last factor is undamped.
@@ -79,7 +91,7 @@ Status Adjustment::judge_factor(const std::vector<double> &first)
 {
     if (system.factor.stopped) return Status::stopped;
     if (clearly_determined()) return Status::adjusted;
-    if (has_mechanism(system.factor.failed.empty() ? model.value : first)) return Status::undetermined;
+    if (has_findings(system.factor.failed.empty() ? model.value : first)) return Status::undetermined;
     for (const FailedPivot &f : system.factor.failed) outcome.failed.push_back(system.columns.unknown[f.unknown]);
     return outcome.failed.empty() ? Status::adjusted : Status::singular;
 }
@@ -88,7 +100,7 @@ Status Adjustment::judge_factor(const std::vector<double> &first)
 Status Adjustment::judge_failure(const std::vector<double> &first)
 {
     if (outcome.iteration.ending == Ending::stopped) return Status::stopped;
-    if (has_mechanism(first)) return Status::undetermined;
+    if (has_findings(first)) return Status::undetermined;
     std::vector<double> last = first;
     model.value.swap(last);
     fill(model, Derivatives::exact, &system.equations);
@@ -148,6 +160,10 @@ Status Adjustment::find_precision()
     s.pairs = options.pairs;
     s.together = options.together;
     outcome.statistics = statistics(model, system, cofactors, s);
+    outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
+        cofactors.multiply(x);
+        for (int u : system.columns.unknown) x[u] *= outcome.variance_factor;
+    });
     return Status::adjusted;
 }
 
@@ -155,7 +171,6 @@ Outcome Adjustment::run()
 {
     system = make_system(model);
     outcome.status = choose_datum();
-    if (system.equations.usable_rows() == 0) outcome.status = Status::no_observations;
     if (outcome.status == Status::adjusted) outcome.status = find_values();
     count();
     if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();

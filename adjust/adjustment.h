@@ -7,9 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "adjust/datum.h"
+#include "adjust/diagnosis.h"
 #include "adjust/iterate.h"
-#include "adjust/mechanisms.h"
 #include "adjust/misclosures.h"
 #include "adjust/statistics.h"
 
@@ -22,6 +21,7 @@ struct Options {
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
     std::vector<int> together;              // unknowns whose cofactors are wanted, all with all
+    std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
     Watch watch; // of factor and inverse
@@ -31,9 +31,9 @@ enum class Status {
     adjusted,
     no_observations, // no usable row
     bad_covariance,  // of a group: not positive definite
-    no_datum,        // loose parts that can move, see datum
-    datum_points,    // the datum points do not hold what is open, see datum
-    undetermined,    // the rows leave unknowns open inside the network, see mechanisms
+    no_datum,        // loose parts that can move, see determinacy.datum
+    datum_points,    // the datum points do not hold what is open, see determinacy.datum
+    undetermined,    // the rows leave unknowns open inside the network, see determinacy.findings
     singular,        // no such movement is found, but the normal matrix is too close to singular, see failed
     no_convergence,  // see iteration and misfits
     stopped          // by the watch
@@ -41,11 +41,10 @@ enum class Status {
 
 struct Outcome {
     Status status = Status::adjusted;
-    Datum datum;         // at the first values
-    Equations equations; // at the last values; misclosure is the residual observed - adjusted
+    Determinacy determinacy; // datum at the first values; mechanisms and findings where something is not determined
+    Equations equations;     // at the last values; misclosure is the residual observed - adjusted
     Iteration iteration;
     std::vector<int> left_out; // observations without a derivative at the last values
-    Mechanisms mechanisms;     // of undetermined
     std::vector<int> failed;   // unknowns of singular
     int bad_group = -1;
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
@@ -56,6 +55,8 @@ struct Outcome {
     int redundancy = 0;           // rows - unknowns + open
     double variance_factor = 1.0; // v^T P v / redundancy; 1 without redundancy or iteration
     Statistics statistics;        // where asked for
+    std::vector<WeakMotion>
+        weak; // turns and scale that the observations determine badly, where statistics are asked for
 };
 
 // Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration

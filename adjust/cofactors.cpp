@@ -1,5 +1,6 @@
 #include "adjust/cofactors.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace vornadjust {
@@ -25,6 +26,21 @@ void Cofactors::block(int k, const int *columns, double *q) const
             if (held[columns[a]] || held[columns[b]]) x = 0.0;
             x = transformed(datum, change, columns[a], columns[b], x);
         }
+}
+
+// Q = T Q- T^T with T = I - G C.
+void Cofactors::multiply(double *x) const
+{
+    std::vector<double> y(system.n());
+    for (int j = 0; j < system.n(); j++) y[j] = x[system.columns.unknown[j]];
+    transform_back(datum, y.data());
+    for (int h : system.held) y[h] = 0.0;
+    solve(system.symbolic, system.factor, y.data());
+    for (int h : system.held) y[h] = 0.0;
+    const std::vector<double> start(system.n(), 0.0);
+    transform(datum, start.data(), y.data());
+    std::fill(x, x + system.columns.of.size(), 0.0);
+    for (int j = 0; j < system.n(); j++) x[system.columns.unknown[j]] = y[j];
 }
 
 void Cofactors::solved(int k, const int *columns, int m, const int *others, double *q) const

@@ -29,6 +29,10 @@ public:
     //   q  out  [k][m]
     void solved(int k, const int *columns, int m, const int *others, double *q) const;
 
+    // Multiplies a vector by the cofactors.
+    //   x  in/out  [unknowns of the model]; entries of unknowns that are not estimated do not count, and become 0
+    void multiply(double *x) const;
+
 private:
     const System &system;
     const FreeDatum &datum;

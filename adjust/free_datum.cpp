@@ -92,6 +92,19 @@ void transform(const FreeDatum &datum, const double *from_start, double *dx)
     }
 }
 
+void transform_back(const FreeDatum &datum, double *x)
+{
+    const int d = datum.open, n = datum.n;
+    std::vector<double> gx(d);
+    for (int k = 0; k < d; k++) gx[k] = dot(n, &datum.motion[(std::size_t)k * n], x);
+    for (int i = 0; i < d; i++) {
+        const double *condition = &datum.condition[(std::size_t)i * n];
+        double c = 0.0;
+        for (int k = 0; k < d; k++) c += datum.closing[k * d + i] * gx[k];
+        for (int j = 0; j < n; j++) x[j] -= c * condition[j];
+    }
+}
+
 CofactorTransform cofactor_transform(const FreeDatum &datum, const System &system)
 {
     const int d = datum.open, n = datum.n;

@@ -41,6 +41,9 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
 //   dx          in/out  [n] corrections of the minimal datum; becomes those of the wanted one
 void transform(const FreeDatum &datum, const double *from_start, double *dx);
 
+// x to (I - C^T G^T) x, the transposed of what transform() does to corrections.
+void transform_back(const FreeDatum &datum, double *x);
+
 // Cofactors of the wanted datum out of those of the minimal one.
 struct CofactorTransform {
     std::vector<double> w;  // [d][n]

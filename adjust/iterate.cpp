@@ -14,6 +14,7 @@ const double first_damping = 1e-4; // of the diagonal
 const double least_damping = 1e-6; // below it there is none
 const double most_damping = 1e12;  // above it no step is left
 const double rounding = 1e-11;     // of the sum of squares
+const double approximate = 1e-3;   // of the sum of squares: what derivatives without curvature can foresee
 const double follow = 1e-4;        // of the size of the network: corrections after which open motions are found anew
 
 // Whether a correction of each kind of unknown lies within the limits.
@@ -98,7 +99,9 @@ bool Iterator::take_step()
     for (std::size_t j = 0; j < dx.size(); j++) model.value[system.columns.unknown[j]] += dx[j];
     const double after = fill_rows(model, &system);
     const double gain = (squares - after) / foreseen;
-    const bool asked = !size.within(limits) && foreseen > rounding * squares;
+    const bool exact = system.derivatives == Derivatives::exact || !model.frame.curved();
+    const double told = exact ? rounding : approximate;
+    const bool asked = !size.within(limits) && foreseen > told * squares;
     if (std::isfinite(after) && (!asked || gain > least_gain)) {
         squares = after;
         lower_damping(asked ? gain : 1.0);

@@ -5,8 +5,9 @@
 //   gain = (F - F after the step) / (F - F that the linear equations foresaw)
 // is not near 0 or below. When it is, the step is taken back and tried again with N + damping diag(N) in the place of N
 // (Levenberg, 1944; Marquardt, 1963; the damping follows the gain as in Madsen, Nielsen and Tingleff, Methods for
-// non-linear least squares problems, 2004). A step within the limits, or one whose foreseen gain is rounding of F, is
-// taken without asking. The end is an undamped step within the limits.
+// non-linear least squares problems, 2004). A step within the limits, or one whose foreseen gain is rounding of F
+// (a thousandth of F where derivatives leave curvature out), is taken without asking. The end is an undamped step
+// within the limits.
 
 #ifndef ADJUST_ITERATE_H
 #define ADJUST_ITERATE_H

@@ -8,68 +8,13 @@
 #include "host/input/names.h"
 #include "host/own/item_names.h"
 #include "host/preparation/lump_checks.h"
+#include "host/run/determinacy_words.h"
 
 namespace vornhost {
 
 namespace {
 
 namespace va = vornadjust;
-
-const char *const kind_words[va::n_kinds][2] = {
-    {"distance", "distances"},
-    {"distance", "distances"},
-    {"distance", "distances"},
-    {"height difference", "height differences"},
-    {"direction", "directions"},
-    {"angle", "angles"},
-    {"vertical angle", "vertical angles"},
-    {"azimuth", "azimuths"},
-    {"baseline", "baselines"},
-    {"image point", "image points"},
-    {"weighted or imported value", "weighted or imported values"},
-};
-
-std::string counted(int n, const char *const words[2]) { return std::to_string(n) + " " + words[n == 1 ? 0 : 1]; }
-
-// "a", "a and b", "a, b and c".
-std::string listed(const std::vector<std::string> &items)
-{
-    std::string text;
-    for (size_t i = 0; i < items.size(); i++) text += (i == 0 ? "" : i + 1 < items.size() ? ", " : " and ") + items[i];
-    return text;
-}
-
-// What holds the basic motions first to last - 1: "2 fixed coordinates and 7 distances"; empty when they are all open.
-std::string holders(const va::Datum &datum, int first, int last)
-{
-    static const char *const fixed_words[2] = {"fixed coordinate", "fixed coordinates"};
-    std::array<int, va::n_kinds> most = {};
-    int fixed = 0;
-    for (int m = first; m < last; m++) {
-        const va::Holding &h = datum.holding[(size_t)m];
-        if (!h.exists || h.open) continue;
-        fixed = std::max(fixed, h.fixed);
-        for (int k = 0; k < va::n_kinds; k++) most[(size_t)k] = std::max(most[(size_t)k], h.of_kind[(size_t)k]);
-    }
-    std::vector<std::string> items;
-    if (fixed > 0) items.push_back(counted(fixed, fixed_words));
-    most[1] += most[0] + most[2]; // the three kinds of distances
-    most[0] = most[2] = 0;
-    for (int k = 0; k < va::n_kinds; k++)
-        if (most[(size_t)k] > 0) items.push_back(counted(most[(size_t)k], kind_words[k]));
-    return listed(items);
-}
-
-std::vector<std::string> open_words(const va::Datum &datum)
-{
-    static const char *const words[3][2] = {{"shift", "shifts"}, {"turn", "turns"}, {"scale", "scales"}};
-    int count[3] = {0, 0, 0};
-    for (const va::NamedMotion &m : datum.open) count[(int)m.kind]++;
-    std::vector<std::string> open;
-    for (int k = 0; k < 3; k++)
-        if (count[k] > 0) open.push_back(k == 2 ? "scale" : counted(count[k], words[k]));
-    return open;
-}
 
 std::string number(double x, int digits)
 {
@@ -117,43 +62,37 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
     return words;
 }
 
-std::string names_of(const Model &network, const Numbers &numbers, const std::vector<int> &points)
+Naming naming_of(const Model &network, const Numbers &numbers)
+{
+    static const double circles[] = {400.0, 360.0, 360.0, 2.0 * 3.14159265358979323846};
+    static const char *const angles[] = {"gon", "degrees", "degrees", "rad"};
+    Naming naming;
+    naming.point = [&](int p) { return plain_name(point_name(network, numbers.points[(size_t)p])); };
+    naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
+    naming.circle = circles[network.p.iangle];
+    naming.angle = angles[network.p.iangle];
+    return naming;
+}
+
+// What the rows leave open, in sentences.
+std::vector<std::string> open_words(const Model &network, const OwnOutcome &outcome)
+{
+    const Naming naming = naming_of(network, outcome.numbers);
+    std::vector<std::string> words = refusals(outcome.numbers.model, outcome.adjustment.determinacy, naming);
+    if (words.empty()) words.push_back("the network is not determined");
+    return words;
+}
+
+// The normal matrix gave out though no movement was found that the rows do not feel.
+std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome)
 {
     constexpr size_t most = 8;
-    std::string text;
-    for (size_t i = 0; i < points.size() && i < most; i++)
-        text += (i > 0 ? ", " : "") + plain_name(point_name(network, numbers.points[(size_t)points[i]]));
-    return points.size() > most ? text + " and " + std::to_string(points.size() - most) + " more" : text;
-}
-
-std::vector<std::string> loose_words(const Model &network, const OwnOutcome &outcome)
-{
-    const va::Datum &d = outcome.adjustment.datum;
-    std::string parts;
-    for (size_t i = 0; i < d.loose_parts.size(); i++)
-        parts += (i > 0 ? " | " : "") + names_of(network, outcome.numbers, d.parts.points[(size_t)d.loose_parts[i]]);
-    return {"the network falls into parts that no observation ties together and nothing holds: " + parts,
-            "observe between them, or hold each by fixed points"};
-}
-
-std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome,
-                                        const std::vector<int> &unknowns)
-{
-    std::vector<std::string> names;
-    for (const int u : unknowns)
-        if (names.size() < 8) names.push_back(unknown_name(network, outcome.numbers, u));
-    return {"not determined: " + listed(names), "observe more, or fix what is known"};
-}
-
-std::vector<int> moved_unknowns(const va::Mechanisms &m)
-{
-    std::vector<int> unknowns = m.unseen;
-    for (int j = 0; j < m.vectors.cols; j++)
-        for (int i = 0; i < m.vectors.rows; i++)
-            if (std::fabs(m.vectors(i, j)) > 1e-7) unknowns.push_back(i);
-    std::sort(unknowns.begin(), unknowns.end());
-    unknowns.erase(std::unique(unknowns.begin(), unknowns.end()), unknowns.end());
-    return unknowns;
+    std::string names;
+    const std::vector<int> &failed = outcome.adjustment.failed;
+    for (size_t i = 0; i < failed.size() && i < most; i++)
+        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
+    return {names + ": hardly anything determines this, the normal equations have no solution",
+            "observe more of it, or look for standard deviations that are very far apart"};
 }
 
 std::vector<std::string> covariance_words(const Model &network, const OwnOutcome &outcome)
@@ -190,34 +129,17 @@ void judge(const Model &network, OwnOutcome &outcome)
     case va::Status::no_observations:
         return end(Ending::no_observations, {"no observation takes part", "look at those left out"});
     case va::Status::bad_covariance: return end(Ending::bad_covariance, covariance_words(network, outcome));
-    case va::Status::no_datum: return end(Ending::no_datum, loose_words(network, outcome));
-    case va::Status::datum_points:
-        return end(Ending::no_datum,
-                   {"the points with code free do not hold the network", "give more points code free"});
-    case va::Status::undetermined:
-        return end(Ending::undetermined, singular_words(network, outcome, moved_unknowns(a.mechanisms)));
-    case va::Status::singular: return end(Ending::singular, singular_words(network, outcome, a.failed));
+    case va::Status::no_datum:
+    case va::Status::datum_points: return end(Ending::no_datum, open_words(network, outcome));
+    case va::Status::undetermined: return end(Ending::undetermined, open_words(network, outcome));
+    case va::Status::singular: return end(Ending::singular, singular_words(network, outcome));
     default: return end(Ending::no_convergence, divergence_words(network, outcome));
     }
 }
 
-std::string datum_line(const va::Datum &datum)
+std::vector<std::string> weak_notes(const Model &network, const OwnOutcome &outcome)
 {
-    if (datum.state == va::DatumState::loose) return {};
-    static const struct {
-        const char *what;
-        int first, last;
-    } groups[] = {{"position", 0, 3}, {"orientation", 3, 6}, {"scale", 6, 7}};
-    std::vector<std::string> held;
-    for (const auto &g : groups) {
-        const std::string by = holders(datum, g.first, g.last);
-        if (!by.empty()) held.push_back(std::string(g.what) + " from " + by);
-    }
-    const std::vector<std::string> open = open_words(datum);
-    std::string line = open.empty() ? "held: " : "free: ";
-    for (size_t i = 0; i < open.size(); i++) line += (i > 0 ? ", " : "") + open[i];
-    for (size_t i = 0; i < held.size(); i++) line += (i > 0 || !open.empty() ? "; " : "") + held[i];
-    return line;
+    return warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming_of(network, outcome.numbers));
 }
 
 } // namespace vornhost

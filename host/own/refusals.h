@@ -16,8 +16,8 @@ std::vector<std::string> not_adjusted_here(const Model &network);
 // Sets the ending and the words of an outcome whose adjustment has ended.
 void judge(const Model &network, OwnOutcome &outcome);
 
-// What the search for open motions found, in one line.
-std::string datum_line(const vornadjust::Datum &datum);
+// What is determined, but badly: one line each.
+std::vector<std::string> weak_notes(const Model &network, const OwnOutcome &outcome);
 
 } // namespace vornhost
 

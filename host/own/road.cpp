@@ -1,12 +1,14 @@
 #include "host/own/road.h"
 
 #include <chrono>
+#include <unordered_set>
 
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
 #include "host/own/refusals.h"
 #include "host/preparation/lump_checks.h"
+#include "host/run/determinacy_words.h"
 
 namespace vornhost {
 
@@ -28,11 +30,17 @@ private:
     void leave_out();
     void tell(std::string line) { user.feedback(&line[0]); }
     void note(const std::string &line);
+    template <class Record> void remember_computed(const List<Record> &list)
+    {
+        for (const Record &r : list.records)
+            if (r.status == STATUS_COMPUTE) computed.insert(r.name);
+    }
     va::Options options() const;
 
     Model &network;
     Feedback &user;
     const bool checking;
+    std::unordered_set<std::string> computed; // points that get first coordinates
     OwnOutcome outcome;
 };
 
@@ -61,6 +69,8 @@ bool Road::prepare()
 {
     if (stop(Ending::not_available, not_adjusted_here(network))) return false;
     if (stop(Ending::bad_import, take_imports(network))) return false;
+    remember_computed(network.stations);
+    remember_computed(network.targets);
     const FirstValues first = find_first_coordinates(network);
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
@@ -76,6 +86,8 @@ va::Options Road::options() const
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
     o.residuals = network.mode == Mode::Statistics;
+    for (const PointPlace &point : outcome.numbers.points)
+        o.made.push_back(computed.count(point_name(network, point)) > 0);
     o.limits.steps = network.steps;
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
@@ -98,9 +110,12 @@ void Road::adjust()
     const va::Iteration &i = outcome.adjustment.iteration;
     if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
     leave_out();
-    outcome.datum = datum_line(outcome.adjustment.datum);
-    if (!outcome.datum.empty()) tell(outcome.datum);
     judge(network, outcome);
+    const va::Datum &datum = outcome.adjustment.determinacy.datum;
+    if (datum.state != va::DatumState::loose) outcome.datum = datum_line(datum);
+    if (!outcome.datum.empty()) tell(outcome.datum);
+    if (outcome.adjusted())
+        for (const std::string &line : weak_notes(network, outcome)) note(line);
 }
 
 OwnOutcome Road::run()

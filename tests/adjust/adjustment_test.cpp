@@ -6,6 +6,7 @@
 
 #include "dense_solution.h"
 #include "random_networks.h"
+#include "scattered.h"
 
 using namespace vornadjust;
 
@@ -129,6 +130,29 @@ TEST(Adjustment, OnTheSphereIsTheDenseSolution)
             expect_dense(space(5, how, earth(mixed), true).model, name("sphere", how, mixed), is_free(how) ? 4 : 0);
 }
 
+TEST(Adjustment, OfAFreeNetworkOf50KilometresOnTheSphereConverges)
+{
+    for (bool mixed : {false, true}) {
+        Network n(1, earth(mixed));
+        n.points(8, 50000, 800);
+        n.setups(8);
+        n.pairs(8, [&](int p, int q) {
+            for (const auto &[from, to] : {std::pair(p, q), std::pair(q, p)}) {
+                n.observe(Kind::direction, from, to, 1e-4); // residuals that curvature alone would answer
+                n.observe(Kind::vertical_angle, from, to, 3e-4);
+            }
+            n.observe(Kind::slope_distance, q, p, 0.6);
+        });
+        n.hold(Hold::free_all, 0);
+        n.simulate(5.0);
+        const Outcome o = adjust(&n.model, {});
+        ASSERT_EQ(o.status, Status::adjusted);
+        EXPECT_EQ(o.open, 4);
+        EXPECT_LE(o.iteration.steps, 15);
+        EXPECT_NEAR(o.variance_factor, 1, 5 * std::sqrt(2.0 / o.redundancy));
+    }
+}
+
 TEST(Adjustment, OfBaselinesIsTheDenseSolution)
 {
     for (Hold how : every_hold)
@@ -158,6 +182,56 @@ TEST(Adjustment, OfImagesWithTenInnerParametersIsTheDenseSolution)
 TEST(Adjustment, OfAMovedGroupIsTheDenseSolution)
 {
     for (Hold how : every_hold) expect_dense(movement(4, how).model, name("movement", how, 4), is_free(how) ? 4 : 0);
+}
+
+TEST(Adjustment, MultipliesVectorsByTheCofactors)
+{
+    for (Hold how : every_hold) {
+        Model m = space(6, how, frame_of(Space::space), true).model;
+        const DenseSolution dense = dense_solution(m, is_free(how), 0);
+        System system = make_system(m);
+        FreeDatum datum;
+        fill(m, Derivatives::invariant, &system.equations);
+        const Datum found = find_datum(unit_rows(m, system.equations));
+        if (is_free(how))
+            datum = free_datum(system.columns, found), system.held = held_columns(m, system.columns, found);
+        fill_rows(m, &system);
+        fill_normal(&system);
+        ASSERT_TRUE(factorize(&system, 0.0, {}));
+        Random random(1);
+        std::vector<double> x, given;
+        for (int u = 0; u < m.n_unknowns(); u++) x.push_back(random(-1, 1));
+        given = x;
+        Cofactors(system, datum).multiply(x.data());
+        for (int i = 0; i < dense.q.rows; i++) {
+            Real sum = 0, size = 0;
+            for (int j = 0; j < dense.q.cols; j++) {
+                sum += dense.q(i, j) * given[dense.system.unknown[j]];
+                size += std::fabs(dense.q(i, j));
+            }
+            EXPECT_NEAR(x[dense.system.unknown[i]], (double)sum, 1e-9 * (double)size);
+        }
+    }
+}
+
+TEST(Adjustment, TellsATurnThatTheObservationsDetermineBadly)
+{
+    // distances and an azimuth of 0.1 rad alone hold the turn
+    Network n(3, frame_of(Space::plane));
+    n.points(7, 500, 0);
+    n.pairs(12, [&](int p, int q) { n.observe(Kind::plane_distance, p, q, 0.003); });
+    n.observe(Kind::azimuth, 0, 3, 0.1).sigma[0] = 0.1;
+    n.simulate(0.0);
+    for (int k = 0; k < 2; k++) n.model.code[k] = Code::fixed;
+    Options options;
+    options.iterate = false;
+    const Outcome o = adjust(&n.model, options);
+    ASSERT_EQ(o.status, Status::adjusted);
+    ASSERT_EQ(o.weak.size(), 1u);
+    EXPECT_EQ(o.weak[0].motion, 5);
+    EXPECT_NEAR(o.weak[0].deviation, 0.1, 0.01);
+    n.model.observations.back().sigma[0] = 1e-4;
+    EXPECT_TRUE(adjust(&n.model, options).weak.empty());
 }
 
 TEST(Adjustment, OfPairsGivesTheCovarianceOfTheirDifference)
@@ -207,17 +281,30 @@ TEST(Adjustment, RefusesWhatItsRowsLeaveOpenInsideAndLeavesTheValuesAlone)
         options.iterate = iterate;
         const Outcome o = adjust(&m, options);
         ASSERT_EQ(o.status, Status::undetermined);
-        ASSERT_EQ(o.mechanisms.vectors.cols, 1);
+        ASSERT_EQ(o.determinacy.mechanisms.vectors.cols, 1);
         double along = 0.0, size = 0.0; // the movement stands across the distance
         for (int k = 0; k < 2; k++) {
-            const double move = o.mechanisms.vectors(9 + k, 0);
+            const double move = o.determinacy.mechanisms.vectors(9 + k, 0);
             along += move * (m.value[9 + k] - m.value[3 + k]);
             size += move * move;
         }
         EXPECT_NEAR(along, 0.0, 1e-9);
         EXPECT_GT(size, 0.1);
         EXPECT_EQ(m.value, n.model.value);
+        ASSERT_EQ(o.determinacy.findings.size(), 1u);
+        EXPECT_EQ(o.determinacy.findings[0].points, std::vector<int>{3});
     }
+}
+
+TEST(Adjustment, NamesPointsThatNothingSees)
+{
+    Model m = plane(5, Hold::fixed, true).model;
+    for (Observation &o : m.observations) o.use = o.from != 6 && o.to != 6;
+    const Outcome o = adjust(&m, {});
+    ASSERT_EQ(o.status, Status::undetermined);
+    ASSERT_FALSE(o.determinacy.findings.empty());
+    EXPECT_EQ(o.determinacy.findings[0].lack, Lack::observations);
+    EXPECT_EQ(o.determinacy.findings[0].points, std::vector<int>{6});
 }
 
 TEST(Adjustment, RefusesLooseParts)
@@ -233,7 +320,7 @@ TEST(Adjustment, RefusesLooseParts)
     m.code[2] = Code::fixed;
     const Outcome half = adjust(&m, {});
     EXPECT_EQ(half.status, Status::no_datum);
-    EXPECT_EQ(half.datum.loose_parts.size(), 1u);
+    EXPECT_EQ(half.determinacy.datum.loose_parts.size(), 1u);
     m.code[11] = Code::fixed;
     EXPECT_EQ(adjust(&m, {}).status, Status::adjusted);
 }
