@@ -54,6 +54,8 @@ struct Statistics {
     std::vector<Covariance> pairs;             // [pairs] of the difference second - first
     std::vector<double> joint;                 // [joint][joint] of the options
     std::vector<RowStatistics> rows;           // [rows]; empty when not asked for
+    std::vector<double> together;              // [k][k] cofactors (variance factor 1) of the unknowns asked for; 0 for
+                                               // what is held
     std::array<KindStatistics, 11> kinds = {}; // by Kind, of usable rows
 };
 

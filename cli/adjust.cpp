@@ -10,7 +10,7 @@
 #include "host/results/csv_writer.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
-#include "host/results/results.h"
+#include "host/run/network_run.h"
 
 using namespace vornhost;
 
@@ -120,9 +120,7 @@ int adjust(const Options &options)
 
     Outputs outputs(options);
     Console console(options.console);
-    const RunOutcome outcome = run(model, outputs.stream(), console);
-    const Results results = collect(model, outcome, VORN_VERSION);
-    model.p.freerun(model.p.runresults);
+    const auto [outcome, results] = run_network(model, outputs.stream(), console, VORN_VERSION);
 
     try {
         outputs.finish_report();

@@ -11,7 +11,7 @@ using vornhost::Mode;
 using vornhost::Solver;
 
 const std::map<std::string, Solver> solvers = {
-    {"compact", Solver::Compact}, {"jordan", Solver::Jordan}, {"simplex", Solver::Simplex}};
+    {"compact", Solver::Compact}, {"jordan", Solver::Jordan}, {"simplex", Solver::Simplex}, {"sparse", Solver::Sparse}};
 const std::map<std::string, Mode> modes = {
     {"statistics", Mode::Statistics}, {"solution", Mode::Solution}, {"propagation", Mode::Propagation}};
 
