@@ -127,7 +127,7 @@ ConnectedFile content_of(const Model &network, const OwnOutcome &outcome, const 
     }
     const size_t n = points.size() * (size_t)file.dimension;
     for (size_t i = 0; i < n; i++)
-        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(outcome.adjustment.statistics.together[i * n + j]);
+        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(outcome.adjustment.statistics.joint[i * n + j]);
     return file;
 }
 

@@ -91,7 +91,7 @@ va::Options Road::options() const
     o.limits.steps = network.steps;
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
-    if (o.statistics) o.together = exported_unknowns(network, outcome.numbers);
+    if (o.statistics) o.joint = exported_unknowns(network, outcome.numbers);
     return o;
 }
 
