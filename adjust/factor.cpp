@@ -342,7 +342,7 @@ static void take_memory(Job &job)
 {
     Factor &f = job.factor;
     try {
-        f.value.assign((std::size_t)job.symbolic.values(), 0.0);
+        f.value.assign(addressable(job.symbolic.values()), 0.0);
         f.reciprocal.assign((std::size_t)job.symbolic.n, 0.0);
         f.pivot.assign((std::size_t)job.symbolic.n, 0.0);
         job.update.assign((std::size_t)job.symbolic.nsuper, nullptr);

@@ -358,7 +358,7 @@ static void work_off_bunches(Job &job, Team &team, Tracker &tracker)
 static void take_memory(Job &job)
 {
     try {
-        job.inverse.value.resize((std::size_t)job.symbolic.values());
+        job.inverse.value.resize(addressable(job.symbolic.values()));
         job.below.assign((std::size_t)job.symbolic.nsuper, nullptr);
         job.layout.take();
     } catch (...) {

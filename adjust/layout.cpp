@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <new>
 
 namespace vornadjust {
 
@@ -80,6 +82,13 @@ Family::Family(const Symbolic &symbolic)
         child[p] = s;
         side[s] = (char)(1 - side[p]);
     }
+}
+
+// A square of the rows of a supernode holds at most a few times the numbers of the factor.
+std::size_t addressable(std::int64_t numbers)
+{
+    if ((std::uint64_t)numbers > std::numeric_limits<std::size_t>::max() / (8 * sizeof(double))) throw std::bad_alloc();
+    return (std::size_t)numbers;
 }
 
 void rows_in_parent(const Symbolic &symbolic, int s, int *index)

@@ -4,6 +4,7 @@
 #define VORNADJUST_LAYOUT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "adjust/schedule.h"
@@ -80,6 +81,10 @@ public:
 private:
     double *low, *high;
 };
+
+// Numbers of a factor as a size. Throws std::bad_alloc when they and the work space that belongs to
+// them go beyond what can be addressed.
+std::size_t addressable(std::int64_t numbers);
 
 // Places of the rows below supernode s among the rows of its parent, columns first.
 //   index  out  [below(s)] ascending

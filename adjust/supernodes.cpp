@@ -27,7 +27,7 @@ struct Limit {
 
 } // namespace
 
-static const Limit LIMITS[] = {{8, 1.0}, {24, 0.5}, {48, 0.15}, {1 << 30, 0.05}};
+static const Limit LIMITS[] = {{8, 0.7}, {24, 0.4}, {48, 0.15}, {1 << 30, 0.05}};
 
 // Supernode of each place: a run of places of which each is the parent of the one before, without new
 // rows.

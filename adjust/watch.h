@@ -10,7 +10,7 @@ namespace vornadjust {
 
 struct Watch {
     std::function<void(double share)> progress; // share done, 0 to 1, never less than before; may be
-                                                // empty; called by the calling thread only
+                                                // empty; called by the calling thread only; must not throw
     const std::atomic<bool> *stop = nullptr;    // set by anybody: the computation ends early
 };
 

@@ -1,6 +1,6 @@
 // Order, factor and inverse on the pattern of normal matrices of shuffled plane networks, three
 // unknowns a point and eight neighbours, beside CHOLMOD on the same matrix where the build found it.
-// Give OPENBLAS_NUM_THREADS=1. Wall and processor times; the second argument of a bench is the
+// Give OMP_NUM_THREADS=1 and OPENBLAS_NUM_THREADS=1. Wall and processor times; the second argument of a bench is the
 // number of threads, or of right-hand sides.
 
 #include <algorithm>
@@ -242,6 +242,7 @@ double least(const std::vector<double> &v) { return *std::min_element(v.begin(),
 void repeat(benchmark::internal::Benchmark *bench)
 {
     bench->UseRealTime()
+        ->MeasureProcessCPUTime()
         ->Unit(benchmark::kMillisecond)
         ->MinTime(0.05)
         ->Repetitions(3)

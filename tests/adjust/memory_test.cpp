@@ -80,6 +80,18 @@ TEST(Memory, IsWhatWasStatedAndLittleBeside)
         }
 }
 
+TEST(Memory, BeyondWhatCanBeAddressedIsRefused)
+{
+    const SymmetricMatrix a = matrix_of(full(3), 1);
+    Symbolic symbolic = analyse(a, {0, 1, 2});
+    Factor factor;
+    Inverse inverse;
+    ASSERT_TRUE(factorize(a, symbolic, factor));
+    symbolic.valuestart.back() = std::int64_t(1) << 60;
+    EXPECT_THROW(factorize(a, symbolic, factor), std::bad_alloc);
+    EXPECT_THROW(invert(symbolic, factor, inverse), std::bad_alloc);
+}
+
 TEST(Memory, ThatIsMissingIsSaidAndThePartsLeaveNoTrace)
 {
     const SymmetricMatrix a = matrix_of(grid(30, 30, 3, 1), 1);
