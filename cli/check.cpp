@@ -76,8 +76,8 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
     for (const std::string &line : account_lines(r.accounts)) printf("%s\n", line.c_str());
     if (!r.datum.empty()) printf("datum: %s\n", r.datum.c_str());
     if (!outcome.adjusted()) return;
-    if (r.degrees_of_freedom) printf("degrees of freedom: %d\n", *r.degrees_of_freedom);
     if (r.solver == "sparse") {
+        if (r.degrees_of_freedom) printf("degrees of freedom: %d\n", *r.degrees_of_freedom);
         puts("this network can be adjusted");
         return;
     }

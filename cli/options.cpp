@@ -72,7 +72,9 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("-o", options.report, "report in this file instead of standard output")
         ->check(not_empty)
         ->type_name("REPORT");
-    adjust->add_option("--json", options.json, "results as JSON in this file")->check(not_empty)->type_name("FILE");
+    adjust->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")
+        ->check(not_empty)
+        ->type_name("FILE");
     adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
         ->check(not_empty)
         ->type_name("DIR");

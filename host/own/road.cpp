@@ -113,7 +113,7 @@ void Road::adjust()
     judge(network, outcome);
     const va::Datum &datum = outcome.adjustment.determinacy.datum;
     if (datum.state != va::DatumState::loose) outcome.datum = datum_line(datum);
-    if (!outcome.datum.empty()) tell(outcome.datum);
+    if (!outcome.datum.empty()) tell("datum: " + outcome.datum);
     if (outcome.adjusted())
         for (const std::string &line : weak_notes(network, outcome)) note(line);
 }

@@ -152,7 +152,7 @@ TEST_F(Program, WritesJson)
 {
     EXPECT_EQ(run("adjust net.inp --json r.json"), 0);
     const nlohmann::json all = json("r.json");
-    EXPECT_EQ(all["schema"], 1);
+    EXPECT_EQ(all["schema"], 2);
     EXPECT_EQ(all["title"], "Triangle");
     EXPECT_EQ(all["file"], "net.inp");
     EXPECT_EQ(all["adjusted"], true);
@@ -276,7 +276,7 @@ TEST_F(Program, NamesItsCommands)
 TEST_F(Program, NamesTheWordsItKnows)
 {
     EXPECT_EQ(run("adjust net.inp --solver gauss"), 2);
-    EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex")) << err;
+    EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex, sparse")) << err;
 }
 
 TEST_F(Program, NamesResultsThatAreNotNumbers)
