@@ -413,3 +413,96 @@ TEST_F(Program, ExplainsItselfWithExamples)
     EXPECT_EQ(run("--version"), 0);
     EXPECT_EQ(out.find("vorn "), 0u);
 }
+
+// The program's own adjustment from the command line.
+
+namespace {
+
+const char loose[] = "[run]\ndimension = 1\nsolver = \"sparse\"\n[tables]\ntargets = '''\nname z code\nA 100 fixed\n"
+                     "B 101 free\nX 50 free\nY 51 free\n'''\nheight_differences = '''\nfrom to value sigma\n"
+                     "A B 1 0.001\nX Y 1 0.001\n";
+
+} // namespace
+
+TEST_F(Program, RefusesLooseLoopsAndAdjustsThemWithATie)
+{
+    folder.write("open.inp", std::string(loose) + "'''\n");
+    const std::string words = "vorn: X, Y: no observations tie this part to the rest, and it is not held by itself: a "
+                              "height difference to the rest or a fixed height would do\n";
+    for (const char *command : {"adjust open.inp -o r.txt --json r.json", "check open.inp"}) {
+        EXPECT_EQ(run(command), 1) << command;
+        EXPECT_TRUE(contains(err, words)) << err;
+        EXPECT_FALSE(contains(out, "can be adjusted"));
+    }
+    EXPECT_EQ(json("r.json")["stage"], "datum");
+    EXPECT_EQ(json("r.json")["code"], "no datum");
+    EXPECT_TRUE(contains(text_of(folder.file("r.txt")), "Not adjusted: no datum.\nX, Y: no observations"));
+
+    folder.write("open.inp", std::string(loose) + "B X -51 0.001\n'''\n");
+    EXPECT_EQ(run("check open.inp"), 0) << err;
+    EXPECT_TRUE(contains(out, "datum: held by 1 fixed height\ndegrees of freedom: 0\nthis network can be adjusted\n"));
+    EXPECT_EQ(run("adjust open.inp -o r.txt --json r.json"), 0) << err;
+    EXPECT_EQ(json("r.json")["stage"], "done");
+    EXPECT_EQ(json("r.json")["code"], "adjusted");
+}
+
+TEST_F(Program, GivesTheStageAndTheCodeOfEveryEnd)
+{
+    const auto plane = [](const std::string &points, const std::string &distances) {
+        return "[run]\ndimension = 2\nsolver = \"sparse\"\n[tables]\ntargets = '''\nname x y code\n" + points +
+               "'''\ndistances = '''\nfrom to value sigma\n" + distances + "'''\n";
+    };
+    const std::string held = "A 0 0 fixed\nB 100 0 fixed\n";
+    const struct {
+        const char *stage, *code;
+        std::string text;
+    } ends[] = {
+        {"first coordinates", "no first coordinates", plane(held + "P - - free\n", "A P 70 0.001\n")},
+        {"datum", "no datum",
+         plane("A 0 0 free\nB 100 0 no_datum\nC 0 90 no_datum\n", "A B 100 1\nB C 134.536 1\nC A 90 1\n")},
+        {"adjustment", "undetermined", plane(held + "P 50 50 free\nQ 80 80 free\n", "A P 70 1\nB P 70 1\nA Q 113 1\n")},
+        {"adjustment", "no convergence", plane(held + "P 50 1 free\n", "A P 10 0.001\nB P 20 0.001\n")},
+        {"done", "adjusted", plane(held + "P 50 50 free\n", "A P 70 1\nB P 70 1\n")}};
+    for (const auto &end : ends) {
+        folder.write("net.inp", end.text);
+        const bool done = std::string(end.stage) == "done";
+        EXPECT_EQ(run("adjust net.inp -o r.txt --json r.json"), done ? 0 : 1) << end.code;
+        EXPECT_EQ(json("r.json")["stage"], end.stage) << err;
+        EXPECT_EQ(json("r.json")["code"], end.code) << err;
+        EXPECT_EQ(json("r.json")["engine_code"], 0);
+        EXPECT_EQ(json("r.json")["adjusted"], done);
+        EXPECT_EQ(run("check net.inp"), done ? 0 : 1) << end.code << err;
+    }
+}
+
+// The report then goes where -o says, or nowhere.
+TEST_F(Program, WritesJsonOnStandardOutput)
+{
+    for (const char *solver : {"compact", "sparse"}) {
+        const std::string options = std::string("adjust net.inp --json - --solver ") + solver;
+        EXPECT_EQ(run(options), 0);
+        const nlohmann::json all = nlohmann::json::parse(out);
+        EXPECT_EQ(all["solver"], solver);
+        EXPECT_EQ(all["units"]["length"], "m");
+        EXPECT_FALSE(exists("-"));
+        EXPECT_EQ(run(options + " -o r.txt"), 0);
+        EXPECT_EQ(nlohmann::json::parse(out)["points"], all["points"]);
+        EXPECT_FALSE(text_of(folder.file("r.txt")).empty());
+    }
+    EXPECT_EQ(run("adjust net.inp --json -", ">/dev/full"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write standard output: No space left on device\n")) << err;
+    EXPECT_EQ(run("adjust open.inp --json - --solver compact"), 1);
+    EXPECT_EQ(nlohmann::json::parse(out)["adjusted"], false);
+}
+
+TEST_F(Program, ReportsInItsOwnWordsWithTheSolverSparse)
+{
+    EXPECT_EQ(run("adjust net.inp --solver sparse --csv tables"), 0);
+    EXPECT_EQ(out.find("Triangle\n========\nfile     net.inp\n"), 0u) << out;
+    EXPECT_TRUE(contains(out, "B      free   101.23300  "));
+    EXPECT_TRUE(contains(out, "A to C") || contains(out, "height differences  A     C"));
+    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n"));
+    EXPECT_TRUE(
+        contains(text_of(folder.file("tables/residuals.csv")), ",component,unit,adjusted,redundancy,normalised"));
+    EXPECT_EQ(run("adjust net.inp --solver sparse", ">/dev/full"), 3);
+}
