@@ -7,7 +7,6 @@
 
 #include "host/own/own_run.h"
 #include "host/results/csv_writer.h"
-#include "host/results/json_writer.h"
 
 namespace {
 
@@ -44,13 +43,13 @@ void read(const std::string &path, vornhost::Model &model)
     model.solver = Solver::Sparse;
 }
 
-// Adjusts and formats: everything but the time it took.
+// Adjusts and formats. Reading and JSON rest on libraries that allocate where nothing may be thrown; the program has
+// its own end for these.
 std::string whole_run(vornhost::Model &model, FILE *report)
 {
     Silent silent;
-    vornhost::NetworkRun run = vornhost::run_network(model, report, silent, "test");
-    run.results.seconds = 0;
-    std::string all = vornhost::to_json(run.results);
+    const vornhost::NetworkRun run = vornhost::run_network(model, report, silent, "test");
+    std::string all = run.results.code + "\n";
     for (const vornhost::CsvTable &table : vornhost::to_csv(run.results)) all += table.text;
     return all;
 }
@@ -85,7 +84,7 @@ TEST(OwnRuns, EndByBadAllocOrAsAlwaysWhicheverAllocationFails)
     const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
     bool failed = true;
     const std::string whole = run_without("net.inp", report.get(), -1, &failed);
-    EXPECT_NE(whole.find("\"code\": \"adjusted\""), std::string::npos) << whole;
+    EXPECT_EQ(whole.find("adjusted\n"), 0u) << whole;
     long ended = 0;
     failed = true;
     for (long n = 0; failed; n++) {
