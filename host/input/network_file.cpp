@@ -266,7 +266,7 @@ void NetworkReader::read_run(const toml::table &root)
     net.model.title = run.text("title");
     if (!run.find("dimension")) faults.add(run.place(), "dimension is missing in [run]", "write dimension = 1, 2 or 3");
     p.dim = run.whole("dimension", 0, 1, 3);
-    net.model.solver = (Solver)run.word("solver", (int)Solver::Compact, solvers);
+    net.model.solver = (Solver)run.word("solver", (int)Solver::Sparse, solvers);
     net.model.mode = (Mode)run.word("mode", (int)Mode::Statistics, modes);
     p.itmax = run.whole("iterations", 20, 1, 1000);
     if (run.find("iterations")) net.model.steps = p.itmax;

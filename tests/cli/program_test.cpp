@@ -19,14 +19,16 @@
 
 namespace {
 
-const char network[] = "[run]\ntitle = \"Triangle\"\ndimension = 1\n[tables]\ntargets = \"\"\"\nname z code\n"
-                       "A 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
-                       "from to value sigma use\nA B 1.234 0.001 yes\nB C 2.221 0.001 yes\nC A -3.452 0.001 yes\n"
-                       "A C 9.000 0.001 no\n\"\"\"\n";
+const char network[] =
+    "[run]\ntitle = \"Triangle\"\nsolver = \"compact\"\ndimension = 1\n[tables]\ntargets = \"\"\"\nname z code\n"
+    "A 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
+    "from to value sigma use\nA B 1.234 0.001 yes\nB C 2.221 0.001 yes\nC A -3.452 0.001 yes\n"
+    "A C 9.000 0.001 no\n\"\"\"\n";
 
 // No datum: the distance leaves the position of B open.
-const char undetermined[] = "[run]\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\n"
-                            "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n";
+const char undetermined[] =
+    "[run]\nsolver = \"compact\"\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\n"
+    "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n";
 
 std::string text_of(const std::string &path)
 {
@@ -86,7 +88,7 @@ using Names = std::vector<std::string>;
 TEST_F(Program, ChecksWithDoubtWhereTheDatumMayNotBeDefined)
 {
     const auto network = [](const std::string &b, const std::string &c) {
-        return "[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code_x code_y code_z\n"
+        return "[run]\nsolver = \"compact\"\ndimension = 3\n[tables]\ntargets = '''\nname x y z code_x code_y code_z\n"
                "A 0 0 0 fixed fixed fixed\nB 10 0 0 " +
                b + "\nC 0 10 0 " + c +
                "\nD 3 3 9 free free free\n'''\ndistances = '''\nfrom to value sigma\nA B 10 1\nA C 10 1\n"
@@ -133,7 +135,7 @@ TEST_F(Program, ReportsOnStandardOutput)
     EXPECT_TRUE(contains(out, "\nFinal results after"));
     EXPECT_TRUE(contains(out, "B                   101.233000\n"));
     EXPECT_TRUE(contains(err, "The solution has converged\n"));
-    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n  net.inp:16: A to C: "));
+    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n  net.inp:17: A to C: "));
     EXPECT_FALSE(contains(out, "read 4"));
 }
 
@@ -281,7 +283,8 @@ TEST_F(Program, NamesTheWordsItKnows)
 
 TEST_F(Program, NamesResultsThatAreNotNumbers)
 {
-    folder.write("bad.inp", "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\n"
+    folder.write("bad.inp", "[run]\nsolver = \"compact\"\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 "
+                            "fixed\nB 120 0 fixed\n"
                             "P 0 0 free\n'''\ndistances = '''\nfrom to value sigma\nA P 100 1\nB P 100 1\n'''\n");
     EXPECT_EQ(run("adjust bad.inp --mode propagation --quiet --json r.json --csv tables"), 1);
     EXPECT_EQ(err, "vorn: standard deviations of coordinates that are not finite numbers: P x, P y\n");
@@ -313,10 +316,11 @@ TEST_F(Program, RefusesAnImportWhoseFileCannotBeRead)
 // The cofactors of P, which lies on A, are no numbers.
 TEST_F(Program, KeepsNoConnectedNetWithoutNumbers)
 {
-    folder.write("bad.inp", "[run]\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\n"
-                            "name x y code connect\nA 0 0 fixed none\nB 120 0 fixed none\nC 0 90 fixed none\n"
-                            "P 0 0 free export\nR 60 60 free export\n'''\ndistances = '''\nfrom to value sigma\n"
-                            "A P 100 1\nB P 100 1\nA R 1 1\nB R 1 1\nC R 1 1\n'''\n");
+    folder.write("bad.inp",
+                 "[run]\nsolver = \"compact\"\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\n"
+                 "name x y code connect\nA 0 0 fixed none\nB 120 0 fixed none\nC 0 90 fixed none\n"
+                 "P 0 0 free export\nR 60 60 free export\n'''\ndistances = '''\nfrom to value sigma\n"
+                 "A P 100 1\nB P 100 1\nA R 1 1\nB R 1 1\nC R 1 1\n'''\n");
     folder.write("bad.con", "earlier\n");
     EXPECT_EQ(run("adjust bad.inp --quiet -o r.txt"), 1);
     EXPECT_TRUE(contains(err, "vorn: bad.con is not written: its numbers are not all finite\n")) << err;
@@ -384,7 +388,7 @@ TEST_F(Program, SaysWhatTheRunWouldBe)
     EXPECT_EQ(out, "Triangle\n"
                    "net.inp: solver jordan, mode statistics\n"
                    "height differences: read 4 = used 3 + left out 1\n"
-                   "  net.inp:16: A to C: use = no in the file\n"
+                   "  net.inp:17: A to C: use = no in the file\n"
                    "1D problem\n"
                    "number of points                     3\n"
                    "number of height differences         3\n"
