@@ -128,6 +128,32 @@ TEST(OwnReport, EndsWithWhyANetworkIsRefused)
     EXPECT_EQ(end[1].find("B can move along y: it has one distance only"), 0u) << end[1];
 }
 
+TEST(OwnReport, ClaimsNothingOfObservationsThatNothingTests)
+{
+    std::string text = loop;
+    const size_t at = text.find("dimension");
+    for (const char *mode : {"solution", "propagation"}) {
+        const Lines end = last_three(report_of(std::string(text).insert(at, "mode = \"" + std::string(mode) + "\"\n")));
+        EXPECT_EQ(end[0], mode == std::string("solution") ? "Adjusted." : "Precision of a planned network.");
+        EXPECT_EQ(end[1], "No tests in this mode.");
+        EXPECT_EQ(end[2], "No observation was tested.");
+    }
+    const size_t tie = text.find("Żółw A");
+    text.replace(tie, text.find('\n', tie) - tie + 1, "");
+    const Lines end = last_three(report_of(text));
+    EXPECT_EQ(end[1], "Nothing checks the observations: no redundancy.");
+    EXPECT_EQ(end[2], "No observation was tested.");
+}
+
+// Planned: 10 mm times the root of 2/3 for both points, whatever the values.
+TEST(OwnReport, GivesThePrecisionOfAPlannedNetwork)
+{
+    std::string text = loop;
+    const std::string report = report_of(text.insert(text.find("dimension"), "mode = \"propagation\"\n"));
+    EXPECT_NE(report.find("B      free   101.00000  8.16\n"), std::string::npos) << report;
+    EXPECT_EQ(report.find("observed"), std::string::npos) << report;
+}
+
 TEST(OwnReport, WritesInTheUnitsOfTheFile)
 {
     const std::string text = "[run]\ndimension = 1\n[units]\nlength = \"mm\"\n[tables]\ntargets = '''\nname z code\n"
