@@ -54,7 +54,7 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
     std::vector<std::string> words;
     words.push_back(a.iteration.ending == va::Ending::limit
                         ? "the adjustment does not converge: no end after " + std::to_string(a.iteration.steps) +
-                              " iterations"
+                              (a.iteration.steps == 1 ? " iteration" : " iterations")
                         : "the adjustment does not converge: no step makes the residuals smaller");
     for (const va::Misfit &m : a.misfits) words.push_back(misfit_line(network, outcome.numbers, m));
     words.push_back(a.misfits.empty() ? "look for wrong first coordinates, exchanged point names and wrong units"

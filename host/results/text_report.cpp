@@ -37,7 +37,7 @@ public:
     std::string text() const
     {
         return head() + summary() + notes() + points() + orientations() + groups() + cameras() + lumps() + pairs() +
-               observations() + left_out() + tests() + verdict();
+               observations() + left_out() + tests() + refusal() + verdict();
     }
 
 private:
@@ -54,6 +54,7 @@ private:
     std::string observations_of(const std::string &kind) const;
     std::string left_out() const;
     std::string tests() const;
+    std::string refusal() const;
     std::string verdict() const;
 
     bool has_axis(int axis) const { return results.dimension == 3 || (results.dimension == 1) == (axis == 2); }
@@ -355,6 +356,15 @@ std::string Report::tests() const
         text += "* beyond the limit for one residual (1.96), ** beyond that for the largest of all (" +
                 decimal(normal_limit(significance / (double)results.residuals.size()), 2) + ")\n";
     }
+    return text;
+}
+
+// All that is wrong, where the verdict has no room for it.
+std::string Report::refusal() const
+{
+    if (results.adjusted || results.words.size() < 3) return {};
+    std::string text = "\n" + underlined("What is wrong", '-');
+    for (const std::string &word : results.words) text += word + "\n";
     return text;
 }
 

@@ -111,6 +111,22 @@ TEST(OwnRuns, SayThatNoObservationTakesPart)
     EXPECT_EQ(solved.words(), "no observation takes part\nlook at those left out\n");
 }
 
+// The third distance lacks a factor of ten: P starts at its right place, where the others fit.
+TEST(OwnRuns, NameTheObservationsThatKeepThemFromAnEnd)
+{
+    const SolvedNetwork solved =
+        solve_text("[run]\ndimension = 2\niterations = 1\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\n"
+                   "B 100 0 fixed\nC 0 100 fixed\nP 50 50 free\n'''\ndistances = '''\nfrom to value sigma\n"
+                   "A P 70.7107 0.001\nB P 70.7107 0.001\nC P 7.0711 0.001\n'''\n");
+    EXPECT_EQ(solved.code(), "adjustment: no convergence");
+    const Lines &words = solved.results().words;
+    ASSERT_GE(words.size(), 3u);
+    EXPECT_EQ(words[0], "the adjustment does not converge: no end after 1 iteration");
+    EXPECT_TRUE(contains(words[1], "net.inp:16: distance C to P: 63.640 m off")) << words[1];
+    EXPECT_TRUE(contains(solved.report, "What is wrong\n-------------\n" + words[0] + "\n" + words[1] + "\n"))
+        << solved.report;
+}
+
 TEST(OwnRuns, KeepMethodNineForTheEngine)
 {
     vornhost::Model model;
