@@ -20,7 +20,7 @@ struct Options {
     bool statistics = true; // false: values only
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
-    std::vector<int> joint;                 // unknowns whose full covariance matrix is wanted
+    std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
     std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;

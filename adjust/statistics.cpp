@@ -219,8 +219,7 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
 }
 
 // Full covariance of some unknowns, 0 for held ones.
-std::vector<double> joint_covariance(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns,
-                                     double f)
+std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns)
 {
     std::vector<int> columns;
     std::vector<std::size_t> places;
@@ -234,7 +233,7 @@ std::vector<double> joint_covariance(const System &s, const Cofactors &cofactors
     cofactors.solved((int)n, columns.data(), (int)n, columns.data(), q.data());
     for (std::size_t a = 0; a < n; a++)
         for (std::size_t b = 0; b < n; b++)
-            joint[places[a] * unknowns.size() + places[b]] = 0.5 * f * (q[a * n + b] + q[b * n + a]);
+            joint[places[a] * unknowns.size() + places[b]] = 0.5 * (q[a * n + b] + q[b * n + a]);
     return joint;
 }
 
@@ -275,7 +274,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
-    s.joint = joint_covariance(system, cofactors, options.joint, s.sigma * s.sigma);
+    s.joint = joint_cofactors(system, cofactors, options.joint);
     if (options.residuals) RowTests(model, system, cofactors, &s).run();
     return s;
 }

@@ -52,7 +52,7 @@ struct Statistics {
     std::vector<double> deviation;             // [unknowns] standard deviations; 0 for what is held
     std::vector<Covariance> points;            // [points]
     std::vector<Covariance> pairs;             // [pairs] of the difference second - first
-    std::vector<double> joint;                 // [joint][joint] of the options
+    std::vector<double> joint;                 // [joint][joint] cofactors (variance factor 1); 0 for what is held
     std::vector<RowStatistics> rows;           // [rows]; empty when not asked for
     std::array<KindStatistics, 11> kinds = {}; // by Kind, of usable rows
 };
@@ -61,7 +61,7 @@ struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
     std::vector<std::pair<int, int>> pairs; // of points
-    std::vector<int> joint;                 // unknowns whose full covariance matrix is wanted
+    std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
 };
 
 Statistics statistics(const Model &model, const System &system, const Cofactors &cofactors,

@@ -29,7 +29,8 @@ bool run_program(rusage *used)
     const pid_t child = fork();
     if (child == 0) {
         if (freopen("/dev/null", "w", stderr))
-            execl(VORN_PROGRAM, "vorn", "adjust", name, "--mode", "solution", "-o", "report.txt", (char *)nullptr);
+            execl(VORN_PROGRAM, "vorn", "adjust", name, "--solver", "compact", "--mode", "solution", "-o", "report.txt",
+                  (char *)nullptr);
         _exit(127);
     }
     int status = 0;

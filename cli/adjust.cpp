@@ -4,17 +4,20 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/csv_writer.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
-#include "host/results/results.h"
+#include "host/run/network_run.h"
 
 using namespace vornhost;
 
 namespace {
+
+bool json_shown(const Options &options) { return options.json == "-"; }
 
 // Files of a run. They are opened before it, so that a path that cannot be written shows
 // before the computation and not behind it.
@@ -25,22 +28,24 @@ struct Outputs {
             report = std::make_unique<OutputFile>(options.report);
         else
             spool.reset(tmpfile());
-        if (!options.json.empty()) json = std::make_unique<OutputFile>(options.json);
+        if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }
 
-    void finish_report()
+    // Standard output takes the report or, where the option asks for it, the JSON.
+    void finish_report(const Options &options)
     {
         if (report)
             report->finish();
-        else
+        else if (!json_shown(options))
             show_spool();
     }
 
     void finish_results(const Options &options, const Results &results)
     {
+        if (json_shown(options)) show(to_json(results));
         if (json) json->write(to_json(results));
         if (json) json->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
@@ -56,6 +61,12 @@ struct Outputs {
             rewind(spool.get());
             for (size_t n; (n = fread(block, 1, sizeof block, spool.get())) > 0;) fwrite(block, 1, n, stdout);
         }
+        flush_standard_output();
+    }
+
+    static void show(const std::string &text)
+    {
+        fwrite(text.data(), 1, text.size(), stdout);
         flush_standard_output();
     }
 
@@ -120,12 +131,10 @@ int adjust(const Options &options)
 
     Outputs outputs(options);
     Console console(options.console);
-    const RunOutcome outcome = run(model, outputs.stream(), console);
-    const Results results = collect(model, outcome, VORN_VERSION);
-    model.p.freerun(model.p.runresults);
+    const auto [outcome, results] = run_network(model, outputs.stream(), console, VORN_VERSION);
 
     try {
-        outputs.finish_report();
+        outputs.finish_report(options);
     } catch (const OutputError &) {
         show_lost(outcome);
         throw;

@@ -9,7 +9,7 @@
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/output_file.h"
-#include "host/results/results.h"
+#include "host/run/network_run.h"
 
 using namespace vornhost;
 
@@ -74,7 +74,13 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
     printf("%s: solver %s, mode %s\n", r.file.c_str(), r.solver.c_str(), r.mode.c_str());
     for (const std::string &note : r.notes) printf("%s\n", note.c_str());
     for (const std::string &line : account_lines(r.accounts)) printf("%s\n", line.c_str());
+    if (!r.datum.empty()) printf("datum: %s\n", r.datum.c_str());
     if (!outcome.adjusted()) return;
+    if (r.solver == "sparse") {
+        if (r.degrees_of_freedom) printf("degrees of freedom: %d\n", *r.degrees_of_freedom);
+        puts("this network can be adjusted");
+        return;
+    }
     printf("%s%s\n%s\n", summary.c_str(), datum_of(summary),
            doubtful(summary) ? "whether this network can be adjusted, only its adjustment shows"
                              : "this network can be adjusted");
@@ -90,9 +96,8 @@ int check(const Options &options)
 
     const File report = temporary_report();
     Silence silence;
-    const RunOutcome outcome = vornhost::check(model, report.get(), silence);
-    show(collect(model, outcome, VORN_VERSION), outcome, summary_of(text_of(report.get())));
-    model.p.freerun(model.p.runresults);
+    const auto [outcome, results] = check_network(model, report.get(), silence, VORN_VERSION);
+    show(results, outcome, summary_of(text_of(report.get())));
     flush_standard_output();
     return close_run(outcome);
 }

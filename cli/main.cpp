@@ -22,6 +22,13 @@ void hold_standard_streams()
         if (fcntl(handle, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) _exit(STATUS_SYSTEM);
 }
 
+// Libraries that read TOML and write JSON allocate in functions that may not throw: without memory they end here.
+[[noreturn]] void end_without_memory()
+{
+    fputs("vorn: out of memory\n", stderr);
+    _exit(STATUS_SYSTEM);
+}
+
 int command(int argc, char **argv)
 {
     int status = STATUS_ADJUSTED;
@@ -36,6 +43,7 @@ int command(int argc, char **argv)
 int main(int argc, char **argv)
 {
     hold_standard_streams();
+    std::set_terminate(end_without_memory);
     vornhost::limit_memory(); // what does not fit ends with words and a status
     signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
     signal(SIGXFSZ, SIG_IGN); // and so does a file beyond the user's limit

@@ -11,7 +11,7 @@ using vornhost::Mode;
 using vornhost::Solver;
 
 const std::map<std::string, Solver> solvers = {
-    {"compact", Solver::Compact}, {"jordan", Solver::Jordan}, {"simplex", Solver::Simplex}};
+    {"compact", Solver::Compact}, {"jordan", Solver::Jordan}, {"simplex", Solver::Simplex}, {"sparse", Solver::Sparse}};
 const std::map<std::string, Mode> modes = {
     {"statistics", Mode::Statistics}, {"solution", Mode::Solution}, {"propagation", Mode::Propagation}};
 
@@ -72,7 +72,9 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("-o", options.report, "report in this file instead of standard output")
         ->check(not_empty)
         ->type_name("REPORT");
-    adjust->add_option("--json", options.json, "results as JSON in this file")->check(not_empty)->type_name("FILE");
+    adjust->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")
+        ->check(not_empty)
+        ->type_name("FILE");
     adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
         ->check(not_empty)
         ->type_name("DIR");

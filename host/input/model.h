@@ -18,7 +18,7 @@ struct Source {
     int column = 0;
 };
 
-enum class Solver { Compact, Jordan, Simplex };
+enum class Solver { Compact, Jordan, Simplex, Sparse };
 enum class Mode { Statistics, Solution, Propagation };
 
 // Records of one kind with their places, index by index.
@@ -55,6 +55,8 @@ struct Model {
     project p = project(); // settings; attach() sets its arrays
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
+    bool between_marks = false; // the file says that distances are those between the marks
+    int steps = 50;             // most iterations of the solver sparse; p.itmax where the file gives them
 
     List<station_input> stations;
     std::vector<StationNote> station_notes; // one a station

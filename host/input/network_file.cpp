@@ -255,7 +255,10 @@ void NetworkReader::check_section(const SectionKeys &section, const toml::node &
 void NetworkReader::read_run(const toml::table &root)
 {
     static const Words solvers = {
-        {"compact", (int)Solver::Compact}, {"jordan", (int)Solver::Jordan}, {"simplex", (int)Solver::Simplex}};
+        {"sparse", (int)Solver::Sparse},
+        {"compact", (int)Solver::Compact},
+        {"jordan", (int)Solver::Jordan},
+        {"simplex", (int)Solver::Simplex}};
     static const Words modes = {{"statistics", (int)Mode::Statistics},
                                 {"solution", (int)Mode::Solution},
                                 {"propagation", (int)Mode::Propagation}};
@@ -263,9 +266,10 @@ void NetworkReader::read_run(const toml::table &root)
     net.model.title = run.text("title");
     if (!run.find("dimension")) faults.add(run.place(), "dimension is missing in [run]", "write dimension = 1, 2 or 3");
     p.dim = run.whole("dimension", 0, 1, 3);
-    net.model.solver = (Solver)run.word("solver", (int)Solver::Compact, solvers);
+    net.model.solver = (Solver)run.word("solver", (int)Solver::Sparse, solvers);
     net.model.mode = (Mode)run.word("mode", (int)Mode::Statistics, modes);
     p.itmax = run.whole("iterations", 20, 1, 1000);
+    if (run.find("iterations")) net.model.steps = p.itmax;
     p.convergence = run.number("convergence", 1e-6, above_zero, "above 0");
     p.idebug = run.whole("trace", 0, 0, 9);
     const bool simplex = net.model.solver == Solver::Simplex, propagation = net.model.mode == Mode::Propagation;
@@ -347,6 +351,7 @@ void NetworkReader::read_reduction(const toml::table &root)
         {"none", 0}, {"mark_to_mark", 1}, {"horizontal_mixed", 2}, {"horizontal_origin", 9}};
     Section section(root, "reductions", faults);
     p.iredux = section.word("distances", 0, reductions, true);
+    net.model.between_marks = section.find("distances") && p.iredux == 0;
     if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))
         section.fault(*section.find("distances"),
                       section.name("distances") + " makes distances horizontal: only in the plane",

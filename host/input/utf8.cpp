@@ -1,5 +1,7 @@
 #include "host/input/utf8.h"
 
+#include <iterator>
+
 namespace vornhost {
 
 namespace {
@@ -60,6 +62,53 @@ size_t utf8_count(std::string_view text)
         offset += length ? length : 1;
     }
     return count;
+}
+
+namespace {
+
+struct Range {
+    char32_t first, last;
+};
+
+bool within(const Range *begin, const Range *end, char32_t value)
+{
+    for (const Range *r = begin; r != end; r++)
+        if (value >= r->first && value <= r->last) return true;
+    return false;
+}
+
+// After Unicode Standard Annex 11, East Asian Width, W and F, by blocks.
+bool is_wide(char32_t value)
+{
+    static const Range wide[] = {{0x1100, 0x115F}, {0x2E80, 0x303E},   {0x3041, 0xA4CF},   {0xA960, 0xA97F},
+                                 {0xAC00, 0xD7A3}, {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
+                                 {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD}};
+    return within(std::begin(wide), std::end(wide), value);
+}
+
+// Combining marks and characters without width.
+bool is_mark(char32_t value)
+{
+    static const Range marks[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x0610, 0x061A},
+                                  {0x064B, 0x065F}, {0x0900, 0x0902}, {0x093C, 0x093C}, {0x0941, 0x0948},
+                                  {0x094D, 0x094D}, {0x0E31, 0x0E31}, {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E},
+                                  {0x1AB0, 0x1AFF}, {0x1DC0, 0x1DFF}, {0x200B, 0x200F}, {0x20D0, 0x20FF},
+                                  {0x3099, 0x309A}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}};
+    return within(std::begin(marks), std::end(marks), value);
+}
+
+} // namespace
+
+size_t utf8_width(std::string_view text)
+{
+    size_t width = 0;
+    for (size_t offset = 0; offset < text.size();) {
+        const size_t length = utf8_length(text, offset);
+        const char32_t value = length ? utf8_value(text, offset, length) : U'?';
+        width += is_wide(value) ? 2 : is_mark(value) ? 0 : 1;
+        offset += length ? length : 1;
+    }
+    return width;
 }
 
 void utf8_append(std::string &text, char32_t value)

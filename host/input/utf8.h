@@ -20,6 +20,10 @@ size_t utf8_check(std::string_view text);
 // Characters in a text; a broken byte counts as one.
 size_t utf8_count(std::string_view text);
 
+// Columns that a text takes on a screen: two for a character of the wide East Asian scripts, none for a mark that
+// joins the one before; a broken byte takes one.
+size_t utf8_width(std::string_view text);
+
 // Value of the character of the given length at offset.
 char32_t utf8_value(std::string_view text, size_t offset, size_t length);
 

@@ -52,7 +52,7 @@ public:
         for (int k = 0; k < 3; k++) cell(std::string());
         return *this;
     }
-    template <class Value> Sheet &cells(const Value (&values)[3])
+    template <class Value, int n> Sheet &cells(const Value (&values)[n])
     {
         for (const Value &value : values) cell(value);
         return *this;
@@ -118,11 +118,14 @@ std::string orientations(const Results &results)
 std::string residuals(const Results &results)
 {
     Sheet sheet({"kind", "from", "to", "file", "line", "value", "sigma", "residual", "standard_deviation",
-                 "outside_histogram", "normal_test", "normal_test_divided", "tau_test", "tau_test_divided"});
+                 "outside_histogram", "normal_test", "normal_test_divided", "tau_test", "tau_test_divided", "component",
+                 "unit", "adjusted", "redundancy", "normalised"});
     for (const ResidualResult &r : results.residuals) {
-        sheet.cell(r.kind).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(r.value).cell(r.sigma);
-        sheet.cell(r.residual).cell(r.deviation).cell(r.outside).cell(r.normal).cell(r.normal_divided);
-        sheet.cell(r.tau).cell(r.tau_divided).end_row();
+        const auto observed = [&](double x) { return r.observed ? std::optional<double>(x) : std::nullopt; };
+        sheet.cell(r.kind).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(observed(r.value)).cell(r.sigma);
+        sheet.cell(observed(r.residual)).cell(r.deviation).cell(r.outside).cell(r.normal).cell(r.normal_divided);
+        sheet.cell(r.tau).cell(r.tau_divided).cell(r.component).cell(r.unit).cell(r.adjusted).cell(r.redundancy);
+        sheet.cell(r.normalised).end_row();
     }
     return sheet.text;
 }
@@ -148,6 +151,14 @@ std::string groups(const Results &results)
 {
     Sheet sheet({"group", "additive_constant", "scale", "refraction", "sadditive_constant", "sscale", "srefraction"});
     for (const GroupResult &g : results.groups) sheet.cell(g.name).cells(g.value).cells(g.deviation).end_row();
+    return sheet.text;
+}
+
+std::string cameras(const Results &results)
+{
+    Sheet sheet({"camera", "c",   "x0",  "y0", "a",  "b",   "k1",  "k2",  "k3",  "p1", "p2",
+                 "sc",     "sx0", "sy0", "sa", "sb", "sk1", "sk2", "sk3", "sp1", "sp2"});
+    for (const CameraResult &c : results.cameras) sheet.cell(c.name).cells(c.value).cells(c.deviation).end_row();
     return sheet.text;
 }
 
@@ -180,6 +191,7 @@ std::vector<CsvTable> to_csv(const Results &results)
                                     {"residuals.csv", residuals(results)},
                                     {"accounts.csv", accounts(results)}};
     if (!results.groups.empty()) tables.push_back({"groups.csv", groups(results)});
+    if (!results.cameras.empty()) tables.push_back({"cameras.csv", cameras(results)});
     if (!results.lumps.empty()) tables.push_back({"lumps.csv", lumps(results)});
     if (!results.pairs.empty()) tables.push_back({"pairs.csv", pairs(results)});
     return tables;

@@ -15,7 +15,7 @@ struct CsvTable {
     std::string text;
 };
 
-// points, orientations, residuals, accounts; lumps and pairs when there are some. Numbers
+// points, orientations, residuals, accounts; groups, cameras, lumps and pairs when there are some. Numbers
 // read back exactly; the cell of what is absent or not finite is empty.
 std::vector<CsvTable> to_csv(const Results &results);
 

@@ -8,11 +8,12 @@ namespace {
 
 using json = nlohmann::ordered_json; // writes numbers that are not finite as null
 
-constexpr int schema = 1;
+constexpr int schema = 2;
 
 const char *const axes[3] = {"x", "y", "z"};
 const char *const planes[3] = {"xy", "xz", "yz"};
 const char *const rotations[3] = {"rx1", "rx2", "rx3"};
+const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
 
 template <class Value> void put(json &object, const char *key, const std::optional<Value> &value)
 {
@@ -27,19 +28,18 @@ json to_object(const EllipseResult &e)
 json to_object(double value) { return value; }
 
 // Adds an object of the values that are there; nothing when none is.
-template <class Value>
-void put_axes(json &object, const char *key, const std::optional<Value> (&values)[3], const char *const (&names)[3])
+template <class Value, int n>
+void put_axes(json &object, const char *key, const std::optional<Value> (&values)[n], const char *const (&names)[n])
 {
     json axis = json::object();
-    for (int c = 0; c < 3; c++)
+    for (int c = 0; c < n; c++)
         if (values[c]) axis[names[c]] = to_object(*values[c]);
     if (!axis.empty()) object[key] = axis;
 }
 
-template <class Value>
-void put_axes(json &object, const char *key, const Value (&values)[3], const char *const (&names)[3])
+void put_axes(json &object, const char *key, const double (&values)[3], const char *const (&names)[3])
 {
-    for (int c = 0; c < 3; c++) object[key][names[c]] = to_object(values[c]);
+    for (int c = 0; c < 3; c++) object[key][names[c]] = values[c];
 }
 
 json to_object(const PointResult &p)
@@ -64,9 +64,16 @@ json to_object(const OrientationResult &o)
 
 json to_object(const ResidualResult &r)
 {
-    json residual = {{"kind", r.kind}, {"from", r.from},   {"to", r.to},       {"file", r.file},
-                     {"line", r.line}, {"value", r.value}, {"sigma", r.sigma}, {"residual", r.residual}};
+    json residual = {{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}};
+    if (!r.component.empty()) residual["component"] = r.component;
+    residual["unit"] = r.unit;
+    if (r.observed) residual["value"] = r.value;
+    residual["sigma"] = r.sigma;
+    if (r.observed) residual["residual"] = r.residual;
+    put(residual, "adjusted", r.adjusted);
     put(residual, "standard_deviation", r.deviation);
+    put(residual, "redundancy", r.redundancy);
+    put(residual, "normalised", r.normalised);
     json marks = json::object();
     put(marks, "outside_histogram", r.outside);
     put(marks, "normal_test", r.normal);
@@ -95,6 +102,14 @@ json to_object(const GroupResult &g)
     put_axes(group, "value", g.value, constants);
     put_axes(group, "standard_deviation", g.deviation, constants);
     return group;
+}
+
+json to_object(const CameraResult &c)
+{
+    json camera = {{"name", c.name}};
+    put_axes(camera, "value", c.value, inner);
+    put_axes(camera, "standard_deviation", c.deviation, inner);
+    return camera;
 }
 
 json to_object(const LumpResult &l)
@@ -136,15 +151,46 @@ json to_object(const Account &a)
     return {{"kind", a.kind}, {"read", a.read}, {"used", a.used}, {"left_out", list(a.left_out)}};
 }
 
+json suspicious(const Results &results)
+{
+    json all = json::array();
+    for (const size_t i : results.suspicious) {
+        const ResidualResult &r = results.residuals[i];
+        all.push_back({{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}});
+        put(all.back(), "normalised", r.normalised);
+    }
+    return all;
+}
+
 json head(const Results &r)
 {
-    json all = {{"schema", schema},       {"program", r.program}, {"version", r.version},   {"title", r.title},
-                {"file", r.file},         {"solver", r.solver},   {"mode", r.mode},         {"dimension", r.dimension},
-                {"adjusted", r.adjusted}, {"code", r.code},       {"words", json(r.words)}, {"notes", json(r.notes)}};
+    json all = {{"schema", schema},
+                {"program", r.program},
+                {"version", r.version},
+                {"title", r.title},
+                {"file", r.file},
+                {"solver", r.solver},
+                {"mode", r.mode},
+                {"dimension", r.dimension},
+                {"units", {{"length", "m"}, {"angle", "rad"}}},
+                {"adjusted", r.adjusted},
+                {"stage", r.stage},
+                {"code", r.code},
+                {"engine_code", r.engine_code},
+                {"words", json(r.words)},
+                {"notes", json(r.notes)}};
+    if (!r.datum.empty()) all["datum"] = r.datum;
+    put(all, "iterations", r.iterations);
+    all["seconds"] = r.seconds;
     put(all, "degrees_of_freedom", r.degrees_of_freedom);
     put(all, "sigma_a_priori", r.sigma_apriori);
     put(all, "sigma_a_posteriori", r.sigma_aposteriori);
     put(all, "one_tailed_test_passed", r.one_tailed_test);
+    if (r.variance_test)
+        all["variance_test"] = {{"squares", r.variance_test->squares},
+                                {"lower", r.variance_test->lower},
+                                {"upper", r.variance_test->upper},
+                                {"passed", r.variance_test->passed()}};
     return all;
 }
 
@@ -158,8 +204,10 @@ std::string to_json(const Results &results)
     all["residuals"] = list(results.residuals);
     all["kinds"] = list(results.kinds);
     all["groups"] = list(results.groups);
+    all["cameras"] = list(results.cameras);
     all["lumps"] = list(results.lumps);
     all["pairs"] = list(results.pairs);
+    all["suspicious"] = suspicious(results);
     all["observations"] = list(results.accounts);
     return all.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }

@@ -55,6 +55,7 @@ private:
 const char *const axes[3] = {"x", "y", "z"};
 const char *const rotations[3] = {"rx1", "rx2", "rx3"};
 const char *const planes[3] = {"xy", "xz", "yz"};
+const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
 const char *const constants[3] = {"additive", "scale", "refraction"};
 
 void check_variance(const Results &r, Lines &lines)
@@ -95,15 +96,20 @@ void check_orientations(const Results &r, Lines &lines)
 void check_observations(const Results &r, Lines &lines)
 {
     Collector value("observed values"), sigma("standard deviations of observations"), residual("residuals"),
-        deviation("standard deviations of residuals");
+        deviation("standard deviations of residuals"), adjusted("adjusted observations"), redundancy("redundancies"),
+        normalised("normalised residuals");
     for (const ResidualResult &m : r.residuals) {
         const std::string name = m.kind + " " + m.from + " " + m.to;
         value.check(name, m.value);
         sigma.check(name, m.sigma);
         residual.check(name, m.residual);
         deviation.check(name, m.deviation);
+        adjusted.check(name, m.adjusted);
+        redundancy.check(name, m.redundancy);
+        normalised.check(name, m.normalised);
     }
-    for (const Collector *all : {&value, &sigma, &residual, &deviation}) all->give(lines);
+    for (const Collector *all : {&value, &sigma, &residual, &deviation, &adjusted, &redundancy, &normalised})
+        all->give(lines);
 }
 
 void check_groups(const Results &r, Lines &lines)
@@ -112,6 +118,16 @@ void check_groups(const Results &r, Lines &lines)
     for (const GroupResult &g : r.groups) {
         value.check_axes(g.name, g.value, constants);
         deviation.check_axes(g.name, g.deviation, constants);
+    }
+    for (const Collector *all : {&value, &deviation}) all->give(lines);
+}
+
+void check_cameras(const Results &r, Lines &lines)
+{
+    Collector value("parameters of cameras"), deviation("standard deviations of parameters of cameras");
+    for (const CameraResult &c : r.cameras) {
+        for (int k = 0; k < 10; k++) value.check(c.name + " " + inner[k], c.value[k]);
+        for (int k = 0; k < 10; k++) deviation.check(c.name + " " + inner[k], c.deviation[k]);
     }
     for (const Collector *all : {&value, &deviation}) all->give(lines);
 }
@@ -146,8 +162,8 @@ void check_pairs(const Results &r, Lines &lines)
 Lines not_numbers(const Results &results)
 {
     Lines lines;
-    for (const auto check :
-         {check_variance, check_points, check_orientations, check_observations, check_groups, check_lumps, check_pairs})
+    for (const auto check : {check_variance, check_points, check_orientations, check_observations, check_groups,
+                             check_cameras, check_lumps, check_pairs})
         check(results, lines);
     return lines;
 }

@@ -55,6 +55,7 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
 
     ResidualResult residual;
     residual.kind = block.kind;
+    residual.unit = angular(block.type) ? "rad" : "m";
     residual.from = bare_name(m.from, sizeof m.from);
     residual.to = bare_name(m.to, sizeof m.to);
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
@@ -62,6 +63,7 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     fill_observed(p, block.type, m, residual);
     const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
     residual.residual = in_si(p, block.type, observed_less_computed);
+    residual.adjusted = residual.value - residual.residual;
     if (from.statistics() && r.sres) residual.deviation = deviation(in_si(p, block.type, r.sres[n]));
     if (from.tested()) fill_marks(r, n, residual);
     return residual;

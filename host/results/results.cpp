@@ -50,7 +50,8 @@ namespace {
 
 const char *solver_word(Solver solver)
 {
-    return solver == Solver::Compact ? "compact" : solver == Solver::Jordan ? "jordan" : "simplex";
+    static const char *const words[] = {"compact", "jordan", "simplex", "sparse"};
+    return words[(int)solver];
 }
 
 const char *mode_word(Mode mode)
@@ -128,20 +129,47 @@ void collect_pairs(const ResultSource &from, Results &results)
         PairResult pair;
         pair.from = bare_name(in.from, sizeof in.from);
         pair.to = bare_name(in.to, sizeof in.to);
-        pair.ellipse[0] = pair_ellipse(in.ell12);
-        pair.ellipse[1] = pair_ellipse(in.ell13);
-        pair.ellipse[2] = pair_ellipse(in.ell23);
-        pair.deviation[0] = deviation_first(pair.ellipse[0]);
-        pair.deviation[1] = deviation_second(pair.ellipse[0]);
-        pair.deviation[2] = deviation_second(pair.ellipse[1]);
-        const bool filled = pair.ellipse[0].a != 0.0 || pair.ellipse[1].a != 0.0 || pair.ellipse[2].a != 0.0;
-        if (filled) results.pairs.push_back(pair);
+        const EllipseResult e[3] = {pair_ellipse(in.ell12), pair_ellipse(in.ell13), pair_ellipse(in.ell23)};
+        for (int k = 0; k < 3; k++) pair.ellipse[k] = e[k];
+        pair.deviation[0] = deviation_first(e[0]);
+        pair.deviation[1] = deviation_second(e[0]);
+        pair.deviation[2] = deviation_second(e[1]);
+        if (e[0].a != 0.0 || e[1].a != 0.0 || e[2].a != 0.0) results.pairs.push_back(pair);
+    }
+}
+
+// Where a run of the engine ended and how, in the words of both roads.
+void set_ending(const RunOutcome &outcome, Results &results)
+{
+    static const struct {
+        Stage reached;
+        int code;
+        const char *stage, *word;
+    } endings[] = {
+        {Stage::Loading, -3, "datum", "no datum"},
+        {Stage::Loading, -4, "first coordinates", "no first coordinates"},
+        {Stage::Loading, -5, "first coordinates", "no first coordinates"},
+        {Stage::Solving, -1, "adjustment", "no memory"},
+        {Stage::Solving, -2, "adjustment", "no memory"},
+        {Stage::Solving, -3, "adjustment", "singular"},
+        {Stage::Solving, -4, "adjustment", "no convergence"},
+        {Stage::Solving, -5, "adjustment", "singular"},
+        {Stage::Solving, 0, "adjustment", "not a number"},
+        {Stage::Done, 0, "done", "adjusted"},
+    };
+    results.engine_code = outcome.code;
+    results.stage = outcome.reached == Stage::Solving ? "adjustment" : "input";
+    results.code = "refused";
+    for (const auto &e : endings) {
+        if (e.reached != outcome.reached || e.code != outcome.code) continue;
+        results.stage = e.stage;
+        results.code = e.word;
     }
 }
 
 } // namespace
 
-Results collect(const Model &model, const RunOutcome &outcome, const std::string &version)
+Results describe(const Model &model, const std::string &version)
 {
     Results results;
     results.program = "vorn";
@@ -151,8 +179,15 @@ Results collect(const Model &model, const RunOutcome &outcome, const std::string
     results.solver = solver_word(model.solver);
     results.mode = mode_word(model.mode);
     results.dimension = model.p.dim;
+    results.units = {model.p.iunit, metres_per_unit(model.p), model.p.iangle, model.p.izenith != 0};
+    return results;
+}
+
+Results collect(const Model &model, const RunOutcome &outcome, const std::string &version)
+{
+    Results results = describe(model, version);
     results.adjusted = outcome.adjusted();
-    results.code = outcome.code;
+    set_ending(outcome, results);
     results.words = outcome.words;
     results.notes = outcome.prepared.notes;
     results.accounts = outcome.accounts;

@@ -37,13 +37,22 @@ struct OrientationResult {
 };
 
 struct ResidualResult {
-    std::string kind; // "distance", "height difference", "direction", "vertical angle"
-    std::string from, to;
+    std::string kind;       // "distance", "height difference", "direction", "vertical angle", "azimuth", "baseline",
+                            // "image point", "weighted coordinate", "weighted rotation", "weighted constant",
+                            // "imported coordinate"
+    std::string component;  // "x", "y", "z" of baselines, "u", "v" of image points, which value of a weighted or
+                            // imported item; empty otherwise
+    std::string unit = "m"; // of value, sigma and residual: "m", "rad", "pixel", "1"
+    std::string from, to;   // to is empty for weighted and imported items
     std::string file;
     int line = 0;
     double value = 0, sigma = 0; // metres or radians; vertical angles as elevations
     double residual = 0;         // observed less computed
-    std::optional<double> deviation;
+    bool observed = true;        // false: a planned observation, without adjusted value and residual
+    std::optional<double> adjusted;
+    std::optional<double> deviation;  // of the residual, before the variance factor
+    std::optional<double> redundancy; // 0 (nothing checks it) to 1
+    std::optional<double> normalised; // residual by its standard deviation
     std::optional<bool> outside, normal, normal_divided, tau, tau_divided; // rejection marks
 };
 
@@ -65,30 +74,61 @@ struct LumpResult {
     std::optional<double> translation_deviation[3], rotation_deviation[3], scale_deviation;
 };
 
+struct CameraResult {
+    std::string name;
+    std::optional<double> value[10], deviation[10]; // c, x0, y0, a, b, k1, k2, k3, p1, p2: those adjusted
+};
+
 struct PairResult {
     std::string from, to;
-    double deviation[3] = {0, 0, 0};
-    EllipseResult ellipse[3];
+    std::optional<double> deviation[3];
+    std::optional<EllipseResult> ellipse[3];
+};
+
+// Two-sided test of the variance factor: sum of squares between the limits.
+struct VarianceTest {
+    double squares = 0, lower = 0, upper = 0;
+    bool passed() const { return squares >= lower && squares <= upper; }
+};
+
+// What the network file writes in; results themselves are metres and radians.
+struct FileUnits {
+    int length = 0;        // 0 metres, 1 millimetres, 2 inches
+    double metres = 1.0;   // in one unit of length
+    int angle = ANGLE_GON; // ANGLE_...
+    bool zenith = true;    // vertical angles are zenith angles
 };
 
 struct Results {
     std::string program, version, title, file, solver, mode;
     int dimension = 0;
+    FileUnits units;
     bool adjusted = false;
-    int code = 0;
+    std::string stage; // where it ended: "input", "first coordinates", "datum", "adjustment", "done"
+    std::string code;  // how: "adjusted", "no first coordinates", "no datum", "undetermined", "singular", ...
+    int engine_code = 0;
+    std::string datum; // what holds the network, one line
+    std::optional<int> iterations;
+    double seconds = 0; // of the computation
     std::vector<std::string> words, notes;
     std::optional<int> degrees_of_freedom;
     std::optional<double> sigma_apriori, sigma_aposteriori;
     std::optional<bool> one_tailed_test; // passed
+    std::optional<VarianceTest> variance_test;
     std::vector<PointResult> points;
     std::vector<OrientationResult> orientations;
     std::vector<ResidualResult> residuals;
     std::vector<KindResult> kinds;
     std::vector<GroupResult> groups;
+    std::vector<CameraResult> cameras;
     std::vector<LumpResult> lumps;
     std::vector<PairResult> pairs;
+    std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
     std::vector<Account> accounts;
 };
+
+// Everything that is known of a network without a run.
+Results describe(const Model &model, const std::string &version);
 
 // Collects what the run has left in the model and its outcome.
 Results collect(const Model &model, const RunOutcome &outcome, const std::string &version);

@@ -100,27 +100,74 @@ std::string free_motions(const std::vector<NamedMotion> &open)
         const char *name = one[static_cast<int>(kind)];
         out += kind == MotionKind::scale ? name : counted(static_cast<int>(n), name);
     }
-    return out.empty() ? "nothing" : out;
+    return out;
 }
 
-// Motions first to last that something keeps, and what does.
-std::string held(const Datum &datum, int first, int last, const std::string &name)
+// What keeps motions first to last; nothing where none of them is kept.
+struct Kept {
+    Holding by;
+    int motions = 0;
+
+    bool by_coordinates() const { return by.fixed + by.weighted > 0; }
+};
+
+Kept kept(const Datum &datum, int first, int last)
 {
-    Holding all;
-    int n = 0;
+    Kept all;
     for (int m = first; m <= last; m++) {
         const Holding &h = datum.holding[m];
         if (!h.exists || h.open) continue;
-        n++;
-        all.fixed += h.fixed;
-        all.weighted += h.weighted;
-        for (int k = 0; k < n_kinds; k++) all.of_kind[k] += h.of_kind[k];
+        all.motions++;
+        all.by.fixed += h.fixed;
+        all.by.weighted += h.weighted;
+        for (int k = 0; k < n_kinds; k++) all.by.of_kind[k] += h.of_kind[k];
     }
-    std::vector<std::string> from = counts(all.of_kind);
-    if (all.weighted > 0) from.push_back(counted(all.weighted, "weighted coordinate"));
-    if (all.fixed > 0) from.push_back(counted(all.fixed, "fixed coordinate"));
-    if (n == 0 || from.empty()) return "";
-    return "; " + name + (n > 1 ? "s" : "") + " from " + listed(from);
+    return all;
+}
+
+constexpr int scale_motion = 6, turn_motion = 5;
+
+// Networks of heights have no plan that could be shifted.
+bool only_heights(const Datum &datum) { return !datum.holding[0].exists && !datum.holding[1].exists; }
+
+std::string holders(const Datum &datum, const Kept &all)
+{
+    const std::string coordinate = only_heights(datum) ? "height" : "coordinate";
+    std::vector<std::string> out = counts(all.by.of_kind);
+    if (all.by.weighted > 0) out.push_back(counted(all.by.weighted, "weighted " + coordinate));
+    if (all.by.fixed > 0) out.push_back(counted(all.by.fixed, "fixed " + coordinate));
+    return listed(out);
+}
+
+// "; scale from 7 distances" in a network with free motions.
+std::string also_kept(const Datum &datum, int first, int last, const std::string &name)
+{
+    const Kept all = kept(datum, first, last);
+    const std::string by = holders(datum, all);
+    return by.empty() ? "" : "; " + name + (all.motions > 1 ? "s" : "") + " from " + by;
+}
+
+// "; scale also from 7 distances" in a network that its coordinates hold.
+std::string observed(const Datum &datum, int motion, const std::string &name)
+{
+    const Kept all = kept(datum, motion, motion);
+    const std::vector<std::string> by = counts(all.by.of_kind);
+    return by.empty() ? "" : "; " + name + (all.by_coordinates() ? " also" : "") + " from " + listed(by);
+}
+
+std::string held_line(const Datum &datum)
+{
+    const std::string by = holders(datum, kept(datum, 0, 2)), line = by.empty() ? "held" : "held by " + by;
+    if (only_heights(datum)) return line;
+    return line + observed(datum, turn_motion, "turn") + observed(datum, scale_motion, "scale");
+}
+
+std::string free_line(const Datum &datum)
+{
+    const std::string line = "free: " + free_motions(datum.open) + also_kept(datum, 0, 2, "shift");
+    if (only_heights(datum)) return line;
+    return line + also_kept(datum, turn_motion, turn_motion, "turn") +
+           also_kept(datum, scale_motion, scale_motion, "scale");
 }
 
 bool is_axis(const double d[3], int axis) { return std::fabs(d[axis]) > 1 - in_axis * in_axis; }
@@ -262,19 +309,25 @@ std::string Words::sentence(const Finding &f) const
     return points(f.points) + " can move: the observations do not determine them";
 }
 
-// Parts that nothing holds against the others.
-std::string loose_sentence(const Datum &datum, const Naming &naming)
+// Parts that nothing holds against the others, and what would.
+std::string loose_sentence(const Model &model, const Datum &datum, const Naming &naming)
 {
     std::vector<std::string> parts;
     for (int p : datum.loose_parts) parts.push_back(names(datum.parts.points[p], naming.point));
-    const bool all = parts.size() == datum.parts.points.size();
+    const bool all = parts.size() == datum.parts.points.size(), heights = model.frame.space == Space::heights;
     const std::size_t told = std::min(parts.size(), most_names);
     std::string out = parts[0];
     for (std::size_t i = 1; i < told; i++) out += " | " + parts[i];
     if (told < parts.size()) out += " and " + std::to_string(parts.size() - told) + " more parts";
-    return all ? out + ": no observations tie these parts to one another"
-               : out + ": no observations tie " + (parts.size() == 1 ? "this part" : "these parts") +
-                     " to the rest, and it is not held by itself";
+    out += ": no observations tie ";
+    if (all)
+        return out + "these parts to one another: " +
+               (heights ? "height differences between them or a fixed height in each would do"
+                        : "observations between them or fixed coordinates in each would do");
+    out += parts.size() == 1 ? "this part to the rest, and it is not held by itself: "
+                             : "these parts to the rest, and they are not held by themselves: ";
+    return out + (heights ? "a height difference to the rest or a fixed height would do"
+                          : "observations to the rest or fixed coordinates would do");
 }
 
 std::string not_carried_sentence(const Words &words, const Datum &datum)
@@ -290,8 +343,7 @@ std::string not_carried_sentence(const Words &words, const Datum &datum)
 std::string datum_line(const Datum &datum)
 {
     if (datum.state == DatumState::loose) return "free: parts against one another";
-    return "free: " + free_motions(datum.open) + held(datum, 0, 2, "shift") + held(datum, 5, 5, "turn") +
-           held(datum, 6, 6, "scale");
+    return datum.open.empty() ? held_line(datum) : free_line(datum);
 }
 
 std::vector<std::string> refusals(const Model &model, const Determinacy &found, const Naming &naming)
@@ -300,7 +352,7 @@ std::vector<std::string> refusals(const Model &model, const Determinacy &found, 
     std::vector<int> all(model.n_points);
     for (int p = 0; p < model.n_points; p++) all[p] = p;
     const Words words{model, naming, similarity(model, all).size};
-    if (found.datum.state == DatumState::loose) out.push_back(loose_sentence(found.datum, naming));
+    if (found.datum.state == DatumState::loose) out.push_back(loose_sentence(model, found.datum, naming));
     if (found.datum.state == DatumState::not_carried && movable_points(model, found.datum).size() > 1)
         out.push_back(not_carried_sentence(words, found.datum));
     std::size_t left = found.findings.size();

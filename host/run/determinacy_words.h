@@ -19,7 +19,8 @@ struct Naming {
     std::string angle = "gon";
 };
 
-// One line: "free: 2 shifts, 1 turn; scale from 7 distances".
+// One line: "free: 2 shifts, 1 turn; scale from 7 distances", "held by 4 fixed coordinates; scale also from 7
+// distances".
 std::string datum_line(const vornadjust::Datum &datum);
 
 // Why a network is refused, a sentence each, names first; empty where it is accepted.

@@ -235,7 +235,7 @@ TEST(Adjustment, TellsATurnThatTheObservationsDetermineBadly)
     EXPECT_TRUE(adjust(&n.model, options).weak.empty());
 }
 
-TEST(Adjustment, GivesCovariancesOfPairsAndOfChosenUnknowns)
+TEST(Adjustment, GivesCovariancesOfPairsAndCofactorsOfChosenUnknowns)
 {
     for (Hold how : every_hold) {
         Model m = space(6, how, frame_of(Space::space), true).model;
@@ -251,9 +251,8 @@ TEST(Adjustment, GivesCovariancesOfPairsAndOfChosenUnknowns)
         for (int a = 0; a < 6; a++)
             for (int b = 0; b < 6; b++) {
                 const int i = column[options.joint[a]], j = column[options.joint[b]];
-                const double wanted = i < 0 || j < 0 ? 0.0 : o.variance_factor * (double)dense.q(i, j);
-                const double size =
-                    i < 0 || j < 0 ? 0.0 : o.variance_factor * std::sqrt((double)(dense.q(i, i) * dense.q(j, j)));
+                const double wanted = i < 0 || j < 0 ? 0.0 : (double)dense.q(i, j);
+                const double size = i < 0 || j < 0 ? 0.0 : std::sqrt((double)(dense.q(i, i) * dense.q(j, j)));
                 EXPECT_NEAR(o.statistics.joint[6 * a + b], wanted, 1e-9 * size);
             }
         for (size_t i = 0; i < options.pairs.size(); i++) {

@@ -19,14 +19,16 @@
 
 namespace {
 
-const char network[] = "[run]\ntitle = \"Triangle\"\ndimension = 1\n[tables]\ntargets = \"\"\"\nname z code\n"
-                       "A 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
-                       "from to value sigma use\nA B 1.234 0.001 yes\nB C 2.221 0.001 yes\nC A -3.452 0.001 yes\n"
-                       "A C 9.000 0.001 no\n\"\"\"\n";
+const char network[] =
+    "[run]\ntitle = \"Triangle\"\nsolver = \"compact\"\ndimension = 1\n[tables]\ntargets = \"\"\"\nname z code\n"
+    "A 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
+    "from to value sigma use\nA B 1.234 0.001 yes\nB C 2.221 0.001 yes\nC A -3.452 0.001 yes\n"
+    "A C 9.000 0.001 no\n\"\"\"\n";
 
 // No datum: the distance leaves the position of B open.
-const char undetermined[] = "[run]\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\n"
-                            "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n";
+const char undetermined[] =
+    "[run]\nsolver = \"compact\"\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\n"
+    "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n";
 
 std::string text_of(const std::string &path)
 {
@@ -86,7 +88,7 @@ using Names = std::vector<std::string>;
 TEST_F(Program, ChecksWithDoubtWhereTheDatumMayNotBeDefined)
 {
     const auto network = [](const std::string &b, const std::string &c) {
-        return "[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code_x code_y code_z\n"
+        return "[run]\nsolver = \"compact\"\ndimension = 3\n[tables]\ntargets = '''\nname x y z code_x code_y code_z\n"
                "A 0 0 0 fixed fixed fixed\nB 10 0 0 " +
                b + "\nC 0 10 0 " + c +
                "\nD 3 3 9 free free free\n'''\ndistances = '''\nfrom to value sigma\nA B 10 1\nA C 10 1\n"
@@ -133,7 +135,7 @@ TEST_F(Program, ReportsOnStandardOutput)
     EXPECT_TRUE(contains(out, "\nFinal results after"));
     EXPECT_TRUE(contains(out, "B                   101.233000\n"));
     EXPECT_TRUE(contains(err, "The solution has converged\n"));
-    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n  net.inp:16: A to C: "));
+    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n  net.inp:17: A to C: "));
     EXPECT_FALSE(contains(out, "read 4"));
 }
 
@@ -152,7 +154,7 @@ TEST_F(Program, WritesJson)
 {
     EXPECT_EQ(run("adjust net.inp --json r.json"), 0);
     const nlohmann::json all = json("r.json");
-    EXPECT_EQ(all["schema"], 1);
+    EXPECT_EQ(all["schema"], 2);
     EXPECT_EQ(all["title"], "Triangle");
     EXPECT_EQ(all["file"], "net.inp");
     EXPECT_EQ(all["adjusted"], true);
@@ -276,12 +278,13 @@ TEST_F(Program, NamesItsCommands)
 TEST_F(Program, NamesTheWordsItKnows)
 {
     EXPECT_EQ(run("adjust net.inp --solver gauss"), 2);
-    EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex")) << err;
+    EXPECT_TRUE(contains(err, "'gauss' is none of compact, jordan, simplex, sparse")) << err;
 }
 
 TEST_F(Program, NamesResultsThatAreNotNumbers)
 {
-    folder.write("bad.inp", "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 120 0 fixed\n"
+    folder.write("bad.inp", "[run]\nsolver = \"compact\"\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 "
+                            "fixed\nB 120 0 fixed\n"
                             "P 0 0 free\n'''\ndistances = '''\nfrom to value sigma\nA P 100 1\nB P 100 1\n'''\n");
     EXPECT_EQ(run("adjust bad.inp --mode propagation --quiet --json r.json --csv tables"), 1);
     EXPECT_EQ(err, "vorn: standard deviations of coordinates that are not finite numbers: P x, P y\n");
@@ -313,10 +316,11 @@ TEST_F(Program, RefusesAnImportWhoseFileCannotBeRead)
 // The cofactors of P, which lies on A, are no numbers.
 TEST_F(Program, KeepsNoConnectedNetWithoutNumbers)
 {
-    folder.write("bad.inp", "[run]\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\n"
-                            "name x y code connect\nA 0 0 fixed none\nB 120 0 fixed none\nC 0 90 fixed none\n"
-                            "P 0 0 free export\nR 60 60 free export\n'''\ndistances = '''\nfrom to value sigma\n"
-                            "A P 100 1\nB P 100 1\nA R 1 1\nB R 1 1\nC R 1 1\n'''\n");
+    folder.write("bad.inp",
+                 "[run]\nsolver = \"compact\"\ndimension = 2\nmode = \"propagation\"\n[tables]\ntargets = '''\n"
+                 "name x y code connect\nA 0 0 fixed none\nB 120 0 fixed none\nC 0 90 fixed none\n"
+                 "P 0 0 free export\nR 60 60 free export\n'''\ndistances = '''\nfrom to value sigma\n"
+                 "A P 100 1\nB P 100 1\nA R 1 1\nB R 1 1\nC R 1 1\n'''\n");
     folder.write("bad.con", "earlier\n");
     EXPECT_EQ(run("adjust bad.inp --quiet -o r.txt"), 1);
     EXPECT_TRUE(contains(err, "vorn: bad.con is not written: its numbers are not all finite\n")) << err;
@@ -384,7 +388,7 @@ TEST_F(Program, SaysWhatTheRunWouldBe)
     EXPECT_EQ(out, "Triangle\n"
                    "net.inp: solver jordan, mode statistics\n"
                    "height differences: read 4 = used 3 + left out 1\n"
-                   "  net.inp:16: A to C: use = no in the file\n"
+                   "  net.inp:17: A to C: use = no in the file\n"
                    "1D problem\n"
                    "number of points                     3\n"
                    "number of height differences         3\n"
@@ -412,4 +416,97 @@ TEST_F(Program, ExplainsItselfWithExamples)
     }
     EXPECT_EQ(run("--version"), 0);
     EXPECT_EQ(out.find("vorn "), 0u);
+}
+
+// The program's own adjustment from the command line.
+
+namespace {
+
+const char loose[] = "[run]\ndimension = 1\nsolver = \"sparse\"\n[tables]\ntargets = '''\nname z code\nA 100 fixed\n"
+                     "B 101 free\nX 50 free\nY 51 free\n'''\nheight_differences = '''\nfrom to value sigma\n"
+                     "A B 1 0.001\nX Y 1 0.001\n";
+
+} // namespace
+
+TEST_F(Program, RefusesLooseLoopsAndAdjustsThemWithATie)
+{
+    folder.write("open.inp", std::string(loose) + "'''\n");
+    const std::string words = "vorn: X, Y: no observations tie this part to the rest, and it is not held by itself: a "
+                              "height difference to the rest or a fixed height would do\n";
+    for (const char *command : {"adjust open.inp -o r.txt --json r.json", "check open.inp"}) {
+        EXPECT_EQ(run(command), 1) << command;
+        EXPECT_TRUE(contains(err, words)) << err;
+        EXPECT_FALSE(contains(out, "can be adjusted"));
+    }
+    EXPECT_EQ(json("r.json")["stage"], "datum");
+    EXPECT_EQ(json("r.json")["code"], "no datum");
+    EXPECT_TRUE(contains(text_of(folder.file("r.txt")), "Not adjusted: no datum.\nX, Y: no observations"));
+
+    folder.write("open.inp", std::string(loose) + "B X -51 0.001\n'''\n");
+    EXPECT_EQ(run("check open.inp"), 0) << err;
+    EXPECT_TRUE(contains(out, "datum: held by 1 fixed height\ndegrees of freedom: 0\nthis network can be adjusted\n"));
+    EXPECT_EQ(run("adjust open.inp -o r.txt --json r.json"), 0) << err;
+    EXPECT_EQ(json("r.json")["stage"], "done");
+    EXPECT_EQ(json("r.json")["code"], "adjusted");
+}
+
+TEST_F(Program, GivesTheStageAndTheCodeOfEveryEnd)
+{
+    const auto plane = [](const std::string &points, const std::string &distances) {
+        return "[run]\ndimension = 2\nsolver = \"sparse\"\n[tables]\ntargets = '''\nname x y code\n" + points +
+               "'''\ndistances = '''\nfrom to value sigma\n" + distances + "'''\n";
+    };
+    const std::string held = "A 0 0 fixed\nB 100 0 fixed\n";
+    const struct {
+        const char *stage, *code;
+        std::string text;
+    } ends[] = {
+        {"first coordinates", "no first coordinates", plane(held + "P - - free\n", "A P 70 0.001\n")},
+        {"datum", "no datum",
+         plane("A 0 0 free\nB 100 0 no_datum\nC 0 90 no_datum\n", "A B 100 1\nB C 134.536 1\nC A 90 1\n")},
+        {"adjustment", "undetermined", plane(held + "P 50 50 free\nQ 80 80 free\n", "A P 70 1\nB P 70 1\nA Q 113 1\n")},
+        {"adjustment", "no convergence", plane(held + "P 50 1 free\n", "A P 10 0.001\nB P 20 0.001\n")},
+        {"done", "adjusted", plane(held + "P 50 50 free\n", "A P 70 1\nB P 70 1\n")}};
+    for (const auto &end : ends) {
+        folder.write("net.inp", end.text);
+        const bool done = std::string(end.stage) == "done";
+        EXPECT_EQ(run("adjust net.inp -o r.txt --json r.json"), done ? 0 : 1) << end.code;
+        EXPECT_EQ(json("r.json")["stage"], end.stage) << err;
+        EXPECT_EQ(json("r.json")["code"], end.code) << err;
+        EXPECT_EQ(json("r.json")["engine_code"], 0);
+        EXPECT_EQ(json("r.json")["adjusted"], done);
+        EXPECT_EQ(run("check net.inp"), done ? 0 : 1) << end.code << err;
+    }
+}
+
+// The report then goes where -o says, or nowhere.
+TEST_F(Program, WritesJsonOnStandardOutput)
+{
+    for (const char *solver : {"compact", "sparse"}) {
+        const std::string options = std::string("adjust net.inp --json - --solver ") + solver;
+        EXPECT_EQ(run(options), 0);
+        const nlohmann::json all = nlohmann::json::parse(out);
+        EXPECT_EQ(all["solver"], solver);
+        EXPECT_EQ(all["units"]["length"], "m");
+        EXPECT_FALSE(exists("-"));
+        EXPECT_EQ(run(options + " -o r.txt"), 0);
+        EXPECT_EQ(nlohmann::json::parse(out)["points"], all["points"]);
+        EXPECT_FALSE(text_of(folder.file("r.txt")).empty());
+    }
+    EXPECT_EQ(run("adjust net.inp --json -", ">/dev/full"), 3);
+    EXPECT_TRUE(contains(err, "vorn: cannot write standard output: No space left on device\n")) << err;
+    EXPECT_EQ(run("adjust open.inp --json - --solver compact"), 1);
+    EXPECT_EQ(nlohmann::json::parse(out)["adjusted"], false);
+}
+
+TEST_F(Program, ReportsInItsOwnWordsWithTheSolverSparse)
+{
+    EXPECT_EQ(run("adjust net.inp --solver sparse --csv tables"), 0);
+    EXPECT_EQ(out.find("Triangle\n========\nfile     net.inp\n"), 0u) << out;
+    EXPECT_TRUE(contains(out, "B      free   101.23300  "));
+    EXPECT_TRUE(contains(out, "A to C") || contains(out, "height differences  A     C"));
+    EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n"));
+    EXPECT_TRUE(
+        contains(text_of(folder.file("tables/residuals.csv")), ",component,unit,adjusted,redundancy,normalised"));
+    EXPECT_EQ(run("adjust net.inp --solver sparse", ">/dev/full"), 3);
 }

@@ -98,7 +98,7 @@ TEST(NetworkFile, HasTheDefaultsOfItsReference)
     const Model model = model_of(run + tables);
     const project &p = model.p;
     EXPECT_EQ(model.title, "");
-    EXPECT_EQ(model.solver, Solver::Compact);
+    EXPECT_EQ(model.solver, Solver::Sparse);
     EXPECT_EQ(model.mode, Mode::Statistics);
     EXPECT_EQ(p.irun, 1);
     EXPECT_EQ(p.itmax, 20);

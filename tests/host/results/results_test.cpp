@@ -53,7 +53,7 @@ const PointResult &point(const Results &r, const std::string &name)
 // Levelled triangle with a misclosure of 3 mm and lines of 1 mm.
 std::string triangle(const std::string &mode)
 {
-    return "[run]\ntitle = \"Triangle\"\ndimension = 1\nmode = \"" + mode +
+    return "[run]\ntitle = \"Triangle\"\ndimension = 1\nsolver = \"compact\"\nmode = \"" + mode +
            "\"\n[tables]\ntargets = \"\"\"\n"
            "name z code\nA 100 fixed\nB 101.2 free\nC 103.5 free\n\"\"\"\nheight_differences = \"\"\"\n"
            "from to value sigma\nA B 1.234 0.001\nB C 2.221 0.001\nC A -3.452 0.001\n\"\"\"\n";
@@ -104,7 +104,9 @@ TEST(Results, TellWhatRan)
     EXPECT_EQ(r.mode, "statistics");
     EXPECT_EQ(r.dimension, 1);
     EXPECT_TRUE(r.adjusted);
-    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.engine_code, 0);
+    EXPECT_EQ(r.code, "adjusted");
+    EXPECT_EQ(r.stage, "done");
     ASSERT_EQ(r.accounts.size(), 1u);
     EXPECT_EQ(r.accounts[0].used, 3);
 }
@@ -139,7 +141,7 @@ TEST(Results, HoldResidualsWithTheirPlaceAndMarks)
     EXPECT_EQ(m.kind, "height difference");
     EXPECT_EQ(m.from, "C");
     EXPECT_EQ(m.to, "A");
-    EXPECT_EQ(m.line, 16);
+    EXPECT_EQ(m.line, 17);
     EXPECT_EQ(m.value, -3.452);
     EXPECT_EQ(m.sigma, 0.001);
     EXPECT_NEAR(m.residual, 0.001, 1e-9);
@@ -203,7 +205,7 @@ TEST(Results, HaveNoPointsWhenTheNetworkWasRefused)
                    "B 10 0 free\n\"\"\"\ndistances = \"\"\"\nfrom to value sigma\nA B 10 0.001\n\"\"\"\n");
     EXPECT_FALSE(r.adjusted);
     EXPECT_FALSE(r.words.empty());
-    EXPECT_NE(r.code, 0);
+    EXPECT_NE(r.engine_code, 0);
     EXPECT_TRUE(r.points.empty());
     EXPECT_TRUE(r.residuals.empty());
     EXPECT_FALSE(r.sigma_apriori);
@@ -354,9 +356,9 @@ TEST(Results, HoldPairsThatTheRunFilled)
     ASSERT_TRUE(r.adjusted) << (r.words.empty() ? "" : r.words[0]);
     ASSERT_EQ(r.pairs.size(), 1u);
     EXPECT_EQ(r.pairs[0].from, "P");
-    EXPECT_NEAR(r.pairs[0].deviation[0], 4e-6, 1e-8); // variances below 1e-10 too
-    EXPECT_NEAR(r.pairs[0].deviation[1], 5e-6, 1e-8);
-    EXPECT_NEAR(r.pairs[0].deviation[2], 2e-3, 1e-8); // the baselines from E weigh a millionth
+    EXPECT_NEAR(r.pairs[0].deviation[0].value(), 4e-6, 1e-8); // variances below 1e-10 too
+    EXPECT_NEAR(r.pairs[0].deviation[1].value(), 5e-6, 1e-8);
+    EXPECT_NEAR(r.pairs[0].deviation[2].value(), 2e-3, 1e-8); // the baselines from E weigh a millionth
 }
 
 TEST(Results, HoldTheMovementsOfLumps)
@@ -443,6 +445,7 @@ TEST(NotNumbers, MissNoQuantity)
     r.residuals.resize(1);
     r.kinds.resize(1);
     r.groups.resize(1);
+    r.cameras.resize(1);
     r.lumps.resize(1);
     r.pairs.resize(1);
     std::vector<double *> all;
@@ -459,13 +462,17 @@ TEST(NotNumbers, MissNoQuantity)
                             &r.lumps[0].translation_deviation[c], &r.lumps[0].rotation_deviation[c]})
             make(*value);
         axes_of(r.points[0].ellipse[c].emplace());
-        axes_of(r.pairs[0].ellipse[c]);
-        for (double *value : {&r.orientations[0].rotation[c], &r.lumps[0].translation[c], &r.lumps[0].rotation[c],
-                              &r.pairs[0].deviation[c]})
+        axes_of(r.pairs[0].ellipse[c].emplace());
+        for (double *value : {&r.orientations[0].rotation[c], &r.lumps[0].translation[c], &r.lumps[0].rotation[c]})
             add(*value);
+        make(r.pairs[0].deviation[c]);
     }
+    for (int k = 0; k < 10; k++)
+        for (auto *value : {&r.cameras[0].value[k], &r.cameras[0].deviation[k]}) make(*value);
     make(r.lumps[0].scale_deviation);
-    make(r.residuals[0].deviation);
+    for (auto *value :
+         {&r.residuals[0].adjusted, &r.residuals[0].deviation, &r.residuals[0].redundancy, &r.residuals[0].normalised})
+        make(*value);
     for (double *value : {&r.lumps[0].scale, &r.residuals[0].value, &r.residuals[0].sigma, &r.residuals[0].residual,
                           &r.kinds[0].sigma_apriori, &r.kinds[0].sigma_aposteriori})
         add(*value);

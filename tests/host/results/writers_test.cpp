@@ -86,7 +86,7 @@ std::vector<size_t> commas(const std::string &text)
 TEST(JsonWriter, BeginsWithTheSchemaAndTellsWhatRan)
 {
     const std::string text = to_json(levelling());
-    EXPECT_EQ(text.substr(0, 17), "{\n  \"schema\": 1,\n");
+    EXPECT_EQ(text.substr(0, 17), "{\n  \"schema\": 2,\n");
     EXPECT_EQ(text.back(), '\n');
     const json all = json::parse(text);
     EXPECT_EQ(all["program"], "vorn");
@@ -165,7 +165,7 @@ TEST(JsonWriter, WritesEveryPart)
     p.from = "A";
     p.to = "B";
     p.deviation[0] = 0.5;
-    p.ellipse[2].a = 7;
+    p.ellipse[2] = EllipseResult{7, 0, 0};
     r.pairs = {p};
     r.words = {"word"};
     r.notes = {"note"};
@@ -195,8 +195,8 @@ TEST(CsvWriter, QuotesAsNeededAndEndsRowsWithBothCharacters)
 {
     const std::string text = table(levelling(), "residuals.csv");
     EXPECT_EQ(text, "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
-                    "normal_test_divided,tau_test,tau_test_divided\r\n"
-                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,\r\n");
+                    "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised\r\n"
+                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,\r\n");
 }
 
 TEST(CsvWriter, LeavesTheCellsOfWhatIsAbsentEmpty)

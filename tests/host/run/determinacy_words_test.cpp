@@ -45,11 +45,29 @@ TEST(DatumLine, CountsWhatIsFreeAndWhatHoldsTheRest)
     net.azimuth(0, 1);
     EXPECT_EQ(line(net), "free: 2 shifts; turn from 1 azimuth; scale from 6 distances");
     net.model.code[0] = net.model.code[1] = Code::fixed;
-    EXPECT_EQ(line(net), "free: nothing; shifts from 2 fixed coordinates; turn from 1 azimuth; scale from 6 distances");
+    net.model.code[0] = net.model.code[1] = Code::fixed;
+    EXPECT_EQ(line(net), "held by 2 fixed coordinates; turn from 1 azimuth; scale from 6 distances");
     // B lies beside A along y: it holds the turn by x and the scale by y.
     net.model.code[3] = net.model.code[4] = Code::fixed;
-    EXPECT_EQ(line(net), "free: nothing; shifts from 4 fixed coordinates; turn from 1 azimuth and 2 fixed coordinates; "
-                         "scale from 6 distances and 2 fixed coordinates");
+    EXPECT_EQ(line(net), "held by 4 fixed coordinates; turn also from 1 azimuth; scale also from 6 distances");
+}
+
+TEST(DatumLine, TellsWhatHoldsTheRestOfAFreeNetwork)
+{
+    SmallNet net = square(Code::datum);
+    net.all_distances_among(4);
+    net.model.code[0] = net.model.code[1] = Code::fixed;
+    EXPECT_EQ(line(net), "free: 1 turn; shifts from 2 fixed coordinates; scale from 6 distances");
+}
+
+TEST(DatumLine, HasNoScaleInANetworkOfHeights)
+{
+    SmallNet net(Space::heights);
+    for (int i = 0; i < 3; i++) net.height(100 + i * i);
+    for (int i = 0; i < 3; i++) net.level(i, (i + 1) % 3);
+    EXPECT_EQ(line(net), "free: 1 shift");
+    net.model.code[2] = Code::fixed;
+    EXPECT_EQ(line(net), "held by 1 fixed height");
 }
 
 TEST(Refusals, AreNoneForAnAcceptedNetwork)
@@ -105,9 +123,11 @@ TEST(Refusals, NamePartsThatNothingTies)
     SmallNet net(Space::heights);
     for (int i = 0; i < 6; i++) net.height(100 + i * i);
     for (int i = 0; i < 3; i++) net.level(i, (i + 1) % 3), net.level(3 + i, 3 + (i + 1) % 3);
-    EXPECT_EQ(refused(net), Lines{"A, B, C | D, E, F: no observations tie these parts to one another"});
+    EXPECT_EQ(refused(net), Lines{"A, B, C | D, E, F: no observations tie these parts to one another: height "
+                                  "differences between them or a fixed height in each would do"});
     net.model.code[2] = Code::fixed;
-    EXPECT_EQ(refused(net), Lines{"D, E, F: no observations tie this part to the rest, and it is not held by itself"});
+    EXPECT_EQ(refused(net), Lines{"D, E, F: no observations tie this part to the rest, and it is not held by itself: "
+                                  "a height difference to the rest or a fixed height would do"});
 }
 
 TEST(Refusals, NamePointsWithoutObservations)

@@ -1,0 +1,52 @@
+// The steps of make_numbers; each takes one table of the network into the numbers.
+
+#ifndef VORNHOST_BUILDER_H
+#define VORNHOST_BUILDER_H
+
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "host/own/numbers.h"
+#include "host/own/rounds.h"
+
+namespace vornhost {
+
+struct Builder {
+    explicit Builder(Model &its_network) : network(its_network), units(its_network.p), metres(metres_per_unit(units)) {}
+
+    Model &network;
+    project units; // its conversions
+    const double metres;
+    Numbers numbers;
+    std::unordered_map<std::string, int> points; // by name in a record
+    std::vector<int> setups;                     // [stations] the first set-up of each or -1
+    Rounds rounds;                               // a set-up for each orientation, one behind the other
+    std::vector<int> station_constants;          // [stations] or -1
+    std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch
+
+    int point(const char *name) const;
+    const station_input *station_of(int point) const; // null for a target
+    int lump_of(int point) const;
+    int motion_at(int point, int epoch) const; // -1: unmoved
+    void observe(const vornadjust::Observation &observation, const ItemPlace &place);
+};
+
+void set_frame(Builder &b);
+void add_points(Builder &b);
+void add_setups(Builder &b);
+void add_constants(Builder &b);
+void add_cameras(Builder &b);
+void add_motions(Builder &b);
+
+void add_measures(Builder &b);
+void add_baselines(Builder &b);
+void add_images(Builder &b);
+void add_weighted(Builder &b);
+void add_imports(Builder &b);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,128 @@
+// The five lists of observations and the baselines.
+
+#include "host/own/builder.h"
+
+namespace vornhost {
+
+namespace {
+
+namespace va = vornadjust;
+
+// What the observations of one table share.
+struct Table {
+    Item item;
+    va::Kind kind;
+    List<measure_input> &list;
+    double factor; // a priori
+    bool takes_part;
+};
+
+// In the plane marks are compared unless the file asks for a reduction; in space instrument and target are unless the
+// file says that it holds distances between the marks.
+va::Kind distance_kind(const project &p)
+{
+    if (p.dim == 2 && p.iredux == 0) return va::Kind::plane_distance;
+    return p.iredux == 9 ? va::Kind::level_distance : va::Kind::slope_distance;
+}
+
+// Heights of instrument and target act in space, on height differences, and on slopes in the plane.
+bool heights_count(const Builder &b, Item item)
+{
+    if (item == Item::distance) return b.network.p.iredux != 0 || (b.network.p.dim == 3 && !b.network.between_marks);
+    return b.network.p.dim != 2;
+}
+
+// Value and standard deviation in metres and radians; vertical angles as elevations.
+void set_value(Builder &b, Item item, const measure_input &m, va::Observation &o)
+{
+    project &u = b.units;
+    switch (item) {
+    case Item::direction: o.value[0] = u.rawtoh(1, m.val), o.sigma[0] = u.rawtoh(2, m.sig); break;
+    case Item::vertical_angle: o.value[0] = u.rawtov(1, m.val), o.sigma[0] = u.rawtov(2, m.sig); break;
+    case Item::azimuth: o.value[0] = u.rawtoaz(1, m.val), o.sigma[0] = u.rawtoaz(2, m.sig); break;
+    default: o.value[0] = b.metres * m.val, o.sigma[0] = b.metres * m.sig; break;
+    }
+}
+
+// The instrument at the first end.
+void set_instrument(const Builder &b, Item item, int record, const measure_input &m, va::Observation &o)
+{
+    const PointPlace &from = b.numbers.points[(size_t)o.from];
+    if (!from.station) return;
+    const bool angle = item == Item::direction || item == Item::vertical_angle;
+    if (angle) o.setup = b.setups[(size_t)from.record];
+    if (item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
+    if (item == Item::vertical_angle || m.typ == KIND_DISTANCE_CONSTANTS)
+        o.constants = b.station_constants[(size_t)from.record];
+}
+
+void add_measure(Builder &b, const Table &table, int record)
+{
+    measure_input &m = table.list.records[(size_t)record];
+    va::Observation o;
+    o.kind = table.kind;
+    o.from = b.point(m.from);
+    o.to = b.point(m.to);
+    if (m.typ <= 0) return;
+    if (!table.takes_part || o.from < 0 || o.to < 0) {
+        m.typ = -m.typ;
+        return;
+    }
+    o.factor = table.factor;
+    set_value(b, table.item, m, o);
+    set_instrument(b, table.item, record, m, o);
+    if (heights_count(b, table.item)) {
+        o.h1 = m.h1;
+        o.h2 = m.h2;
+    }
+    if (table.item != Item::height_difference && table.item != Item::azimuth) {
+        o.motion_from = b.motion_at(o.from, m.time);
+        o.motion_to = b.motion_at(o.to, m.time);
+    }
+    b.observe(o, {table.item, record, 0});
+}
+
+void add_baseline(Builder &b, int record)
+{
+    gps_input &g = b.network.baselines.records[(size_t)record];
+    va::Observation o;
+    o.kind = va::Kind::baseline;
+    o.from = b.point(g.from);
+    o.to = b.point(g.to);
+    if (g.status <= 0) return;
+    if (o.from < 0 || o.to < 0 || b.network.p.dim != 3) {
+        g.status = -g.status;
+        return;
+    }
+    const double *c = g.cov; // xx, xy, xz, yy, yz, zz
+    const double covariance[9] = {c[0], c[1], c[2], c[1], c[3], c[4], c[2], c[4], c[5]};
+    o.group = b.numbers.model.add_group(3, covariance);
+    o.factor = b.network.p.sgps;
+    for (int k = 0; k < 3; k++) o.value[k] = g.dx[k];
+    b.observe(o, {Item::baseline, record, 0});
+}
+
+} // namespace
+
+void add_measures(Builder &b)
+{
+    Model &m = b.network;
+    const project &p = m.p;
+    const bool heights = p.dim != 2, plan = p.dim != 1, space = p.dim == 3;
+    const Table tables[] = {
+        {Item::distance, distance_kind(p), m.distances, p.sdist, plan},
+        {Item::height_difference, va::Kind::height_difference, m.heightdiffs, p.sdifh, heights},
+        {Item::direction, va::Kind::direction, m.directions, p.sdir1, plan},
+        {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
+        {Item::azimuth, va::Kind::azimuth, m.azimuths, p.saz, plan},
+    };
+    for (const Table &table : tables)
+        for (size_t i = 0; i < table.list.size(); i++) add_measure(b, table, (int)i);
+}
+
+void add_baselines(Builder &b)
+{
+    for (size_t i = 0; i < b.network.baselines.size() && b.network.p.igps != 0; i++) add_baseline(b, (int)i);
+}
+
+} // namespace vornhost

@@ -1,0 +1,114 @@
+#include "host/own/numbers.h"
+
+#include <cmath>
+
+#include "adjust/linear.h"
+#include "host/own/builder.h"
+
+namespace vornhost {
+
+namespace {
+
+namespace va = vornadjust;
+
+// Sums of the unit vectors of what the directions of each set-up give its orientation.
+struct Turns {
+    double sine = 0, cosine = 0;
+    bool any = false;
+};
+
+std::vector<Turns> turns_of(const va::Model &model)
+{
+    std::vector<Turns> turns(model.setups.size());
+    va::Linear linear;
+    for (const va::Observation &o : model.observations) {
+        if (!o.use || o.kind != va::Kind::direction) continue;
+        va::linearize(model, o, false, &linear);
+        if (!linear.usable) continue;
+        Turns &t = turns[(size_t)o.setup];
+        t.sine += std::sin(o.value[0] - linear.value[0]);
+        t.cosine += std::cos(o.value[0] - linear.value[0]);
+        t.any = true;
+    }
+    return turns;
+}
+
+} // namespace
+
+int Builder::point(const char *name) const
+{
+    const auto found = points.find(name);
+    return found == points.end() ? -1 : found->second;
+}
+
+const station_input *Builder::station_of(int p) const
+{
+    const PointPlace &place = numbers.points[(size_t)p];
+    return place.station ? &network.stations.records[(size_t)place.record] : nullptr;
+}
+
+int Builder::lump_of(int p) const
+{
+    const PointPlace &place = numbers.points[(size_t)p];
+    return place.station ? network.stations.records[(size_t)place.record].ilump
+                         : network.targets.records[(size_t)place.record].ilump;
+}
+
+int Builder::motion_at(int p, int epoch) const
+{
+    const auto found = motions.find({lump_of(p), epoch});
+    return found == motions.end() ? -1 : found->second;
+}
+
+void Builder::observe(const va::Observation &observation, const ItemPlace &place)
+{
+    numbers.model.observe(observation);
+    numbers.items.push_back(place);
+}
+
+const char *point_name(const Model &network, const PointPlace &point)
+{
+    return point.station ? network.stations.records[(size_t)point.record].name
+                         : network.targets.records[(size_t)point.record].name;
+}
+
+Source point_source(const Model &network, const PointPlace &point)
+{
+    return point.station ? network.stations.where[(size_t)point.record] : network.targets.where[(size_t)point.record];
+}
+
+Numbers make_numbers(Model &network)
+{
+    Builder b(network);
+    set_frame(b);
+    add_points(b);
+    add_setups(b);
+    add_constants(b);
+    add_cameras(b);
+    add_motions(b);
+    add_measures(b);
+    add_baselines(b);
+    add_images(b);
+    add_weighted(b);
+    add_imports(b);
+    orient_setups(network, b.numbers);
+    return std::move(b.numbers);
+}
+
+void orient_setups(const Model &network, Numbers &numbers)
+{
+    va::Model &model = numbers.model;
+    const auto given = [&](size_t s) {
+        return network.station_notes[(size_t)numbers.setup_stations[s]].orientation_given;
+    };
+    for (size_t s = 0; s < model.setups.size(); s++)
+        if (!given(s)) model.value[(size_t)model.setups[s].first + 2] = 0.0;
+    const std::vector<Turns> turns = turns_of(model);
+    for (size_t s = 0; s < model.setups.size(); s++) {
+        const size_t unknown = (size_t)model.setups[s].first + 2;
+        if (given(s) || !turns[s].any) continue;
+        model.value[unknown] = model.start[unknown] = std::atan2(turns[s].sine, turns[s].cosine);
+    }
+}
+
+} // namespace vornhost

@@ -1,0 +1,71 @@
+// The network of a file as numbers for the program's own adjustment: metres and radians, less the origin that the
+// file names, and for each number the record that it came from.
+
+#ifndef VORNHOST_NUMBERS_H
+#define VORNHOST_NUMBERS_H
+
+#include <string>
+#include <vector>
+
+#include "adjust/model.h"
+#include "host/input/model.h"
+
+namespace vornhost {
+
+enum class Item {
+    distance,
+    height_difference,
+    direction,
+    vertical_angle,
+    azimuth,
+    baseline,
+    image_point,
+    weighted_coordinate,
+    weighted_rotation,
+    weighted_constant,
+    imported_coordinate
+};
+
+// What an observation was made of.
+struct ItemPlace {
+    Item item;
+    int record = 0; // of its table; stations, then targets, for weighted and imported coordinates
+    int part = 0;   // axis, rotation or constant of weighted and imported items; line in the file of an image point
+};
+
+struct PointPlace {
+    bool station = false;
+    int record = 0; // in the table of stations or targets
+};
+
+struct MotionPlace {
+    int lump = 0, epoch = 0, reference = 0;
+};
+
+struct Numbers {
+    vornadjust::Model model;
+    std::vector<PointPlace> points;   // [points]
+    std::vector<ItemPlace> items;     // [observations]
+    std::vector<int> setup_stations;  // [set-ups] record of the station
+    std::vector<int> constant_groups; // [constants] record of the group
+    std::vector<int> camera_records;  // [cameras]
+    std::vector<MotionPlace> motions; // [motions]
+    double origin[3] = {0, 0, 0};     // metres; coordinates of the file are those of the model and this
+    std::vector<std::string> notes;   // one line each
+    std::vector<std::string> words;   // why there are none, for the user; empty when there are
+};
+
+// What a point or observation is called: "P", its table and place.
+const char *point_name(const Model &network, const PointPlace &point);
+Source point_source(const Model &network, const PointPlace &point);
+
+// Coordinates must be there (first_coordinates). Observations that cannot take part (a point that is off, an image of
+// too few points) are deselected in the network.
+Numbers make_numbers(Model &network);
+
+// First orientations of set-ups whose station gives none: the circular mean of what its directions give.
+void orient_setups(const Model &network, Numbers &numbers);
+
+} // namespace vornhost
+
+#endif

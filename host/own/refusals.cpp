@@ -1,0 +1,145 @@
+#include "host/own/refusals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "host/input/angle.h"
+#include "host/input/names.h"
+#include "host/own/item_names.h"
+#include "host/preparation/lump_checks.h"
+#include "host/run/determinacy_words.h"
+
+namespace vornhost {
+
+namespace {
+
+namespace va = vornadjust;
+
+std::string number(double x, int digits)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%.*f", digits, x);
+    return text;
+}
+
+// A misclosure in a unit that a surveyor reads.
+std::string misclosure_text(const Model &network, const va::Observation &o, double w)
+{
+    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad"};
+    switch (o.kind) {
+    case va::Kind::direction:
+    case va::Kind::angle:
+    case va::Kind::vertical_angle:
+    case va::Kind::azimuth: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
+    case va::Kind::image: return number(std::fabs(w), 1) + " pixels";
+    default: return number(std::fabs(w), 3) + " m";
+    }
+}
+
+std::string misfit_line(const Model &network, const Numbers &numbers, const va::Misfit &m)
+{
+    const va::Observation &o = numbers.model.observations[(size_t)m.observation];
+    const ItemName name = item_name(network, numbers, m.observation);
+    std::string line = item_text(name) + ": " + misclosure_text(network, o, m.misclosure) + " off";
+    if (m.agreeing > 0)
+        line += ", the other " + std::to_string(m.agreeing) + (m.agreeing == 1 ? " sight of " : " sights of ") +
+                name.from + (m.agreeing == 1 ? " agrees" : " agree");
+    return line;
+}
+
+std::vector<std::string> divergence_words(const Model &network, const OwnOutcome &outcome)
+{
+    const va::Outcome &a = outcome.adjustment;
+    std::vector<std::string> words;
+    words.push_back(a.iteration.ending == va::Ending::limit
+                        ? "the adjustment does not converge: no end after " + std::to_string(a.iteration.steps) +
+                              (a.iteration.steps == 1 ? " iteration" : " iterations")
+                        : "the adjustment does not converge: no step makes the residuals smaller");
+    for (const va::Misfit &m : a.misfits) words.push_back(misfit_line(network, outcome.numbers, m));
+    words.push_back(a.misfits.empty() ? "look for wrong first coordinates, exchanged point names and wrong units"
+                                      : "correct or leave out what does not fit the first coordinates");
+    return words;
+}
+
+Naming naming_of(const Model &network, const Numbers &numbers)
+{
+    static const double circles[] = {400.0, 360.0, 360.0, 2.0 * 3.14159265358979323846};
+    static const char *const angles[] = {"gon", "degrees", "degrees", "rad"};
+    Naming naming;
+    naming.point = [&](int p) { return plain_name(point_name(network, numbers.points[(size_t)p])); };
+    naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
+    naming.circle = circles[network.p.iangle];
+    naming.angle = angles[network.p.iangle];
+    return naming;
+}
+
+// What the rows leave open, in sentences.
+std::vector<std::string> open_words(const Model &network, const OwnOutcome &outcome)
+{
+    const Naming naming = naming_of(network, outcome.numbers);
+    std::vector<std::string> words = refusals(outcome.numbers.model, outcome.adjustment.determinacy, naming);
+    if (words.empty()) words.push_back("the network is not determined");
+    return words;
+}
+
+// The normal matrix gave out though no movement was found that the rows do not feel.
+std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome)
+{
+    constexpr size_t most = 8;
+    std::string names;
+    const std::vector<int> &failed = outcome.adjustment.failed;
+    for (size_t i = 0; i < failed.size() && i < most; i++)
+        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
+    return {names + ": hardly anything determines this, the normal equations have no solution",
+            "observe more of it, or look for standard deviations that are very far apart"};
+}
+
+std::vector<std::string> covariance_words(const Model &network, const OwnOutcome &outcome)
+{
+    const std::vector<va::Observation> &all = outcome.numbers.model.observations;
+    const auto at = std::find_if(all.begin(), all.end(),
+                                 [&](const va::Observation &o) { return o.group == outcome.adjustment.bad_group; });
+    return {"a covariance is not positive definite: " +
+                item_text(item_name(network, outcome.numbers, (int)(at - all.begin()))),
+            "check its variances and covariances"};
+}
+
+} // namespace
+
+std::vector<std::string> not_adjusted_here(const Model &network)
+{
+    if (network.p.lumpmethod == 9 && has_lumps(network))
+        return {
+            "the solver sparse does not compare epochs after the adjustment: choose --solver compact for method = 9 "
+            "in [lumps], or write method = 1 (" +
+            network.path + ")"};
+    return {};
+}
+
+void judge(const Model &network, OwnOutcome &outcome)
+{
+    const va::Outcome &a = outcome.adjustment;
+    const auto end = [&](Ending ending, std::vector<std::string> words) {
+        outcome.ending = ending;
+        outcome.run.words = std::move(words);
+    };
+    switch (a.status) {
+    case va::Status::adjusted: return end(Ending::adjusted, {});
+    case va::Status::no_observations:
+        return end(Ending::no_observations, {"no observation takes part", "look at those left out"});
+    case va::Status::bad_covariance: return end(Ending::bad_covariance, covariance_words(network, outcome));
+    case va::Status::no_datum:
+    case va::Status::datum_points: return end(Ending::no_datum, open_words(network, outcome));
+    case va::Status::undetermined: return end(Ending::undetermined, open_words(network, outcome));
+    case va::Status::singular: return end(Ending::singular, singular_words(network, outcome));
+    default: return end(Ending::no_convergence, divergence_words(network, outcome));
+    }
+}
+
+std::vector<std::string> weak_notes(const Model &network, const OwnOutcome &outcome)
+{
+    return warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming_of(network, outcome.numbers));
+}
+
+} // namespace vornhost

@@ -1,0 +1,137 @@
+#include "host/own/road.h"
+
+#include <chrono>
+#include <unordered_set>
+
+#include "host/own/exports.h"
+#include "host/own/first_coordinates.h"
+#include "host/own/item_names.h"
+#include "host/own/refusals.h"
+#include "host/preparation/lump_checks.h"
+#include "host/run/determinacy_words.h"
+
+namespace vornhost {
+
+namespace {
+
+namespace va = vornadjust;
+
+class Road {
+public:
+    Road(Model &model, Feedback &feedback, bool check) : network(model), user(feedback), checking(check) {}
+
+    OwnOutcome run();
+
+private:
+    bool prepare();
+    bool stop(Ending ending, std::vector<std::string> words);
+    void settle();
+    void adjust();
+    void leave_out();
+    void tell(std::string line) { user.feedback(&line[0]); }
+    void note(const std::string &line);
+    template <class Record> void remember_computed(const List<Record> &list)
+    {
+        for (const Record &r : list.records)
+            if (r.status == STATUS_COMPUTE) computed.insert(r.name);
+    }
+    va::Options options() const;
+
+    Model &network;
+    Feedback &user;
+    const bool checking;
+    std::unordered_set<std::string> computed; // points that get first coordinates
+    OwnOutcome outcome;
+};
+
+void Road::note(const std::string &line)
+{
+    outcome.run.prepared.notes.push_back(line);
+    tell(line);
+}
+
+bool Road::stop(Ending ending, std::vector<std::string> words)
+{
+    if (words.empty()) return false;
+    outcome.ending = ending;
+    outcome.run.words = std::move(words);
+    return true;
+}
+
+// Lumps that show too little count as unmoved.
+void Road::settle()
+{
+    for (const LumpNote &lump : settle_lumps(network)) note(place(network, lump.where) + ": " + lump.text);
+}
+
+// From the records to numbers with first values; false when it ends there.
+bool Road::prepare()
+{
+    if (stop(Ending::not_available, not_adjusted_here(network))) return false;
+    if (stop(Ending::bad_import, take_imports(network))) return false;
+    remember_computed(network.stations);
+    remember_computed(network.targets);
+    const FirstValues first = find_first_coordinates(network);
+    if (stop(Ending::no_first_coordinates, first.words)) return false;
+    for (const std::string &line : first.notes) note(line);
+    settle();
+    outcome.numbers = make_numbers(network);
+    for (const std::string &line : outcome.numbers.notes) note(line);
+    return !stop(Ending::bad_import, outcome.numbers.words);
+}
+
+va::Options Road::options() const
+{
+    va::Options o;
+    o.iterate = network.mode != Mode::Propagation;
+    o.statistics = !checking && network.mode != Mode::Solution;
+    o.residuals = network.mode == Mode::Statistics;
+    for (const PointPlace &point : outcome.numbers.points)
+        o.made.push_back(computed.count(point_name(network, point)) > 0);
+    o.limits.steps = network.steps;
+    o.limits.length = network.p.convergence;
+    if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
+    if (o.statistics) o.joint = exported_unknowns(network, outcome.numbers);
+    return o;
+}
+
+// Observations without a derivative take no part; each is named.
+void Road::leave_out()
+{
+    for (const int i : outcome.adjustment.left_out) {
+        const ItemName name = item_name(network, outcome.numbers, i);
+        note(item_text(name) + ": left out, its ends stand in one place or straight above one another");
+    }
+}
+
+void Road::adjust()
+{
+    outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    const va::Iteration &i = outcome.adjustment.iteration;
+    if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
+    leave_out();
+    judge(network, outcome);
+    const va::Datum &datum = outcome.adjustment.determinacy.datum;
+    if (datum.state != va::DatumState::loose) outcome.datum = datum_line(datum);
+    if (!outcome.datum.empty()) tell("datum: " + outcome.datum);
+    if (outcome.adjusted())
+        for (const std::string &line : weak_notes(network, outcome)) note(line);
+}
+
+OwnOutcome Road::run()
+{
+    const auto start = std::chrono::steady_clock::now();
+    const AccountKeeper keeper(network);
+    if (prepare()) adjust();
+    if (!checking) write_export(network, outcome);
+    outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
+    outcome.run.accounts = keeper.close(network);
+    outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return std::move(outcome);
+}
+
+} // namespace
+
+OwnOutcome run_own(Model &network, Feedback &feedback, bool check) { return Road(network, feedback, check).run(); }
+
+} // namespace vornhost

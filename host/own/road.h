@@ -1,0 +1,47 @@
+// A run of the program's own adjustment on a network.
+
+#ifndef VORNHOST_ROAD_H
+#define VORNHOST_ROAD_H
+
+#include <string>
+#include <vector>
+
+#include "adjust/adjustment.h"
+#include "host/own/numbers.h"
+#include "host/run/runner.h"
+
+namespace vornhost {
+
+// Why a run ended; the first means that the network was adjusted.
+enum class Ending {
+    adjusted,
+    not_available,
+    bad_import,
+    no_first_coordinates,
+    no_observations,
+    bad_covariance,
+    no_datum,
+    undetermined,
+    singular,
+    no_convergence
+};
+
+struct OwnOutcome {
+    RunOutcome run; // words, notes, accounts, lost files; reached is Done or Refused
+    Ending ending = Ending::not_available;
+    std::string datum;  // what the search for open motions found, one line; empty when it was not made
+    double seconds = 0; // of the computation
+    Numbers numbers;
+    vornadjust::Outcome adjustment;
+
+    bool adjusted() const { return ending == Ending::adjusted; }
+};
+
+// Adjusts the network; tells notes and progress to feedback. A check iterates and judges as a run does, but makes no
+// precision and no files. Records of points get first coordinates, and those of observations that take no part are
+// deselected.
+OwnOutcome run_own(Model &network, Feedback &feedback, bool check = false);
+
+} // namespace vornhost
+
+#endif

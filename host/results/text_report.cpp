@@ -1,0 +1,399 @@
+#include "host/results/text_report.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+
+#include "host/input/utf8.h"
+#include "host/results/report_units.h"
+#include "host/results/test_limits.h"
+#include "host/results/text_table.h"
+
+namespace vornhost {
+
+namespace {
+
+const char *const axes[3] = {"x", "y", "z"};
+
+std::string underlined(const std::string &title, char line)
+{
+    return title + "\n" + std::string(utf8_width(title), line) + "\n";
+}
+
+std::string section(const std::string &title, const TextTable &table)
+{
+    return table.empty() ? "" : "\n" + underlined(title, '-') + table.text();
+}
+
+// What of a residual is written in lengths, what in angles.
+bool is_angle(const ResidualResult &r) { return r.unit == "rad"; }
+bool is_length(const ResidualResult &r) { return r.unit == "m"; }
+
+class Report {
+public:
+    Report(const Results &all, const std::string &day) : results(all), units(all.units), date(day) {}
+
+    std::string text() const
+    {
+        return head() + summary() + notes() + points() + orientations() + groups() + cameras() + lumps() + pairs() +
+               observations() + left_out() + tests() + refusal() + verdict();
+    }
+
+private:
+    std::string head() const;
+    std::string summary() const;
+    std::string notes() const;
+    std::string points() const;
+    std::string orientations() const;
+    std::string groups() const;
+    std::string cameras() const;
+    std::string lumps() const;
+    std::string pairs() const;
+    std::string observations() const;
+    std::string observations_of(const std::string &kind) const;
+    std::string left_out() const;
+    std::string tests() const;
+    std::string refusal() const;
+    std::string verdict() const;
+
+    bool has_axis(int axis) const { return results.dimension == 3 || (results.dimension == 1) == (axis == 2); }
+    std::string value(const ResidualResult &r, double x) const;
+    std::string small(const ResidualResult &r, double x) const;
+    std::string kind_unit(const ResidualResult &r, bool small_unit) const;
+    std::string name_of(const ResidualResult &r) const;
+    template <class Value> std::string length(const std::optional<Value> &x) const { return x ? units.length(*x) : ""; }
+    std::string small_length(const std::optional<double> &x) const { return x ? units.small_length(*x) : ""; }
+    std::string small_angle(const std::optional<double> &x) const { return x ? units.small_angle(*x) : ""; }
+
+    const Results &results;
+    const ReportUnits units;
+    const std::string date;
+};
+
+std::string Report::head() const
+{
+    std::string text = underlined(results.title.empty() ? "Adjustment of " + results.file : results.title, '=');
+    TextTable table({{"", "", Align::left}, {"", "", Align::left}});
+    table.add({"file", results.file});
+    table.add({"date", date});
+    table.add(
+        {"program", results.program + " " + results.version + ", solver " + results.solver + ", mode " + results.mode});
+    table.add({"units", std::string("lengths in ") + units.length_name() + ", angles in " + units.angle_name() +
+                            "; precision in " + units.small_length_name() + " and " + units.small_angle_name()});
+    if (!results.datum.empty()) table.add({"datum", results.datum});
+    const std::string lines = table.text();
+    return text + lines.substr(lines.find('\n') + 1); // without a heading
+}
+
+std::string Report::summary() const
+{
+    TextTable table({{"", "", Align::left}, {"", ""}});
+    const auto stations =
+        std::count_if(results.points.begin(), results.points.end(), [](const PointResult &p) { return p.station; });
+    table.add({"stations", std::to_string(stations)});
+    table.add({"targets", std::to_string((long)results.points.size() - (long)stations)});
+    for (const Account &a : results.accounts) {
+        table.add({a.kind, std::to_string(a.used)});
+        if (!a.left_out.empty()) table.add({a.kind + " left out", std::to_string(a.left_out.size())});
+    }
+    if (results.degrees_of_freedom) table.add({"degrees of freedom", std::to_string(*results.degrees_of_freedom)});
+    if (results.iterations) table.add({"iterations", std::to_string(*results.iterations)});
+    const std::string lines = table.text();
+    return "\n" + underlined("Summary", '-') + lines.substr(lines.find('\n') + 1);
+}
+
+std::string Report::notes() const
+{
+    if (results.notes.empty()) return {};
+    std::string text = "\n" + underlined("Notes", '-');
+    for (const std::string &note : results.notes) text += note + "\n";
+    return text;
+}
+
+std::string Report::points() const
+{
+    const std::string unit = units.length_name(), small_unit = units.small_length_name();
+    std::vector<TextColumn> columns = {{"point", "", Align::left}, {"code", "", Align::left}};
+    for (const char *axis : axes) columns.push_back({axis, unit});
+    for (const char *axis : axes) columns.push_back({std::string("d") + axis, small_unit});
+    for (const char *axis : axes) columns.push_back({std::string("s") + axis, small_unit});
+    columns.push_back({"a", small_unit});
+    columns.push_back({"b", small_unit});
+    columns.push_back({"bearing", units.angle_name()});
+    TextTable table(columns);
+    for (const PointResult &p : results.points) {
+        std::string code;
+        for (int k = 0; k < 3; k++) {
+            if (!has_axis(k)) continue;
+            if (code.find(p.code[k]) == std::string::npos) code += (code.empty() ? "" : "/") + p.code[k];
+        }
+        std::vector<std::string> cells = {p.name, code};
+        for (int k = 0; k < 3; k++) cells.push_back(length(p.adjusted[k] ? p.adjusted[k] : p.approximate[k]));
+        for (int k = 0; k < 3; k++) {
+            const bool corrected = p.adjusted[k] && p.approximate[k] && p.code[k] != "fixed";
+            cells.push_back(corrected ? units.small_length(*p.adjusted[k] - *p.approximate[k]) : "");
+        }
+        for (int k = 0; k < 3; k++) cells.push_back(small_length(p.deviation[k]));
+        const std::optional<EllipseResult> &e = p.ellipse[0];
+        cells.push_back(e ? units.small_length(e->a) : "");
+        cells.push_back(e ? units.small_length(e->b) : "");
+        cells.push_back(e ? decimal(std::stod(units.angle(e->bearing)), 1) : "");
+        table.add(cells);
+    }
+    return section("Points", table);
+}
+
+std::string Report::orientations() const
+{
+    const std::string unit = units.angle_name(), small_unit = units.small_angle_name();
+    TextTable table({{"station", "", Align::left},
+                     {"rx1", unit},
+                     {"rx2", unit},
+                     {"rx3", unit},
+                     {"srx1", small_unit},
+                     {"srx2", small_unit},
+                     {"srx3", small_unit}});
+    for (const OrientationResult &o : results.orientations) {
+        std::vector<std::string> cells = {o.name};
+        for (int k = 0; k < 3; k++) {
+            const bool tilt = k < 2 && o.rotation[k] == 0.0 && !o.deviation[k];
+            cells.push_back(tilt ? "" : k < 2 ? units.signed_angle(o.rotation[k]) : units.angle(o.rotation[k]));
+        }
+        for (int k = 0; k < 3; k++) cells.push_back(small_angle(o.deviation[k]));
+        table.add(cells);
+    }
+    return section("Rotations of the instruments", table);
+}
+
+std::string Report::groups() const
+{
+    TextTable table({{"group", "", Align::left},
+                     {"additive", units.length_name()},
+                     {"scale", ""},
+                     {"refraction", ""},
+                     {"s additive", units.small_length_name()},
+                     {"s scale", "ppm"},
+                     {"s refraction", ""}});
+    for (const GroupResult &g : results.groups)
+        table.add({g.name, length(g.value[0]), g.value[1] ? decimal(*g.value[1], 8) : "",
+                   g.value[2] ? decimal(*g.value[2], 4) : "", small_length(g.deviation[0]),
+                   g.deviation[1] ? decimal(*g.deviation[1] * 1e6, 2) : "",
+                   g.deviation[2] ? decimal(*g.deviation[2], 4) : ""});
+    return section("Constants of the instruments", table);
+}
+
+std::string Report::cameras() const
+{
+    static const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
+    TextTable table(
+        {{"camera", "", Align::left}, {"parameter", "", Align::left}, {"value", ""}, {"standard deviation", ""}});
+    const auto shown = [](double x, int k) {
+        char text[60];
+        std::snprintf(text, sizeof text, k < 3 ? "%.6f" : "%.6e", x);
+        return std::string(text);
+    };
+    for (const CameraResult &c : results.cameras)
+        for (int k = 0; k < 10; k++)
+            if (c.value[k])
+                table.add({c.name, inner[k], shown(*c.value[k], k), c.deviation[k] ? shown(*c.deviation[k], k) : ""});
+    return section("Cameras", table);
+}
+
+std::string Report::lumps() const
+{
+    TextTable table({{"lump", ""},
+                     {"epoch", ""},
+                     {"against", ""},
+                     {"parameter", "", Align::left},
+                     {"value", ""},
+                     {"standard deviation", ""},
+                     {"unit", "", Align::left}});
+    for (const LumpResult &l : results.lumps) {
+        const std::vector<std::string> who = {std::to_string(l.lump), std::to_string(l.epoch),
+                                              std::to_string(l.reference)};
+        const auto add = [&](const std::string &name, const std::string &value, const std::string &sd,
+                             const std::string &unit) {
+            table.add({who[0], who[1], who[2], name, value, sd, unit});
+        };
+        for (int k = 0; k < 3; k++)
+            add(std::string("t") + axes[k], units.small_length(l.translation[k]),
+                small_length(l.translation_deviation[k]), units.small_length_name());
+        for (int k = 0; k < 3; k++)
+            add(std::string("r") + axes[k], units.small_angle(l.rotation[k]), small_angle(l.rotation_deviation[k]),
+                units.small_angle_name());
+        add("scale - 1", decimal((l.scale - 1.0) * 1e6, 2),
+            l.scale_deviation ? decimal(*l.scale_deviation * 1e6, 2) : "", "ppm");
+    }
+    return section("Movements of lumps", table);
+}
+
+std::string Report::pairs() const
+{
+    const std::string unit = units.small_length_name();
+    TextTable table({{"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"sdx", unit},
+                     {"sdy", unit},
+                     {"sdz", unit},
+                     {"a", unit},
+                     {"b", unit},
+                     {"bearing", units.angle_name()}});
+    for (const PairResult &p : results.pairs) {
+        const std::optional<EllipseResult> &e = p.ellipse[0];
+        table.add({p.from, p.to, small_length(p.deviation[0]), small_length(p.deviation[1]),
+                   small_length(p.deviation[2]), e ? units.small_length(e->a) : "", e ? units.small_length(e->b) : "",
+                   e ? decimal(std::stod(units.angle(e->bearing)), 1) : ""});
+    }
+    return section("Relative precision of pairs", table);
+}
+
+// A value in the file's unit.
+std::string Report::value(const ResidualResult &r, double x) const
+{
+    if (is_length(r)) return units.length(x);
+    if (!is_angle(r)) return decimal(x, r.unit == "pixel" ? 3 : 8);
+    if (r.kind == "vertical angle") return units.elevation(x);
+    return r.kind == "weighted rotation" ? units.signed_angle(x) : units.angle(x);
+}
+
+// A residual or standard deviation in the small unit.
+std::string Report::small(const ResidualResult &r, double x) const
+{
+    if (is_length(r)) return units.small_length(x);
+    if (is_angle(r)) return units.small_angle(x);
+    return decimal(x, r.unit == "pixel" ? 3 : 8);
+}
+
+std::string Report::kind_unit(const ResidualResult &r, bool small_unit) const
+{
+    if (is_length(r)) return small_unit ? units.small_length_name() : units.length_name();
+    if (is_angle(r)) return small_unit ? units.small_angle_name() : units.angle_name();
+    return r.unit == "pixel" ? "pixel" : "";
+}
+
+std::string Report::name_of(const ResidualResult &r) const
+{
+    std::string name = r.kind + " " + r.from;
+    if (!r.to.empty()) name += " to " + r.to;
+    if (!r.component.empty()) name += " " + r.component;
+    return name + " (" + r.file + ":" + std::to_string(r.line) + ")";
+}
+
+std::string Report::observations_of(const std::string &kind) const
+{
+    const auto of_kind = [&](const ResidualResult &r) { return r.kind == kind; };
+    const auto first = std::find_if(results.residuals.begin(), results.residuals.end(), of_kind);
+    if (first == results.residuals.end()) return {};
+    const std::string unit = kind_unit(*first, false), small_unit = kind_unit(*first, true);
+    TextTable table({{"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"", "", Align::left},
+                     {"observed", unit},
+                     {"adjusted", unit},
+                     {"residual", small_unit},
+                     {"sigma", small_unit},
+                     {"redundancy", ""},
+                     {"normalised", ""},
+                     {"", "", Align::left},
+                     {"place", "", Align::left}});
+    for (const ResidualResult &r : results.residuals) {
+        if (r.kind != kind) continue;
+        const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
+        const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
+        table.add({r.from, r.to, r.component, r.observed ? value(r, r.value) : "",
+                   r.adjusted ? value(r, *r.adjusted) : "", r.observed ? small(r, sign * r.residual) : "",
+                   small(r, r.sigma), r.redundancy ? decimal(*r.redundancy, 2) : "",
+                   r.normalised ? decimal(sign * *r.normalised, 2) : "", mark, r.file + ":" + std::to_string(r.line)});
+    }
+    return section((char)std::toupper((unsigned char)kind[0]) + kind.substr(1) + "s", table);
+}
+
+std::string Report::observations() const
+{
+    std::vector<std::string> kinds;
+    for (const ResidualResult &r : results.residuals)
+        if (std::find(kinds.begin(), kinds.end(), r.kind) == kinds.end()) kinds.push_back(r.kind);
+    std::string text;
+    for (const std::string &kind : kinds) text += observations_of(kind);
+    return text;
+}
+
+std::string Report::left_out() const
+{
+    TextTable table({{"kind", "", Align::left},
+                     {"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"reason", "", Align::left},
+                     {"place", "", Align::left}});
+    for (const Account &a : results.accounts)
+        for (const LeftOut &l : a.left_out)
+            table.add({a.kind, l.from, l.to, l.reason, l.file + ":" + std::to_string(l.line)});
+    return section("Left out", table);
+}
+
+std::string Report::tests() const
+{
+    if (!results.sigma_aposteriori) return {};
+    std::string text = "\n" + underlined("Tests", '-');
+    text += "sigma a priori " + decimal(results.sigma_apriori.value_or(1.0), 4) + ", a posteriori " +
+            decimal(*results.sigma_aposteriori, 4) + "\n";
+    if (const std::optional<VarianceTest> &t = results.variance_test)
+        text += "sum of squares " + decimal(t->squares, 2) + ", expected between " + decimal(t->lower, 2) + " and " +
+                decimal(t->upper, 2) + " (95 %): " + (t->passed() ? "passed" : "failed") + "\n";
+    TextTable table({{"kind", "", Align::left},
+                     {"a priori", ""},
+                     {"a posteriori", ""},
+                     {"goodness of fit", "", Align::left},
+                     {"beyond *", ""},
+                     {"beyond **", ""}});
+    for (const KindResult &k : results.kinds)
+        table.add({k.kind, decimal(k.sigma_apriori, 4), decimal(k.sigma_aposteriori, 4),
+                   k.goodness_of_fit ? (*k.goodness_of_fit ? "passed" : "failed") : "", std::to_string(k.over_normal),
+                   std::to_string(k.over_normal_divided)});
+    if (!table.empty()) {
+        text += "\n" + table.text();
+        text += "* beyond the limit for one residual (1.96), ** beyond that for the largest of all (" +
+                decimal(normal_limit(significance / (double)results.residuals.size()), 2) + ")\n";
+    }
+    return text;
+}
+
+// All that is wrong, where the verdict has no room for it.
+std::string Report::refusal() const
+{
+    if (results.adjusted || results.words.size() < 3) return {};
+    std::string text = "\n" + underlined("What is wrong", '-');
+    for (const std::string &word : results.words) text += word + "\n";
+    return text;
+}
+
+// Three lines: whether it was adjusted, whether the observations agree, what to look at.
+std::string Report::verdict() const
+{
+    std::string text = "\n" + underlined("Verdict", '-');
+    if (!results.adjusted) {
+        text += "Not adjusted: " + results.code + ".\n";
+        text += (results.words.empty() ? "" : results.words.front()) + "\n";
+        return text + (results.words.size() < 2 ? "" : results.words.back()) + "\n";
+    }
+    text += results.mode == "propagation" ? "Precision of a planned network.\n" : "Adjusted.\n";
+    if (results.variance_test)
+        text += std::string("The observations ") + (results.variance_test->passed() ? "agree" : "do not agree") +
+                " with their standard deviations: sigma " + decimal(*results.sigma_aposteriori, 3) + ".\n";
+    else
+        text += results.degrees_of_freedom.value_or(0) > 0 ? "No tests in this mode.\n"
+                                                           : "Nothing checks the observations: no redundancy.\n";
+    if (!results.variance_test) return text + "No observation was tested.\n";
+    if (results.suspicious.empty()) return text + "No observation is suspicious.\n";
+    const ResidualResult &worst = results.residuals[results.suspicious.front()];
+    text += std::to_string(results.suspicious.size()) +
+            (results.suspicious.size() == 1 ? " suspicious observation: " : " suspicious observations, the worst: ");
+    return text + name_of(worst) + ", normalised residual " + decimal(std::fabs(*worst.normalised), 1) + ".\n";
+}
+
+} // namespace
+
+std::string text_report(const Results &results, const std::string &date) { return Report(results, date).text(); }
+
+} // namespace vornhost

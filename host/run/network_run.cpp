@@ -1,0 +1,56 @@
+#include "host/run/network_run.h"
+
+#include <time.h>
+
+#include "host/own/collect.h"
+#include "host/own/road.h"
+#include "host/results/text_report.h"
+
+namespace vornhost {
+
+namespace {
+
+// "2026-03-31 14:05 UTC".
+std::string now()
+{
+    char text[40];
+    const time_t seconds = time(nullptr);
+    const tm *clock = gmtime(&seconds);
+    return clock && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", clock) > 0 ? text : "";
+}
+
+NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool check)
+{
+    OwnOutcome own = run_own(model, feedback, check);
+    NetworkRun run;
+    run.results = collect_own(model, own, version);
+    run.outcome = std::move(own.run);
+    const std::string text = check ? std::string() : text_report(run.results, now());
+    fwrite(text.data(), 1, text.size(), report);
+    return run;
+}
+
+NetworkRun engine_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool checking)
+{
+    NetworkRun run;
+    run.outcome = checking ? check(model, report, feedback) : vornhost::run(model, report, feedback);
+    run.results = collect(model, run.outcome, version);
+    model.p.freerun(model.p.runresults);
+    return run;
+}
+
+} // namespace
+
+NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version)
+{
+    const auto road = model.solver == Solver::Sparse ? own_run : engine_run;
+    return road(model, report, feedback, version, false);
+}
+
+NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version)
+{
+    const auto road = model.solver == Solver::Sparse ? own_run : engine_run;
+    return road(model, report, feedback, version, true);
+}
+
+} // namespace vornhost

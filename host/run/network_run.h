@@ -1,0 +1,30 @@
+// A run of a network by whichever road its solver names, with its one result.
+
+#ifndef VORNHOST_NETWORK_RUN_H
+#define VORNHOST_NETWORK_RUN_H
+
+#include <stdio.h>
+
+#include <string>
+
+#include "host/results/results.h"
+#include "host/run/runner.h"
+
+namespace vornhost {
+
+struct NetworkRun {
+    RunOutcome outcome;
+    Results results;
+};
+
+// Adjusts the network. The report goes to report, notes and progress to feedback. Results of the engine are taken out
+// of the model and released.
+NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version);
+
+// Says what the adjustment would be: the solver sparse iterates and judges as a run does, the engine's solvers go up to
+// the check of the datum.
+NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version);
+
+} // namespace vornhost
+
+#endif

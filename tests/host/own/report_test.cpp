@@ -1,0 +1,195 @@
+// The program's own report as a surveyor reads it.
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "host/input/utf8.h"
+#include "host/own/own_run.h"
+#include "host/results/text_report.h"
+#include "host/results/text_table.h"
+
+using namespace vornhost;
+
+namespace {
+
+// Weights of the three lines are equal: each takes a third of the misclosure of 3 mm. Standard deviations before the
+// variance factor are 10 mm times the root of 2/3, redundancies 1/3, normalised residuals 1 / (10 root 1/3).
+const char loop[] = "[run]\ntitle = \"Loop\"\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 100 fixed\n"
+                    "B 101 free\nŻółw 102 free\n'''\nheight_differences = '''\nfrom to value sigma use\n"
+                    "A B 1.001 0.01 yes\nB Żółw 1.001 0.01 yes\nŻółw A -1.999 0.01 yes\nA Żółw 9 0.01 no\n'''\n";
+
+// sigma = root of 3 (1/10)^2 / 1 = 0.17321; deviations 0.17321 * 8.16497 mm = 1.41 mm.
+const char loop_report[] = "Loop\n"
+                           "====\n"
+                           "file     net.inp\n"
+                           "date     2031-05-17 08:30 UTC\n"
+                           "program  vorn test, solver sparse, mode statistics\n"
+                           "units    lengths in m, angles in gon; precision in mm and mgon\n"
+                           "datum    held by 1 fixed height\n"
+                           "\n"
+                           "Summary\n"
+                           "-------\n"
+                           "stations                     0\n"
+                           "targets                      3\n"
+                           "height differences           3\n"
+                           "height differences left out  1\n"
+                           "degrees of freedom           1\n"
+                           "iterations                   1\n"
+                           "\n"
+                           "Points\n"
+                           "------\n"
+                           "point  code           z    dz    sz\n"
+                           "                      m    mm    mm\n"
+                           "A      fixed  100.00000\n"
+                           "B      free   101.00000  0.00  1.41\n"
+                           "Żółw   free   102.00000  0.00  1.41\n"
+                           "\n"
+                           "Height differences\n"
+                           "------------------\n"
+                           "from  to    observed  adjusted  residual  sigma  redundancy  normalised  place\n"
+                           "                   m         m        mm     mm\n"
+                           "A     B      1.00100   1.00000      1.00  10.00        0.33        0.17  net.inp:13\n"
+                           "B     Żółw   1.00100   1.00000      1.00  10.00        0.33        0.17  net.inp:14\n"
+                           "Żółw  A     -1.99900  -2.00000      1.00  10.00        0.33        0.17  net.inp:15\n"
+                           "\n"
+                           "Left out\n"
+                           "--------\n"
+                           "kind                from  to    reason                place\n"
+                           "height differences  A     Żółw  use = no in the file  net.inp:16\n"
+                           "\n"
+                           "Tests\n"
+                           "-----\n"
+                           "sigma a priori 1.0000, a posteriori 0.1732\n"
+                           "sum of squares 0.03, expected between 0.00 and 5.02 (95 %): passed\n"
+                           "\n"
+                           "kind               a priori  a posteriori  goodness of fit  beyond *  beyond **\n"
+                           "height difference    1.0000        0.1732  passed                  0          0\n"
+                           "* beyond the limit for one residual (1.96), ** beyond that for the largest of all (2.39)\n"
+                           "\n"
+                           "Verdict\n"
+                           "-------\n"
+                           "Adjusted.\n"
+                           "The observations agree with their standard deviations: sigma 0.173.\n"
+                           "No observation is suspicious.\n";
+
+std::string report_of(const std::string &text)
+{
+    const SolvedNetwork solved = solve_text(text);
+    return text_report(solved.results(), "2031-05-17 08:30 UTC");
+}
+
+Lines lines_of(const std::string &text)
+{
+    Lines all;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) all.push_back(line);
+    return all;
+}
+
+Lines last_three(const std::string &text)
+{
+    const Lines all = lines_of(text);
+    return {all.end() - 3, all.end()};
+}
+
+} // namespace
+
+TEST(OwnReport, SaysEverythingOfALoopWorkedOutByHand) { EXPECT_EQ(report_of(loop), loop_report); }
+
+TEST(OwnReport, GoesWhereTheRunIsToldWithTheDayOfTheRun)
+{
+    std::string report = solve_text(loop).report;
+    const size_t date = report.find("date     2");
+    ASSERT_NE(date, std::string::npos);
+    EXPECT_EQ(report.replace(date + 9, 20, "2031-05-17 08:30 UTC"), loop_report);
+}
+
+// The wrong height difference is 50 mm off; the other lines of the two loops are right.
+TEST(OwnReport, EndsWithTheObservationToLookAt)
+{
+    const std::string text = "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 100 fixed\nB 101 free\n"
+                             "C 102 free\n'''\nheight_differences = '''\nfrom to value sigma\nA B 1 0.001\n"
+                             "A B 1 0.001\nB C 1 0.001\nB C 1 0.001\nA C 2.05 0.001\nA C 2 0.001\nA C 2 0.001\n'''\n";
+    const Lines end = last_three(report_of(text));
+    EXPECT_EQ(end[0], "Adjusted.");
+    EXPECT_EQ(end[1].find("The observations do not agree with their standard deviations: sigma "), 0u) << end[1];
+    EXPECT_NE(end[2].find("height difference A to C (net.inp:16), normalised residual "), std::string::npos) << end[2];
+    EXPECT_NE(report_of(text).find("**  net.inp:16\n"), std::string::npos);
+}
+
+TEST(OwnReport, EndsWithWhyANetworkIsRefused)
+{
+    const std::string text = "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\n"
+                             "C 0 9 fixed\nP 9 5 free\nB 10 0 free\n'''\ndistances = '''\nfrom to value sigma\n"
+                             "A P 10.296 0.001\nC P 9.849 0.001\nA B 10 0.001\n'''\n";
+    const Lines end = last_three(report_of(text));
+    EXPECT_EQ(end[0], "Not adjusted: undetermined.");
+    EXPECT_EQ(end[1].find("B can move along y: it has one distance only"), 0u) << end[1];
+}
+
+TEST(OwnReport, ClaimsNothingOfObservationsThatNothingTests)
+{
+    std::string text = loop;
+    const size_t at = text.find("dimension");
+    for (const char *mode : {"solution", "propagation"}) {
+        const Lines end = last_three(report_of(std::string(text).insert(at, "mode = \"" + std::string(mode) + "\"\n")));
+        EXPECT_EQ(end[0], mode == std::string("solution") ? "Adjusted." : "Precision of a planned network.");
+        EXPECT_EQ(end[1], "No tests in this mode.");
+        EXPECT_EQ(end[2], "No observation was tested.");
+    }
+    const size_t tie = text.find("Żółw A");
+    text.replace(tie, text.find('\n', tie) - tie + 1, "");
+    const Lines end = last_three(report_of(text));
+    EXPECT_EQ(end[1], "Nothing checks the observations: no redundancy.");
+    EXPECT_EQ(end[2], "No observation was tested.");
+}
+
+// Planned: 10 mm times the root of 2/3 for both points, whatever the values.
+TEST(OwnReport, GivesThePrecisionOfAPlannedNetwork)
+{
+    std::string text = loop;
+    const std::string report = report_of(text.insert(text.find("dimension"), "mode = \"propagation\"\n"));
+    EXPECT_NE(report.find("B      free   101.00000  8.16\n"), std::string::npos) << report;
+    EXPECT_EQ(report.find("observed"), std::string::npos) << report;
+}
+
+TEST(OwnReport, WritesInTheUnitsOfTheFile)
+{
+    const std::string text = "[run]\ndimension = 1\n[units]\nlength = \"mm\"\n[tables]\ntargets = '''\nname z code\n"
+                             "A 100 fixed\nB 101 free\n'''\nheight_differences = '''\nfrom to value sigma\n"
+                             "A B 1.002 0.002\nA B 1.004 0.002\n'''\n";
+    const std::string report = report_of(text);
+    EXPECT_NE(report.find("units    lengths in mm, angles in gon; precision in um and mgon\n"), std::string::npos);
+    // Mean 1.003 mm; sigma 1 um / 2 um times the root of 2; its deviation half of 2 um.
+    EXPECT_NE(report.find("B      free   101.003  3.00  1.00\n"), std::string::npos) << report;
+}
+
+// Zenith angles: the residual counts as they do, observed less adjusted.
+TEST(OwnReport, TurnsResidualsOfZenithAnglesAround)
+{
+    const std::string text = "[run]\ndimension = 3\n[tables]\nstations = '''\nname x y z code\nS 0 0 0 fixed\n'''\n"
+                             "targets = '''\nname x y z code_x code_y code_z\nP 100 0 0 fixed fixed free\n'''\n"
+                             "vertical_angles = '''\nfrom to value sigma\nS P 100.004 0.002\nS P 100.000 0.002\n'''\n";
+    const std::string report = report_of(text);
+    EXPECT_NE(report.find("S     P   100.00400  100.00200     2.000"), std::string::npos) << report;
+    EXPECT_NE(report.find("S     P   100.00000  100.00200    -2.000"), std::string::npos) << report;
+}
+
+// Two columns for a character of East Asia, none for a mark that joins the one before.
+TEST(TextTables, AlignNamesOfAnyScript)
+{
+    TextTable table({{"name", "", Align::left}, {"n", ""}});
+    for (const char *name : {"P", "Ö1", "点1", "e\xCC\x81t"}) table.add({name, "1"});
+    for (const std::string &line : lines_of(table.text())) EXPECT_EQ(utf8_width(line), 7u) << line;
+    EXPECT_EQ(utf8_width("点1"), 3u);
+    EXPECT_EQ(utf8_width("e\xCC\x81t"), 2u);
+    EXPECT_EQ(table.text(), "name  n\nP     1\nÖ1    1\n点1   1\ne\xCC\x81t    1\n");
+}
+
+TEST(TextTables, LeaveOutColumnsWithoutText)
+{
+    TextTable table({{"a", "", Align::left}, {"b", "mm"}, {"c", "mm"}});
+    table.add({"x", "", "1.5"});
+    EXPECT_EQ(table.text(), "a    c\n    mm\nx  1.5\n");
+}
