@@ -254,11 +254,10 @@ void NetworkReader::check_section(const SectionKeys &section, const toml::node &
 
 void NetworkReader::read_run(const toml::table &root)
 {
-    static const Words solvers = {
-        {"sparse", (int)Solver::Sparse},
-        {"compact", (int)Solver::Compact},
-        {"jordan", (int)Solver::Jordan},
-        {"simplex", (int)Solver::Simplex}};
+    static const Words solvers = {{"sparse", (int)Solver::Sparse},
+                                  {"compact", (int)Solver::Compact},
+                                  {"jordan", (int)Solver::Jordan},
+                                  {"simplex", (int)Solver::Simplex}};
     static const Words modes = {{"statistics", (int)Mode::Statistics},
                                 {"solution", (int)Mode::Solution},
                                 {"propagation", (int)Mode::Propagation}};
