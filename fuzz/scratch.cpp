@@ -11,7 +11,7 @@
 #include "host/results/json_writer.h"
 #include "host/input/network_file.h"
 #include "host/results/results.h"
-#include "host/run/runner.h"
+#include "host/run/network_run.h"
 
 namespace {
 
@@ -60,9 +60,7 @@ void adjust_silently(vornhost::Model &model, vornhost::Solver solver)
     Silent silent;
     FILE *report = open_report();
     model.solver = solver;
-    const vornhost::RunOutcome outcome = vornhost::run(model, report, silent);
-    const vornhost::Results results = vornhost::collect(model, outcome, "0");
-    model.p.freerun(model.p.runresults);
+    const vornhost::Results results = vornhost::run_network(model, report, silent, "0").results;
     fclose(report);
     vornhost::not_numbers(results);
     const nlohmann::json read_back = nlohmann::json::parse(vornhost::to_json(results)); // throws on what is not JSON

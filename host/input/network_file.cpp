@@ -365,6 +365,8 @@ void NetworkReader::read_methods(const toml::table &root)
     p.igps = Section(root, "baselines", faults).word("datum_rule", 1, rules);
     if (!named(TABLE_BASELINES)) p.igps = 0;
     p.lumpmethod = Section(root, "lumps", faults).word("method", not_given, methods, true);
+    // Epochs that are compared after the adjustment are the engine's affair.
+    if (p.lumpmethod == 9 && !Section(root, "run", faults).find("solver")) net.model.solver = Solver::Compact;
     p.iphoto = named(TABLE_IMAGES) ? 1 : 0;
 }
 

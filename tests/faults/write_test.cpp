@@ -114,7 +114,7 @@ TEST_F(FullDiskProgram, SaysThatTheReportIsNotWritten)
 TEST_F(FullDiskProgram, SaysThatTheConnectedNetIsNotWritten)
 {
     std::filesystem::create_symlink("/dev/full", folder.file("first.con"));
-    EXPECT_EQ(run("adjust first.inp -o report.txt --json r.json"), 3);
+    EXPECT_EQ(run("adjust --solver compact first.inp -o report.txt --json r.json"), 3);
     EXPECT_TRUE(says("first.con is not written: the disk is full or does not take it\n"));
     EXPECT_TRUE(says("backtoproject: Cannot write first.con file\n"));
     EXPECT_NE(file_text(folder.file("r.json")).find("\"adjusted\": true"), std::string::npos);
@@ -123,9 +123,20 @@ TEST_F(FullDiskProgram, SaysThatTheConnectedNetIsNotWritten)
 TEST_F(FullDiskProgram, SaysThatTheConnectedNetCannotBeOpened)
 {
     std::filesystem::create_directory(folder.file("first.con"));
-    EXPECT_EQ(run("adjust first.inp -o report.txt --json r.json --quiet"), 3);
+    EXPECT_EQ(run("adjust --solver compact first.inp -o report.txt --json r.json --quiet"), 3);
     EXPECT_EQ(err, "vorn: first.con is not written: it cannot be opened\n");
     EXPECT_NE(file_text(folder.file("r.json")).find(err.substr(6, err.size() - 7)), std::string::npos);
+}
+
+TEST_F(FullDiskProgram, NamesTheConnectedNetOfTheOwnAdjustmentThatItCannotWrite)
+{
+    std::filesystem::create_symlink("/dev/full", folder.file("first.con"));
+    EXPECT_EQ(run("adjust first.inp -o report.txt --quiet"), 3);
+    EXPECT_EQ(err, "vorn: cannot write first.con: No space left on device\n");
+    std::filesystem::remove(folder.file("first.con"));
+    std::filesystem::create_directory(folder.file("first.con"));
+    EXPECT_EQ(run("adjust first.inp -o report.txt --quiet"), 3);
+    EXPECT_EQ(err, "vorn: cannot write first.con: Is a directory\n");
 }
 
 // The engine stops at that file, before it hands the constants back.
@@ -137,11 +148,11 @@ TEST_F(FullDiskProgram, GivesNoConstantsThatTheEngineHasNotHandedBack)
     for (const std::string line : {"N1    1205.4   1249.0   meter", "N2    1440.2   1310.6   meter"})
         text.replace(text.find(line), line.size(), line + " export");
     folder.write("net.inp", text);
-    EXPECT_EQ(run("adjust net.inp --json good.json"), 0);
+    EXPECT_EQ(run("adjust --solver compact net.inp --json good.json"), 0);
     EXPECT_NE(file_text(folder.file("good.json")).find("\"additive_constant\""), std::string::npos);
     std::filesystem::remove(folder.file("net.con"));
     std::filesystem::create_directory(folder.file("net.con"));
-    EXPECT_EQ(run("adjust net.inp --json bad.json --quiet"), 3);
+    EXPECT_EQ(run("adjust --solver compact net.inp --json bad.json --quiet"), 3);
     EXPECT_EQ(err, "vorn: net.con is not written: it cannot be opened\n");
     EXPECT_EQ(file_text(folder.file("bad.json")).find("\"additive_constant\""), std::string::npos);
 }
@@ -171,8 +182,8 @@ protected:
     }
     int adjust(const std::string &name)
     {
-        return run("adjust net.inp --quiet --mode " + GetParam().mode + " -o " + name + ".txt --json " + name +
-                   ".json");
+        return run("adjust net.inp --solver compact --quiet --mode " + GetParam().mode + " -o " + name +
+                   ".txt --json " + name + ".json");
     }
     std::string report(const std::string &name) { return file_text(folder.file(name + ".txt")); }
     std::string line(const std::string &why) { return "cannot write " + GetParam().name + ": " + why; }
