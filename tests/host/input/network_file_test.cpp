@@ -213,6 +213,13 @@ TEST(NetworkFile, ReadsEverySetting)
     EXPECT_EQ(p.confile, folder.file("old.con"));
 }
 
+TEST(NetworkFile, LeavesComparisonsOfEpochsToTheEngineUnlessTheFileNamesASolver)
+{
+    EXPECT_EQ(model_of(run + "[lumps]\nmethod = 9\n" + tables).solver, Solver::Compact);
+    EXPECT_EQ(model_of(run + "[lumps]\nmethod = 1\n" + tables).solver, Solver::Sparse);
+    EXPECT_EQ(model_of(run + "solver = \"sparse\"\n[lumps]\nmethod = 9\n" + tables).solver, Solver::Sparse);
+}
+
 TEST(NetworkFile, ReadsEveryWordOfASetting)
 {
     const auto p = [](const std::string &section, const std::string &line) {
