@@ -11,7 +11,7 @@ namespace {
 // What the engine makes of a line; empty when it takes an observation from it.
 std::string fault_of(const ImageLine &line, const PointFault &fault)
 {
-    const std::string wrong = fault(line.name.c_str());
+    std::string wrong = fault(line.name.c_str());
     if (!wrong.empty() || line.numbers) return wrong;
     return "two numbers are missing behind the name";
 }
