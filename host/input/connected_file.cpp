@@ -52,7 +52,7 @@ std::string read_connected_file(const std::string &path, ConnectedFile &content)
     for (int i = 0; i < points; i++)
         if (!std::getline(file, line) || !read_point(line, content))
             return name + " does not hold a name and three coordinates in line " + std::to_string(i + 2);
-    const size_t wanted = packed_size((size_t)(content.dimension * points));
+    const size_t wanted = packed_size((size_t)content.dimension * (size_t)points);
     for (double q; std::getline(file, line) && content.cofactors.size() <= wanted;) {
         if (sscanf(line.c_str(), "%lf", &q) != 1 || !std::isfinite(q)) break;
         content.cofactors.push_back(q);

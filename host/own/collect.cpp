@@ -72,7 +72,7 @@ void Collection::parameters(int first, std::optional<double> (&value)[n], std::o
 {
     for (int k = 0; k < n; k++) {
         if (!estimated(first + k)) continue;
-        value[k] = values.value[(size_t)(first + k)];
+        value[k] = values.value[(size_t)first + (size_t)k];
         sd[k] = deviation(first + k);
     }
 }
@@ -124,7 +124,7 @@ void Collection::points()
         p.name = plain_name(point_name(network, place));
         p.station = place.station;
         for (int k = 0; k < 3; k++) {
-            const size_t u = (size_t)(3 * i + k);
+            const size_t u = 3 * (size_t)i + (size_t)k;
             if (values.code[u] == va::Code::absent) continue;
             p.code[k] = code_word(codes[k]);
             p.approximate[k] = values.start[u] + numbers.origin[k];
@@ -143,7 +143,7 @@ void Collection::orientations()
         OrientationResult o;
         o.name = plain_name(network.stations.records[(size_t)numbers.setup_stations[s]].name);
         for (int k = 0; k < 3; k++) {
-            o.rotation[k] = std::remainder(values.value[(size_t)(first + k)], turn);
+            o.rotation[k] = std::remainder(values.value[(size_t)first + (size_t)k], turn);
             if (estimated(first + k)) o.deviation[k] = deviation(first + k);
         }
         results.orientations.push_back(o);
@@ -333,12 +333,12 @@ void Collection::lumps()
         lump.epoch = place.epoch;
         lump.reference = place.reference;
         for (int k = 0; k < 3; k++) {
-            lump.translation[k] = values.value[(size_t)(first + k)];
-            lump.rotation[k] = values.value[(size_t)(first + 3 + k)];
+            lump.translation[k] = values.value[(size_t)first + (size_t)k];
+            lump.rotation[k] = values.value[(size_t)first + 3 + (size_t)k];
             lump.translation_deviation[k] = deviation(first + k);
             lump.rotation_deviation[k] = deviation(first + 3 + k);
         }
-        lump.scale = values.value[(size_t)(first + 6)];
+        lump.scale = values.value[(size_t)first + 6];
         lump.scale_deviation = deviation(first + 6);
         results.lumps.push_back(lump);
     }
