@@ -95,12 +95,30 @@ va::Options Road::options() const
     return o;
 }
 
+// Accounts name what is deselected; lines of image files have an account of their own.
+void deselect(Model &network, const ItemPlace &item)
+{
+    const auto off = [&](List<measure_input> &list) {
+        measure_input &m = list.records[(size_t)item.record];
+        if (m.typ > 0) m.typ = -m.typ;
+    };
+    switch (item.item) {
+    case Item::distance: return off(network.distances);
+    case Item::height_difference: return off(network.heightdiffs);
+    case Item::direction: return off(network.directions);
+    case Item::vertical_angle: return off(network.verticals);
+    case Item::azimuth: return off(network.azimuths);
+    default: return;
+    }
+}
+
 // Observations without a derivative take no part; each is named.
 void Road::leave_out()
 {
     for (const int i : outcome.adjustment.left_out) {
         const ItemName name = item_name(network, outcome.numbers, i);
         note(item_text(name) + ": left out, its ends stand in one place or straight above one another");
+        deselect(network, outcome.numbers.items[(size_t)i]);
     }
 }
 
@@ -123,7 +141,9 @@ OwnOutcome Road::run()
     const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
     if (prepare()) adjust();
+    const size_t told = outcome.run.prepared.notes.size();
     if (!checking) write_export(network, outcome);
+    for (size_t i = told; i < outcome.run.prepared.notes.size(); i++) tell(outcome.run.prepared.notes[i]);
     outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
     outcome.run.accounts = keeper.close(network);
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -368,19 +368,25 @@ std::string Report::refusal() const
     return text;
 }
 
+std::string agreement(const VarianceTest &test)
+{
+    if (test.passed()) return "The observations agree with their standard deviations";
+    return test.squares > test.upper ? "The observations do not agree with their standard deviations"
+                                     : "The observations are better than their standard deviations say";
+}
+
 // Three lines: whether it was adjusted, whether the observations agree, what to look at.
 std::string Report::verdict() const
 {
     std::string text = "\n" + underlined("Verdict", '-');
     if (!results.adjusted) {
         text += "Not adjusted: " + results.code + ".\n";
-        text += (results.words.empty() ? "" : results.words.front()) + "\n";
-        return text + (results.words.size() < 2 ? "" : results.words.back()) + "\n";
+        text += (results.words.empty() ? "The reason is not known." : results.words.front()) + "\n";
+        return text + (results.words.size() < 2 ? "There are no results." : results.words.back()) + "\n";
     }
     text += results.mode == "propagation" ? "Precision of a planned network.\n" : "Adjusted.\n";
     if (results.variance_test)
-        text += std::string("The observations ") + (results.variance_test->passed() ? "agree" : "do not agree") +
-                " with their standard deviations: sigma " + decimal(*results.sigma_aposteriori, 3) + ".\n";
+        text += agreement(*results.variance_test) + ": sigma " + decimal(*results.sigma_aposteriori, 3) + ".\n";
     else
         text += results.degrees_of_freedom.value_or(0) > 0 ? "No tests in this mode.\n"
                                                            : "Nothing checks the observations: no redundancy.\n";

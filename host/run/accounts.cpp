@@ -86,7 +86,8 @@ std::string Reasons::of(int kind, const measure_input &m) const
     }
     if ((kind == DIRECTIONS || kind == VERTICAL_ANGLES) && !points.at(m.from).station)
         return std::string(kind_names[kind]) + " need a station as their first point";
-    return "the engine has left it out";
+    return model.solver == Solver::Sparse ? "its ends stand in one place or straight above one another"
+                                          : "the engine has left it out";
 }
 
 std::string Reasons::of(int, const gps_input &g) const
@@ -96,7 +97,7 @@ std::string Reasons::of(int, const gps_input &g) const
         std::string wrong = of_point(name);
         if (!wrong.empty()) return wrong;
     }
-    return "the engine has left it out";
+    return model.solver == Solver::Sparse ? "baselines take part in space only" : "the engine has left it out";
 }
 
 std::string Reasons::of(int, const image_input &i) const

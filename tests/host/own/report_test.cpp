@@ -125,7 +125,30 @@ TEST(OwnReport, EndsWithWhyANetworkIsRefused)
                              "A P 10.296 0.001\nC P 9.849 0.001\nA B 10 0.001\n'''\n";
     const Lines end = last_three(report_of(text));
     EXPECT_EQ(end[0], "Not adjusted: undetermined.");
+    EXPECT_EQ(end[2], "There are no results.");
     EXPECT_EQ(end[1].find("B can move along y: it has one distance only"), 0u) << end[1];
+}
+
+// Repeated height differences that differ by 0.1 mm, written with standard deviations of 1 m.
+TEST(OwnReport, TellsResidualsThatAreTooSmallFromThoseThatAreTooLarge)
+{
+    std::string text = "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 100 fixed\nB 101 free\n'''\n"
+                       "height_differences = '''\nfrom to value sigma\n";
+    for (int i = 0; i < 6; i++) text += i % 2 ? "A B 1.0001 1\n" : "A B 1.0000 1\n";
+    const Lines end = last_three(report_of(text + "'''\n"));
+    EXPECT_EQ(end[1].find("The observations are better than their standard deviations say: sigma 0.000"), 0u) << end[1];
+}
+
+// A and Q stand in one place: the distance between them has no derivative.
+TEST(OwnReport, NamesObservationsWithoutADerivativeAmongThoseLeftOut)
+{
+    const std::string text = report_of("[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\n"
+                                       "Q 0 0 fixed\nB 100 0 fixed\nC 0 100 fixed\nP 50 50 free\n'''\n"
+                                       "distances = '''\nfrom to value sigma\nA Q 1 0.01\nA P 70.71 0.01\n"
+                                       "B P 70.71 0.01\nC P 70.71 0.01\n'''\n");
+    EXPECT_NE(text.find("distances left out  1\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("its ends stand in one place or straight above one another  net.inp:14\n"), std::string::npos)
+        << text;
 }
 
 TEST(OwnReport, ClaimsNothingOfObservationsThatNothingTests)
