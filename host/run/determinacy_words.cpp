@@ -157,14 +157,15 @@ std::string observed(const Datum &datum, int motion, const std::string &name)
 
 std::string held_line(const Datum &datum)
 {
-    const std::string by = holders(datum, kept(datum, 0, 2)), line = by.empty() ? "held" : "held by " + by;
+    const std::string by = holders(datum, kept(datum, 0, 2));
+    std::string line = by.empty() ? "held" : "held by " + by;
     if (only_heights(datum)) return line;
     return line + observed(datum, turn_motion, "turn") + observed(datum, scale_motion, "scale");
 }
 
 std::string free_line(const Datum &datum)
 {
-    const std::string line = "free: " + free_motions(datum.open) + also_kept(datum, 0, 2, "shift");
+    std::string line = "free: " + free_motions(datum.open) + also_kept(datum, 0, 2, "shift");
     if (only_heights(datum)) return line;
     return line + also_kept(datum, turn_motion, turn_motion, "turn") +
            also_kept(datum, scale_motion, scale_motion, "scale");

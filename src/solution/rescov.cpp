@@ -31,8 +31,8 @@ struct residualsum {
 // coordinates first: its rounding decides about a residual at the limit.
 double solution::cofres(int n1, int n2, double w)
 {
-    int u[25];
-    double c[25];
+    int u[25] = {};
+    double c[25] = {};
     const int n = n1 + n2, begin[2] = {0, n1}, end[2] = {n1, n};
     for (int k = 0; k < n; k++) {
         u[k] = k < n1 ? ia1[1 + k] : nunk1 + ia2[1 + k - n1];
