@@ -12,6 +12,8 @@
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
 #include "host/run/network_run.h"
+#include "host/system/temporary_file.h"
+#include "vorn/version.h"
 
 using namespace vornhost;
 
@@ -27,7 +29,7 @@ struct Outputs {
         if (!options.report.empty())
             report = std::make_unique<OutputFile>(options.report);
         else
-            spool.reset(tmpfile());
+            spool.reset(temporary_file());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
     }

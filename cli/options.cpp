@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+#include "vorn/version.h"
+
 namespace {
 
 using vornhost::Mode;
