@@ -49,3 +49,36 @@ foreach(name IN LISTS pkgconfig_files)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
+
+# Manual pages, completions, documents and examples come with the program.
+function(install_compressed file destination name component)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/compressed/${component})
+  set(compressed ${PROJECT_BINARY_DIR}/compressed/${component}/${name}.gz)
+  execute_process(COMMAND gzip -9nc ${file} OUTPUT_FILE ${compressed} COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+  install(FILES ${compressed} DESTINATION ${destination} COMPONENT ${component})
+endfunction()
+
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+if(VORN_PROGRAM AND NOT WIN32)
+  file(GLOB pages CONFIGURE_DEPENDS ${packaging}/man/*.1)
+  foreach(page IN LISTS pages)
+    get_filename_component(name ${page} NAME)
+    install_compressed(${page} ${CMAKE_INSTALL_MANDIR}/man1 ${name} program)
+  endforeach()
+  install(FILES ${packaging}/completions/vorn.bash RENAME vorn
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  install(FILES ${packaging}/completions/_vorn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT program)
+  install(FILES ${packaging}/completions/vorn.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
+  set(docs ${PROJECT_SOURCE_DIR}/docs)
+  install(FILES ${docs}/user-guide.md ${docs}/network-file.md ${docs}/program.md ${docs}/recipes.md
+    ${docs}/rules-to-know.md ${PROJECT_SOURCE_DIR}/CITATION.cff
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program
+    PATTERN host EXCLUDE)
+endif()
+
+if(VORN_PACKAGES)
+  include(${CMAKE_CURRENT_LIST_DIR}/packages.cmake)
+endif()
