@@ -132,6 +132,7 @@ void Iterator::follow_motions(double length)
 {
     moved += length;
     if (datum.open == 0 || moved <= follow * datum.size) return;
+    system.watch.tell(Step::datum);
     const Datum found = find_datum(unit_rows(model, system.equations));
     if (found.motions.cols == datum.open) set_motions(system.columns, found.motions, &datum);
     moved = 0.0;
@@ -151,7 +152,7 @@ Iteration Iterator::run()
     while (result.steps < limits.steps) {
         const bool undamped = damping == 0.0;
         const bool found = find_step();
-        if (system.factor.stopped) {
+        if (system.factor.stopped || system.watch.stopped()) {
             result.ending = Ending::stopped;
             break;
         }
