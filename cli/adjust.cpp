@@ -48,7 +48,7 @@ struct Outputs {
 
     void prepare_results(const Options &, const Results &results)
     {
-        if (json) json->write(to_json(results));
+        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
     }
 
     void finish_results(const Options &options, const Results &results)
