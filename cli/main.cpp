@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "host/run/memory_limit.h"
 #include "host/system/process.h"
+#include "interrupt.h"
 #include "options.h"
 
 namespace {
@@ -35,6 +36,7 @@ int main(int argc, char **argv)
 {
     if (!vornhost::hold_standard_streams()) _exit(STATUS_SYSTEM);
     std::set_terminate(end_without_memory);
+    catch_interrupts();
     vornhost::limit_memory(); // what does not fit ends with words and a status
     vornhost::let_writes_fail();
     vornhost::show_utf8();

@@ -14,6 +14,26 @@ namespace vornhost {
 // A file that is opened takes no number of a standard stream here.
 bool hold_standard_streams() { return true; }
 
+namespace {
+
+void (*interrupted)() = nullptr;
+
+// Called in a thread of its own.
+BOOL WINAPI take_event(DWORD event)
+{
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+    interrupted();
+    return TRUE;
+}
+
+} // namespace
+
+void when_interrupted(void (*function)())
+{
+    interrupted = function;
+    SetConsoleCtrlHandler(take_event, TRUE);
+}
+
 void let_writes_fail() {}
 
 void show_utf8() { SetConsoleOutputCP(CP_UTF8); }
@@ -25,6 +45,26 @@ bool hold_standard_streams()
     for (int handle = 0; handle <= 2; handle++)
         if (fcntl(handle, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) return false;
     return true;
+}
+
+namespace {
+
+void (*interrupted)() = nullptr;
+
+void take_signal(int) { interrupted(); }
+
+} // namespace
+
+void when_interrupted(void (*function)())
+{
+    interrupted = function;
+    struct sigaction action = {}, before = {};
+    action.sa_handler = take_signal;
+    action.sa_flags = SA_RESTART;
+    for (const int number : {SIGINT, SIGTERM}) {
+        sigaction(number, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+    }
 }
 
 void let_writes_fail()

@@ -12,6 +12,10 @@ bool hold_standard_streams();
 // A reader that has gone, and a file beyond the user's limit, show as failed writes and do not end the process.
 void let_writes_fail();
 
+// Calls the function at every interrupt (SIGINT and SIGTERM, Ctrl-C and Ctrl-Break on Windows) that was not ignored when
+// the program began. It may do what a signal handler may.
+void when_interrupted(void (*function)());
+
 // Texts on a terminal are UTF-8.
 void show_utf8();
 
