@@ -22,12 +22,14 @@ namespace {
 
 bool json_shown(const Options &options) { return options.json == "-"; }
 
+bool report_in_file(const Options &options) { return !options.report.empty() && options.report != "-"; }
+
 // Files of a run. They are opened before it, so that a path that cannot be written shows
 // before the computation and not behind it.
 struct Outputs {
     explicit Outputs(const Options &options)
     {
-        if (!options.report.empty())
+        if (report_in_file(options))
             report = std::make_unique<OutputFile>(options.report);
         else
             spool.reset(temporary_file());

@@ -60,7 +60,9 @@ const auto not_empty = [](const std::string &name) {
 
 void add_common(CLI::App *command, Options &options)
 {
-    command->add_option("NAME.inp", options.network, "the network file")->required()->type_name("FILE");
+    command->add_option("NAME.inp", options.network, "the network file; - is standard input")
+        ->required()
+        ->type_name("FILE");
     command->add_option("-C", options.folder, "work in this folder: output paths start from it")
         ->check(CLI::ExistingDirectory)
         ->type_name("DIR");
@@ -72,7 +74,7 @@ void add_adjust(CLI::App &app, Options &options)
 {
     CLI::App *adjust = app.add_subcommand("adjust", "adjust a network and report the results");
     add_common(adjust, options);
-    adjust->add_option("-o", options.report, "report in this file instead of standard output")
+    adjust->add_option("-o", options.report, "report in this file; - is standard output, as without it")
         ->check(not_empty)
         ->type_name("REPORT");
     adjust->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")
