@@ -45,15 +45,15 @@ void set_value(Builder &b, Item item, const measure_input &m, va::Observation &o
 }
 
 // The instrument at the first end.
-void set_instrument(const Builder &b, Item item, int record, const measure_input &m, va::Observation &o)
+void set_instrument(const Builder &b, const Table &table, int record, va::Observation &o)
 {
-    const PointPlace &from = b.numbers.points[(size_t)o.from];
-    if (!from.station) return;
-    const bool angle = item == Item::direction || item == Item::vertical_angle;
-    if (angle) o.setup = b.setups[(size_t)from.record];
-    if (item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
-    if (item == Item::vertical_angle || m.typ == KIND_DISTANCE_CONSTANTS)
-        o.constants = b.station_constants[(size_t)from.record];
+    const int stand = b.stand(o.from, note_at(table.list.notes.setup, (size_t)record));
+    if (stand < 0) return;
+    const bool angle = table.item == Item::direction || table.item == Item::vertical_angle;
+    if (angle) o.setup = b.setups[(size_t)stand];
+    if (table.item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
+    const bool constants = table.list.records[(size_t)record].typ == KIND_DISTANCE_CONSTANTS;
+    if (table.item == Item::vertical_angle || constants) o.constants = b.constants[(size_t)stand];
 }
 
 void add_measure(Builder &b, const Table &table, int record)
@@ -70,7 +70,7 @@ void add_measure(Builder &b, const Table &table, int record)
     }
     o.factor = table.factor;
     set_value(b, table.item, m, o);
-    set_instrument(b, table.item, record, m, o);
+    set_instrument(b, table, record, o);
     if (heights_count(b, table.item)) {
         o.h1 = m.h1;
         o.h2 = m.h2;
@@ -79,7 +79,12 @@ void add_measure(Builder &b, const Table &table, int record)
         o.motion_from = b.motion_at(o.from, m.time);
         o.motion_to = b.motion_at(o.to, m.time);
     }
+    if (b.leave_out(o, table.list.where[(size_t)record])) {
+        m.typ = -m.typ;
+        return;
+    }
     b.observe(o, {table.item, record, 0});
+    b.correlate(table.list.notes, (size_t)record, 0, 0);
 }
 
 void add_baseline(Builder &b, int record)
@@ -94,12 +99,19 @@ void add_baseline(Builder &b, int record)
         g.status = -g.status;
         return;
     }
+    const List<gps_input> &list = b.network.baselines;
+    if (b.leave_out(o, list.where[(size_t)record])) {
+        g.status = -g.status;
+        return;
+    }
     const double *c = g.cov; // xx, xy, xz, yy, yz, zz
     const double covariance[9] = {c[0], c[1], c[2], c[1], c[3], c[4], c[2], c[4], c[5]};
-    o.group = b.numbers.model.add_group(3, covariance);
+    const bool shared = note_at(list.notes.covariance, (size_t)record) >= 0;
+    if (!shared) o.group = b.numbers.model.add_group(3, covariance);
     o.factor = b.network.p.sgps;
     for (int k = 0; k < 3; k++) o.value[k] = g.dx[k];
     b.observe(o, {Item::baseline, record, 0});
+    for (int k = 0; k < 3; k++) b.correlate(list.notes, (size_t)record, k, k);
 }
 
 } // namespace

@@ -15,6 +15,12 @@ const char *const planes[3] = {"xy", "xz", "yz"};
 const char *const rotations[3] = {"rx1", "rx2", "rx3"};
 const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
 
+// A text that is not empty.
+void put(json &object, const char *key, const std::string &text)
+{
+    if (!text.empty()) object[key] = text;
+}
+
 template <class Value> void put(json &object, const char *key, const std::optional<Value> &value)
 {
     if (value) object[key] = *value;
@@ -57,14 +63,23 @@ json to_object(const PointResult &p)
 json to_object(const OrientationResult &o)
 {
     json orientation = {{"station", o.name}};
+    put(orientation, "setup", o.setup);
+    put(orientation, "set", o.set);
     put_axes(orientation, "rotation", o.rotation, rotations);
     put_axes(orientation, "standard_deviation", o.deviation, rotations);
     return orientation;
 }
 
-json to_object(const ResidualResult &r)
+json residual(const Results &results, const ResidualResult &r)
 {
-    json residual = {{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}};
+    json residual = {{"kind", r.kind}};
+    const RowWords &words = results.words_of(r);
+    put(residual, "at", words.at);
+    residual.update({{"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}});
+    put(residual, "setup", words.setup);
+    put(residual, "set", words.set);
+    put(residual, "id", words.id);
+    put(residual, "remark", words.remark);
     if (!r.component.empty()) residual["component"] = r.component;
     residual["unit"] = r.unit;
     if (r.observed) residual["value"] = r.value;
@@ -134,7 +149,10 @@ json to_object(const PairResult &p)
 
 json to_object(const LeftOut &l)
 {
-    return {{"file", l.file}, {"line", l.line}, {"from", l.from}, {"to", l.to}, {"reason", l.reason}};
+    json left_out = {{"file", l.file}, {"line", l.line}};
+    put(left_out, "at", l.at);
+    left_out.update({{"from", l.from}, {"to", l.to}, {"reason", l.reason}});
+    return left_out;
 }
 
 json to_object(const Account &a);
@@ -151,12 +169,21 @@ json to_object(const Account &a)
     return {{"kind", a.kind}, {"read", a.read}, {"used", a.used}, {"left_out", list(a.left_out)}};
 }
 
+json residuals(const Results &results)
+{
+    json all = json::array();
+    for (const ResidualResult &r : results.residuals) all.push_back(residual(results, r));
+    return all;
+}
+
 json suspicious(const Results &results)
 {
     json all = json::array();
     for (const size_t i : results.suspicious) {
         const ResidualResult &r = results.residuals[i];
         all.push_back({{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}});
+        put(all.back(), "at", results.words_of(r).at);
+        put(all.back(), "id", results.words_of(r).id);
         put(all.back(), "normalised", r.normalised);
     }
     return all;
@@ -201,7 +228,7 @@ std::string to_json(const Results &results)
     json all = head(results);
     all["points"] = list(results.points);
     all["orientations"] = list(results.orientations);
-    all["residuals"] = list(results.residuals);
+    all["residuals"] = residuals(results);
     all["kinds"] = list(results.kinds);
     all["groups"] = list(results.groups);
     all["cameras"] = list(results.cameras);
