@@ -14,7 +14,7 @@ _vorn()
     esac
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --csv --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
         COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
     *) COMPREPLY=($(compgen -f -X '!*.inp' -- "$word") $(compgen -d -- "$word")) ;;
     esac

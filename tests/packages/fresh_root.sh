@@ -17,7 +17,7 @@ make_root() {
     mmdebstrap --mode=root --variant=apt --format=null \
         --dpkgopt='path-exclude=/usr/share/{doc,locale,man}/*' --dpkgopt='path-include=/usr/share/doc/vorn/*' \
         --dpkgopt='path-include=/usr/share/man/man1/vorn*' --aptopt='APT::Install-Recommends "false"' \
-        "$@" "$VERSION_CODENAME" - >"$work/log" 2>&1
+        "$@" "$VERSION_CODENAME" /dev/null >"$work/log" 2>&1
 }
 if ! apt-get -q download --print-uris libc6 >"$work/log" 2>&1; then
     echo "skipped: no packages can be reached"
@@ -29,7 +29,7 @@ if ! make_root --customize-hook="copy-in $work/vorn.deb /tmp" \
     --customize-hook="chroot \"\$1\" sh -c 'vorn adjust - --json - < $example > /tmp/piped.json'" \
     --customize-hook='chroot "$1" ls /usr/share/man/man1/vorn.1.gz /usr/share/man/man1/vorn-adjust.1.gz
         /usr/share/bash-completion/completions/vorn /usr/share/zsh/vendor-completions/_vorn
-        /usr/share/fish/vendor_completions.d/vorn.fish'\
+        /usr/share/fish/vendor_completions.d/vorn.fish' \
     --customize-hook="copy-out /tmp/result.json /tmp/piped.json /tmp/report.txt $work"; then
     if grep -q 'apt-get update.*failed\|Temporary failure\|Could not resolve\|Unable to fetch' "$work/log"; then
         echo "skipped: no packages can be reached"
