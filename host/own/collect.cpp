@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/input/names.h"
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/results/test_limits.h"
@@ -456,6 +457,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
     Collection(network, outcome, results).run();
+    collect_covariances(network, outcome, results);
     return results;
 }
 

@@ -137,6 +137,8 @@ struct Results {
     std::vector<PairResult> pairs;
     std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
     std::vector<Account> accounts;
+    std::vector<std::string> covariance_points; // those that the caller named
+    std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held
 
     const RowWords &words_of(const ResidualResult &residual) const
     {
