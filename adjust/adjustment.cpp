@@ -49,8 +49,10 @@ private:
 
 Status Adjustment::choose_datum()
 {
+    options.watch.tell(Step::equations);
     fill(model, Derivatives::invariant, &system.equations);
     if (system.equations.usable_rows() == 0) return Status::no_observations;
+    options.watch.tell(Step::datum);
     outcome.determinacy.datum = find_datum(unit_rows(model, system.equations));
     const Datum &found = outcome.determinacy.datum;
     if (has_isolated_point() && has_findings(model.value, options.made)) return Status::undetermined;
@@ -103,6 +105,7 @@ bool Adjustment::clear_without_curvature()
 bool Adjustment::has_findings(const std::vector<double> &values, const std::vector<char> &made)
 {
     if (std::any_of(values.begin(), values.end(), [](double x) { return !std::isfinite(x); })) return false;
+    options.watch.tell(Step::datum);
     const std::vector<double> present = model.value;
     model.value = values;
     Determinacy found = judge(model, made.empty() ? std::vector<char>(model.n_points, 0) : made);
@@ -200,18 +203,23 @@ void Adjustment::count()
 
 Status Adjustment::find_precision()
 {
+    options.watch.tell(Step::datum);
     if (datum.open > 0) set_motions(system.columns, find_datum(unit_rows(model, system.equations)).motions, &datum);
     Cofactors cofactors(system, datum);
     InverseOptions inverse_options;
     inverse_options.threads = options.threads;
     inverse_options.watch = options.watch;
+    options.watch.tell(Step::inverse);
     if (!cofactors.invert(inverse_options)) return Status::stopped;
+    options.watch.tell(Step::statistics);
     StatisticsOptions s;
     s.sigma = std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
+    s.watch = options.watch;
     s.pairs = options.pairs;
     s.joint = options.joint;
     outcome.statistics = statistics(model, system, cofactors, s);
+    if (options.watch.stopped()) return Status::stopped;
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
         cofactors.multiply(x);
         for (int u : system.columns.unknown) x[u] *= outcome.variance_factor;
@@ -221,11 +229,13 @@ Status Adjustment::find_precision()
 
 Outcome Adjustment::run()
 {
-    system = make_system(model);
-    outcome.status = choose_datum();
-    if (outcome.status == Status::adjusted) outcome.status = find_values();
+    const std::vector<double> first = model.value;
+    system = make_system(model, options.watch);
+    outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
+    if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();
     if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
+    if (outcome.status == Status::stopped) model.value = first;
     outcome.equations = std::move(system.equations);
     return std::move(outcome);
 }

@@ -24,7 +24,7 @@ struct Options {
     std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
-    Watch watch; // of factor and inverse
+    Watch watch;
 };
 
 enum class Status {

@@ -145,6 +145,7 @@ void Iterator::follow_motions(double length)
 {
     moved += length;
     if (datum.open == 0 || moved <= follow * datum.size) return;
+    system.watch.tell(Step::datum);
     const Datum found = find_datum(unit_rows(model, system.equations));
     if (found.motions.cols == datum.open) set_motions(system.columns, found.motions, &datum);
     moved = 0.0;
@@ -165,7 +166,7 @@ Iteration Iterator::run()
         const bool undamped = damping == 0.0;
         const bool found = find_step();
         if (result.steps == 0 && undamped && !system.factor.failed.empty()) result.singular_start = true;
-        if (system.factor.stopped) {
+        if (system.factor.stopped || system.watch.stopped()) {
             result.ending = Ending::stopped;
             break;
         }
