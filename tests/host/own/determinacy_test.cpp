@@ -110,3 +110,29 @@ TEST(Determinacy, LosesNoDigitsInANationalGrid)
         EXPECT_NEAR(*far.point(name).deviation[0] / *near.point(name).deviation[0], 1, 1e-8);
     }
 }
+
+// P, 1 cm beside the line from A to B, has a place across it; its distances tell it to 2.5 m / 0.01 times their own
+// standard deviation.
+TEST(Determinacy, TellsPointsThatAreHardlyPlaced)
+{
+    const std::string text =
+        plane("A 0 0 fixed - -\nB 5 0 fixed - -\nP 2.5 0.01 free - -\n", "A P 2.50002 0.004\nB P 2.50002 0.004\n");
+    const SolvedNetwork solved = solve_text(text);
+    ASSERT_TRUE(solved.adjusted()) << solved.words();
+    EXPECT_NEAR(*solved.point("P").deviation[1], std::sqrt(0.5) * 0.004 * 2.5 / 0.01, 0.01);
+    const Lines &notes = solved.results().notes;
+    EXPECT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes.front(), "hardly determined, with standard deviations beyond a tenth of the network: P");
+}
+
+// P stands on the circle through the three points that it sights, but for the digits of the file.
+TEST(Determinacy, NamesWhatIsHardlyDeterminedWhereThereIsNoEnd)
+{
+    const SolvedNetwork solved = solve_text(
+        "[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nP 17.364818 -98.480775 free\n'''\n"
+        "targets = '''\nname x y code\nA 98.480775 17.364818 fixed\nB 50 86.602540 fixed\n"
+        "C -76.604444 64.278761 fixed\nD -93.969262 -34.202014 fixed\n'''\ndirections = '''\nfrom to value sigma\n"
+        "P A 0.0004 0.0005\nP B 27.7775 0.0005\nP C 72.2225 0.0005\nP D 105.5551 0.0005\n'''\n");
+    EXPECT_FALSE(solved.adjusted());
+    EXPECT_TRUE(contains(solved.words(), "of P")) << solved.words();
+}
