@@ -201,15 +201,15 @@ void Collection::residual(int row)
 {
     const va::Equations &e = adjustment.equations;
     const va::Observation &o = values.observations[(size_t)e.observation[(size_t)row]];
-    const ItemName name = item_name(network, numbers, e.observation[(size_t)row]);
+    ItemName name = item_name(network, numbers, e.observation[(size_t)row]);
     const int component = e.component[(size_t)row];
     ResidualResult r;
     r.kind = name.kind;
     r.component = name.part.empty() ? component_name(o, component) : name.part;
     r.unit = unit_of(values, o);
-    r.from = name.from;
-    r.to = name.to;
-    r.file = name.file;
+    r.from = std::move(name.from);
+    r.to = std::move(name.to);
+    r.file = std::move(name.file);
     r.line = name.line;
     r.observed = !planned;
     const bool coordinate = o.kind == va::Kind::unknown && o.unknown < 3 * values.n_points;
@@ -224,7 +224,7 @@ void Collection::residual(int row)
         if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
         mark(s, r);
     }
-    results.residuals.push_back(r);
+    results.residuals.push_back(std::move(r));
 }
 
 void Collection::residuals()
@@ -238,6 +238,7 @@ void Collection::residuals()
         tau = tau_limit(significance, f);
         tau_divided = tau_limit(significance / n, f);
     }
+    results.residuals.reserve((size_t)n);
     for (int row = 0; row < e.rows(); row++)
         if (e.usable[(size_t)row]) residual(row);
     find_suspicious();
