@@ -1,5 +1,6 @@
 #include "host/own/road.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <unordered_set>
@@ -17,6 +18,8 @@ namespace {
 
 namespace va = vornadjust;
 
+const std::string beside_camera = "the point stands in the plane of the camera, across its axis";
+
 class Road {
 public:
     Road(Model &model, Feedback &feedback, bool check, const RunWatch &its_watch)
@@ -32,6 +35,7 @@ private:
     void settle();
     void adjust();
     void leave_out();
+    void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
     void note(const std::string &line);
     template <class Record> void remember_computed(const List<Record> &list)
@@ -105,7 +109,7 @@ va::Options Road::options() const
     o.watch = told();
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
-    o.residuals = network.mode == Mode::Statistics && network.residual_statistics;
+    o.residuals = network.mode != Mode::Solution && network.residual_statistics;
     o.threads = network.threads > 0 ? network.threads : std::thread::hardware_concurrency() > 1 ? 2 : 1;
     for (const PointPlace &point : outcome.numbers.points)
         o.made.push_back(computed.count(point_name(network, point)) > 0);
@@ -138,8 +142,24 @@ void Road::leave_out()
 {
     for (const int i : outcome.adjustment.left_out) {
         const ItemName name = item_name(network, outcome.numbers, i);
-        note(item_text(name) + ": left out, its ends stand in one place or straight above one another");
+        const bool image = outcome.numbers.items[(size_t)i].item == Item::image_point;
+        note(item_text(name) + ": left out, " +
+             (image ? beside_camera : "its ends stand in one place or straight above one another"));
         deselect(network, outcome.numbers.items[(size_t)i]);
+    }
+}
+
+// Image points stand in files of their own, where nothing can be deselected.
+void Road::account_for_image_points()
+{
+    std::vector<Account> &accounts = outcome.run.accounts;
+    const auto points =
+        std::find_if(accounts.begin(), accounts.end(), [](const Account &a) { return a.kind == "image points"; });
+    for (const int i : outcome.adjustment.left_out) {
+        if (outcome.numbers.items[(size_t)i].item != Item::image_point || points == accounts.end()) continue;
+        const ItemName name = item_name(network, outcome.numbers, i);
+        points->used--;
+        points->left_out.push_back({name.file, name.line, name.from, name.to, beside_camera});
     }
 }
 
@@ -174,6 +194,7 @@ OwnOutcome Road::run()
     for (size_t i = told; i < outcome.run.prepared.notes.size(); i++) tell(outcome.run.prepared.notes[i]);
     outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
     outcome.run.accounts = keeper.close(network);
+    account_for_image_points();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return std::move(outcome);
 }
