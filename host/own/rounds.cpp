@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
@@ -27,14 +29,19 @@ using Readings = std::vector<Reading>;
 std::vector<Readings> cut(const Readings &all)
 {
     std::vector<Readings> rounds(1);
+    std::unordered_set<std::string_view> met; // in the last round
     for (const Reading &r : all) {
-        const Readings &last = rounds.back();
-        if (std::any_of(last.begin(), last.end(), [&](const Reading &s) { return s.target == r.target; }))
+        if (!met.insert(r.target).second) {
             rounds.emplace_back();
+            met = {r.target};
+        }
         rounds.back().push_back(r);
     }
     return rounds;
 }
+
+// The first reading of each target under one zero.
+using Zero = std::unordered_map<std::string, Reading>;
 
 // How a round compares with the readings under one zero.
 struct Comparison {
@@ -44,13 +51,14 @@ struct Comparison {
     bool constant = true;
 };
 
-Comparison compare(const Readings &round, const Readings &zero)
+Comparison compare(const Readings &round, const Zero &zero)
 {
     Comparison c;
     double first = 0;
     for (const Reading &r : round) {
-        const auto s = std::find_if(zero.begin(), zero.end(), [&](const Reading &x) { return x.target == r.target; });
-        if (s == zero.end()) continue;
+        const auto found = zero.find(r.target);
+        if (found == zero.end()) continue;
+        const Reading *s = &found->second;
         const double difference = std::remainder(r.angle - s->angle, turn), limit = most_sigmas * (r.sigma + s->sigma);
         if (c.common++ == 0) first = difference;
         c.same &= std::fabs(difference) <= limit;
@@ -70,7 +78,7 @@ public:
             const size_t zero = zero_of(round, rounds);
             if (zero == zeros.size()) zeros.emplace_back();
             for (const Reading &r : round) {
-                zeros[zero].push_back(r);
+                zeros[zero].emplace(r.target, r);
                 rounds.orientation[(size_t)r.record] = (int)zero;
             }
         }
@@ -107,7 +115,7 @@ private:
     const Model &network;
     const size_t station;
     const Readings &readings;
-    std::vector<Readings> zeros;
+    std::vector<Zero> zeros;
 };
 
 } // namespace
