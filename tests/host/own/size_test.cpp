@@ -97,9 +97,9 @@ TEST(OwnSize, ABriefReportHasLinesForSuspiciousObservationsAlone)
     const SolvedNetwork whole = solve_loop([](Model &) {});
     const SolvedNetwork brief = solve_loop([](Model &m) { m.brief = true; });
     EXPECT_EQ(brief.results().residuals.size(), 5u);
-    EXPECT_TRUE(contains(whole.report, "net.inp:10"));
-    EXPECT_FALSE(contains(brief.report, "net.inp:10")) << brief.report;
-    EXPECT_TRUE(contains(brief.report, "net.inp:13")) << brief.report; // the gross error
+    EXPECT_TRUE(contains(whole.report, "net.inp:12"));
+    EXPECT_FALSE(contains(brief.report, "net.inp:12")) << brief.report;
+    EXPECT_TRUE(contains(brief.report, "net.inp:15")) << brief.report; // the gross error
     const auto behind = [](const std::string &report) { return report.substr(report.find("\nTests\n")); };
     EXPECT_EQ(behind(brief.report), behind(whole.report));
 }
@@ -140,18 +140,22 @@ TEST(OwnSize, StopsInEveryStepBeforeItWrites)
 
 TEST(OwnSize, RefusesToImportMoreThanACovarianceCanHold)
 {
-    const auto network = [](int points) {
+    const Folder folder;
+    const InFolder inside(folder.path);
+    folder.write("main.con", "no connected net\n");
+    const auto solved = [&](int points) {
         std::ostringstream text;
         text << "[run]\ndimension = 1\n[connected_net]\nfile = \"main.con\"\n[tables]\n"
                 "targets = '''\nname z code connect\n";
         for (int i = 0; i < points; i++) text << "P" << i << " 0 free import\n";
         text << "'''\nheight_differences = '''\nfrom to value sigma\nP0 P1 0 0.001\n'''\n";
-        return text.str();
+        folder.write("net.inp", text.str());
+        return solve_file("net.inp");
     };
-    const SolvedNetwork refused = solve_text(network(3001));
+    const SolvedNetwork refused = solved(3001);
     EXPECT_EQ(refused.code(), "input: no import");
     EXPECT_TRUE(contains(refused.words(), "the network imports 3001 points: 3001 coordinates, whose covariance is a "
                                           "full matrix of 72 MB; at most 3000 coordinates can be imported\n"))
         << refused.words();
-    EXPECT_FALSE(contains(solve_text(network(3000)).words(), "at most")); // its file is missing
+    EXPECT_FALSE(contains(solved(3000).words(), "at most")); // its file is no such file
 }
