@@ -134,6 +134,10 @@ void add_measures(Builder &b)
         {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
         {Item::azimuth, va::Kind::azimuth, m.azimuths, p.saz, plan},
     };
+    size_t count = b.network.baselines.size();
+    for (const Table &table : tables) count += table.list.size();
+    b.numbers.model.observations.reserve(count);
+    b.numbers.items.reserve(count);
     for (const Table &table : tables)
         for (size_t i = 0; i < table.list.size(); i++) add_measure(b, table, (int)i);
 }
