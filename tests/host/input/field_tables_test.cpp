@@ -83,7 +83,7 @@ TEST(FieldTables, RefuseWhatIsWrong)
               Lines{"net.inp:18:3: difference of \"A\" to itself; name two different points"});
     EXPECT_EQ(faults("baselines", "from to dx dy dz\nA B 5 1 1\n").size(), 3u);
     EXPECT_EQ(faults("baselines", "from to dx dy dz cxx cyy czz covariance\nA B 5 1 1 - 1 1 -\n"),
-              Lines{"net.inp:18:13: cxx is not known in table baselines; write a number above 0"});
+              Lines{"net.inp:18:11: cxx is not known in table baselines; write a number above 0"});
 }
 
 TEST(RowNotes, StandBesideTheRowsThatSayThem)
