@@ -32,7 +32,10 @@ bool is_length(const ResidualResult &r) { return r.unit == "m"; }
 
 class Report {
 public:
-    Report(const Results &all, const std::string &day) : results(all), units(all.units), date(day) {}
+    Report(const Results &all, const std::string &day, bool is_brief)
+        : results(all), units(all.units), date(day), brief(is_brief)
+    {
+    }
 
     std::string text() const
     {
@@ -69,6 +72,7 @@ private:
     const Results &results;
     const ReportUnits units;
     const std::string date;
+    const bool brief;
 };
 
 std::string Report::head() const
@@ -306,7 +310,7 @@ std::string Report::observations_of(const std::string &kind) const
                      {"place", "", Align::left},
                      {"remark", "", Align::left}});
     for (const ResidualResult &r : results.residuals) {
-        if (r.kind != kind) continue;
+        if (r.kind != kind || (brief && !r.normal_divided.value_or(false))) continue;
         const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
@@ -411,6 +415,9 @@ std::string Report::verdict() const
 
 } // namespace
 
-std::string text_report(const Results &results, const std::string &date) { return Report(results, date).text(); }
+std::string text_report(const Results &results, const std::string &date, bool brief)
+{
+    return Report(results, date, brief).text();
+}
 
 } // namespace vornhost

@@ -127,7 +127,7 @@ std::string ReasonFinder::of(int, const gps_input &g) const
         std::string wrong = of_point(name);
         if (!wrong.empty()) return wrong;
     }
-    return model.solver == Solver::Sparse ? "baselines take part in space only" : "the engine has left it out";
+    return "the engine has left it out";
 }
 
 std::string ReasonFinder::of(int, const image_input &i) const
