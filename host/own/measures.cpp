@@ -107,7 +107,7 @@ void add_baseline(Builder &b, int record)
         g.status = -g.status;
         return;
     }
-    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}}; // xx, xy, xz, yy, yz, zz
+    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
     const int n = b.network.p.dim, first = n == 1 ? 2 : 0;
     std::vector<double> covariance;
     for (int i = first; i < first + n; i++)
@@ -134,10 +134,6 @@ void add_measures(Builder &b)
         {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
         {Item::azimuth, va::Kind::azimuth, m.azimuths, p.saz, plan},
     };
-    size_t count = b.network.baselines.size();
-    for (const Table &table : tables) count += table.list.size();
-    b.numbers.model.observations.reserve(count);
-    b.numbers.items.reserve(count);
     for (const Table &table : tables)
         for (size_t i = 0; i < table.list.size(); i++) add_measure(b, table, (int)i);
 }
