@@ -210,7 +210,7 @@ private:
                 plan_seen || both || (cluster.name == "obs") || (cluster.name == "coordinates" && row.find("x"));
             height_seen = height_seen || both || height;
         });
-        if (!xy && !z) faults.add(network->at, "no point has fix or adj", "write them in the points");
+        if (!xy && !z && faults.empty()) faults.add(network->at, "no point has fix or adj", "write them in the points");
         const bool plane = xy && (!z || (!z_free && !height_seen));
         const bool heights = z && (!xy || (!xy_free && !plan_seen));
         draft.dimension = plane ? 2 : heights ? 1 : 3;

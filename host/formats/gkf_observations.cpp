@@ -118,9 +118,8 @@ private:
         const bool angle = kind == ObsKind::angle;
         const char *const second = !angle ? "to" : row.given("bs") || !row.given("to") ? "bs" : "to";
         const char *const third = !angle ? second : row.given("fs") || !row.given("rs") ? "fs" : "rs";
-        for (const char *attribute : {second, third})
-            if (!row.given(attribute) && (attribute == second || second != third))
-                row.missing(attribute, "name the point that was sighted");
+        if (!row.given(second)) row.missing(second, "name the point that was sighted");
+        if (angle && !row.given(third)) row.missing(third, "name the point that was sighted");
         const std::optional<std::string> to = row.id(second), last = angle ? row.id(third) : to;
         if (!at || !to || !last) return false;
         set_ends(observation, row.element().name, kind, {*at, *to, *last});
