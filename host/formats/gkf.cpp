@@ -4,6 +4,7 @@
 #include <map>
 
 #include "host/formats/gkf_cluster.h"
+#include "host/formats/gkf_misclosures.h"
 #include "host/formats/gkf_tag.h"
 #include "host/formats/gkf_usage.h"
 #include "host/formats/number_text.h"
@@ -113,6 +114,7 @@ private:
         for (const XmlElement *element : parameters) {
             GkfTag tag(*element, known, faults);
             if (const std::optional<double> sigma = tag.positive("sigma-apr")) context.sigma_apriori = *sigma;
+            if (const std::optional<double> limit = tag.positive("tol-abs")) tolerance = *limit / 1000.0;
             if (tag.text("sigma-act").value_or("") == "apriori")
                 context.note(tag.at("sigma-act"),
                              "sigma-act=\"apriori\" is not taken over: both variance factors are reported");
@@ -284,6 +286,7 @@ private:
         const double rotation = context.axes.azimuth_rotation() * degrees;
         if (!draft.of(DraftKind::azimuth).empty() && rotation != 0.0) draft.azimuth_rotation = rotation;
         add_points(context);
+        note_misclosures(context, tolerance);
         note_whole_file();
         if (context.observations > context.left_out) return;
         faults.add(network->at, "no observations that can take part", "write fix or adj in the points that they name");
@@ -319,6 +322,7 @@ private:
     Faults &faults;
     GkfContext context;
     const XmlElement *network = nullptr;
+    double tolerance = 1.0; // metres, of misclosures there
     std::vector<const XmlElement *> lists, parameters;
     std::map<std::string, std::pair<int, int>> setups; // by station: sets of directions, those named so far
 };

@@ -1,5 +1,6 @@
 // What is made of GNU Gama's .gkf: points, units, senses, standard deviations, covariances.
 
+#include <algorithm>
 #include <cmath>
 
 #include "imported.h"
@@ -399,6 +400,32 @@ TEST_F(Gkf, NamesParametersThatChangeResults)
         Lines());
     EXPECT_NE(notes()[0].find("sigma-act"), std::string::npos);
     EXPECT_NE(notes()[1].find("convergence of verticals"), std::string::npos);
+}
+
+// Each observation but one a kind fits A (0 0 0), B (300 400 0) and C (-400 300 120) within tol-abs; the last is off by
+// twice that.
+TEST_F(Gkf, NamesWhatContradictsTheCoordinatesInTheFile)
+{
+    ASSERT_EQ(import("<gama-local><network><parameters tol-abs='100'/><points-observations distance-stdev='5' "
+                     "direction-stdev='5' "
+                     "angle-stdev='5' zenith-angle-stdev='5' azimuth-stdev='5'>\n"
+                     "<point id='A' x='0' y='0' z='0' adj='xyz'/><point id='B' x='300' y='400' z='0' fix='xyz'/>"
+                     "<point id='C' x='-400' y='300' z='120' fix='xyz'/><obs from='A'>\n"
+                     "<distance to='B' val='500.09'/>\n<distance to='B' val='500.2'/>\n"
+                     "<s-distance to='C' val='514.19841' from_dh='1' to_dh='1'/>\n<s-distance to='C' val='514.0'/>\n"
+                     "<z-angle to='C' val='85.0061'/>\n<z-angle to='C' val='85.0310'/>\n"
+                     "<azimuth to='B' val='59.0334'/>\n<azimuth to='B' val='59.0589'/>\n"
+                     "<angle bs='B' fs='C' val='100.005'/>\n<angle bs='B' fs='C' val='100.026'/>\n"
+                     "<direction to='B' val='10'/><direction to='C' val='110'/><direction to='B' val='10'/>\n"
+                     "<direction to='C' val='109.974'/></obs><height-differences>\n"
+                     "<dh from='A' to='C' val='120.09' stdev='1'/>\n<dh from='A' to='C' val='119.8' stdev='1'/>\n"
+                     "</height-differences></points-observations></network></gama-local>"),
+              Lines());
+    std::vector<int> lines;
+    for (const DraftNote &note : draft.notes)
+        if (note.text.find("gama-local leaves it out") != std::string::npos) lines.push_back(note.at.line);
+    std::sort(lines.begin(), lines.end());
+    EXPECT_EQ(lines, (std::vector<int>{4, 6, 8, 10, 12, 14, 16}));
 }
 
 namespace {
