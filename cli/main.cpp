@@ -21,11 +21,17 @@ namespace {
     _exit(STATUS_SYSTEM);
 }
 
+int run_command(const Options &options)
+{
+    if (options.command == Command::import) return import_network(options);
+    return options.command == Command::check ? check(options) : adjust(options);
+}
+
 int command(int argc, char **argv)
 {
     int status = STATUS_ADJUSTED;
     const std::optional<Options> options = read_options(argc, argv, &status);
-    if (options) return options->check ? check(*options) : adjust(*options);
+    if (options) return run_command(*options);
     if (status == STATUS_ADJUSTED) flush_standard_output(); // a help text
     return status;
 }
@@ -37,6 +43,7 @@ int main(int argc, char **argv)
     if (!vornhost::hold_standard_streams()) _exit(STATUS_SYSTEM);
     std::set_terminate(end_without_memory);
     catch_interrupts();
+    vornhost::keep_memory();
     vornhost::limit_memory(); // what does not fit ends with words and a status
     vornhost::let_writes_fail();
     vornhost::show_utf8();

@@ -6,6 +6,9 @@
 #include <fcntl.h>
 #include <signal.h>
 #endif
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace vornhost {
 
@@ -75,6 +78,17 @@ void let_writes_fail()
 
 void show_utf8() {}
 
+#endif
+
+#ifdef __GLIBC__
+void keep_memory()
+{
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 256 << 20);
+    mallopt(M_TOP_PAD, 4 << 20);
+}
+#else
+void keep_memory() {}
 #endif
 
 } // namespace vornhost

@@ -16,6 +16,10 @@ void let_writes_fail();
 // the program began. It may do what a signal handler may.
 void when_interrupted(void (*function)());
 
+// Arrays of the adjustment are taken and released again and again: what is up to 32 MB stays with the process, where the
+// system would have to be asked for its pages each time.
+void keep_memory();
+
 // Texts on a terminal are UTF-8.
 void show_utf8();
 
