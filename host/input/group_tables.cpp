@@ -47,7 +47,7 @@ void read_group(Network &net, Row &row)
         group.c[i] = value * unit;
         group.sc[i] = constant_deviation(row, i, group.ic[i]) * unit;
     }
-    const std::string_view name = new_name(row, NAME, largest_group_name);
+    const std::string_view name = new_name(row, NAME);
     if (!name.empty() && !net.groups.add(name, row.at(NAME)))
         row.fault(NAME, "group " + quote(name) + " is listed twice", "keep one of the two");
     net.model.group_names.emplace_back(name);

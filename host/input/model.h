@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/input/name_keys.h"
 #include "vorn/project.h"
 
 namespace vornhost {
@@ -51,6 +52,7 @@ struct Model {
     std::string title;
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path
+    NameKeys keys;                  // of names that the records have no room for
 
     project p = project(); // settings; attach() sets its arrays
     Solver solver = Solver::Compact;

@@ -20,7 +20,16 @@ size_t tolerance(std::string_view word)
 
 } // namespace
 
-std::string plain_name(std::string_view field) { return printable(field.substr(0, field.find_last_not_of(' ') + 1)); }
+std::string held_name(const NameKeys &keys, std::string_view whole)
+{
+    char field[name_width + 1];
+    hold_name(field, keys, whole);
+    return field;
+}
+
+std::string full_name(const Model &model, std::string_view field) { return std::string(model.keys.name(field)); }
+
+std::string shown_name(const Model &model, std::string_view field) { return printable(model.keys.name(field)); }
 
 size_t distance_of_words(std::string_view a, std::string_view b, size_t limit)
 {
@@ -55,15 +64,16 @@ void Similar::offer(std::string_view word)
 
 bool NameIndex::add(std::string_view name, Source at)
 {
-    if (!numbers.emplace(std::string(name), (int)names.size()).second) return false;
+    if (numbers.count(name)) return false;
     names.emplace_back(name);
+    numbers.emplace(names.back(), (int)names.size() - 1);
     places.push_back(at);
     return true;
 }
 
 int NameIndex::find(std::string_view name) const
 {
-    const auto found = numbers.find(std::string(name));
+    const auto found = numbers.find(name);
     return found == numbers.end() ? -1 : found->second;
 }
 

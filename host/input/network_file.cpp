@@ -440,6 +440,7 @@ void NetworkReader::open_table(TableId id, const toml::table &entry)
 
 void NetworkReader::read_tables()
 {
+    enter_names(net);
     read_groups(net);
     read_stations(net);
     read_targets(net);

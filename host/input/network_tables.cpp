@@ -8,6 +8,7 @@
 
 #include "host/input/angle.h"
 #include "host/input/number.h"
+#include "host/input/utf8.h"
 
 namespace vornhost {
 
@@ -37,35 +38,64 @@ void read_rows(Network &net, TableId id, const std::vector<Column> &columns, voi
     }
 }
 
+void enter_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*enter)(Network &, Row &))
+{
+    Table *table = net.tables[id].get();
+    if (!table) return;
+    table->parse(columns, net.faults);
+    for (size_t i = 0; i < table->rows(); i++) {
+        Row row(*table, i, net.faults);
+        enter(net, row);
+    }
+}
+
 std::string similar_name(const Network &net, const NameIndex &known, const Row &row, int column, const char *otherwise)
 {
     if (!net.faults.wants(row.at(column))) return std::string();
-    const std::string_view similar = known.similar(row.text(column));
+    const std::string_view similar = known.similar(row.name(column));
     return similar.empty() ? otherwise : "did you mean " + quote(similar) + "?";
 }
 
 int named_point(Network &net, Row &row, int column)
 {
-    if (!row.given(column)) {
+    if (row.name(column).empty()) {
         row.missing(column, "name a point");
         return -1;
     }
-    const int number = net.points.find(row.text(column));
+    const int number = net.points.find(row.name(column));
     if (number < 0)
         row.fault(column, "unknown point " + row.cell(column),
                   similar_name(net, net.points, row, column, "list it under stations or targets"));
     return number;
 }
 
-std::string_view new_name(Row &row, int column, size_t most)
+// Keys for the names that are too long for a record. A short name may look like a key: it stays
+// what it is, and its key is passed over.
+static void make_keys(Network &net)
 {
-    const std::string_view name = row.text(column);
+    const auto taken = [&](std::string_view word) { return net.points.find(word) >= 0 || net.cameras.find(word) >= 0; };
+    for (const NameIndex *names : {&net.points, &net.cameras})
+        for (size_t i = 0; i < names->size(); i++) net.model.keys.add(names->name((int)i), taken);
+}
+
+void enter_names(Network &net)
+{
+    enter_stations(net);
+    enter_targets(net);
+    enter_cameras(net);
+    make_keys(net);
+}
+
+std::string_view new_name(Row &row, int column)
+{
+    const std::string_view name = row.name(column);
+    const size_t length = utf8_count(name);
     if (name.empty()) {
         row.missing(column, "write a name");
-    } else if (name.size() > most) {
+    } else if (length > longest_name) {
         row.fault(column,
-                  "name " + quote(name) + " has " + std::to_string(name.size()) + " bytes, at most " +
-                      std::to_string(most) + " fit",
+                  "name " + quote(name) + " has " + std::to_string(length) + " characters, at most " +
+                      std::to_string(longest_name) + " fit",
                   "shorten it");
     } else if (printable(name) != name) {
         row.fault(column, "name " + quote(name) + " holds a control character", "remove it");

@@ -40,7 +40,6 @@ enum TableId {
 extern const char *const table_names[TABLE_COUNT];
 
 constexpr int largest_epoch = 9999;
-constexpr size_t largest_group_name = 40; // bytes
 
 // What the readers share.
 struct Network {
@@ -60,6 +59,10 @@ struct Network {
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
 
+void enter_names(Network &net); // of all points and cameras; before any row that names one
+void enter_stations(Network &net);
+void enter_targets(Network &net);
+void enter_cameras(Network &net);
 void read_stations(Network &net);
 void read_targets(Network &net);
 void read_measures(Network &net); // the five lists of observations
@@ -73,15 +76,19 @@ void read_pairs(Network &net);
 // Cuts the table into cells, if it is in the file, and reads its whole rows.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));
 
+// The same for what names something: rows with a wrong number of cells too, so that what names
+// the same has no fault of its own.
+void enter_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*enter)(Network &, Row &));
+
 // Remedy for a name that is not in the index: the most similar name, or else otherwise.
 std::string similar_name(const Network &net, const NameIndex &known, const Row &row, int column, const char *otherwise);
 
 // Number of the point that a cell names, -1 with its fault when there is none.
 int named_point(Network &net, Row &row, int column);
 
-// The name that a cell gives to something; faults when it is unknown, longer than most
-// bytes or holds control characters, but the name can still be entered in an index.
-std::string_view new_name(Row &row, int column, size_t most);
+// The name that a cell gives to something; faults when it is unknown, too long or holds
+// control characters, but the name can still be entered in an index.
+std::string_view new_name(Row &row, int column);
 
 // A code, one of free, no_datum, weighted, fixed, absent or its number.
 int read_code(Row &row, int column, int otherwise);

@@ -76,13 +76,13 @@ double read_sigma(Network &net, Row &row, TableId id, int kind)
 void check_ends(Network &net, Row &row, int from, int to, int kind)
 {
     if (from >= 0 && from == to)
-        row.fault(TO, "observation from " + quote(row.text(FROM)) + " to itself", "name two different points");
+        row.fault(TO, "observation from " + quote(row.name(FROM)) + " to itself", "name two different points");
     const bool at_target = from >= 0 && (size_t)from >= net.station_names;
     const bool needs_station = kind == KIND_DIRECTION || kind == KIND_VERTICAL;
     if (!at_target || !needs_station) return;
     row.fault(FROM,
               std::string(kind == KIND_DIRECTION ? "direction" : "vertical angle") + " taken at target " +
-                  quote(row.text(FROM)),
+                  quote(row.name(FROM)),
               "list it under stations");
 }
 
@@ -93,7 +93,7 @@ int distance_kind(Network &net, Row &row, int from)
     if (from < 0) return KIND_DISTANCE_CONSTANTS;
     const bool grouped = (size_t)from < net.in_group.size() && net.in_group[(size_t)from];
     if (!grouped)
-        row.fault(CONSTANTS, "point " + quote(row.text(FROM)) + " belongs to no group",
+        row.fault(CONSTANTS, "point " + quote(row.name(FROM)) + " belongs to no group",
                   "name its group in table stations");
     return KIND_DISTANCE_CONSTANTS;
 }
@@ -103,8 +103,8 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     measure_input m = measure_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, list.kind);
-    pad_name(m.from, row.text(FROM));
-    pad_name(m.to, row.text(TO));
+    hold_name(m.from, net.model.keys, row.name(FROM));
+    hold_name(m.to, net.model.keys, row.name(TO));
     m.val = read_value(net, row, list.kind);
     m.sig = read_sigma(net, row, list.id, list.kind);
     m.h1 = row.length(H1, 0.0) * net.metres;
@@ -157,8 +157,8 @@ void read_baseline(Network &net, Row &row)
     gps_input g = gps_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, 0);
-    pad_name(g.from, row.text(FROM));
-    pad_name(g.to, row.text(TO));
+    hold_name(g.from, net.model.keys, row.name(FROM));
+    hold_name(g.to, net.model.keys, row.name(TO));
     for (int i = 0; i < 3; i++) {
         if (!row.given(DX + i)) row.missing(DX + i, "write a number");
         g.dx[i] = row.length(DX + i, 0.0) * net.metres;
@@ -182,9 +182,9 @@ void read_pair(Network &net, Row &row)
     pair_input pair = pair_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     if (from >= 0 && from == to)
-        row.fault(TO, "pair of " + quote(row.text(FROM)) + " with itself", "name two different points");
-    pad_name(pair.from, row.text(FROM));
-    pad_name(pair.to, row.text(TO));
+        row.fault(TO, "pair of " + quote(row.name(FROM)) + " with itself", "name two different points");
+    hold_name(pair.from, net.model.keys, row.name(FROM));
+    hold_name(pair.to, net.model.keys, row.name(TO));
     net.model.pairs.add(pair, row.at());
 }
 

@@ -8,7 +8,12 @@ namespace vornhost {
 
 std::string_view Row::text(int column) const { return given(column) ? table.cell(index, column)->text : ""; }
 
-std::string Row::cell(int column) const { return quote(text(column)) + " in column " + table.column_name(column); }
+std::string_view Row::name(int column) const
+{
+    return table.quoted(index, column) ? table.cell(index, column)->text : text(column);
+}
+
+std::string Row::cell(int column) const { return quote(name(column)) + " in column " + table.column_name(column); }
 
 void Row::fault(int column, const std::string &what, const std::string &remedy)
 {

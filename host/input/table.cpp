@@ -96,6 +96,7 @@ Table::Table(std::string name, Passage text, Layout how, Source at)
 
 void Table::parse(const std::vector<Column> &columns, Faults &faults)
 {
+    if (known) return;
     known = &columns;
     position.assign(columns.size(), -1);
     const std::string_view text = passage.text();
@@ -118,7 +119,7 @@ void Table::parse(const std::vector<Column> &columns, Faults &faults)
 void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
 {
     if (layout == Layout::Blanks) {
-        cut_at_blanks(line, out);
+        cut_at_blanks(line, out, faults);
         return;
     }
     cut_at_commas(line, out, faults);
@@ -128,17 +129,19 @@ void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
     while (out.size() > std::max<size_t>(width, 1) && out.back().text.empty()) out.pop_back();
 }
 
-void Table::cut_at_blanks(Line line, std::vector<Cell> &out) const
+void Table::cut_at_blanks(Line line, std::vector<Cell> &out, Faults &faults)
 {
-    const std::string_view text = line.text.substr(0, line.text.find('#'));
-    for (size_t at = 0; at < text.size();) {
+    const std::string_view text = line.text;
+    for (size_t at = 0; at < text.size() && text[at] != '#';) {
         if (is_blank(text[at])) {
             at++;
-            continue;
+        } else if (text[at] == '"') {
+            at = quoted_cell(line, at, out, faults);
+        } else {
+            const size_t from = at;
+            while (at < text.size() && text[at] != '#' && !is_blank(text[at])) at++;
+            out.push_back({text.substr(from, at - from), line.offset + from});
         }
-        const size_t from = at;
-        while (at < text.size() && !is_blank(text[at])) at++;
-        out.push_back({text.substr(from, at - from), line.offset + from});
     }
 }
 
@@ -162,7 +165,7 @@ void Table::cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults)
     }
 }
 
-// Takes the cell whose quotation mark stands at at; returns where the comma after it, a
+// Takes the cell whose quotation mark stands at at; returns where the separator after it, a
 // comment or the line's end stands.
 size_t Table::quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults)
 {
@@ -190,11 +193,18 @@ size_t Table::quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &
     if (!closed)
         faults.add(passage.place(line.offset + from - 1), "quotation mark is not closed on its line",
                    "add a second \"");
-    const size_t next = closed ? std::min(text.find_first_of(",#", at + 1), text.size()) : text.size();
-    size_t stray_offset = line.offset + at + 1;
-    if (closed && !trimmed(text.substr(at + 1, next - at - 1), stray_offset).empty())
-        faults.add(passage.place(stray_offset), "text after the closing quotation mark", "put a comma before it");
+    if (!closed) return text.size();
+    const size_t next = std::min(text.find_first_of(layout == Layout::Commas ? ",#" : " \t\r#", at + 1), text.size());
+    stray_text(line, at + 1, next, faults);
     return next;
+}
+
+void Table::stray_text(Line line, size_t from, size_t to, Faults &faults) const
+{
+    size_t offset = line.offset + from;
+    if (trimmed(line.text.substr(from, to - from), offset).empty()) return;
+    faults.add(passage.place(offset), "text after the closing quotation mark",
+               layout == Layout::Commas ? "put a comma before it" : "put a blank before it");
 }
 
 int Table::find_column(std::string_view name) const
@@ -273,6 +283,13 @@ bool Table::given(size_t row, int column) const
 {
     const Cell *found = cell(row, column);
     return found && !unknown(found->text);
+}
+
+// No cell without quotation marks begins directly behind one.
+bool Table::quoted(size_t row, int column) const
+{
+    const Cell *found = cell(row, column);
+    return found && found->offset > 0 && passage.text()[found->offset - 1] == '"';
 }
 
 Source Table::place(size_t row, int column) const

@@ -1,7 +1,7 @@
 // Text tables: a heading line that names the columns, then a row a line.
 //
-// Cells stand between blanks, or between commas in files of their own, where a cell may
-// stand in quotation marks. "#" begins a comment, "-" (and an empty cell between commas)
+// Cells stand between blanks, or between commas in files of their own, and may stand in quotation
+// marks. "#" begins a comment, "-" (and an empty cell between commas)
 // is a value that is not known. Every row has as many cells as the heading.
 
 #ifndef VORNHOST_TABLE_H
@@ -61,7 +61,7 @@ public:
     Table(const Table &) = delete;
     Table &operator=(const Table &) = delete;
 
-    // Cuts the passage into cells. The list must outlive the table.
+    // Cuts the passage into cells; a second call does nothing. The list must outlive the table.
     void parse(const std::vector<Column> &columns, Faults &faults);
 
     const std::string &name() const { return label; }
@@ -74,6 +74,7 @@ public:
     bool has(int column) const { return position[(size_t)column] >= 0; }
     const Cell *cell(size_t row, int column) const; // null when the row has no such cell
     bool given(size_t row, int column) const;       // there is a cell, and it is known
+    bool quoted(size_t row, int column) const;      // it stands in quotation marks
 
     Source heading_place() const { return passage.place(heading_offset); }
 
@@ -87,9 +88,10 @@ private:
     };
 
     void read_line(Line line, std::vector<Cell> &out, Faults &faults);
-    void cut_at_blanks(Line line, std::vector<Cell> &out) const;
+    void cut_at_blanks(Line line, std::vector<Cell> &out, Faults &faults);
     void cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults);
     size_t quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults);
+    void stray_text(Line line, size_t from, size_t to, Faults &faults) const;
     void read_heading(const std::vector<Cell> &heading, Faults &faults);
     int find_column(std::string_view name) const;
     void unknown_column(const Cell &cell, Faults &faults) const;

@@ -67,7 +67,7 @@ Naming naming_of(const Model &network, const Numbers &numbers)
     static const double circles[] = {400.0, 360.0, 360.0, 2.0 * 3.14159265358979323846};
     static const char *const angles[] = {"gon", "degrees", "degrees", "rad"};
     Naming naming;
-    naming.point = [&](int p) { return plain_name(point_name(network, numbers.points[(size_t)p])); };
+    naming.point = [&](int p) { return shown_name(network, point_name(network, numbers.points[(size_t)p])); };
     naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
     naming.circle = circles[network.p.iangle];
     naming.angle = angles[network.p.iangle];

@@ -100,8 +100,9 @@ private:
         std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(network.p.iangle, std::fabs(offset)),
                       units[network.p.iangle]);
         rounds.notes.push_back(place(network, network.directions.where[(size_t)round.front().record]) + ": station " +
-                               plain_name(network.stations.records[station].name) + " reads its targets again " +
-                               angle + " apart: this round has an orientation of its own");
+                               shown_name(network, network.stations.records[station].name) +
+                               " reads its targets again " + angle +
+                               " apart: this round has an orientation of its own");
     }
 
     const Model &network;

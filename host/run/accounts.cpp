@@ -53,9 +53,12 @@ public:
     std::string of(int kind, const measure_input &m) const;
     std::string of(int kind, const gps_input &g) const;
     std::string of(int kind, const image_input &i) const;
-    std::string of_point(const char *name) const; // empty: nothing is wrong with the point
+    std::string of_name(const std::string &name) const; // empty: nothing is wrong with the point
 
 private:
+    std::string of_point(const char *field) const;
+    std::string wrong(const std::string &field, const std::string &name) const;
+
     struct Spot {
         bool station, used;
     };
@@ -69,11 +72,15 @@ Reasons::Reasons(const Model &network) : model(network)
     for (const target_input &t : model.targets.records) points.insert({t.name, {false, t.status > 0}});
 }
 
-std::string Reasons::of_point(const char *name) const
+std::string Reasons::of_name(const std::string &name) const { return wrong(held_name(model.keys, name), name); }
+
+std::string Reasons::of_point(const char *field) const { return wrong(field, full_name(model, field)); }
+
+std::string Reasons::wrong(const std::string &field, const std::string &name) const
 {
-    const auto found = points.find(name);
-    if (found == points.end()) return "point " + plain_name(name) + " is unknown";
-    return found->second.used ? "" : "point " + plain_name(name) + " is off";
+    const auto found = points.find(field);
+    if (found == points.end()) return "point " + printable(name) + " is unknown";
+    return found->second.used ? "" : "point " + printable(name) + " is off";
 }
 
 std::string Reasons::of(int kind, const measure_input &m) const
@@ -106,7 +113,8 @@ std::string Reasons::of(int, const image_input &i) const
     if (!wrong.empty()) return wrong;
     if (!points.at(i.station).station) return "images need a station that took them";
     for (const camera_input &c : model.cameras.records)
-        if (std::string(c.name) == i.camera && c.status <= 0) return "camera " + plain_name(i.camera) + " is off";
+        if (std::string(c.name) == i.camera && c.status <= 0)
+            return "camera " + shown_name(model, i.camera) + " is off";
     FILE *file = fopen(i.file, "r");
     if (!file) return "its file " + printable(i.file) + " cannot be read";
     fclose(file);
@@ -136,7 +144,8 @@ Account account_of(const Model &model, int kind, const List<Record> &list, const
         }
         const Source where = list.where[i];
         const std::string file = (size_t)where.file < model.files.size() ? model.files[(size_t)where.file] : model.path;
-        account.left_out.push_back({file, where.line, plain_name(from_of(record)), plain_name(to_of(record)),
+        account.left_out.push_back({file, where.line, shown_name(model, from_of(record)),
+                                    shown_name(model, to_of(record)),
                                     before[i] ? reasons.of(kind, record) : "use = no in the file"});
     }
     return account;
@@ -162,7 +171,8 @@ std::vector<Account> AccountKeeper::close(const Model &after) const
     add(BASELINES, after.baselines);
     add(IMAGES, after.images);
     if (after.images.size() > 0)
-        accounts.push_back(account_of_image_points(after, [&](const char *name) { return reasons.of_point(name); }));
+        accounts.push_back(
+            account_of_image_points(after, [&](const std::string &name) { return reasons.of_name(name); }));
     return accounts;
 }
 

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
@@ -10,11 +11,13 @@
 #include "host/run/connected_net.h"
 #include "host/run/report_tee.h"
 #include "host/input/faults.h"
+#include "host/input/names.h"
 #include "host/preparation/first_values.h"
 #include "host/preparation/lump_checks.h"
 #include "host/results/output_file.h"
 #include "vorn/result.h"
 #include "host/results/result_parts.h"
+#include "host/results/text_table.h"
 #include "vorn/sidefiles.h"
 #include "vorn/unknowns.h"
 #include "vorn/vorn.h"
@@ -27,14 +30,21 @@ namespace {
 // within the engine, which knows no exceptions.
 class Listener : public Feedback {
 public:
-    Listener(Feedback &user, ConnectedNet &connected) : next(user), net(connected) {}
+    Listener(Feedback &user, ConnectedNet &connected, const NameKeys &of_network)
+        : next(user), net(connected), keys(of_network)
+    {
+    }
     void feedback(char *line) override
     {
-        strncpy(last, line, sizeof last - 1);
+        const size_t length = std::min(strlen(line), sizeof last - 1);
+        memcpy(last, line, length);
+        last[length] = '\0';
         if (strcmp(line, "backtoproject failed") == 0) handed_over = false;
         if (strcmp(line, "backtoproject: Pb with usesimili") == 0) compared = false;
         net.hear(line);
-        next.feedback(line);
+        if (keys.empty()) return next.feedback(line);
+        keys.replace(line, shown, sizeof shown);
+        next.feedback(shown);
     }
     int decision(char *question, char *title) override { return next.decision(question, title); }
     void pass_on(std::string line) { next.feedback(&line[0]); }
@@ -45,7 +55,8 @@ public:
 private:
     Feedback &next;
     ConnectedNet &net;
-    char last[512] = "";
+    const NameKeys &keys;
+    char last[512] = "", shown[2048] = "";
 };
 
 std::string without_blanks(const std::string &line)
@@ -143,8 +154,7 @@ std::vector<std::string> points_without_numbers(const Model &model)
     int i = 0;
     const auto look = [&](const auto &records, int end) {
         for (const auto &record : records)
-            if (record.status > 0 && i < end && !finite(r, i++))
-                names.push_back(bare_name(record.name, sizeof record.name));
+            if (record.status > 0 && i < end && !finite(r, i++)) names.push_back(shown_name(model, record.name));
     };
     look(model.stations.records, r->nstar);
     i = r->nstar;
@@ -196,12 +206,13 @@ int solve(vorn &engine, Solver solver)
 class Run {
 public:
     Run(Model &network, FILE *out, Feedback &user)
-        : model(network), report(out), tee(out), net(network), listener(user, net)
+        : model(network), report(out), tee(out), net(network), listener(user, net, network.keys)
     {
     }
     RunOutcome go(bool solving);
 
 private:
+    void write_keys();
     void set_up();
     void adjust(bool solving);
     void stop(Stage stage, int code);
@@ -223,6 +234,17 @@ private:
     vornengine::side_files side = vornengine::side_files();
     RunOutcome outcome;
 };
+
+// The report of the engine knows names by their keys.
+void Run::write_keys()
+{
+    if (model.keys.empty()) return;
+    TextTable table({{"in this report", "", Align::left}, {"name", "", Align::left}});
+    for (size_t i = 0; i < model.keys.all().size(); i++)
+        if (!model.keys.all()[i].empty()) table.add({NameKeys::word(i), model.keys.all()[i]});
+    const std::string text = "Names of more than 8 bytes\n\n" + table.text() + "\n";
+    fwrite(text.data(), 1, text.size(), report);
+}
 
 void Run::set_up()
 {
@@ -251,7 +273,7 @@ void Run::stop(Stage stage, int code)
 {
     outcome.reached = stage;
     outcome.code = code;
-    const std::string engine = engine_line(stage, code);
+    const std::string engine = model.keys.replaced(engine_line(stage, code));
     if (stage == Stage::Loading)
         outcome.words = words_of(start_sentences, code, engine);
     else if (model.solver == Solver::Simplex)
@@ -275,7 +297,7 @@ void Run::name_unknown(const vorn &engine)
     const int row = failing_row(tee.tail());
     if (vornengine::unknown_names::row(engine, row, name, sizeof name) != 0) return;
     outcome.words.insert(outcome.words.begin() + 1, "unknown " + std::to_string(row) + " of the normal equations is " +
-                                                        printable(name) + ": look there first");
+                                                        printable(model.keys.replaced(name)) + ": look there first");
 }
 
 void Run::adjust(bool solving)
@@ -379,6 +401,7 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
+    write_keys();
     order_sights(model);
     const AccountKeeper keeper(model);
     FirstValues first;

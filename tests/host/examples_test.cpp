@@ -55,8 +55,9 @@ std::map<std::string, std::vector<double>> adjusted(const Model &model)
     const result *r = model.p.runresults;
     for (int i = 0; r && i < r->nstar + r->ntarr; i++) {
         const bool station = i < r->nstar;
-        const std::string name = station ? plain_name(model.stations.records[(size_t)r->ihost[i]].name)
-                                         : plain_name(model.targets.records[(size_t)(r->ihost[i] - r->nstar)].name);
+        const std::string name = station
+                                     ? shown_name(model, model.stations.records[(size_t)r->ihost[i]].name)
+                                     : shown_name(model, model.targets.records[(size_t)(r->ihost[i] - r->nstar)].name);
         for (const double *x : {r->xpt, r->ypt, r->zpt})
             if (x) points[name].push_back(x[i]);
     }

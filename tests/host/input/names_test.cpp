@@ -6,16 +6,25 @@
 
 using namespace vornhost;
 
-TEST(PadName, FillsWithBlanksToEightBytesAndAZero)
+TEST(HoldName, FillsWithBlanksToEightBytesAndAZero)
 {
     char name[12], shorter[9];
     memset(name, 'x', sizeof name);
-    pad_name(name, "A1");
-    pad_name(shorter, "ABCDEFGH");
+    hold_name(name, NameKeys(), "A1");
+    hold_name(shorter, NameKeys(), "ABCDEFGH");
     EXPECT_STREQ(name, "A1      ");
     EXPECT_STREQ(shorter, "ABCDEFGH");
-    pad_name(shorter, "ABCDEFGHIJ");
-    EXPECT_STREQ(shorter, "ABCDEFGH");
+}
+
+TEST(HoldName, HoldsALongNameByItsKeyAndOneWithoutKeyNotAtAll)
+{
+    char name[9];
+    NameKeys keys;
+    keys.add("ABCDEFGHI", [](std::string_view) { return false; });
+    hold_name(name, keys, "ABCDEFGHI");
+    EXPECT_STREQ(name, "@1      ");
+    hold_name(name, keys, "ABCDEFGHJ");
+    EXPECT_STREQ(name, "        ");
 }
 
 TEST(NameIndex, NumbersNamesInTheirOrder)

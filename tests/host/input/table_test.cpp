@@ -196,17 +196,17 @@ TEST(CommaTable, RefusesTextBehindAQuotedCell)
 
 TEST(Passage, ReplacesEscapesAndKeepsThePlacesInTheFile)
 {
-    const Cut cut("name\\tx\\nA\\u00fc \\\n   \\U00000031\n\\\"B\\\\ 2", Layout::Blanks, true);
+    const Cut cut("name\\tx\\nA\\u00fc \\\n   \\U00000031\n\\\"B\\\\\\\" 2", Layout::Blanks, true);
     EXPECT_EQ(cut.lines, Lines());
     ASSERT_EQ(cut.table->rows(), 2u);
     EXPECT_EQ(cut.at(0, NAME), "A\xC3\xBC");
     EXPECT_EQ(cut.at(0, X), "1");
-    EXPECT_EQ(cut.at(1, NAME), "\"B\\");
+    EXPECT_EQ(cut.at(1, NAME), "B\\");
     EXPECT_EQ(cut.table->place(0, NAME).column, 10);
     EXPECT_EQ(cut.table->place(0, X).line, 2); // behind the joined lines
     EXPECT_EQ(cut.table->place(0, X).column, 4);
     EXPECT_EQ(cut.table->place(1, X).line, 3);
-    EXPECT_EQ(cut.table->place(1, X).column, 7);
+    EXPECT_EQ(cut.table->place(1, X).column, 9);
 }
 
 TEST(Suggestion, NamesTheNearestWordOrAllOfThem)
