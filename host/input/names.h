@@ -59,6 +59,19 @@ private:
     std::unordered_map<std::string_view, int> numbers;
 };
 
+// Distances of words from one word; keeps its work space from one to the next.
+class WordDistance {
+public:
+    explicit WordDistance(std::string_view one);
+    size_t to(std::string_view other, size_t limit); // as distance_of_words
+
+private:
+    size_t next_row(size_t i);
+
+    std::u32string a, b;                     // characters, small where they are letters of ASCII
+    std::vector<size_t> last, previous, row; // of the table of distances
+};
+
 // Fewest letters to change, insert, leave out or swap with their neighbour to turn a
 // into b, capital and small letters of ASCII being alike; limit + 1 if above limit.
 size_t distance_of_words(std::string_view a, std::string_view b, size_t limit);
@@ -72,7 +85,8 @@ public:
     std::string_view best() const { return nearest; }
 
 private:
-    std::string_view wanted, nearest;
+    WordDistance wanted;
+    std::string_view nearest;
     size_t bound; // a word must be nearer than this
 };
 

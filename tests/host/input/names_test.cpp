@@ -51,6 +51,13 @@ TEST(DistanceOfWords, CountsChangesInsertionsOmissionsAndSwaps)
     EXPECT_EQ(distance_of_words("", "abc", 9), 3u);
 }
 
+TEST(DistanceOfWords, CountsCharactersOfEveryScript)
+{
+    EXPECT_EQ(distance_of_words("M\xC3\xBChlbach", "Muhlbach", 9), 1u);
+    EXPECT_EQ(distance_of_words("\xE6\xB8\xAC\xE9\x87\x8F", "\xE9\x87\x8F\xE6\xB8\xAC", 9), 1u); // swapped
+    EXPECT_EQ(distance_of_words("\xE6\xB8\xAC", "\xE6\xB8\xAD", 9), 1u);
+}
+
 TEST(DistanceOfWords, StopsAboveItsLimit)
 {
     EXPECT_EQ(distance_of_words("abcdef", "x", 2), 3u);
