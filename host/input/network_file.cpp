@@ -48,7 +48,7 @@ const std::vector<SectionKeys> &all_sections()
 {
     static const std::vector<SectionKeys> sections = {
         {"run", {"title", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
-        {"units", {"length", "angle", "vertical"}},
+        {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
         {"reductions", {"distances"}},
         {"apriori",
@@ -164,6 +164,9 @@ private:
 
     void read_run(const toml::table &root);
     void read_units(const toml::table &root);
+    void read_lengths(Section &units);
+    void read_angles(Section &units);
+    void read_turn(Section &earth);
     void read_earth(const toml::table &root);
     void read_origin(Section &earth);
     void read_weights(const toml::table &root);
@@ -279,16 +282,43 @@ void NetworkReader::read_run(const toml::table &root)
 
 void NetworkReader::read_units(const toml::table &root)
 {
-    static const Words lengths = {{"m", 0}, {"mm", 1}, {"inch", 2}};
-    static const Words angles = {
-        {"gon", ANGLE_GON}, {"degree", ANGLE_DEGREE}, {"packed_degree", ANGLE_PACKED}, {"radian", ANGLE_RADIAN}};
     static const Words verticals = {{"zenith", 1}, {"elevation", 0}};
-    static const double metres[] = {1.0, 0.001, 0.0254};
     Section units(root, "units", faults);
-    p.iunit = units.word("length", 0, lengths);
-    p.iangle = units.word("angle", ANGLE_GON, angles);
     p.izenith = units.word("vertical", 1, verticals);
-    net.metres = metres[p.iunit];
+    read_lengths(units);
+    read_angles(units);
+}
+
+void NetworkReader::read_lengths(Section &units)
+{
+    static const Words words = {{"m", LENGTH_METRE},      {"mm", LENGTH_MILLIMETRE}, {"cm", LENGTH_CENTIMETRE},
+                                {"km", LENGTH_KILOMETRE}, {"ft", LENGTH_FOOT},       {"us_ft", LENGTH_US_FOOT},
+                                {"inch", LENGTH_INCH}};
+    const int values = units.word("length", LENGTH_METRE, words), sigmas = units.word("sigma_length", values, words);
+    p.iunit = record_length(values);
+    if (p.iunit != values) net.model.length_unit = values;
+    net.metres = metres_in(values);
+    net.sigma_metres = metres_in(sigmas);
+    net.length = net.metres / metres_in(p.iunit);
+    net.sigma_length = net.sigma_metres / metres_in(p.iunit);
+}
+
+// Standard deviations of degrees, minutes and seconds are arc seconds.
+void NetworkReader::read_angles(Section &units)
+{
+    static const Words words = {{"gon", ANGLE_GON},       {"mgon", ANGLE_MGON},
+                                {"degree", ANGLE_DEGREE}, {"arc_second", ANGLE_ARC_SECOND},
+                                {"mil", ANGLE_MIL},       {"packed_degree", ANGLE_PACKED},
+                                {"radian", ANGLE_RADIAN}, {"dms", ANGLE_DMS}};
+    static const Words sigma_words = {{"gon", ANGLE_GON},       {"mgon", ANGLE_MGON},
+                                      {"cc", ANGLE_CC},         {"degree", ANGLE_DEGREE},
+                                      {"mil", ANGLE_MIL},       {"arc_second", ANGLE_ARC_SECOND},
+                                      {"radian", ANGLE_RADIAN}, {"packed_degree", ANGLE_PACKED}};
+    net.angle = units.word("angle", ANGLE_GON, words);
+    net.sigma_angle =
+        units.word("sigma_angle", net.angle == ANGLE_DMS ? (int)ANGLE_ARC_SECOND : net.angle, sigma_words);
+    p.iangle = record_angle(net.angle);
+    if (p.iangle != net.angle) net.model.angle_unit = net.angle;
 }
 
 void NetworkReader::read_earth(const toml::table &root)
@@ -299,14 +329,26 @@ void NetworkReader::read_earth(const toml::table &root)
     p.radius = earth.number("radius", 6371000.0, above_zero, "above 0");
     p.horigin = earth.number("height", 0.0, sensible_length, "of metres");
     p.latitude = earth.number("latitude", 0.0, within_quarter, "between -90 and 90");
-    const double turn = earth.number("azimuth_rotation", 0.0, any, "in the file's unit of angle");
-    if (!readable_angle(p.iangle, turn))
-        earth.fault(*earth.find("azimuth_rotation"),
-                    earth.name("azimuth_rotation") + " has minutes or seconds of 60 or more",
-                    "write degrees as ddd.mmss");
-    else
-        p.azrot = to_radians(p.iangle, turn);
+    read_turn(earth);
     read_origin(earth);
+}
+
+void NetworkReader::read_turn(Section &earth)
+{
+    const char *const key = "azimuth_rotation";
+    const toml::node *node = earth.find(key);
+    double turn = 0.0;
+    if (node && node->is_string() && net.angle == ANGLE_DMS) {
+        if (!read_dms(earth.text(key), turn))
+            earth.fault(*node, earth.name(key) + " is not an angle in degrees, minutes and seconds",
+                        "write it like \"12-30-36.5\"");
+    } else {
+        turn = earth.number(key, 0.0, any, "in the file's unit of angle");
+    }
+    if (!readable_angle(net.angle, turn))
+        earth.fault(*node, earth.name(key) + " has minutes or seconds of 60 or more", "write degrees as ddd.mmss");
+    else
+        p.azrot = to_radians(net.angle, turn);
 }
 
 void NetworkReader::read_origin(Section &earth)
@@ -336,7 +378,7 @@ void NetworkReader::read_weights(const toml::table &root)
         const char *const key = table_names[id];
         const double value = sigma.number(key, 0.0, above_zero, "above 0");
         const bool angle = id == TABLE_DIRECTIONS || id == TABLE_VERTICAL_ANGLES || id == TABLE_AZIMUTHS;
-        if (angle && !readable_angle(p.iangle, value))
+        if (angle && !readable_angle(net.sigma_angle, value))
             sigma.fault(*sigma.find(key), sigma.name(key) + " has minutes or seconds of 60 or more",
                         "write degrees as ddd.mmss");
         net.sigma[(size_t)id] = value;

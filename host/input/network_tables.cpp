@@ -114,17 +114,40 @@ int read_code(Row &row, int column, int otherwise)
     return row.text(column) == "0" ? CODE_FREE : row.word(column, otherwise, codes);
 }
 
-bool check_angle(Network &net, Row &row, int column, double raw)
+bool check_angle(int unit, Row &row, int column, double raw)
 {
-    if (readable_angle(net.model.p.iangle, raw)) return true;
+    if (readable_angle(unit, raw)) return true;
     row.fault(column, row.cell(column) + " has minutes or seconds of 60 or more", "write degrees as ddd.mmss");
     return false;
 }
 
+// Degrees, minutes and seconds.
+static double read_dms_cell(Row &row, int column)
+{
+    double degrees = 0.0;
+    if (!read_dms(row.text(column), degrees))
+        row.fault(column, row.cell(column) + " is not an angle in degrees, minutes and seconds",
+                  "write it like 12-30-36.5 or 12\xC2\xB0"
+                  "30'36.5\"");
+    return degrees;
+}
+
+double read_raw_angle(Network &net, Row &row, int column, double otherwise)
+{
+    if (!row.given(column)) return otherwise;
+    const double written = net.angle == ANGLE_DMS ? read_dms_cell(row, column) : row.number(column, 0.0);
+    if (!check_angle(net.angle, row, column, written)) return 0.0;
+    return in_angle_unit(net.model.p.iangle, net.angle, written);
+}
+
 double read_angle(Network &net, Row &row, int column)
 {
-    const double raw = row.number(column, 0.0);
-    return check_angle(net, row, column, raw) ? to_radians(net.model.p.iangle, raw) : 0.0;
+    return to_radians(net.model.p.iangle, read_raw_angle(net, row, column, 0.0));
+}
+
+double read_angle_deviation(Network &net, Row &row, int column, double written)
+{
+    return check_angle(net.sigma_angle, row, column, written) ? to_radians(net.sigma_angle, written) : 0.0;
 }
 
 std::string data_file(Faults &faults, const std::string &network_path, std::string_view written, Source at,

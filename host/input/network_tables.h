@@ -49,10 +49,13 @@ struct Network {
     Faults &faults;
     std::array<std::unique_ptr<Table>, TABLE_COUNT> tables; // null: not in the file
     double metres = 1.0;                                    // metres in a unit of length of the file
-    std::array<double, TABLE_COUNT> sigma{};                // standard deviation of rows without one, 0: none
-    NameIndex points;                                       // stations, then targets
-    size_t station_names = 0;                               // how many of them are stations
-    std::vector<bool> in_group;                             // the station of this number belongs to a group
+    double sigma_metres = 1.0;                              // the same of standard deviations
+    double length = 1.0, sigma_length = 1.0;                // units of the records in these two
+    int angle = ANGLE_GON, sigma_angle = ANGLE_GON;         // units of angles and their standard deviations in the file
+    std::array<double, TABLE_COUNT> sigma{}; // standard deviation of rows without one, as written, 0: none
+    NameIndex points;                        // stations, then targets
+    size_t station_names = 0;                // how many of them are stations
+    std::vector<bool> in_group;              // the station of this number belongs to a group
     NameIndex groups, cameras;
     std::unordered_map<int, size_t> lumps; // index of the definition of a lump
 
@@ -93,9 +96,15 @@ std::string_view new_name(Row &row, int column);
 // A code, one of free, no_datum, weighted, fixed, absent or its number.
 int read_code(Row &row, int column, int otherwise);
 
-// An angle in the file's unit, 0 when it is not known.
+// An angle in the unit of the records; 0, with its fault, when it cannot be read, and otherwise when it is not known.
+double read_raw_angle(Network &net, Row &row, int column, double otherwise);
+
+// An angle and a standard deviation of one in radians, 0 when it is not known.
 double read_angle(Network &net, Row &row, int column);
-bool check_angle(Network &net, Row &row, int column, double raw);
+double read_angle_deviation(Network &net, Row &row, int column, double written);
+
+// False, with its fault, for a packed angle whose minutes or seconds are too large.
+bool check_angle(int unit, Row &row, int column, double raw);
 
 // Path of a file that the network file names: absolute, relative paths starting from the
 // folder of the network file. Empty, with a fault, when it cannot be read or has no room

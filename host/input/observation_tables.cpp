@@ -1,5 +1,5 @@
 // The five lists of observations, the baselines and the pairs. Observed values and their
-// standard deviations stay in the file's units; heights above the marks and baselines,
+// standard deviations are in the units of the records; heights above the marks and baselines,
 // which the engine takes as they are, become metres.
 
 #include <cmath>
@@ -29,9 +29,9 @@ struct ListKind {
 
 bool is_angle(int kind) { return kind == KIND_DIRECTION || kind == KIND_VERTICAL || kind == KIND_AZIMUTH; }
 
-double read_distance(Row &row)
+double read_distance(const Network &net, Row &row)
 {
-    const double value = row.length(VALUE, 1.0);
+    const double value = row.length(VALUE, 1.0) * net.length;
     if (value <= 0.0) row.fault(VALUE, row.cell(VALUE) + " is not above 0", "write a distance above 0");
     return value;
 }
@@ -57,10 +57,11 @@ double read_value(Network &net, Row &row, int kind)
         row.missing(VALUE, "write a number");
         return 0.0;
     }
-    if (kind == KIND_DISTANCE) return read_distance(row);
-    if (!is_angle(kind)) return row.length(VALUE, 0.0);
-    const double value = row.number(VALUE, 0.0);
-    if (check_angle(net, row, VALUE, value) && kind == KIND_VERTICAL) check_vertical(net, row, value);
+    if (kind == KIND_DISTANCE) return read_distance(net, row);
+    if (!is_angle(kind)) return row.length(VALUE, 0.0) * net.length;
+    const size_t faults = net.faults.count();
+    const double value = read_raw_angle(net, row, VALUE, 0.0);
+    if (kind == KIND_VERTICAL && net.faults.count() == faults) check_vertical(net, row, value);
     return value;
 }
 
@@ -69,8 +70,9 @@ double read_sigma(Network &net, Row &row, TableId id, int kind)
     if (!row.given(SIGMA) && net.sigma[id] <= 0.0)
         row.missing(SIGMA, ("write it there or in [sigma] " + std::string(table_names[id])).c_str());
     const double sigma = row.positive(SIGMA, net.sigma[id]);
-    if (is_angle(kind)) check_angle(net, row, SIGMA, sigma);
-    return sigma;
+    if (!is_angle(kind)) return sigma * net.sigma_length;
+    if (!check_angle(net.sigma_angle, row, SIGMA, sigma)) return 0.0;
+    return in_angle_unit(net.model.p.iangle, net.sigma_angle, sigma);
 }
 
 void check_ends(Network &net, Row &row, int from, int to, int kind)
@@ -168,7 +170,7 @@ void read_baseline(Network &net, Row &row)
         const bool variance = i == 0 || i == 3 || i == 5;
         if (variance && !row.given(CXX + i)) row.missing(CXX + i, "write a number above 0");
         covariance[i] = row.length(CXX + i, variance ? 1.0 : 0.0);
-        g.cov[i] = covariance[i] * net.metres * net.metres;
+        g.cov[i] = covariance[i] * net.sigma_metres * net.sigma_metres;
     }
     check_covariance(row, covariance);
     g.status = row.yes(BASELINE_USE, true) ? 1 : -1;

@@ -127,9 +127,9 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
     static const char *const deviations[] = {"sx", "sy", "sz"};
     const Codes codes = read_codes(net, row);
     for (int i = 0; i < 3; i++) {
-        point.x[i] = row.length(X + i, 0.0);
+        point.x[i] = row.length(X + i, 0.0) * net.length;
         point.ix[i] = codes.code[i];
-        point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]);
+        point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]) * net.sigma_length;
     }
     point.status = read_status(row);
     if (missing_coordinate(net, row) && point.status >= 0) {
@@ -179,7 +179,7 @@ StationNote read_rotations(Network &net, Row &row, station_input &station)
         station.r[i] = read_angle(net, row, RX + i);
         station.ir[i] = rotation_code(net, row, i, station.ilevel == 1);
         const double sigma = read_deviation(row, SRX + i, deviations[i], station.ir[i]);
-        station.sr[i] = check_angle(net, row, SRX + i, sigma) ? to_radians(net.model.p.iangle, sigma) : 0.0;
+        station.sr[i] = read_angle_deviation(net, row, SRX + i, sigma);
         if (row.given(CODE_RX + i)) note.rotation_coded = true;
     }
     read_orientation(net, row, station);

@@ -95,10 +95,11 @@ private:
 
     void tell(const Readings &round, double offset, Rounds &rounds) const
     {
-        static const char *const units[] = {"gon", "degrees", "degrees (ddd.mmss)", "rad"};
+        static const char *const units[] = {"gon", "degrees", "degrees (ddd.mmss)", "rad", "mgon", "arc seconds",
+                                            "mil", "degrees"};
+        const int unit = file_units(network).angle;
         char angle[60];
-        std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(network.p.iangle, std::fabs(offset)),
-                      units[network.p.iangle]);
+        std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(unit, std::fabs(offset)), units[unit]);
         rounds.notes.push_back(place(network, network.directions.where[(size_t)round.front().record]) + ": station " +
                                shown_name(network, network.stations.records[station].name) +
                                " reads its targets again " + angle +

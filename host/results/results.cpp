@@ -180,7 +180,7 @@ Results describe(const Model &model, const std::string &version)
     results.solver = solver_word(model.solver);
     results.mode = mode_word(model.mode);
     results.dimension = model.p.dim;
-    results.units = {model.p.iunit, metres_per_unit(model.p), model.p.iangle, model.p.izenith != 0};
+    results.units = file_units(model);
     return results;
 }
 

@@ -9,6 +9,7 @@
 
 #include "host/run/coincident.h"
 #include "host/run/connected_net.h"
+#include "host/run/preface.h"
 #include "host/run/report_tee.h"
 #include "host/input/faults.h"
 #include "host/input/names.h"
@@ -17,7 +18,6 @@
 #include "host/results/output_file.h"
 #include "vorn/result.h"
 #include "host/results/result_parts.h"
-#include "host/results/text_table.h"
 #include "vorn/sidefiles.h"
 #include "vorn/unknowns.h"
 #include "vorn/vorn.h"
@@ -212,7 +212,6 @@ public:
     RunOutcome go(bool solving);
 
 private:
-    void write_keys();
     void set_up();
     void adjust(bool solving);
     void stop(Stage stage, int code);
@@ -234,17 +233,6 @@ private:
     vornengine::side_files side = vornengine::side_files();
     RunOutcome outcome;
 };
-
-// The report of the engine knows names by their keys.
-void Run::write_keys()
-{
-    if (model.keys.empty()) return;
-    TextTable table({{"in this report", "", Align::left}, {"name", "", Align::left}});
-    for (size_t i = 0; i < model.keys.all().size(); i++)
-        if (!model.keys.all()[i].empty()) table.add({NameKeys::word(i), model.keys.all()[i]});
-    const std::string text = "Names of more than 8 bytes\n\n" + table.text() + "\n";
-    fwrite(text.data(), 1, text.size(), report);
-}
 
 void Run::set_up()
 {
@@ -401,7 +389,8 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
-    write_keys();
+    const std::string preface = report_preface(model);
+    fwrite(preface.data(), 1, preface.size(), report);
     order_sights(model);
     const AccountKeeper keeper(model);
     FirstValues first;
