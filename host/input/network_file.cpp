@@ -10,6 +10,7 @@
 #include "host/input/angle.h"
 #include "host/preparation/lump_checks.h"
 #include "host/input/network_tables.h"
+#include "host/input/open_text.h"
 
 // The parser's own checks would end the program. Some input makes them fail, so they
 // throw instead; the check of a key's first letter is left to the code that follows it,
@@ -57,6 +58,7 @@ const std::vector<SectionKeys> &all_sections()
         {"baselines", {"datum_rule"}},
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
+        {"csv", {"separator", "decimal"}},
         {"tables", std::vector<std::string>(table_names, table_names + TABLE_COUNT)},
     };
     return sections;
@@ -167,6 +169,8 @@ private:
     void read_lengths(Section &units);
     void read_angles(Section &units);
     void read_turn(Section &earth);
+    void read_csv(const toml::table &root);
+    void read_headings(const toml::node &node, const std::string &name, CsvForm &form);
     void read_earth(const toml::table &root);
     void read_origin(Section &earth);
     void read_weights(const toml::table &root);
@@ -187,6 +191,7 @@ private:
     Network net;
     project &p;
     Faults &faults;
+    CsvForm csv;
     std::deque<TextFile> files; // of the tables outside the network file
     std::array<bool, TABLE_COUNT> in_file{};
     bool connected_net = false; // the file of one is named, whether it can be read or not
@@ -199,6 +204,7 @@ void NetworkReader::read(const TextFile &file, const toml::table &root)
     read_units(root);
     read_earth(root);
     read_weights(root);
+    read_csv(root);
     find_tables(file, root);
     read_methods(root);
     read_connected_net(root);
@@ -319,6 +325,15 @@ void NetworkReader::read_angles(Section &units)
         units.word("sigma_angle", net.angle == ANGLE_DMS ? (int)ANGLE_ARC_SECOND : net.angle, sigma_words);
     p.iangle = record_angle(net.angle);
     if (p.iangle != net.angle) net.model.angle_unit = net.angle;
+}
+
+void NetworkReader::read_csv(const toml::table &root)
+{
+    static const Words separators = {{",", ','}, {";", ';'}, {"tab", '\t'}};
+    static const Words decimals = {{".", '.'}, {",", ','}};
+    Section section(root, "csv", faults);
+    csv.separator = (char)section.word("separator", ',', separators);
+    csv.decimal = (char)section.word("decimal", '.', decimals);
 }
 
 void NetworkReader::read_earth(const toml::table &root)
@@ -461,10 +476,14 @@ void NetworkReader::find_table(const TextFile &file, TableId id, const toml::nod
 void NetworkReader::open_table(TableId id, const toml::table &entry)
 {
     const std::string name = std::string("table ") + table_names[id];
-    for (const auto &[key, value] : entry)
-        if (key != "file")
+    CsvForm form = csv;
+    for (const auto &[key, value] : entry) {
+        if (key == "columns")
+            read_headings(value, name, form);
+        else if (key != "file")
             faults.add(place_of(key.source()), "unknown key " + quote(std::string(key.str())) + " in " + name,
-                       "known key: file");
+                       "known keys: file, columns");
+    }
     const toml::value<std::string> *file = entry["file"].as_string();
     if (!file) {
         faults.add(place_of(entry.source()), name + " names no file",
@@ -477,7 +496,26 @@ void NetworkReader::open_table(TableId id, const toml::table &entry)
     if (!text.read(path.string(), at, faults)) return;
     const Source heading = {text.file(), 1, 1};
     net.tables[id] =
-        std::make_unique<Table>(table_names[id], Passage(text, 0, text.text().size()), Layout::Commas, heading);
+        std::make_unique<Table>(table_names[id], Passage(text, 0, text.text().size()), Layout::Commas, heading, form);
+}
+
+// columns = { from = "Standpunkt", ... }: the words of the file's heading.
+void NetworkReader::read_headings(const toml::node &node, const std::string &name, CsvForm &form)
+{
+    const toml::table *columns = node.as_table();
+    if (!columns) {
+        faults.add(place_of(node.source()), "columns of " + name + " are no list of columns",
+                   "write columns = { from = \"...\" }");
+        return;
+    }
+    for (const auto &[key, value] : *columns) {
+        const toml::value<std::string> *word = value.as_string();
+        if (word)
+            form.headings.push_back({std::string(key.str()), word->get(), place_of(key.source())});
+        else
+            faults.add(place_of(value.source()), "column " + quote(std::string(key.str())) + " of " + name + " is not a text",
+                       "write the word of the file's heading in quotation marks");
+    }
 }
 
 void NetworkReader::read_tables()
@@ -563,6 +601,16 @@ bool check_depth(const TextFile &file, Faults &faults)
     return true;
 }
 
+// What the parser cannot read may be a table that was never closed.
+bool tell_open_text(const TextFile &file, Faults &faults)
+{
+    const std::optional<OpenText> open = find_open_text(file.text());
+    if (!open) return false;
+    faults.add(file.place(open->offset), (open->key.empty() ? "text" : "text of " + open->key) + " is not closed",
+               "write " + open->marks + " on a line of its own behind its last line");
+    return true;
+}
+
 // The engine finds the extension behind the first point, and its files take no blanks.
 std::string run_name(const std::string &path)
 {
@@ -588,7 +636,8 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
         const toml::table root = toml::parse(std::string_view(file.text()), std::string_view(path));
         NetworkReader(network, faults).read(file, root);
     } catch (const toml::parse_error &error) {
-        faults.add(place_of(error.source()), std::string(error.description()), "correct it as TOML");
+        if (!tell_open_text(file, faults))
+            faults.add(place_of(error.source()), std::string(error.description()), "correct it as TOML");
     } catch (const std::logic_error &) {
         faults.add({0, 0, 0}, "settings are not TOML", "compare them with the reference");
     }

@@ -125,7 +125,7 @@ bool check_angle(int unit, Row &row, int column, double raw)
 static double read_dms_cell(Row &row, int column)
 {
     double degrees = 0.0;
-    if (!read_dms(row.text(column), degrees))
+    if (!read_dms(row.figures(column), degrees))
         row.fault(column, row.cell(column) + " is not an angle in degrees, minutes and seconds",
                   "write it like 12-30-36.5 or 12\xC2\xB0"
                   "30'36.5\"");
