@@ -3,14 +3,23 @@
 #include <string.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace vornhost {
 
 namespace {
 
 constexpr char mark = '@';
+constexpr size_t most = 9999999; // keys of 8 bytes
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// Whether a key behind this character would be a piece of a longer word.
+bool is_letter(char c)
+{
+    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == mark || c == '_' || c == '-' ||
+           (unsigned char)c >= 0x80;
+}
 
 std::string_view without_blanks(std::string_view field) { return field.substr(0, field.find_last_not_of(' ') + 1); }
 
@@ -22,6 +31,7 @@ void NameKeys::add(std::string_view name, const std::function<bool(std::string_v
 {
     if (name.size() <= name_width || numbers.count(name)) return;
     while (taken(word(names.size()))) names.emplace_back();
+    if (names.size() >= most) throw std::length_error("too many names of more than 8 bytes");
     names.emplace_back(name);
     numbers.emplace(names.back(), (int)names.size() - 1);
 }
@@ -67,8 +77,8 @@ void NameKeys::replace(const char *line, char *out, size_t size) const
     };
     for (size_t at = 0; at < text.size();) {
         size_t length = 1;
-        const bool begins = at == 0 || text[at - 1] == ' ' || text[at - 1] == '\t' || text[at - 1] == '(';
-        const int index = begins ? index_at(text.substr(at), &length) : -1;
+        const bool inside = at > 0 && is_letter(text[at - 1]);
+        const int index = inside ? -1 : index_at(text.substr(at), &length);
         append(index >= 0 ? std::string_view(names[(size_t)index]) : text.substr(at, length));
         at += length;
     }

@@ -513,7 +513,8 @@ void NetworkReader::read_headings(const toml::node &node, const std::string &nam
         if (word)
             form.headings.push_back({std::string(key.str()), word->get(), place_of(key.source())});
         else
-            faults.add(place_of(value.source()), "column " + quote(std::string(key.str())) + " of " + name + " is not a text",
+            faults.add(place_of(value.source()),
+                       "column " + quote(std::string(key.str())) + " of " + name + " is not a text",
                        "write the word of the file's heading in quotation marks");
     }
 }

@@ -211,8 +211,8 @@ void Table::stray_text(Line line, size_t from, size_t to, Faults &faults) const
     if (trimmed(line.text.substr(from, to - from), offset).empty()) return;
     faults.add(passage.place(offset), "text after the closing quotation mark",
                layout == Layout::Blanks ? "put a blank before it"
-               : form.separator == ','   ? "put a comma before it"
-                                         : "put the separator before it");
+               : form.separator == ','  ? "put a comma before it"
+                                        : "put the separator before it");
 }
 
 int Table::find_column(std::string_view name) const

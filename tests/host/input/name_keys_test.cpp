@@ -53,8 +53,8 @@ TEST(NameKeys, AreReplacedInALineWhereTheyAreWords)
 {
     NameKeys keys;
     for (int i = 0; i < 12; i++) keys.add("Long name " + std::to_string(i + 1), nobody);
-    EXPECT_EQ(keys.replaced("point @1       is (@12) and @2, not @13, A@1, @01, @123 or @"),
-              "point Long name 1       is (Long name 12) and Long name 2, not @13, A@1, @01, @123 or @");
+    EXPECT_EQ(keys.replaced("point @1       is (@12) and \"@2\", not @13, A@1, 7-@1, @01, @123 or @"),
+              "point Long name 1       is (Long name 12) and \"Long name 2\", not @13, A@1, 7-@1, @01, @123 or @");
     EXPECT_EQ(keys.replaced("@3"), "Long name 3");
     char little[8];
     keys.replace("to @1", little, sizeof little);

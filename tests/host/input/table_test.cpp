@@ -127,7 +127,7 @@ TEST(Table, ListsItsColumnsWhenNoneIsNear)
 TEST(Table, RefusesAHeadingWithTheWrongSeparator)
 {
     EXPECT_EQ(faults_in("name;x\nA;1\n", Layout::Commas)[0],
-              "t:1:1: unknown column \"name;x\" in table points; separate the cells with commas");
+              "t:1:1: unknown column \"name;x\" in table points; write separator = \";\" in [csv]");
     EXPECT_EQ(faults_in("name,x\nA,1\n")[0],
               "t:1:1: unknown column \"name,x\" in table points; separate the cells with blanks");
 }
