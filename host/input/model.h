@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/input/field_records.h"
 #include "host/input/name_keys.h"
 #include "host/input/units.h"
 #include "vorn/project.h"
@@ -28,12 +29,20 @@ enum class Mode { Statistics, Solution, Propagation };
 template <class Record> struct List {
     std::vector<Record> records;
     std::vector<Source> where;
+    RowNotes notes;
 
     size_t size() const { return records.size(); }
     void add(const Record &record, Source at)
     {
         records.push_back(record);
         where.push_back(at);
+    }
+
+    // Row i of another list with all that it says.
+    void add_from(const List &other, size_t i)
+    {
+        notes.copy(other.notes, i, records.size());
+        add(other.records[i], other.where[i]);
     }
 };
 
@@ -78,6 +87,17 @@ struct Model {
     List<image_input> images;
     List<pair_input> pairs;
 
+    // What the engine has no records for.
+    List<SetupRecord> setups;
+    std::vector<std::string> set_words;
+    List<SightRow> angles, horizontal_distances, bearings, scale_bars;
+    List<VectorRow> coordinates, coordinate_differences;
+    List<CovarianceRecord> covariances;
+    struct Apriori {
+        double angle = 1, horizontal_distance = 1, bearing = 1, scale_bar = 1, coordinate = 1,
+               coordinate_difference = 1;
+    } apriori; // factors of the weights, metres and radians
+
     // Lump definitions: the record's arrays live in these vectors, one set a definition.
     struct LumpTable {
         std::vector<int> epoch, code;
@@ -99,6 +119,9 @@ FileUnits file_units(const Model &model);
 
 // Metres in the unit of length of the project.
 double metres_per_unit(const project &p);
+
+// Name in the record of a point by its number: stations, then targets.
+const char *record_name(const Model &model, int point);
 
 // "net.inp:12", or the network file for a record without a place.
 std::string place(const Model &model, Source where);

@@ -1,5 +1,5 @@
-// The text of several lines in a TOML file whose closing marks are missing. The parser says where it lost its way, which
-// is at the next text or at the end of the file; a user looks for the line where the text begins.
+// The text of several lines in a TOML file whose closing marks are missing. The parser says where it lost its way,
+// which is at the next text or at the end of the file; a user looks for the line where the text begins.
 
 #ifndef VORNHOST_OPEN_TEXT_H
 #define VORNHOST_OPEN_TEXT_H

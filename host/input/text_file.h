@@ -19,9 +19,9 @@ public:
     static constexpr size_t largest_file = 1000000000; // bytes
 
     // Reads the file in pieces and stops at the first that cannot be text. A byte order
-    // mark is left out; lines that end with a carriage return alone get line ends. Faults of the whole file are placed at asked, the place that
-    // named the file, or at the file itself when asked has no line.
-    // Returns false after a fault.
+    // mark is left out; lines that end with a carriage return alone get line ends. Faults of the whole file are placed
+    // at asked, the place that named the file, or at the file itself when asked has no line. Returns false after a
+    // fault.
     bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
 
     const std::string &text() const { return bytes; }
