@@ -1,6 +1,7 @@
 // The program vorn: adjusts survey networks from the command line.
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -30,6 +31,15 @@ void hold_standard_streams()
     _exit(STATUS_SYSTEM);
 }
 
+// Arrays of the adjustment are taken and released again and again: what is up to 32 MB stays with the process, for
+// whose pages the system would have to be asked each time.
+void keep_memory()
+{
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 256 << 20);
+    mallopt(M_TOP_PAD, 4 << 20);
+}
+
 int command(int argc, char **argv)
 {
     int status = STATUS_ADJUSTED;
@@ -46,6 +56,7 @@ int main(int argc, char **argv)
     hold_standard_streams();
     std::set_terminate(end_without_memory);
     catch_interrupts();
+    keep_memory();
     vornhost::limit_memory(); // what does not fit ends with words and a status
     signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
     signal(SIGXFSZ, SIG_IGN); // and so does a file beyond the user's limit
