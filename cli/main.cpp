@@ -40,11 +40,17 @@ void keep_memory()
     mallopt(M_TOP_PAD, 4 << 20);
 }
 
+int run_command(const Options &options)
+{
+    if (options.command == Command::import) return import_network(options);
+    return options.command == Command::check ? check(options) : adjust(options);
+}
+
 int command(int argc, char **argv)
 {
     int status = STATUS_ADJUSTED;
     const std::optional<Options> options = read_options(argc, argv, &status);
-    if (options) return options->check ? check(*options) : adjust(*options);
+    if (options) return run_command(*options);
     if (status == STATUS_ADJUSTED) flush_standard_output(); // a help text
     return status;
 }
