@@ -95,6 +95,13 @@ struct Model {
     List<SightRow> angles, horizontal_distances, bearings, scale_bars;
     List<VectorRow> coordinates, coordinate_differences;
     List<CovarianceRecord> covariances;
+    struct Centring {
+        double instrument = 0, target = 0;               // along each horizontal axis
+        double instrument_height = 0, target_height = 0; // of the heights above the marks
+
+        bool any() const { return instrument > 0 || target > 0 || instrument_height > 0 || target_height > 0; }
+    } centring;           // standard deviations, metres
+    Source unknown_value; // the first value that a plan leaves open
     struct Apriori {
         double angle = 1, horizontal_distance = 1, bearing = 1, scale_bar = 1, coordinate = 1,
                coordinate_difference = 1;

@@ -237,7 +237,12 @@ void Collection::residual(int row)
         if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
         mark(s, r);
     }
-    r.words = words_of(numbers.items[(size_t)e.observation[(size_t)row]], name);
+    const ItemPlace &item = numbers.items[(size_t)e.observation[(size_t)row]];
+    if (const ItemNotes n = item_notes(network, item); n.notes)
+        r.raw = raw_reading(network, item.item == Item::vertical_angle, *n.notes, n.row);
+    const auto antennas = numbers.raw.find(e.observation[(size_t)row]);
+    if (antennas != numbers.raw.end()) r.raw = antennas->second[(size_t)component];
+    r.words = words_of(item, name);
     results.residuals.push_back(std::move(r));
 }
 

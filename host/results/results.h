@@ -60,6 +60,7 @@ struct ResidualResult {
     double value = 0, sigma = 0; // metres or radians; vertical angles as elevations
     double residual = 0;         // observed less computed
     bool observed = true;        // false: a planned observation, without adjusted value and residual
+    std::optional<double> raw;   // the reading, where value is what was made of it
     std::optional<double> adjusted;
     std::optional<double> deviation;  // of the residual, before the variance factor
     std::optional<double> redundancy; // 0 (nothing checks it) to 1
@@ -138,6 +139,9 @@ struct Results {
         return residual.words < 0 ? none : row_words[(size_t)residual.words];
     }
 };
+
+// The reading of a row whose value was made of it, metres or radians; of vertical angles as an elevation.
+std::optional<double> raw_reading(const Model &model, bool vertical, const RowNotes &notes, size_t row);
 
 // Everything that is known of a network without a run.
 Results describe(const Model &model, const std::string &version);

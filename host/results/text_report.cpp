@@ -300,6 +300,7 @@ std::string Report::observations_of(const std::string &kind) const
                      {"", "", Align::left},
                      {"set-up", "", Align::left},
                      {"set", "", Align::left},
+                     {"read", unit},
                      {"observed", unit},
                      {"adjusted", unit},
                      {"residual", small_unit},
@@ -314,7 +315,7 @@ std::string Report::observations_of(const std::string &kind) const
         const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
-        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set,
+        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set, r.raw ? value(r, *r.raw) : "",
                    r.observed ? value(r, r.value) : "", r.adjusted ? value(r, *r.adjusted) : "",
                    r.observed ? small(r, sign * r.residual) : "", small(r, r.sigma),
                    r.redundancy ? decimal(*r.redundancy, 2) : "", r.normalised ? decimal(sign * *r.normalised, 2) : "",
