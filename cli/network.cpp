@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include "commands.h"
-#include "host/input/network_file.h"
+#include "host/formats/import.h"
 #include "host/results/output_file.h"
 
 using namespace vornhost;
@@ -33,9 +33,17 @@ bool apply(const Options &options, Model &model)
 bool read_input(const Options &options, Model &model)
 {
     Faults faults;
-    if (read_network(options.network, model, faults)) return apply(options, model);
-    for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+    std::vector<std::string> notes;
+    const bool good = read_any_network(options.network, model, notes, faults);
+    if (!options.console.quiet) show_lines(notes);
+    if (good) return apply(options, model);
+    show_lines(faults.lines());
     return false;
+}
+
+void show_lines(const std::vector<std::string> &lines)
+{
+    for (const std::string &line : lines) fprintf(stderr, "%s\n", line.c_str());
 }
 
 int interrupted()

@@ -5,6 +5,7 @@
 #define VORNHOST_NETWORK_FILE_H
 
 #include <string>
+#include <vector>
 
 #include "host/input/faults.h"
 #include "host/input/model.h"
@@ -18,6 +19,11 @@ namespace vornhost {
 // connected net are absolute, so that a run may work in another folder. Codes of what
 // the dimension excludes are CODE_ABSENT.
 bool read_network(const std::string &path, Model &model, Faults &faults);
+
+// The same from a text that was made of the file at path: places are those of its lines in that file, origins[i] of
+// line i + 1.
+bool read_network_text(const std::string &path, std::string text, std::vector<Source> origins, Model &model,
+                       Faults &faults);
 
 } // namespace vornhost
 

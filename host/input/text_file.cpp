@@ -29,6 +29,14 @@ bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_
     return loaded && check_encoding(faults);
 }
 
+void TextFile::take(const std::string &path, std::string text, std::vector<Source> its_origins, Faults &faults)
+{
+    index = faults.add_file(path);
+    bytes = std::move(text);
+    origins = std::move(its_origins);
+    find_lines();
+}
+
 bool TextFile::load(const std::string &path, size_t largest, Source asked, Faults &faults)
 {
     return read_pieces(path, asked, largest, faults,
@@ -80,6 +88,10 @@ void TextFile::find_lines()
 Source TextFile::place(size_t offset) const
 {
     const auto after = std::upper_bound(lines.begin(), lines.end(), offset);
+    if (!origins.empty()) {
+        const size_t line = (size_t)(after - lines.begin()) - 1;
+        return {index, line < origins.size() ? origins[line].line : 0, 0};
+    }
     const size_t start = *(after - 1);
     const std::string_view before = std::string_view(bytes).substr(start, offset - start);
     return {index, (int)(after - lines.begin()), (int)utf8_count(before) + 1};

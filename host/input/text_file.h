@@ -24,6 +24,9 @@ public:
     // Returns false after a fault.
     bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
 
+    // Takes a text that was made of the file at path; line i + 1 stands at origins[i] there, line 0 being no place.
+    void take(const std::string &path, std::string text, std::vector<Source> origins, Faults &faults);
+
     const std::string &text() const { return bytes; }
     int file() const { return index; } // its number in places
 
@@ -40,8 +43,9 @@ private:
     void find_lines();
 
     std::string bytes;
-    std::vector<size_t> lines; // offset of the first byte of each
-    size_t line_start = 0;     // of the last line read so far
+    std::vector<size_t> lines;   // offset of the first byte of each
+    std::vector<Source> origins; // of each line of a text that was made of another file; empty: it is the file
+    size_t line_start = 0;       // of the last line read so far
     int index = 0;
 };
 
