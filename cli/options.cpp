@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+#include "vorn/version.h"
+
 namespace {
 
 using vornhost::Mode;
@@ -67,7 +69,9 @@ const auto not_empty = [](const std::string &name) {
 
 void add_common(CLI::App *command, Options &options)
 {
-    command->add_option("NAME.inp", options.network, "the network file, or a file that vorn import reads")
+    command
+        ->add_option("NAME.inp", options.network,
+                     "the network file, or a file that vorn import reads; - is standard input")
         ->required()
         ->type_name("FILE");
     command->add_option("-C", options.folder, "work in this folder: output paths start from it")
@@ -81,7 +85,7 @@ void add_adjust(CLI::App &app, Options &options)
 {
     CLI::App *adjust = app.add_subcommand("adjust", "adjust a network and report the results");
     add_common(adjust, options);
-    adjust->add_option("-o", options.report, "report in this file instead of standard output")
+    adjust->add_option("-o", options.report, "report in this file; - is standard output, as without it")
         ->check(not_empty)
         ->type_name("REPORT");
     adjust->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")

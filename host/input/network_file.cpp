@@ -622,8 +622,8 @@ std::string run_name(const std::string &path)
     return stem + ".inp";
 }
 
-// Reads a file that is in memory and was read without a fault.
-bool read_loaded(const std::string &path, const TextFile &file, Model &model, Faults &faults)
+// Reads the network out of its text, which is in memory.
+bool read_text(const std::string &path, const TextFile &file, Model &model, Faults &faults)
 {
     if (!check_depth(file, faults)) return false;
     Model network;
@@ -652,17 +652,23 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
     model = Model();
     faults = Faults();
     TextFile file;
-    return file.read(path, Source(), faults) && read_loaded(path, file, model, faults);
+    return file.read(path, Source(), faults) && read_text(path, file, model, faults);
 }
 
-bool read_network_text(const std::string &path, std::string text, std::vector<Source> origins, Model &model,
+bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults)
+{
+    return read_network_text(name, text, {}, model, faults);
+}
+
+bool read_network_text(const std::string &name, std::string_view text, std::vector<Source> origins, Model &model,
                        Faults &faults)
 {
     model = Model();
     faults = Faults();
     TextFile file;
-    file.take(path, std::move(text), std::move(origins), faults);
-    return read_loaded(path, file, model, faults);
+    if (!file.take(name, text, faults)) return false;
+    file.stands_for(std::move(origins));
+    return read_text(name, file, model, faults);
 }
 
 } // namespace vornhost

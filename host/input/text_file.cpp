@@ -29,12 +29,14 @@ bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_
     return loaded && check_encoding(faults);
 }
 
-void TextFile::take(const std::string &path, std::string text, std::vector<Source> its_origins, Faults &faults)
+bool TextFile::take(const std::string &name, std::string_view text, Faults &faults)
 {
-    index = faults.add_file(path);
-    bytes = std::move(text);
-    origins = std::move(its_origins);
+    index = faults.add_file(name);
+    bytes.clear();
+    line_start = 0;
+    const bool accepted = accept(text.data(), text.size(), faults);
     find_lines();
+    return accepted && check_encoding(faults);
 }
 
 bool TextFile::load(const std::string &path, size_t largest, Source asked, Faults &faults)

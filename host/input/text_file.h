@@ -24,8 +24,12 @@ public:
     // Returns false after a fault.
     bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
 
-    // Takes a text that was made of the file at path; line i + 1 stands at origins[i] there, line 0 being no place.
-    void take(const std::string &path, std::string text, std::vector<Source> origins, Faults &faults);
+    // The same for a text that is there already and goes by that name.
+    bool take(const std::string &name, std::string_view text, Faults &faults);
+
+    // Says that the text was made of another file, in which line i + 1 stands at its_origins[i]: places are those
+    // there, and have no line where that has none.
+    void stands_for(std::vector<Source> its_origins) { origins = std::move(its_origins); }
 
     const std::string &text() const { return bytes; }
     int file() const { return index; } // its number in places
@@ -44,7 +48,7 @@ private:
 
     std::string bytes;
     std::vector<size_t> lines;   // offset of the first byte of each
-    std::vector<Source> origins; // of each line of a text that was made of another file; empty: it is the file
+    std::vector<Source> origins; // empty: the text is the file itself
     size_t line_start = 0;       // of the last line read so far
     int index = 0;
 };
