@@ -105,7 +105,7 @@ int check(const Options &options)
     if (interrupts.came()) return interrupted();
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
-    show(results, outcome, summary_of(text_of(report.get())));
+    show(results, outcome, model.keys.replaced(summary_of(text_of(report.get()))));
     flush_standard_output();
     return close_run(outcome);
 }

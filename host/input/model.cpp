@@ -64,6 +64,12 @@ void Model::attach()
     attach_list(pairs, &p.pairs, &p.npairs);
 }
 
+FileUnits file_units(const Model &model)
+{
+    const int length = model.length_unit.value_or(model.p.iunit);
+    return {length, metres_in(length), model.angle_unit.value_or(model.p.iangle), model.p.izenith != 0};
+}
+
 double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
 
 const char *record_name(const Model &model, int point)

@@ -1,5 +1,5 @@
 // The five lists of observations, the baselines and the pairs. Observed values and their
-// standard deviations stay in the file's units; heights above the marks and baselines,
+// standard deviations are in the units of the records; heights above the marks and baselines,
 // which the engine takes as they are, become metres.
 
 #include <cmath>
@@ -38,9 +38,9 @@ struct ListKind {
 
 bool is_angle(int kind) { return kind == KIND_DIRECTION || kind == KIND_VERTICAL || kind == KIND_AZIMUTH; }
 
-double read_distance(Row &row)
+double read_distance(const Network &net, Row &row)
 {
-    const double value = row.length(VALUE, 1.0);
+    const double value = row.length(VALUE, 1.0) * net.length;
     if (value <= 0.0) row.fault(VALUE, row.cell(VALUE) + " is not above 0", "write a distance above 0");
     return value;
 }
@@ -66,10 +66,11 @@ double read_value(Network &net, Row &row, int kind)
         row.missing(VALUE, "write a number");
         return 0.0;
     }
-    if (kind == KIND_DISTANCE) return read_distance(row);
-    if (!is_angle(kind)) return row.length(VALUE, 0.0);
-    const double value = row.number(VALUE, 0.0);
-    if (check_angle(net, row, VALUE, value) && kind == KIND_VERTICAL) check_vertical(net, row, value);
+    if (kind == KIND_DISTANCE) return read_distance(net, row);
+    if (!is_angle(kind)) return row.length(VALUE, 0.0) * net.length;
+    const size_t faults = net.faults.count();
+    const double value = read_raw_angle(net, row, VALUE, 0.0);
+    if (kind == KIND_VERTICAL && net.faults.count() == faults) check_vertical(net, row, value);
     return value;
 }
 
@@ -98,20 +99,21 @@ double read_sigma(Network &net, Row &row, TableId id, int kind)
     if (!row.given(SIGMA) && net.sigma[id] <= 0.0)
         row.missing(SIGMA, ("write it there or in [sigma] " + std::string(table_names[id])).c_str());
     const double sigma = row.positive(SIGMA, net.sigma[id]);
-    if (is_angle(kind)) check_angle(net, row, SIGMA, sigma);
-    return sigma;
+    if (!is_angle(kind)) return sigma * net.sigma_length;
+    if (!check_angle(net.sigma_angle, row, SIGMA, sigma)) return 0.0;
+    return in_angle_unit(net.model.p.iangle, net.sigma_angle, sigma);
 }
 
 void check_ends(Network &net, Row &row, int from, int to, int kind)
 {
     if (from >= 0 && from == to)
-        row.fault(TO, "observation from " + quote(row.text(FROM)) + " to itself", "name two different points");
+        row.fault(TO, "observation from " + quote(row.name(FROM)) + " to itself", "name two different points");
     const bool at_target = from >= 0 && (size_t)from >= net.station_names;
     const bool needs_station = kind == KIND_DIRECTION || kind == KIND_VERTICAL;
     if (!at_target || !needs_station) return;
     row.fault(FROM,
               std::string(kind == KIND_DIRECTION ? "direction" : "vertical angle") + " taken at target " +
-                  quote(row.text(FROM)),
+                  quote(row.name(FROM)),
               "list it under stations");
 }
 
@@ -123,7 +125,7 @@ int distance_kind(Network &net, Row &row, int from, int setup)
     const bool grouped = ((size_t)from < net.in_group.size() && net.in_group[(size_t)from]) ||
                          (setup >= 0 && net.model.setups.records[(size_t)setup].group >= 0);
     if (!grouped)
-        row.fault(CONSTANTS, "point " + quote(row.text(FROM)) + " belongs to no group",
+        row.fault(CONSTANTS, "point " + quote(row.name(FROM)) + " belongs to no group",
                   "name its group in table stations");
     return KIND_DISTANCE_CONSTANTS;
 }
@@ -133,8 +135,8 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     measure_input m = measure_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, list.kind);
-    pad_name(m.from, row.text(FROM));
-    pad_name(m.to, row.text(TO));
+    hold_name(m.from, net.model.keys, row.name(FROM));
+    hold_name(m.to, net.model.keys, row.name(TO));
     m.val = read_value(net, row, list.kind);
     m.sig = read_sigma(net, row, list.id, list.kind);
     List<measure_input> &measures = net.model.*list.list;
@@ -208,7 +210,7 @@ void read_own_covariance(Network &net, Row &row, gps_input &g)
         else if (is_variance(i) && !row.given(CXX + i))
             row.missing(CXX + i, "write a number above 0");
         covariance[i] = row.length(CXX + i, is_variance(i) ? 1.0 : 0.0);
-        g.cov[i] = covariance[i] * net.metres * net.metres;
+        g.cov[i] = covariance[i] * net.sigma_metres * net.sigma_metres;
     }
     check_covariance(row, covariance);
 }
@@ -218,8 +220,8 @@ void read_baseline(Network &net, Row &row)
     gps_input g = gps_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, 0);
-    pad_name(g.from, row.text(FROM));
-    pad_name(g.to, row.text(TO));
+    hold_name(g.from, net.model.keys, row.name(FROM));
+    hold_name(g.to, net.model.keys, row.name(TO));
     for (int i = 0; i < 3; i++) {
         if (!row.given(DX + i)) row.missing(DX + i, "write a number");
         g.dx[i] = row.length(DX + i, 0.0) * net.metres;
@@ -250,9 +252,9 @@ void read_pair(Network &net, Row &row)
     pair_input pair = pair_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     if (from >= 0 && from == to)
-        row.fault(TO, "pair of " + quote(row.text(FROM)) + " with itself", "name two different points");
-    pad_name(pair.from, row.text(FROM));
-    pad_name(pair.to, row.text(TO));
+        row.fault(TO, "pair of " + quote(row.name(FROM)) + " with itself", "name two different points");
+    hold_name(pair.from, net.model.keys, row.name(FROM));
+    hold_name(pair.to, net.model.keys, row.name(TO));
     net.model.pairs.add(pair, row.at());
 }
 

@@ -122,7 +122,7 @@ void Collection::points()
         const int *codes = place.station ? network.stations.records[(size_t)place.record].ix
                                          : network.targets.records[(size_t)place.record].ix;
         PointResult p;
-        p.name = plain_name(point_name(network, place));
+        p.name = shown_name(network, point_name(network, place));
         p.station = place.station;
         for (int k = 0; k < 3; k++) {
             const size_t u = 3 * (size_t)i + (size_t)k;
@@ -146,7 +146,7 @@ void Collection::orientations()
             continue; // an upright instrument whose circle nobody read
         OrientationResult o;
         const SetupPlace &setup = numbers.setups[s];
-        o.name = plain_name(record_name(network, setup.station));
+        o.name = shown_name(network, record_name(network, setup.station));
         if (setup.named >= 0) o.setup = network.setups.records[(size_t)setup.named].word;
         if (setup.set >= 0) o.set = network.set_words[(size_t)setup.set];
         for (int k = 0; k < 3; k++) {
@@ -355,7 +355,7 @@ void Collection::cameras()
     if (!outcome.adjusted() || planned) return;
     for (size_t c = 0; c < values.cameras.size(); c++) {
         CameraResult camera;
-        camera.name = plain_name(network.cameras.records[(size_t)numbers.camera_records[c]].name);
+        camera.name = shown_name(network, network.cameras.records[(size_t)numbers.camera_records[c]].name);
         parameters(values.cameras[c].first, camera.value, camera.deviation);
         if (std::any_of(std::begin(camera.value), std::end(camera.value), [](const auto &v) { return v.has_value(); }))
             results.cameras.push_back(camera);
@@ -392,8 +392,8 @@ void Collection::pairs()
     for (size_t i = 0; i < wanted.size(); i++) {
         const va::Covariance &c = adjustment.statistics.pairs[i];
         PairResult pair;
-        pair.from = plain_name(point_name(network, numbers.points[(size_t)wanted[i].first]));
-        pair.to = plain_name(point_name(network, numbers.points[(size_t)wanted[i].second]));
+        pair.from = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].first]));
+        pair.to = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].second]));
         bool axis[3];
         for (int k = 0; k < 3; k++) {
             axis[k] = values.code[(size_t)k] != va::Code::absent;

@@ -102,18 +102,10 @@ struct VarianceTest {
     bool passed() const { return squares >= lower && squares <= upper; }
 };
 
-// What the network file writes in; results themselves are metres and radians.
-struct FileUnits {
-    int length = 0;        // 0 metres, 1 millimetres, 2 inches
-    double metres = 1.0;   // in one unit of length
-    int angle = ANGLE_GON; // ANGLE_...
-    bool zenith = true;    // vertical angles are zenith angles
-};
-
 struct Results {
     std::string program, version, title, file, solver, mode;
     int dimension = 0;
-    FileUnits units;
+    FileUnits units; // results themselves are metres and radians
     bool adjusted = false;
     std::string stage; // where it ended: "input", "first coordinates", "datum", "adjustment", "done"
     std::string code;  // how: "adjusted", "no first coordinates", "no datum", "undetermined", "singular", ...

@@ -142,7 +142,7 @@ std::string Report::points() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         cells.push_back(e ? units.small_length(e->a) : "");
         cells.push_back(e ? units.small_length(e->b) : "");
-        cells.push_back(e ? decimal(std::stod(units.angle(e->bearing)), 1) : "");
+        cells.push_back(e ? units.bearing(e->bearing) : "");
         table.add(cells);
     }
     return section("Points", table);
@@ -249,7 +249,7 @@ std::string Report::pairs() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         table.add({p.from, p.to, small_length(p.deviation[0]), small_length(p.deviation[1]),
                    small_length(p.deviation[2]), e ? units.small_length(e->a) : "", e ? units.small_length(e->b) : "",
-                   e ? decimal(std::stod(units.angle(e->bearing)), 1) : ""});
+                   e ? units.bearing(e->bearing) : ""});
     }
     return section("Relative precision of pairs", table);
 }
