@@ -1,5 +1,7 @@
 #include "host/system/process.h"
 
+#include <initializer_list>
+
 #ifdef _WIN32
 #include <windows.h>
 #else
