@@ -27,6 +27,7 @@ public:
     Outcome run();
 
 private:
+    Status bad_covariance();
     Status find_values();
     Status find_precision();
     Status choose_datum();
@@ -175,22 +176,26 @@ Status Adjustment::judge_failure(const std::vector<double> &first)
     return Status::no_convergence;
 }
 
+Status Adjustment::bad_covariance()
+{
+    outcome.bad_group = system.bad_group;
+    outcome.bad_row = system.rows.bad_row;
+    return Status::bad_covariance;
+}
+
 Status Adjustment::find_values()
 {
     const std::vector<double> first = model.value;
-    outcome.iteration.squares = fill_rows(model, &system);
-    if (system.bad_group >= 0) {
-        outcome.bad_group = system.bad_group;
-        outcome.bad_row = system.rows.bad_row;
-        return Status::bad_covariance;
-    }
     Status status;
     if (options.iterate) {
         outcome.iteration = iterate(&model, &system, &datum, options.limits, factor_options);
+        if (outcome.iteration.ending == Ending::bad_covariance) return bad_covariance();
         const bool ended =
             outcome.iteration.ending == Ending::converged || outcome.iteration.ending == Ending::singular;
         status = ended ? judge_factor(first) : judge_failure(first);
     } else {
+        outcome.iteration.squares = fill_rows(model, &system);
+        if (system.bad_group >= 0) return bad_covariance();
         fill_normal(&system);
         factorize(&system, 0.0, factor_options);
         status = judge_factor(first);

@@ -11,6 +11,8 @@
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
+#include "host/system/temporary_file.h"
+#include "vorn/version.h"
 
 using namespace vornhost;
 
@@ -27,7 +29,7 @@ using File = std::unique_ptr<FILE, int (*)(FILE *)>;
 
 File temporary_report()
 {
-    File file(tmpfile(), fclose);
+    File file(temporary_file(), fclose);
     if (!file) throw OutputError(errno, "a temporary file");
     return file;
 }
