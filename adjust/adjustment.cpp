@@ -128,8 +128,8 @@ Status Adjustment::judge_factor(const std::vector<double> &first)
     return outcome.failed.empty() ? Status::adjusted : Status::singular;
 }
 
-// Unknowns with large standard deviations at the last values, the largest beside the limits first. A pivot is at most
-// the reciprocal of the cofactor of its unknown.
+// Unknowns with large standard deviations at the last values, the largest beside the limits first, and the coordinate
+// that goes most with the first of them. A pivot is at most the reciprocal of the cofactor of its unknown.
 void Adjustment::find_hardly_determined()
 {
     fill_rows(model, &system);
@@ -149,6 +149,16 @@ void Adjustment::find_hardly_determined()
     }
     std::sort(found.rbegin(), found.rend());
     for (int i = 0; i < (int)found.size() && i < most_hardly; i++) outcome.failed.push_back(found[i].second);
+    if (found.empty()) return;
+    std::vector<double> along(system.n(), 0.0);
+    along[system.columns.of[found[0].second]] = 1.0;
+    solve(system.symbolic, system.factor, along.data());
+    int most = -1; // columns of coordinates come first
+    for (int j = 0; j < system.n() && system.columns.unknown[j] < 3 * model.n_points; j++)
+        if (std::fabs(along[j]) > (most < 0 ? 0.0 : std::fabs(along[most]))) most = j;
+    if (most < 0) return;
+    const int u = system.columns.unknown[most];
+    if (std::find(outcome.failed.begin(), outcome.failed.end(), u) == outcome.failed.end()) outcome.failed.push_back(u);
 }
 
 // Why an iteration did not end well.
@@ -169,6 +179,7 @@ Status Adjustment::judge_failure(const std::vector<double> &first)
 Status Adjustment::bad_covariance()
 {
     outcome.bad_group = system.bad_group;
+    outcome.bad_row = system.rows.bad_row;
     return Status::bad_covariance;
 }
 

@@ -32,7 +32,8 @@ struct Outputs {
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
         for (const OutputFile *file : {report.get(), json.get()})
-            if (file) remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
+            if (file && !file->temporary_name().empty()) // empty for a device
+                remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }

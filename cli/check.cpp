@@ -82,9 +82,10 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
         puts("this network can be adjusted");
         return;
     }
-    printf("%s%s\n%s\n", summary.c_str(), datum_of(summary),
-           doubtful(summary) ? "whether this network can be adjusted, only its adjustment shows"
-                             : "this network can be adjusted");
+    printf("%s%s\n", summary.c_str(), datum_of(summary));
+    for (const std::string &word : r.words) printf("solver sparse refuses it: %s\n", word.c_str());
+    puts(doubtful(summary) || !r.words.empty() ? "whether this network can be adjusted, only its adjustment shows"
+                                               : "this network can be adjusted");
 }
 
 } // namespace

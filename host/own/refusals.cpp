@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
+#include <numeric>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
@@ -31,7 +33,8 @@ std::string misclosure_text(const Model &network, const va::Observation &o, doub
     case va::Kind::direction:
     case va::Kind::angle:
     case va::Kind::vertical_angle:
-    case va::Kind::azimuth: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
+    case va::Kind::azimuth:
+    case va::Kind::bearing: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
     case va::Kind::image: return number(std::fabs(w), 1) + " pixels";
     default: return number(std::fabs(w), 3) + " m";
     }
@@ -106,12 +109,32 @@ std::vector<std::string> singular_words(const Model &network, const OwnOutcome &
 
 std::vector<std::string> covariance_words(const Model &network, const OwnOutcome &outcome)
 {
-    const std::vector<va::Observation> &all = outcome.numbers.model.observations;
-    const auto at = std::find_if(all.begin(), all.end(),
-                                 [&](const va::Observation &o) { return o.group == outcome.adjustment.bad_group; });
-    return {"a covariance is not positive definite: " +
-                item_text(item_name(network, outcome.numbers, (int)(at - all.begin()))),
-            "check its variances and covariances"};
+    const va::Outcome &a = outcome.adjustment;
+    const std::vector<int> &groups = outcome.numbers.covariances;
+    const int file = (size_t)a.bad_group < groups.size() ? groups[(size_t)a.bad_group] : -1;
+    const ItemName row = item_name(network, outcome.numbers, a.equations.observation[(size_t)a.bad_row]);
+    if (file < 0)
+        return {"a covariance is not positive definite: " + item_text(row), "check its variances and covariances"};
+    return {"covariance " + network.covariances.records[(size_t)file].name +
+                " is not positive definite: it gives out at " + item_text(row),
+            "check its variances and covariances, its form, and the order of its rows"};
+}
+
+// Points whose standard deviation is a large share of the network's size: hardly anything tells where they are.
+std::vector<int> hardly_placed(const OwnOutcome &outcome)
+{
+    constexpr double large = 0.1;
+    const va::Model &model = outcome.numbers.model;
+    const std::vector<double> &deviation = outcome.adjustment.statistics.deviation;
+    std::vector<int> all((size_t)model.n_points), out;
+    std::iota(all.begin(), all.end(), 0);
+    if (deviation.empty() || all.size() < 2) return out;
+    const double limit = large * va::similarity(model, all).size;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(out), [&](int p) {
+        return std::any_of(&deviation[3 * (size_t)p], &deviation[3 * (size_t)p] + 3,
+                           [&](double s) { return s > limit; });
+    });
+    return out;
 }
 
 } // namespace
@@ -148,7 +171,13 @@ void judge(const Model &network, OwnOutcome &outcome)
 
 std::vector<std::string> weak_notes(const Model &network, const OwnOutcome &outcome)
 {
-    return warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming_of(network, outcome.numbers));
+    const Naming naming = naming_of(network, outcome.numbers);
+    std::vector<std::string> notes = warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming);
+    const std::vector<int> points = hardly_placed(outcome);
+    if (!points.empty())
+        notes.push_back("hardly determined, with standard deviations beyond a tenth of the network: " +
+                        names_of(points, naming.point));
+    return notes;
 }
 
 } // namespace vornhost

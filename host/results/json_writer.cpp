@@ -62,21 +62,34 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "ellipse", p.ellipse, planes);
 }
 
+// A text that is not empty.
+void put_text(JsonText &json, const char *key, const std::string &text)
+{
+    if (!text.empty()) json.pair(key, text);
+}
+
 void put(JsonText &json, const OrientationResult &o)
 {
     json.pair("station", o.name);
+    put_text(json, "setup", o.setup);
+    put_text(json, "set", o.set);
     put_axes(json, "rotation", o.rotation, rotations);
     put_axes(json, "standard_deviation", o.deviation, rotations);
 }
 
 // The head that residuals and suspicious observations share.
-void put_observation(JsonText &json, const ResidualResult &r)
+void put_observation(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
     json.pair("kind", r.kind);
+    put_text(json, "at", words.at);
     json.pair("from", r.from);
     json.pair("to", r.to);
     json.pair("file", r.file);
     json.pair("line", r.line);
+    put_text(json, "setup", words.setup);
+    put_text(json, "set", words.set);
+    put_text(json, "id", words.id);
+    put_text(json, "remark", words.remark);
 }
 
 void put_marks(JsonText &json, const ResidualResult &r)
@@ -91,9 +104,9 @@ void put_marks(JsonText &json, const ResidualResult &r)
     json.close();
 }
 
-void put(JsonText &json, const ResidualResult &r)
+void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
-    put_observation(json, r);
+    put_observation(json, r, words);
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
     if (r.observed) json.pair("value", r.value);
@@ -160,6 +173,7 @@ void put(JsonText &json, const LeftOut &l)
 {
     json.pair("file", l.file);
     json.pair("line", l.line);
+    put_text(json, "at", l.at);
     json.pair("from", l.from);
     json.pair("to", l.to);
     json.pair("reason", l.reason);
@@ -193,12 +207,23 @@ void put_texts(JsonText &json, const char *key, const std::vector<std::string> &
     json.close();
 }
 
+void put_residuals(JsonText &json, const Results &results)
+{
+    json.key("residuals").open_array();
+    for (const ResidualResult &r : results.residuals) {
+        json.open_object();
+        put_residual(json, r, results.words_of(r));
+        json.close();
+    }
+    json.close();
+}
+
 void put_suspicious(JsonText &json, const Results &results)
 {
     json.key("suspicious").open_array();
     for (const size_t i : results.suspicious) {
         json.open_object();
-        put_observation(json, results.residuals[i]);
+        put_observation(json, results.residuals[i], results.words_of(results.residuals[i]));
         json.pair("normalised", results.residuals[i].normalised);
         json.close();
     }
@@ -259,7 +284,7 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_head(json, results);
     put_list(json, "points", results.points);
     put_list(json, "orientations", results.orientations);
-    put_list(json, "residuals", results.residuals);
+    put_residuals(json, results);
     put_list(json, "kinds", results.kinds);
     put_list(json, "groups", results.groups);
     put_list(json, "cameras", results.cameras);

@@ -399,6 +399,18 @@ TEST_F(Program, SaysWhatTheRunWouldBe)
     EXPECT_EQ(written(), Names{});
 }
 
+// The engine counts: P has three distances, but all along one line.
+TEST_F(Program, SaysWhatCountingDoesNotSee)
+{
+    folder.write("line.inp", "[run]\ndimension = 2\nsolver = \"compact\"\n[tables]\ntargets = '''\nname x y code\n"
+                             "A 0 0 fixed\nB 100 0 fixed\nC 200 0 fixed\nP 50 0 free\n'''\ndistances = '''\n"
+                             "from to value sigma\nA P 50 0.001\nB P 50 0.001\nC P 150 0.001\n'''\n");
+    EXPECT_EQ(run("check line.inp"), 0);
+    EXPECT_TRUE(contains(out, "solver sparse refuses it: P can move along y: its 3 distances leave this open"));
+    EXPECT_TRUE(contains(out, "\nwhether this network can be adjusted, only its adjustment shows\n"));
+    EXPECT_FALSE(contains(out, "this network can be adjusted\n"));
+}
+
 TEST_F(Program, SaysWhyANetworkCannotBeAdjusted)
 {
     EXPECT_EQ(run("check open.inp"), 1);
