@@ -66,6 +66,7 @@ Status Adjustment::choose_datum()
         system.held = held_columns(model, system.columns, found);
         system.derivatives = Derivatives::invariant;
     }
+    system.present = !model.frame.curved() || system.derivatives == Derivatives::invariant;
     return Status::adjusted;
 }
 

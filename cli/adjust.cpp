@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -51,14 +52,20 @@ struct Outputs {
             show_spool();
     }
 
-    void prepare_results(const Options &, const Results &results)
+    // The JSON under its temporary name. A failure waits until the report has been finished.
+    void prepare_results(const Results &results)
     {
-        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+        try {
+            if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+        } catch (const OutputError &) {
+            failure = std::current_exception();
+        }
     }
 
     void finish_results(const Options &options, const Results &results)
     {
         if (json_shown(options)) show(to_json(results));
+        if (failure) std::rethrow_exception(failure);
         if (json) json->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
@@ -87,6 +94,7 @@ struct Outputs {
     };
     std::unique_ptr<OutputFile> report, json;
     std::unique_ptr<FILE, Close> spool;
+    std::exception_ptr failure; // of the JSON
 };
 
 bool same_file(const std::string &a, const std::filesystem::path &b)
@@ -146,7 +154,7 @@ int adjust(const Options &options)
     Outputs outputs(options);
     const Interrupts interrupts(model.solver == Solver::Sparse);
     const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
-    if (!interrupts.came()) outputs.prepare_results(options, run.results);
+    if (!interrupts.came()) outputs.prepare_results(run.results);
     if (interrupts.came()) {
         console.finish();
         return interrupted();
@@ -154,6 +162,7 @@ int adjust(const Options &options)
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
 
+    console.hide();
     try {
         outputs.finish_report(options);
     } catch (const OutputError &) {
