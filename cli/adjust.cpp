@@ -9,6 +9,8 @@
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/csv_writer.h"
+#include "host/results/html_page.h"
+#include "host/results/input_lines.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
 #include "host/run/network_run.h"
@@ -29,6 +31,7 @@ struct Outputs {
         else
             spool.reset(tmpfile());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
+        if (!options.html.empty()) html = std::make_unique<OutputFile>(options.html);
         if (!options.csv.empty()) make_folder(options.csv);
     }
 
@@ -43,11 +46,13 @@ struct Outputs {
             show_spool();
     }
 
-    void finish_results(const Options &options, const Results &results)
+    void finish_results(const Options &options, const Results &results, const InputLines &lines)
     {
         if (json_shown(options)) show(to_json(results));
         if (json) json->write(to_json(results));
         if (json) json->finish();
+        if (html) html->write(to_html(results, lines, utc_now()));
+        if (html) html->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
 
@@ -73,7 +78,7 @@ struct Outputs {
     struct Close {
         void operator()(FILE *file) const { fclose(file); }
     };
-    std::unique_ptr<OutputFile> report, json;
+    std::unique_ptr<OutputFile> report, json, html;
     std::unique_ptr<FILE, Close> spool;
 };
 
@@ -93,15 +98,24 @@ std::vector<std::filesystem::path> sources(const Model &model)
 
 bool would_overwrite(const Options &options, const std::vector<std::filesystem::path> &inputs)
 {
-    for (const std::string &output : {options.report, options.json})
+    for (const std::string &output : {options.report, options.json, options.html})
         for (const std::filesystem::path &input : inputs) {
             if (output.empty() || !same_file(output, input)) continue;
             fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", output.c_str());
             return true;
         }
-    if (options.report.empty() || options.report != options.json) return false;
-    fprintf(stderr, "vorn: report and JSON cannot both be %s\n", options.json.c_str());
-    return true;
+    const struct {
+        const char *words;
+        const std::string &one, &other;
+    } pairs[] = {{"report and JSON", options.report, options.json},
+                 {"report and HTML", options.report, options.html},
+                 {"JSON and HTML", options.json, options.html}};
+    for (const auto &pair : pairs) {
+        if (pair.one.empty() || pair.one != pair.other) continue;
+        fprintf(stderr, "vorn: %s cannot both be %s\n", pair.words, pair.one.c_str());
+        return true;
+    }
+    return false;
 }
 
 void show_accounts(const Options &options, const RunOutcome &outcome)
@@ -126,6 +140,7 @@ int adjust(const Options &options)
     Model model;
     if (!read_input(options, model)) return STATUS_USAGE;
     const std::vector<std::filesystem::path> inputs = sources(model);
+    const InputLines lines = options.html.empty() ? InputLines() : InputLines(model);
     enter_folder(options);
     if (would_overwrite(options, inputs)) return STATUS_USAGE;
 
@@ -142,6 +157,6 @@ int adjust(const Options &options)
     show_accounts(options, outcome);
     const int status = close_run(outcome);
     const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
-    outputs.finish_results(options, results);
+    outputs.finish_results(options, results, lines);
     return status == STATUS_ADJUSTED ? numbers : status;
 }

@@ -23,6 +23,7 @@ const char overview[] = "Examples:\n"
 const char adjust_footer[] = "Examples:\n"
                              "  vorn adjust bridge.inp                        report on the screen\n"
                              "  vorn adjust bridge.inp -o bridge.txt          report in a file\n"
+                             "  vorn adjust bridge.inp --html bridge.html     plot and tables for a browser\n"
                              "  vorn adjust bridge.inp -C out --csv tables    all output in the folder out\n"
                              "  vorn adjust bridge.inp --solver simplex       look for gross errors\n\n"
                              "Exit status: 0 adjusted, 1 refused or no convergence, 2 bad input or usage,\n"
@@ -78,6 +79,9 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
         ->check(not_empty)
         ->type_name("DIR");
+    adjust->add_option("--html", options.html, "results as a page for a browser: plot, tables, tests, in this one file")
+        ->check(not_empty)
+        ->type_name("FILE");
     adjust->add_flag("--recompute", options.console.recompute, "compute new approximate values");
     adjust->add_flag("--balance", options.console.balance, "balance the observations (solver simplex)");
     adjust->add_flag("--ask", options.console.ask, "ask on the terminal instead of answering no");

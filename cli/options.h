@@ -20,7 +20,7 @@ enum Status {
 struct Options {
     bool check = false; // check instead of adjust
     std::string network;
-    std::string report, json, csv, folder; // empty: not asked for
+    std::string report, json, csv, html, folder; // empty: not asked for
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
     vornhost::ConsoleOptions console;

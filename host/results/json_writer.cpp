@@ -51,6 +51,11 @@ json to_object(const PointResult &p)
     put_axes(point, "adjusted", p.adjusted, axes);
     put_axes(point, "standard_deviation", p.deviation, axes);
     put_axes(point, "ellipse", p.ellipse, planes);
+    for (const MoveResult &m : p.moves) {
+        json move = {{"epoch", m.epoch}};
+        put_axes(move, "by", m.by, axes);
+        point["moves"].push_back(move);
+    }
     return point;
 }
 
