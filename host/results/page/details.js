@@ -13,7 +13,7 @@ function observationTable(data, observations, choose) {
   const worth = data.has.w ? ["w", (o) => decimal(isNumber(o.w) ? data.format.sign(o) * o.w : null, 2)] : ["v/sigma", (o) => decimal(isNumber(o.ratio) ? data.format.sign(o) * o.ratio : null, 2)];
   const rows = observations.slice(0, LISTED).map((o) => row(
     [`${o.kind}${o.component ? ` ${o.component}` : ""}`, `${o.from} – ${o.to || ""}`, o.v === null ? "" : `${data.format.smallValue(o, data.format.sign(o) * o.v)} ${data.format.smallUnit(o)}`, worth[1](o)],
-    { click: () => choose(o), tabindex: 0, keydown: (e) => { if (e.key === "Enter") choose(o); } }));
+    { class: o.marks & SUSPICIOUS ? "mark" : null, click: () => choose(o), tabindex: 0, keydown: (e) => { if (e.key === "Enter") choose(o); } }));
   const rest = observations.length - rows.length;
   return element("div", { class: "pickable" }, table(["observation", "", "residual", worth[0]], rows), rest > 0 ? element("p", { class: "place" }, `and ${rest} more`) : null);
 }
@@ -33,6 +33,14 @@ function pointDetails(data, p, choose) {
     element("h3", {}, `${observations.length} observation${observations.length === 1 ? "" : "s"}`),
     observations.length ? observationTable(data, observations, choose) : null,
   ];
+}
+
+// The largest residuals, where nothing is chosen.
+function worstDetails(data, choose) {
+  const size = (o) => Math.abs(isNumber(o.w) ? o.w : o.ratio || 0);
+  const worst = data.observations.filter((o) => isNumber(o.w) || isNumber(o.ratio)).sort((p, q) => size(q) - size(p)).slice(0, 12);
+  if (!worst.length) return [];
+  return [element("h3", {}, data.has.w ? "Largest normalised residuals" : "Largest residuals by sigma"), observationTable(data, worst, choose)];
 }
 
 function lineDetails(data, line, choose) {

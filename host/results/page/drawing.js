@@ -43,7 +43,7 @@ class Drawing {
 }
 
 function drawingOf(plot) {
-  const drawing = new Drawing(Math.round(plot.width), Math.round(plot.height), themeColours().paper);
+  const drawing = new Drawing(Math.round(plot.width), Math.round(plot.height), plot.colours.paper);
   for (const step of paintScene(drawing, plot, plot.transform)) void step;
   paintFrame(drawing, plot);
   return drawing.text();

@@ -8,7 +8,8 @@ function showHead(data) {
 }
 
 function showVerdict(data, chooseObservation) {
-  const box = byId("verdict"), bad = !data.adjusted || (data.variance_test && !data.variance_test.passed) || data.one_tailed_test === false || data.suspicious.length > 0;
+  const box = byId("verdict"), t = data.variance_test;
+  const bad = !data.adjusted || (t && t.squares > t.upper) || data.one_tailed_test === false || data.suspicious.length > 0;
   box.classList.toggle("bad", Boolean(bad));
   box.replaceChildren(...data.verdict.map((line) => element("p", {}, line)));
   if (data.suspicious.length) box.append(element("p", {}, element("button", { type: "button", click: () => chooseObservation(data.suspicious[0]) }, "Show the worst in the plot")));
@@ -21,7 +22,7 @@ function figures(data) {
   if (isNumber(data.degrees_of_freedom)) all.push(["degrees of freedom", String(data.degrees_of_freedom)]);
   if (isNumber(data.sigma_a_posteriori)) all.push(["sigma of unit weight", decimal(data.sigma_a_posteriori, 3)]);
   const t = data.variance_test;
-  if (t) all.push(["sum of squares, 95 % limits", `${decimal(t.squares, 1)} in ${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}`, t.passed ? "good" : "bad"]);
+  if (t) all.push(["sum of squares, 95 % limits", `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)})`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
   else if (typeof data.one_tailed_test === "boolean") all.push(["test of sigma", passed(data.one_tailed_test), data.one_tailed_test ? "good" : "bad"]);
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (isNumber(data.iterations)) all.push(["iterations", String(data.iterations)]);
@@ -98,11 +99,17 @@ function viewControls(plot) {
   const show = () => {
     byId("views").replaceChildren(...plot.views.map((view, i) => element("button", { type: "button", "aria-pressed": String(i === plot.viewIndex), click: () => { plot.setView(i); show(); showLegend(plot); } }, view.title)));
     byId("turn-label").hidden = plot.data.dimension === 1 || plot.view.title !== "plan";
+    byId("raised-label").hidden = plot.view.up !== 2;
   };
   byId("views").hidden = plot.views.length < 2;
   byId("turn").checked = plot.yUp;
   byId("turn").addEventListener("change", (e) => {
     plot.yUp = e.target.checked;
+    plot.setViews(plot.viewIndex);
+    show();
+  });
+  byId("raised").addEventListener("change", (e) => {
+    plot.raised = Number(e.target.value);
     plot.setViews(plot.viewIndex);
     show();
   });
@@ -174,7 +181,7 @@ function printControls(plot, tables) {
     theme = "light";
     applyTheme(null);
     tables.forEach((t) => t.print());
-    plot.resize();
+    plot.setSize(690, 510, 3); // the box of the style sheet on paper
     plot.paintAll();
   });
   window.addEventListener("afterprint", () => {
@@ -214,10 +221,11 @@ function start() {
     plot.choose(-1, line);
     details(lineDetails(data, line, chooseObservation));
   };
-  const clear = () => { plot.choose(-1, null); details(); };
+  const clear = () => { plot.choose(-1, null); details(worstDetails(data, chooseObservation)); };
   const tables = makeTables(data, choosePoint, chooseObservation);
   const openTable = tableControls(data, tables);
 
+  clear();
   showSummary(data, chooseObservation);
   showMethods(data);
   layerControls(plot);
@@ -256,7 +264,14 @@ function start() {
   const kinds = data.kindNames.filter((k) => data.observations.some((o) => o.kind === k && isNumber(o.w)));
   byId("spread-kind").replaceChildren(element("option", { value: "" }, "all kinds"), ...kinds.map((k) => element("option", { value: k }, `${k}s`)));
   byId("spread-kind").addEventListener("change", (e) => showDistribution(data, e.target.value, chooseObservation));
-  showDistribution(data, "", chooseObservation);
+  // Where it is seen: it takes longer than all else.
+  const first = new IntersectionObserver((seen) => {
+    if (!seen.some((s) => s.isIntersecting)) return;
+    first.disconnect();
+    showDistribution(data, byId("spread-kind").value, chooseObservation);
+  }, { rootMargin: "300px" });
+  first.observe(byId("spread"));
+  window.addEventListener("beforeprint", () => showDistribution(data, byId("spread-kind").value, chooseObservation));
 }
 
 start();

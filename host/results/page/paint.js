@@ -14,23 +14,24 @@ function inWindow(t, p, border = 30) {
 }
 
 function* paintScene(ctx, plot, t) {
-  const colours = themeColours();
-  yield* paintLines(ctx, plot, t, colours);
+  const { colours } = plot;
+  yield* paintLines(ctx, plot, t, colours, [4, 0, 1, 2]);
   if (plot.shown.pairs) yield* paintPairs(ctx, plot, t, colours);
   if (plot.shown.ellipses) yield* paintEllipses(ctx, plot, t, colours);
-  if (plot.shown.shifts) yield* paintVectors(ctx, plot, t, colours.shift, (p) => [p.shift], plot.vectorScale("shifts"));
-  if (plot.shown.moves) yield* paintVectors(ctx, plot, t, colours.epoch, (p) => p.moves.map((m) => m.by), plot.vectorScale("moves"));
+  if (plot.shown.shifts) yield* paintVectors(ctx, plot, t, colours.shift, (p) => [p.shift], plot.vectorScale("shifts", t));
+  if (plot.shown.moves) yield* paintVectors(ctx, plot, t, colours.epoch, (p) => p.moves.map((m) => m.by), plot.vectorScale("moves", t));
+  yield* paintLines(ctx, plot, t, colours, [3]);
   yield* paintPoints(ctx, plot, t, colours);
   if (plot.shown.names) yield* paintNames(ctx, plot, t, colours);
 }
 
-// The worst on top.
-function* paintLines(ctx, plot, t, colours) {
-  if (!plot.shown.lines) return;
+// Lines of some classes; thinner where points are dense, but for the worst.
+function* paintLines(ctx, plot, t, colours, classes) {
+  const thin = Math.min(1, Math.max(0.3, plot.spacing(t) / 40));
   ctx.lineCap = "round";
-  for (const c of [4, 0, 1, 2, 3]) {
+  for (const c of classes) {
     ctx.strokeStyle = c === 4 ? colours.none : colours.classes[c];
-    ctx.lineWidth = c === 4 ? 1 : WIDTHS[c];
+    ctx.lineWidth = c === 4 ? thin : c === 3 ? Math.max(2.4, WIDTHS[3] * thin) : WIDTHS[c] * thin;
     ctx.setLineDash(c === 4 ? [3, 4] : []);
     let drawn = 0;
     ctx.beginPath();
@@ -70,9 +71,9 @@ function strokeBar(ctx, x, y, deviation, scale) {
 }
 
 function* paintEllipses(ctx, plot, t, colours) {
-  const { view, data } = plot, scale = plot.vectorScale("ellipses");
+  const { view, data } = plot, scale = plot.vectorScale("ellipses", t);
   ctx.strokeStyle = colours.ellipse;
-  ctx.lineWidth = 1.4;
+  ctx.lineWidth = Math.min(1.4, Math.max(0.6, plot.spacing(t) / 30));
   let drawn = 0;
   for (const p of data.points) {
     const place = plot.at[p.index], e = view.plane >= 0 ? p.ellipse[view.plane] : null;
@@ -85,7 +86,7 @@ function* paintEllipses(ctx, plot, t, colours) {
 
 // Relative ellipses, half-way between the two points, dashed.
 function* paintPairs(ctx, plot, t, colours) {
-  const scale = plot.vectorScale("ellipses");
+  const scale = plot.vectorScale("ellipses", t);
   ctx.strokeStyle = colours.ellipse;
   ctx.lineWidth = 1.2;
   ctx.setLineDash([4, 3]);
@@ -153,11 +154,8 @@ function paintPoint(ctx, p, x, y, r, colours) {
   ctx.stroke();
 }
 
-// Points are smaller where many share the window.
-function pointRadius(plot, t) {
-  const crowd = Math.sqrt((plot.width * plot.height) / Math.max(1, plot.data.points.length)) * Math.max(1, t.scale / plot.fitted);
-  return Math.max(1.6, Math.min(4, 0.16 * crowd));
-}
+// Points are smaller where they are dense.
+function pointRadius(plot, t) { return Math.max(0.8, Math.min(4, 0.12 * plot.spacing(t))); }
 
 function* paintPoints(ctx, plot, t, colours) {
   const r = pointRadius(plot, t);
@@ -167,7 +165,7 @@ function* paintPoints(ctx, plot, t, colours) {
     if (!place || !inWindow(t, place)) continue;
     if (r < 2.5) {
       ctx.fillStyle = colours.point;
-      const half = p.role === "free" && !p.station ? r : r + 1;
+      const half = p.role === "free" && !p.station ? r : r + 0.8;
       ctx.fillRect(t.x(place[0]) - half, t.y(place[1]) - half, 2 * half, 2 * half);
     } else paintPoint(ctx, p, t.x(place[0]), t.y(place[1]), r, colours);
     if (++drawn % BATCH === 0) yield;
@@ -177,20 +175,19 @@ function* paintPoints(ctx, plot, t, colours) {
 // Names where there is room, those of held points and instruments first.
 function* paintNames(ctx, plot, t, colours) {
   const cell = 14, taken = new Set(), off = pointRadius(plot, t) + 6;
+  const dense = plot.spacing(t) < 28; // only those that hold the network
   const rank = (p) => (p.role === "fixed" ? 0 : p.station ? 1 : 2);
-  const visible = plot.data.points.filter((p) => plot.at[p.index] && inWindow(t, plot.at[p.index], 0));
+  const visible = plot.data.points.filter((p) => plot.at[p.index] && inWindow(t, plot.at[p.index], 0) && (!dense || p.role === "fixed"));
   const keys = (x, y, w) => {
     const all = [];
     for (let i = Math.floor(x / cell); i <= Math.floor((x + w) / cell); i++)
       for (let j = Math.floor((y - 7) / cell); j <= Math.floor((y + 7) / cell); j++) all.push(i * 65536 + j);
     return all;
   };
-  const crowded = visible.length > 3000;
-  if (!crowded)
-    for (const p of visible) {
-      const [u, v] = plot.at[p.index];
-      taken.add(Math.floor(t.x(u) / cell) * 65536 + Math.floor(t.y(v) / cell));
-    }
+  for (const p of visible) {
+    const [u, v] = plot.at[p.index];
+    taken.add(Math.floor(t.x(u) / cell) * 65536 + Math.floor(t.y(v) / cell));
+  }
   visible.sort((p, q) => rank(p) - rank(q));
   ctx.font = FONT;
   ctx.textBaseline = "middle";
@@ -216,7 +213,7 @@ function* paintNames(ctx, plot, t, colours) {
 
 // Above the scene: what is chosen, scales and axes.
 function paintFrame(ctx, plot) {
-  const colours = themeColours();
+  const { colours } = plot;
   paintChosen(ctx, plot, colours);
   paintScales(ctx, plot, colours);
   if (plot.view.axes) paintAxes(ctx, plot, colours);
@@ -268,7 +265,7 @@ function paintBar(ctx, x, y, pixelsPerMetre, colour, words, paper) {
 function paintScales(ctx, plot, colours) {
   const bars = [];
   if (plot.view.ground) bars.push([plot.transform.scale, colours.ink, plot.view.upOnly ? " of height" : ""]);
-  const add = (key, shown, colour, words) => { if (shown && plot.pixels[key] > 0) bars.push([plot.vectorScale(key), colour, words]); };
+  const add = (key, shown, colour, words) => { if (shown && plot.large[key] > 0) bars.push([plot.vectorScale(key), colour, words]); };
   const measure = plot.view.bar === 2 ? " standard deviation" : " in ellipses";
   add("ellipses", plot.shown.ellipses || plot.shown.pairs, colours.ellipse, measure);
   add("shifts", plot.shown.shifts, colours.shift, " in shifts");

@@ -21,13 +21,14 @@ class Plot {
     this.canvas = canvas;
     this.data = data;
     this.lines = collectLines(data.observations);
-    this.shown = { lines: true, ellipses: data.has.ellipse, pairs: data.pairs.length > 0, shifts: false, moves: data.has.moves, names: true };
+    this.shown = { ellipses: data.has.ellipse, pairs: data.pairs.length > 0, shifts: false, moves: data.has.moves, names: true };
     this.measure = data.has.w ? "w" : data.has.ratio ? "ratio" : "r";
     this.kinds = new Set(data.kindNames);
     this.confidence = 1;
     this.size = 1; // of ellipses and vectors, over the automatic one
     this.chosen = { point: -1, line: null };
     this.yUp = startsWithYUp(data);
+    this.raised = 1; // heights in elevations, over distances
     this.listeners = {};
     this.setViews(0);
     new ResizeObserver(() => this.resize()).observe(canvas.parentElement);
@@ -42,7 +43,7 @@ class Plot {
   // Views and classes
 
   setViews(index) {
-    this.views = makeViews(this.data, this.lines, this.yUp);
+    this.views = makeViews(this.data, this.lines, this.yUp, this.raised);
     this.setView(Math.min(index, this.views.length - 1));
   }
 
@@ -78,35 +79,50 @@ class Plot {
     this.repaint();
   }
 
-  // Pixels for a metre of ellipses, shifts and movements: the larger of them measure some 30 pixels.
+  // How long the larger ellipses, shifts and movements of the view are, in metres.
   setVectorScales() {
-    const scaleFor = (sizes, pixels) => {
+    const large = (sizes) => {
       const sorted = sizes.filter((s) => s > 0).sort((a, b) => a - b);
-      return sorted.length ? pixels / sorted[Math.floor(0.85 * (sorted.length - 1))] : 0;
+      return sorted.length ? sorted[Math.floor(0.85 * (sorted.length - 1))] : 0;
     };
     const { points, pairs } = this.data, plane = this.view.plane;
     const axes = [...points, ...pairs].map((p) => (plane >= 0 && p.ellipse[plane] ? p.ellipse[plane].a : this.view.bar === 2 ? p.deviation[2] || 0 : 0));
     const length = (d) => Math.hypot(...this.view.vector(d));
-    this.pixels = {
-      ellipses: scaleFor(axes, 22),
-      shifts: scaleFor(points.map((p) => length(p.shift)), 40),
-      moves: scaleFor(points.flatMap((p) => p.moves.map((m) => length(m.by))), 45),
+    this.large = {
+      ellipses: large(axes),
+      shifts: large(points.map((p) => length(p.shift))),
+      moves: large(points.flatMap((p) => p.moves.map((m) => length(m.by)))),
     };
-    for (const key in this.pixels) if (this.pixels[key] > 0) this.pixels[key] = 1 / roundLength(1 / this.pixels[key] * 10) * 10;
   }
 
-  vectorScale(key) { return this.pixels[key] * this.size; }
+  // Mean distance of neighbouring points in pixels.
+  spacing(t) {
+    return Math.sqrt((0.6 * this.width * this.height) / Math.max(1, this.data.points.length)) * (t.scale / this.fitted);
+  }
+
+  // Pixels for a metre of ellipses, shifts or movements: the larger ones measure half the distance between points, within
+  // limits. Rounded, so that it stays the same over a range of zooming.
+  vectorScale(key, t = this.transform) {
+    if (!(this.large[key] > 0)) return 0;
+    const most = key === "ellipses" ? 20 : 45, pixels = Math.min(most, Math.max(2.5, 0.4 * this.spacing(t)));
+    return (1 / roundLength(this.large[key] / pixels)) * this.size;
+  }
 
   // Movements of the window
 
   resize() {
     const box = this.canvas.parentElement.getBoundingClientRect();
-    this.ratio = Math.min(window.devicePixelRatio || 1, 2);
-    this.width = Math.max(50, box.width);
-    this.height = Math.max(50, box.height);
-    this.canvas.width = Math.round(this.width * this.ratio);
-    this.canvas.height = Math.round(this.height * this.ratio);
-    if (this.transform) this.transform = new Transform(this.transform.cu, this.transform.cv, this.transform.scale, this.width, this.height);
+    this.setSize(Math.max(50, box.width), Math.max(50, box.height), Math.min(window.devicePixelRatio || 1, 2));
+  }
+
+  // What was in sight stays in sight.
+  setSize(width, height, ratio) {
+    const t = this.transform, k = t ? Math.min(width / t.width, height / t.height) : 1;
+    Object.assign(this, { width, height, ratio });
+    this.canvas.width = Math.round(width * ratio);
+    this.canvas.height = Math.round(height * ratio);
+    if (t) this.transform = new Transform(t.cu, t.cv, t.scale * k, width, height);
+    if (t) this.fitted *= k;
     this.repaint();
   }
 
@@ -165,6 +181,7 @@ class Plot {
   // Painting
 
   repaint() {
+    this.colours = themeColours();
     this.layer = null; // what is on it is no longer right
     this.job = null;
     this.request();
@@ -202,8 +219,9 @@ class Plot {
     const ctx = this.canvas.getContext("2d"), t = this.transform;
     this.begin(ctx);
     if (this.layer) {
-      const { transform: l, canvas } = this.layer, k = t.scale / l.scale;
-      ctx.drawImage(canvas, t.x(l.u(0)), t.y(l.v(0)), l.width * k, l.height * k);
+      const { transform: l, image } = this.layer, k = t.scale / l.scale;
+      ctx.imageSmoothingEnabled = false;
+      ctx.drawImage(image, t.x(l.u(0)), t.y(l.v(0)), l.width * k, l.height * k);
     }
     paintFrame(ctx, this);
     if (!this.job && !this.isCurrent(this.layer)) this.startJob();
@@ -220,20 +238,24 @@ class Plot {
   }
 
   startJob() {
-    const t = this.transform, canvas = document.createElement("canvas");
+    const t = this.transform;
     const transform = new Transform(t.cu, t.cv, t.scale, Math.round(t.width * (1 + 2 * MARGIN)), Math.round(t.height * (1 + 2 * MARGIN)));
-    canvas.width = transform.width * this.ratio;
-    canvas.height = transform.height * this.ratio;
-    const ctx = canvas.getContext("2d");
+    const canvas = new OffscreenCanvas(transform.width * this.ratio, transform.height * this.ratio);
+    const ctx = canvas.getContext("2d", { willReadFrequently: true });
     ctx.setTransform(this.ratio, 0, 0, this.ratio, 0, 0);
-    this.job = { canvas, transform, steps: paintScene(ctx, this, transform) };
+    this.job = { canvas, ctx, transform, steps: paintScene(ctx, this, transform) };
   }
+
+  // Reading a pixel lets the browser do at once what it would save up for the end of the frame, so that the clock tells
+  // what a step takes.
 
   continueJob() {
     const end = performance.now() + SLICE;
     while (performance.now() < end) {
-      if (!this.job.steps.next().done) continue;
-      this.layer = this.job;
+      const { done } = this.job.steps.next();
+      this.job.ctx.getImageData(0, 0, 1, 1);
+      if (!done) continue;
+      this.layer = { image: this.job.canvas.transferToImageBitmap(), transform: this.job.transform };
       this.job = null;
       this.tell("painted");
       break;
@@ -267,7 +289,6 @@ class Plot {
   }
 
   nearestLine(x, y) {
-    if (!this.shown.lines) return null;
     let best = null, least = 6;
     const t = this.transform;
     for (const line of this.lines) {

@@ -14,12 +14,12 @@ function collectLines(observations) {
   return [...lines.values()];
 }
 
-// A view with the axes of the coordinates on the paper, to the right and upwards.
-function planeView(title, right, up) {
+// A view with the axes of the coordinates on the paper, to the right and upwards, these so many times as large.
+function planeView(title, right, up, raised = 1) {
   const plane = PLANES.findIndex(([i, j]) => (i === right && j === up) || (i === up && j === right));
   return {
-    title, right, up, plane, ground: true, axes: [AXES[right], AXES[up]],
-    place: (p) => [p.x[right], p.x[up]],
+    title, right, up, plane, ground: true, axes: [AXES[right], raised === 1 ? AXES[up] : `${AXES[up]} × ${raised}`],
+    place: (p) => [p.x[right], isNumber(p.x[up]) ? raised * p.x[up] : null],
     vector: (d) => [d[right] || 0, d[up] || 0],
     // Direction on the paper of a bearing counted from the first axis of the plane to the second.
     direction: (bearing) => (PLANES[plane][0] === right ? [Math.cos(bearing), Math.sin(bearing)] : [Math.sin(bearing), Math.cos(bearing)]),
@@ -40,11 +40,11 @@ function levelViews(points, lines) {
   ];
 }
 
-function makeViews(data, lines, yUp) {
+function makeViews(data, lines, yUp, raised) {
   const [right, up] = yUp ? [0, 1] : [1, 0];
   if (data.dimension === 1) return levelViews(data.points, lines);
   const plan = planeView("plan", right, up);
-  return data.dimension === 2 ? [plan] : [plan, planeView("elevation along x", 0, 2), planeView("elevation along y", 1, 2)];
+  return data.dimension === 2 ? [plan] : [plan, planeView("elevation along x", 0, 2, raised), planeView("elevation along y", 1, 2, raised)];
 }
 
 // Instruments turn from x to y clockwise, so x is drawn upwards; networks without them have x to the right.

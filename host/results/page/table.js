@@ -7,7 +7,7 @@ const SPARE = 12;         // rows above and below the window
 const PRINTED_ROWS = 2500;
 const naturally = new Intl.Collator("en", { numeric: true });
 
-// "w>2 r<=0.1 from=S1 word": comparisons of columns and words, all of which have to hold.
+// "w>2 r<=0.1 from=S1 word": comparisons of columns, and words of the columns of text; all have to hold.
 function parseFilter(text, columns) {
   const tests = [];
   for (const part of text.trim().split(/\s+/).filter(Boolean)) {
@@ -23,7 +23,7 @@ function parseFilter(text, columns) {
       });
     } else {
       const word = part.toLowerCase();
-      tests.push((row) => columns.some((c) => c.text(row).toLowerCase().includes(word)));
+      tests.push((row) => columns.some((c) => c.left && c.text(row).toLowerCase().includes(word)));
     }
   }
   return (row) => tests.every((test) => test(row));
@@ -37,7 +37,7 @@ class Table {
     this.heads = columns.map((c, i) => element("th", { scope: "col", class: c.left ? "text" : null, "aria-sort": "none" },
       element("button", { type: "button", title: c.about || `Sort by ${c.title}`, click: () => this.sort(i) }, c.title, element("small", {}, c.unit || ""))));
     const widths = columns.map((c) => this.widthOf(c));
-    const table = element("table", { style: `width:${widths.reduce((a, b) => a + b, 0)}ch`, "aria-rowcount": rows.length },
+    const table = element("table", { style: `width:max(100%, ${widths.reduce((a, b) => a + b, 0)}ch)`, "aria-rowcount": rows.length },
       element("colgroup", {}, ...widths.map((w) => element("col", { style: `width:${w}ch` }))),
       element("thead", {}, element("tr", {}, ...this.heads)), this.body);
     this.window = element("div", { class: "window", tabindex: 0, role: "region", "aria-label": name, scroll: () => this.draw(), keydown: (e) => this.key(e) }, table);
@@ -69,20 +69,17 @@ class Table {
   }
 
   // Rows without a value stand last in either order.
+  ordered(rows) {
+    const column = this.columns[this.sorted], turn = this.falling ? -1 : 1;
+    const keyed = rows.map((row) => ({ row, key: column.key ? column.key(row) : column.text(row) }));
+    const none = ({ key }) => key === null || key === undefined || key === "" || Number.isNaN(key);
+    const there = keyed.filter((k) => !none(k)), compare = there.length && typeof there[0].key === "number" ? (a, b) => turn * (a.key - b.key) : (a, b) => turn * naturally.compare(a.key, b.key);
+    return [...there.sort(compare), ...keyed.filter(none)].map((k) => k.row);
+  }
+
   update() {
     const rows = this.filter.trim() ? this.rows.filter(parseFilter(this.filter, this.columns)) : this.rows.slice();
-    const column = this.columns[this.sorted];
-    if (column) {
-      const keys = new Map(rows.map((row) => [row, column.key ? column.key(row) : column.text(row)]));
-      const none = (k) => k === null || k === undefined || k === "" || Number.isNaN(k);
-      const turn = this.falling ? -1 : 1;
-      rows.sort((p, q) => {
-        const a = keys.get(p), b = keys.get(q);
-        if (none(a) || none(b)) return none(a) - none(b);
-        return turn * (typeof a === "number" ? a - b : naturally.compare(a, b));
-      });
-    }
-    this.shown = rows;
+    this.shown = this.sorted < 0 ? rows : this.ordered(rows);
     this.draw(true);
     if (this.changed) this.changed();
   }
