@@ -18,7 +18,7 @@ namespace {
 using json = nlohmann::ordered_json; // writes numbers that are not finite as null
 
 // So many significant digits: what people and plots need, without the digits of rounding.
-constexpr int value_digits = 13, small_digits = 6;
+constexpr int value_digits = 13, residual_digits = 9, small_digits = 6;
 
 double rounded(double x, int digits)
 {
@@ -141,7 +141,7 @@ json observations(const Results &results, const InputLines &lines)
     using R = const ResidualResult &;
     columns["value"] = column(all, [](R r) { return r.observed ? number(r.value, value_digits) : json(nullptr); });
     columns["residual"] =
-        column(all, [](R r) { return r.observed ? number(r.residual, small_digits) : json(nullptr); });
+        column(all, [](R r) { return r.observed ? number(r.residual, residual_digits) : json(nullptr); });
     columns["deviation"] = column(all, [](R r) { return number(r.deviation, small_digits); });
     columns["redundancy"] = column(all, [](R r) { return number(r.redundancy, small_digits); });
     columns["normalised"] = column(all, [](R r) { return number(r.normalised, small_digits); });
