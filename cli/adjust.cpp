@@ -138,7 +138,8 @@ int check_numbers(const Results &results, const RunOutcome &outcome)
 int adjust(const Options &options)
 {
     Model model;
-    if (!read_input(options, model)) return STATUS_USAGE;
+    Faults faults;
+    if (!read_input(options, model, faults)) return STATUS_USAGE;
     const std::vector<std::filesystem::path> inputs = sources(model);
     const InputLines lines = options.html.empty() ? InputLines() : InputLines(model);
     enter_folder(options);

@@ -4,6 +4,7 @@
 #ifndef VORN_CLI_COMMANDS_H
 #define VORN_CLI_COMMANDS_H
 
+#include "host/input/faults.h"
 #include "host/input/model.h"
 #include "options.h"
 #include "host/run/runner.h"
@@ -11,9 +12,9 @@
 int adjust(const Options &options);
 int check(const Options &options);
 
-// Reads the network file and applies the options to it. False, with the faults on standard
+// Reads the network file and applies the options to it. False, with the faults also on standard
 // error, when something is wrong.
-bool read_input(const Options &options, vornhost::Model &model);
+bool read_input(const Options &options, vornhost::Model &model, vornhost::Faults &faults);
 
 // Goes into the folder of the option -C.
 void enter_folder(const Options &options);

@@ -23,9 +23,8 @@ bool apply(const Options &options, Model &model)
 
 } // namespace
 
-bool read_input(const Options &options, Model &model)
+bool read_input(const Options &options, Model &model, Faults &faults)
 {
-    Faults faults;
     if (read_network(options.network, model, faults)) return apply(options, model);
     for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
     return false;

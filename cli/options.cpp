@@ -93,6 +93,11 @@ void add_check(CLI::App &app, Options &options)
 {
     CLI::App *check = app.add_subcommand("check", "read a network and say what its adjustment would be");
     add_common(check, options);
+    check
+        ->add_option("--json", options.json,
+                     "faults or verdict as JSON in this file; - is standard output, without the text")
+        ->check(not_empty)
+        ->type_name("FILE");
     check->footer(check_footer);
     check->callback([&options] { options.check = true; });
 }

@@ -63,7 +63,8 @@ function observationDetails(data, o) {
     ["residual by sigma", data.has.w ? "" : decimal(isNumber(o.ratio) ? sign * o.ratio : null, 2), ""],
     ["id", o.id, ""], ["remark", o.remark, ""],
   ].filter(([, value]) => value !== "");
-  const marks = MARKS.filter(([bit]) => o.marks & bit).map(([, words]) => element("p", { class: "mark" }, words));
+  const beyond = o.marks & ~((o.marks & 4 ? 2 : 0) | (o.marks & 16 ? 8 : 0)); // the limit for one is told by that for all
+  const marks = MARKS.filter(([bit]) => beyond & bit).map(([, words]) => element("p", { class: "mark" }, words));
   return [
     element("h3", {}, `${o.kind}${o.component ? ` ${o.component}` : ""} ${o.from}${o.to ? ` to ${o.to}` : ""}`),
     ...sourceLine(o),
