@@ -13,6 +13,7 @@
 #include "host/results/input_lines.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
+#include "interrupt.h"
 #include "host/run/network_run.h"
 
 using namespace vornhost;
@@ -33,6 +34,8 @@ struct Outputs {
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.html.empty()) html = std::make_unique<OutputFile>(options.html);
         if (!options.csv.empty()) make_folder(options.csv);
+        for (const OutputFile *file : {report.get(), json.get(), html.get()})
+            if (file) remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }
@@ -46,12 +49,16 @@ struct Outputs {
             show_spool();
     }
 
-    void finish_results(const Options &options, const Results &results, const InputLines &lines)
+    void prepare_results(const Results &results, const InputLines &lines)
+    {
+        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+        if (html) html->write(to_html(results, lines, utc_now()));
+    }
+
+    void finish_results(const Options &options, const Results &results)
     {
         if (json_shown(options)) show(to_json(results));
-        if (json) json->write(to_json(results));
         if (json) json->finish();
-        if (html) html->write(to_html(results, lines, utc_now()));
         if (html) html->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
@@ -137,6 +144,8 @@ int check_numbers(const Results &results, const RunOutcome &outcome)
 
 int adjust(const Options &options)
 {
+    Console console(options.console);
+    console.begin("reading");
     Model model;
     Faults faults;
     if (!read_input(options, model, faults)) return STATUS_USAGE;
@@ -146,8 +155,15 @@ int adjust(const Options &options)
     if (would_overwrite(options, inputs)) return STATUS_USAGE;
 
     Outputs outputs(options);
-    Console console(options.console);
-    const auto [outcome, results] = run_network(model, outputs.stream(), console, VORN_VERSION);
+    const Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
+    if (!interrupts.came()) outputs.prepare_results(run.results, lines);
+    if (interrupts.came()) {
+        console.finish();
+        return interrupted();
+    }
+    const RunOutcome &outcome = run.outcome;
+    const Results &results = run.results;
 
     try {
         outputs.finish_report(options);
@@ -158,6 +174,7 @@ int adjust(const Options &options)
     show_accounts(options, outcome);
     const int status = close_run(outcome);
     const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
-    outputs.finish_results(options, results, lines);
+    outputs.finish_results(options, results);
+    console.finish();
     return status == STATUS_ADJUSTED ? numbers : status;
 }

@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "host/results/check_json.h"
 #include "host/results/output_file.h"
+#include "interrupt.h"
 #include "host/run/network_run.h"
 
 using namespace vornhost;
@@ -130,7 +131,11 @@ int check(const Options &options)
 
     const File report = temporary_report();
     Silence silence;
-    const auto [outcome, results] = check_network(model, report.get(), silence, VORN_VERSION);
+    const Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = check_network(model, report.get(), silence, VORN_VERSION, {nullptr, interrupts.flag()});
+    if (interrupts.came()) return interrupted();
+    const RunOutcome &outcome = run.outcome;
+    const Results &results = run.results;
     const std::string summary = summary_of(text_of(report.get()));
     if (options.json != "-") show(results, outcome, summary);
     write_json(options, verdict(results, outcome, summary), faults, results);

@@ -31,7 +31,8 @@ std::string misclosure_text(const Model &network, const va::Observation &o, doub
     case va::Kind::direction:
     case va::Kind::angle:
     case va::Kind::vertical_angle:
-    case va::Kind::azimuth: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
+    case va::Kind::azimuth:
+    case va::Kind::bearing: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
     case va::Kind::image: return number(std::fabs(w), 1) + " pixels";
     default: return number(std::fabs(w), 3) + " m";
     }
@@ -48,6 +49,17 @@ std::string misfit_line(const Model &network, const Numbers &numbers, const va::
     return line;
 }
 
+// At most eight names of the unknowns that failed.
+std::string failed_names(const Model &network, const OwnOutcome &outcome)
+{
+    constexpr size_t most = 8;
+    std::string names;
+    const std::vector<int> &failed = outcome.adjustment.failed;
+    for (size_t i = 0; i < failed.size() && i < most; i++)
+        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
+    return names;
+}
+
 std::vector<std::string> divergence_words(const Model &network, const OwnOutcome &outcome)
 {
     const va::Outcome &a = outcome.adjustment;
@@ -56,6 +68,8 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
                         ? "the adjustment does not converge: no end after " + std::to_string(a.iteration.steps) +
                               (a.iteration.steps == 1 ? " iteration" : " iterations")
                         : "the adjustment does not converge: no step makes the residuals smaller");
+    if (!a.failed.empty())
+        words.push_back("hardly determined: " + failed_names(network, outcome) + "; hold this or observe more of it");
     for (const va::Misfit &m : a.misfits) words.push_back(misfit_line(network, outcome.numbers, m));
     words.push_back(a.misfits.empty() ? "look for wrong first coordinates, exchanged point names and wrong units"
                                       : "correct or leave out what does not fit the first coordinates");
@@ -71,6 +85,7 @@ Naming naming_of(const Model &network, const Numbers &numbers)
     naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
     naming.circle = circles[network.p.iangle];
     naming.angle = angles[network.p.iangle];
+    std::copy(numbers.origin, numbers.origin + 3, naming.origin);
     return naming;
 }
 
@@ -86,23 +101,21 @@ std::vector<std::string> open_words(const Model &network, const OwnOutcome &outc
 // The normal matrix gave out though no movement was found that the rows do not feel.
 std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome)
 {
-    constexpr size_t most = 8;
-    std::string names;
-    const std::vector<int> &failed = outcome.adjustment.failed;
-    for (size_t i = 0; i < failed.size() && i < most; i++)
-        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
-    return {names + ": hardly anything determines this, the normal equations have no solution",
+    return {failed_names(network, outcome) + ": hardly anything determines this, the normal equations have no solution",
             "observe more of it, or look for standard deviations that are very far apart"};
 }
 
 std::vector<std::string> covariance_words(const Model &network, const OwnOutcome &outcome)
 {
-    const std::vector<va::Observation> &all = outcome.numbers.model.observations;
-    const auto at = std::find_if(all.begin(), all.end(),
-                                 [&](const va::Observation &o) { return o.group == outcome.adjustment.bad_group; });
-    return {"a covariance is not positive definite: " +
-                item_text(item_name(network, outcome.numbers, (int)(at - all.begin()))),
-            "check its variances and covariances"};
+    const va::Outcome &a = outcome.adjustment;
+    const std::vector<int> &groups = outcome.numbers.covariances;
+    const int file = (size_t)a.bad_group < groups.size() ? groups[(size_t)a.bad_group] : -1;
+    const ItemName row = item_name(network, outcome.numbers, a.equations.observation[(size_t)a.bad_row]);
+    if (file < 0)
+        return {"a covariance is not positive definite: " + item_text(row), "check its variances and covariances"};
+    return {"covariance " + network.covariances.records[(size_t)file].name +
+                " is not positive definite: it gives out at " + item_text(row),
+            "check its variances and covariances, its form, and the order of its rows"};
 }
 
 } // namespace

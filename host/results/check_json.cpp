@@ -37,8 +37,12 @@ json accounts(const Results &results)
     for (const Account &a : results.accounts) {
         json left_out = json::array();
         for (const LeftOut &l : a.left_out)
-            left_out.push_back(
-                {{"file", l.file}, {"line", l.line}, {"from", l.from}, {"to", l.to}, {"reason", l.reason}});
+            left_out.push_back({{"file", l.file},
+                                {"line", l.line},
+                                {"at", l.at},
+                                {"from", l.from},
+                                {"to", l.to},
+                                {"reason", l.reason}});
         all.push_back({{"kind", a.kind}, {"read", a.read}, {"used", a.used}, {"left_out", left_out}});
     }
     return all;

@@ -146,6 +146,14 @@ json observations(const Results &results, const InputLines &lines)
     columns["redundancy"] = column(all, [](R r) { return number(r.redundancy, small_digits); });
     columns["normalised"] = column(all, [](R r) { return number(r.normalised, small_digits); });
     columns["marks"] = column(all, marks);
+    const auto words = [&](const char *key, std::string RowWords::*member) {
+        columns[key] = column(all, [&](R r) { return text_or_null(results.words_of(r).*member); });
+    };
+    words("at", &RowWords::at);
+    words("setup", &RowWords::setup);
+    words("set", &RowWords::set);
+    words("id", &RowWords::id);
+    words("remark", &RowWords::remark);
     columns["text"] = column(all, [&](R r) { return text_or_null(lines.line(r.file, r.line)); });
     columns["kinds"] = kinds.list();
     columns["names"] = names.list();
@@ -211,6 +219,8 @@ json orientations(const Results &results)
     json all = json::array();
     for (const OrientationResult &o : results.orientations)
         all.push_back({{"station", o.name},
+                       {"setup", o.setup},
+                       {"set", o.set},
                        {"rotation", numbers(o.rotation, value_digits)},
                        {"deviation", numbers(o.deviation, small_digits)}});
     return all;
@@ -254,8 +264,12 @@ json accounts(const Results &results)
     for (const Account &a : results.accounts) {
         json left_out = json::array();
         for (const LeftOut &l : a.left_out)
-            left_out.push_back(
-                {{"file", l.file}, {"line", l.line}, {"from", l.from}, {"to", l.to}, {"reason", l.reason}});
+            left_out.push_back({{"file", l.file},
+                                {"line", l.line},
+                                {"at", l.at},
+                                {"from", l.from},
+                                {"to", l.to},
+                                {"reason", l.reason}});
         all.push_back({{"kind", a.kind}, {"read", a.read}, {"used", a.used}, {"left_out", left_out}});
     }
     return all;

@@ -66,9 +66,10 @@ std::string of_suspicious(const Results &results)
 
 } // namespace
 
-std::string residual_name(const Results &, const ResidualResult &r)
+std::string residual_name(const Results &results, const ResidualResult &r)
 {
-    std::string name = r.kind + " " + r.from;
+    const std::string &at = results.words_of(r).at;
+    std::string name = r.kind + " " + (at.empty() ? "" : "at " + at + " from ") + r.from;
     if (!r.to.empty()) name += " to " + r.to;
     if (!r.component.empty()) name += " " + r.component;
     return name + " (" + r.file + ":" + std::to_string(r.line) + ")";

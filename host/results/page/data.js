@@ -49,13 +49,17 @@ function readObservations(t, places) {
       index: i, kind: t.kinds[kind], from: t.names[t.from[i]], to: t.names[t.to[i]], file: t.files[t.file[i]], line: t.line[i],
       component: t.components[t.component[i]], unit: t.units[t.unit[i]], value: at(t.value, i), sigma: t.sigma[i],
       v: at(t.residual, i), deviation: at(t.deviation, i), r: at(t.redundancy, i), marks: at(t.marks, i) || 0,
-      tested: isNumber(at(t.marks, i)), text: at(t.text, i), id: at(t.id, i) || "", remark: at(t.remark, i) || "", w: null,
+      tested: isNumber(at(t.marks, i)), text: at(t.text, i), id: at(t.id, i) || "",
+      remark: at(t.remark, i) || "", setup: at(t.setup, i) || "", set: at(t.set, i) || "", at: at(t.at, i) || "", w: null,
     };
     o.adjusted = isNumber(o.value) && isNumber(o.v) ? o.value - o.v : null;
     o.ratio = isNumber(o.v) && o.sigma > 0 ? o.v / o.sigma : null;
     o.w = at(t.normalised, i);
-    o.a = places.has(o.from) ? places.get(o.from) : -1;
-    o.b = places.has(o.to) ? places.get(o.to) : -1;
+    const place = (name) => (places.has(name) ? places.get(name) : -1);
+    o.a = place(o.from);
+    o.b = place(o.to);
+    o.ends = o.at ? [[place(o.at), o.a], [place(o.at), o.b]] : [[o.a, o.b]]; // the lines on which it lies
+    o.name = `${o.kind}${o.component ? ` ${o.component}` : ""} ${o.at ? `at ${o.at} from ` : ""}${o.from}${o.to ? ` to ${o.to}` : ""}`;
     return o;
   });
 }
@@ -83,6 +87,9 @@ class Data {
       r: this.observations.some((o) => isNumber(o.r)),
       id: this.observations.some((o) => o.id),
       remark: this.observations.some((o) => o.remark),
+      setup: this.observations.some((o) => o.setup),
+      set: this.observations.some((o) => o.set),
+      at: this.observations.some((o) => o.at),
       ellipse: this.points.some((p) => p.ellipse.some((e) => e)),
       deviation: this.points.some((p) => p.deviation.some(isNumber)),
       shift: this.points.some((p) => p.shift.some(isNumber)),
@@ -93,5 +100,5 @@ class Data {
     this.kindNames = [...new Set(this.observations.map((o) => o.kind))];
   }
 
-  observationsOf(point) { return this.observations.filter((o) => o.a === point || o.b === point); }
+  observationsOf(point) { return this.observations.filter((o) => o.a === point || o.b === point || o.ends[0][0] === point); }
 }

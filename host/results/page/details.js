@@ -12,7 +12,7 @@ const row = (cells, more = {}) => element("tr", more, ...cells.map((c) => elemen
 function observationTable(data, observations, choose) {
   const worth = data.has.w ? ["w", (o) => decimal(isNumber(o.w) ? data.format.sign(o) * o.w : null, 2)] : ["v/sigma", (o) => decimal(isNumber(o.ratio) ? data.format.sign(o) * o.ratio : null, 2)];
   const rows = observations.slice(0, LISTED).map((o) => row(
-    [`${o.kind}${o.component ? ` ${o.component}` : ""}`, `${o.from} – ${o.to || ""}`, o.v === null ? "" : `${data.format.smallValue(o, data.format.sign(o) * o.v)} ${data.format.smallUnit(o)}`, worth[1](o)],
+    [`${o.kind}${o.component ? ` ${o.component}` : ""}`, [o.from, o.at, o.to].filter(Boolean).join(" – "), o.v === null ? "" : `${data.format.smallValue(o, data.format.sign(o) * o.v)} ${data.format.smallUnit(o)}`, worth[1](o)],
     { class: o.marks & SUSPICIOUS ? "mark" : null, click: () => choose(o), tabindex: 0, keydown: (e) => { if (e.key === "Enter") choose(o); } }));
   const rest = observations.length - rows.length;
   return element("div", { class: "pickable" }, table(["observation", "", "residual", worth[0]], rows), rest > 0 ? element("p", { class: "place" }, `and ${rest} more`) : null);
@@ -61,12 +61,12 @@ function observationDetails(data, o) {
     ["of the residual", f.smallValue(o, o.deviation), small], ["redundancy", decimal(o.r, 3), ""],
     ["normalised residual", decimal(isNumber(o.w) ? sign * o.w : null, 2), ""],
     ["residual by sigma", data.has.w ? "" : decimal(isNumber(o.ratio) ? sign * o.ratio : null, 2), ""],
-    ["id", o.id, ""], ["remark", o.remark, ""],
+    ["set-up", o.setup, ""], ["set", o.set, ""], ["id", o.id, ""], ["remark", o.remark, ""],
   ].filter(([, value]) => value !== "");
   const beyond = o.marks & ~((o.marks & 4 ? 2 : 0) | (o.marks & 16 ? 8 : 0)); // the limit for one is told by that for all
   const marks = MARKS.filter(([bit]) => beyond & bit).map(([, words]) => element("p", { class: "mark" }, words));
   return [
-    element("h3", {}, `${o.kind}${o.component ? ` ${o.component}` : ""} ${o.from}${o.to ? ` to ${o.to}` : ""}`),
+    element("h3", {}, o.name),
     ...sourceLine(o),
     element("table", {}, element("tbody", {}, ...pairs.map((p) => row(p)))),
     ...marks,

@@ -92,7 +92,7 @@ function quantilePlot(values, chosen) {
   for (const i of ranks) {
     const o = sorted[i], suspicious = o.marks & SUSPICIOUS;
     const dot = drawn("circle", { cx: x(normalQuantile(probability(i))).toFixed(2), cy: y(o.w).toFixed(2), r: suspicious ? 4 : 2.4, fill: suspicious ? "var(--class3)" : "var(--class1)", style: "cursor:pointer" },
-      drawn("title", {}, `${o.kind} ${o.from}${o.to ? ` to ${o.to}` : ""}: ${decimal(o.w, 2)}`));
+      drawn("title", {}, `${o.name}: ${decimal(o.w, 2)}`));
     dot.addEventListener("click", () => chosen(o));
     svg.append(dot);
   }

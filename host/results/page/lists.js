@@ -8,6 +8,8 @@ function smallColumn(title, data, key, about) {
   return { title, unit: data.format.length.small, text: (p) => data.format.small(key(p)), key, about };
 }
 
+const plain = (title, text, more = {}) => ({ title, left: true, text, ...more });
+
 function pointColumns(data) {
   const columns = [
     { title: "point", left: true, text: (p) => p.name, names: ["name"] },
@@ -30,6 +32,7 @@ function observationColumns(data) {
   const number = (title, key, decimals, about, names) => ({ title, names, about, text: (o) => decimal(key(o), decimals), key: (o) => (isNumber(key(o)) ? Math.abs(key(o)) : null) });
   const columns = [
     { title: "kind", left: true, text: (o) => o.kind + (o.component ? ` ${o.component}` : "") },
+    ...(data.has.at ? [plain("at", (o) => o.at)] : []),
     { title: "from", left: true, text: (o) => o.from },
     { title: "to", left: true, text: (o) => o.to },
     { title: "observed", text: (o) => f.value(o, o.value), key: (o) => o.value },
@@ -43,13 +46,11 @@ function observationColumns(data) {
   if (data.has.w) columns.push({ ...number("w", (o) => (isNumber(o.w) ? f.sign(o) * o.w : null), 2, "normalised residual", ["normalised"]), strong: suspicious });
   else if (data.has.ratio) columns.push(number("v/sigma", (o) => (isNumber(o.ratio) ? f.sign(o) * o.ratio : null), 2, "residual by standard deviation of the observation"));
   if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "** beyond the limit for the largest of all, * beyond that for one", text: (o) => (suspicious(o) ? "**" : o.marks & 2 ? "*" : ""), strong: suspicious });
-  if (data.has.id) columns.push({ title: "id", left: true, text: (o) => o.id });
-  if (data.has.remark) columns.push({ title: "remark", left: true, width: 30, text: (o) => o.remark });
+  for (const [key, title] of [["setup", "set-up"], ["set", "set"], ["id", "id"]]) if (data.has[key]) columns.push(plain(title, (o) => o[key]));
+  if (data.has.remark) columns.push(plain("remark", (o) => o.remark, { width: 30 }));
   columns.push({ title: "place", left: true, width: 34, text: (o) => (o.line > 0 ? `${o.file.replace(/^.*\//, "")}:${o.line}` : ""), key: (o) => o.file.length * 1e8 + o.line });
   return columns;
 }
-
-const plain = (title, text, more = {}) => ({ title, left: true, text, ...more });
 
 function constantRows(data) {
   const rows = [], f = data.format;
@@ -84,7 +85,7 @@ function rotationRows(data) {
   for (const o of data.orientations)
     [0, 1, 2].forEach((k) => {
       if (k < 2 && o.rotation[k] === 0 && !isNumber(o.deviation[k])) return;
-      rows.push({ station: o.station, name: `rx${k + 1}`, value: k < 2 ? f.signedAngle(o.rotation[k]) : f.circle(o.rotation[k]), deviation: isNumber(o.deviation[k]) ? f.smallAngle(o.deviation[k]) : "" });
+      rows.push({ station: [o.station, o.setup, o.set].filter(Boolean).join(" / "), name: `rx${k + 1}`, value: k < 2 ? f.signedAngle(o.rotation[k]) : f.circle(o.rotation[k]), deviation: isNumber(o.deviation[k]) ? f.smallAngle(o.deviation[k]) : "" });
     });
   return rows;
 }
@@ -112,7 +113,7 @@ function makeTables(data, choosePoint, chooseObservation) {
   add("Points", pointColumns(data), data.points, choosePoint);
   add("Observations", observationColumns(data), data.observations, chooseObservation);
   add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);
-  add("Left out", [plain("kind", (l) => l.kind), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
+  add("Left out", [plain("kind", (l) => l.kind), plain("at", (l) => l.at), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
   add("Kinds", kindColumns(), data.kinds);
   add("Rotations", [plain("station", (o) => o.station), plain("angle", (o) => o.name), { ...number("value", (o) => o.value, f.angle.name), key: null }, number("standard deviation", (o) => o.deviation, f.angle.small)], rotationRows(data));
   add("Constants", [plain("of", (c) => c.of), plain("constant", (c) => c.name), number("value", (c) => c.value), number("standard deviation", (c) => c.deviation), plain("unit", (c) => c.unit)], constantRows(data));

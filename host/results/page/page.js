@@ -90,7 +90,7 @@ function layerControls(plot) {
     parts.push(element("label", { title: "Size of ellipses and arrows" }, "size ", element("input", { type: "range", id: "size", min: -2, max: 2, step: 0.1, value: 0, "aria-label": "Size of ellipses and arrows",
       input: (e) => { plot.size = 10 ** Number(e.target.value / 2); plot.repaint(); } })));
   if (data.kindNames.length > 1)
-    for (const kind of data.kindNames.filter((k) => data.observations.some((o) => o.kind === k && o.a >= 0 && o.b >= 0)))
+    for (const kind of data.kindNames.filter((k) => data.observations.some((o) => o.kind === k && o.ends[0][0] >= 0 && o.ends[0][1] >= 0)))
       parts.push(check(`${kind}s`, true, (on) => { plot.kinds[on ? "add" : "delete"](kind); plot.classify(); showLegend(plot); }));
   byId("layers").replaceChildren(...parts);
 }
@@ -200,7 +200,7 @@ function start() {
   byId("plot").plot = plot;
 
   const details = (...parts) => byId("details").replaceChildren(...parts.flat().filter(Boolean));
-  const lineOf = (o) => plot.lines.find((l) => (l.a === o.a && l.b === o.b) || (l.a === o.b && l.b === o.a)) || null;
+  const lineOf = (o) => plot.lines.find((l) => o.ends.some(([a, b]) => (l.a === a && l.b === b) || (l.a === b && l.b === a))) || null;
   const tableNamed = (name) => tables.find((t) => t.name === name);
   const choosePoint = (p) => {
     plot.choose(p.index, null);
@@ -211,7 +211,7 @@ function start() {
   const chooseObservation = (o) => {
     const line = lineOf(o);
     plot.choose(line ? -1 : o.a, line);
-    plot.reveal(line ? [o.a, o.b] : [o.a].filter((i) => i >= 0));
+    plot.reveal(line ? o.ends.flat() : [o.a].filter((i) => i >= 0));
     openTable(tableNamed("Observations"));
     tableNamed("Observations").show(o);
     details(observationDetails(data, o), line && line.observations.length > 1 ? [element("h3", {}, "On the same line"), observationTable(data, line.observations, chooseObservation)] : []);

@@ -4,13 +4,14 @@
 // One line for each pair of points with observations between them.
 function collectLines(observations) {
   const lines = new Map();
-  for (const o of observations) {
-    if (o.a < 0 || o.b < 0 || o.a === o.b) continue;
-    const key = Math.min(o.a, o.b) * 4294967296 + Math.max(o.a, o.b);
-    const line = lines.get(key);
-    if (line) line.observations.push(o);
-    else lines.set(key, { a: o.a, b: o.b, observations: [o] });
-  }
+  for (const o of observations)
+    for (const [a, b] of o.ends) {
+      if (a < 0 || b < 0 || a === b) continue;
+      const key = Math.min(a, b) * 4294967296 + Math.max(a, b);
+      const line = lines.get(key);
+      if (line) line.observations.push(o);
+      else lines.set(key, { a, b, observations: [o] });
+    }
   return [...lines.values()];
 }
 
@@ -48,4 +49,4 @@ function makeViews(data, lines, yUp, raised) {
 }
 
 // Instruments turn from x to y clockwise, so x is drawn upwards; networks without them have x to the right.
-function startsWithYUp(data) { return !data.kindNames.some((k) => k === "direction" || k === "azimuth" || k === "angle"); }
+function startsWithYUp(data) { return !data.kindNames.some((k) => ["direction", "azimuth", "bearing", "angle"].includes(k)); }
