@@ -6,6 +6,7 @@
 
 #include "host/input/names.h"
 #include "host/own/local_frame.h"
+#include "host/system/temporary_file.h"
 
 namespace vornhost {
 
@@ -139,7 +140,7 @@ FirstValues find_first_coordinates(Model &network)
                 {}};
     }
     if (network.mode == Mode::Propagation) return refuse_planned(network);
-    const File report(tmpfile(), fclose);
+    const File report(temporary_file(), fclose);
     const int images = network.p.iphoto;
     network.p.iphoto = 0;
     FirstValues values = compute_first_values(network, report.get());

@@ -1,5 +1,6 @@
 #include "host/results/input_lines.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -26,7 +27,8 @@ InputLines::InputLines(const Model &model)
 
 void InputLines::read(const std::string &file)
 {
-    if (texts.count(file)) return;
+    std::error_code error;
+    if (texts.count(file) || !std::filesystem::is_regular_file(file, error)) return; // a pipe has gone by
     std::ifstream in(file, std::ios::binary);
     Text &text = texts[file];
     text.bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

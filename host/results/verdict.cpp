@@ -52,8 +52,12 @@ std::vector<const ResidualResult *> suspicious(const Results &results)
 
 std::string of_suspicious(const Results &results)
 {
-    const auto tested = [](const ResidualResult &r) { return r.normal_divided.has_value(); };
-    if (std::none_of(results.residuals.begin(), results.residuals.end(), tested)) return "No observation was tested.";
+    const bool sparse = results.solver == "sparse";
+    const auto tested = [&](const ResidualResult &r) {
+        return sparse ? r.normalised.has_value() : r.normal_divided.has_value();
+    };
+    if ((sparse && !results.variance_test) || std::none_of(results.residuals.begin(), results.residuals.end(), tested))
+        return "No observation was tested.";
     const std::vector<const ResidualResult *> all = suspicious(results);
     if (all.empty()) return "No observation is suspicious.";
     const size_t n = all.size();
