@@ -9,6 +9,7 @@
 
 namespace {
 
+using vornhost::Axes;
 using vornhost::Mode;
 using vornhost::Solver;
 
@@ -98,6 +99,20 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("--html", options.html, "results as a page for a browser: plot, tables, tests, in this one file")
         ->check(not_empty)
         ->type_name("FILE");
+    const struct {
+        const char *name;
+        std::string &file;
+        const char *help;
+    } drawings[] = {{"--geojson", options.geojson, "points, lines and ellipses as GeoJSON, for maps"},
+                    {"--dxf", options.dxf, "the plan as a drawing in DXF"},
+                    {"--svg", options.svg, "the plan as a drawing for papers"}};
+    for (const auto &d : drawings) adjust->add_option(d.name, d.file, d.help)->check(not_empty)->type_name("FILE");
+    adjust
+        ->add_option_function<std::string>(
+            "--axes", [&options](const std::string &word) { options.axes = word == "xy" ? Axes::xy : Axes::yx; },
+            "of maps and drawings, to the right and upwards: yx (as directions turn) or xy")
+        ->check(CLI::IsMember({"yx", "xy"}))
+        ->type_name("WORD");
     adjust->add_flag("--brief", options.brief, "report without a line for every observation (solver sparse)");
     adjust->add_flag("--no-residual-statistics", options.no_residual_statistics,
                      "no redundancy numbers and tests of residuals (solver sparse)");

@@ -40,7 +40,7 @@ public:
         ellipses = "ELLIPSES_TIMES_" + decimal(plan.magnification, plan.magnification < 1.0 ? 6 : 0);
         for (char &c : ellipses)
             if (c == '.') c = '_';
-        layers = {{"POINTS_FIXED", 7}, {"POINTS_WEIGHTED", 5}, {"POINTS_FREE", 7}, {"NAMES", 7},
+        layers = {{"POINTS_FIXED", 7}, {"POINTS_WEIGHTED", 5},  {"POINTS_FREE", 7}, {"NAMES", 7},
                   {"LINES", 8},        {"LINES_SUSPICIOUS", 1}, {ellipses, 3}};
     }
 

@@ -131,6 +131,12 @@ void JsonText::value(double number)
         text += "null";
 }
 
+void JsonText::null()
+{
+    separate();
+    text += "null";
+}
+
 void JsonText::value(int number)
 {
     separate();

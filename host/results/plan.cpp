@@ -117,8 +117,7 @@ std::string role_of(const PointResult &point)
     const auto has = [&](const char *code) {
         return std::find(std::begin(point.code), std::end(point.code), code) != std::end(point.code);
     };
-    if (has("fixed"))
-        return has("free") || has("no_datum") || has("weighted") ? "partly fixed" : "fixed";
+    if (has("fixed")) return has("free") || has("no_datum") || has("weighted") ? "partly fixed" : "fixed";
     if (has("weighted")) return "weighted";
     return has("no_datum") ? "free, not in the datum" : "free";
 }

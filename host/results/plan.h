@@ -1,6 +1,6 @@
 // The plan of a network for maps and drawings: where points lie on paper, one line for each pair of points with
-// observations between them, and ellipses, magnified to be seen. x points upwards and y to the right, as directions turn;
-// with Axes::xy x points to the right. Metres and radians.
+// observations between them, and ellipses, magnified to be seen. x points upwards and y to the right, as directions
+// turn; with Axes::xy x points to the right. Metres and radians.
 
 #ifndef VORNHOST_PLAN_H
 #define VORNHOST_PLAN_H
