@@ -10,6 +10,8 @@
 #include <malloc.h>
 #endif
 
+#include <initializer_list>
+
 namespace vornhost {
 
 #ifdef _WIN32
