@@ -7,7 +7,6 @@
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
 #include "host/own/refusals.h"
-#include "host/preparation/lump_checks.h"
 #include "host/run/determinacy_words.h"
 
 namespace vornhost {
@@ -25,7 +24,6 @@ public:
 private:
     bool prepare();
     bool stop(Ending ending, std::vector<std::string> words);
-    void settle();
     void adjust();
     void leave_out();
     void tell(std::string line) { user.feedback(&line[0]); }
@@ -58,12 +56,6 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
     return true;
 }
 
-// Lumps that show too little count as unmoved.
-void Road::settle()
-{
-    for (const LumpNote &lump : settle_lumps(network)) note(place(network, lump.where) + ": " + lump.text);
-}
-
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
@@ -71,13 +63,13 @@ bool Road::prepare()
     if (stop(Ending::bad_import, take_imports(network))) return false;
     remember_computed(network.stations);
     remember_computed(network.targets);
-    const FirstValues first = find_first_coordinates(network);
+    FirstNumbers first = make_first_numbers(network);
+    outcome.numbers = std::move(first.numbers);
+    if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
-    settle();
-    outcome.numbers = make_numbers(network);
     for (const std::string &line : outcome.numbers.notes) note(line);
-    return !stop(Ending::bad_import, outcome.numbers.words);
+    return true;
 }
 
 va::Options Road::options() const
