@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "adjust/cofactors.h"
 
@@ -11,6 +12,10 @@ namespace {
 
 const int most_misfits = 10;
 const double clear_pivot = 1e-6; // relative to the diagonal element; above it nothing is near to being undetermined
+// Standard deviations from which on an unknown counts as hardly determined where the iteration fails: of an angle, and
+// of a coordinate beside the size of the network.
+const double hardly = 1e-3;
+const int most_hardly = 3;
 
 class Adjustment {
 public:
@@ -27,9 +32,11 @@ private:
     Status choose_datum();
     bool clearly_determined() const;
     bool has_isolated_point() const;
-    bool has_findings(const std::vector<double> &values);
+    bool clear_without_curvature();
+    bool has_findings(const std::vector<double> &values, const std::vector<char> &made);
     Status judge_factor(const std::vector<double> &first);
     Status judge_failure(const std::vector<double> &first);
+    void find_hardly_determined();
     void count();
 
     Model &model;
@@ -42,11 +49,13 @@ private:
 
 Status Adjustment::choose_datum()
 {
+    options.watch.tell(Step::equations);
     fill(model, Derivatives::invariant, &system.equations);
     if (system.equations.usable_rows() == 0) return Status::no_observations;
+    options.watch.tell(Step::datum);
     outcome.determinacy.datum = find_datum(unit_rows(model, system.equations));
     const Datum &found = outcome.determinacy.datum;
-    if (has_isolated_point() && has_findings(model.value)) return Status::undetermined;
+    if (has_isolated_point() && has_findings(model.value, options.made)) return Status::undetermined;
     switch (found.state) {
     case DatumState::loose: return Status::no_datum;
     case DatumState::not_carried: return Status::datum_points;
@@ -74,12 +83,32 @@ bool Adjustment::clearly_determined() const
                        [](double p) { return p >= clear_pivot; });
 }
 
-// Searches what the rows leave undetermined at the given values.
-bool Adjustment::has_findings(const std::vector<double> &values)
+// The same of the rows with parallel verticals: what only the curvature of the earth tells, or the convergence of the
+// meridians, does not count as determined. Leaves the system as it was.
+bool Adjustment::clear_without_curvature()
 {
+    if (!model.frame.curved() || system.derivatives == Derivatives::invariant) return true;
+    const auto refactor = [&](Derivatives derivatives) {
+        system.derivatives = derivatives;
+        fill_rows(model, &system);
+        fill_normal(&system);
+        factorize(&system, 0.0, factor_options);
+    };
+    refactor(Derivatives::invariant);
+    const bool clear = clearly_determined();
+    refactor(Derivatives::exact);
+    return clear;
+}
+
+// Searches what the rows leave undetermined at the given values.
+//   made  as in Options: where points may lie badly by chance
+bool Adjustment::has_findings(const std::vector<double> &values, const std::vector<char> &made)
+{
+    if (std::any_of(values.begin(), values.end(), [](double x) { return !std::isfinite(x); })) return false;
+    options.watch.tell(Step::datum);
     const std::vector<double> present = model.value;
     model.value = values;
-    Determinacy found = judge(model, options.made.empty() ? std::vector<char>(model.n_points, 0) : options.made);
+    Determinacy found = judge(model, made.empty() ? std::vector<char>(model.n_points, 0) : made);
     model.value = present;
     if (found.findings.empty()) return false;
     outcome.determinacy = std::move(found);
@@ -90,17 +119,43 @@ bool Adjustment::has_findings(const std::vector<double> &values)
 Status Adjustment::judge_factor(const std::vector<double> &first)
 {
     if (system.factor.stopped) return Status::stopped;
-    if (clearly_determined()) return Status::adjusted;
-    if (has_findings(system.factor.failed.empty() ? model.value : first)) return Status::undetermined;
+    if (outcome.iteration.singular_start && has_findings(first, options.made)) return Status::undetermined;
+    if (clearly_determined() && clear_without_curvature()) return Status::adjusted;
+    if (has_findings(model.value, {})) return Status::undetermined;
+    if (!system.factor.failed.empty() && has_findings(first, options.made)) return Status::undetermined;
     for (const FailedPivot &f : system.factor.failed) outcome.failed.push_back(system.columns.unknown[f.unknown]);
     return outcome.failed.empty() ? Status::adjusted : Status::singular;
+}
+
+// Unknowns with large standard deviations at the last values, the largest beside the limits first. A pivot is at most
+// the reciprocal of the cofactor of its unknown.
+void Adjustment::find_hardly_determined()
+{
+    fill_rows(model, &system);
+    fill_normal(&system);
+    factorize(&system, 0.0, factor_options);
+    std::vector<int> points(model.n_points);
+    std::iota(points.begin(), points.end(), 0);
+    const double length = hardly * similarity(model, points).size;
+    std::vector<std::pair<double, int>> found;
+    for (int j = 0; j < system.n(); j++) {
+        const int u = system.columns.unknown[j];
+        const bool angle = model.meaning[u] == Meaning::angle;
+        if (!angle && model.meaning[u] != Meaning::coordinate) continue;
+        const double pivot = system.factor.pivot[j] * system.normal.matrix.value[system.normal.matrix.start[j]];
+        const double share = 1.0 / std::sqrt(std::fmax(pivot, 0.0)) / (angle ? hardly : length);
+        if (share > 1.0) found.push_back({share, u});
+    }
+    std::sort(found.rbegin(), found.rend());
+    for (int i = 0; i < (int)found.size() && i < most_hardly; i++) outcome.failed.push_back(found[i].second);
 }
 
 // Why an iteration did not end well.
 Status Adjustment::judge_failure(const std::vector<double> &first)
 {
     if (outcome.iteration.ending == Ending::stopped) return Status::stopped;
-    if (has_findings(first)) return Status::undetermined;
+    if (has_findings(first, options.made)) return Status::undetermined;
+    find_hardly_determined();
     std::vector<double> last = first;
     model.value.swap(last);
     fill(model, Derivatives::exact, &system.equations);
@@ -148,18 +203,23 @@ void Adjustment::count()
 
 Status Adjustment::find_precision()
 {
+    options.watch.tell(Step::datum);
     if (datum.open > 0) set_motions(system.columns, find_datum(unit_rows(model, system.equations)).motions, &datum);
     Cofactors cofactors(system, datum);
     InverseOptions inverse_options;
     inverse_options.threads = options.threads;
     inverse_options.watch = options.watch;
+    options.watch.tell(Step::inverse);
     if (!cofactors.invert(inverse_options)) return Status::stopped;
+    options.watch.tell(Step::statistics);
     StatisticsOptions s;
     s.sigma = std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
+    s.watch = options.watch;
     s.pairs = options.pairs;
     s.joint = options.joint;
     outcome.statistics = statistics(model, system, cofactors, s);
+    if (options.watch.stopped()) return Status::stopped;
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
         cofactors.multiply(x);
         for (int u : system.columns.unknown) x[u] *= outcome.variance_factor;
@@ -169,11 +229,13 @@ Status Adjustment::find_precision()
 
 Outcome Adjustment::run()
 {
-    system = make_system(model);
-    outcome.status = choose_datum();
-    if (outcome.status == Status::adjusted) outcome.status = find_values();
+    const std::vector<double> first = model.value;
+    system = make_system(model, options.watch);
+    outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
+    if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();
     if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
+    if (outcome.status == Status::stopped) model.value = first;
     outcome.equations = std::move(system.equations);
     return std::move(outcome);
 }

@@ -24,7 +24,7 @@ struct Options {
     std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
-    Watch watch; // of factor and inverse
+    Watch watch;
 };
 
 enum class Status {
@@ -45,7 +45,7 @@ struct Outcome {
     Equations equations;     // at the last values; misclosure is the residual observed - adjusted
     Iteration iteration;
     std::vector<int> left_out; // observations without a derivative at the last values
-    std::vector<int> failed;   // unknowns of singular
+    std::vector<int> failed;   // unknowns of singular; of no_convergence those that are hardly determined
     int bad_group = -1;
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
 

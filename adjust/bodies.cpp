@@ -36,13 +36,13 @@ private:
     bool follows(int point, const Dense &field, const Dense &motion) const;
     Points followers(const Points &candidates, const Dense &field, const Dense &motion) const;
     Points proposal(int seed, const std::vector<char> &allowed);
-    Points largest_body(const Points &candidates, const Dense &field, bool prefer_fixed);
+    Points largest_body(const Points &candidates, const Dense &field, bool prefer_anchored);
     Dense combined(const Dense &field);
     void take_rest();
     void group_moving();
     Body described(const Points &points) const;
-    int fixed_coordinates(const Points &points) const;
-    Points fixed_points() const;
+    int anchors(const Points &points) const;
+    Points anchored_points() const;
     std::size_t dimensions() const;
     bool exists(int point, int axis) const { return model.code[3 * point + axis] != Code::absent; }
 
@@ -50,6 +50,7 @@ private:
     const Model &model;
     Bodies out;
     Points all;                     // that rows see
+    std::vector<char> anchored;     // [coordinates] fixed, weighted or imported
     std::vector<Points> neighbours; // [points] that share rows
     std::vector<int> motions;       // basic motions that a body may make
     std::mt19937 random{20010};
@@ -111,8 +112,17 @@ Dense coordinate_field(const Model &model, const Dense &movements, const Dense &
     return scaled(out);
 }
 
+std::vector<char> anchored_coordinates(const UnitRows &u)
+{
+    std::vector<char> out(3 * (std::size_t)u.model->n_points);
+    for (std::size_t k = 0; k < out.size(); k++) out[k] = u.model->code[k] == Code::fixed;
+    for (const Observation &o : u.model->observations)
+        if (o.use && o.kind == Kind::unknown && u.is_coordinate(o.unknown)) out[o.unknown] = 1;
+    return out;
+}
+
 BodySearch::BodySearch(const UnitRows &unit, const Datum &datum, const Dense &movements)
-    : rows(unit), model(*unit.model), neighbours(neighbours_in_rows(unit))
+    : rows(unit), model(*unit.model), anchored(anchored_coordinates(unit)), neighbours(neighbours_in_rows(unit))
 {
     for (int p = 0; p < model.n_points; p++)
         if (datum.parts.part_of[p] >= 0) all.push_back(p);
@@ -209,39 +219,40 @@ std::size_t BodySearch::dimensions() const
     return space == Space::heights ? 1 : space == Space::plane ? 2 : 3;
 }
 
-int BodySearch::fixed_coordinates(const Points &points) const
+int BodySearch::anchors(const Points &points) const
 {
     int n = 0;
     for (int p : points)
-        for (int k = 0; k < 3; k++) n += model.code[3 * p + k] == Code::fixed;
+        for (int k = 0; k < 3; k++) n += anchored[3 * (std::size_t)p + k];
     return n;
 }
 
-// The fixed points by themselves, which need not be neighbours.
-Points BodySearch::fixed_points() const
+// Points anchored in all coordinates by themselves, which need not be neighbours.
+Points BodySearch::anchored_points() const
 {
-    Points fixed;
-    std::copy_if(all.begin(), all.end(), std::back_inserter(fixed), [&](int p) {
-        return std::none_of(&model.code[3 * (std::size_t)p], &model.code[3 * (std::size_t)p] + 3,
-                            [&](Code code) { return code != Code::fixed && code != Code::absent; });
+    Points anchored_ones;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(anchored_ones), [&](int p) {
+        for (int k = 0; k < 3; k++)
+            if (exists(p, k) && !anchored[3 * (std::size_t)p + k]) return false;
+        return true;
     });
-    return fixed;
+    return anchored_ones;
 }
 
-Points BodySearch::largest_body(const Points &candidates, const Dense &field, bool prefer_fixed)
+Points BodySearch::largest_body(const Points &candidates, const Dense &field, bool prefer_anchored)
 {
     std::vector<char> allowed(model.n_points, 0);
     for (int p : candidates) allowed[p] = 1;
     Points best;
-    int best_fixed = -1;
+    int most_anchors = -1;
     const auto consider = [&](const Points &proposed) {
         const Points follow = followers(candidates, field, fit(proposed, field));
-        const int fixed = prefer_fixed ? fixed_coordinates(follow) : 0;
-        if (fixed < best_fixed || (fixed == best_fixed && follow.size() <= best.size())) return;
+        const int held = prefer_anchored ? anchors(follow) : 0;
+        if (held < most_anchors || (held == most_anchors && follow.size() <= best.size())) return;
         best = follow;
-        best_fixed = fixed;
+        most_anchors = held;
     };
-    if (prefer_fixed) consider(fixed_points());
+    if (prefer_anchored) consider(anchored_points());
     const std::size_t n = candidates.size();
     for (std::size_t i = 0; i < proposals && best.size() < n; i++)
         consider(proposal(candidates[n > proposals ? i * n / proposals : i % n], allowed));

@@ -95,7 +95,7 @@ Equations pattern(const Model &model)
         const Observation &o = model.observations[i];
         if (!o.use) continue;
         const int n = row_columns(model, o, columns);
-        for (int c = 0; c < components(o.kind); c++) append_row(model, i, c, columns, n, &e);
+        for (int c = 0; c < components(o.kind, model.frame.space); c++) append_row(model, i, c, columns, n, &e);
     }
     e.coefficient.assign(e.column.size(), 0.0);
     return e;

@@ -11,7 +11,8 @@ const double least_gain = 1e-3;    // below it a step does not pay
 const double good_gain = 0.75;     // above it damping falls
 const double poor_gain = 0.25;     // below it damping rises
 const double first_damping = 1e-4; // of the diagonal
-const double least_damping = 1e-6; // below it there is none
+const double least_damping = 1e-6; // below it there is none, unless steps without do not pay
+const double finer = 0.01;         // share of that limit that is left each time they do not
 const double most_damping = 1e12;  // above it no step is left
 const double rounding = 1e-11;     // of the sum of squares
 const double approximate = 1e-3;   // of the sum of squares: what derivatives without curvature can foresee
@@ -49,11 +50,13 @@ private:
 
     double squares = 0.0; // at the present values
     double damping = 0.0, growth = 2.0;
-    double moved = 0.0;         // metres, since the motions were found
-    double foreseen = 0.0;      // gain of the step
-    std::vector<double> dx;     // [n] the step
-    std::vector<double> before; // [unknowns] values before it
-    Size size;                  // of the step
+    double least = least_damping; // below it there is none
+    double paid = 0.0;            // damping of the last damped step that was taken
+    double moved = 0.0;           // metres, since the motions were found
+    double foreseen = 0.0;        // gain of the step
+    std::vector<double> dx;       // [n] the step
+    std::vector<double> before;   // [unknowns] values before it
+    Size size;                    // of the step
     Iteration result;
 };
 
@@ -115,14 +118,24 @@ bool Iterator::take_step()
 void Iterator::lower_damping(double gain)
 {
     growth = 2.0;
+    if (damping > 0.0) paid = damping;
     if (gain > good_gain) damping *= 0.1;
     if (gain < poor_gain) damping *= 2.0;
-    if (damping < least_damping) damping = 0.0;
+    if (damping < least) damping = 0.0;
 }
 
+// Where damped steps paid and the undamped one behind them does not, damping goes on from there and falls further:
+// unknowns that are hardly determined need a step at the end of their valley that is small but not that small.
 bool Iterator::raise_damping()
 {
-    damping = damping == 0.0 ? first_damping : damping * growth;
+    if (damping > 0.0) {
+        damping *= growth;
+    } else if (paid > 0.0) {
+        damping = paid;
+        least *= finer;
+    } else {
+        damping = first_damping;
+    }
     growth *= 2.0;
     return damping <= most_damping;
 }
@@ -132,6 +145,7 @@ void Iterator::follow_motions(double length)
 {
     moved += length;
     if (datum.open == 0 || moved <= follow * datum.size) return;
+    system.watch.tell(Step::datum);
     const Datum found = find_datum(unit_rows(model, system.equations));
     if (found.motions.cols == datum.open) set_motions(system.columns, found.motions, &datum);
     moved = 0.0;
@@ -151,7 +165,8 @@ Iteration Iterator::run()
     while (result.steps < limits.steps) {
         const bool undamped = damping == 0.0;
         const bool found = find_step();
-        if (system.factor.stopped) {
+        if (result.steps == 0 && undamped && !system.factor.failed.empty()) result.singular_start = true;
+        if (system.factor.stopped || system.watch.stopped()) {
             result.ending = Ending::stopped;
             break;
         }

@@ -36,11 +36,12 @@ enum class Ending {
 
 struct Iteration {
     Ending ending = Ending::limit;
-    int steps = 0;            // taken
-    int damped = 0;           // of these, damped ones
-    double squares = 0.0;     // F at the last values
-    double last_length = 0.0; // metres: largest correction of a length in the last step
-    double last_angle = 0.0;  // radians
+    int steps = 0;               // taken
+    int damped = 0;              // of these, damped ones
+    bool singular_start = false; // the normal matrix of the first values has no inverse
+    double squares = 0.0;        // F at the last values
+    double last_length = 0.0;    // metres: largest correction of a length in the last step
+    double last_angle = 0.0;     // radians
 };
 
 // Adjusts the model's values, beginning at the present ones. At the end the rows and the normal matrix of the system

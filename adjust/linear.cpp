@@ -190,6 +190,7 @@ void baseline_by_position(const Sight &s, ByPosition *out)
 {
     const auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
     out->usable = true;
+    if (s.frame.space == Space::heights) return take(d.z, 0, out);
     take(d.x, 0, out);
     take(d.y, 1, out);
     take(d.z, 2, out);
@@ -267,7 +268,7 @@ void by_unknowns(const Model &model, const Frame &frame, const Observation &o, c
 {
     const Ends ends = ends_of(o);
     int unused[most_parameters];
-    const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind);
+    const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind, frame.space);
     int n = 0;
     for (int e = 0; e < ends.count; e++) {
         const EndSlopes slopes = end_slopes(model, frame, ends.point[e], ends.motion[e]);
@@ -305,7 +306,7 @@ void linearize(const Model &model, const Observation &o, bool invariant, Linear 
     by_unknowns(model, seen, o, by, linear);
     linear->usable = by.usable;
     if (seen.curved() != frame.curved()) by_position(model, frame, o, &by);
-    for (int c = 0; c < components(o.kind); c++) linear->value[c] = by.value[c];
+    for (int c = 0; c < components(o.kind, frame.space); c++) linear->value[c] = by.value[c];
 }
 
 } // namespace vornadjust

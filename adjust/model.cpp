@@ -6,9 +6,9 @@
 
 namespace vornadjust {
 
-int components(Kind kind)
+int components(Kind kind, Space space)
 {
-    if (kind == Kind::baseline) return 3;
+    if (kind == Kind::baseline) return space == Space::heights ? 1 : space == Space::plane ? 2 : 3;
     return kind == Kind::image ? 2 : 1;
 }
 

@@ -61,13 +61,13 @@ enum class Kind : unsigned char {
     angle,             // horizontal angle at from, from `to` to `third`: direction(third) - direction(to)
     vertical_angle,    // elevation above the horizon of a set-up
     azimuth,           // of the line between the marks
-    baseline,          // 3 components, to - from, in the axes of the network
+    baseline,          // to - from in the axes of the network: 3 components, in the plane 2, of heights the third alone
     image,             // 2 components u, v, pixels
     unknown            // an unknown itself: weighted or imported coordinates, angles, constants
 };
 
 // Number of components (rows) of a kind.
-int components(Kind kind);
+int components(Kind kind, Space space = Space::space);
 
 // -1 for what an observation does not have.
 struct Observation {

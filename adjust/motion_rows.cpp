@@ -112,7 +112,7 @@ bool is_difference(const UnitRows &rows, int row, double vector[3])
     if (o.kind != Kind::baseline || o.motion_from != o.motion_to) return false;
     const int first = row - equations.component[row];
     std::fill(vector, vector + 3, 0.0);
-    for (int c = 0; c < 3; c++) {
+    for (int c = 0; c < components(o.kind, rows.model->frame.space); c++) {
         double square = 0;
         for (std::size_t k = equations.begin[first + c]; k < equations.begin[first + c + 1]; k++)
             if (equations.column[k] / 3 == o.to && rows.is_coordinate(equations.column[k]))

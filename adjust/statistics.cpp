@@ -27,8 +27,8 @@ void append(const System &s, int r, SparseRow *row)
 
 class RowTests {
 public:
-    RowTests(const Model &m, const System &s, const Cofactors &c, Statistics *out)
-        : model(m), system(s), cofactors(c), result(*out)
+    RowTests(const Model &m, const System &s, const Cofactors &c, const Watch &w, Statistics *out)
+        : model(m), system(s), cofactors(c), watch(w), result(*out)
     {
     }
 
@@ -44,6 +44,7 @@ private:
     const Model &model;
     const System &system;
     const Cofactors &cofactors;
+    const Watch &watch;
     Statistics &result;
     SparseRow sparse;      // work
     std::vector<double> q; // work
@@ -53,9 +54,10 @@ void RowTests::run()
 {
     const Equations &e = system.equations;
     result.rows.assign(e.rows(), {});
-    for (int r = 0; r < e.rows(); r++)
+    for (int r = 0; r < e.rows() && !watch.stopped(); r++)
         if (e.group[r] < 0 && e.usable[r]) alone(r);
     for (const std::vector<int> &members : system.rows.members) {
+        if (watch.stopped()) return;
         std::vector<int> usable;
         for (int r : members)
             if (e.usable[r]) usable.push_back(r);
@@ -275,7 +277,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);
-    if (options.residuals) RowTests(model, system, cofactors, &s).run();
+    if (options.residuals) RowTests(model, system, cofactors, options.watch, &s).run();
     return s;
 }
 

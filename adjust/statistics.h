@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "adjust/cofactors.h"
+#include "adjust/watch.h"
 
 namespace vornadjust {
 
@@ -60,6 +61,7 @@ struct Statistics {
 struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
+    Watch watch;                            // rows without statistics are missing where it stops
     std::vector<std::pair<int, int>> pairs; // of points
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
 };

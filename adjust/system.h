@@ -10,6 +10,7 @@
 #include "adjust/equations.h"
 #include "adjust/factor.h"
 #include "adjust/symbolic.h"
+#include "adjust/watch.h"
 #include "adjust/weighted.h"
 
 namespace vornadjust {
@@ -24,6 +25,7 @@ struct System {
     Factor factor;
     std::vector<int> held; // columns that keep their values: the minimal datum. Their rows and columns of the normal
                            // matrix are those of the identity, so that they have correction 0.
+    Watch watch;           // of all that is done with the system
     int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }
@@ -31,7 +33,7 @@ struct System {
 
 // Patterns, columns and order of elimination; nothing is filled.
 // Throws std::bad_alloc.
-System make_system(const Model &model);
+System make_system(const Model &model, const Watch &watch = {});
 
 // Rows at the model's present values, weighted, held columns 0. Returns the sum of squares of weighted misclosures.
 double fill_rows(const Model &model, System *system);

@@ -25,7 +25,7 @@ public:
 
     void finish() { tell(1.0); }
 
-    bool stopped() const { return watch.stop && watch.stop->load(std::memory_order_relaxed); }
+    bool stopped() const { return watch.stopped(); }
 
 private:
     void tell(double share)

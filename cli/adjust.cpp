@@ -11,6 +11,7 @@
 #include "host/results/csv_writer.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
+#include "interrupt.h"
 #include "host/run/network_run.h"
 
 using namespace vornhost;
@@ -30,6 +31,8 @@ struct Outputs {
             spool.reset(tmpfile());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
+        for (const OutputFile *file : {report.get(), json.get()})
+            if (file) remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }
@@ -43,10 +46,14 @@ struct Outputs {
             show_spool();
     }
 
+    void prepare_results(const Options &, const Results &results)
+    {
+        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+    }
+
     void finish_results(const Options &options, const Results &results)
     {
         if (json_shown(options)) show(to_json(results));
-        if (json) json->write(to_json(results));
         if (json) json->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
@@ -123,6 +130,8 @@ int check_numbers(const Results &results, const RunOutcome &outcome)
 
 int adjust(const Options &options)
 {
+    Console console(options.console);
+    console.begin("reading");
     Model model;
     if (!read_input(options, model)) return STATUS_USAGE;
     const std::vector<std::filesystem::path> inputs = sources(model);
@@ -130,8 +139,15 @@ int adjust(const Options &options)
     if (would_overwrite(options, inputs)) return STATUS_USAGE;
 
     Outputs outputs(options);
-    Console console(options.console);
-    const auto [outcome, results] = run_network(model, outputs.stream(), console, VORN_VERSION);
+    const Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
+    if (!interrupts.came()) outputs.prepare_results(options, run.results);
+    if (interrupts.came()) {
+        console.finish();
+        return interrupted();
+    }
+    const RunOutcome &outcome = run.outcome;
+    const Results &results = run.results;
 
     try {
         outputs.finish_report(options);
@@ -143,5 +159,6 @@ int adjust(const Options &options)
     const int status = close_run(outcome);
     const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
     outputs.finish_results(options, results);
+    console.finish();
     return status == STATUS_ADJUSTED ? numbers : status;
 }

@@ -9,6 +9,7 @@
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/output_file.h"
+#include "interrupt.h"
 #include "host/run/network_run.h"
 
 using namespace vornhost;
@@ -96,7 +97,11 @@ int check(const Options &options)
 
     const File report = temporary_report();
     Silence silence;
-    const auto [outcome, results] = check_network(model, report.get(), silence, VORN_VERSION);
+    const Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = check_network(model, report.get(), silence, VORN_VERSION, {nullptr, interrupts.flag()});
+    if (interrupts.came()) return interrupted();
+    const RunOutcome &outcome = run.outcome;
+    const Results &results = run.results;
     show(results, outcome, summary_of(text_of(report.get())));
     flush_standard_output();
     return close_run(outcome);

@@ -15,6 +15,9 @@ int check(const Options &options);
 // error, when something is wrong.
 bool read_input(const Options &options, vornhost::Model &model);
 
+// Says that the run was interrupted; returns its exit status.
+int interrupted();
+
 // Goes into the folder of the option -C.
 void enter_folder(const Options &options);
 

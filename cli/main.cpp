@@ -10,6 +10,7 @@
 
 #include "commands.h"
 #include "host/run/memory_limit.h"
+#include "interrupt.h"
 #include "options.h"
 
 namespace {
@@ -44,6 +45,7 @@ int main(int argc, char **argv)
 {
     hold_standard_streams();
     std::set_terminate(end_without_memory);
+    catch_interrupts();
     vornhost::limit_memory(); // what does not fit ends with words and a status
     signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
     signal(SIGXFSZ, SIG_IGN); // and so does a file beyond the user's limit

@@ -16,6 +16,13 @@ bool apply(const Options &options, Model &model)
 {
     if (options.solver) model.solver = *options.solver;
     if (options.mode) model.mode = *options.mode;
+    if (options.threads) model.threads = *options.threads;
+    model.brief = options.brief;
+    model.residual_statistics = !options.no_residual_statistics;
+    if (model.solver != Solver::Sparse && (options.brief || options.no_residual_statistics)) {
+        fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
+        return false;
+    }
     if (model.solver != Solver::Simplex || model.mode != Mode::Propagation) return true;
     fprintf(stderr, "vorn: the solver simplex has no mode propagation; choose --solver compact or --mode solution\n");
     return false;
@@ -29,6 +36,12 @@ bool read_input(const Options &options, Model &model)
     if (read_network(options.network, model, faults)) return apply(options, model);
     for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
     return false;
+}
+
+int interrupted()
+{
+    fputs("vorn: interrupted; nothing was written\n", stderr);
+    return STATUS_INTERRUPTED;
 }
 
 void enter_folder(const Options &options)

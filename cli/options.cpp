@@ -26,11 +26,12 @@ const char adjust_footer[] = "Examples:\n"
                              "  vorn adjust bridge.inp -C out --csv tables    all output in the folder out\n"
                              "  vorn adjust bridge.inp --solver simplex       look for gross errors\n\n"
                              "Exit status: 0 adjusted, 1 refused or no convergence, 2 bad input or usage,\n"
-                             "3 the system failed.";
+                             "3 the system failed, 130 interrupted.";
 
 const char check_footer[] = "Example:\n"
                             "  vorn check bridge.inp\n\n"
-                            "Exit status: 0 can be adjusted, 1 refused, 2 bad input or usage, 3 the system failed.";
+                            "Exit status: 0 can be adjusted, 1 refused, 2 bad input or usage, 3 the system failed,\n"
+                            "130 interrupted.";
 
 // Without the addresses of enumerators in its texts, unlike the transformers of the library.
 template <class Word>
@@ -78,6 +79,13 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
         ->check(not_empty)
         ->type_name("DIR");
+    adjust->add_flag("--brief", options.brief, "report without a line for every observation (solver sparse)");
+    adjust->add_flag("--no-residual-statistics", options.no_residual_statistics,
+                     "no redundancy numbers and tests of residuals (solver sparse)");
+    adjust->add_option("--threads", options.threads, "threads of the solver sparse; two where the machine has them")
+        ->check(CLI::Range(1, 64))
+        ->type_name("N");
+    adjust->add_flag("--times", options.console.times, "how long the steps took, on standard error (solver sparse)");
     adjust->add_flag("--recompute", options.console.recompute, "compute new approximate values");
     adjust->add_flag("--balance", options.console.balance, "balance the observations (solver simplex)");
     adjust->add_flag("--ask", options.console.ask, "ask on the terminal instead of answering no");

@@ -12,9 +12,10 @@
 // Exit statuses of the program.
 enum Status {
     STATUS_ADJUSTED = 0,
-    STATUS_REFUSED = 1, // by the engine, or no convergence
-    STATUS_USAGE = 2,   // bad input or bad options; nothing was written
-    STATUS_SYSTEM = 3   // disk full, cannot write, no memory
+    STATUS_REFUSED = 1,      // by the engine, or no convergence
+    STATUS_USAGE = 2,        // bad input or bad options; nothing was written
+    STATUS_SYSTEM = 3,       // disk full, cannot write, no memory
+    STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
 struct Options {
@@ -23,6 +24,9 @@ struct Options {
     std::string report, json, csv, folder; // empty: not asked for
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
+    std::optional<int> threads;
+    bool brief = false; // report without the tables of observations
+    bool no_residual_statistics = false;
     vornhost::ConsoleOptions console;
 };
 

@@ -55,8 +55,11 @@ struct Model {
     project p = project(); // settings; attach() sets its arrays
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
-    bool between_marks = false; // the file says that distances are those between the marks
-    int steps = 50;             // most iterations of the solver sparse; p.itmax where the file gives them
+    bool between_marks = false;      // the file says that distances are those between the marks
+    int steps = 50;                  // most iterations of the solver sparse; p.itmax where the file gives them
+    int threads = 0;                 // of the solver sparse; 0: two where the machine has them
+    bool residual_statistics = true; // of the solver sparse, in mode statistics: redundancy numbers and tests
+    bool brief = false;              // the report of the solver sparse has no line for each observation
 
     List<station_input> stations;
     std::vector<StationNote> station_notes; // one a station

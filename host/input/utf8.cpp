@@ -1,5 +1,6 @@
 #include "host/input/utf8.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace vornhost {
@@ -101,6 +102,8 @@ bool is_mark(char32_t value)
 
 size_t utf8_width(std::string_view text)
 {
+    const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
+    if (std::all_of(text.begin(), text.end(), is_plain)) return text.size();
     size_t width = 0;
     for (size_t offset = 0; offset < text.size();) {
         const size_t length = utf8_length(text, offset);

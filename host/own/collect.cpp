@@ -140,6 +140,9 @@ void Collection::orientations()
     if (!outcome.adjusted() || planned) return;
     for (size_t s = 0; s < values.setups.size(); s++) {
         const int first = values.setups[s].first;
+        if (!values.estimated(first) && !values.estimated(first + 1) &&
+            values.code[(size_t)first + 2] == va::Code::absent)
+            continue; // an upright instrument whose circle nobody read
         OrientationResult o;
         o.name = plain_name(network.stations.records[(size_t)numbers.setup_stations[s]].name);
         for (int k = 0; k < 3; k++) {
@@ -150,10 +153,10 @@ void Collection::orientations()
     }
 }
 
-const char *component_name(const va::Observation &o, int component)
+const char *component_name(const va::Model &model, const va::Observation &o, int component)
 {
     static const char *const axes[3] = {"x", "y", "z"}, *const pixels[2] = {"u", "v"};
-    if (o.kind == va::Kind::baseline) return axes[component];
+    if (o.kind == va::Kind::baseline) return axes[model.frame.space == va::Space::heights ? 2 : component];
     return o.kind == va::Kind::image ? pixels[component] : "";
 }
 
@@ -205,7 +208,7 @@ void Collection::residual(int row)
     const int component = e.component[(size_t)row];
     ResidualResult r;
     r.kind = name.kind;
-    r.component = name.part.empty() ? component_name(o, component) : name.part;
+    r.component = name.part.empty() ? component_name(values, o, component) : name.part;
     r.unit = unit_of(values, o);
     r.from = name.from;
     r.to = name.to;

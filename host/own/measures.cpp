@@ -1,5 +1,7 @@
 // The five lists of observations and the baselines.
 
+#include <algorithm>
+
 #include "host/own/builder.h"
 
 namespace vornhost {
@@ -82,6 +84,7 @@ void add_measure(Builder &b, const Table &table, int record)
     b.observe(o, {table.item, record, 0});
 }
 
+// The components that the dimension has, with their part of the covariance.
 void add_baseline(Builder &b, int record)
 {
     gps_input &g = b.network.baselines.records[(size_t)record];
@@ -90,15 +93,18 @@ void add_baseline(Builder &b, int record)
     o.from = b.point(g.from);
     o.to = b.point(g.to);
     if (g.status <= 0) return;
-    if (o.from < 0 || o.to < 0 || b.network.p.dim != 3) {
+    if (o.from < 0 || o.to < 0) {
         g.status = -g.status;
         return;
     }
-    const double *c = g.cov; // xx, xy, xz, yy, yz, zz
-    const double covariance[9] = {c[0], c[1], c[2], c[1], c[3], c[4], c[2], c[4], c[5]};
-    o.group = b.numbers.model.add_group(3, covariance);
+    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
+    const int n = b.network.p.dim, first = n == 1 ? 2 : 0;
+    std::vector<double> covariance;
+    for (int i = first; i < first + n; i++)
+        for (int k = first; k < first + n; k++) covariance.push_back(g.cov[place[i][k]]);
+    o.group = b.numbers.model.add_group(n, covariance.data());
     o.factor = b.network.p.sgps;
-    for (int k = 0; k < 3; k++) o.value[k] = g.dx[k];
+    std::copy(g.dx + first, g.dx + first + n, o.value);
     b.observe(o, {Item::baseline, record, 0});
 }
 

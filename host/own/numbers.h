@@ -1,5 +1,5 @@
-// The network of a file as numbers for the program's own adjustment: metres and radians, less the origin that the
-// file names, and for each number the record that it came from.
+// The network of a file as numbers for the program's own adjustment: metres and radians, less an origin (that
+// of the file, or one nearby where none matters), and for each number the record that it came from.
 
 #ifndef VORNHOST_NUMBERS_H
 #define VORNHOST_NUMBERS_H

@@ -48,6 +48,17 @@ std::string misfit_line(const Model &network, const Numbers &numbers, const va::
     return line;
 }
 
+// At most eight names of the unknowns that failed.
+std::string failed_names(const Model &network, const OwnOutcome &outcome)
+{
+    constexpr size_t most = 8;
+    std::string names;
+    const std::vector<int> &failed = outcome.adjustment.failed;
+    for (size_t i = 0; i < failed.size() && i < most; i++)
+        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
+    return names;
+}
+
 std::vector<std::string> divergence_words(const Model &network, const OwnOutcome &outcome)
 {
     const va::Outcome &a = outcome.adjustment;
@@ -56,6 +67,8 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
                         ? "the adjustment does not converge: no end after " + std::to_string(a.iteration.steps) +
                               (a.iteration.steps == 1 ? " iteration" : " iterations")
                         : "the adjustment does not converge: no step makes the residuals smaller");
+    if (!a.failed.empty())
+        words.push_back("hardly determined: " + failed_names(network, outcome) + "; hold this or observe more of it");
     for (const va::Misfit &m : a.misfits) words.push_back(misfit_line(network, outcome.numbers, m));
     words.push_back(a.misfits.empty() ? "look for wrong first coordinates, exchanged point names and wrong units"
                                       : "correct or leave out what does not fit the first coordinates");
@@ -71,6 +84,7 @@ Naming naming_of(const Model &network, const Numbers &numbers)
     naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
     naming.circle = circles[network.p.iangle];
     naming.angle = angles[network.p.iangle];
+    std::copy(numbers.origin, numbers.origin + 3, naming.origin);
     return naming;
 }
 
@@ -86,12 +100,7 @@ std::vector<std::string> open_words(const Model &network, const OwnOutcome &outc
 // The normal matrix gave out though no movement was found that the rows do not feel.
 std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome)
 {
-    constexpr size_t most = 8;
-    std::string names;
-    const std::vector<int> &failed = outcome.adjustment.failed;
-    for (size_t i = 0; i < failed.size() && i < most; i++)
-        names += (i > 0 ? ", " : "") + unknown_name(network, outcome.numbers, failed[i]);
-    return {names + ": hardly anything determines this, the normal equations have no solution",
+    return {failed_names(network, outcome) + ": hardly anything determines this, the normal equations have no solution",
             "observe more of it, or look for standard deviations that are very far apart"};
 }
 

@@ -1,6 +1,8 @@
 #include "host/own/road.h"
 
+#include <algorithm>
 #include <chrono>
+#include <thread>
 #include <unordered_set>
 
 #include "host/own/exports.h"
@@ -15,9 +17,14 @@ namespace {
 
 namespace va = vornadjust;
 
+const std::string beside_camera = "the point stands in the plane of the camera, across its axis";
+
 class Road {
 public:
-    Road(Model &model, Feedback &feedback, bool check) : network(model), user(feedback), checking(check) {}
+    Road(Model &model, Feedback &feedback, bool check, const RunWatch &its_watch)
+        : network(model), user(feedback), checking(check), watch(its_watch)
+    {
+    }
 
     OwnOutcome run();
 
@@ -26,6 +33,7 @@ private:
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     void leave_out();
+    void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
     void note(const std::string &line);
     template <class Record> void remember_computed(const List<Record> &list)
@@ -34,10 +42,12 @@ private:
             if (r.status == STATUS_COMPUTE) computed.insert(r.name);
     }
     va::Options options() const;
+    va::Watch told() const;
 
     Model &network;
     Feedback &user;
     const bool checking;
+    const RunWatch &watch;
     std::unordered_set<std::string> computed; // points that get first coordinates
     OwnOutcome outcome;
 };
@@ -61,6 +71,7 @@ bool Road::prepare()
 {
     if (stop(Ending::not_available, not_adjusted_here(network))) return false;
     if (stop(Ending::bad_import, take_imports(network))) return false;
+    watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
     FirstNumbers first = make_first_numbers(network);
@@ -68,16 +79,30 @@ bool Road::prepare()
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
+    watch.begin("equations");
     for (const std::string &line : outcome.numbers.notes) note(line);
     return true;
+}
+
+// What the adjustment tells, in words.
+va::Watch Road::told() const
+{
+    static const char *const steps[] = {"equations", "datum", "order", "factor", "inverse", "statistics"};
+    va::Watch w;
+    w.begin = [this](va::Step step) { watch.begin(steps[(int)step]); };
+    if (watch.progress) w.progress = [this](double share) { watch.progress->share(share); };
+    w.stop = watch.stop;
+    return w;
 }
 
 va::Options Road::options() const
 {
     va::Options o;
+    o.watch = told();
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
-    o.residuals = network.mode == Mode::Statistics;
+    o.residuals = network.mode != Mode::Solution && network.residual_statistics;
+    o.threads = network.threads > 0 ? network.threads : std::thread::hardware_concurrency() > 1 ? 2 : 1;
     for (const PointPlace &point : outcome.numbers.points)
         o.made.push_back(computed.count(point_name(network, point)) > 0);
     o.limits.steps = network.steps;
@@ -109,14 +134,34 @@ void Road::leave_out()
 {
     for (const int i : outcome.adjustment.left_out) {
         const ItemName name = item_name(network, outcome.numbers, i);
-        note(item_text(name) + ": left out, its ends stand in one place or straight above one another");
+        const bool image = outcome.numbers.items[(size_t)i].item == Item::image_point;
+        note(item_text(name) + ": left out, " +
+             (image ? beside_camera : "its ends stand in one place or straight above one another"));
         deselect(network, outcome.numbers.items[(size_t)i]);
+    }
+}
+
+// Image points stand in files of their own, where nothing can be deselected.
+void Road::account_for_image_points()
+{
+    std::vector<Account> &accounts = outcome.run.accounts;
+    const auto points =
+        std::find_if(accounts.begin(), accounts.end(), [](const Account &a) { return a.kind == "image points"; });
+    for (const int i : outcome.adjustment.left_out) {
+        if (outcome.numbers.items[(size_t)i].item != Item::image_point || points == accounts.end()) continue;
+        const ItemName name = item_name(network, outcome.numbers, i);
+        points->used--;
+        points->left_out.push_back({name.file, name.line, name.from, name.to, beside_camera});
     }
 }
 
 void Road::adjust()
 {
     outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    if (outcome.adjustment.status == va::Status::stopped) {
+        outcome.ending = Ending::stopped;
+        return;
+    }
     const va::Iteration &i = outcome.adjustment.iteration;
     if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
     leave_out();
@@ -133,17 +178,24 @@ OwnOutcome Road::run()
     const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
     if (prepare()) adjust();
+    if (watch.stopped()) outcome.ending = Ending::stopped;
+    if (outcome.ending == Ending::stopped) return std::move(outcome);
+    watch.begin("writing");
     const size_t told = outcome.run.prepared.notes.size();
     if (!checking) write_export(network, outcome);
     for (size_t i = told; i < outcome.run.prepared.notes.size(); i++) tell(outcome.run.prepared.notes[i]);
     outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
     outcome.run.accounts = keeper.close(network);
+    account_for_image_points();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return std::move(outcome);
 }
 
 } // namespace
 
-OwnOutcome run_own(Model &network, Feedback &feedback, bool check) { return Road(network, feedback, check).run(); }
+OwnOutcome run_own(Model &network, Feedback &feedback, bool check, const RunWatch &watch)
+{
+    return Road(network, feedback, check, watch).run();
+}
 
 } // namespace vornhost

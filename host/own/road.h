@@ -8,6 +8,7 @@
 
 #include "adjust/adjustment.h"
 #include "host/own/numbers.h"
+#include "host/run/run_watch.h"
 #include "host/run/runner.h"
 
 namespace vornhost {
@@ -23,7 +24,8 @@ enum class Ending {
     no_datum,
     undetermined,
     singular,
-    no_convergence
+    no_convergence,
+    stopped // by the watch
 };
 
 struct OwnOutcome {
@@ -39,8 +41,8 @@ struct OwnOutcome {
 
 // Adjusts the network; tells notes and progress to feedback. A check iterates and judges as a run does, but makes no
 // precision and no files. Records of points get first coordinates, and those of observations that take no part are
-// deselected.
-OwnOutcome run_own(Model &network, Feedback &feedback, bool check = false);
+// deselected. A run that was stopped has written nothing.
+OwnOutcome run_own(Model &network, Feedback &feedback, bool check = false, const RunWatch &watch = {});
 
 } // namespace vornhost
 

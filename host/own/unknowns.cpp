@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "host/own/builder.h"
 
@@ -127,6 +128,43 @@ void add_motion(Builder &b, const lump_definition *d, const MotionPlace &place)
     b.numbers.motions.push_back(place);
 }
 
+// Smallest and largest coordinate of the points that take part, metres.
+struct Range {
+    double least = std::numeric_limits<double>::infinity(), most = -least;
+
+    template <class Record> void take(const Builder &b, const List<Record> &list, int axis)
+    {
+        for (const Record &r : list.records) {
+            if (r.status <= 0) continue;
+            least = std::min(least, r.x[axis] * b.metres);
+            most = std::max(most, r.x[axis] * b.metres);
+        }
+    }
+};
+
+// Whether nothing depends on where the origin of the coordinates is.
+bool is_anywhere(const Builder &b)
+{
+    const project &p = b.network.p;
+    return p.iearth == 0 && p.latitude == 0.0 && p.lumpmethod != 1 && !b.numbers.model.frame.mixed;
+}
+
+// In a national grid the differences of coordinates of neighbours lose digits: at 5,000 km a coordinate has a
+// resolution of 1 nm, and a sight of 1 m one of 1 nrad. An axis whose coordinates lie close together beside their size
+// counts from whole metres among them; they change by this without rounding.
+void set_local_origin(Builder &b)
+{
+    constexpr double close = 0.1;
+    for (int k = 0; k < 3; k++) {
+        Range x;
+        x.take(b, b.network.stations, k);
+        x.take(b, b.network.targets, k);
+        const double middle = 0.5 * (x.least + x.most);
+        if (has_axis(b.network.p.dim, k) && x.most - x.least < close * std::fabs(middle))
+            b.numbers.origin[k] = std::round(middle);
+    }
+}
+
 } // namespace
 
 // Heights above a sphere stand in mixed coordinates, and in the plane where slopes are reduced with them.
@@ -144,6 +182,7 @@ void set_frame(Builder &b)
     f.latitude = p.latitude * pi / 180.0;
     f.azimuth_rotation = p.azrot;
     for (int k = 0; k < 3 && p.iearth != 0; k++) b.numbers.origin[k] = p.trans[k];
+    if (is_anywhere(b)) set_local_origin(b);
 }
 
 void add_points(Builder &b)

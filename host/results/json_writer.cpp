@@ -1,12 +1,10 @@
 #include "host/results/json_writer.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
 
 namespace vornhost {
 
 namespace {
-
-using json = nlohmann::ordered_json; // writes numbers that are not finite as null
 
 constexpr int schema = 2;
 
@@ -15,201 +13,269 @@ const char *const planes[3] = {"xy", "xz", "yz"};
 const char *const rotations[3] = {"rx1", "rx2", "rx3"};
 const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
 
-template <class Value> void put(json &object, const char *key, const std::optional<Value> &value)
+void put(JsonText &json, const char *key, double value) { json.pair(key, value); }
+
+void put(JsonText &json, const char *key, const EllipseResult &e)
 {
-    if (value) object[key] = *value;
+    json.key(key).open_object();
+    json.pair("semi_major_axis", e.a);
+    json.pair("semi_minor_axis", e.b);
+    json.pair("bearing", e.bearing);
+    json.close();
 }
 
-json to_object(const EllipseResult &e)
-{
-    return {{"semi_major_axis", e.a}, {"semi_minor_axis", e.b}, {"bearing", e.bearing}};
-}
-
-json to_object(double value) { return value; }
-
-// Adds an object of the values that are there; nothing when none is.
+// An object of the values that are there; nothing when none is.
 template <class Value, int n>
-void put_axes(json &object, const char *key, const std::optional<Value> (&values)[n], const char *const (&names)[n])
+void put_axes(JsonText &json, const char *key, const std::optional<Value> (&values)[n], const char *const (&names)[n])
 {
-    json axis = json::object();
+    if (std::none_of(values, values + n, [](const auto &v) { return v.has_value(); })) return;
+    json.key(key).open_object();
     for (int c = 0; c < n; c++)
-        if (values[c]) axis[names[c]] = to_object(*values[c]);
-    if (!axis.empty()) object[key] = axis;
+        if (values[c]) put(json, names[c], *values[c]);
+    json.close();
 }
 
-void put_axes(json &object, const char *key, const double (&values)[3], const char *const (&names)[3])
+void put_axes(JsonText &json, const char *key, const double (&values)[3], const char *const (&names)[3])
 {
-    for (int c = 0; c < 3; c++) object[key][names[c]] = values[c];
+    json.key(key).open_object();
+    for (int c = 0; c < 3; c++) json.pair(names[c], values[c]);
+    json.close();
 }
 
-json to_object(const PointResult &p)
+void put_codes(JsonText &json, const std::string (&codes)[3])
 {
-    json point = {{"name", p.name}, {"station", p.station}};
+    if (std::all_of(codes, codes + 3, [](const std::string &c) { return c.empty(); })) return;
+    json.key("code").open_object();
     for (int c = 0; c < 3; c++)
-        if (!p.code[c].empty()) point["code"][axes[c]] = p.code[c];
-    put_axes(point, "approximate", p.approximate, axes);
-    put_axes(point, "adjusted", p.adjusted, axes);
-    put_axes(point, "standard_deviation", p.deviation, axes);
-    put_axes(point, "ellipse", p.ellipse, planes);
-    return point;
+        if (!codes[c].empty()) json.pair(axes[c], codes[c]);
+    json.close();
 }
 
-json to_object(const OrientationResult &o)
+void put(JsonText &json, const PointResult &p)
 {
-    json orientation = {{"station", o.name}};
-    put_axes(orientation, "rotation", o.rotation, rotations);
-    put_axes(orientation, "standard_deviation", o.deviation, rotations);
-    return orientation;
+    json.pair("name", p.name);
+    json.pair("station", p.station);
+    put_codes(json, p.code);
+    put_axes(json, "approximate", p.approximate, axes);
+    put_axes(json, "adjusted", p.adjusted, axes);
+    put_axes(json, "standard_deviation", p.deviation, axes);
+    put_axes(json, "ellipse", p.ellipse, planes);
 }
 
-json to_object(const ResidualResult &r)
+void put(JsonText &json, const OrientationResult &o)
 {
-    json residual = {{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}};
-    if (!r.component.empty()) residual["component"] = r.component;
-    residual["unit"] = r.unit;
-    if (r.observed) residual["value"] = r.value;
-    residual["sigma"] = r.sigma;
-    if (r.observed) residual["residual"] = r.residual;
-    put(residual, "adjusted", r.adjusted);
-    put(residual, "standard_deviation", r.deviation);
-    put(residual, "redundancy", r.redundancy);
-    put(residual, "normalised", r.normalised);
-    json marks = json::object();
-    put(marks, "outside_histogram", r.outside);
-    put(marks, "normal_test", r.normal);
-    put(marks, "normal_test_divided", r.normal_divided);
-    put(marks, "tau_test", r.tau);
-    put(marks, "tau_test_divided", r.tau_divided);
-    if (!marks.empty()) residual["rejected"] = marks;
-    return residual;
+    json.pair("station", o.name);
+    put_axes(json, "rotation", o.rotation, rotations);
+    put_axes(json, "standard_deviation", o.deviation, rotations);
 }
 
-json to_object(const KindResult &k)
+// The head that residuals and suspicious observations share.
+void put_observation(JsonText &json, const ResidualResult &r)
 {
-    json kind = {{"kind", k.kind}, {"sigma_a_priori", k.sigma_apriori}, {"sigma_a_posteriori", k.sigma_aposteriori}};
-    put(kind, "goodness_of_fit_passed", k.goodness_of_fit);
-    kind["rejected"] = {{"normal_test", k.over_normal},
-                        {"normal_test_divided", k.over_normal_divided},
-                        {"tau_test", k.over_tau},
-                        {"tau_test_divided", k.over_tau_divided}};
-    return kind;
+    json.pair("kind", r.kind);
+    json.pair("from", r.from);
+    json.pair("to", r.to);
+    json.pair("file", r.file);
+    json.pair("line", r.line);
 }
 
-json to_object(const GroupResult &g)
+void put_marks(JsonText &json, const ResidualResult &r)
+{
+    if (!r.outside && !r.normal && !r.normal_divided && !r.tau && !r.tau_divided) return;
+    json.key("rejected").open_object();
+    json.pair("outside_histogram", r.outside);
+    json.pair("normal_test", r.normal);
+    json.pair("normal_test_divided", r.normal_divided);
+    json.pair("tau_test", r.tau);
+    json.pair("tau_test_divided", r.tau_divided);
+    json.close();
+}
+
+void put(JsonText &json, const ResidualResult &r)
+{
+    put_observation(json, r);
+    if (!r.component.empty()) json.pair("component", r.component);
+    json.pair("unit", r.unit);
+    if (r.observed) json.pair("value", r.value);
+    json.pair("sigma", r.sigma);
+    if (r.observed) json.pair("residual", r.residual);
+    json.pair("adjusted", r.adjusted);
+    json.pair("standard_deviation", r.deviation);
+    json.pair("redundancy", r.redundancy);
+    json.pair("normalised", r.normalised);
+    put_marks(json, r);
+}
+
+void put(JsonText &json, const KindResult &k)
+{
+    json.pair("kind", k.kind);
+    json.pair("sigma_a_priori", k.sigma_apriori);
+    json.pair("sigma_a_posteriori", k.sigma_aposteriori);
+    json.pair("goodness_of_fit_passed", k.goodness_of_fit);
+    json.key("rejected").open_object();
+    json.pair("normal_test", k.over_normal);
+    json.pair("normal_test_divided", k.over_normal_divided);
+    json.pair("tau_test", k.over_tau);
+    json.pair("tau_test_divided", k.over_tau_divided);
+    json.close();
+}
+
+void put(JsonText &json, const GroupResult &g)
 {
     static const char *const constants[3] = {"additive_constant", "scale", "refraction"};
-    json group = {{"name", g.name}};
-    put_axes(group, "value", g.value, constants);
-    put_axes(group, "standard_deviation", g.deviation, constants);
-    return group;
+    json.pair("name", g.name);
+    put_axes(json, "value", g.value, constants);
+    put_axes(json, "standard_deviation", g.deviation, constants);
 }
 
-json to_object(const CameraResult &c)
+void put(JsonText &json, const CameraResult &c)
 {
-    json camera = {{"name", c.name}};
-    put_axes(camera, "value", c.value, inner);
-    put_axes(camera, "standard_deviation", c.deviation, inner);
-    return camera;
+    json.pair("name", c.name);
+    put_axes(json, "value", c.value, inner);
+    put_axes(json, "standard_deviation", c.deviation, inner);
 }
 
-json to_object(const LumpResult &l)
+void put(JsonText &json, const LumpResult &l)
 {
-    json lump = {{"lump", l.lump}, {"epoch", l.epoch}, {"reference_epoch", l.reference}};
-    put_axes(lump, "translation", l.translation, axes);
-    put_axes(lump, "rotation", l.rotation, axes);
-    lump["scale"] = l.scale;
-    put_axes(lump, "translation_standard_deviation", l.translation_deviation, axes);
-    put_axes(lump, "rotation_standard_deviation", l.rotation_deviation, axes);
-    put(lump, "scale_standard_deviation", l.scale_deviation);
-    return lump;
+    json.pair("lump", l.lump);
+    json.pair("epoch", l.epoch);
+    json.pair("reference_epoch", l.reference);
+    put_axes(json, "translation", l.translation, axes);
+    put_axes(json, "rotation", l.rotation, axes);
+    json.pair("scale", l.scale);
+    put_axes(json, "translation_standard_deviation", l.translation_deviation, axes);
+    put_axes(json, "rotation_standard_deviation", l.rotation_deviation, axes);
+    json.pair("scale_standard_deviation", l.scale_deviation);
 }
 
-json to_object(const PairResult &p)
+void put(JsonText &json, const PairResult &p)
 {
-    json pair = {{"from", p.from}, {"to", p.to}};
-    put_axes(pair, "standard_deviation", p.deviation, axes);
-    put_axes(pair, "ellipse", p.ellipse, planes);
-    return pair;
+    json.pair("from", p.from);
+    json.pair("to", p.to);
+    put_axes(json, "standard_deviation", p.deviation, axes);
+    put_axes(json, "ellipse", p.ellipse, planes);
 }
 
-json to_object(const LeftOut &l)
+void put(JsonText &json, const LeftOut &l)
 {
-    return {{"file", l.file}, {"line", l.line}, {"from", l.from}, {"to", l.to}, {"reason", l.reason}};
+    json.pair("file", l.file);
+    json.pair("line", l.line);
+    json.pair("from", l.from);
+    json.pair("to", l.to);
+    json.pair("reason", l.reason);
 }
 
-json to_object(const Account &a);
+template <class Record> void put_list(JsonText &json, const char *key, const std::vector<Record> &records);
 
-template <class Record> json list(const std::vector<Record> &records)
+void put(JsonText &json, const Account &a)
 {
-    json all = json::array();
-    for (const Record &record : records) all.push_back(to_object(record));
-    return all;
+    json.pair("kind", a.kind);
+    json.pair("read", a.read);
+    json.pair("used", a.used);
+    put_list(json, "left_out", a.left_out);
 }
 
-json to_object(const Account &a)
+template <class Record> void put_list(JsonText &json, const char *key, const std::vector<Record> &records)
 {
-    return {{"kind", a.kind}, {"read", a.read}, {"used", a.used}, {"left_out", list(a.left_out)}};
-}
-
-json suspicious(const Results &results)
-{
-    json all = json::array();
-    for (const size_t i : results.suspicious) {
-        const ResidualResult &r = results.residuals[i];
-        all.push_back({{"kind", r.kind}, {"from", r.from}, {"to", r.to}, {"file", r.file}, {"line", r.line}});
-        put(all.back(), "normalised", r.normalised);
+    json.key(key).open_array();
+    for (const Record &record : records) {
+        json.open_object();
+        put(json, record);
+        json.close();
     }
-    return all;
+    json.close();
 }
 
-json head(const Results &r)
+void put_texts(JsonText &json, const char *key, const std::vector<std::string> &texts)
 {
-    json all = {{"schema", schema},
-                {"program", r.program},
-                {"version", r.version},
-                {"title", r.title},
-                {"file", r.file},
-                {"solver", r.solver},
-                {"mode", r.mode},
-                {"dimension", r.dimension},
-                {"units", {{"length", "m"}, {"angle", "rad"}}},
-                {"adjusted", r.adjusted},
-                {"stage", r.stage},
-                {"code", r.code},
-                {"engine_code", r.engine_code},
-                {"words", json(r.words)},
-                {"notes", json(r.notes)}};
-    if (!r.datum.empty()) all["datum"] = r.datum;
-    put(all, "iterations", r.iterations);
-    all["seconds"] = r.seconds;
-    put(all, "degrees_of_freedom", r.degrees_of_freedom);
-    put(all, "sigma_a_priori", r.sigma_apriori);
-    put(all, "sigma_a_posteriori", r.sigma_aposteriori);
-    put(all, "one_tailed_test_passed", r.one_tailed_test);
-    if (r.variance_test)
-        all["variance_test"] = {{"squares", r.variance_test->squares},
-                                {"lower", r.variance_test->lower},
-                                {"upper", r.variance_test->upper},
-                                {"passed", r.variance_test->passed()}};
-    return all;
+    json.key(key).open_array();
+    for (const std::string &text : texts) json.value(text);
+    json.close();
+}
+
+void put_suspicious(JsonText &json, const Results &results)
+{
+    json.key("suspicious").open_array();
+    for (const size_t i : results.suspicious) {
+        json.open_object();
+        put_observation(json, results.residuals[i]);
+        json.pair("normalised", results.residuals[i].normalised);
+        json.close();
+    }
+    json.close();
+}
+
+void put_variance_test(JsonText &json, const VarianceTest &t)
+{
+    json.key("variance_test").open_object();
+    json.pair("squares", t.squares);
+    json.pair("lower", t.lower);
+    json.pair("upper", t.upper);
+    json.pair("passed", t.passed());
+    json.close();
+}
+
+void put_run(JsonText &json, const Results &r)
+{
+    json.pair("schema", schema);
+    json.pair("program", r.program);
+    json.pair("version", r.version);
+    json.pair("title", r.title);
+    json.pair("file", r.file);
+    json.pair("solver", r.solver);
+    json.pair("mode", r.mode);
+    json.pair("dimension", r.dimension);
+    json.key("units").open_object();
+    json.pair("length", "m");
+    json.pair("angle", "rad");
+    json.close();
+}
+
+void put_head(JsonText &json, const Results &r)
+{
+    put_run(json, r);
+    json.pair("adjusted", r.adjusted);
+    json.pair("stage", r.stage);
+    json.pair("code", r.code);
+    json.pair("engine_code", r.engine_code);
+    put_texts(json, "words", r.words);
+    put_texts(json, "notes", r.notes);
+    if (!r.datum.empty()) json.pair("datum", r.datum);
+    json.pair("iterations", r.iterations);
+    json.pair("seconds", r.seconds);
+    json.pair("degrees_of_freedom", r.degrees_of_freedom);
+    json.pair("sigma_a_priori", r.sigma_apriori);
+    json.pair("sigma_a_posteriori", r.sigma_aposteriori);
+    json.pair("one_tailed_test_passed", r.one_tailed_test);
+    if (r.variance_test) put_variance_test(json, *r.variance_test);
 }
 
 } // namespace
 
+void write_json(const Results &results, const JsonText::Take &take)
+{
+    JsonText json(take);
+    json.open_object();
+    put_head(json, results);
+    put_list(json, "points", results.points);
+    put_list(json, "orientations", results.orientations);
+    put_list(json, "residuals", results.residuals);
+    put_list(json, "kinds", results.kinds);
+    put_list(json, "groups", results.groups);
+    put_list(json, "cameras", results.cameras);
+    put_list(json, "lumps", results.lumps);
+    put_list(json, "pairs", results.pairs);
+    put_suspicious(json, results);
+    put_list(json, "observations", results.accounts);
+    json.close();
+    json.finish();
+}
+
 std::string to_json(const Results &results)
 {
-    json all = head(results);
-    all["points"] = list(results.points);
-    all["orientations"] = list(results.orientations);
-    all["residuals"] = list(results.residuals);
-    all["kinds"] = list(results.kinds);
-    all["groups"] = list(results.groups);
-    all["cameras"] = list(results.cameras);
-    all["lumps"] = list(results.lumps);
-    all["pairs"] = list(results.pairs);
-    all["suspicious"] = suspicious(results);
-    all["observations"] = list(results.accounts);
-    return all.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+    std::string text;
+    write_json(results, [&](std::string_view piece) { text += piece; });
+    return text;
 }
 
 } // namespace vornhost

@@ -35,6 +35,9 @@ public:
     FILE *stream() { return file; }
     void write(std::string_view text);
 
+    // Where it is written for now; empty when that is the target itself.
+    const std::string &temporary_name() const { return temporary; }
+
     // Flushes, closes and gives the file its name.
     void finish();
 

@@ -93,12 +93,20 @@ void check_orientations(const Results &r, Lines &lines)
     for (const Collector *all : {&rotation, &deviation}) all->give(lines);
 }
 
+// Whether all numbers are finite: the sum of finite ones is, but for sizes that no result has.
+bool is_whole(const ResidualResult &m)
+{
+    return std::isfinite(m.value + m.sigma + m.residual + m.deviation.value_or(0.0) + m.adjusted.value_or(0.0) +
+                         m.redundancy.value_or(0.0) + m.normalised.value_or(0.0));
+}
+
 void check_observations(const Results &r, Lines &lines)
 {
     Collector value("observed values"), sigma("standard deviations of observations"), residual("residuals"),
         deviation("standard deviations of residuals"), adjusted("adjusted observations"), redundancy("redundancies"),
         normalised("normalised residuals");
     for (const ResidualResult &m : r.residuals) {
+        if (is_whole(m)) continue;
         const std::string name = m.kind + " " + m.from + " " + m.to;
         value.check(name, m.value);
         sigma.check(name, m.sigma);

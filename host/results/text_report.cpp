@@ -32,7 +32,10 @@ bool is_length(const ResidualResult &r) { return r.unit == "m"; }
 
 class Report {
 public:
-    Report(const Results &all, const std::string &day) : results(all), units(all.units), date(day) {}
+    Report(const Results &all, const std::string &day, bool is_brief)
+        : results(all), units(all.units), date(day), brief(is_brief)
+    {
+    }
 
     std::string text() const
     {
@@ -69,6 +72,7 @@ private:
     const Results &results;
     const ReportUnits units;
     const std::string date;
+    const bool brief;
 };
 
 std::string Report::head() const
@@ -298,7 +302,7 @@ std::string Report::observations_of(const std::string &kind) const
                      {"", "", Align::left},
                      {"place", "", Align::left}});
     for (const ResidualResult &r : results.residuals) {
-        if (r.kind != kind) continue;
+        if (r.kind != kind || (brief && !r.normal_divided.value_or(false))) continue;
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
         table.add({r.from, r.to, r.component, r.observed ? value(r, r.value) : "",
@@ -400,6 +404,9 @@ std::string Report::verdict() const
 
 } // namespace
 
-std::string text_report(const Results &results, const std::string &date) { return Report(results, date).text(); }
+std::string text_report(const Results &results, const std::string &date, bool brief)
+{
+    return Report(results, date, brief).text();
+}
 
 } // namespace vornhost

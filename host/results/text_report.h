@@ -10,8 +10,9 @@
 
 namespace vornhost {
 
-// date is the day of the run as it shall stand in the heading.
-std::string text_report(const Results &results, const std::string &date);
+// date is the day of the run as it shall stand in the heading. A brief report has no lines for the observations that
+// were used, other than the suspicious ones.
+std::string text_report(const Results &results, const std::string &date, bool brief = false);
 
 } // namespace vornhost
 

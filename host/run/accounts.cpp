@@ -97,7 +97,7 @@ std::string Reasons::of(int, const gps_input &g) const
         std::string wrong = of_point(name);
         if (!wrong.empty()) return wrong;
     }
-    return model.solver == Solver::Sparse ? "baselines take part in space only" : "the engine has left it out";
+    return "the engine has left it out";
 }
 
 std::string Reasons::of(int, const image_input &i) const

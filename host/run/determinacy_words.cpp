@@ -19,6 +19,8 @@ constexpr double half_turn = 3.14159265358979323846;
 constexpr double at_centre = 1e-6;
 // Directions this near to an axis or a plane are in it.
 constexpr double in_axis = 1e-6;
+// Directions that rise less are printed by their bearing alone.
+constexpr double level = 5e-4;
 
 std::string number(double x, const char *format)
 {
@@ -179,7 +181,7 @@ std::string along(const double d[3], const Naming &naming)
     if (is_axis(d, 0)) return "along x";
     if (is_axis(d, 1)) return "along y";
     if (is_axis(d, 2)) return "in height";
-    if (std::fabs(d[2]) < in_axis) {
+    if (std::fabs(d[2]) < level) {
         double bearing = std::atan2(d[1], d[0]) / half_turn;
         if (bearing < 0) bearing += 1;
         return "along " + number(bearing * naming.circle / 2, "%.1f") + " " + naming.angle;
@@ -224,8 +226,9 @@ std::string Words::about(const NamedMotion &m, const std::vector<int> &at) const
         return (upright ? " about the vertical through " : " about ") + naming.point(at[0]);
     }
     if (!m.centred) return turn && is_axis(m.direction, 2) ? " about the vertical" : "";
-    std::string place = " about x" + number(m.centre[0], " %.3f") + " y" + number(m.centre[1], " %.3f");
-    if (!plane() && !is_axis(m.direction, 2)) place += " z" + number(m.centre[2], " %.3f");
+    const auto coordinate = [&](int k) { return number(m.centre[k] + naming.origin[k], " %.3f"); };
+    std::string place = " about x" + coordinate(0) + " y" + coordinate(1);
+    if (!plane() && !is_axis(m.direction, 2)) place += " z" + coordinate(2);
     return place;
 }
 
@@ -331,12 +334,25 @@ std::string loose_sentence(const Model &model, const Datum &datum, const Naming 
                           : "observations to the rest or fixed coordinates would do");
 }
 
+bool in_datum(const Model &model, int point)
+{
+    const auto first = model.code.begin() + 3 * (std::ptrdiff_t)point;
+    return std::find(first, first + 3, Code::datum) != first + 3;
+}
+
+// What the datum points do not hold, and what would.
 std::string not_carried_sentence(const Words &words, const Datum &datum)
 {
-    const bool any =
-        std::any_of(words.model.code.begin(), words.model.code.end(), [](Code code) { return code == Code::datum; });
+    const Model &model = words.model;
+    const bool any = std::any_of(model.code.begin(), model.code.end(), [](Code code) { return code == Code::datum; });
+    std::vector<int> movable = movable_points(model, datum), others;
+    std::copy_if(movable.begin(), movable.end(), std::back_inserter(others),
+                 [&](int p) { return !in_datum(model, p); });
+    const std::string remedy = others.empty() ? "fixed or weighted coordinates of " + words.points(movable)
+                                              : "code free for " + words.points(others);
     return "the network can be " + words.movement(datum.not_carried, {}) +
-           (any ? ": the points with code free do not hold this" : ": no point has code free to hold this");
+           (any ? ": the points with code free do not hold this" : ": no point has code free to hold this") + "; " +
+           remedy + " would do";
 }
 
 } // namespace

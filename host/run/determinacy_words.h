@@ -17,6 +17,7 @@ struct Naming {
     std::function<std::string(int)> unknown; // one that is no coordinate: "scale of EDM1"
     double circle = 400;                     // parts of a full circle
     std::string angle = "gon";
+    double origin[3] = {0, 0, 0}; // metres, of the model's coordinates in those of the user
 };
 
 // One line: "free: 2 shifts, 1 turn; scale from 7 distances", "held by 4 fixed coordinates; scale also from 7

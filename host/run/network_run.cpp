@@ -19,13 +19,16 @@ std::string now()
     return clock && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", clock) > 0 ? text : "";
 }
 
-NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool check)
+NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool check,
+                   const RunWatch &watch)
 {
-    OwnOutcome own = run_own(model, feedback, check);
+    OwnOutcome own = run_own(model, feedback, check, watch);
     NetworkRun run;
+    run.stopped = own.ending == Ending::stopped;
+    if (run.stopped) return run;
     run.results = collect_own(model, own, version);
     run.outcome = std::move(own.run);
-    const std::string text = check ? std::string() : text_report(run.results, now());
+    const std::string text = check ? std::string() : text_report(run.results, now(), model.brief);
     fwrite(text.data(), 1, text.size(), report);
     return run;
 }
@@ -41,16 +44,18 @@ NetworkRun engine_run(Model &model, FILE *report, Feedback &feedback, const std:
 
 } // namespace
 
-NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version)
+NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
+                       const RunWatch &watch)
 {
-    const auto road = model.solver == Solver::Sparse ? own_run : engine_run;
-    return road(model, report, feedback, version, false);
+    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, false, watch);
+    return engine_run(model, report, feedback, version, false);
 }
 
-NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version)
+NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
+                         const RunWatch &watch)
 {
-    const auto road = model.solver == Solver::Sparse ? own_run : engine_run;
-    return road(model, report, feedback, version, true);
+    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, true, watch);
+    return engine_run(model, report, feedback, version, true);
 }
 
 } // namespace vornhost

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/results/results.h"
+#include "host/run/run_watch.h"
 #include "host/run/runner.h"
 
 namespace vornhost {
@@ -15,15 +16,18 @@ namespace vornhost {
 struct NetworkRun {
     RunOutcome outcome;
     Results results;
+    bool stopped = false; // by the watch: there is neither outcome nor result, and nothing was written
 };
 
 // Adjusts the network. The report goes to report, notes and progress to feedback. Results of the engine are taken out
 // of the model and released.
-NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version);
+NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
+                       const RunWatch &watch = {});
 
 // Says what the adjustment would be: the solver sparse iterates and judges as a run does, the engine's solvers go up to
 // the check of the datum.
-NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version);
+NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
+                         const RunWatch &watch = {});
 
 } // namespace vornhost
 

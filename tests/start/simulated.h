@@ -41,13 +41,15 @@ public:
     {
         net.model.frame.space = s;
         plane = s == va::Space::plane;
+        level = s == va::Space::heights;
     }
 
     int point(double x, double y, double z, bool fixed)
     {
         const Code c = fixed ? Code::fixed : Code::datum;
         const double v[3] = {x, y, z};
-        const Code codes[3] = {c, c, plane ? Code::absent : c};
+        const Code plan = level ? Code::absent : c;
+        const Code codes[3] = {plan, plan, plane ? Code::absent : c};
         const int p = net.model.add_point(v, codes);
         for (int k = 0; k < 3; k++) net.given.coordinate.push_back(fixed || codes[k] == Code::absent);
         return p;
@@ -137,7 +139,7 @@ private:
     }
 
     std::normal_distribution<double> normal;
-    bool plane = true;
+    bool plane = true, level = false;
 };
 
 } // namespace simulated

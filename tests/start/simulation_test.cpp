@@ -203,7 +203,6 @@ Network levelling(unsigned seed, int gross)
     const int n = m.whole(8, 30);
     for (int i = 0; i < n; i++) {
         m.point(0, 0, m.uniform(0, 100), i == 0);
-        for (int k = 0; k < 2; k++) m.net.given.coordinate[3 * (size_t)i + (size_t)k] = 1;
     }
     for (int i = 0; i < n; i++)
         for (const int step : {1, 3}) m.observe(Kind::height_difference, i, (i + step) % n, 0.001);

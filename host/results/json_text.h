@@ -1,0 +1,64 @@
+// JSON as it grows: objects and arrays are opened, filled and closed, and the text goes on in pieces, so that a large
+// one never stands in memory. Two blanks a level; numbers read back exactly, those that are not finite are null; bytes
+// that are not UTF-8 are replaced.
+
+#ifndef VORNHOST_JSON_TEXT_H
+#define VORNHOST_JSON_TEXT_H
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vornhost {
+
+class JsonText {
+public:
+    using Take = std::function<void(std::string_view)>;
+
+    explicit JsonText(Take its_take) : take(std::move(its_take)) {}
+
+    JsonText &key(std::string_view name); // the next value is that of this key
+    void open_object() { open('{'); }
+    void open_array() { open('['); }
+    void close(); // the innermost object or array
+
+    void value(double number);
+    void value(int number);
+    void value(bool truth);
+    void value(std::string_view words);
+    void value(const char *words) { value(std::string_view(words)); }
+
+    template <class Value> void pair(std::string_view name, const Value &v)
+    {
+        key(name);
+        value(v);
+    }
+    template <class Value> void pair(std::string_view name, const std::optional<Value> &v)
+    {
+        if (v) pair(name, *v);
+    }
+
+    // Hands on what is left, with a line end.
+    void finish();
+
+private:
+    struct Level {
+        char end;
+        bool empty = true;
+    };
+
+    void open(char bracket);
+    void separate();
+    void line();
+
+    Take take;
+    std::string text;
+    std::vector<Level> levels;
+    bool keyed = false; // a key stands there without its value
+};
+
+} // namespace vornhost
+
+#endif
