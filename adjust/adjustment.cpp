@@ -171,6 +171,7 @@ Status Adjustment::find_values()
     outcome.iteration.squares = fill_rows(model, &system);
     if (system.bad_group >= 0) {
         outcome.bad_group = system.bad_group;
+        outcome.bad_row = system.rows.bad_row;
         return Status::bad_covariance;
     }
     Status status;

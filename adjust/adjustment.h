@@ -47,6 +47,7 @@ struct Outcome {
     std::vector<int> left_out; // observations without a derivative at the last values
     std::vector<int> failed;   // unknowns of singular; of no_convergence those that are hardly determined
     int bad_group = -1;
+    int bad_row = -1;            // of the equations, of bad_group: it depends on those of the group before it
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
 
     int rows = 0;                 // usable

@@ -52,7 +52,8 @@ bool is_angle(const Model &model, const Observation &o)
     switch (o.kind) {
     case Kind::direction:
     case Kind::angle:
-    case Kind::azimuth: return true;
+    case Kind::azimuth:
+    case Kind::bearing: return true;
     case Kind::unknown: return model.meaning[o.unknown] == Meaning::angle;
     default: return false;
     }
@@ -73,9 +74,10 @@ void scatter(const int *seen, const double *slope, int n, const int *columns, in
 }
 
 // Whether an observation has an unknown in its row but never answers to it: a vertical angle to the orientation of an
-// instrument that is held upright.
+// instrument that is held upright, an angle to any orientation.
 bool is_blind(const Model &model, const Observation &o, int unknown)
 {
+    if (o.kind == Kind::angle) return o.setup >= 0 && unknown == model.setups[o.setup].first + 2;
     if (o.kind != Kind::vertical_angle) return false;
     const int first = model.setups[o.setup].first;
     const auto upright = [&](int tilt) { return !model.estimated(tilt) && model.value[tilt] == 0.0; };

@@ -12,8 +12,6 @@
 
 namespace vornadjust {
 
-constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;
-
 struct Holding {
     bool exists = false;                   // in this space and these parts
     bool open = false;                     // nothing keeps it

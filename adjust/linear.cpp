@@ -34,7 +34,7 @@ struct Ends {
 
 Ends ends_of(const Observation &o)
 {
-    if (o.kind == Kind::unknown) return {0, {}, {}};
+    if (o.kind == Kind::unknown || o.kind == Kind::difference) return {0, {}, {}};
     const int count = o.kind == Kind::angle ? 3 : 2;
     return {count, {o.from, o.to, o.third}, {o.motion_from, o.motion_to, o.motion_third}};
 }
@@ -50,6 +50,7 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
     case Kind::slope_distance:
     case Kind::plane_distance:
     case Kind::level_distance:
+    case Kind::horizontal_distance:
         if (o.constants >= 0) append(model.constants[o.constants].first, 2);
         break;
     case Kind::direction:
@@ -64,6 +65,10 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
         append(model.setups[o.setup].first, 3);
         append(model.cameras[o.camera].first, 10);
         break;
+    case Kind::difference:
+        append(3 * o.from + o.axis, 1);
+        append(3 * o.to + o.axis, 1);
+        break;
     case Kind::unknown: append(o.unknown, 1); break;
     default: break;
     }
@@ -74,7 +79,8 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
 bool sees_axis(const Frame &frame, Kind kind, int motion, int axis)
 {
     if (motion >= 0) return true;
-    if (kind == Kind::plane_distance) return axis < 2;
+    if (kind == Kind::plane_distance || kind == Kind::horizontal_distance || kind == Kind::bearing) return axis < 2;
+    if (kind == Kind::scale_bar && frame.space == Space::plane) return axis < 2;
     if (kind == Kind::height_difference) return axis == 2 || (frame.curved() && !frame.mixed);
     return true;
 }
@@ -121,15 +127,24 @@ struct Sight {
 
 template <class T> bool has_direction(const Vec3<T> &e) { return std::hypot(value_of(e.x), value_of(e.y)) >= shortest; }
 
+template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3<T> &q)
+{
+    switch (s.o.kind) {
+    case Kind::plane_distance:
+    case Kind::horizontal_distance: return plane_length(p, q);
+    case Kind::level_distance: return level_length(s.frame, p, q, s.heights);
+    case Kind::scale_bar: return bar_length(s.frame, p, q);
+    default: return slope_length(s.frame, p, q, s.heights);
+    }
+}
+
 void distance_by_position(const Sight &s, ByPosition *out)
 {
     using J = Jet<8>;
     const Vec3<J> p = variables<8>(s.end[0], 0), q = variables<8>(s.end[1], 3);
     J constants[2] = {J(0.0), J(1.0)};
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first, 2, 6, constants);
-    const J l = s.o.kind == Kind::plane_distance   ? plane_length(p, q)
-                : s.o.kind == Kind::level_distance ? level_length(s.frame, p, q, s.heights)
-                                                   : slope_length(s.frame, p, q, s.heights);
+    const J l = length_of_kind(s, p, q);
     out->usable = l.v >= shortest;
     take(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
 }
@@ -186,6 +201,13 @@ void azimuth_by_position(const Sight &s, ByPosition *out)
     take(azimuth(s.frame, p, q, s.heights), 0, out);
 }
 
+void bearing_by_position(const Sight &s, ByPosition *out)
+{
+    const auto p = variables<6>(s.end[0], 0), q = variables<6>(s.end[1], 3);
+    out->usable = has_direction(q - p);
+    take(bearing(p, q), 0, out);
+}
+
 void baseline_by_position(const Sight &s, ByPosition *out)
 {
     const auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
@@ -219,14 +241,23 @@ void by_position(const Model &model, const Frame &frame, const Observation &o, B
     switch (o.kind) {
     case Kind::slope_distance:
     case Kind::plane_distance:
-    case Kind::level_distance: return distance_by_position(s, out);
+    case Kind::level_distance:
+    case Kind::horizontal_distance:
+    case Kind::scale_bar: return distance_by_position(s, out);
     case Kind::height_difference: return height_by_position(s, out);
     case Kind::direction: return direction_by_position(s, out);
     case Kind::angle: return angle_by_position(s, out);
     case Kind::vertical_angle: return vertical_by_position(s, out);
     case Kind::azimuth: return azimuth_by_position(s, out);
+    case Kind::bearing: return bearing_by_position(s, out);
     case Kind::baseline: return baseline_by_position(s, out);
     case Kind::image: return image_by_position(s, out);
+    case Kind::difference:
+        out->usable = true;
+        out->value[0] = model.value[3 * (std::size_t)o.to + o.axis] - model.value[3 * (std::size_t)o.from + o.axis];
+        out->slope[0][0] = -1.0;
+        out->slope[0][1] = 1.0;
+        return;
     case Kind::unknown:
         out->usable = true;
         out->value[0] = model.value[o.unknown];

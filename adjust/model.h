@@ -52,19 +52,26 @@ struct Motion {
 };
 
 enum class Kind : unsigned char {
-    slope_distance,    // straight line from instrument (h1 above from) to target (h2 above to)
-    plane_distance,    // horizontal length between the marks; in the plane the length of the coordinate difference
-    level_distance,    // slope distance over plane coordinates that lie on the level of the origin (plane, with held
-                       // heights)
-    height_difference, // of target over instrument, along the verticals
-    direction,         // horizontal circle of a set-up
-    angle,             // horizontal angle at from, from `to` to `third`: direction(third) - direction(to)
-    vertical_angle,    // elevation above the horizon of a set-up
-    azimuth,           // of the line between the marks
-    baseline,          // to - from in the axes of the network: 3 components, in the plane 2, of heights the third alone
-    image,             // 2 components u, v, pixels
-    unknown            // an unknown itself: weighted or imported coordinates, angles, constants
+    slope_distance,      // straight line from instrument (h1 above from) to target (h2 above to)
+    plane_distance,      // horizontal length between the marks; in the plane the length of the coordinate difference
+    level_distance,      // slope distance over plane coordinates that lie on the level of the origin (plane, with held
+                         // heights)
+    horizontal_distance, // plane_distance in every space, as a kind of its own
+    scale_bar,           // straight line between the marks, in the plane that of the first two coordinates
+    height_difference,   // of target over instrument, along the verticals
+    direction,           // horizontal circle of a set-up
+    angle,               // horizontal angle at from, from `to` to `third`: direction(third) - direction(to)
+    vertical_angle,      // elevation above the horizon of a set-up
+    azimuth,             // of the line between the marks
+    bearing,             // of the first two coordinates, from the first axis towards the second
+    baseline,            // to - from in the axes of the network: 3 components, in the plane 2, of heights the third
+                         // alone
+    difference,          // of one coordinate, to - from, as it is an unknown
+    image,               // 2 components u, v, pixels
+    unknown              // an unknown itself: weighted or imported coordinates, angles, constants
 };
+
+constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;
 
 // Number of components (rows) of a kind.
 int components(Kind kind, Space space = Space::space);
@@ -73,6 +80,7 @@ int components(Kind kind, Space space = Space::space);
 struct Observation {
     Kind kind = Kind::slope_distance;
     bool use = true;        // false: as if it were not there
+    unsigned char axis = 0; // kind difference only: which coordinate
     int from = -1, to = -1; // points
     int third = -1;         // point, kind angle only
     int setup = -1;         // direction, vertical_angle, image: the set-up on `from`; angle: -1 or a tilted set-up

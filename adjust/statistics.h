@@ -49,13 +49,13 @@ Ellipse ellipse(double qxx, double qxy, double qyy);
 using Covariance = std::array<double, 6>;
 
 struct Statistics {
-    double sigma = 1.0;                        // root of the variance factor that the standard deviations below contain
-    std::vector<double> deviation;             // [unknowns] standard deviations; 0 for what is held
-    std::vector<Covariance> points;            // [points]
-    std::vector<Covariance> pairs;             // [pairs] of the difference second - first
-    std::vector<double> joint;                 // [joint][joint] cofactors (variance factor 1); 0 for what is held
-    std::vector<RowStatistics> rows;           // [rows]; empty when not asked for
-    std::array<KindStatistics, 11> kinds = {}; // by Kind, of usable rows
+    double sigma = 1.0;              // root of the variance factor that the standard deviations below contain
+    std::vector<double> deviation;   // [unknowns] standard deviations; 0 for what is held
+    std::vector<Covariance> points;  // [points]
+    std::vector<Covariance> pairs;   // [pairs] of the difference second - first
+    std::vector<double> joint;       // [joint][joint] cofactors (variance factor 1); 0 for what is held
+    std::vector<RowStatistics> rows; // [rows]; empty when not asked for
+    std::array<KindStatistics, n_kinds> kinds = {}; // by Kind, of usable rows
 };
 
 struct StatisticsOptions {

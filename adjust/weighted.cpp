@@ -97,7 +97,11 @@ bool weigh_group(const Model &model, const Equations &e, const Columns &columns,
     const int *column = w->column.data() + w->begin[last], n_columns = (int)(w->begin[last + 1] - w->begin[last]);
 
     std::vector<double> l = covariance_of(model, e, group, rows);
-    if (!cholesky(n, l.data())) return false;
+    int pivot = 0;
+    if (!cholesky(n, l.data(), &pivot)) {
+        if (w->bad_row < 0) w->bad_row = rows[pivot];
+        return false;
+    }
     std::vector<double> b = dense_rows(e, columns, rows, column, n_columns);
     forward_substitute(n, l.data(), n_columns + 1, b.data());
     for (int i = 0; i < n; i++) {
@@ -139,12 +143,13 @@ int weigh(const Model &model, const Equations &e, const Columns &columns, Weight
     for (int r = 0; r < e.rows(); r++)
         if (e.group[r] < 0) weigh_alone(e, columns, r, w);
     int bad = -1;
+    w->bad_row = -1;
     for (int g = 0; g < (int)w->members.size(); g++)
         if (!weigh_group(model, e, columns, g, w) && bad < 0) bad = g;
     return bad;
 }
 
-bool cholesky(int n, double *a)
+bool cholesky(int n, double *a, int *pivot)
 {
     for (int j = 0; j < n; j++) {
         double *aj = a + (std::size_t)j * n;
@@ -155,7 +160,10 @@ bool cholesky(int n, double *a)
             if (i < j) {
                 aj[i] = sum / ai[i];
             } else {
-                if (!(sum > 1e-14 * aj[j])) return false; // NaN fails too
+                if (!(sum > 1e-14 * aj[j])) { // NaN fails too
+                    if (pivot) *pivot = j;
+                    return false;
+                }
                 aj[j] = std::sqrt(sum);
             }
         }

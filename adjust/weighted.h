@@ -24,6 +24,7 @@ struct WeightedRows {
     std::vector<double> coefficient;       // [entries] without unit but that of 1 / unknown
     std::vector<double> misclosure;        // [rows]
     std::vector<std::vector<int>> members; // [groups] rows of each group, in the order of their places
+    int bad_row = -1;                      // where the first covariance that is not positive definite shows it
 
     int rows() const { return (int)misclosure.size(); }
 };
@@ -36,8 +37,8 @@ WeightedRows weighted_pattern(const Model &model, const Equations &equations, co
 int weigh(const Model &model, const Equations &equations, const Columns &columns, WeightedRows *rows);
 
 // Cholesky factor L of a covariance, in place in the lower triangle (n x n by rows). False when it is not positive
-// definite.
-bool cholesky(int n, double *a);
+// definite: `pivot` is then the first row that is not independent of those before.
+bool cholesky(int n, double *a, int *pivot = nullptr);
 
 // x = L^-1 x for m right-hand sides side by side (n x m by rows).
 void forward_substitute(int n, const double *l, int m, double *x);

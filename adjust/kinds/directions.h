@@ -1,4 +1,4 @@
-// Horizontal directions, angles and azimuths (radians, from the first axis towards the second).
+// Horizontal directions, angles, azimuths and bearings (radians, from the first axis towards the second).
 // No derivative where the horizontal length of the sight is below `shortest`.
 
 #ifndef VORNADJUST_KINDS_DIRECTIONS_H
@@ -30,6 +30,9 @@ template <class T> T azimuth(const Frame &frame, const Vec3<T> &p, const Vec3<T>
     const T convergence = std::tan(frame.latitude) / frame.origin_radius() * x;
     return direction(levelled(frame, p, sight(frame, p, q, h))) + t - convergence;
 }
+
+// Of the first two coordinates, whatever is up.
+template <class T> T bearing(const Vec3<T> &p, const Vec3<T> &q) { return direction(q - p); }
 
 } // namespace vornadjust
 

@@ -22,6 +22,12 @@ template <class T> T slope_length(const Frame &frame, const Vec3<T> &p, const Ve
 // Between the marks, without the third coordinate.
 template <class T> T plane_length(const Vec3<T> &p, const Vec3<T> &q) { return horizontal_length(q - p); }
 
+// Between the marks: in the plane without the third coordinate.
+template <class T> T bar_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q)
+{
+    return frame.space == Space::plane ? plane_length(p, q) : length(q - p);
+}
+
 // Straight line over plane coordinates that lie on the level of the origin; p.z, q.z are heights above the sphere.
 // With the mean height m of instrument and target the plane length is longer by (radius + m) / (radius + height).
 template <class T> T level_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h)

@@ -32,6 +32,19 @@ void attach_lump(lump_definition &lump, Model::LumpTable &table)
 
 } // namespace
 
+void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
+{
+    const auto take = [&](auto &mine, const auto &list, const auto &none) {
+        if (i < list.size() && list[i] != none) set_note(mine, to, list[i], none);
+    };
+    take(setup, others.setup, -1);
+    take(set, others.set, -1);
+    take(covariance, others.covariance, -1);
+    take(place, others.place, -1);
+    take(id, others.id, std::string());
+    take(remark, others.remark, std::string());
+}
+
 void Model::attach()
 {
     for (size_t i = 0; i < groups.size(); i++) attach_group(groups.records[i], group_members[i]);
@@ -52,6 +65,12 @@ void Model::attach()
 }
 
 double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }
+
+const char *record_name(const Model &model, int point)
+{
+    const size_t i = (size_t)point, stations = model.stations.size();
+    return i < stations ? model.stations.records[i].name : model.targets.records[i - stations].name;
+}
 
 std::string place(const Model &model, Source where)
 {

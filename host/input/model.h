@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/input/field_records.h"
 #include "vorn/project.h"
 
 namespace vornhost {
@@ -25,12 +26,20 @@ enum class Mode { Statistics, Solution, Propagation };
 template <class Record> struct List {
     std::vector<Record> records;
     std::vector<Source> where;
+    RowNotes notes;
 
     size_t size() const { return records.size(); }
     void add(const Record &record, Source at)
     {
         records.push_back(record);
         where.push_back(at);
+    }
+
+    // Row i of another list with all that it says.
+    void add_from(const List &other, size_t i)
+    {
+        notes.copy(other.notes, i, records.size());
+        add(other.records[i], other.where[i]);
     }
 };
 
@@ -73,6 +82,17 @@ struct Model {
     List<image_input> images;
     List<pair_input> pairs;
 
+    // What the engine has no records for.
+    List<SetupRecord> setups;
+    std::vector<std::string> set_words;
+    List<SightRow> angles, horizontal_distances, bearings, scale_bars;
+    List<VectorRow> coordinates, coordinate_differences;
+    List<CovarianceRecord> covariances;
+    struct Apriori {
+        double angle = 1, horizontal_distance = 1, bearing = 1, scale_bar = 1, coordinate = 1,
+               coordinate_difference = 1;
+    } apriori; // factors of the weights, metres and radians
+
     // Lump definitions: the record's arrays live in these vectors, one set a definition.
     struct LumpTable {
         std::vector<int> epoch, code;
@@ -91,6 +111,9 @@ inline bool is_held(int code) { return code == CODE_FIXED || code == CODE_WEIGHT
 
 // Metres in the unit of length of the project.
 double metres_per_unit(const project &p);
+
+// Name in the record of a point by its number: stations, then targets.
+const char *record_name(const Model &model, int point);
 
 // "net.inp:12", or the network file for a record without a place.
 std::string place(const Model &model, Source where);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "host/input/angle.h"
+#include "host/input/covariances.h"
 #include "host/preparation/lump_checks.h"
 #include "host/input/network_tables.h"
 
@@ -52,11 +53,15 @@ const std::vector<SectionKeys> &all_sections()
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
         {"reductions", {"distances"}},
         {"apriori",
-         {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images"}},
-        {"sigma", {"distances", "height_differences", "directions", "vertical_angles", "azimuths"}},
+         {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images",
+          "horizontal_distances", "bearings", "angles", "coordinates", "coordinate_differences", "scale_bars"}},
+        {"sigma",
+         {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "horizontal_distances",
+          "bearings", "angles", "scale_bars"}},
         {"baselines", {"datum_rule"}},
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
+        {"covariances", {}}, // keys are names
         {"tables", std::vector<std::string>(table_names, table_names + TABLE_COUNT)},
     };
     return sections;
@@ -150,6 +155,13 @@ bool sensible_length(double value) { return std::fabs(value) <= largest_length; 
 
 constexpr int not_given = -1;
 
+// Tables with a standard deviation for all rows, and whether it is an angle.
+const std::pair<TableId, bool> sigma_tables[] = {{TABLE_DISTANCES, false}, {TABLE_HEIGHT_DIFFERENCES, false},
+                                                 {TABLE_DIRECTIONS, true}, {TABLE_VERTICAL_ANGLES, true},
+                                                 {TABLE_AZIMUTHS, true},   {TABLE_HORIZONTAL_DISTANCES, false},
+                                                 {TABLE_BEARINGS, true},   {TABLE_ANGLES, true},
+                                                 {TABLE_SCALE_BARS, false}};
+
 // Reads one network file; the members are what its steps share.
 class NetworkReader {
 public:
@@ -170,6 +182,10 @@ private:
     void read_reduction(const toml::table &root);
     void read_methods(const toml::table &root);
     void read_connected_net(const toml::table &root);
+    void read_covariances(const TextFile &file, const toml::table &root);
+    void read_covariance(const TextFile &file, const toml::table &all, const std::string &name);
+    std::optional<Passage> matrix_of(const TextFile &file, Section &section);
+    TextFile *open_file(const toml::value<std::string> &path);
 
     void find_tables(const TextFile &file, const toml::table &root);
     void find_table(const TextFile &file, TableId id, const toml::node &node);
@@ -185,6 +201,7 @@ private:
     project &p;
     Faults &faults;
     std::deque<TextFile> files; // of the tables outside the network file
+    std::vector<MatrixText> matrices;
     std::array<bool, TABLE_COUNT> in_file{};
     bool connected_net = false; // the file of one is named, whether it can be read or not
 };
@@ -199,7 +216,9 @@ void NetworkReader::read(const TextFile &file, const toml::table &root)
     find_tables(file, root);
     read_methods(root);
     read_connected_net(root);
+    read_covariances(file, root);
     read_tables();
+    complete_covariances(net, matrices);
     check_network();
 }
 
@@ -245,7 +264,8 @@ void NetworkReader::check_section(const SectionKeys &section, const toml::node &
     }
     for (const auto &[key, value] : *node.as_table()) {
         const std::string word(key.str());
-        if (std::find(section.keys.begin(), section.keys.end(), word) != section.keys.end()) continue;
+        if (section.keys.empty() || std::find(section.keys.begin(), section.keys.end(), word) != section.keys.end())
+            continue;
         const Source at = place_of(key.source());
         faults.add(at, "unknown key " + quote(word) + " in " + name,
                    faults.wants(at) ? suggestion(word, section.keys, "known keys") : std::string());
@@ -327,15 +347,24 @@ void NetworkReader::read_origin(Section &earth)
 void NetworkReader::read_weights(const toml::table &root)
 {
     Section apriori(root, "apriori", faults), sigma(root, "sigma", faults);
-    const std::pair<const char *, double *> lists[] = {{"distances", &p.sdist},  {"height_differences", &p.sdifh},
-                                                       {"directions", &p.sdir1}, {"vertical_angles", &p.sdir2},
-                                                       {"azimuths", &p.saz},     {"baselines", &p.sgps},
-                                                       {"images", &p.suv}};
+    Model::Apriori &own = net.model.apriori;
+    const std::pair<const char *, double *> lists[] = {{"distances", &p.sdist},
+                                                       {"height_differences", &p.sdifh},
+                                                       {"directions", &p.sdir1},
+                                                       {"vertical_angles", &p.sdir2},
+                                                       {"azimuths", &p.saz},
+                                                       {"baselines", &p.sgps},
+                                                       {"images", &p.suv},
+                                                       {"horizontal_distances", &own.horizontal_distance},
+                                                       {"bearings", &own.bearing},
+                                                       {"angles", &own.angle},
+                                                       {"coordinates", &own.coordinate},
+                                                       {"coordinate_differences", &own.coordinate_difference},
+                                                       {"scale_bars", &own.scale_bar}};
     for (const auto &[key, value] : lists) *value = apriori.number(key, 1.0, above_zero, "above 0");
-    for (int id = TABLE_DISTANCES; id <= TABLE_AZIMUTHS; id++) {
+    for (const auto &[id, angle] : sigma_tables) {
         const char *const key = table_names[id];
         const double value = sigma.number(key, 0.0, above_zero, "above 0");
-        const bool angle = id == TABLE_DIRECTIONS || id == TABLE_VERTICAL_ANGLES || id == TABLE_AZIMUTHS;
         if (angle && !readable_angle(p.iangle, value))
             sigma.fault(*sigma.find(key), sigma.name(key) + " has minutes or seconds of 60 or more",
                         "write degrees as ddd.mmss");
@@ -429,13 +458,74 @@ void NetworkReader::open_table(TableId id, const toml::table &entry)
                    "write { file = \"" + std::string(table_names[id]) + ".csv\" }");
         return;
     }
-    const Source at = place_of(file->source());
-    const auto path = std::filesystem::path(net.model.path).parent_path() / file->get();
-    TextFile &text = files.emplace_back();
-    if (!text.read(path.string(), at, faults)) return;
-    const Source heading = {text.file(), 1, 1};
+    const TextFile *text = open_file(*file);
+    if (!text) return;
+    const Source heading = {text->file(), 1, 1};
     net.tables[id] =
-        std::make_unique<Table>(table_names[id], Passage(text, 0, text.text().size()), Layout::Commas, heading);
+        std::make_unique<Table>(table_names[id], Passage(*text, 0, text->text().size()), Layout::Commas, heading);
+}
+
+// A file that the network file names, null with a fault when it cannot be read.
+TextFile *NetworkReader::open_file(const toml::value<std::string> &path)
+{
+    const auto whole = std::filesystem::path(net.model.path).parent_path() / path.get();
+    TextFile &text = files.emplace_back();
+    return text.read(whole.string(), place_of(path.source()), faults) ? &text : nullptr;
+}
+
+void NetworkReader::read_covariances(const TextFile &file, const toml::table &root)
+{
+    const toml::table *all = root["covariances"].as_table();
+    if (!all) return;
+    for (const auto &[key, node] : *all) {
+        const std::string name(key.str());
+        if (node.is_table())
+            read_covariance(file, *all, name);
+        else
+            faults.add(place_of(key.source()), "covariance " + quote(name) + " is not a section",
+                       "write [covariances." + printable(name) + "] and its keys below");
+    }
+}
+
+void NetworkReader::read_covariance(const TextFile &file, const toml::table &all, const std::string &name)
+{
+    static const Words forms = {{"full", (int)MatrixForm::full},
+                                {"lower", (int)MatrixForm::lower},
+                                {"upper", (int)MatrixForm::upper},
+                                {"band", (int)MatrixForm::band}};
+    static const std::vector<std::string> keys = {"form", "width", "unit", "sigma_factor", "matrix", "file"};
+    constexpr int widest = 1000000;
+    check_section({("covariances." + name).c_str(), keys}, *all.get(name));
+    Section section(all, name.c_str(), faults);
+    MatrixText text;
+    text.at = section.place();
+    text.form = (MatrixForm)section.word("form", (int)MatrixForm::full, forms);
+    text.width = section.whole("width", 0, 0, widest);
+    text.sigma_factor = section.number("sigma_factor", 1.0, above_zero, "above 0");
+    section.word("unit", 0, {{"sigma", 0}});
+    text.numbers = matrix_of(file, section);
+    matrices.push_back(text);
+    net.covariances.add(name, text.at);
+    CovarianceRecord record;
+    record.name = printable(name);
+    net.model.covariances.add(record, text.at);
+}
+
+// The numbers, in the section itself or in a file of their own.
+std::optional<Passage> NetworkReader::matrix_of(const TextFile &file, Section &section)
+{
+    const toml::node *inside = section.find("matrix"), *outside = section.find("file");
+    if (!inside == !outside)
+        faults.add(section.place(), inside ? "matrix and file are both given" : "the covariance has no numbers",
+                   inside ? "keep one of the two" : "write matrix = \"\"\"...\"\"\" or file = \"NAME.cov\"");
+    else if (const toml::node *node = inside ? inside : outside; !node->is_string())
+        section.fault(*node, section.name(inside ? "matrix" : "file") + " is not a text",
+                      "write it in quotation marks");
+    else if (inside)
+        return passage_of(file, node->source());
+    else if (const TextFile *text = open_file(*node->as_string()))
+        return Passage(*text, 0, text->text().size());
+    return std::nullopt;
 }
 
 void NetworkReader::read_tables()
@@ -443,8 +533,10 @@ void NetworkReader::read_tables()
     read_groups(net);
     read_stations(net);
     read_targets(net);
+    read_setups(net);
     read_measures(net);
     read_baselines(net);
+    read_field_kinds(net);
     read_cameras(net);
     read_images(net);
     read_lumps(net);
@@ -459,6 +551,7 @@ void NetworkReader::check_network()
         faults.add({0, 0, 0}, "no points", "list them in table stations or targets");
     bool observed = named(TABLE_IMAGES) || named(TABLE_BASELINES);
     for (int id = TABLE_DISTANCES; id <= TABLE_AZIMUTHS; id++) observed = observed || named((TableId)id);
+    for (int id = TABLE_HORIZONTAL_DISTANCES; id < TABLE_COUNT; id++) observed = observed || named((TableId)id);
     if (!observed) faults.add({0, 0, 0}, "no observations", "list them in a table such as distances");
     if (net.model.images.size() > 0 && (p.dim == 1 || p.dim == 2))
         faults.add(net.model.images.where[0], "images need three dimensions", "write dimension = 3 in [run]");

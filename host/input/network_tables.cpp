@@ -11,10 +11,26 @@
 
 namespace vornhost {
 
-const char *const table_names[TABLE_COUNT] = {"stations",   "targets",         "distances", "height_differences",
-                                              "directions", "vertical_angles", "azimuths",  "baselines",
-                                              "groups",     "cameras",         "images",    "lumps",
-                                              "pairs"};
+const char *const table_names[TABLE_COUNT] = {"stations",
+                                              "targets",
+                                              "distances",
+                                              "height_differences",
+                                              "directions",
+                                              "vertical_angles",
+                                              "azimuths",
+                                              "baselines",
+                                              "groups",
+                                              "cameras",
+                                              "images",
+                                              "lumps",
+                                              "pairs",
+                                              "setups",
+                                              "horizontal_distances",
+                                              "bearings",
+                                              "angles",
+                                              "coordinates",
+                                              "coordinate_differences",
+                                              "scale_bars"};
 
 bool Network::has_dimension(int coordinate) const
 {

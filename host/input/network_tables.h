@@ -33,6 +33,13 @@ enum TableId {
     TABLE_IMAGES,
     TABLE_LUMPS,
     TABLE_PAIRS,
+    TABLE_SETUPS,
+    TABLE_HORIZONTAL_DISTANCES,
+    TABLE_BEARINGS,
+    TABLE_ANGLES,
+    TABLE_COORDINATES,
+    TABLE_COORDINATE_DIFFERENCES,
+    TABLE_SCALE_BARS,
     TABLE_COUNT
 };
 
@@ -54,15 +61,19 @@ struct Network {
     NameIndex points;                                       // stations, then targets
     size_t station_names = 0;                               // how many of them are stations
     std::vector<bool> in_group;                             // the station of this number belongs to a group
-    NameIndex groups, cameras;
-    std::unordered_map<int, size_t> lumps; // index of the definition of a lump
+    NameIndex groups, cameras, covariances;
+    std::unordered_map<std::string, int> setups; // index by number of the station and word
+    std::unordered_map<std::string, int> sets;   // index by word
+    std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
 
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
 
 void read_stations(Network &net);
 void read_targets(Network &net);
-void read_measures(Network &net); // the five lists of observations
+void read_setups(Network &net);
+void read_measures(Network &net);    // the five lists of observations
+void read_field_kinds(Network &net); // observations that the engine does not know
 void read_baselines(Network &net);
 void read_groups(Network &net);
 void read_cameras(Network &net);

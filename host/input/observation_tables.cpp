@@ -7,17 +7,26 @@
 #include "host/input/network_tables.h"
 
 #include "host/input/angle.h"
+#include "host/input/note_columns.h"
 
 namespace vornhost {
 
 namespace {
 
-enum { FROM, TO, VALUE, SIGMA, H1, H2, EPOCH, USE, CONSTANTS };
+enum { FROM, TO, VALUE, SIGMA, H1, H2, EPOCH, USE, ID, REMARK, COVARIANCE, SETUP, SET, CONSTANTS = SET };
 
 const std::vector<Column> measure_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},
-                                             {"h1"},         {"h2"},       {"epoch"},       {"use"}};
-const std::vector<Column> distance_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},    {"h1"},
-                                              {"h2"},         {"epoch"},    {"use"},         {"constants"}};
+                                             {"h1"},         {"h2"},       {"epoch"},       {"use"},
+                                             {"id"},         {"remark"},   {"covariance"}};
+
+std::vector<Column> with(std::vector<Column> columns, std::initializer_list<const char *> more)
+{
+    for (const char *name : more) columns.push_back({name});
+    return columns;
+}
+
+const std::vector<Column> distance_columns = with(measure_columns, {"setup", "constants"});
+const std::vector<Column> sight_columns = with(measure_columns, {"setup", "set"});
 
 const double pi = 4.0 * atan(1.0);
 
@@ -64,8 +73,28 @@ double read_value(Network &net, Row &row, int kind)
     return value;
 }
 
+// Columns of a list, and what of them is said beside the values.
+const std::vector<Column> &columns_of(int kind)
+{
+    if (kind == KIND_DISTANCE) return distance_columns;
+    return kind == KIND_DIRECTION || kind == KIND_VERTICAL ? sight_columns : measure_columns;
+}
+
+NoteColumns notes_of(int kind)
+{
+    NoteColumns notes{ID, REMARK, COVARIANCE};
+    const bool sight = kind == KIND_DIRECTION || kind == KIND_VERTICAL;
+    if (sight || kind == KIND_DISTANCE) notes.setup = SETUP;
+    if (sight) notes.set = SET;
+    return notes;
+}
+
+// 0 where a covariance says it.
 double read_sigma(Network &net, Row &row, TableId id, int kind)
 {
+    if (row.given(COVARIANCE) && !row.given(SIGMA)) return 0.0;
+    if (!row.given(SIGMA) && net.sigma[id] <= 0.0 && !row.has_cell(SIGMA) && row.has_cell(COVARIANCE))
+        row.fault(COVARIANCE, "the row has neither sigma nor covariance", "write one of the two");
     if (!row.given(SIGMA) && net.sigma[id] <= 0.0)
         row.missing(SIGMA, ("write it there or in [sigma] " + std::string(table_names[id])).c_str());
     const double sigma = row.positive(SIGMA, net.sigma[id]);
@@ -86,12 +115,13 @@ void check_ends(Network &net, Row &row, int from, int to, int kind)
               "list it under stations");
 }
 
-// Distances that take the constants of their station's group are a kind of their own.
-int distance_kind(Network &net, Row &row, int from)
+// Distances that take the constants of their instrument's group are a kind of their own.
+int distance_kind(Network &net, Row &row, int from, int setup)
 {
     if (!row.yes(CONSTANTS, false)) return KIND_DISTANCE;
     if (from < 0) return KIND_DISTANCE_CONSTANTS;
-    const bool grouped = (size_t)from < net.in_group.size() && net.in_group[(size_t)from];
+    const bool grouped = ((size_t)from < net.in_group.size() && net.in_group[(size_t)from]) ||
+                         (setup >= 0 && net.model.setups.records[(size_t)setup].group >= 0);
     if (!grouped)
         row.fault(CONSTANTS, "point " + quote(row.text(FROM)) + " belongs to no group",
                   "name its group in table stations");
@@ -107,20 +137,23 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     pad_name(m.to, row.text(TO));
     m.val = read_value(net, row, list.kind);
     m.sig = read_sigma(net, row, list.id, list.kind);
+    List<measure_input> &measures = net.model.*list.list;
+    const int setup = read_notes(net, row, notes_of(list.kind), from, measures.notes, measures.size());
     m.h1 = row.length(H1, 0.0) * net.metres;
+    if (setup >= 0 && !row.given(H1)) m.h1 = net.model.setups.records[(size_t)setup].h;
     m.h2 = row.length(H2, 0.0) * net.metres;
     m.time = row.whole(EPOCH, 0, 0, largest_epoch);
-    m.typ = list.kind == KIND_DISTANCE ? distance_kind(net, row, from) : list.kind;
+    m.typ = list.kind == KIND_DISTANCE ? distance_kind(net, row, from, setup) : list.kind;
     if (!row.yes(USE, true)) m.typ = -m.typ;
-    (net.model.*list.list).add(m, row.at());
+    measures.add(m, row.at());
 }
 
 void read_list(Network &net, const ListKind &list)
 {
     Table *table = net.tables[list.id].get();
     if (!table) return;
-    table->parse(list.kind == KIND_DISTANCE ? distance_columns : measure_columns, net.faults);
-    if (table->rows() > 0 && !table->has(SIGMA) && net.sigma[list.id] <= 0.0)
+    table->parse(columns_of(list.kind), net.faults);
+    if (table->rows() > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && net.sigma[list.id] <= 0.0)
         net.faults.add(table->heading_place(), "sigma is not known in table " + table->name(),
                        "add a column sigma or write [sigma] " + table->name());
     for (size_t i = 0; i < table->rows(); i++) {
@@ -129,11 +162,25 @@ void read_list(Network &net, const ListKind &list)
     }
 }
 
-enum { DX = TO + 1, CXX = DX + 3, CXY, CXZ, CYY, CYZ, CZZ, BASELINE_USE };
+enum {
+    DX = TO + 1,
+    CXX = DX + 3,
+    CXY,
+    CXZ,
+    CYY,
+    CYZ,
+    CZZ,
+    BASELINE_USE,
+    BASELINE_ID,
+    BASELINE_REMARK,
+    BASELINE_COVARIANCE
+};
 
-const std::vector<Column> baseline_columns = {{"from", true}, {"to", true},  {"dx", true},  {"dy", true},
-                                              {"dz", true},   {"cxx", true}, {"cxy"},       {"cxz"},
-                                              {"cyy", true},  {"cyz"},       {"czz", true}, {"use"}};
+const std::vector<Column> baseline_columns = {{"from", true}, {"to", true}, {"dx", true}, {"dy", true}, {"dz", true},
+                                              {"cxx"},        {"cxy"},      {"cxz"},      {"cyy"},      {"cyz"},
+                                              {"czz"},        {"use"},      {"id"},       {"remark"},   {"covariance"}};
+
+constexpr bool is_variance(int element) { return element == 0 || element == 3 || element == 5; }
 
 // The covariance must have positive variances and correlations within -1 and 1.
 void check_covariance(Row &row, const double *c)
@@ -152,6 +199,20 @@ void check_covariance(Row &row, const double *c)
     row.fault(CXX, "covariance of the baseline is not positive definite", "check cxy, cxz and cyz");
 }
 
+void read_own_covariance(Network &net, Row &row, gps_input &g)
+{
+    double covariance[6];
+    for (int i = 0; i < 6; i++) {
+        if (is_variance(i) && !row.has_cell(CXX + i) && row.has_cell(BASELINE_COVARIANCE))
+            row.fault(BASELINE_COVARIANCE, "the row has neither variances nor covariance", "write one of the two");
+        else if (is_variance(i) && !row.given(CXX + i))
+            row.missing(CXX + i, "write a number above 0");
+        covariance[i] = row.length(CXX + i, is_variance(i) ? 1.0 : 0.0);
+        g.cov[i] = covariance[i] * net.metres * net.metres;
+    }
+    check_covariance(row, covariance);
+}
+
 void read_baseline(Network &net, Row &row)
 {
     gps_input g = gps_input();
@@ -163,16 +224,23 @@ void read_baseline(Network &net, Row &row)
         if (!row.given(DX + i)) row.missing(DX + i, "write a number");
         g.dx[i] = row.length(DX + i, 0.0) * net.metres;
     }
-    double covariance[6];
-    for (int i = 0; i < 6; i++) {
-        const bool variance = i == 0 || i == 3 || i == 5;
-        if (variance && !row.given(CXX + i)) row.missing(CXX + i, "write a number above 0");
-        covariance[i] = row.length(CXX + i, variance ? 1.0 : 0.0);
-        g.cov[i] = covariance[i] * net.metres * net.metres;
-    }
-    check_covariance(row, covariance);
+    if (!row.given(BASELINE_COVARIANCE)) read_own_covariance(net, row, g);
     g.status = row.yes(BASELINE_USE, true) ? 1 : -1;
-    net.model.baselines.add(g, row.at());
+    List<gps_input> &list = net.model.baselines;
+    read_notes(net, row, {BASELINE_ID, BASELINE_REMARK, BASELINE_COVARIANCE}, from, list.notes, list.size());
+    list.add(g, row.at());
+}
+
+// Without a covariance that several share, each baseline needs its variances.
+void require_variances(Network &net)
+{
+    const Table *table = net.tables[TABLE_BASELINES].get();
+    if (!table || table->has(BASELINE_COVARIANCE)) return;
+    for (const int column : {CXX, CYY, CZZ})
+        if (!table->has(column))
+            net.faults.add(table->heading_place(),
+                           std::string("column ") + table->column_name(column) + " is missing in table baselines",
+                           "add it to the heading");
 }
 
 const std::vector<Column> pair_columns = {{"from", true}, {"to", true}};
@@ -202,7 +270,11 @@ void read_measures(Network &net)
     for (const ListKind &list : lists) read_list(net, list);
 }
 
-void read_baselines(Network &net) { read_rows(net, TABLE_BASELINES, baseline_columns, read_baseline); }
+void read_baselines(Network &net)
+{
+    read_rows(net, TABLE_BASELINES, baseline_columns, read_baseline);
+    require_variances(net);
+}
 
 void read_pairs(Network &net) { read_rows(net, TABLE_PAIRS, pair_columns, read_pair); }
 

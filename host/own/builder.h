@@ -14,6 +14,11 @@
 
 namespace vornhost {
 
+// A component of an observation that shares a covariance.
+struct CovarianceMember {
+    int covariance, place, observation, component;
+};
+
 struct Builder {
     explicit Builder(Model &its_network) : network(its_network), units(its_network.p), metres(metres_per_unit(units)) {}
 
@@ -22,16 +27,21 @@ struct Builder {
     const double metres;
     Numbers numbers;
     std::unordered_map<std::string, int> points; // by name in a record
-    std::vector<int> setups;                     // [stations] the first set-up of each or -1
+    std::vector<int> setups;                     // [stands] the first set-up of each or -1
     Rounds rounds;                               // a set-up for each orientation, one behind the other
-    std::vector<int> station_constants;          // [stations] or -1
+    std::vector<int> constants;                  // [stands] or -1
+    std::vector<CovarianceMember> members;       // components that share a covariance
     std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch
 
     int point(const char *name) const;
     const station_input *station_of(int point) const; // null for a target
     int lump_of(int point) const;
     int motion_at(int point, int epoch) const; // -1: unmoved
+    int stand(int point, int setup) const;     // of a station and the note of a row; -1 for a target
     void observe(const vornadjust::Observation &observation, const ItemPlace &place);
+    // Of the observation made last, the component that stands `offset` behind the first of its row.
+    void correlate(const RowNotes &notes, size_t row, int offset, int component);
+    bool leave_out(const vornadjust::Observation &observation, Source at); // where it needs an absent coordinate
 };
 
 void set_frame(Builder &b);
@@ -43,9 +53,11 @@ void add_motions(Builder &b);
 
 void add_measures(Builder &b);
 void add_baselines(Builder &b);
+void add_field_kinds(Builder &b);
 void add_images(Builder &b);
 void add_weighted(Builder &b);
 void add_imports(Builder &b);
+void add_covariances(Builder &b);
 
 } // namespace vornhost
 

@@ -41,6 +41,7 @@ private:
     void orientations();
     void residuals();
     void residual(int row);
+    int words_of(const ItemPlace &item, const ItemName &name);
     void mark(const va::RowStatistics &s, ResidualResult &r) const;
     void find_suspicious();
     void kinds();
@@ -144,7 +145,10 @@ void Collection::orientations()
             values.code[(size_t)first + 2] == va::Code::absent)
             continue; // an upright instrument whose circle nobody read
         OrientationResult o;
-        o.name = plain_name(network.stations.records[(size_t)numbers.setup_stations[s]].name);
+        const SetupPlace &setup = numbers.setups[s];
+        o.name = plain_name(record_name(network, setup.station));
+        if (setup.named >= 0) o.setup = network.setups.records[(size_t)setup.named].word;
+        if (setup.set >= 0) o.set = network.set_words[(size_t)setup.set];
         for (int k = 0; k < 3; k++) {
             o.rotation[k] = std::remainder(values.value[(size_t)first + (size_t)k], turn);
             if (estimated(first + k)) o.deviation[k] = deviation(first + k);
@@ -166,7 +170,8 @@ const char *unit_of(const va::Model &model, const va::Observation &o)
     case va::Kind::direction:
     case va::Kind::angle:
     case va::Kind::vertical_angle:
-    case va::Kind::azimuth: return "rad";
+    case va::Kind::azimuth:
+    case va::Kind::bearing: return "rad";
     case va::Kind::image: return "pixel";
     case va::Kind::unknown: break;
     default: return "m";
@@ -179,9 +184,13 @@ const char *unit_of(const va::Model &model, const va::Observation &o)
     }
 }
 
-bool is_circle(const va::Observation &o) { return o.kind == va::Kind::direction || o.kind == va::Kind::azimuth; }
+bool is_circle(const va::Observation &o)
+{
+    return o.kind == va::Kind::direction || o.kind == va::Kind::azimuth || o.kind == va::Kind::bearing ||
+           (o.kind == va::Kind::angle && o.value[0] >= 0.0);
+}
 
-// An adjusted direction or azimuth as it is read, from 0 to a full circle.
+// An adjusted direction, azimuth, bearing or angle as it is read, from 0 to a full circle.
 double on_circle(double angle)
 {
     const double a = std::fmod(angle, turn);
@@ -227,7 +236,24 @@ void Collection::residual(int row)
         if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
         mark(s, r);
     }
+    r.words = words_of(numbers.items[(size_t)e.observation[(size_t)row]], name);
     results.residuals.push_back(r);
+}
+
+// What the row says beside its values; -1 where it says nothing.
+int Collection::words_of(const ItemPlace &item, const ItemName &name)
+{
+    RowWords words;
+    words.at = name.at;
+    if (const ItemNotes n = item_notes(network, item); n.notes) {
+        words.id = note_at(n.notes->id, n.row);
+        words.remark = note_at(n.notes->remark, n.row);
+        if (const int s = note_at(n.notes->setup, n.row); s >= 0) words.setup = network.setups.records[(size_t)s].word;
+        if (const int s = note_at(n.notes->set, n.row); s >= 0) words.set = network.set_words[(size_t)s];
+    }
+    if (words.empty()) return -1;
+    results.row_words.push_back(words);
+    return (int)results.row_words.size() - 1;
 }
 
 void Collection::residuals()
@@ -260,18 +286,27 @@ void Collection::kinds()
 {
     if (!precise || planned || adjustment.redundancy <= 0) return;
     const project &p = network.p;
+    const Model::Apriori &own = network.apriori;
+    const bool coordinates = network.coordinates.size() > 0;
     const struct {
         const char *name;
         va::Kind first, last;
         double apriori;
-    } all[] = {{"distance", va::Kind::slope_distance, va::Kind::level_distance, p.sdist},
-               {"height difference", va::Kind::height_difference, va::Kind::height_difference, p.sdifh},
-               {"direction", va::Kind::direction, va::Kind::direction, p.sdir1},
-               {"vertical angle", va::Kind::vertical_angle, va::Kind::vertical_angle, p.sdir2},
-               {"azimuth", va::Kind::azimuth, va::Kind::azimuth, p.saz},
-               {"baseline", va::Kind::baseline, va::Kind::baseline, p.sgps},
-               {"image point", va::Kind::image, va::Kind::image, p.suv},
-               {"weighted or imported", va::Kind::unknown, va::Kind::unknown, 1.0}};
+    } all[] = {
+        {"distance", va::Kind::slope_distance, va::Kind::level_distance, p.sdist},
+        {"horizontal distance", va::Kind::horizontal_distance, va::Kind::horizontal_distance, own.horizontal_distance},
+        {"scale bar", va::Kind::scale_bar, va::Kind::scale_bar, own.scale_bar},
+        {"height difference", va::Kind::height_difference, va::Kind::height_difference, p.sdifh},
+        {"direction", va::Kind::direction, va::Kind::direction, p.sdir1},
+        {"angle", va::Kind::angle, va::Kind::angle, own.angle},
+        {"vertical angle", va::Kind::vertical_angle, va::Kind::vertical_angle, p.sdir2},
+        {"azimuth", va::Kind::azimuth, va::Kind::azimuth, p.saz},
+        {"bearing", va::Kind::bearing, va::Kind::bearing, own.bearing},
+        {"baseline", va::Kind::baseline, va::Kind::baseline, p.sgps},
+        {"coordinate difference", va::Kind::difference, va::Kind::difference, own.coordinate_difference},
+        {"image point", va::Kind::image, va::Kind::image, p.suv},
+        {coordinates ? "observed, weighted or imported" : "weighted or imported", va::Kind::unknown, va::Kind::unknown,
+         coordinates ? own.coordinate : 1.0}};
     for (const auto &a : all) {
         va::KindStatistics sum;
         for (int k = (int)a.first; k <= (int)a.last; k++) {
@@ -291,7 +326,8 @@ void Collection::kinds()
         }
         const bool others = a.first == va::Kind::unknown;
         for (const ResidualResult &r : results.residuals) {
-            const bool weighted = r.kind.rfind("weighted", 0) == 0 || r.kind.rfind("imported", 0) == 0;
+            const bool weighted = r.kind.rfind("weighted", 0) == 0 || r.kind.rfind("imported", 0) == 0 ||
+                                  r.kind.rfind("observed", 0) == 0;
             if (others ? !weighted : r.kind != a.name) continue;
             k.over_normal += r.normal.value_or(false);
             k.over_normal_divided += r.normal_divided.value_or(false);

@@ -34,7 +34,7 @@ bool add_image(Builder &b, const image_input &image, int record)
     o.from = b.point(image.station);
     o.camera = camera_of(b, image.camera);
     if (o.from < 0 || o.camera < 0 || !b.numbers.points[(size_t)o.from].station) return false;
-    o.setup = b.setups[(size_t)b.numbers.points[(size_t)o.from].record];
+    o.setup = b.setups[(size_t)b.stand(o.from, -1)];
     const std::vector<ImageLine> lines = usable_lines(b, image);
     if (lines.size() < least_points || o.setup < 0) return false;
     o.factor = b.network.p.suv;

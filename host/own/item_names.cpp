@@ -19,7 +19,7 @@ void set_place(const Model &network, Source where, ItemName &name)
 ItemName measure_name(const Model &network, const char *kind, const List<measure_input> &list, int record)
 {
     const measure_input &m = list.records[(size_t)record];
-    ItemName name{kind, plain_name(m.from), plain_name(m.to), "", "", 0};
+    ItemName name{kind, plain_name(m.from), plain_name(m.to), "", "", 0, ""};
     set_place(network, list.where[(size_t)record], name);
     return name;
 }
@@ -27,7 +27,7 @@ ItemName measure_name(const Model &network, const char *kind, const List<measure
 ItemName baseline_name(const Model &network, int record)
 {
     const gps_input &g = network.baselines.records[(size_t)record];
-    ItemName name{"baseline", plain_name(g.from), plain_name(g.to), "", "", 0};
+    ItemName name{"baseline", plain_name(g.from), plain_name(g.to), "", "", 0, ""};
     set_place(network, network.baselines.where[(size_t)record], name);
     return name;
 }
@@ -37,7 +37,8 @@ ItemName image_name(const Model &network, const Numbers &numbers, int observatio
     const ItemPlace &item = numbers.items[(size_t)observation];
     const image_input &image = network.images.records[(size_t)item.record];
     const PointPlace &to = numbers.points[(size_t)numbers.model.observations[(size_t)observation].to];
-    return {"image point", plain_name(image.station), plain_name(point_name(network, to)), "", image.file, item.part};
+    return {
+        "image point", plain_name(image.station), plain_name(point_name(network, to)), "", image.file, item.part, ""};
 }
 
 // Of a station or, behind these, a target.
@@ -46,22 +47,44 @@ ItemName coordinate_name(const Model &network, const char *kind, const ItemPlace
     const int stations = (int)network.stations.size();
     const bool station = item.record < stations;
     const PointPlace point{station, station ? item.record : item.record - stations};
-    ItemName name{kind, plain_name(point_name(network, point)), "", axes[item.part], "", 0};
+    ItemName name{kind, plain_name(point_name(network, point)), "", axes[item.part], "", 0, ""};
     set_place(network, point_source(network, point), name);
     return name;
 }
 
-ItemName rotation_name(const Model &network, const ItemPlace &item)
+ItemName rotation_name(const Model &network, const Numbers &numbers, const ItemPlace &item)
 {
-    const PointPlace station{true, item.record};
-    ItemName name{"weighted rotation", plain_name(point_name(network, station)), "", rotations[item.part], "", 0};
-    set_place(network, point_source(network, station), name);
+    const SetupPlace &setup = numbers.setups[(size_t)item.record];
+    const PointPlace station{true, setup.station};
+    ItemName name{"weighted rotation", plain_name(point_name(network, station)), "", rotations[item.part], "", 0, ""};
+    const bool named = setup.named >= 0;
+    set_place(network, named ? network.setups.where[(size_t)setup.named] : point_source(network, station), name);
+    return name;
+}
+
+ItemName sight_name(const Model &network, const char *kind, const List<SightRow> &list, int record)
+{
+    const SightRow &row = list.records[(size_t)record];
+    const auto point = [&](int p) { return plain_name(record_name(network, p)); };
+    const bool angle = row.third >= 0;
+    ItemName name{kind, point(angle ? row.to : row.from), point(angle ? row.third : row.to), "", "", 0, ""};
+    if (angle) name.at = point(row.from);
+    set_place(network, list.where[(size_t)record], name);
+    return name;
+}
+
+ItemName vector_name(const Model &network, const char *kind, const List<VectorRow> &list, const ItemPlace &item)
+{
+    const VectorRow &row = list.records[(size_t)item.record];
+    ItemName name{kind, plain_name(record_name(network, row.from)), "", axes[item.part], "", 0, ""};
+    if (row.to >= 0) name.to = plain_name(record_name(network, row.to));
+    set_place(network, list.where[(size_t)item.record], name);
     return name;
 }
 
 ItemName constant_name(const Model &network, const ItemPlace &item)
 {
-    ItemName name{"weighted constant", network.group_names[(size_t)item.record], "", constants[item.part], "", 0};
+    ItemName name{"weighted constant", network.group_names[(size_t)item.record], "", constants[item.part], "", 0, ""};
     set_place(network, network.groups.where[(size_t)item.record], name);
     return name;
 }
@@ -90,9 +113,9 @@ std::string unknown_name(const Model &network, const Numbers &numbers, int unkno
         return std::string(axes[unknown % 3]) + " of " +
                plain_name(point_name(network, numbers.points[(size_t)(unknown / 3)]));
     if (find(m.setups, 3, unknown, &i, &k)) {
-        const std::string station =
-            plain_name(network.stations.records[(size_t)numbers.setup_stations[(size_t)i]].name);
-        return (k == 2 ? "orientation" : rotations[k]) + std::string(" of ") + station;
+        const SetupPlace &setup = numbers.setups[(size_t)i];
+        const std::string station = plain_name(record_name(network, setup.station));
+        return (k == 2 ? "orientation" : rotations[k]) + std::string(" of ") + station + setup_words(network, setup);
     }
     if (find(m.constants, 3, unknown, &i, &k))
         return constants[k] + std::string(" of group ") +
@@ -118,15 +141,54 @@ ItemName item_name(const Model &network, const Numbers &numbers, int observation
     case Item::baseline: return baseline_name(network, item.record);
     case Item::image_point: return image_name(network, numbers, observation);
     case Item::weighted_coordinate: return coordinate_name(network, "weighted coordinate", item);
-    case Item::weighted_rotation: return rotation_name(network, item);
+    case Item::weighted_rotation: return rotation_name(network, numbers, item);
+    case Item::horizontal_distance:
+        return sight_name(network, "horizontal distance", network.horizontal_distances, item.record);
+    case Item::bearing: return sight_name(network, "bearing", network.bearings, item.record);
+    case Item::angle: return sight_name(network, "angle", network.angles, item.record);
+    case Item::scale_bar: return sight_name(network, "scale bar", network.scale_bars, item.record);
+    case Item::observed_coordinate: return vector_name(network, "observed coordinate", network.coordinates, item);
+    case Item::coordinate_difference:
+        return vector_name(network, "coordinate difference", network.coordinate_differences, item);
     case Item::weighted_constant: return constant_name(network, item);
     default: return coordinate_name(network, "imported coordinate", item);
     }
 }
 
+ItemNotes item_notes(const Model &m, const ItemPlace &item)
+{
+    const auto of = [&](const auto &list) { return ItemNotes{&list.notes, (size_t)item.record}; };
+    switch (item.item) {
+    case Item::distance: return of(m.distances);
+    case Item::height_difference: return of(m.heightdiffs);
+    case Item::direction: return of(m.directions);
+    case Item::vertical_angle: return of(m.verticals);
+    case Item::azimuth: return of(m.azimuths);
+    case Item::baseline: return of(m.baselines);
+    case Item::horizontal_distance: return of(m.horizontal_distances);
+    case Item::bearing: return of(m.bearings);
+    case Item::angle: return of(m.angles);
+    case Item::scale_bar: return of(m.scale_bars);
+    case Item::observed_coordinate: return of(m.coordinates);
+    case Item::coordinate_difference: return of(m.coordinate_differences);
+    default: return {};
+    }
+}
+
+std::string setup_words(const Model &network, const SetupPlace &setup)
+{
+    std::string words;
+    if (setup.named >= 0 && !network.setups.records[(size_t)setup.named].word.empty())
+        words += ", set-up " + network.setups.records[(size_t)setup.named].word;
+    if (setup.set >= 0) words += ", set " + network.set_words[(size_t)setup.set];
+    return words;
+}
+
 std::string item_text(const ItemName &name)
 {
-    std::string text = name.file + ":" + std::to_string(name.line) + ": " + name.kind + " " + name.from;
+    std::string text = name.file + ":" + std::to_string(name.line) + ": " + name.kind + " ";
+    if (!name.at.empty()) text += "at " + name.at + " from ";
+    text += name.from;
     if (!name.to.empty()) text += " to " + name.to;
     if (!name.part.empty()) text += " " + name.part;
     return text;

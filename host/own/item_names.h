@@ -15,7 +15,19 @@ struct ItemName {
     std::string part;     // "x", "rx3", "scale": which value of it; empty for observations
     std::string file;
     int line = 0;
+    std::string at; // of an angle between from and to
 };
+
+// Record and table of an observation that stands in a table of the file; no notes for images and weighted values.
+struct ItemNotes {
+    const RowNotes *notes = nullptr;
+    size_t row = 0;
+};
+
+ItemNotes item_notes(const Model &network, const ItemPlace &item);
+
+// ", set-up B, set 2"; empty for the only stand of a station.
+std::string setup_words(const Model &network, const SetupPlace &setup);
 
 ItemName item_name(const Model &network, const Numbers &numbers, int observation);
 

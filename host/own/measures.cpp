@@ -47,15 +47,15 @@ void set_value(Builder &b, Item item, const measure_input &m, va::Observation &o
 }
 
 // The instrument at the first end.
-void set_instrument(const Builder &b, Item item, int record, const measure_input &m, va::Observation &o)
+void set_instrument(const Builder &b, const Table &table, int record, va::Observation &o)
 {
-    const PointPlace &from = b.numbers.points[(size_t)o.from];
-    if (!from.station) return;
-    const bool angle = item == Item::direction || item == Item::vertical_angle;
-    if (angle) o.setup = b.setups[(size_t)from.record];
-    if (item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
-    if (item == Item::vertical_angle || m.typ == KIND_DISTANCE_CONSTANTS)
-        o.constants = b.station_constants[(size_t)from.record];
+    const int stand = b.stand(o.from, note_at(table.list.notes.setup, (size_t)record));
+    if (stand < 0) return;
+    const bool angle = table.item == Item::direction || table.item == Item::vertical_angle;
+    if (angle) o.setup = b.setups[(size_t)stand];
+    if (table.item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
+    const bool constants = table.list.records[(size_t)record].typ == KIND_DISTANCE_CONSTANTS;
+    if (table.item == Item::vertical_angle || constants) o.constants = b.constants[(size_t)stand];
 }
 
 void add_measure(Builder &b, const Table &table, int record)
@@ -72,7 +72,7 @@ void add_measure(Builder &b, const Table &table, int record)
     }
     o.factor = table.factor;
     set_value(b, table.item, m, o);
-    set_instrument(b, table.item, record, m, o);
+    set_instrument(b, table, record, o);
     if (heights_count(b, table.item)) {
         o.h1 = m.h1;
         o.h2 = m.h2;
@@ -81,7 +81,12 @@ void add_measure(Builder &b, const Table &table, int record)
         o.motion_from = b.motion_at(o.from, m.time);
         o.motion_to = b.motion_at(o.to, m.time);
     }
+    if (b.leave_out(o, table.list.where[(size_t)record])) {
+        m.typ = -m.typ;
+        return;
+    }
     b.observe(o, {table.item, record, 0});
+    b.correlate(table.list.notes, (size_t)record, 0, 0);
 }
 
 // The components that the dimension has, with their part of the covariance.
@@ -97,15 +102,22 @@ void add_baseline(Builder &b, int record)
         g.status = -g.status;
         return;
     }
-    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
+    const List<gps_input> &list = b.network.baselines;
+    if (b.leave_out(o, list.where[(size_t)record])) {
+        g.status = -g.status;
+        return;
+    }
+    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}}; // xx, xy, xz, yy, yz, zz
     const int n = b.network.p.dim, first = n == 1 ? 2 : 0;
     std::vector<double> covariance;
     for (int i = first; i < first + n; i++)
         for (int k = first; k < first + n; k++) covariance.push_back(g.cov[place[i][k]]);
-    o.group = b.numbers.model.add_group(n, covariance.data());
+    const bool shared = note_at(list.notes.covariance, (size_t)record) >= 0;
+    if (!shared) o.group = b.numbers.model.add_group(n, covariance.data());
     o.factor = b.network.p.sgps;
     std::copy(g.dx + first, g.dx + first + n, o.value);
     b.observe(o, {Item::baseline, record, 0});
+    for (int k = 0; k < n; k++) b.correlate(list.notes, (size_t)record, first + k, k);
 }
 
 } // namespace

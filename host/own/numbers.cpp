@@ -4,6 +4,7 @@
 
 #include "adjust/linear.h"
 #include "host/own/builder.h"
+#include "host/own/stands.h"
 
 namespace vornhost {
 
@@ -60,6 +61,20 @@ int Builder::motion_at(int p, int epoch) const
     return found == motions.end() ? -1 : found->second;
 }
 
+int Builder::stand(int p, int setup) const
+{
+    const PointPlace &place = numbers.points[(size_t)p];
+    return place.station ? stand_of(network, place.record, setup) : -1;
+}
+
+void Builder::correlate(const RowNotes &notes, size_t row, int offset, int component)
+{
+    const int covariance = note_at(notes.covariance, row);
+    if (covariance < 0) return;
+    const int observation = (int)numbers.items.size() - 1;
+    members.push_back({covariance, note_at(notes.place, row) + offset, observation, component});
+}
+
 void Builder::observe(const va::Observation &observation, const ItemPlace &place)
 {
     numbers.model.observe(observation);
@@ -88,19 +103,19 @@ Numbers make_numbers(Model &network)
     add_motions(b);
     add_measures(b);
     add_baselines(b);
+    add_field_kinds(b);
     add_images(b);
     add_weighted(b);
     add_imports(b);
-    orient_setups(network, b.numbers);
+    add_covariances(b);
+    orient_setups(b.numbers);
     return std::move(b.numbers);
 }
 
-void orient_setups(const Model &network, Numbers &numbers)
+void orient_setups(Numbers &numbers)
 {
     va::Model &model = numbers.model;
-    const auto given = [&](size_t s) {
-        return network.station_notes[(size_t)numbers.setup_stations[s]].orientation_given;
-    };
+    const auto given = [&](size_t s) { return numbers.setups[s].orientation_given; };
     for (size_t s = 0; s < model.setups.size(); s++)
         if (!given(s)) model.value[(size_t)model.setups[s].first + 2] = 0.0;
     const std::vector<Turns> turns = turns_of(model);

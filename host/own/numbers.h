@@ -5,10 +5,12 @@
 #define VORNHOST_NUMBERS_H
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "adjust/model.h"
 #include "host/input/model.h"
+#include "host/run/accounts.h"
 
 namespace vornhost {
 
@@ -19,6 +21,12 @@ enum class Item {
     vertical_angle,
     azimuth,
     baseline,
+    horizontal_distance,
+    bearing,
+    angle,
+    scale_bar,
+    observed_coordinate,
+    coordinate_difference,
     image_point,
     weighted_coordinate,
     weighted_rotation,
@@ -29,13 +37,21 @@ enum class Item {
 // What an observation was made of.
 struct ItemPlace {
     Item item;
-    int record = 0; // of its table; stations, then targets, for weighted and imported coordinates
-    int part = 0;   // axis, rotation or constant of weighted and imported items; line in the file of an image point
+    int record = 0; // of its table; stations, then targets, for weighted and imported coordinates; set-up of the
+                    // numbers for weighted rotations
+    int part = 0;   // axis, rotation or constant of items that are such; line in the file of an image point
 };
 
 struct PointPlace {
     bool station = false;
     int record = 0; // in the table of stations or targets
+};
+
+struct SetupPlace {
+    int station = 0; // record
+    int named = -1;  // in the table of set-ups
+    int set = -1;    // of the file, where it has a zero of its own
+    bool orientation_given = false;
 };
 
 struct MotionPlace {
@@ -46,11 +62,14 @@ struct Numbers {
     vornadjust::Model model;
     std::vector<PointPlace> points;   // [points]
     std::vector<ItemPlace> items;     // [observations]
-    std::vector<int> setup_stations;  // [set-ups] record of the station
+    std::vector<SetupPlace> setups;   // [set-ups]
     std::vector<int> constant_groups; // [constants] record of the group
     std::vector<int> camera_records;  // [cameras]
     std::vector<MotionPlace> motions; // [motions]
     double origin[3] = {0, 0, 0};     // metres; coordinates of the file are those of the model and this
+    std::vector<int> covariances;     // [groups] of the file's, -1
+    std::unordered_set<int> absent;   // coordinates that a point has not, though the dimension does
+    Reasons left_out;                 // rows that the file selects and that take no part
     std::vector<std::string> notes;   // one line each
     std::vector<std::string> words;   // why there are none, for the user; empty when there are
 };
@@ -64,7 +83,7 @@ Source point_source(const Model &network, const PointPlace &point);
 Numbers make_numbers(Model &network);
 
 // First orientations of set-ups whose station gives none: the circular mean of what its directions give.
-void orient_setups(const Model &network, Numbers &numbers);
+void orient_setups(Numbers &numbers);
 
 } // namespace vornhost
 

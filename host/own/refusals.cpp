@@ -31,7 +31,8 @@ std::string misclosure_text(const Model &network, const va::Observation &o, doub
     case va::Kind::direction:
     case va::Kind::angle:
     case va::Kind::vertical_angle:
-    case va::Kind::azimuth: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
+    case va::Kind::azimuth:
+    case va::Kind::bearing: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
     case va::Kind::image: return number(std::fabs(w), 1) + " pixels";
     default: return number(std::fabs(w), 3) + " m";
     }
@@ -106,12 +107,15 @@ std::vector<std::string> singular_words(const Model &network, const OwnOutcome &
 
 std::vector<std::string> covariance_words(const Model &network, const OwnOutcome &outcome)
 {
-    const std::vector<va::Observation> &all = outcome.numbers.model.observations;
-    const auto at = std::find_if(all.begin(), all.end(),
-                                 [&](const va::Observation &o) { return o.group == outcome.adjustment.bad_group; });
-    return {"a covariance is not positive definite: " +
-                item_text(item_name(network, outcome.numbers, (int)(at - all.begin()))),
-            "check its variances and covariances"};
+    const va::Outcome &a = outcome.adjustment;
+    const std::vector<int> &groups = outcome.numbers.covariances;
+    const int file = (size_t)a.bad_group < groups.size() ? groups[(size_t)a.bad_group] : -1;
+    const ItemName row = item_name(network, outcome.numbers, a.equations.observation[(size_t)a.bad_row]);
+    if (file < 0)
+        return {"a covariance is not positive definite: " + item_text(row), "check its variances and covariances"};
+    return {"covariance " + network.covariances.records[(size_t)file].name +
+                " is not positive definite: it gives out at " + item_text(row),
+            "check its variances and covariances, its form, and the order of its rows"};
 }
 
 } // namespace

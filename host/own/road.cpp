@@ -119,7 +119,12 @@ void deselect(Model &network, const ItemPlace &item)
         measure_input &m = list.records[(size_t)item.record];
         if (m.typ > 0) m.typ = -m.typ;
     };
+    const auto unused = [&](List<SightRow> &list) { list.records[(size_t)item.record].use = false; };
     switch (item.item) {
+    case Item::horizontal_distance: return unused(network.horizontal_distances);
+    case Item::bearing: return unused(network.bearings);
+    case Item::angle: return unused(network.angles);
+    case Item::scale_bar: return unused(network.scale_bars);
     case Item::distance: return off(network.distances);
     case Item::height_difference: return off(network.heightdiffs);
     case Item::direction: return off(network.directions);
@@ -185,7 +190,7 @@ OwnOutcome Road::run()
     if (!checking) write_export(network, outcome);
     for (size_t i = told; i < outcome.run.prepared.notes.size(); i++) tell(outcome.run.prepared.notes[i]);
     outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
-    outcome.run.accounts = keeper.close(network);
+    outcome.run.accounts = keeper.close(network, outcome.numbers.left_out);
     account_for_image_points();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return std::move(outcome);

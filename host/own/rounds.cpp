@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <unordered_map>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
+#include "host/own/stands.h"
 
 namespace vornhost {
 
@@ -16,22 +18,28 @@ const double turn = 8.0 * std::atan(1.0);
 constexpr double most_sigmas = 20.0; // by which readings of one target differ under one zero
 
 struct Reading {
-    int record;
+    int record, set;
     std::string target;
     double angle, sigma;
 };
 
 using Readings = std::vector<Reading>;
 
-// Readings cut where a target comes again.
+// Readings by sets; those of none are cut where a target comes again.
 std::vector<Readings> cut(const Readings &all)
 {
-    std::vector<Readings> rounds(1);
+    std::vector<Readings> rounds;
+    std::map<int, size_t> of_set; // round of a set, under -1 the last of none
     for (const Reading &r : all) {
-        const Readings &last = rounds.back();
-        if (std::any_of(last.begin(), last.end(), [&](const Reading &s) { return s.target == r.target; }))
+        const auto [found, made] = of_set.emplace(r.set, rounds.size());
+        if (made) rounds.emplace_back();
+        const Readings &last = rounds[found->second];
+        const auto again = [&](const Reading &s) { return s.target == r.target; };
+        if (r.set < 0 && std::any_of(last.begin(), last.end(), again)) {
+            found->second = rounds.size();
             rounds.emplace_back();
-        rounds.back().push_back(r);
+        }
+        rounds[found->second].push_back(r);
     }
     return rounds;
 }
@@ -60,9 +68,33 @@ Comparison compare(const Readings &round, const Readings &zero)
     return c;
 }
 
-class Station {
+class Stand {
 public:
-    Station(const Model &model, size_t index, const Readings &all) : network(model), station(index), readings(all) {}
+    Stand(const Model &model, size_t index, const Readings &all)
+        : network(model), stand(index), setup(describe_stand(model, (int)index)), readings(all)
+    {
+    }
+
+    // Whether the rounds themselves must tell which of them share a zero.
+    bool silent() const
+    {
+        const bool free = setup.ir[2] == CODE_FREE || setup.ir[2] == CODE_NO_DATUM;
+        const bool upright = network.p.dim == 2 || setup.levelled;
+        return free && upright && !setup.orientation_given && !setup.zero_given;
+    }
+
+    bool zero_each_set() const { return setup.zero_each_set; }
+
+    void number_sets(Rounds &rounds) const
+    {
+        std::vector<int> &sets = rounds.sets[stand];
+        for (const Reading &r : readings) {
+            const auto at = std::find(sets.begin(), sets.end(), r.set);
+            rounds.orientation[(size_t)r.record] = (int)(at - sets.begin());
+            if (at == sets.end()) sets.push_back(r.set);
+        }
+        rounds.count[stand] = std::max(1, (int)sets.size());
+    }
 
     void divide(Rounds &rounds)
     {
@@ -74,7 +106,7 @@ public:
                 rounds.orientation[(size_t)r.record] = (int)zero;
             }
         }
-        rounds.count[station] = std::max(1, (int)zeros.size());
+        rounds.count[stand] = std::max(1, (int)zeros.size());
     }
 
 private:
@@ -100,12 +132,13 @@ private:
         std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(network.p.iangle, std::fabs(offset)),
                       units[network.p.iangle]);
         rounds.notes.push_back(place(network, network.directions.where[(size_t)round.front().record]) + ": station " +
-                               plain_name(network.stations.records[station].name) + " reads its targets again " +
-                               angle + " apart: this round has an orientation of its own");
+                               plain_name(record_name(network, setup.station)) + " reads its targets again " + angle +
+                               " apart: this round has an orientation of its own");
     }
 
     const Model &network;
-    const size_t station;
+    const size_t stand;
+    const SetupRecord setup;
     const Readings &readings;
     std::vector<Readings> zeros;
 };
@@ -115,24 +148,29 @@ private:
 Rounds find_rounds(const Model &network)
 {
     Rounds rounds;
+    const size_t stands = (size_t)stand_count(network);
     rounds.orientation.assign(network.directions.size(), 0);
-    rounds.count.assign(network.stations.size(), 1);
-    std::unordered_map<std::string, size_t> index;
-    for (size_t i = 0; i < network.stations.size(); i++) index.emplace(network.stations.records[i].name, i);
-    std::vector<Readings> readings(network.stations.size());
+    rounds.count.assign(stands, 1);
+    rounds.sets.resize(stands);
+    std::unordered_map<std::string, int> index;
+    for (size_t i = 0; i < network.stations.size(); i++) index.emplace(network.stations.records[i].name, (int)i);
+    std::vector<Readings> readings(stands);
     project units = network.p;
     for (size_t i = 0; i < network.directions.size(); i++) {
         const measure_input &m = network.directions.records[i];
         const auto at = index.find(m.from);
-        if (m.typ > 0 && at != index.end())
-            readings[at->second].push_back({(int)i, m.to, units.rawtoh(1, m.val), units.rawtoh(2, m.sig)});
+        if (m.typ <= 0 || at == index.end()) continue;
+        const int stand = stand_of(network, at->second, note_at(network.directions.notes.setup, i));
+        readings[(size_t)stand].push_back(
+            {(int)i, note_at(network.directions.notes.set, i), m.to, units.rawtoh(1, m.val), units.rawtoh(2, m.sig)});
     }
-    for (size_t s = 0; s < readings.size(); s++) {
-        const station_input &station = network.stations.records[s];
-        const bool free = station.ir[2] == CODE_FREE || station.ir[2] == CODE_NO_DATUM;
-        const bool upright = network.p.dim == 2 || station.ilevel == 1;
-        if (free && upright && !network.station_notes[s].orientation_given)
-            Station(network, s, readings[s]).divide(rounds);
+    for (size_t s = 0; s < stands; s++) {
+        if (readings[s].empty()) continue;
+        Stand stand(network, s, readings[s]);
+        if (stand.zero_each_set())
+            stand.number_sets(rounds);
+        else if (stand.silent())
+            stand.divide(rounds);
     }
     return rounds;
 }

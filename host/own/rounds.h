@@ -1,7 +1,8 @@
-// Rounds of directions under different zeros at one station.
+// Rounds of directions under different zeros at one stand.
 //
-// A round ends where a target comes again. Where two or more targets of a round were read before, and their readings
-// all differ by the same angle, the circle was turned in between: the round gets an orientation of its own.
+// A round is a set of the file, or ends where a target comes again. Where the file says which rounds share a zero, they
+// do. Otherwise, where two or more targets of a round were read before, and their readings all differ by the same
+// angle, the circle was turned in between: the round gets an orientation of its own.
 
 #ifndef VORNHOST_ROUNDS_H
 #define VORNHOST_ROUNDS_H
@@ -14,12 +15,13 @@
 namespace vornhost {
 
 struct Rounds {
-    std::vector<int> orientation; // [directions] which orientation of its station a direction has, from 0
-    std::vector<int> count;       // [stations] orientations, at least 1
+    std::vector<int> orientation;       // [directions] which orientation of its stand a direction has, from 0
+    std::vector<int> count;             // [stands] orientations, at least 1
+    std::vector<std::vector<int>> sets; // [stands][orientations] the set of each; empty where no set has its own
     std::vector<std::string> notes;
 };
 
-// Of levelled stations whose orientation is free and not given; others keep one.
+// Where the file is silent, of levelled stands whose orientation is free and not given; others keep one.
 Rounds find_rounds(const Model &network);
 
 } // namespace vornhost

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "host/own/builder.h"
+#include "host/own/stands.h"
 
 namespace vornhost {
 
@@ -33,13 +34,15 @@ template <class Record> void add_point(Builder &b, const Record &record, const P
     va::Code codes[3];
     for (int k = 0; k < 3; k++) {
         x[k] = record.x[k] * b.metres - b.numbers.origin[k];
-        codes[k] = has_axis(b.network.p.dim, k) ? code_of(record.ix[k]) : va::Code::absent;
+        const bool exists = has_axis(b.network.p.dim, k) && record.ix[k] >= 0;
+        codes[k] = exists ? code_of(record.ix[k]) : va::Code::absent;
+        if (!exists && has_axis(b.network.p.dim, k)) b.numbers.absent.insert(3 * b.numbers.model.n_points + k);
     }
     b.points.emplace(record.name, b.numbers.model.add_point(x, codes));
     b.numbers.points.push_back(place);
 }
 
-// What starts at each station and needs a set-up of it.
+// What starts at each stand and needs a set-up of it.
 struct Sights {
     bool circle = false, any = false;
 };
@@ -47,26 +50,35 @@ struct Sights {
 std::vector<Sights> sights_of(const Builder &b)
 {
     const Model &m = b.network;
-    std::vector<Sights> sights(m.stations.size());
-    const auto mark = [&](const char *name, bool circle) {
-        const int p = b.point(name);
-        if (p < 0 || !b.numbers.points[(size_t)p].station) return;
-        Sights &s = sights[(size_t)b.numbers.points[(size_t)p].record];
-        s.any = true;
-        s.circle |= circle;
+    std::vector<Sights> sights((size_t)stand_count(m));
+    const auto mark = [&](int point, int setup, bool circle) {
+        const int stand = point < 0 ? -1 : b.stand(point, setup);
+        if (stand < 0) return;
+        sights[(size_t)stand].any = true;
+        sights[(size_t)stand].circle |= circle;
     };
     if (m.p.dim == 1) return sights;
-    for (const measure_input &d : m.directions.records)
-        if (d.typ > 0) mark(d.from, true);
-    for (const measure_input &v : m.verticals.records)
-        if (v.typ > 0 && m.p.dim == 3) mark(v.from, false);
+    for (size_t i = 0; i < m.directions.size(); i++) {
+        const measure_input &d = m.directions.records[i];
+        if (d.typ > 0) mark(b.point(d.from), note_at(m.directions.notes.setup, i), true);
+    }
+    for (size_t i = 0; i < m.verticals.size() && m.p.dim == 3; i++) {
+        const measure_input &v = m.verticals.records[i];
+        if (v.typ > 0) mark(b.point(v.from), note_at(m.verticals.notes.setup, i), false);
+    }
+    for (size_t i = 0; i < m.angles.size() && m.p.dim == 3; i++) { // of upright instruments they need none
+        const SightRow &a = m.angles.records[i];
+        const int point = a.use ? b.point(record_name(m, a.from)) : -1;
+        const int stand = point < 0 ? -1 : b.stand(point, note_at(m.angles.notes.setup, i));
+        if (stand >= 0 && !is_upright(describe_stand(m, stand))) sights[(size_t)stand].any = true;
+    }
     for (const image_input &i : m.images.records)
-        if (i.status > 0) mark(i.station, true);
+        if (i.status > 0) mark(b.point(i.station), -1, true);
     return sights;
 }
 
 // Rotation angles that exist; a circle that nobody reads has no orientation.
-void setup_codes(const Builder &b, const station_input &s, bool circle, va::Code codes[3])
+void setup_codes(const Builder &b, const SetupRecord &s, bool circle, va::Code codes[3])
 {
     for (int k = 0; k < 3; k++) codes[k] = parameter_code(s.ir[k]);
     if (b.network.p.dim != 3) codes[0] = codes[1] = va::Code::absent;
@@ -197,17 +209,19 @@ void add_setups(Builder &b)
     const Model &m = b.network;
     const std::vector<Sights> sights = sights_of(b);
     b.rounds = find_rounds(m);
-    b.setups.assign(m.stations.size(), -1);
-    for (size_t i = 0; i < m.stations.size(); i++) {
+    b.setups.assign(sights.size(), -1);
+    for (size_t i = 0; i < sights.size(); i++) {
         if (!sights[i].any) continue;
-        const station_input &s = m.stations.records[i];
+        const SetupRecord s = describe_stand(m, (int)i);
+        const int point = b.point(record_name(m, s.station));
         va::Code codes[3];
         setup_codes(b, s, sights[i].circle, codes);
-        const bool levelled = s.ilevel == 1 && (m.p.dim == 3 || m.p.iearth != 0);
+        const bool levelled = s.levelled && (m.p.dim == 3 || m.p.iearth != 0);
+        b.setups[i] = (int)b.numbers.setups.size();
         for (int k = 0; k < b.rounds.count[i]; k++) {
-            const int setup = b.numbers.model.add_setup(b.point(s.name), levelled, s.r, codes);
-            if (k == 0) b.setups[i] = setup;
-            b.numbers.setup_stations.push_back((int)i);
+            b.numbers.model.add_setup(point, levelled, s.r, codes);
+            const int set = b.rounds.sets[i].empty() ? -1 : b.rounds.sets[i][(size_t)k];
+            b.numbers.setups.push_back({s.station, named_of(m, (int)i), set, s.orientation_given});
         }
     }
     b.numbers.notes = b.rounds.notes;
@@ -216,14 +230,19 @@ void add_setups(Builder &b)
 void add_constants(Builder &b)
 {
     const Model &m = b.network;
-    b.station_constants.assign(m.stations.size(), -1);
+    b.constants.assign((size_t)stand_count(m), -1);
     for (size_t g = 0; g < m.groups.size(); g++) {
         const group_input &group = m.groups.records[g];
         va::Code codes[3];
         for (int k = 0; k < 3; k++) codes[k] = parameter_code(group.ic[k]);
         const int constants = b.numbers.model.add_constants(group.c, codes);
         b.numbers.constant_groups.push_back((int)g);
-        for (int member : m.group_members[g]) b.station_constants[(size_t)member] = constants;
+        for (int member : m.group_members[g]) b.constants[(size_t)member] = constants;
+    }
+    // A set-up without a group of its own has that of its station.
+    for (size_t k = 0; k < m.setups.size(); k++) {
+        const SetupRecord &s = m.setups.records[k];
+        b.constants[m.stations.size() + k] = s.group >= 0 ? s.group : b.constants[(size_t)s.station];
     }
 }
 

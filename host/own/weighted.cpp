@@ -5,6 +5,7 @@
 #include "host/input/connected_file.h"
 #include "host/input/names.h"
 #include "host/own/builder.h"
+#include "host/own/stands.h"
 
 namespace vornhost {
 
@@ -35,13 +36,13 @@ template <class Record> void add_coordinates(Builder &b, const List<Record> &lis
 
 void add_rotations(Builder &b)
 {
-    for (size_t s = 0; s < b.numbers.setup_stations.size(); s++) {
-        const int record = b.numbers.setup_stations[s];
-        const station_input &station = b.network.stations.records[(size_t)record];
+    for (size_t s = 0; s < b.numbers.setups.size(); s++) {
+        const SetupPlace &place = b.numbers.setups[s];
+        const SetupRecord setup = describe_stand(b.network, stand_of(b.network, place.station, place.named));
         const int first = b.numbers.model.setups[s].first;
         for (int k = 0; k < 3; k++)
-            if (station.ir[k] == CODE_WEIGHTED)
-                observe_unknown(b, first + k, station.sr[k], {Item::weighted_rotation, record, k});
+            if (setup.ir[k] == CODE_WEIGHTED)
+                observe_unknown(b, first + k, setup.sr[k], {Item::weighted_rotation, (int)s, k});
     }
 }
 

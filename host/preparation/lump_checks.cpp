@@ -251,7 +251,7 @@ void order_sights(Model &model)
     model.directions = List<measure_input>();
     for (const bool taking_part : {true, false})
         for (size_t i = 0; i < all.size(); i++)
-            if (lumps.takes_part(all.records[i]) == taking_part) model.directions.add(all.records[i], all.where[i]);
+            if (lumps.takes_part(all.records[i]) == taking_part) model.directions.add_from(all, i);
 }
 
 namespace {

@@ -109,23 +109,45 @@ std::string points(const Results &results)
 
 std::string orientations(const Results &results)
 {
-    Sheet sheet({"station", "rx1", "rx2", "rx3", "srx1", "srx2", "srx3"});
+    Sheet sheet({"station", "rx1", "rx2", "rx3", "srx1", "srx2", "srx3", "setup", "set"});
     for (const OrientationResult &o : results.orientations)
-        sheet.cell(o.name).cells(o.rotation).cells(o.deviation).end_row();
+        sheet.cell(o.name).cells(o.rotation).cells(o.deviation).cell(o.setup).cell(o.set).end_row();
     return sheet.text;
 }
 
 std::string residuals(const Results &results)
 {
-    Sheet sheet({"kind", "from", "to", "file", "line", "value", "sigma", "residual", "standard_deviation",
-                 "outside_histogram", "normal_test", "normal_test_divided", "tau_test", "tau_test_divided", "component",
-                 "unit", "adjusted", "redundancy", "normalised"});
+    Sheet sheet({"kind",
+                 "from",
+                 "to",
+                 "file",
+                 "line",
+                 "value",
+                 "sigma",
+                 "residual",
+                 "standard_deviation",
+                 "outside_histogram",
+                 "normal_test",
+                 "normal_test_divided",
+                 "tau_test",
+                 "tau_test_divided",
+                 "component",
+                 "unit",
+                 "adjusted",
+                 "redundancy",
+                 "normalised",
+                 "at",
+                 "setup",
+                 "set",
+                 "id",
+                 "remark"});
     for (const ResidualResult &r : results.residuals) {
         const auto observed = [&](double x) { return r.observed ? std::optional<double>(x) : std::nullopt; };
         sheet.cell(r.kind).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(observed(r.value)).cell(r.sigma);
         sheet.cell(observed(r.residual)).cell(r.deviation).cell(r.outside).cell(r.normal).cell(r.normal_divided);
         sheet.cell(r.tau).cell(r.tau_divided).cell(r.component).cell(r.unit).cell(r.adjusted).cell(r.redundancy);
-        sheet.cell(r.normalised).end_row();
+        const RowWords &w = results.words_of(r);
+        sheet.cell(r.normalised).cell(w.at).cell(w.setup).cell(w.set).cell(w.id).cell(w.remark).end_row();
     }
     return sheet.text;
 }
@@ -133,15 +155,15 @@ std::string residuals(const Results &results)
 // One row a kind with its counts, then one for each observation left out.
 std::string accounts(const Results &results)
 {
-    Sheet sheet({"kind", "read", "used", "left_out", "file", "line", "from", "to", "reason"});
+    Sheet sheet({"kind", "read", "used", "left_out", "file", "line", "from", "to", "reason", "at"});
     const std::string none;
     for (const Account &a : results.accounts) {
         sheet.cell(a.kind).cell(a.read).cell(a.used).cell(a.read - a.used);
-        for (int k = 0; k < 5; k++) sheet.cell(none);
+        for (int k = 0; k < 6; k++) sheet.cell(none);
         sheet.end_row();
         for (const LeftOut &l : a.left_out) {
             sheet.cell(a.kind).cell(none).cell(none).cell(none);
-            sheet.cell(l.file).cell(l.line).cell(l.from).cell(l.to).cell(l.reason).end_row();
+            sheet.cell(l.file).cell(l.line).cell(l.from).cell(l.to).cell(l.reason).cell(l.at).end_row();
         }
     }
     return sheet.text;

@@ -15,6 +15,12 @@ const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1"
 
 void put(JsonText &json, const char *key, double value) { json.pair(key, value); }
 
+// A text that is not empty.
+void put_text(JsonText &json, const char *key, const std::string &text)
+{
+    if (!text.empty()) json.pair(key, text);
+}
+
 void put(JsonText &json, const char *key, const EllipseResult &e)
 {
     json.key(key).open_object();
@@ -65,14 +71,17 @@ void put(JsonText &json, const PointResult &p)
 void put(JsonText &json, const OrientationResult &o)
 {
     json.pair("station", o.name);
+    put_text(json, "setup", o.setup);
+    put_text(json, "set", o.set);
     put_axes(json, "rotation", o.rotation, rotations);
     put_axes(json, "standard_deviation", o.deviation, rotations);
 }
 
 // The head that residuals and suspicious observations share.
-void put_observation(JsonText &json, const ResidualResult &r)
+void put_observation(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
     json.pair("kind", r.kind);
+    put_text(json, "at", words.at);
     json.pair("from", r.from);
     json.pair("to", r.to);
     json.pair("file", r.file);
@@ -91,9 +100,13 @@ void put_marks(JsonText &json, const ResidualResult &r)
     json.close();
 }
 
-void put(JsonText &json, const ResidualResult &r)
+void put(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
-    put_observation(json, r);
+    put_observation(json, r, words);
+    put_text(json, "setup", words.setup);
+    put_text(json, "set", words.set);
+    put_text(json, "id", words.id);
+    put_text(json, "remark", words.remark);
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
     if (r.observed) json.pair("value", r.value);
@@ -160,6 +173,7 @@ void put(JsonText &json, const LeftOut &l)
 {
     json.pair("file", l.file);
     json.pair("line", l.line);
+    put_text(json, "at", l.at);
     json.pair("from", l.from);
     json.pair("to", l.to);
     json.pair("reason", l.reason);
@@ -193,13 +207,27 @@ void put_texts(JsonText &json, const char *key, const std::vector<std::string> &
     json.close();
 }
 
+void put_residuals(JsonText &json, const Results &results)
+{
+    json.key("residuals").open_array();
+    for (const ResidualResult &r : results.residuals) {
+        json.open_object();
+        put(json, r, results.words_of(r));
+        json.close();
+    }
+    json.close();
+}
+
 void put_suspicious(JsonText &json, const Results &results)
 {
     json.key("suspicious").open_array();
     for (const size_t i : results.suspicious) {
         json.open_object();
-        put_observation(json, results.residuals[i]);
-        json.pair("normalised", results.residuals[i].normalised);
+        const ResidualResult &r = results.residuals[i];
+        const RowWords &words = results.words_of(r);
+        put_observation(json, r, words);
+        put_text(json, "id", words.id);
+        json.pair("normalised", r.normalised);
         json.close();
     }
     json.close();
@@ -259,7 +287,7 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_head(json, results);
     put_list(json, "points", results.points);
     put_list(json, "orientations", results.orientations);
-    put_list(json, "residuals", results.residuals);
+    put_residuals(json, results);
     put_list(json, "kinds", results.kinds);
     put_list(json, "groups", results.groups);
     put_list(json, "cameras", results.cameras);

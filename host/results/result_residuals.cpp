@@ -45,7 +45,18 @@ void fill_marks(const result &r, size_t n, ResidualResult &residual)
         if (marks[k]) *fields[k] = marks[k][n] != 0;
 }
 
-ResidualResult make_residual(const ResultSource &from, const Block &block, size_t n)
+// Index of what a row says beside its values, -1 for nothing.
+int words_of(const RowNotes &notes, size_t row, Results &results)
+{
+    RowWords words;
+    words.id = note_at(notes.id, row);
+    words.remark = note_at(notes.remark, row);
+    if (words.empty()) return -1;
+    results.row_words.push_back(words);
+    return (int)results.row_words.size() - 1;
+}
+
+ResidualResult make_residual(const ResultSource &from, const Block &block, size_t n, Results &results)
 {
     const project &p = from.model.p;
     const result &r = from.run;
@@ -60,6 +71,7 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     residual.to = bare_name(m.to, sizeof m.to);
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
     residual.line = where.line;
+    residual.words = words_of(block.list.notes, i, results);
     fill_observed(p, block.type, m, residual);
     const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
     residual.residual = in_si(p, block.type, observed_less_computed);
@@ -112,7 +124,7 @@ void collect_residuals(const ResultSource &from, Results &results)
     for (const Block &block : blocks)
         for (int i = 0; i < block.count; i++, n++)
             if (r.iobs[n] >= 0 && (size_t)r.iobs[n] < block.list.size())
-                results.residuals.push_back(make_residual(from, block, n));
+                results.residuals.push_back(make_residual(from, block, n, results));
 }
 
 void collect_kinds(const ResultSource &from, Results &results)

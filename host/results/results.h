@@ -32,20 +32,31 @@ struct PointResult {
 
 struct OrientationResult {
     std::string name;
+    std::string setup, set;         // empty for the only stand of a station, and where all sets share a zero
     double rotation[3] = {0, 0, 0}; // Rx1, Rx2, Rx3
     std::optional<double> deviation[3];
+};
+
+// What the file says of an observation beside its values.
+struct RowWords {
+    std::string at; // where an angle was taken, between from and to
+    std::string setup, set, id, remark;
+
+    bool empty() const { return at.empty() && setup.empty() && set.empty() && id.empty() && remark.empty(); }
 };
 
 struct ResidualResult {
     std::string kind;       // "distance", "height difference", "direction", "vertical angle", "azimuth", "baseline",
                             // "image point", "weighted coordinate", "weighted rotation", "weighted constant",
-                            // "imported coordinate"
-    std::string component;  // "x", "y", "z" of baselines, "u", "v" of image points, which value of a weighted or
-                            // imported item; empty otherwise
+                            // "imported coordinate", "horizontal distance", "bearing", "angle", "scale bar",
+                            // "observed coordinate", "coordinate difference"
+    std::string component;  // "x", "y", "z" of baselines, coordinates and their differences, "u", "v" of image points,
+                            // which value of a weighted or imported item; empty otherwise
     std::string unit = "m"; // of value, sigma and residual: "m", "rad", "pixel", "1"
     std::string from, to;   // to is empty for weighted and imported items
     std::string file;
     int line = 0;
+    int words = -1;              // in Results::row_words, -1: none
     double value = 0, sigma = 0; // metres or radians; vertical angles as elevations
     double residual = 0;         // observed less computed
     bool observed = true;        // false: a planned observation, without adjusted value and residual
@@ -118,6 +129,7 @@ struct Results {
     std::vector<PointResult> points;
     std::vector<OrientationResult> orientations;
     std::vector<ResidualResult> residuals;
+    std::vector<RowWords> row_words;
     std::vector<KindResult> kinds;
     std::vector<GroupResult> groups;
     std::vector<CameraResult> cameras;
@@ -125,6 +137,12 @@ struct Results {
     std::vector<PairResult> pairs;
     std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
     std::vector<Account> accounts;
+
+    const RowWords &words_of(const ResidualResult &residual) const
+    {
+        static const RowWords none;
+        return residual.words < 0 ? none : row_words[(size_t)residual.words];
+    }
 };
 
 // Everything that is known of a network without a run.

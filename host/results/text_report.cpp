@@ -152,6 +152,8 @@ std::string Report::orientations() const
 {
     const std::string unit = units.angle_name(), small_unit = units.small_angle_name();
     TextTable table({{"station", "", Align::left},
+                     {"set-up", "", Align::left},
+                     {"set", "", Align::left},
                      {"rx1", unit},
                      {"rx2", unit},
                      {"rx3", unit},
@@ -159,7 +161,7 @@ std::string Report::orientations() const
                      {"srx2", small_unit},
                      {"srx3", small_unit}});
     for (const OrientationResult &o : results.orientations) {
-        std::vector<std::string> cells = {o.name};
+        std::vector<std::string> cells = {o.name, o.setup, o.set};
         for (int k = 0; k < 3; k++) {
             const bool tilt = k < 2 && o.rotation[k] == 0.0 && !o.deviation[k];
             cells.push_back(tilt ? "" : k < 2 ? units.signed_angle(o.rotation[k]) : units.angle(o.rotation[k]));
@@ -278,7 +280,8 @@ std::string Report::kind_unit(const ResidualResult &r, bool small_unit) const
 
 std::string Report::name_of(const ResidualResult &r) const
 {
-    std::string name = r.kind + " " + r.from;
+    const std::string &at = results.words_of(r).at;
+    std::string name = r.kind + " " + (at.empty() ? "" : "at " + at + " from ") + r.from;
     if (!r.to.empty()) name += " to " + r.to;
     if (!r.component.empty()) name += " " + r.component;
     return name + " (" + r.file + ":" + std::to_string(r.line) + ")";
@@ -290,9 +293,13 @@ std::string Report::observations_of(const std::string &kind) const
     const auto first = std::find_if(results.residuals.begin(), results.residuals.end(), of_kind);
     if (first == results.residuals.end()) return {};
     const std::string unit = kind_unit(*first, false), small_unit = kind_unit(*first, true);
-    TextTable table({{"from", "", Align::left},
+    TextTable table({{"id", "", Align::left},
+                     {"at", "", Align::left},
+                     {"from", "", Align::left},
                      {"to", "", Align::left},
                      {"", "", Align::left},
+                     {"set-up", "", Align::left},
+                     {"set", "", Align::left},
                      {"observed", unit},
                      {"adjusted", unit},
                      {"residual", small_unit},
@@ -300,15 +307,18 @@ std::string Report::observations_of(const std::string &kind) const
                      {"redundancy", ""},
                      {"normalised", ""},
                      {"", "", Align::left},
-                     {"place", "", Align::left}});
+                     {"place", "", Align::left},
+                     {"remark", "", Align::left}});
     for (const ResidualResult &r : results.residuals) {
         if (r.kind != kind || (brief && !r.normal_divided.value_or(false))) continue;
+        const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
-        table.add({r.from, r.to, r.component, r.observed ? value(r, r.value) : "",
-                   r.adjusted ? value(r, *r.adjusted) : "", r.observed ? small(r, sign * r.residual) : "",
-                   small(r, r.sigma), r.redundancy ? decimal(*r.redundancy, 2) : "",
-                   r.normalised ? decimal(sign * *r.normalised, 2) : "", mark, r.file + ":" + std::to_string(r.line)});
+        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set,
+                   r.observed ? value(r, r.value) : "", r.adjusted ? value(r, *r.adjusted) : "",
+                   r.observed ? small(r, sign * r.residual) : "", small(r, r.sigma),
+                   r.redundancy ? decimal(*r.redundancy, 2) : "", r.normalised ? decimal(sign * *r.normalised, 2) : "",
+                   mark, r.file + ":" + std::to_string(r.line), words.remark});
     }
     return section((char)std::toupper((unsigned char)kind[0]) + kind.substr(1) + "s", table);
 }
@@ -326,13 +336,14 @@ std::string Report::observations() const
 std::string Report::left_out() const
 {
     TextTable table({{"kind", "", Align::left},
+                     {"at", "", Align::left},
                      {"from", "", Align::left},
                      {"to", "", Align::left},
                      {"reason", "", Align::left},
                      {"place", "", Align::left}});
     for (const Account &a : results.accounts)
         for (const LeftOut &l : a.left_out)
-            table.add({a.kind, l.from, l.to, l.reason, l.file + ":" + std::to_string(l.line)});
+            table.add({a.kind, l.at, l.from, l.to, l.reason, l.file + ":" + std::to_string(l.line)});
     return section("Left out", table);
 }
 

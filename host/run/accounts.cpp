@@ -12,10 +12,36 @@ namespace vornhost {
 
 namespace {
 
-enum Kind { DISTANCES, HEIGHT_DIFFERENCES, DIRECTIONS, VERTICAL_ANGLES, AZIMUTHS, BASELINES, IMAGES, KINDS };
+enum Kind {
+    DISTANCES,
+    HEIGHT_DIFFERENCES,
+    DIRECTIONS,
+    VERTICAL_ANGLES,
+    AZIMUTHS,
+    BASELINES,
+    IMAGES,
+    HORIZONTAL_DISTANCES,
+    BEARINGS,
+    ANGLES,
+    SCALE_BARS,
+    COORDINATES,
+    COORDINATE_DIFFERENCES,
+    KINDS
+};
 
-const char *const kind_names[KINDS] = {"distances", "height differences", "directions", "vertical angles",
-                                       "azimuths",  "baselines",          "images"};
+const char *const kind_names[KINDS] = {"distances",
+                                       "height differences",
+                                       "directions",
+                                       "vertical angles",
+                                       "azimuths",
+                                       "baselines",
+                                       "images",
+                                       "horizontal distances",
+                                       "bearings",
+                                       "angles",
+                                       "scale bars",
+                                       "observed coordinates",
+                                       "coordinate differences"};
 
 constexpr int measure_kinds = BASELINES;
 
@@ -29,6 +55,8 @@ const List<measure_input> &measures(const Model &model, int kind)
 bool is_selected(const measure_input &m) { return m.typ > 0; }
 bool is_selected(const gps_input &g) { return g.status > 0; }
 bool is_selected(const image_input &i) { return i.status > 0; }
+bool is_selected(const SightRow &row) { return row.use; }
+bool is_selected(const VectorRow &row) { return row.use; }
 
 template <class Record> std::vector<bool> selection(const List<Record> &list)
 {
@@ -47,12 +75,14 @@ bool takes_part(int dimension, int kind)
 }
 
 // Finds out why an observation that the file selects was left out.
-class Reasons {
+class ReasonFinder {
 public:
-    explicit Reasons(const Model &network);
+    explicit ReasonFinder(const Model &network);
     std::string of(int kind, const measure_input &m) const;
     std::string of(int kind, const gps_input &g) const;
     std::string of(int kind, const image_input &i) const;
+    std::string of(int kind, const SightRow &row) const;
+    std::string of(int kind, const VectorRow &row) const;
     std::string of_point(const char *name) const; // empty: nothing is wrong with the point
 
 private:
@@ -63,20 +93,20 @@ private:
     std::unordered_map<std::string, Spot> points;
 };
 
-Reasons::Reasons(const Model &network) : model(network)
+ReasonFinder::ReasonFinder(const Model &network) : model(network)
 {
     for (const station_input &s : model.stations.records) points.insert({s.name, {true, s.status > 0}});
     for (const target_input &t : model.targets.records) points.insert({t.name, {false, t.status > 0}});
 }
 
-std::string Reasons::of_point(const char *name) const
+std::string ReasonFinder::of_point(const char *name) const
 {
     const auto found = points.find(name);
     if (found == points.end()) return "point " + plain_name(name) + " is unknown";
     return found->second.used ? "" : "point " + plain_name(name) + " is off";
 }
 
-std::string Reasons::of(int kind, const measure_input &m) const
+std::string ReasonFinder::of(int kind, const measure_input &m) const
 {
     if (!takes_part(model.p.dim, kind))
         return "the dimension is " + std::to_string(model.p.dim) + ": " + kind_names[kind] + " take no part";
@@ -90,7 +120,7 @@ std::string Reasons::of(int kind, const measure_input &m) const
                                           : "the engine has left it out";
 }
 
-std::string Reasons::of(int, const gps_input &g) const
+std::string ReasonFinder::of(int, const gps_input &g) const
 {
     if (model.p.igps == 0) return "baselines are ignored: datum_rule";
     for (const char *name : {g.from, g.to}) {
@@ -100,7 +130,7 @@ std::string Reasons::of(int, const gps_input &g) const
     return "the engine has left it out";
 }
 
-std::string Reasons::of(int, const image_input &i) const
+std::string ReasonFinder::of(int, const image_input &i) const
 {
     std::string wrong = of_point(i.station);
     if (!wrong.empty()) return wrong;
@@ -113,16 +143,46 @@ std::string Reasons::of(int, const image_input &i) const
     return "its file has fewer than 4 known points";
 }
 
-std::string from_of(const measure_input &m) { return m.from; }
-std::string from_of(const gps_input &g) { return g.from; }
-std::string from_of(const image_input &i) { return i.station; }
-std::string to_of(const measure_input &m) { return m.to; }
-std::string to_of(const gps_input &g) { return g.to; }
-std::string to_of(const image_input &i) { return i.camera; }
+std::string ReasonFinder::of(int kind, const SightRow &row) const
+{
+    if (model.p.dim == 1) return std::string("the dimension is 1: ") + kind_names[kind] + " take no part";
+    for (const int point : {row.from, row.to, row.third}) {
+        std::string wrong = point < 0 ? std::string() : of_point(record_name(model, point));
+        if (!wrong.empty()) return wrong;
+    }
+    return "its ends stand in one place or straight above one another";
+}
+
+std::string ReasonFinder::of(int, const VectorRow &row) const
+{
+    std::string wrong = of_point(record_name(model, row.from));
+    return wrong.empty() && row.to >= 0 ? of_point(record_name(model, row.to)) : wrong;
+}
+
+// Names in the records of the ends.
+struct Ends {
+    std::string from, to, at;
+};
+
+Ends ends_of(const Model &, const measure_input &m) { return {m.from, m.to, ""}; }
+Ends ends_of(const Model &, const gps_input &g) { return {g.from, g.to, ""}; }
+Ends ends_of(const Model &, const image_input &i) { return {i.station, i.camera, ""}; }
+
+Ends ends_of(const Model &model, const SightRow &row)
+{
+    const auto name = [&](int point) { return record_name(model, point); };
+    if (row.third < 0) return {name(row.from), name(row.to), ""};
+    return {name(row.to), name(row.third), name(row.from)};
+}
+
+Ends ends_of(const Model &model, const VectorRow &row)
+{
+    return {record_name(model, row.from), row.to < 0 ? "" : record_name(model, row.to), ""};
+}
 
 template <class Record>
 Account account_of(const Model &model, int kind, const List<Record> &list, const std::vector<bool> &before,
-                   const Reasons &reasons)
+                   const ReasonFinder &finder, const Reasons &known)
 {
     Account account;
     account.kind = kind_names[kind];
@@ -136,8 +196,13 @@ Account account_of(const Model &model, int kind, const List<Record> &list, const
         }
         const Source where = list.where[i];
         const std::string file = (size_t)where.file < model.files.size() ? model.files[(size_t)where.file] : model.path;
-        account.left_out.push_back({file, where.line, plain_name(from_of(record)), plain_name(to_of(record)),
-                                    before[i] ? reasons.of(kind, record) : "use = no in the file"});
+        const Ends ends = ends_of(model, record);
+        const auto told = known.find({where.file, where.line});
+        const std::string reason = !before[i]            ? "use = no in the file"
+                                   : told != known.end() ? told->second
+                                                         : finder.of(kind, record);
+        account.left_out.push_back(
+            {file, where.line, plain_name(ends.from), plain_name(ends.to), reason, plain_name(ends.at)});
     }
     return account;
 }
@@ -149,20 +214,31 @@ AccountKeeper::AccountKeeper(const Model &before)
     for (int kind = 0; kind < measure_kinds; kind++) selected.push_back(selection(measures(before, kind)));
     selected.push_back(selection(before.baselines));
     selected.push_back(selection(before.images));
+    for (const List<SightRow> *list :
+         {&before.horizontal_distances, &before.bearings, &before.angles, &before.scale_bars})
+        selected.push_back(selection(*list));
+    selected.push_back(selection(before.coordinates));
+    selected.push_back(selection(before.coordinate_differences));
 }
 
-std::vector<Account> AccountKeeper::close(const Model &after) const
+std::vector<Account> AccountKeeper::close(const Model &after, const Reasons &known) const
 {
-    const Reasons reasons(after);
+    const ReasonFinder finder(after);
     std::vector<Account> accounts;
     const auto add = [&](int kind, const auto &list) {
-        if (list.size() > 0) accounts.push_back(account_of(after, kind, list, selected[(size_t)kind], reasons));
+        if (list.size() > 0) accounts.push_back(account_of(after, kind, list, selected[(size_t)kind], finder, known));
     };
     for (int kind = 0; kind < measure_kinds; kind++) add(kind, measures(after, kind));
     add(BASELINES, after.baselines);
     add(IMAGES, after.images);
     if (after.images.size() > 0)
-        accounts.push_back(account_of_image_points(after, [&](const char *name) { return reasons.of_point(name); }));
+        accounts.push_back(account_of_image_points(after, [&](const char *name) { return finder.of_point(name); }));
+    add(HORIZONTAL_DISTANCES, after.horizontal_distances);
+    add(BEARINGS, after.bearings);
+    add(ANGLES, after.angles);
+    add(SCALE_BARS, after.scale_bars);
+    add(COORDINATES, after.coordinates);
+    add(COORDINATE_DIFFERENCES, after.coordinate_differences);
     return accounts;
 }
 
@@ -173,8 +249,9 @@ std::vector<std::string> account_lines(const std::vector<Account> &accounts)
         lines.push_back(a.kind + ": read " + std::to_string(a.read) + " = used " + std::to_string(a.used) +
                         " + left out " + std::to_string(a.left_out.size()));
         for (const LeftOut &out : a.left_out)
-            lines.push_back("  " + out.file + ":" + std::to_string(out.line) + ": " + out.from + " to " + out.to +
-                            ": " + out.reason);
+            lines.push_back("  " + out.file + ":" + std::to_string(out.line) + ": " +
+                            (out.at.empty() ? "" : "at " + out.at + " from ") + out.from +
+                            (out.to.empty() ? "" : " to " + out.to) + ": " + out.reason);
     }
     return lines;
 }

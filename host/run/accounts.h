@@ -4,7 +4,9 @@
 #ifndef VORNHOST_ACCOUNTS_H
 #define VORNHOST_ACCOUNTS_H
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/input/model.h"
@@ -16,7 +18,11 @@ struct LeftOut {
     int line = 0;
     std::string from, to;
     std::string reason;
+    std::string at = {}; // of an angle between from and to
 };
+
+// Why rows were left out, by number of the file and line.
+using Reasons = std::map<std::pair<int, int>, std::string>;
 
 struct Account {
     std::string kind; // "distances", "height differences", ... in the order of the file's reference
@@ -30,8 +36,9 @@ class AccountKeeper {
 public:
     explicit AccountKeeper(const Model &before);
 
-    // Accounts of the kinds that the file has, after the run on the same model.
-    std::vector<Account> close(const Model &after) const;
+    // Accounts of the kinds that the file has, after the run on the same model. known has the reasons that the run
+    // itself tells.
+    std::vector<Account> close(const Model &after, const Reasons &known = {}) const;
 
 private:
     std::vector<std::vector<bool>> selected; // one list a kind

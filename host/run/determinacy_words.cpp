@@ -56,12 +56,16 @@ const char *noun(Kind kind)
     case Kind::slope_distance:
     case Kind::plane_distance:
     case Kind::level_distance: return "distance";
+    case Kind::horizontal_distance: return "horizontal distance";
+    case Kind::scale_bar: return "scale bar";
     case Kind::height_difference: return "height difference";
     case Kind::direction: return "direction";
     case Kind::angle: return "angle";
     case Kind::vertical_angle: return "vertical angle";
     case Kind::azimuth: return "azimuth";
+    case Kind::bearing: return "bearing";
     case Kind::baseline: return "baseline";
+    case Kind::difference: return "coordinate difference";
     case Kind::image: return "image point";
     case Kind::unknown: return "weighted value";
     }

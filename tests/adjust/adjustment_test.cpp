@@ -351,6 +351,21 @@ TEST(Adjustment, RefusesACovarianceThatIsNotPositiveDefinite)
     const Outcome o = adjust(&m, {});
     EXPECT_EQ(o.status, Status::bad_covariance);
     EXPECT_EQ(o.bad_group, 1);
+    ASSERT_GE(o.bad_row, 0);
+    EXPECT_EQ(m.observations[o.equations.observation[o.bad_row]].group, 1);
+    EXPECT_EQ(o.equations.component[o.bad_row], 0);
+}
+
+// The third of three components is the sum of the two others.
+TEST(Adjustment, NamesTheRowThatDependsOnThoseBeforeIt)
+{
+    Model m = baselines(1, Hold::fixed).model;
+    const double dependent[9] = {1, 0, 1, 0, 1, 1, 1, 1, 2};
+    std::copy(dependent, dependent + 9, m.covariance.begin() + 9);
+    const Outcome o = adjust(&m, {});
+    EXPECT_EQ(o.status, Status::bad_covariance);
+    ASSERT_GE(o.bad_row, 0);
+    EXPECT_EQ(o.equations.component[o.bad_row], 2);
 }
 
 TEST(Adjustment, SaysWhenThereIsNothingToAdjust)

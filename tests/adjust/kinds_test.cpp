@@ -53,6 +53,20 @@ TEST(SlopeLength, RaisesEachEndAlongItsOwnVertical)
 
 TEST(PlaneLength, LeavesTheThirdCoordinateOut) { EXPECT_DOUBLE_EQ(plane_length(V{1, 1, 7}, V{4, 5, -9}), 5.0); }
 
+TEST(BarLength, IsThatOfTheSpaceThatThePointsLiveIn)
+{
+    Frame f;
+    EXPECT_DOUBLE_EQ(bar_length(f, V{1, 2, 3}, V{4, 6, 15}), 13.0);
+    f.space = Space::plane;
+    EXPECT_DOUBLE_EQ(bar_length(f, V{1, 2, 3}, V{4, 6, 15}), 5.0);
+}
+
+TEST(Bearing, CountsFromTheFirstAxisToTheSecondWhateverTheHeights)
+{
+    EXPECT_DOUBLE_EQ(bearing(V{1, 1, 7}, V{1, 3, -9}), pi / 2);
+    EXPECT_DOUBLE_EQ(bearing(V{1, 1, 7}, V{0, 0, -9}), -3 * pi / 4);
+}
+
 TEST(LevelLength, StretchesThePlaneToTheMeanHeight)
 {
     Frame f;

@@ -162,7 +162,8 @@ std::vector<double> motion(const Model &m, int which)
 
 bool unmoved(Kind kind, int which)
 {
-    if (kind == Kind::azimuth || kind == Kind::baseline) return which < 3;
+    if (kind == Kind::azimuth || kind == Kind::baseline || kind == Kind::difference) return which < 3;
+    if (kind == Kind::bearing) return which < 3 || which == 4;
     if (kind == Kind::direction || kind == Kind::vertical_angle || kind == Kind::angle) return true;
     return which < 4;
 }
@@ -229,8 +230,8 @@ TEST(Linear, NamesSightsWithoutADerivative)
     for (const Observation &o : m.observations) {
         if (o.kind == Kind::unknown || o.from != 0 || o.to != 3) continue;
         linearize(m, o, false, &linear);
-        const bool horizontal =
-            o.kind == Kind::plane_distance || o.kind == Kind::angle || o.kind == Kind::vertical_angle;
+        const bool horizontal = o.kind == Kind::plane_distance || o.kind == Kind::horizontal_distance ||
+                                o.kind == Kind::angle || o.kind == Kind::vertical_angle || o.kind == Kind::bearing;
         EXPECT_EQ(linear.usable, !horizontal) << (int)o.kind;
     }
     m.value[11] = m.value[2] + 0.9; // target at the height of the instrument: 1.6 = 0.9 + 0.7

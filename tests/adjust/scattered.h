@@ -75,6 +75,7 @@ inline void observe_everything(Model &m, bool moved)
         add(Kind::slope_distance, 1, 4, -1, constants);
         add(Kind::plane_distance, 0, 3, -1, constants);
         add(Kind::level_distance, 1, 4, -1, constants);
+        add(Kind::horizontal_distance, 0, 3, -1, constants);
         for (int setup = 0; setup < 2; setup++) add(Kind::vertical_angle, setup, 3, setup, constants);
     }
     for (int setup = 0; setup < 2; setup++) add(Kind::direction, setup, 4, setup);
@@ -82,6 +83,12 @@ inline void observe_everything(Model &m, bool moved)
     add(Kind::angle, 1, 3, 1);
     add(Kind::height_difference, 0, 3);
     add(Kind::azimuth, 2, 4);
+    add(Kind::bearing, 0, 3);
+    add(Kind::scale_bar, 1, 3);
+    for (unsigned char axis = 0; axis < 3; axis++) {
+        add(Kind::difference, 0, 4);
+        m.observations.back().axis = axis;
+    }
     add(Kind::baseline, 0, 4);
     add(Kind::image, 2, 3, 2);
     for (int u : {4, 16, 25}) {
