@@ -55,15 +55,22 @@ bool is_given(const Model &network, const PointPlace &point, int axis)
                          : given(network.targets.records[(size_t)point.record]);
 }
 
+// The coordinate that a dimension does not have stands in formulas with its value.
+start::Known known(const Model &network, const Numbers &numbers, int point, int axis)
+{
+    const int unknown = 3 * point + axis;
+    if (numbers.absent.count(unknown) > 0) return start::Known::nothing;
+    const bool absent = numbers.model.code[(size_t)unknown] == va::Code::absent;
+    return absent || is_given(network, numbers.points[(size_t)point], axis) ? start::Known::given
+                                                                            : start::Known::wanted;
+}
+
 start::Given what_is_given(const Model &network, const Numbers &numbers)
 {
     start::Given given;
-    for (const PointPlace &p : numbers.points)
-        for (int k = 0; k < 3; k++)
-            given.coordinate.push_back(is_given(network, p, k) ||
-                                       numbers.model.code[given.coordinate.size()] == va::Code::absent);
-    for (const int station : numbers.setup_stations)
-        given.setup.push_back(network.station_notes[(size_t)station].orientation_given);
+    for (int p = 0; p < numbers.model.n_points; p++)
+        for (int k = 0; k < 3; k++) given.coordinate.push_back(known(network, numbers, p, k));
+    for (const SetupPlace &setup : numbers.setups) given.setup.push_back(setup.orientation_given);
     return given;
 }
 

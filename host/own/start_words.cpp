@@ -38,7 +38,8 @@ std::string reading(const Model &network, const va::Observation &o, double value
     project u = p;
     switch (o.kind) {
     case Kind::direction:
-    case Kind::angle: return number(from_direction(p.iangle, value), 4) + units[p.iangle];
+    case Kind::angle:
+    case Kind::bearing: return number(from_direction(p.iangle, value), 4) + units[p.iangle];
     case Kind::azimuth: return number(u.aztoraw(1, value), 4) + units[p.iangle];
     case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + units[p.iangle];
     case Kind::image: return number(value, 1) + " pixels";
@@ -50,7 +51,7 @@ std::string misfit_line(const Model &network, const Numbers &numbers, const star
 {
     const va::Observation &o = numbers.model.observations[(size_t)m.observation];
     std::string line = item_text(item_name(network, numbers, m.observation)) + " does not fit the others";
-    if (va::components(o.kind) == 1)
+    if (va::components(o.kind, numbers.model.frame.space) == 1)
         line += ": it reads " + reading(network, o, o.value[0]) + " and would have to read " +
                 reading(network, o, m.would_read);
     return line + "; it has no part in the first coordinates";
@@ -75,6 +76,9 @@ const char *word_of(Kind kind)
     case Kind::azimuth: return "azimuth";
     case Kind::vertical_angle: return "vertical angle";
     case Kind::height_difference: return "height difference";
+    case Kind::bearing: return "bearing";
+    case Kind::scale_bar: return "scale bar";
+    case Kind::difference: return "coordinate difference";
     case Kind::baseline: return "baseline";
     case Kind::image: return "image point";
     case Kind::unknown: return nullptr;

@@ -17,6 +17,7 @@ namespace simulated {
 namespace va = vornadjust;
 using va::Code;
 using va::Kind;
+using vornhost::start::Known;
 
 constexpr double pi = 3.14159265358979323846;
 constexpr double gon = pi / 200.0;
@@ -51,7 +52,8 @@ public:
         const Code plan = level ? Code::absent : c;
         const Code codes[3] = {plan, plan, plane ? Code::absent : c};
         const int p = net.model.add_point(v, codes);
-        for (int k = 0; k < 3; k++) net.given.coordinate.push_back(fixed || codes[k] == Code::absent);
+        for (int k = 0; k < 3; k++)
+            net.given.coordinate.push_back(fixed || codes[k] == Code::absent ? Known::given : Known::wanted);
         return p;
     }
 
@@ -108,11 +110,13 @@ public:
         for (va::Observation &o : net.model.observations) {
             va::Linear l;
             va::linearize(net.model, o, false, &l);
-            for (int c = 0; c < va::components(o.kind); c++) o.value[c] = l.value[c] + o.sigma[c] * noise();
+            for (int c = 0; c < va::components(o.kind, net.model.frame.space); c++)
+                o.value[c] = l.value[c] + o.sigma[c] * noise();
         }
         for (int i = 0; i < gross; i++) spoil();
         for (int p = 0; p < 3 * net.model.n_points; p++)
-            if (!net.given.coordinate[(size_t)p]) net.model.value[(size_t)p] = net.model.start[(size_t)p] = 0.0;
+            if (net.given.coordinate[(size_t)p] == Known::wanted)
+                net.model.value[(size_t)p] = net.model.start[(size_t)p] = 0.0;
         for (const va::Setup &s : net.model.setups)
             for (int k = 0; k < 3; k++)
                 net.model.value[(size_t)(s.first + k)] = net.model.start[(size_t)(s.first + k)] = 0.0;

@@ -289,6 +289,7 @@ Verdict judge(Network n, std::string *told)
     va::Model truth = n.model;
     truth.value = n.truth;
     const va::Outcome reference = adjusted(&truth);
+    if (reference.status != va::Status::adjusted && told) *told += " status of the truth " + std::to_string((int)reference.status);
     if (reference.status != va::Status::adjusted) return Verdict::hopeless;
     const vornhost::start::Start start = vornhost::start::find_start(&n.model, n.given);
     const auto is_named = [&](int wrong) {
@@ -339,7 +340,7 @@ TEST(SimulatedNetworks, Start)
                 std::string told;
                 const Verdict v = judge(kind.make((unsigned)(1000 * k + i), gross), &told);
                 counts[(int)v]++;
-                if (*only() && (v == Verdict::wrong || v == Verdict::not_started))
+                if (*only() && (v == Verdict::wrong || v == Verdict::not_started || v == Verdict::hopeless))
                     printf("seed %d: %s%s\n", 1000 * k + i, v == Verdict::wrong ? "wrong" : "not started",
                            told.c_str());
             }

@@ -28,23 +28,19 @@ Step vertical_step(const va::Frame &frame, const va::Observation &o, double d)
             std::hypot(d * o.sigma[0] * (1.0 + tangent * tangent), share * d * tangent, 0.2 * bulge)};
 }
 
-double sigma_of(const va::Model &model, const va::Observation &o, int k)
-{
-    if (o.group < 0) return o.sigma[k];
-    const va::Group &g = model.groups[(size_t)o.group];
-    const size_t at = (size_t)(o.place + k);
-    return std::sqrt(model.covariance[g.first + at * (size_t)g.size + at]);
-}
-
 std::vector<Step> steps_of(const va::Model &model, const Distances &distances, const std::vector<char> &left_out)
 {
     std::vector<Step> steps;
     for (size_t i = 0; i < model.observations.size(); i++) {
         const va::Observation &o = model.observations[i];
         if (!o.use || left_out[i]) continue;
-        if (o.kind == Kind::height_difference) steps.push_back({o.from, o.to, o.value[0] - (o.h2 - o.h1), o.sigma[0]});
-        if (o.kind == Kind::baseline && !model.frame.curved())
-            steps.push_back({o.from, o.to, o.value[2], sigma_of(model, o, 2)});
+        if (o.kind == Kind::height_difference)
+            steps.push_back({o.from, o.to, o.value[0] - (o.h2 - o.h1), standard_deviation(model, o, 0)});
+        const int third = model.frame.space == va::Space::heights ? 0 : 2; // component of a baseline
+        if (o.kind == Kind::baseline && !model.frame.curved() && va::components(o.kind, model.frame.space) > third)
+            steps.push_back({o.from, o.to, o.value[third], standard_deviation(model, o, third)});
+        if (o.kind == Kind::difference && o.axis == 2 && (!model.frame.curved() || model.frame.mixed))
+            steps.push_back({o.from, o.to, o.value[0], standard_deviation(model, o, 0)});
         if (o.kind != Kind::vertical_angle) continue;
         const double d = distances.between(o.from, o.to);
         if (d > 0.0) steps.push_back(vertical_step(model.frame, o, d));

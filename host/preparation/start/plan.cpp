@@ -64,8 +64,8 @@ double Planner::worth(int p) const
 
 void Planner::order_centres()
 {
-    std::vector<double> value;
-    for (int p = 0; p < s.n_points; p++) value.push_back(worth(p));
+    std::vector<double> value((size_t)s.n_points);
+    for (int p = 0; p < s.n_points; p++) value[(size_t)p] = worth(p);
     centres.resize((size_t)s.n_points);
     std::iota(centres.begin(), centres.end(), 0);
     std::stable_sort(centres.begin(), centres.end(), [&](int a, int b) { return value[(size_t)a] > value[(size_t)b]; });

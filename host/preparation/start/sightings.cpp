@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 
 namespace vornhost::start {
 
@@ -13,14 +14,6 @@ using va::Kind;
 constexpr double steepest = 0.05; // of a length: what an unknown slope may take from it
 
 long long key(int from, int to) { return ((long long)from << 32) | (unsigned)to; }
-
-double root_of_variance(const va::Model &model, const va::Observation &o, int k)
-{
-    if (o.group < 0) return o.sigma[k];
-    const va::Group &g = model.groups[(size_t)o.group];
-    const size_t at = (size_t)(o.place + k);
-    return std::sqrt(model.covariance[g.first + at * (size_t)g.size + at]);
-}
 
 class Collector {
 public:
@@ -35,6 +28,7 @@ private:
     void add(int i);
     void add_angle(int i, const va::Observation &o);
     void add_length(int i, const va::Observation &o);
+    void add_difference(int i, const va::Observation &o);
     void add_ray(int circle, int to, double reading, double sigma, int i);
     double plane_length(const va::Observation &o, double slope, double *sigma) const;
     double convergence(const va::Observation &o) const;
@@ -46,6 +40,7 @@ private:
     const Elevations elevations;
     Sightings s;
     std::vector<int> azimuths;
+    std::unordered_map<long long, int> differences; // the first of each pair of points
 };
 
 void Collector::add_ray(int circle, int to, double reading, double sigma, int i)
@@ -75,12 +70,14 @@ double Collector::plane_length(const va::Observation &o, double slope, double *s
 
 void Collector::add_length(int i, const va::Observation &o)
 {
-    double length = o.value[0], sigma = root_of_variance(model, o, 0);
+    double length = o.value[0], sigma = standard_deviation(model, o, 0);
     if (o.constants >= 0) {
         const double *c = &model.value[(size_t)model.constants[(size_t)o.constants].first];
         if (c[1] > 0.0) length = (length - c[0]) / c[1];
     }
-    if (o.kind != Kind::plane_distance) length = plane_length(o, length, &sigma);
+    const bool flat = o.kind == Kind::plane_distance || o.kind == Kind::horizontal_distance ||
+                      (o.kind == Kind::scale_bar && model.frame.space == va::Space::plane);
+    if (!flat) length = plane_length(o, length, &sigma);
     if (o.kind == Kind::level_distance) {
         const double h = height[(size_t)o.from];
         if (std::isfinite(h)) length *= model.frame.origin_radius() / (model.frame.radius + h);
@@ -96,18 +93,35 @@ double Collector::convergence(const va::Observation &o) const
     return std::tan(model.frame.latitude) / model.frame.origin_radius() * (std::cos(t) * p[0] - std::sin(t) * p[1]);
 }
 
+// Differences of x and y of the same two points make a vector.
+void Collector::add_difference(int i, const va::Observation &o)
+{
+    if (o.axis > 1) return;
+    const auto [at, first] = differences.emplace(key(o.from, o.to), i);
+    const va::Observation &other = model.observations[(size_t)at->second];
+    if (first || other.axis == o.axis) return;
+    const va::Observation &x = o.axis == 0 ? o : other, &y = o.axis == 0 ? other : o;
+    const double sigma = std::hypot(standard_deviation(model, x, 0), standard_deviation(model, y, 0));
+    s.vectors.push_back({o.from, o.to, x.value[0], y.value[0], sigma, i});
+}
+
 void Collector::add(int i)
 {
     const va::Observation &o = model.observations[(size_t)i];
     switch (o.kind) {
     case Kind::direction: return add_ray(o.setup, o.to, o.value[0], o.sigma[0], i);
     case Kind::angle: return add_angle(i, o);
-    case Kind::azimuth: return azimuths.push_back(i);
+    case Kind::azimuth:
+    case Kind::bearing: return azimuths.push_back(i);
     case Kind::slope_distance:
     case Kind::plane_distance:
-    case Kind::level_distance: return add_length(i, o);
+    case Kind::level_distance:
+    case Kind::horizontal_distance:
+    case Kind::scale_bar: return add_length(i, o);
+    case Kind::difference: return add_difference(i, o);
     case Kind::baseline: {
-        const double sigma = std::hypot(root_of_variance(model, o, 0), root_of_variance(model, o, 1));
+        if (model.frame.space == va::Space::heights) return;
+        const double sigma = std::hypot(standard_deviation(model, o, 0), standard_deviation(model, o, 1));
         return s.vectors.push_back({o.from, o.to, o.value[0], o.value[1], sigma, i});
     }
     default: return; // says nothing of the plan
@@ -153,7 +167,8 @@ Sightings Collector::collect()
     s.circle_point.push_back(-1);
     for (const int i : azimuths) {
         const va::Observation &o = model.observations[(size_t)i];
-        add_ray(s.north, o.to, o.value[0] - model.frame.azimuth_rotation + convergence(o), o.sigma[0], i);
+        const double turn = o.kind == Kind::bearing ? 0.0 : convergence(o) - model.frame.azimuth_rotation;
+        add_ray(s.north, o.to, o.value[0] + turn, o.sigma[0], i);
     }
     index();
     return std::move(s);
@@ -171,6 +186,14 @@ void Lists::make(int owners, const std::vector<int> &of)
     std::vector<int> next(first.begin(), first.end() - 1);
     for (int i = 0; i < (int)of.size(); i++)
         if (of[(size_t)i] >= 0) item[(size_t)next[(size_t)of[(size_t)i]]++] = i;
+}
+
+double standard_deviation(const va::Model &model, const va::Observation &o, int k)
+{
+    if (o.group < 0) return o.sigma[k];
+    const va::Group &g = model.groups[(size_t)o.group];
+    const size_t at = (size_t)o.place + (size_t)k;
+    return std::sqrt(model.covariance[g.first + at * (size_t)g.size + at]);
 }
 
 Elevations::Elevations(const va::Model &model, const std::vector<char> &left_out)

@@ -2,7 +2,7 @@
 // points, by index. Metres and radians.
 //
 // A circle is whatever shares one zero: a set-up (same index), the pair of sights of an angle, or north, the circle of
-// azimuths, whose turn is 0 everywhere. A ray with the reading r lies along the bearing r + turn.
+// azimuths and bearings, whose turn is 0 everywhere. A ray with the reading r lies along the bearing r + turn.
 // Slope distances become horizontal by the vertical angle of the same sight, by known heights, or are taken as they
 // are with a standard deviation that says so.
 
@@ -15,13 +15,22 @@
 
 namespace vornhost::start {
 
+// What is known of a coordinate before anything is computed.
+enum class Known : unsigned char {
+    wanted,
+    given,
+    nothing // the point has no such coordinate
+};
+
 // Which values of a model were given and are not to be computed.
 struct Given {
-    std::vector<char> coordinate; // [3 points]
-    std::vector<char> setup;      // [set-ups] orientations
+    std::vector<Known> coordinate; // [3 points]
+    std::vector<char> setup;       // [set-ups] orientations
 
-    bool plan(int point) const { return coordinate[3 * (size_t)point] && coordinate[3 * (size_t)point + 1]; }
-    bool height(int point) const { return coordinate[3 * (size_t)point + 2]; }
+    Known at(int point, int axis) const { return coordinate[3 * (size_t)point + (size_t)axis]; }
+    bool plan(int point) const { return at(point, 0) == Known::given && at(point, 1) == Known::given; }
+    bool height(int point) const { return at(point, 2) == Known::given; }
+    bool wants_plan(int point) const { return at(point, 0) == Known::wanted || at(point, 1) == Known::wanted; }
 };
 
 // Indexes in lists of unequal length, one behind the other.
@@ -78,7 +87,7 @@ struct Sightings {
 Sightings sightings_of(const vornadjust::Model &model, const std::vector<double> &height,
                        const std::vector<char> &left_out);
 
-// Elevations of sights by their ends, from vertical angles; 0 and a standard deviation of 1 where there is none.
+// Vertical angles by the ends of their sights.
 class Elevations {
 public:
     explicit Elevations(const vornadjust::Model &model, const std::vector<char> &left_out);
@@ -88,6 +97,9 @@ public:
 private:
     std::vector<std::pair<long long, int>> pairs; // sorted
 };
+
+// Standard deviation of a component of an observation.
+double standard_deviation(const vornadjust::Model &model, const vornadjust::Observation &observation, int component);
 
 } // namespace vornhost::start
 

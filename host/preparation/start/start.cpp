@@ -46,13 +46,13 @@ private:
 
 bool Search::clean(const Trial &t) const
 {
-    return t.missing() == 0 && t.fit.finite && misfits(t).empty() && t.fit.scale < bad_scale;
+    return t.missing.empty() && t.fit.finite && misfits(t).empty() && t.fit.scale < bad_scale;
 }
 
 bool Search::better(const Trial &a, const Trial &b) const
 {
     if (a.fit.finite != b.fit.finite) return a.fit.finite;
-    if (a.missing() != b.missing()) return a.missing() < b.missing();
+    if (a.missing.size() != b.missing.size()) return a.missing.size() < b.missing.size();
     return a.fit.loss < b.fit.loss;
 }
 
@@ -132,10 +132,10 @@ void Search::tell_doubts(Start *start) const
     if (held < 2) return;
     const double least = elsewhere * typical_sight();
     for (const Trial &t : rivals) {
-        if (!t.fit.finite || t.missing() > 0 || t.fit.loss > best.fit.loss + as_good) continue;
+        if (!t.fit.finite || !t.missing.empty() || t.fit.loss > best.fit.loss + as_good) continue;
         for (int p = 0; p < model.n_points; p++) {
             const double apart = difference(best, t, p);
-            if (given.plan(p) || apart <= least) continue;
+            if (!given.wants_plan(p) || apart <= least) continue;
             const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
             start->doubts.push_back({p, {x[0], x[1]}, {y[0], y[1]}, apart});
         }
@@ -146,7 +146,8 @@ void Search::tell_doubts(Start *start) const
 void Search::write()
 {
     for (int p = 0; p < 3 * model.n_points; p++)
-        if (!given.coordinate[(size_t)p]) model.value[(size_t)p] = model.start[(size_t)p] = best.model.value[(size_t)p];
+        if (given.coordinate[(size_t)p] == Known::wanted)
+            model.value[(size_t)p] = model.start[(size_t)p] = best.model.value[(size_t)p];
     for (size_t c = 0; c < model.setups.size(); c++) {
         const size_t turn = (size_t)model.setups[c].first + 2;
         if (!given.setup[c]) model.value[turn] = model.start[turn] = best.model.value[turn];
@@ -160,8 +161,7 @@ Start Search::run()
         consider(try_repeatedly(way));
     }
     Start start;
-    for (int p = 0; p < model.n_points; p++)
-        if (!best.placed[(size_t)p]) start.missing.push_back(p);
+    start.missing = best.missing;
     start.scale = best.fit.scale;
     tell_misfits(&start);
     if (start.missing.empty()) tell_doubts(&start);

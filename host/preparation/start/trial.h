@@ -20,7 +20,7 @@ struct Trial {
     bool mirrored = false;
     Fit fit;
 
-    int missing() const;
+    std::vector<int> missing; // points that want a place and have none
 };
 
 // Observations with a 1 in `left_out` place nothing; the adjustment has them.

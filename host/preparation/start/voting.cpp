@@ -355,6 +355,7 @@ struct Ranking {
 Ranking rank(const Evidence &e, const std::vector<Xy> &all)
 {
     std::vector<std::pair<double, Xy>> sums;
+    sums.reserve(all.size());
     for (const Xy &p : all) sums.emplace_back(agreement_at(e, p), p);
     std::stable_sort(sums.begin(), sums.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
     Ranking r;
