@@ -27,6 +27,7 @@ public:
     Outcome run();
 
 private:
+    Status bad_covariance();
     Status find_values();
     Status find_precision();
     Status choose_datum();
@@ -127,8 +128,8 @@ Status Adjustment::judge_factor(const std::vector<double> &first)
     return outcome.failed.empty() ? Status::adjusted : Status::singular;
 }
 
-// Unknowns with large standard deviations at the last values, the largest beside the limits first. A pivot is at most
-// the reciprocal of the cofactor of its unknown.
+// Unknowns with large standard deviations at the last values, the largest beside the limits first, and the coordinate
+// that goes most with the first of them. A pivot is at most the reciprocal of the cofactor of its unknown.
 void Adjustment::find_hardly_determined()
 {
     fill_rows(model, &system);
@@ -148,6 +149,16 @@ void Adjustment::find_hardly_determined()
     }
     std::sort(found.rbegin(), found.rend());
     for (int i = 0; i < (int)found.size() && i < most_hardly; i++) outcome.failed.push_back(found[i].second);
+    if (found.empty()) return;
+    std::vector<double> along(system.n(), 0.0);
+    along[system.columns.of[found[0].second]] = 1.0;
+    solve(system.symbolic, system.factor, along.data());
+    int most = -1; // columns of coordinates come first
+    for (int j = 0; j < system.n() && system.columns.unknown[j] < 3 * model.n_points; j++)
+        if (std::fabs(along[j]) > (most < 0 ? 0.0 : std::fabs(along[most]))) most = j;
+    if (most < 0) return;
+    const int u = system.columns.unknown[most];
+    if (std::find(outcome.failed.begin(), outcome.failed.end(), u) == outcome.failed.end()) outcome.failed.push_back(u);
 }
 
 // Why an iteration did not end well.
@@ -165,22 +176,26 @@ Status Adjustment::judge_failure(const std::vector<double> &first)
     return Status::no_convergence;
 }
 
+Status Adjustment::bad_covariance()
+{
+    outcome.bad_group = system.bad_group;
+    outcome.bad_row = system.rows.bad_row;
+    return Status::bad_covariance;
+}
+
 Status Adjustment::find_values()
 {
     const std::vector<double> first = model.value;
-    outcome.iteration.squares = fill_rows(model, &system);
-    if (system.bad_group >= 0) {
-        outcome.bad_group = system.bad_group;
-        outcome.bad_row = system.rows.bad_row;
-        return Status::bad_covariance;
-    }
     Status status;
     if (options.iterate) {
         outcome.iteration = iterate(&model, &system, &datum, options.limits, factor_options);
+        if (outcome.iteration.ending == Ending::bad_covariance) return bad_covariance();
         const bool ended =
             outcome.iteration.ending == Ending::converged || outcome.iteration.ending == Ending::singular;
         status = ended ? judge_factor(first) : judge_failure(first);
     } else {
+        outcome.iteration.squares = fill_rows(model, &system);
+        if (system.bad_group >= 0) return bad_covariance();
         fill_normal(&system);
         factorize(&system, 0.0, factor_options);
         status = judge_factor(first);

@@ -7,7 +7,9 @@
 #include "adjust/bodies.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <numeric>
 #include <random>
 
@@ -23,20 +25,26 @@ constexpr double fixed_by_points = 1e-9;
 
 using Points = std::vector<int>;
 
+// Motions that points may share: what each does to a coordinate of a point.
+struct Family {
+    int count;
+    std::function<double(int motion, int point, int axis)> at;
+};
+
 class BodySearch {
 public:
     BodySearch(const UnitRows &unit, const Datum &datum, const Dense &movements);
     Bodies run();
 
 private:
-    Dense fit(const Points &points, const Dense &field) const { return fit(points, field, motions); }
-    Dense fit(const Points &points, const Dense &field, const std::vector<int> &allowed) const;
+    Family basic_motions(int n) const;
+    Dense fit(const Points &points, const Dense &field, const Family &family) const;
     Dense simplest_fit(const Points &points, const Dense &field) const;
-    double displacement(int point, int axis, const double *motion) const;
-    bool follows(int point, const Dense &field, const Dense &motion) const;
-    Points followers(const Points &candidates, const Dense &field, const Dense &motion) const;
+    double displacement(int point, int axis, const Family &family, const double *motion) const;
+    bool follows(int point, const Dense &field, const Family &family, const Dense &motion) const;
+    Points followers(const Points &candidates, const Dense &field, const Family &family, const Dense &motion) const;
     Points proposal(int seed, const std::vector<char> &allowed);
-    Points largest_body(const Points &candidates, const Dense &field, bool prefer_anchored);
+    Points largest_body(const Points &candidates, const Dense &field, const Family &family, bool prefer_anchored);
     Dense combined(const Dense &field);
     void take_rest();
     void group_moving();
@@ -53,6 +61,7 @@ private:
     std::vector<char> anchored;     // [coordinates] fixed, weighted or imported
     std::vector<Points> neighbours; // [points] that share rows
     std::vector<int> motions;       // basic motions that a body may make
+    Family any, open;               // these, by the seven coefficients; the open motions of the network
     std::mt19937 random{20010};
 };
 
@@ -130,60 +139,72 @@ BodySearch::BodySearch(const UnitRows &unit, const Datum &datum, const Dense &mo
     for (int m = 0; m < n_motions; m++)
         if (out.similarity.exists(m) && (m < 6 || scale_may_change(datum))) motions.push_back(m);
     out.movement = coordinate_field(model, movements, datum.motions);
+    any = basic_motions(n_motions);
+    open = {datum.motions.cols, [&](int m, int point, int axis) { return datum.motions(3 * point + axis, m); }};
 }
 
-double BodySearch::displacement(int point, int axis, const double *motion) const
+// The first n basic motions, as far as a body may make them.
+Family BodySearch::basic_motions(int n) const
+{
+    std::array<bool, n_motions> allowed = {};
+    for (int m : motions) allowed[m] = m < n;
+    return {n_motions, [this, allowed](int m, int point, int axis) {
+                return allowed[m] ? out.similarity.of_point(m, &model.value[3 * (std::size_t)point], axis) : 0.0;
+            }};
+}
+
+double BodySearch::displacement(int point, int axis, const Family &family, const double *motion) const
 {
     double sum = 0;
-    for (int m : motions) sum += motion[m] * out.similarity.of_point(m, &model.value[3 * (std::size_t)point], axis);
+    for (int m = 0; m < family.count; m++)
+        if (motion[m] != 0) sum += motion[m] * family.at(m, point, axis);
     return sum;
 }
 
-// The allowed motions, 7 by columns of the field, that fit what the points do.
-Dense BodySearch::fit(const Points &points, const Dense &field, const std::vector<int> &allowed) const
+// The motions of a family, its size by columns of the field, that fit what the points do.
+Dense BodySearch::fit(const Points &points, const Dense &field, const Family &family) const
 {
-    Dense a(3 * static_cast<int>(points.size()), static_cast<int>(allowed.size()));
+    Dense a(3 * static_cast<int>(points.size()), family.count);
     for (int i = 0; i < a.rows; i++)
         for (int j = 0; j < a.cols; j++)
-            if (exists(points[i / 3], i % 3))
-                a(i, j) = out.similarity.of_point(allowed[j], &model.value[3 * (std::size_t)points[i / 3]], i % 3);
+            if (exists(points[i / 3], i % 3)) a(i, j) = family.at(j, points[i / 3], i % 3);
     const SmallSvd d = small_svd(a);
     const int rank = d.s.empty() || d.s[0] == 0 ? 0 : count_from(d.s, fixed_by_points * d.s[0]);
-    Dense motion(n_motions, field.cols);
+    Dense motion(family.count, field.cols);
     for (int c = 0; c < field.cols; c++)
         for (int k = 0; k < rank; k++) {
             double sum = 0;
             for (int i = 0; i < a.rows; i++) sum += d.u(i, k) * field(3 * points[i / 3] + i % 3, c);
-            for (int j = 0; j < a.cols; j++) motion(allowed[j], c) += d.v(j, k) * sum / d.s[k];
+            for (int j = 0; j < a.cols; j++) motion(j, c) += d.v(j, k) * sum / d.s[k];
         }
     return motion;
 }
 
-bool BodySearch::follows(int point, const Dense &field, const Dense &motion) const
+bool BodySearch::follows(int point, const Dense &field, const Family &family, const Dense &motion) const
 {
     for (int c = 0; c < field.cols; c++)
         for (int k = 0; k < 3; k++)
             if (exists(point, k) &&
-                !(std::fabs(field(3 * point + k, c) - displacement(point, k, motion.col(c))) < no_displacement))
+                !(std::fabs(field(3 * point + k, c) - displacement(point, k, family, motion.col(c))) < no_displacement))
                 return false;
     return true;
 }
 
-Points BodySearch::followers(const Points &candidates, const Dense &field, const Dense &motion) const
+Points BodySearch::followers(const Points &candidates, const Dense &field, const Family &family,
+                             const Dense &motion) const
 {
     Points follow;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(follow),
-                 [&](int p) { return follows(p, field, motion); });
+                 [&](int p) { return follows(p, field, family, motion); });
     return follow;
 }
 
 // Shifts where they do: points in line leave the turn about it to chance.
 Dense BodySearch::simplest_fit(const Points &points, const Dense &field) const
 {
-    std::vector<int> shifts;
-    std::copy_if(motions.begin(), motions.end(), std::back_inserter(shifts), [](int m) { return m < 3; });
+    const Family shifts = basic_motions(3);
     const Dense shift = fit(points, field, shifts);
-    return followers(points, field, shift).size() == points.size() ? shift : fit(points, field);
+    return followers(points, field, shifts, shift).size() == points.size() ? shift : fit(points, field, any);
 }
 
 // Two random combinations of the columns, largest entry 1.
@@ -239,14 +260,15 @@ Points BodySearch::anchored_points() const
     return anchored_ones;
 }
 
-Points BodySearch::largest_body(const Points &candidates, const Dense &field, bool prefer_anchored)
+Points BodySearch::largest_body(const Points &candidates, const Dense &field, const Family &family,
+                                bool prefer_anchored)
 {
     std::vector<char> allowed(model.n_points, 0);
     for (int p : candidates) allowed[p] = 1;
     Points best;
     int most_anchors = -1;
     const auto consider = [&](const Points &proposed) {
-        const Points follow = followers(candidates, field, fit(proposed, field));
+        const Points follow = followers(candidates, field, family, fit(proposed, field, family));
         const int held = prefer_anchored ? anchors(follow) : 0;
         if (held < most_anchors || (held == most_anchors && follow.size() <= best.size())) return;
         best = follow;
@@ -259,14 +281,15 @@ Points BodySearch::largest_body(const Points &candidates, const Dense &field, bo
     return best;
 }
 
+// What is at rest may go along with the open motions of the network, but with no others.
 void BodySearch::take_rest()
 {
-    out.resting = largest_body(all, combined(out.movement), true);
-    const Dense motion = fit(out.resting, out.movement);
+    out.resting = largest_body(all, combined(out.movement), open, true);
+    const Dense motion = fit(out.resting, out.movement, open);
     for (int c = 0; c < motion.cols; c++)
         for (int p : all)
             for (int k = 0; k < 3; k++)
-                if (exists(p, k)) out.movement(3 * p + k, c) -= displacement(p, k, motion.col(c));
+                if (exists(p, k)) out.movement(3 * p + k, c) -= displacement(p, k, open, motion.col(c));
     // Motions of the whole network are rounding now; beside true movements they go.
     Dense &m = out.movement;
     for (double &x : m.a)
@@ -284,12 +307,13 @@ Body BodySearch::described(const Points &points) const
             if (!std::binary_search(out.resting.begin(), out.resting.end(), q)) continue;
             if (std::find(fitted.begin(), fitted.end(), q) != fitted.end()) continue;
             fitted.push_back(q);
-            if (followers(fitted, out.movement, fit(fitted, out.movement)).size() < fitted.size()) fitted.pop_back();
+            if (followers(fitted, out.movement, any, fit(fitted, out.movement, any)).size() < fitted.size())
+                fitted.pop_back();
         }
     const SmallSvd d = small_svd(simplest_fit(fitted, out.movement));
     const int rank = d.s.empty() || d.s[0] == 0 ? 0 : count_from(d.s, no_displacement * d.s[0]);
     body.motion = column_range(d.u, 0, rank);
-    body.hinges = followers(out.resting, Dense(model.n_unknowns(), rank), body.motion);
+    body.hinges = followers(out.resting, Dense(model.n_unknowns(), rank), any, body.motion);
     return body;
 }
 
@@ -304,7 +328,7 @@ void BodySearch::group_moving()
     std::copy_if(all.begin(), all.end(), std::back_inserter(left), moves);
     const Dense field = combined(out.movement);
     while (!left.empty()) {
-        const Points body = largest_body(left, field, false);
+        const Points body = largest_body(left, field, any, false);
         // Points that any motion could fit are no body.
         if (body.size() < 2 || body.size() * dimensions() <= motions.size()) break;
         out.moving.push_back(described(body));

@@ -2,8 +2,8 @@
 //
 // Null vectors as they are computed smear over all points: each body turns a little. Points form a body
 // when what they do in every null vector is one motion; the body that holds most fixed, weighted
-// and imported coordinates, and then most points, is taken for the one at rest, and its motion is subtracted
-// everywhere.
+// and imported coordinates, and then most points, is taken for the one at rest, and its part in the open motions
+// of the network is subtracted everywhere.
 
 #ifndef VORNADJUST_BODIES_H
 #define VORNADJUST_BODIES_H

@@ -39,37 +39,57 @@ bool is_weighted_coordinate(const MotionRows &m, int row)
     return m.rows->tells(row) && kind_of_row(m, row) == Kind::unknown && m.part_of_row(row) >= 0;
 }
 
-// Answers of the rows to a basic motion of all parts, other unknowns going along as far as they can.
-std::vector<double> answers_of_rows(const MotionRows &m, const BlockElimination &elimination, int motion)
+// A basic motion of all parts, other unknowns going along as far as they can.
+struct Basic {
+    int motion;
+    std::vector<double> vector;            // over the columns of the elimination
+    std::array<double, n_kinds> most = {}; // answer of an observation, by kind
+    double least = 0;                      // answer that is worth telling
+    int last = -1;                         // observation counted last
+};
+
+Basic basic_motion(const MotionRows &m, const BlockElimination &elimination, int motion)
 {
-    std::vector<double> vector(elimination.columns(), 0.0), out(m.rows->rows(), 0.0);
+    Basic basic;
+    basic.motion = motion;
+    basic.vector.assign(elimination.columns(), 0.0);
     for (const PartMotions &part : m.motions)
-        for (int i = 0; i < part.basis.cols; i++) vector[part.column + i] = part.basis(motion, i);
-    elimination.complete(vector, m.before_parts);
-    for (int r = 0; r < m.rows->rows(); r++) {
-        if (!m.rows->tells(r) || is_weighted_coordinate(m, r)) continue;
-        for (const auto &[column, entry] : m.terms(r)) out[r] += entry * vector[column];
-        out[r] = std::fabs(out[r]);
-    }
-    return out;
+        for (int i = 0; i < part.basis.cols; i++) basic.vector[part.column + i] = part.basis(motion, i);
+    elimination.complete(basic.vector, m.before_parts);
+    return basic;
 }
 
-void count_observations(const MotionRows &m, const BlockElimination &elimination, int motion, Holding &holding)
+double size_of_answer(const Terms &terms, const std::vector<double> &vector)
 {
-    const std::vector<double> size = answers_of_rows(m, elimination, motion);
-    std::array<double, n_kinds> most = {};
+    double sum = 0;
+    for (const auto &[column, entry] : terms) sum += entry * vector[column];
+    return std::fabs(sum);
+}
+
+// Calls visit(row, basic, size of the answer) for all rows of observations and all motions.
+template <class Visit> void for_answers(const MotionRows &m, std::vector<Basic> &basics, const Visit &visit)
+{
+    Terms terms;
     for (int r = 0; r < m.rows->rows(); r++) {
-        double &x = most[static_cast<int>(kind_of_row(m, r))];
-        x = std::max(x, size[r]);
+        if (!m.rows->tells(r) || is_weighted_coordinate(m, r)) continue;
+        m.find_terms(r, &terms);
+        for (Basic &basic : basics) visit(r, basic, size_of_answer(terms, basic.vector));
     }
-    const double least = worth_telling * *std::max_element(most.begin(), most.end());
-    int last = -1;
-    for (int r = 0; r < m.rows->rows(); r++) {
+}
+
+void count_observations(const MotionRows &m, std::vector<Basic> &basics, std::array<Holding, n_motions> &out)
+{
+    for_answers(m, basics, [&](int r, Basic &basic, double size) {
+        double &most = basic.most[static_cast<int>(kind_of_row(m, r))];
+        most = std::max(most, size);
+    });
+    for (Basic &basic : basics) basic.least = worth_telling * *std::max_element(basic.most.begin(), basic.most.end());
+    for_answers(m, basics, [&](int r, Basic &basic, double size) {
         const int kind = static_cast<int>(kind_of_row(m, r)), observation = m.rows->equations->observation[r];
-        if (!(size[r] > answer) || most[kind] < least || observation == last) continue;
-        last = observation;
-        holding.of_kind[kind]++;
-    }
+        if (!(size > answer) || basic.most[kind] < basic.least || observation == basic.last) return;
+        basic.last = observation;
+        out[basic.motion].of_kind[kind]++;
+    });
 }
 
 // Held and weighted coordinates of a part, a row of answers each.
@@ -128,15 +148,17 @@ std::array<Holding, n_motions> count_holding(const MotionRows &m, const BlockEli
 {
     std::array<Holding, n_motions> out;
     const std::vector<Anchors> of_parts = anchors(m);
+    std::vector<Basic> basics;
     for (int motion = 0; motion < n_motions; motion++) {
         Holding &holding = out[motion];
         for (const PartMotions &part : m.motions)
             for (int i = 0; i < part.basis.cols; i++) holding.exists |= std::fabs(part.basis(motion, i)) > answer;
         holding.open = is_open(open, motion);
         if (!holding.exists || holding.open) continue;
-        count_observations(m, elimination, motion, holding);
+        basics.push_back(basic_motion(m, elimination, motion));
         for (const Anchors &anchors_of_part : of_parts) count_anchors(anchors_of_part, motion, holding);
     }
+    count_observations(m, basics, out);
     return out;
 }
 

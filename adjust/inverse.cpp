@@ -419,12 +419,23 @@ double *element(const Symbolic &symbolic, Inverse &inverse, int i, int j)
 
 bool elements(const Symbolic &symbolic, const Inverse &inverse, int k, const int *i, double *block)
 {
+    const int few = 16; // rows of observations have no more unknowns, most of them
+    std::int64_t places[few * (few + 1) / 2];
+    std::vector<std::int64_t> many;
+    std::int64_t *place = places;
+    if (k > few) {
+        many.resize((std::size_t)k * ((std::size_t)k + 1) / 2);
+        place = many.data();
+    }
+    std::size_t n = 0;
     for (int a = 0; a < k; a++)
-        for (int b = 0; b <= a; b++)
-            if (find_element(symbolic, i[a], i[b]) < 0) return false;
+        for (int b = 0; b <= a; b++) {
+            place[n] = find_element(symbolic, i[a], i[b]);
+            if (place[n++] < 0) return false;
+        }
+    n = 0;
     for (int a = 0; a < k; a++)
-        for (int b = 0; b <= a; b++)
-            block[a * k + b] = block[b * k + a] = inverse.value[(std::size_t)find_element(symbolic, i[a], i[b])];
+        for (int b = 0; b <= a; b++) block[a * k + b] = block[b * k + a] = inverse.value[(std::size_t)place[n++]];
     return true;
 }
 

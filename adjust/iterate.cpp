@@ -161,6 +161,11 @@ Ending Iterator::last_factor()
 Iteration Iterator::run()
 {
     squares = fill_rows(model, &system);
+    result.squares = squares;
+    if (system.bad_group >= 0) {
+        result.ending = Ending::bad_covariance;
+        return result;
+    }
     fill_normal(&system);
     while (result.steps < limits.steps) {
         const bool undamped = damping == 0.0;

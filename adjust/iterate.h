@@ -28,10 +28,11 @@ struct IterationLimits {
 
 enum class Ending {
     converged,
-    limit,    // steps used up
-    diverged, // no step makes the sum of squares smaller, or values are no numbers
-    singular, // the normal matrix has no inverse where the steps led; the system's factor names the unknowns
-    stopped   // by the watch
+    limit,          // steps used up
+    diverged,       // no step makes the sum of squares smaller, or values are no numbers
+    singular,       // the normal matrix has no inverse where the steps led; the system's factor names the unknowns
+    bad_covariance, // of a group, see the system; nothing has moved
+    stopped         // by the watch
 };
 
 struct Iteration {

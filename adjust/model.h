@@ -64,11 +64,10 @@ enum class Kind : unsigned char {
     vertical_angle,      // elevation above the horizon of a set-up
     azimuth,             // of the line between the marks
     bearing,             // of the first two coordinates, from the first axis towards the second
-    baseline,            // to - from in the axes of the network: 3 components, in the plane 2, of heights the third
-                         // alone
-    difference,          // of one coordinate, to - from, as it is an unknown
-    image,               // 2 components u, v, pixels
-    unknown              // an unknown itself: weighted or imported coordinates, angles, constants
+    baseline,   // to - from in the axes of the network: 3 components, in the plane 2, of heights the third alone
+    difference, // of one coordinate, to - from, as it is an unknown
+    image,      // 2 components u, v, pixels
+    unknown     // an unknown itself: weighted or imported coordinates, angles, constants
 };
 
 constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;

@@ -158,8 +158,10 @@ Answers MotionRows::answers(int row, const Similarity &s) const
         const int point = equations.column[k] / 3, axis = equations.column[k] % 3;
         if (!rows->is_coordinate(equations.column[k]) || (difference && point != to)) continue;
         const double *x = &model().value[3 * (std::size_t)point];
-        for (int m = 0; m < n_motions; m++)
-            out[m] += rows->entry(row, k) * (difference ? s.of_vector(m, vector, axis) : s.of_point(m, x, axis));
+        if (difference)
+            s.add_vector(rows->entry(row, k), vector, axis, out.data());
+        else
+            s.add_point(rows->entry(row, k), x, axis, out.data());
     }
     return out;
 }
@@ -173,13 +175,20 @@ Answers MotionRows::answers_of_coordinate(int unknown, const Similarity &s) cons
 
 Terms MotionRows::terms(int row) const
 {
-    const Equations &equations = *rows->equations;
     Terms out;
+    find_terms(row, &out);
+    return out;
+}
+
+void MotionRows::find_terms(int row, Terms *found) const
+{
+    const Equations &equations = *rows->equations;
+    Terms &out = *found;
+    out.clear();
     const int part = part_of_row(row);
     if (part >= 0) append_combined(out, motions[part], answers(row, motions[part].similarity));
     for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++)
         if (column_of[equations.column[k]] >= 0) out.emplace_back(column_of[equations.column[k]], rows->entry(row, k));
-    return out;
 }
 
 Terms MotionRows::terms_of_fixed(int unknown) const

@@ -45,6 +45,7 @@ struct MotionRows {
     // What a coordinate answers to them when it is held.
     Answers answers_of_coordinate(int unknown, const Similarity &similarity) const;
     Terms terms(int row) const;
+    void find_terms(int row, Terms *found) const; // the same, in memory that is there
     Terms terms_of_fixed(int unknown) const;
     // Whether a coordinate is held in a part.
     bool is_fixed(int unknown) const;

@@ -119,6 +119,22 @@ double Similarity::of_point(int m, const double x[3], int k) const
     return of_vector(m, d, k);
 }
 
+void Similarity::add_vector(double f, const double vector[3], int k, double sums[n_motions]) const
+{
+    if (space == Space::heights ? k != 2 : space == Space::plane && k == 2) return;
+    const int next = (k + 1) % 3, after = (k + 2) % 3; // turns about these two axes move component k
+    if (exists(3 + next)) sums[3 + next] += f * (vector[after] / size);
+    if (exists(3 + after)) sums[3 + after] += f * (-vector[next] / size);
+    sums[6] += f * (vector[k] / size);
+}
+
+void Similarity::add_point(double f, const double x[3], int k, double sums[n_motions]) const
+{
+    if (exists(k)) sums[k] += f;
+    const double d[3] = {x[0] - centre[0], x[1] - centre[1], x[2] - centre[2]};
+    add_vector(f, d, k, sums);
+}
+
 Similarity similarity(const Model &model, const std::vector<int> &points)
 {
     Similarity s;

@@ -29,6 +29,9 @@ struct Similarity {
     double of_vector(int m, const double vector[3], int k) const;
     // The same for a point.
     double of_point(int m, const double x[3], int k) const;
+    // Adds f times component k of what each basic motion does to a vector, or to a point.
+    void add_vector(double f, const double vector[3], int k, double sums[n_motions]) const;
+    void add_point(double f, const double x[3], int k, double sums[n_motions]) const;
 };
 
 // About the centroid of points, from their present coordinates.

@@ -80,9 +80,9 @@ def plane(out, unknowns, rng, fixed=True):
     held = {0, len(names) - 1} if fixed else set()
     off = [(0.0, 0.0) if i in held else (rng.uniform(-.05, .05), rng.uniform(-.05, .05)) for i in range(len(names))]
     begin(out, 2)
-    table(out, "stations", "name x y code orientation",
-          (f"{names[i]} {xy[i][0] + off[i][0]:.6f} {xy[i][1] + off[i][1]:.6f} {'fixed' if i in held else 'free'} "
-           f"{zero[i]:.2f}\n" for i in order))
+    table(out, "stations", "name x y code",
+          (f"{names[i]} {xy[i][0] + off[i][0]:.6f} {xy[i][1] + off[i][1]:.6f} {'fixed' if i in held else 'free'}\n"
+           for i in order))
 
     def sight(i, k):
         return xy[k][0] - xy[i][0], xy[k][1] - xy[i][1]
@@ -125,8 +125,8 @@ def hall(out, unknowns, rng):
     def near(p, by):
         return " ".join(f"{c + rng.uniform(-by, by):.6f}" for c in p)
 
-    table(out, "stations", "name x y z code orientation",
-          (f"S{i} {near(stations[i], .03)} free {zero[i]:.2f}\n" for i in range(4)))
+    table(out, "stations", "name x y z code",
+          (f"S{i} {near(stations[i], .03)} free\n" for i in range(4)))
     table(out, "targets", "name x y z code",
           (f"P{i} {near(targets[i], 0.0 if i < 4 else .03)} {'fixed' if i < 4 else 'free'}\n" for i in order))
 

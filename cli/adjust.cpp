@@ -13,6 +13,8 @@
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
+#include "host/system/temporary_file.h"
+#include "vorn/version.h"
 
 using namespace vornhost;
 
@@ -20,19 +22,22 @@ namespace {
 
 bool json_shown(const Options &options) { return options.json == "-"; }
 
+bool report_in_file(const Options &options) { return !options.report.empty() && options.report != "-"; }
+
 // Files of a run. They are opened before it, so that a path that cannot be written shows
 // before the computation and not behind it.
 struct Outputs {
     explicit Outputs(const Options &options)
     {
-        if (!options.report.empty())
+        if (report_in_file(options))
             report = std::make_unique<OutputFile>(options.report);
         else
-            spool.reset(tmpfile());
+            spool.reset(temporary_file());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         if (!options.csv.empty()) make_folder(options.csv);
         for (const OutputFile *file : {report.get(), json.get()})
-            if (file) remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
+            if (file && !file->temporary_name().empty()) // empty for a device
+                remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }

@@ -11,6 +11,8 @@
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
+#include "host/system/temporary_file.h"
+#include "vorn/version.h"
 
 using namespace vornhost;
 
@@ -27,7 +29,7 @@ using File = std::unique_ptr<FILE, int (*)(FILE *)>;
 
 File temporary_report()
 {
-    File file(tmpfile(), fclose);
+    File file(temporary_file(), fclose);
     if (!file) throw OutputError(errno, "a temporary file");
     return file;
 }
@@ -82,9 +84,10 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
         puts("this network can be adjusted");
         return;
     }
-    printf("%s%s\n%s\n", summary.c_str(), datum_of(summary),
-           doubtful(summary) ? "whether this network can be adjusted, only its adjustment shows"
-                             : "this network can be adjusted");
+    printf("%s%s\n", summary.c_str(), datum_of(summary));
+    for (const std::string &word : r.words) printf("solver sparse refuses it: %s\n", word.c_str());
+    puts(doubtful(summary) || !r.words.empty() ? "whether this network can be adjusted, only its adjustment shows"
+                                               : "this network can be adjusted");
 }
 
 } // namespace

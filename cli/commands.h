@@ -10,6 +10,7 @@
 
 int adjust(const Options &options);
 int check(const Options &options);
+int import_network(const Options &options);
 
 // Reads the network file and applies the options to it. False, with the faults on standard
 // error, when something is wrong.

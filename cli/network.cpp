@@ -28,12 +28,27 @@ bool apply(const Options &options, Model &model)
     return false;
 }
 
+std::string standard_input()
+{
+    std::string text;
+    char piece[1 << 16];
+    for (size_t n; (n = fread(piece, 1, sizeof piece, stdin)) > 0;) text.append(piece, n);
+    if (ferror(stdin)) throw std::system_error(errno, std::generic_category(), "cannot read standard input");
+    return text;
+}
+
+bool read(const std::string &path, Model &model, Faults &faults)
+{
+    if (path != "-") return read_network(path, model, faults);
+    return read_network_text("standard input", standard_input(), model, faults);
+}
+
 } // namespace
 
 bool read_input(const Options &options, Model &model)
 {
     Faults faults;
-    if (read_network(options.network, model, faults)) return apply(options, model);
+    if (read(options.network, model, faults)) return apply(options, model);
     for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
     return false;
 }

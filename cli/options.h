@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
 
@@ -18,9 +19,13 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
+enum class Command { adjust, check, import };
+
 struct Options {
-    bool check = false; // check instead of adjust
-    std::string network;
+    Command command = Command::adjust;
+    std::string network; // the network file, or a file of a foreign format
+    bool force = false;  // import may replace a file
+    std::optional<vornhost::Format> format;
     std::string report, json, csv, folder; // empty: not asked for
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;

@@ -622,14 +622,10 @@ std::string run_name(const std::string &path)
     return stem + ".inp";
 }
 
-} // namespace
-
-bool read_network(const std::string &path, Model &model, Faults &faults)
+// Reads the network out of its text, which is in memory.
+bool read_text(const std::string &path, const TextFile &file, Model &model, Faults &faults)
 {
-    model = Model();
-    faults = Faults();
-    TextFile file;
-    if (!file.read(path, Source(), faults) || !check_depth(file, faults)) return false;
+    if (!check_depth(file, faults)) return false;
     Model network;
     network.path = path;
     network.p.imixed = -1;
@@ -647,6 +643,24 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
     model = std::move(network);
     model.attach();
     return true;
+}
+
+} // namespace
+
+bool read_network(const std::string &path, Model &model, Faults &faults)
+{
+    model = Model();
+    faults = Faults();
+    TextFile file;
+    return file.read(path, Source(), faults) && read_text(path, file, model, faults);
+}
+
+bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults)
+{
+    model = Model();
+    faults = Faults();
+    TextFile file;
+    return file.take(name, text, faults) && read_text(name, file, model, faults);
 }
 
 } // namespace vornhost

@@ -24,6 +24,9 @@ public:
     // Returns false after a fault.
     bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
 
+    // The same for a text that is there already and goes by that name.
+    bool take(const std::string &name, std::string_view text, Faults &faults);
+
     const std::string &text() const { return bytes; }
     int file() const { return index; } // its number in places
 

@@ -213,15 +213,15 @@ void Collection::residual(int row)
 {
     const va::Equations &e = adjustment.equations;
     const va::Observation &o = values.observations[(size_t)e.observation[(size_t)row]];
-    const ItemName name = item_name(network, numbers, e.observation[(size_t)row]);
+    ItemName name = item_name(network, numbers, e.observation[(size_t)row]);
     const int component = e.component[(size_t)row];
     ResidualResult r;
     r.kind = name.kind;
     r.component = name.part.empty() ? component_name(values, o, component) : name.part;
     r.unit = unit_of(values, o);
-    r.from = name.from;
-    r.to = name.to;
-    r.file = name.file;
+    r.from = std::move(name.from);
+    r.to = std::move(name.to);
+    r.file = std::move(name.file);
     r.line = name.line;
     r.observed = !planned;
     const bool coordinate = o.kind == va::Kind::unknown && o.unknown < 3 * values.n_points;
@@ -237,7 +237,7 @@ void Collection::residual(int row)
         mark(s, r);
     }
     r.words = words_of(numbers.items[(size_t)e.observation[(size_t)row]], name);
-    results.residuals.push_back(r);
+    results.residuals.push_back(std::move(r));
 }
 
 // What the row says beside its values; -1 where it says nothing.
@@ -267,6 +267,7 @@ void Collection::residuals()
         tau = tau_limit(significance, f);
         tau_divided = tau_limit(significance / n, f);
     }
+    results.residuals.reserve((size_t)n);
     for (int row = 0; row < e.rows(); row++)
         if (e.usable[(size_t)row]) residual(row);
     find_suspicious();

@@ -84,10 +84,23 @@ private:
     std::vector<std::string> held, unknown, missing;
 };
 
-template <class Record> bool any(const List<Record> &list, int iconn)
+template <class Record> int count(const List<Record> &list, int iconn)
 {
-    return std::any_of(list.records.begin(), list.records.end(),
-                       [&](const Record &r) { return r.status > 0 && r.iconn == iconn; });
+    return (int)std::count_if(list.records.begin(), list.records.end(),
+                              [&](const Record &r) { return r.status > 0 && r.iconn == iconn; });
+}
+
+// The covariance of imported coordinates is a full matrix, here and in the normal equations: its factor takes the cube
+// of their number in operations, some seconds a step for as many.
+constexpr int most_imported = 3000;
+
+std::vector<std::string> too_many(int points, int coordinates)
+{
+    const double megabytes = 8e-6 * coordinates * coordinates;
+    return {"the network imports " + std::to_string(points) + " points: " + std::to_string(coordinates) +
+                " coordinates, whose covariance is a full matrix of " + std::to_string((long)megabytes) +
+                " MB; at most " + std::to_string(most_imported) + " coordinates can be imported",
+            "export and import only the points that the surveys share, or adjust both surveys in one file"};
 }
 
 bool is_exported(const Model &network, const PointPlace &p)
@@ -141,7 +154,9 @@ std::string export_name(const Model &network)
 
 std::vector<std::string> take_imports(Model &network)
 {
-    if (!any(network.stations, IMPORTED) && !any(network.targets, IMPORTED)) return {};
+    const int imported = count(network.stations, IMPORTED) + count(network.targets, IMPORTED);
+    if (imported == 0) return {};
+    if (imported * network.p.dim > most_imported) return too_many(imported, imported * network.p.dim);
     ConnectedFile file;
     const std::string fault = read_connected_file(network.p.confile, file);
     if (!fault.empty()) return {fault, "adjust the network that exports it anew"};
@@ -174,7 +189,7 @@ std::vector<int> exported_unknowns(const Model &network, const Numbers &numbers)
 
 void write_export(const Model &network, OwnOutcome &outcome)
 {
-    if (!any(network.stations, EXPORTED) && !any(network.targets, EXPORTED)) return;
+    if (count(network.stations, EXPORTED) + count(network.targets, EXPORTED) == 0) return;
     const std::string path = export_name(network);
     const std::vector<int> points = exported_points(network, outcome.numbers);
     const std::string reason = why_not(network, outcome, points);

@@ -9,6 +9,7 @@
 #include "host/preparation/first_values.h"
 #include "host/preparation/lump_checks.h"
 #include "host/preparation/start/start.h"
+#include "host/system/temporary_file.h"
 
 namespace vornhost {
 
@@ -116,7 +117,7 @@ Numbers numbers_again(Model &network, const Numbers &found)
 bool by_the_engine(Model &network)
 {
     using File = std::unique_ptr<FILE, int (*)(FILE *)>;
-    const File report(tmpfile(), fclose);
+    const File report(temporary_file(), fclose);
     const int images = network.p.iphoto;
     network.p.iphoto = 0;
     const FirstValues values = compute_first_values(network, report.get());

@@ -107,7 +107,7 @@ void add_baseline(Builder &b, int record)
         g.status = -g.status;
         return;
     }
-    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}}; // xx, xy, xz, yy, yz, zz
+    static const int place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
     const int n = b.network.p.dim, first = n == 1 ? 2 : 0;
     std::vector<double> covariance;
     for (int i = first; i < first + n; i++)

@@ -57,6 +57,7 @@ int Builder::lump_of(int p) const
 
 int Builder::motion_at(int p, int epoch) const
 {
+    if (motions.empty()) return -1;
     const auto found = motions.find({lump_of(p), epoch});
     return found == motions.end() ? -1 : found->second;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
+#include <numeric>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
@@ -118,6 +120,23 @@ std::vector<std::string> covariance_words(const Model &network, const OwnOutcome
             "check its variances and covariances, its form, and the order of its rows"};
 }
 
+// Points whose standard deviation is a large share of the network's size: hardly anything tells where they are.
+std::vector<int> hardly_placed(const OwnOutcome &outcome)
+{
+    constexpr double large = 0.1;
+    const va::Model &model = outcome.numbers.model;
+    const std::vector<double> &deviation = outcome.adjustment.statistics.deviation;
+    std::vector<int> all((size_t)model.n_points), out;
+    std::iota(all.begin(), all.end(), 0);
+    if (deviation.empty() || all.size() < 2) return out;
+    const double limit = large * va::similarity(model, all).size;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(out), [&](int p) {
+        return std::any_of(&deviation[3 * (size_t)p], &deviation[3 * (size_t)p] + 3,
+                           [&](double s) { return s > limit; });
+    });
+    return out;
+}
+
 } // namespace
 
 std::vector<std::string> not_adjusted_here(const Model &network)
@@ -152,7 +171,13 @@ void judge(const Model &network, OwnOutcome &outcome)
 
 std::vector<std::string> weak_notes(const Model &network, const OwnOutcome &outcome)
 {
-    return warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming_of(network, outcome.numbers));
+    const Naming naming = naming_of(network, outcome.numbers);
+    std::vector<std::string> notes = warnings(outcome.adjustment.determinacy.datum, outcome.adjustment.weak, naming);
+    const std::vector<int> points = hardly_placed(outcome);
+    if (!points.empty())
+        notes.push_back("hardly determined, with standard deviations beyond a tenth of the network: " +
+                        names_of(points, naming.point));
+    return notes;
 }
 
 } // namespace vornhost

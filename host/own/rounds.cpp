@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
+#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
@@ -28,21 +30,27 @@ using Readings = std::vector<Reading>;
 // Readings by sets; those of none are cut where a target comes again.
 std::vector<Readings> cut(const Readings &all)
 {
+    struct Open {
+        size_t round = 0;
+        std::unordered_set<std::string_view> met;
+    };
     std::vector<Readings> rounds;
-    std::map<int, size_t> of_set; // round of a set, under -1 the last of none
+    std::map<int, Open> open; // round of a set, under -1 the last of none
     for (const Reading &r : all) {
-        const auto [found, made] = of_set.emplace(r.set, rounds.size());
-        if (made) rounds.emplace_back();
-        const Readings &last = rounds[found->second];
-        const auto again = [&](const Reading &s) { return s.target == r.target; };
-        if (r.set < 0 && std::any_of(last.begin(), last.end(), again)) {
-            found->second = rounds.size();
+        Open &o = open[r.set];
+        const bool first = o.met.empty(), again = !o.met.insert(r.target).second;
+        if (first || (again && r.set < 0)) {
+            o.round = rounds.size();
+            o.met = {r.target};
             rounds.emplace_back();
         }
-        rounds[found->second].push_back(r);
+        rounds[o.round].push_back(r);
     }
     return rounds;
 }
+
+// The first reading of each target under one zero.
+using Zero = std::unordered_map<std::string, Reading>;
 
 // How a round compares with the readings under one zero.
 struct Comparison {
@@ -52,13 +60,14 @@ struct Comparison {
     bool constant = true;
 };
 
-Comparison compare(const Readings &round, const Readings &zero)
+Comparison compare(const Readings &round, const Zero &zero)
 {
     Comparison c;
     double first = 0;
     for (const Reading &r : round) {
-        const auto s = std::find_if(zero.begin(), zero.end(), [&](const Reading &x) { return x.target == r.target; });
-        if (s == zero.end()) continue;
+        const auto found = zero.find(r.target);
+        if (found == zero.end()) continue;
+        const Reading *s = &found->second;
         const double difference = std::remainder(r.angle - s->angle, turn), limit = most_sigmas * (r.sigma + s->sigma);
         if (c.common++ == 0) first = difference;
         c.same &= std::fabs(difference) <= limit;
@@ -102,7 +111,7 @@ public:
             const size_t zero = zero_of(round, rounds);
             if (zero == zeros.size()) zeros.emplace_back();
             for (const Reading &r : round) {
-                zeros[zero].push_back(r);
+                zeros[zero].emplace(r.target, r);
                 rounds.orientation[(size_t)r.record] = (int)zero;
             }
         }
@@ -140,7 +149,7 @@ private:
     const size_t stand;
     const SetupRecord setup;
     const Readings &readings;
-    std::vector<Readings> zeros;
+    std::vector<Zero> zeros;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/input/names.h"
+#include "host/system/temporary_file.h"
 #include "vorn/result.h"
 #include "host/preparation/sketch.h"
 #include "vorn/vorn.h"
@@ -254,7 +255,7 @@ void Computation::ask_engine(Way way)
     Sketch found = sketch;
     if (framed && way == Way::Targets)
         for (SketchPoint &p : found.points) p.placed = p.oriented = false;
-    File words(tmpfile(), fclose);
+    File words(temporary_file(), fclose);
     const bool done = words && Trial(model, found).run(way, words.get(), found);
     if (!diagnosis) diagnosis = std::move(words);
     if (!done) return;

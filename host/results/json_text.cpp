@@ -101,8 +101,8 @@ void JsonText::separate()
 
 JsonText &JsonText::key(std::string_view name)
 {
-    value(name);
-    text += ": ";
+    separate();
+    text.append(1, '"').append(name).append("\": ");
     keyed = true;
     return *this;
 }

@@ -19,7 +19,7 @@ public:
 
     explicit JsonText(Take its_take) : take(std::move(its_take)) {}
 
-    JsonText &key(std::string_view name); // the next value is that of this key
+    JsonText &key(std::string_view name); // plain letters; the next value is that of this key
     void open_object() { open('{'); }
     void open_array() { open('['); }
     void close(); // the innermost object or array

@@ -15,12 +15,6 @@ const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1"
 
 void put(JsonText &json, const char *key, double value) { json.pair(key, value); }
 
-// A text that is not empty.
-void put_text(JsonText &json, const char *key, const std::string &text)
-{
-    if (!text.empty()) json.pair(key, text);
-}
-
 void put(JsonText &json, const char *key, const EllipseResult &e)
 {
     json.key(key).open_object();
@@ -68,6 +62,12 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "ellipse", p.ellipse, planes);
 }
 
+// A text that is not empty.
+void put_text(JsonText &json, const char *key, const std::string &text)
+{
+    if (!text.empty()) json.pair(key, text);
+}
+
 void put(JsonText &json, const OrientationResult &o)
 {
     json.pair("station", o.name);
@@ -86,6 +86,10 @@ void put_observation(JsonText &json, const ResidualResult &r, const RowWords &wo
     json.pair("to", r.to);
     json.pair("file", r.file);
     json.pair("line", r.line);
+    put_text(json, "setup", words.setup);
+    put_text(json, "set", words.set);
+    put_text(json, "id", words.id);
+    put_text(json, "remark", words.remark);
 }
 
 void put_marks(JsonText &json, const ResidualResult &r)
@@ -100,13 +104,9 @@ void put_marks(JsonText &json, const ResidualResult &r)
     json.close();
 }
 
-void put(JsonText &json, const ResidualResult &r, const RowWords &words)
+void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
     put_observation(json, r, words);
-    put_text(json, "setup", words.setup);
-    put_text(json, "set", words.set);
-    put_text(json, "id", words.id);
-    put_text(json, "remark", words.remark);
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
     if (r.observed) json.pair("value", r.value);
@@ -212,7 +212,7 @@ void put_residuals(JsonText &json, const Results &results)
     json.key("residuals").open_array();
     for (const ResidualResult &r : results.residuals) {
         json.open_object();
-        put(json, r, results.words_of(r));
+        put_residual(json, r, results.words_of(r));
         json.close();
     }
     json.close();
@@ -223,11 +223,8 @@ void put_suspicious(JsonText &json, const Results &results)
     json.key("suspicious").open_array();
     for (const size_t i : results.suspicious) {
         json.open_object();
-        const ResidualResult &r = results.residuals[i];
-        const RowWords &words = results.words_of(r);
-        put_observation(json, r, words);
-        put_text(json, "id", words.id);
-        json.pair("normalised", r.normalised);
+        put_observation(json, results.residuals[i], results.words_of(results.residuals[i]));
+        json.pair("normalised", results.residuals[i].normalised);
         json.close();
     }
     json.close();

@@ -405,7 +405,10 @@ std::string Report::verdict() const
     else
         text += results.degrees_of_freedom.value_or(0) > 0 ? "No tests in this mode.\n"
                                                            : "Nothing checks the observations: no redundancy.\n";
-    if (!results.variance_test) return text + "No observation was tested.\n";
+    const bool tested =
+        results.variance_test && std::any_of(results.residuals.begin(), results.residuals.end(),
+                                             [](const ResidualResult &r) { return r.normalised.has_value(); });
+    if (!tested) return text + "No observation was tested.\n";
     if (results.suspicious.empty()) return text + "No observation is suspicious.\n";
     const ResidualResult &worst = results.residuals[results.suspicious.front()];
     text += std::to_string(results.suspicious.size()) +

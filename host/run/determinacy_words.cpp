@@ -40,16 +40,6 @@ std::string listed(const std::vector<std::string> &parts)
     return out;
 }
 
-// "A, B, C", at most eight, then how many more.
-std::string names(const std::vector<int> &indexes, const std::function<std::string(int)> &name)
-{
-    std::string out;
-    for (std::size_t i = 0; i < std::min(indexes.size(), most_names); i++)
-        out += (i == 0 ? "" : ", ") + name(indexes[i]);
-    if (indexes.size() > most_names) out += " and " + std::to_string(indexes.size() - most_names) + " more";
-    return out;
-}
-
 const char *noun(Kind kind)
 {
     switch (kind) {
@@ -199,7 +189,7 @@ struct Words {
     double size; // of the network, metres
 
     bool plane() const { return model.frame.space == Space::plane; }
-    std::string points(const std::vector<int> &p) const { return names(p, naming.point); }
+    std::string points(const std::vector<int> &p) const { return names_of(p, naming.point); }
     std::vector<int> points_at(const NamedMotion &m) const;
     std::string about(const NamedMotion &m, const std::vector<int> &at) const;
     std::string movement(const std::vector<NamedMotion> &motions, const std::vector<int> &hinges) const;
@@ -293,7 +283,7 @@ std::string point_sentence(const Words &w, const Finding &f)
 
 std::string unknowns_sentence(const Words &w, const Finding &f)
 {
-    const std::string who = names(f.unknowns, w.naming.unknown);
+    const std::string who = names_of(f.unknowns, w.naming.unknown);
     if (f.unknowns.size() == 1) return who + " is not determined: no observation tells it";
     if (f.apart) return who + " are not determined: no observation tells them";
     return who + " cannot be told apart: hold one of them, or observe what differs";
@@ -321,7 +311,7 @@ std::string Words::sentence(const Finding &f) const
 std::string loose_sentence(const Model &model, const Datum &datum, const Naming &naming)
 {
     std::vector<std::string> parts;
-    for (int p : datum.loose_parts) parts.push_back(names(datum.parts.points[p], naming.point));
+    for (int p : datum.loose_parts) parts.push_back(names_of(datum.parts.points[p], naming.point));
     const bool all = parts.size() == datum.parts.points.size(), heights = model.frame.space == Space::heights;
     const std::size_t told = std::min(parts.size(), most_names);
     std::string out = parts[0];
@@ -360,6 +350,15 @@ std::string not_carried_sentence(const Words &words, const Datum &datum)
 }
 
 } // namespace
+
+std::string names_of(const std::vector<int> &indexes, const std::function<std::string(int)> &name)
+{
+    std::string out;
+    for (std::size_t i = 0; i < std::min(indexes.size(), most_names); i++)
+        out += (i == 0 ? "" : ", ") + name(indexes[i]);
+    if (indexes.size() > most_names) out += " and " + std::to_string(indexes.size() - most_names) + " more";
+    return out;
+}
 
 std::string datum_line(const Datum &datum)
 {

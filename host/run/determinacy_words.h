@@ -20,6 +20,9 @@ struct Naming {
     double origin[3] = {0, 0, 0}; // metres, of the model's coordinates in those of the user
 };
 
+// "A, B, C", at most eight, then how many more.
+std::string names_of(const std::vector<int> &indexes, const std::function<std::string(int)> &name);
+
 // One line: "free: 2 shifts, 1 turn; scale from 7 distances", "held by 4 fixed coordinates; scale also from 7
 // distances".
 std::string datum_line(const vornadjust::Datum &datum);

@@ -33,12 +33,28 @@ NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::st
     return run;
 }
 
+class Silence : public Feedback {
+public:
+    void feedback(char *) override {}
+    int decision(char *, char *) override { return 0; }
+};
+
+// What nothing determines in a network that the engine, which counts observations, has loaded.
+std::vector<std::string> open_in(Model &model)
+{
+    Silence silence;
+    OwnOutcome own = run_own(model, silence, true);
+    const bool open = own.ending == Ending::no_datum || own.ending == Ending::undetermined;
+    return open ? std::move(own.run.words) : std::vector<std::string>();
+}
+
 NetworkRun engine_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool checking)
 {
     NetworkRun run;
     run.outcome = checking ? check(model, report, feedback) : vornhost::run(model, report, feedback);
     run.results = collect(model, run.outcome, version);
     model.p.freerun(model.p.runresults);
+    if (checking && run.results.adjusted) run.results.words = open_in(model);
     return run;
 }
 

@@ -268,7 +268,7 @@ TEST_F(Program, RefusesWrongUsageAndWritesNothing)
 
 TEST_F(Program, NamesItsCommands)
 {
-    const std::string commands = "; write vorn adjust NAME.inp or vorn check NAME.inp\n";
+    const std::string commands = "; write vorn adjust NAME.inp, vorn check NAME.inp or vorn import FILE\n";
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(err, "vorn: a command is missing" + commands);
     EXPECT_EQ(run("net.inp"), 2);
@@ -399,6 +399,18 @@ TEST_F(Program, SaysWhatTheRunWouldBe)
     EXPECT_EQ(written(), Names{});
 }
 
+// The engine counts: P has three distances, but all along one line.
+TEST_F(Program, SaysWhatCountingDoesNotSee)
+{
+    folder.write("line.inp", "[run]\ndimension = 2\nsolver = \"compact\"\n[tables]\ntargets = '''\nname x y code\n"
+                             "A 0 0 fixed\nB 100 0 fixed\nC 200 0 fixed\nP 50 0 free\n'''\ndistances = '''\n"
+                             "from to value sigma\nA P 50 0.001\nB P 50 0.001\nC P 150 0.001\n'''\n");
+    EXPECT_EQ(run("check line.inp"), 0);
+    EXPECT_TRUE(contains(out, "solver sparse refuses it: P can move along y: its 3 distances leave this open"));
+    EXPECT_TRUE(contains(out, "\nwhether this network can be adjusted, only its adjustment shows\n"));
+    EXPECT_FALSE(contains(out, "this network can be adjusted\n"));
+}
+
 TEST_F(Program, SaysWhyANetworkCannotBeAdjusted)
 {
     EXPECT_EQ(run("check open.inp"), 1);
@@ -509,4 +521,36 @@ TEST_F(Program, ReportsInItsOwnWordsWithTheSolverSparse)
     EXPECT_TRUE(
         contains(text_of(folder.file("tables/residuals.csv")), ",component,unit,adjusted,redundancy,normalised"));
     EXPECT_EQ(run("adjust net.inp --solver sparse", ">/dev/full"), 3);
+}
+
+TEST_F(Program, ReadsTheNetworkFromStandardInput)
+{
+    EXPECT_EQ(run("adjust net.inp --json file.json -o file.txt"), 0);
+    EXPECT_EQ(run("adjust - --json piped.json -o piped.txt", "<net.inp"), 0) << err;
+    EXPECT_EQ(text_of(folder.file("piped.txt")), text_of(folder.file("file.txt")));
+    EXPECT_EQ(json("piped.json")["points"], json("file.json")["points"]);
+    EXPECT_EQ(json("piped.json")["file"], "standard input");
+    EXPECT_EQ(run("check -", "<open.inp"), 0);
+    EXPECT_EQ(run("adjust -", "<open.inp"), 1);
+}
+
+TEST_F(Program, NamesThePlaceInStandardInput)
+{
+    EXPECT_EQ(run("adjust -"), 2);
+    EXPECT_EQ(err, "standard input: dimension is missing in [run]; write dimension = 1, 2 or 3\n");
+    folder.write("open.inp", "[run]\ndimension = 4\n");
+    EXPECT_EQ(run("adjust -", "<open.inp"), 2);
+    EXPECT_EQ(err.rfind("standard input:2:13: ", 0), 0u) << err;
+}
+
+TEST_F(Program, TakesAMinusForStandardOutput)
+{
+    EXPECT_EQ(run("adjust net.inp"), 0);
+    const std::string report = out;
+    const Names before = written();
+    EXPECT_EQ(run("adjust net.inp -o -"), 0);
+    EXPECT_EQ(out, report);
+    EXPECT_EQ(written(), before);
+    EXPECT_EQ(run("adjust net.inp -o - --json -"), 2);
+    EXPECT_EQ(out, "");
 }

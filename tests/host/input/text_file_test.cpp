@@ -162,3 +162,18 @@ TEST(TextFile, RefusesAFileLargerThanItsLimit)
     EXPECT_EQ(read(folder, "t", file, 22), Lines());
     EXPECT_EQ(read(folder, "t", file, 21), Lines{"t: file \"t\" has more than 21 bytes; split the network"});
 }
+
+TEST(TextFile, TakesATextLikeAFile)
+{
+    for (const std::string &text : {std::string("one\ntwo\n"), std::string("\xEF\xBB\xBFone"), std::string("a\nb\0", 4),
+                                    std::string("\xFF\xFEo"), std::string("x\n\x80"), std::string(200000, 'x')}) {
+        Folder folder;
+        folder.write("t", text);
+        TextFile file, taken;
+        Faults faults;
+        const Lines wanted = read(folder, "t", file);
+        EXPECT_EQ(taken.take("t", text, faults), wanted.empty());
+        EXPECT_EQ(faults.lines(), wanted);
+        if (wanted.empty()) EXPECT_EQ(taken.text(), file.text());
+    }
+}

@@ -87,7 +87,9 @@ TEST(OwnRuns, RefuseDatumPointsThatDoNotHoldATurn)
                    "'''\ndistances = '''\nfrom to value sigma\nA B 100 0.001\nB C 90 0.001\nC D 100 0.001\n"
                    "D A 90 0.001\nA C 134.5362 0.001\nB D 134.5362 0.001\n'''\n");
     EXPECT_EQ(solved.code(), "datum: no datum");
-    EXPECT_EQ(solved.words(), "the network can be turned about A: the points with code free do not hold this\n");
+    EXPECT_EQ(solved.words(),
+              "the network can be turned about A: the points with code free do not hold this; code free for "
+              "B, C, D would do\n");
 }
 
 TEST(OwnRuns, NameThePointWithOneDistance)

@@ -4,6 +4,7 @@
 #include <map>
 #include <vector>
 
+#include "host/input/names.h"
 #include "host/own/own_run.h"
 
 using namespace vornhost;
@@ -148,6 +149,53 @@ void expect_truth(const SolvedNetwork &solved, const std::map<std::string, std::
 }
 
 } // namespace
+
+namespace {
+
+// Both roads adjust an example after a change that takes away what parts them.
+template <class Change> void expect_one_result(const std::string &name, const Change &change)
+{
+    SolvedNetwork by[2];
+    for (const bool engine : {false, true}) {
+        Model model;
+        Faults faults;
+        ASSERT_TRUE(read_network(example(name), model, faults));
+        model.solver = engine ? Solver::Compact : Solver::Sparse;
+        model.p.convergence = 1e-10;
+        change(model);
+        by[engine] = solve(model);
+        ASSERT_TRUE(by[engine].adjusted());
+    }
+    for (const PointResult &p : by[0].results().points)
+        for (int k = 0; k < 3; k++) {
+            const PointResult &q = by[1].point(p.name);
+            if (p.adjusted[k]) EXPECT_NEAR(*p.adjusted[k], *q.adjusted[k], 1e-8) << p.name << k;
+            if (p.deviation[k]) EXPECT_NEAR(*p.deviation[k] / *q.deviation[k], 1, 1e-8) << p.name << k;
+        }
+}
+
+} // namespace
+
+// The engine has the derivatives of the line between the marks.
+TEST(OwnExamples, AgreeWithTheEngineWithoutHeightsOfInstrument)
+{
+    expect_one_result("baumann_zenith_angles", [](Model &m) {
+        for (auto *list : {&m.distances, &m.verticals, &m.directions})
+            for (measure_input &o : list->records) o.h1 = o.h2 = 0;
+    });
+}
+
+// The engine's conditions of a free network are those of the last coordinates.
+TEST(OwnExamples, AgreeWithTheEngineFromAdjustedCoordinates)
+{
+    const SolvedNetwork first = solve_file(example("strang_borre_distances_free"));
+    expect_one_result("strang_borre_distances_free", [&](Model &m) {
+        for (target_input &t : m.targets.records)
+            for (int k = 0; k < 2; k++) t.x[k] = *first.point(plain_name(t.name)).adjusted[k];
+        for (station_input &s : m.stations.records)
+            for (int k = 0; k < 2; k++) s.x[k] = *first.point(plain_name(s.name)).adjusted[k];
+    });
+}
 
 TEST(OwnExamples, FindTheTruthOfASphereWithHeightsOfInstrument)
 {

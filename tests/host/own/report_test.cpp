@@ -79,6 +79,8 @@ std::string report_of(const std::string &text)
     return text_report(solved.results(), "2031-05-17 08:30 UTC");
 }
 
+bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
 Lines lines_of(const std::string &text)
 {
     Lines all;
@@ -175,6 +177,66 @@ TEST(OwnReport, GivesThePrecisionOfAPlannedNetwork)
     const std::string report = report_of(text.insert(text.find("dimension"), "mode = \"propagation\"\n"));
     EXPECT_NE(report.find("B      free   101.00000  8.16\n"), std::string::npos) << report;
     EXPECT_EQ(report.find("observed"), std::string::npos) << report;
+}
+
+// A redundancy number needs no values: each line of the loop has a third, whatever stands there.
+TEST(OwnReport, GivesTheRedundancyOfPlannedObservations)
+{
+    std::string text = loop;
+    text.replace(text.find("-1.999"), 6, "77.777");
+    const SolvedNetwork solved = solve_text(text.insert(text.find("dimension"), "mode = \"propagation\"\n"));
+    ASSERT_EQ(solved.results().residuals.size(), 3u);
+    for (const ResidualResult &r : solved.results().residuals) {
+        EXPECT_NEAR(r.redundancy.value(), 1.0 / 3.0, 1e-12) << r.from;
+        EXPECT_FALSE(r.normalised || r.adjusted || r.normal) << r.from;
+    }
+    EXPECT_TRUE(contains(text_report(solved.results(), ""), "sigma  redundancy  place\n"));
+}
+
+// A camera 100 m above five points; Q stands beside it, where the projection has no place.
+TEST(OwnReport, AccountsForImagePointsThatAreLeftOut)
+{
+    const Folder folder;
+    const InFolder inside(folder.path);
+    std::string targets, lines;
+    const int xy[5][2] = {{10, 0}, {-20, 10}, {0, 30}, {-10, -25}, {30, 20}};
+    for (int i = 0; i < 5; i++) {
+        const std::string name = "P" + std::to_string(i), blanks = "      ";
+        targets += name + " " + std::to_string(xy[i][0]) + " " + std::to_string(xy[i][1]) + " 0 fixed\n";
+        lines += name + blanks + " " + std::to_string(500 - 10 * xy[i][0]) + " " + std::to_string(500 - 10 * xy[i][1]) +
+                 "\n";
+    }
+    folder.write("i.txt", lines + "Q        700 500\n");
+    folder.write("net.inp",
+                 "[run]\ndimension = 3\n[tables]\nstations = '''\nname x y z code levelled\nC 0 0 100 fixed no\n'''\n"
+                 "targets = '''\nname x y z code\nQ 5 0 100 fixed\n" +
+                     targets +
+                     "'''\ncameras = '''\nname width height pu pv c\ncam 1000 1000 1 1 1000\n'''\n"
+                     "images = '''\nfile station camera\ni.txt C cam\n'''\n");
+    const SolvedNetwork solved = solve_file("net.inp");
+    ASSERT_TRUE(solved.adjusted()) << solved.words();
+    const Account &points = solved.results().accounts.back();
+    EXPECT_EQ(points.kind, "image points");
+    EXPECT_EQ(points.read, 6);
+    EXPECT_EQ(points.used, 5);
+    ASSERT_EQ(points.left_out.size(), 1u);
+    EXPECT_EQ(points.left_out[0].file, folder.file("i.txt"));
+    EXPECT_EQ(points.left_out[0].line, 6);
+    EXPECT_EQ(points.left_out[0].to, "Q");
+    EXPECT_EQ(points.left_out[0].reason, "the point stands in the plane of the camera, across its axis");
+}
+
+// The circle of an instrument that measured vertical angles alone has no orientation.
+TEST(OwnReport, ListsNoOrientationThatNobodyRead)
+{
+    const SolvedNetwork solved = solve_text(
+        "[run]\ndimension = 3\n[tables]\nstations = '''\nname x y z code\nS 0 0 0 fixed\nT 0 50 0 fixed\n'''\n"
+        "targets = '''\nname x y z code_x code_y code_z\nP 100 0 0 fixed fixed free\n'''\n"
+        "vertical_angles = '''\nfrom to value sigma\nS P 100 0.002\n'''\n"
+        "directions = '''\nfrom to value sigma\nT S 0 0.001\n'''\n");
+    ASSERT_TRUE(solved.adjusted()) << solved.words();
+    ASSERT_EQ(solved.results().orientations.size(), 1u);
+    EXPECT_EQ(solved.results().orientations[0].name, "T");
 }
 
 TEST(OwnReport, WritesInTheUnitsOfTheFile)

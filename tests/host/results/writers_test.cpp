@@ -195,8 +195,54 @@ TEST(CsvWriter, QuotesAsNeededAndEndsRowsWithBothCharacters)
 {
     const std::string text = table(levelling(), "residuals.csv");
     EXPECT_EQ(text, "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
-                    "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised\r\n"
-                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,\r\n");
+                    "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised,at,"
+                    "setup,set,id,remark\r\n"
+                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,\r\n");
+}
+
+namespace {
+
+// The height difference of levelling() with everything that a row may say.
+Results with_words()
+{
+    Results r = levelling();
+    r.residuals[0].words = 0;
+    RowWords words;
+    words.at = "S";
+    words.setup = "noon";
+    words.set = "2";
+    words.id = "1017";
+    words.remark = "wind, rain";
+    r.row_words.push_back(words);
+    r.suspicious = {0};
+    r.orientations.resize(1);
+    r.orientations[0].setup = "noon";
+    r.orientations[0].set = "2";
+    return r;
+}
+
+} // namespace
+
+TEST(CsvWriter, TellsWhatTheRowsSayBesideTheirValues)
+{
+    EXPECT_NE(table(with_words(), "residuals.csv").find(",m,,,,S,noon,2,1017,\"wind, rain\"\r\n"), std::string::npos);
+    EXPECT_NE(table(with_words(), "orientations.csv").find(",noon,2\r\n"), std::string::npos);
+}
+
+TEST(JsonWriter, TellsWhatTheRowsSayBesideTheirValues)
+{
+    const json all = json::parse(to_json(with_words()));
+    const json &row = all["residuals"][0];
+    EXPECT_EQ(row["at"], "S");
+    EXPECT_EQ(row["setup"], "noon");
+    EXPECT_EQ(row["set"], "2");
+    EXPECT_EQ(row["id"], "1017");
+    EXPECT_EQ(row["remark"], "wind, rain");
+    EXPECT_EQ(all["suspicious"][0]["at"], "S");
+    EXPECT_EQ(all["suspicious"][0]["id"], "1017");
+    EXPECT_EQ(all["orientations"][0]["setup"], "noon");
+    EXPECT_EQ(all["orientations"][0]["set"], "2");
+    EXPECT_FALSE(json::parse(to_json(levelling()))["residuals"][0].contains("id"));
 }
 
 TEST(CsvWriter, LeavesTheCellsOfWhatIsAbsentEmpty)
@@ -210,9 +256,9 @@ TEST(CsvWriter, LeavesTheCellsOfWhatIsAbsentEmpty)
 
 TEST(CsvWriter, WritesTheAccountOfEachKindThenWhatWasLeftOut)
 {
-    EXPECT_EQ(table(levelling(), "accounts.csv"), "kind,read,used,left_out,file,line,from,to,reason\r\n"
-                                                  "height differences,2,1,1,,,,,\r\n"
-                                                  "height differences,,,,net.inp,13,B,C,status off\r\n");
+    EXPECT_EQ(table(levelling(), "accounts.csv"), "kind,read,used,left_out,file,line,from,to,reason,at\r\n"
+                                                  "height differences,2,1,1,,,,,,\r\n"
+                                                  "height differences,,,,net.inp,13,B,C,status off,\r\n");
 }
 
 TEST(CsvWriter, WritesGroupsLumpsAndPairsOnlyWhenThereAreSome)

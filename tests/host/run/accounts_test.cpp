@@ -178,7 +178,7 @@ TEST(Accounts, NameTheLinesOfImageFilesThatAreLeftOut)
                             "  img.txt:4: S to Z: point Z is unknown",
                             "  img.txt:5: S to C: two numbers are missing behind the name",
                             "  img.txt:6: S to D: two numbers are missing behind the name",
-                            "  img.txt:7: S to : the line is longer than 89 bytes",
+                            "  img.txt:7: S: the line is longer than 89 bytes",
                             "  img.txt:8: S to OFF: point OFF is off"}));
 }
 

@@ -82,9 +82,12 @@ TEST(Refusals, SayWhatTheDatumPointsDoNotHold)
     SmallNet net = square(Code::free);
     net.all_distances_among(4);
     EXPECT_EQ(refused(net),
-              Lines{"the network can be shifted along x and along y and turned: no point has code free to hold this"});
+              Lines{"the network can be shifted along x and along y and turned: no point has code free to hold this; "
+                    "code free for A, B, C, D would do"});
     net.model.code[3] = net.model.code[4] = Code::datum;
-    EXPECT_EQ(refused(net), Lines{"the network can be turned about B: the points with code free do not hold this"});
+    EXPECT_EQ(refused(net),
+              Lines{"the network can be turned about B: the points with code free do not hold this; code free for "
+                    "A, C, D would do"});
 }
 
 TEST(Refusals, NameTheHinge)

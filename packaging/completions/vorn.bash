@@ -1,0 +1,22 @@
+# Completion of vorn for bash.
+_vorn()
+{
+    local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        COMPREPLY=($(compgen -W "adjust check --help --version" -- "$word"))
+        return
+    fi
+    case $before in
+    --solver) COMPREPLY=($(compgen -W "sparse compact jordan simplex" -- "$word")); return ;;
+    --mode) COMPREPLY=($(compgen -W "statistics solution propagation" -- "$word")); return ;;
+    --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
+    --json | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    esac
+    case $word in
+    -*)
+        [ "$command" != adjust ] || common+=" --json --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
+        COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
+    *) COMPREPLY=($(compgen -f -X '!*.inp' -- "$word") $(compgen -d -- "$word")) ;;
+    esac
+}
+complete -o filenames -F _vorn vorn
