@@ -15,6 +15,7 @@ constexpr double share = 3e-4;   // of a length: curvature, tilts and what else 
 constexpr double times = 3.0;    // standard deviations in a tolerance
 constexpr size_t most_loci = 10; // of a point, that propose places
 constexpr size_t most_rays = 12; // of a circle, that propose turns
+constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
 constexpr double torn_by = 0.5;  // agreement by which the best place must lead
 const double pi = 4.0 * std::atan(1.0);
 
@@ -253,6 +254,7 @@ std::vector<StarTurn> star_turns(const std::vector<StarRay> &star, const Xy &p)
         const double dx = r.x - p.x, dy = r.y - p.y, d2 = dx * dx + dy * dy, d = std::sqrt(d2);
         if (!(d > 0.0)) return {};
         const double t = times * std::hypot(r.angle, r.base / d) + share;
+        if (t > vague) continue;
         turns.push_back({wrapped(std::atan2(dy, dx) - r.reading), t, dy / d2, -dx / d2});
     }
     return turns;
