@@ -46,9 +46,8 @@ bool read(const std::string &path, Model &model, std::vector<std::string> &notes
 
 } // namespace
 
-bool read_input(const Options &options, Model &model)
+bool read_input(const Options &options, Model &model, Faults &faults)
 {
-    Faults faults;
     std::vector<std::string> notes;
     const bool good = read(options.network, model, notes, faults);
     if (!options.console.quiet) show_lines(notes);

@@ -26,8 +26,6 @@ struct SightTable {
     bool angle; // of the values
 };
 
-bool planned(const Network &net) { return net.model.mode == Mode::Propagation; }
-
 double length_above_zero(Network &net, Row &row, int column)
 {
     const double value = row.length(column, 1.0);
@@ -37,7 +35,7 @@ double length_above_zero(Network &net, Row &row, int column)
 
 double read_value(Network &net, Row &row, const SightTable &table)
 {
-    if (!row.given(VALUE) && !planned(net)) row.missing(VALUE, "write a number");
+    if (!row.given(VALUE) && !net.planned(row.at(VALUE))) row.missing(VALUE, "write a number");
     if (!row.given(VALUE)) return 0.0;
     return table.angle ? read_angle(net, row, VALUE) : length_above_zero(net, row, VALUE);
 }

@@ -43,6 +43,16 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(place, others.place, -1);
     take(id, others.id, std::string());
     take(remark, others.remark, std::string());
+    take(raw, others.raw, unknown_note);
+    take(h1, others.h1, 0.0);
+    take(h2, others.h2, 0.0);
+}
+
+Model Model::twin() const
+{
+    Model other(*this);
+    other.attach();
+    return other;
 }
 
 void Model::attach()

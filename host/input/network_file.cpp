@@ -52,14 +52,15 @@ const std::vector<SectionKeys> &all_sections()
         {"run", {"title", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
         {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
-        {"reductions", {"distances"}},
+        {"reductions", {"distances", "atmosphere", "prism"}},
         {"apriori",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images",
           "horizontal_distances", "bearings", "angles", "coordinates", "coordinate_differences", "scale_bars"}},
         {"sigma",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "horizontal_distances",
-          "bearings", "angles", "scale_bars"}},
-        {"baselines", {"datum_rule"}},
+          "bearings", "angles", "scale_bars", "distances_ppm", "height_difference_km", "height_difference_setup",
+          "centring_instrument", "centring_target", "height_instrument", "height_target"}},
+        {"baselines", {"datum_rule", "sigma_factor"}},
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
         {"csv", {"separator", "decimal"}},
@@ -427,6 +428,15 @@ void NetworkReader::read_weights(const toml::table &root)
                         "write degrees as ddd.mmss");
         net.sigma[(size_t)id] = value;
     }
+    net.stated.ppm = sigma.number("distances_ppm", 0.0, above_zero, "above 0");
+    net.stated.per_km = sigma.number("height_difference_km", 0.0, above_zero, "above 0");
+    net.stated.per_setup = sigma.number("height_difference_setup", 0.0, above_zero, "above 0");
+    Model::Centring &c = net.model.centring;
+    const std::pair<const char *, double *> centring[] = {{"centring_instrument", &c.instrument},
+                                                          {"centring_target", &c.target},
+                                                          {"height_instrument", &c.instrument_height},
+                                                          {"height_target", &c.target_height}};
+    for (const auto &[key, value] : centring) *value = sigma.number(key, 0.0, above_zero, "above 0") * net.sigma_metres;
 }
 
 // Horizontal distances belong into the plane: in space they would be compared with slopes.
@@ -437,6 +447,8 @@ void NetworkReader::read_reduction(const toml::table &root)
     Section section(root, "reductions", faults);
     p.iredux = section.word("distances", 0, reductions, true);
     net.model.between_marks = section.find("distances") && p.iredux == 0;
+    net.stated.atmosphere = section.number("atmosphere", 0.0, any, "of ppm");
+    net.stated.prism = section.number("prism", 0.0, sensible_length, "of lengths") * net.metres;
     if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))
         section.fault(*section.find("distances"),
                       section.name("distances") + " makes distances horizontal: only in the plane",
@@ -449,6 +461,7 @@ void NetworkReader::read_methods(const toml::table &root)
     static const Words methods = {{"0", 0}, {"1", 1}, {"9", 9}};
     read_reduction(root);
     p.igps = Section(root, "baselines", faults).word("datum_rule", 1, rules);
+    net.stated.baseline_factor = Section(root, "baselines", faults).number("sigma_factor", 1.0, above_zero, "above 0");
     if (!named(TABLE_BASELINES)) p.igps = 0;
     p.lumpmethod = Section(root, "lumps", faults).word("method", not_given, methods, true);
     // Epochs that are compared after the adjustment are the engine's affair.

@@ -33,6 +33,13 @@ const char *const table_names[TABLE_COUNT] = {"stations",
                                               "coordinate_differences",
                                               "scale_bars"};
 
+bool Network::planned(Source at)
+{
+    if (model.mode != Mode::Propagation) return false;
+    if (model.unknown_value.line == 0) model.unknown_value = at;
+    return true;
+}
+
 bool Network::has_dimension(int coordinate) const
 {
     switch (model.p.dim) {

@@ -60,13 +60,23 @@ struct Network {
     double length = 1.0, sigma_length = 1.0;                // units of the records in these two
     int angle = ANGLE_GON, sigma_angle = ANGLE_GON;         // units of angles and their standard deviations in the file
     std::array<double, TABLE_COUNT> sigma{}; // standard deviation of rows without one, as written, 0: none
-    NameIndex points;                        // stations, then targets
-    size_t station_names = 0;                // how many of them are stations
-    std::vector<bool> in_group;              // the station of this number belongs to a group
+    struct {
+        double ppm = 0;                   // of distances
+        double per_km = 0, per_setup = 0; // of height differences: per root of a kilometre, per set-up of the level
+        double atmosphere = 0;            // correction of distances, ppm
+        double prism = 0;                 // correction of distances, metres
+        double baseline_factor = 1;       // of standard deviations of baselines
+    } stated;                             // of rows that do not say it; standard deviations as written
+    NameIndex points;                     // stations, then targets
+    size_t station_names = 0;             // how many of them are stations
+    std::vector<bool> in_group;           // the station of this number belongs to a group
     NameIndex groups, cameras, covariances;
     std::unordered_map<std::string, int> setups; // index by number of the station and word
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
+
+    // Whether a value may be unknown: in a plan, which the model then remembers.
+    bool planned(Source at);
 
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };

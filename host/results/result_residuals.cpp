@@ -73,6 +73,7 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
     residual.line = where.line;
     residual.words = words_of(block.list.notes, i, results);
+    residual.raw = raw_reading(from.model, block.type == KIND_VERTICAL, block.list.notes, i);
     fill_observed(p, block.type, m, residual);
     const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
     residual.residual = in_si(p, block.type, observed_less_computed);

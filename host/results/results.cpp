@@ -47,6 +47,13 @@ double deviation_second(const EllipseResult &e)
     return std::hypot(e.a * std::sin(e.bearing), e.b * std::cos(e.bearing));
 }
 
+std::optional<double> raw_reading(const Model &model, bool vertical, const RowNotes &notes, size_t row)
+{
+    const double raw = note_at(notes.raw, row, unknown_note);
+    if (std::isnan(raw)) return std::nullopt;
+    return vertical && model.p.izenith == 1 ? 2.0 * std::atan(1.0) - raw : raw;
+}
+
 namespace {
 
 const char *solver_word(Solver solver)

@@ -69,12 +69,25 @@ std::string own_matter(const Model &m)
         found.push_back(
             first_said(m, list->where, list->notes.covariance, std::string("column covariance of table ") + name));
     }
+    for (size_t i = 0; i < m.baselines.size(); i++)
+        if (note_at(m.baselines.notes.h1, i, 0.0) != 0.0 || note_at(m.baselines.notes.h2, i, 0.0) != 0.0) {
+            found.push_back("heights of antennas in table baselines (" + place(m, m.baselines.where[i]) + ")");
+            break;
+        }
+    if (m.centring.any()) found.push_back("centring in [sigma] (" + m.path + ")");
     for (const std::string &text : found)
         if (!text.empty()) return text;
     return {};
 }
 
 } // namespace
+
+std::string unknown_value(const Model &model)
+{
+    if (model.mode == Mode::Propagation || model.unknown_value.line == 0) return {};
+    return "a value is not known (" + place(model, model.unknown_value) +
+           "): write it, or choose the mode propagation, which needs none";
+}
 
 std::vector<std::string> not_available(const Model &model)
 {
@@ -85,6 +98,7 @@ std::vector<std::string> not_available(const Model &model)
                         "[lumps] (" +
                         model.path + ")");
     check_names(model, lines);
+    if (const std::string unknown = unknown_value(model); !unknown.empty()) lines.push_back(unknown);
     if (const std::string own = own_matter(model); !own.empty())
         lines.push_back("the engine does not take " + own + ": choose the solver sparse");
     return lines;

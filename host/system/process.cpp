@@ -7,10 +7,14 @@
 #else
 #include <fcntl.h>
 #include <signal.h>
+
+#include <initializer_list>
 #endif
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+
+#include <initializer_list>
 
 namespace vornhost {
 
