@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -78,16 +79,22 @@ struct Outputs {
             show_spool();
     }
 
+    // JSON and views under their temporary names. A failure waits until the report has been finished.
     void prepare_results(const Options &options, const Results &results, const InputLines &lines)
     {
-        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
-        for (size_t i = 0; i < seen.size(); i++)
-            if (seen[i]) seen[i]->write(views[i].text(options, results, lines));
+        try {
+            if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+            for (size_t i = 0; i < seen.size(); i++)
+                if (seen[i]) seen[i]->write(views[i].text(options, results, lines));
+        } catch (const OutputError &) {
+            failure = std::current_exception();
+        }
     }
 
     void finish_results(const Options &options, const Results &results)
     {
         if (json_shown(options)) show(to_json(results));
+        if (failure) std::rethrow_exception(failure);
         if (json) json->finish();
         for (const auto &file : seen)
             if (file) file->finish();
@@ -119,6 +126,7 @@ struct Outputs {
     std::unique_ptr<OutputFile> report, json;
     std::vector<std::unique_ptr<OutputFile>> seen; // one a view, null where it is not asked for
     std::unique_ptr<FILE, Close> spool;
+    std::exception_ptr failure; // of the JSON
 };
 
 bool same_file(const std::string &a, const std::filesystem::path &b)
@@ -205,6 +213,7 @@ int adjust(const Options &options)
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
 
+    console.hide();
     try {
         outputs.finish_report(options);
     } catch (const OutputError &) {

@@ -139,7 +139,7 @@ int check(const Options &options)
     if (interrupts.came()) return interrupted();
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
-    const std::string summary = summary_of(text_of(report.get()));
+    const std::string summary = model.keys.replaced(summary_of(text_of(report.get())));
     if (options.json != "-") show(results, outcome, summary);
     write_json(options, verdict(results, outcome, summary), faults, results);
     flush_standard_output();

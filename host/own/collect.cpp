@@ -5,6 +5,7 @@
 
 #include "adjust/kinds/motions.h"
 #include "host/input/names.h"
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/results/test_limits.h"
@@ -141,7 +142,7 @@ void Collection::points()
         const int *codes = place.station ? network.stations.records[(size_t)place.record].ix
                                          : network.targets.records[(size_t)place.record].ix;
         PointResult p;
-        p.name = plain_name(point_name(network, place));
+        p.name = shown_name(network, point_name(network, place));
         p.station = place.station;
         for (int k = 0; k < 3; k++) {
             const size_t u = 3 * (size_t)i + (size_t)k;
@@ -166,7 +167,7 @@ void Collection::orientations()
             continue; // an upright instrument whose circle nobody read
         OrientationResult o;
         const SetupPlace &setup = numbers.setups[s];
-        o.name = plain_name(record_name(network, setup.station));
+        o.name = shown_name(network, record_name(network, setup.station));
         if (setup.named >= 0) o.setup = network.setups.records[(size_t)setup.named].word;
         if (setup.set >= 0) o.set = network.set_words[(size_t)setup.set];
         for (int k = 0; k < 3; k++) {
@@ -256,7 +257,12 @@ void Collection::residual(int row)
         if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
         mark(s, r);
     }
-    r.words = words_of(numbers.items[(size_t)e.observation[(size_t)row]], name);
+    const ItemPlace &item = numbers.items[(size_t)e.observation[(size_t)row]];
+    if (const ItemNotes n = item_notes(network, item); n.notes)
+        r.raw = raw_reading(network, item.item == Item::vertical_angle, *n.notes, n.row);
+    const auto antennas = numbers.raw.find(e.observation[(size_t)row]);
+    if (antennas != numbers.raw.end()) r.raw = antennas->second[(size_t)component];
+    r.words = words_of(item, name);
     results.residuals.push_back(std::move(r));
 }
 
@@ -375,7 +381,7 @@ void Collection::cameras()
     if (!outcome.adjusted() || planned) return;
     for (size_t c = 0; c < values.cameras.size(); c++) {
         CameraResult camera;
-        camera.name = plain_name(network.cameras.records[(size_t)numbers.camera_records[c]].name);
+        camera.name = shown_name(network, network.cameras.records[(size_t)numbers.camera_records[c]].name);
         parameters(values.cameras[c].first, camera.value, camera.deviation);
         if (std::any_of(std::begin(camera.value), std::end(camera.value), [](const auto &v) { return v.has_value(); }))
             results.cameras.push_back(camera);
@@ -412,8 +418,8 @@ void Collection::pairs()
     for (size_t i = 0; i < wanted.size(); i++) {
         const va::Covariance &c = adjustment.statistics.pairs[i];
         PairResult pair;
-        pair.from = plain_name(point_name(network, numbers.points[(size_t)wanted[i].first]));
-        pair.to = plain_name(point_name(network, numbers.points[(size_t)wanted[i].second]));
+        pair.from = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].first]));
+        pair.to = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].second]));
         bool axis[3];
         for (int k = 0; k < 3; k++) {
             axis[k] = values.code[(size_t)k] != va::Code::absent;
@@ -477,6 +483,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
     Collection(network, outcome, results).run();
+    collect_covariances(network, outcome, results);
     return results;
 }
 

@@ -123,6 +123,7 @@ void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words
     put_observation(json, r, words);
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
+    json.pair("raw", r.raw);
     if (r.observed) json.pair("value", r.value);
     json.pair("sigma", r.sigma);
     if (r.observed) json.pair("residual", r.residual);

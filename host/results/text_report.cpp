@@ -142,7 +142,7 @@ std::string Report::points() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         cells.push_back(e ? units.small_length(e->a) : "");
         cells.push_back(e ? units.small_length(e->b) : "");
-        cells.push_back(e ? decimal(std::stod(units.angle(e->bearing)), 1) : "");
+        cells.push_back(e ? units.bearing(e->bearing) : "");
         table.add(cells);
     }
     return section("Points", table);
@@ -249,7 +249,7 @@ std::string Report::pairs() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         table.add({p.from, p.to, small_length(p.deviation[0]), small_length(p.deviation[1]),
                    small_length(p.deviation[2]), e ? units.small_length(e->a) : "", e ? units.small_length(e->b) : "",
-                   e ? decimal(std::stod(units.angle(e->bearing)), 1) : ""});
+                   e ? units.bearing(e->bearing) : ""});
     }
     return section("Relative precision of pairs", table);
 }
@@ -291,6 +291,7 @@ std::string Report::observations_of(const std::string &kind) const
                      {"", "", Align::left},
                      {"set-up", "", Align::left},
                      {"set", "", Align::left},
+                     {"read", unit},
                      {"observed", unit},
                      {"adjusted", unit},
                      {"residual", small_unit},
@@ -305,7 +306,7 @@ std::string Report::observations_of(const std::string &kind) const
         const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
-        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set,
+        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set, r.raw ? value(r, *r.raw) : "",
                    r.observed ? value(r, r.value) : "", r.adjusted ? value(r, *r.adjusted) : "",
                    r.observed ? small(r, sign * r.residual) : "", small(r, r.sigma),
                    r.redundancy ? decimal(*r.redundancy, 2) : "", r.normalised ? decimal(sign * *r.normalised, 2) : "",

@@ -3,7 +3,7 @@ _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
     if [ "$COMP_CWORD" -eq 1 ]; then
-        COMPREPLY=($(compgen -W "adjust check --help --version" -- "$word"))
+        COMPREPLY=($(compgen -W "adjust check import --help --version" -- "$word"))
         return
     fi
     case $before in
@@ -12,11 +12,15 @@ _vorn()
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --json | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
+    [ "$command" != import ] || common="--from --force --quiet --help -o -h"
     case $word in
     -*)
         [ "$command" != adjust ] || common+=" --json --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
         COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
-    *) COMPREPLY=($(compgen -f -X '!*.inp' -- "$word") $(compgen -d -- "$word")) ;;
+    *)
+        local only='!*.inp'
+        [ "$command" != import ] || only=
+        COMPREPLY=($(compgen -f -X "$only" -- "$word") $(compgen -d -- "$word")) ;;
     esac
 }
 complete -o filenames -F _vorn vorn

@@ -2,6 +2,7 @@
 complete -c vorn -f
 complete -c vorn -n __fish_use_subcommand -a adjust -d "adjust a network and report the results"
 complete -c vorn -n __fish_use_subcommand -a check -d "say what its adjustment would be"
+complete -c vorn -n __fish_use_subcommand -a import -d "make a network file of a file of another program"
 complete -c vorn -n __fish_use_subcommand -l version -d "show the version"
 complete -c vorn -s h -l help -d "show a help text"
 
@@ -23,3 +24,10 @@ complete -c vorn -n "$adjust" -l recompute -d "compute new approximate values"
 complete -c vorn -n "$adjust" -l balance -d "balance the observations"
 complete -c vorn -n "$adjust" -l ask -d "ask on the terminal instead of answering no"
 complete -c vorn -n "$adjust" -l quiet -d "only errors on standard error"
+
+set -l import __fish_seen_subcommand_from import
+complete -c vorn -n "$import" -F
+complete -c vorn -n "$import" -s o -r -F -d "network file"
+complete -c vorn -n "$import" -l from -x -d "format of the file"
+complete -c vorn -n "$import" -l force -d "replace the network file where there is one"
+complete -c vorn -n "$import" -l quiet -d "only errors on standard error"
