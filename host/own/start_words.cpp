@@ -27,7 +27,7 @@ std::string number(double x, int digits)
 
 std::string name_of(const Model &network, const Numbers &numbers, int point)
 {
-    return plain_name(point_name(network, numbers.points[(size_t)point]));
+    return shown_name(network, point_name(network, numbers.points[(size_t)point]));
 }
 
 // A reading as the file has it.

@@ -170,7 +170,7 @@ void JsonText::value(double number)
 void JsonText::null()
 {
     separate();
-    text += "null";
+    add("null");
 }
 
 void JsonText::value(int number)
