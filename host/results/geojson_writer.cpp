@@ -14,6 +14,30 @@ const char *const axis_names[3] = {"x", "y", "z"};
 // Tenths of a nanometre are no information.
 double rounded(double x) { return std::round(x * 1e9) / 1e9; }
 
+// A feature a line: line ends and indents inside features are left out. Texts have none: there they are escaped.
+struct Lines {
+    static constexpr size_t indent = 4; // of a feature
+    std::string text, blanks;           // so far; those behind a line end that came last
+    bool starting = false;
+
+    void add(std::string_view piece)
+    {
+        for (const char c : piece) add(c);
+    }
+
+    void add(char c)
+    {
+        if (c == '\n' || (starting && c == ' ')) {
+            blanks = c == '\n' ? "" : blanks + ' ';
+            starting = true;
+            return;
+        }
+        if (starting && blanks.size() <= indent) text += "\n" + blanks;
+        starting = false;
+        text += c;
+    }
+};
+
 class GeoJson {
 public:
     GeoJson(const Results &all, Axes the_axes, JsonText &text)
@@ -142,7 +166,7 @@ void GeoJson::ellipse(const PlanEllipse &e)
     for (int k = 0; k <= corners; k++) {
         double right = 0, up = 0;
         ellipse_corner(plan, e, k % corners, corners, &right, &up);
-        position(right, up);
+        position(std::round(right * 1e5) / 1e5, std::round(up * 1e5) / 1e5);
     }
     json.close();
     json.close();
@@ -159,10 +183,10 @@ void GeoJson::ellipse(const PlanEllipse &e)
 
 std::string to_geojson(const Results &results, Axes axes)
 {
-    std::string text;
-    JsonText json([&](std::string_view piece) { text += piece; });
+    Lines lines;
+    JsonText json([&](std::string_view piece) { lines.add(piece); });
     GeoJson(results, axes, json).write();
-    return text;
+    return lines.text + "\n";
 }
 
 } // namespace vornhost
