@@ -5,6 +5,8 @@
 #else
 #include <fcntl.h>
 #include <signal.h>
+
+#include <initializer_list>
 #endif
 #ifdef __GLIBC__
 #include <malloc.h>
