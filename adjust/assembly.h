@@ -1,7 +1,6 @@
 // The normal system N dx = n of weighted rows:  N = B^T B, n = B^T b.
 //
-// The pattern of N is found once; assemble() goes through the rows as they lie in memory and finds the place of each
-// product in its column of N.
+// The pattern of N and the rows in which each column stands are found once; assemble() gathers column by column.
 
 #ifndef VORNADJUST_ASSEMBLY_H
 #define VORNADJUST_ASSEMBLY_H
@@ -15,8 +14,12 @@
 namespace vornadjust {
 
 struct NormalSystem {
-    SymmetricMatrix matrix;    // columns of the normal system
-    std::vector<double> right; // [n]
+    SymmetricMatrix matrix;         // columns of the normal system
+    std::vector<double> right;      // [n]
+    std::vector<std::size_t> begin; // [n + 1] places of column j among the rows:
+    std::vector<int> row;           //   row that holds it, ascending
+    std::vector<int> entry;         //   its entry, counted from the first of that row
+    std::vector<double> work;       // [n] zero between calls
 };
 
 // Pattern for n columns; values 0. Neighbouring columns of the same block, where blocks are given, belong to the

@@ -20,26 +20,15 @@ System make_system(const Model &model, const Watch &watch)
     return s;
 }
 
-// Entries of the rows in held columns: searched once.
-static const std::vector<std::size_t> &held_entries(System *s)
-{
-    if (s->struck.columns == s->held) return s->struck.entries;
-    s->struck.columns = s->held;
-    s->struck.entries.clear();
-    std::vector<char> is_held((std::size_t)s->n(), 0);
-    for (int h : s->held) is_held[h] = 1;
-    for (std::size_t k = 0; k < s->rows.column.size(); k++)
-        if (is_held[s->rows.column[k]]) s->struck.entries.push_back(k);
-    return s->struck.entries;
-}
-
 double fill_rows(const Model &model, System *s)
 {
     s->watch.tell(Step::equations);
     if (!s->present) fill(model, s->derivatives, &s->equations);
     s->present = false;
     s->bad_group = weigh(model, s->equations, s->columns, &s->rows);
-    for (std::size_t k : held_entries(s)) s->rows.coefficient[k] = 0.0;
+    for (int h : s->held)
+        for (std::size_t at = s->normal.begin[h]; at < s->normal.begin[h + 1]; at++)
+            s->rows.coefficient[s->rows.begin[s->normal.row[at]] + s->normal.entry[at]] = 0.0;
     return sum_of_squares(s->rows);
 }
 

@@ -25,13 +25,9 @@ struct System {
     Factor factor;
     std::vector<int> held; // columns that keep their values: the minimal datum. Their rows and columns of the normal
                            // matrix are those of the identity, so that they have correction 0.
-    struct {
-        std::vector<int> columns;         // held ones, of which
-        std::vector<std::size_t> entries; // these are the entries in the rows
-    } struck;
-    Watch watch;          // of all that is done with the system
-    bool present = false; // the equations are filled at the present values, as the next fill_rows would do it
-    int bad_group = -1;   // a group whose covariance is not positive definite, and whose rows are 0
+    Watch watch;           // of all that is done with the system
+    bool present = false;  // the equations are filled at the present values, as the next fill_rows would do it
+    int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }
 };
