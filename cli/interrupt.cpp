@@ -3,10 +3,10 @@
 #include "interrupt.h"
 
 #include <limits.h>
-#include <signal.h>
 #include <string.h>
 #include <unistd.h>
 
+#include "host/system/process.h"
 #include "options.h"
 
 namespace {
@@ -18,7 +18,7 @@ const int most_files = 2; // report and JSON
 char files[most_files][PATH_MAX];
 std::atomic<int> nfiles{0};
 
-void interrupt(int)
+void interrupt()
 {
     if (waiting.load() && !asked.exchange(true)) return;
     for (int i = 0; i < nfiles.load(); i++) unlink(files[i]);
@@ -27,16 +27,7 @@ void interrupt(int)
 
 } // namespace
 
-void catch_interrupts()
-{
-    struct sigaction action = {}, before = {};
-    action.sa_handler = interrupt;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM}) {
-        sigaction(signal, nullptr, &before);
-        if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
-    }
-}
+void catch_interrupts() { vornhost::when_interrupted(interrupt); }
 
 Interrupts::Interrupts(bool patient) { waiting = patient; }
 

@@ -1,8 +1,5 @@
 // The program vorn: adjusts survey networks from the command line.
 
-#include <fcntl.h>
-#include <malloc.h>
-#include <signal.h>
 #include <stdio.h>
 #include <unistd.h>
 
@@ -11,18 +8,11 @@
 
 #include "commands.h"
 #include "host/run/memory_limit.h"
+#include "host/system/process.h"
 #include "interrupt.h"
 #include "options.h"
 
 namespace {
-
-// A standard stream that is closed would give its number to the next file that is opened.
-// Reading handles take their places, on which writing fails.
-void hold_standard_streams()
-{
-    for (int handle = 0; handle <= 2; handle++)
-        if (fcntl(handle, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) _exit(STATUS_SYSTEM);
-}
 
 // Libraries that read TOML and write JSON allocate in functions that may not throw: without memory they end here.
 [[noreturn]] void end_without_memory()
@@ -31,20 +21,17 @@ void hold_standard_streams()
     _exit(STATUS_SYSTEM);
 }
 
-// Arrays of the adjustment are taken and released again and again: what is up to 32 MB stays with the process, for
-// whose pages the system would have to be asked each time.
-void keep_memory()
+int run_command(const Options &options)
 {
-    mallopt(M_MMAP_THRESHOLD, 32 << 20);
-    mallopt(M_TRIM_THRESHOLD, 256 << 20);
-    mallopt(M_TOP_PAD, 4 << 20);
+    if (options.command == Command::import) return import_network(options);
+    return options.command == Command::check ? check(options) : adjust(options);
 }
 
 int command(int argc, char **argv)
 {
     int status = STATUS_ADJUSTED;
     const std::optional<Options> options = read_options(argc, argv, &status);
-    if (options) return options->check ? check(*options) : adjust(*options);
+    if (options) return run_command(*options);
     if (status == STATUS_ADJUSTED) flush_standard_output(); // a help text
     return status;
 }
@@ -53,13 +40,13 @@ int command(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    hold_standard_streams();
+    if (!vornhost::hold_standard_streams()) _exit(STATUS_SYSTEM);
     std::set_terminate(end_without_memory);
     catch_interrupts();
-    keep_memory();
+    vornhost::keep_memory();
     vornhost::limit_memory(); // what does not fit ends with words and a status
-    signal(SIGPIPE, SIG_IGN); // a reader that has gone shows as a failed write
-    signal(SIGXFSZ, SIG_IGN); // and so does a file beyond the user's limit
+    vornhost::let_writes_fail();
+    vornhost::show_utf8();
     try {
         return command(argc, argv);
     } catch (const std::bad_alloc &) {

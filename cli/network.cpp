@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "commands.h"
+#include "host/formats/import.h"
 #include "host/input/network_file.h"
 #include "host/results/output_file.h"
 
@@ -28,14 +29,36 @@ bool apply(const Options &options, Model &model)
     return false;
 }
 
+std::string standard_input()
+{
+    std::string text;
+    char piece[1 << 16];
+    for (size_t n; (n = fread(piece, 1, sizeof piece, stdin)) > 0;) text.append(piece, n);
+    if (ferror(stdin)) throw std::system_error(errno, std::generic_category(), "cannot read standard input");
+    return text;
+}
+
+bool read(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
+{
+    if (path != "-") return read_any_network(path, model, notes, faults);
+    return read_network_text("standard input", standard_input(), model, faults);
+}
+
 } // namespace
 
-bool read_input(const Options &options, Model &model)
+bool read_input(const Options &options, Model &model, Faults &faults)
 {
-    Faults faults;
-    if (read_network(options.network, model, faults)) return apply(options, model);
-    for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+    std::vector<std::string> notes;
+    const bool good = read(options.network, model, notes, faults);
+    if (!options.console.quiet) show_lines(notes);
+    if (good) return apply(options, model);
+    show_lines(faults.lines());
     return false;
+}
+
+void show_lines(const std::vector<std::string> &lines)
+{
+    for (const std::string &line : lines) fprintf(stderr, "%s\n", line.c_str());
 }
 
 int interrupted()

@@ -6,8 +6,10 @@
 #include <optional>
 #include <string>
 
+#include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
+#include "host/results/plan.h"
 
 // Exit statuses of the program.
 enum Status {
@@ -18,10 +20,16 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
+enum class Command { adjust, check, import };
+
 struct Options {
-    bool check = false; // check instead of adjust
-    std::string network;
-    std::string report, json, csv, folder; // empty: not asked for
+    Command command = Command::adjust;
+    std::string network; // the network file, or a file of a foreign format
+    bool force = false;  // import may replace a file
+    std::optional<vornhost::Format> format;
+    std::string report, json, csv, html, folder; // empty: not asked for
+    std::string geojson, dxf, svg;               // the same, of the plan
+    vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
     std::optional<int> threads;

@@ -1,31 +1,17 @@
 #include "host/input/text_file.h"
 
-#include <errno.h>
 #include <stdio.h>
-#include <string.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <memory>
 
+#include "host/input/file_pieces.h"
 #include "host/input/utf8.h"
 
 namespace vornhost {
 
 namespace {
 
-struct Close {
-    void operator()(FILE *file) const { fclose(file); }
-};
-using File = std::unique_ptr<FILE, Close>;
-
 const char *const byte_order_mark = "\xEF\xBB\xBF";
-
-bool is_folder(const std::string &path)
-{
-    std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored);
-}
 
 // A UTF-16 file begins with its own byte order mark.
 bool is_utf16(std::string_view text) { return text.substr(0, 2) == "\xFF\xFE" || text.substr(0, 2) == "\xFE\xFF"; }
@@ -38,43 +24,42 @@ bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_
     if (asked.line == 0) asked.file = index;
     bytes.clear();
     line_start = 0;
+    returns_only = false;
     const bool loaded = load(path, largest, asked, faults);
     find_lines();
     return loaded && check_encoding(faults);
 }
 
+bool TextFile::take(const std::string &name, std::string_view text, Faults &faults)
+{
+    index = faults.add_file(name);
+    bytes.clear();
+    line_start = 0;
+    const bool accepted = accept(text.data(), text.size(), faults);
+    find_lines();
+    return accepted && check_encoding(faults);
+}
+
 bool TextFile::load(const std::string &path, size_t largest, Source asked, Faults &faults)
 {
-    const std::string name = "file " + quote(path);
-    if (is_folder(path)) {
-        faults.add(asked, name + " is a folder", "name a file");
-        return false;
-    }
-    File file(fopen(path.c_str(), "rb"));
-    if (!file) {
-        const bool missing = errno == ENOENT || errno == ENOTDIR;
-        if (missing) faults.add(asked, name + " does not exist", "check its name and folder");
-        if (!missing) faults.add(asked, name + " cannot be opened: " + strerror(errno), "check its permissions");
-        return false;
-    }
-    std::vector<char> piece(1 << 16);
-    while (const size_t size = fread(piece.data(), 1, piece.size(), file.get())) {
-        if (bytes.size() + size > largest) {
-            faults.add(asked, name + " has more than " + std::to_string(largest) + " bytes", "split the network");
-            return false;
-        }
-        if (!accept(piece.data(), size, faults)) return false;
-    }
-    if (!ferror(file.get())) return true;
-    faults.add(asked, name + " cannot be read: " + strerror(errno), "check the disk");
-    return false;
+    return read_pieces(path, asked, largest, faults,
+                       [&](const char *piece, size_t size) { return accept(piece, size, faults); });
+}
+
+// The first piece tells how lines end: no line is as long as a piece.
+void TextFile::take(const char *piece, size_t size)
+{
+    const size_t from = bytes.size();
+    bytes.append(piece, size);
+    if (from == 0) returns_only = bytes.find('\n') == std::string::npos && bytes.find('\r') != std::string::npos;
+    if (returns_only) std::replace(bytes.begin() + (std::ptrdiff_t)from, bytes.end(), '\r', '\n');
 }
 
 // Takes a piece of the file unless it holds a NUL byte or makes a line too long.
 bool TextFile::accept(const char *piece, size_t size, Faults &faults)
 {
     const size_t from = bytes.size();
-    bytes.append(piece, size);
+    take(piece, size);
     if (from == 0 && is_utf16(bytes)) {
         faults.add({index, 1, 1}, "text is UTF-16", "save it as UTF-8");
         return false;
@@ -115,6 +100,10 @@ void TextFile::find_lines()
 Source TextFile::place(size_t offset) const
 {
     const auto after = std::upper_bound(lines.begin(), lines.end(), offset);
+    if (!origins.empty()) {
+        const size_t line = (size_t)(after - lines.begin()) - 1;
+        return {index, line < origins.size() ? origins[line].line : 0, 0};
+    }
     const size_t start = *(after - 1);
     const std::string_view before = std::string_view(bytes).substr(start, offset - start);
     return {index, (int)(after - lines.begin()), (int)utf8_count(before) + 1};

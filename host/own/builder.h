@@ -60,6 +60,7 @@ void add_images(Builder &b);
 void add_weighted(Builder &b);
 void add_imports(Builder &b);
 void add_covariances(Builder &b);
+void add_centring(Builder &b);
 
 } // namespace vornhost
 

@@ -115,6 +115,7 @@ Numbers make_numbers(Model &network)
     add_weighted(b);
     add_imports(b);
     add_covariances(b);
+    add_centring(b);
     orient_setups(b.numbers);
     return std::move(b.numbers);
 }

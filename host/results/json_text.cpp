@@ -167,6 +167,12 @@ void JsonText::value(double number)
     add({digits.text, digits.size});
 }
 
+void JsonText::null()
+{
+    separate();
+    add("null");
+}
+
 void JsonText::value(int number)
 {
     separate();

@@ -29,6 +29,7 @@ public:
     void value(bool truth);
     void value(std::string_view words);
     void value(const char *words) { value(std::string_view(words)); }
+    void null();
 
     template <class Value> void pair(std::string_view name, const Value &v)
     {

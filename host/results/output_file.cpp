@@ -24,11 +24,27 @@ std::string behind_links(const std::string &path)
     return error ? path : real.string();
 }
 
-mode_t usual_permissions()
+#ifdef _WIN32
+
+void give_usual_permissions(int) {}
+
+#else
+
+void give_usual_permissions(int handle)
 {
     const mode_t mask = umask(0);
     umask(mask);
-    return 0666 & ~mask;
+    fchmod(handle, 0666 & ~mask);
+}
+
+#endif
+
+// Takes the place of a file that is there. Returns 0 or the number of the error.
+int give_name(const std::string &temporary, const std::string &name)
+{
+    std::error_code error;
+    std::filesystem::rename(temporary, name, error);
+    return error ? error.default_error_condition().value() : 0;
 }
 
 } // namespace
@@ -43,7 +59,7 @@ OutputFile::OutputFile(const std::string &path) : target(path)
         open_temporary();
         if (exists) chmod(temporary.c_str(), info.st_mode & 07777);
     } else {
-        file = fopen(path.c_str(), "w");
+        file = fopen(path.c_str(), "wb");
     }
     if (!file) throw OutputError(errno, path);
 }
@@ -57,8 +73,8 @@ void OutputFile::open_temporary()
         temporary.clear();
         return;
     }
-    fchmod(handle, usual_permissions());
-    file = fdopen(handle, "w+");
+    give_usual_permissions(handle);
+    file = fdopen(handle, "w+b");
     if (file) return;
     const int number = errno;
     close(handle);
@@ -102,7 +118,8 @@ void OutputFile::finish()
     if (!file) return;
     close_checked();
     if (temporary.empty()) return;
-    if (rename(temporary.c_str(), behind_links(target).c_str()) != 0) throw OutputError(errno, target);
+    const int number = give_name(temporary, behind_links(target));
+    if (number != 0) throw OutputError(number, target);
     temporary.clear();
 }
 

@@ -1,5 +1,8 @@
 #include "host/run/memory_limit.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/sysinfo.h>
@@ -7,8 +10,23 @@
 
 #include <algorithm>
 #include <optional>
+#endif
 
 namespace vornhost {
+
+#ifdef _WIN32
+
+unsigned long long machine_memory()
+{
+    MEMORYSTATUSEX machine = MEMORYSTATUSEX();
+    machine.dwLength = sizeof machine;
+    return GlobalMemoryStatusEx(&machine) ? machine.ullTotalPageFile : 0;
+}
+
+// The system hands out no more than it has.
+void limit_memory() {}
+
+#else
 
 namespace {
 
@@ -48,5 +66,7 @@ void limit_memory()
     limit.rlim_cur = (rlim_t)all;
     setrlimit(RLIMIT_AS, &limit);
 }
+
+#endif
 
 } // namespace vornhost

@@ -10,17 +10,18 @@
 
 #include <string>
 
+#include "host/system/passing_stream.h"
+
 namespace vornhost {
 
 class ReportTee {
 public:
     explicit ReportTee(FILE *report);
-    ~ReportTee() { close(); }
     ReportTee(const ReportTee &) = delete;
     ReportTee &operator=(const ReportTee &) = delete;
 
     // What the engine writes to; the report itself when there was no memory for a stream.
-    FILE *stream() { return tee ? tee : report; }
+    FILE *stream() { return tee.stream() ? tee.stream() : report; }
 
     // The last 4000 bytes that were written.
     std::string tail();
@@ -29,13 +30,13 @@ public:
     void close();
 
 private:
-    static ssize_t write(void *self, const char *text, size_t size);
+    static bool take(void *self, const char *text, size_t size);
     void keep(const char *text, size_t size);
 
     FILE *report;
-    FILE *tee;
     char kept[4000]; // a ring: byte n of the report stands at n % 4000
     size_t written = 0;
+    PassingStream tee; // the last member: it hands the rest over when it ends
 };
 
 } // namespace vornhost

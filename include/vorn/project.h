@@ -20,8 +20,10 @@
 #define VORN_HOST __declspec(dllimport)
 #elif defined(_WIN32) && defined(VORN_HOST_EXPORT)
 #define VORN_HOST __declspec(dllexport)
-#else
+#elif defined(_WIN32)
 #define VORN_HOST
+#else
+#define VORN_HOST __attribute__((visibility("default")))
 #endif
 
 struct result;

@@ -19,8 +19,10 @@
 #define VORN_API __declspec(dllexport)
 #elif defined(_WIN32) && defined(VORN_IMPORT)
 #define VORN_API __declspec(dllimport)
-#else
+#elif defined(_WIN32)
 #define VORN_API
+#else
+#define VORN_API __attribute__((visibility("default")))
 #endif
 
 namespace vornengine {

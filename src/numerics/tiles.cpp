@@ -15,8 +15,9 @@
 
 namespace vornengine {
 
-// GCC for 64-bit Windows does not align the stack for vectors of 4 numbers.
-#if VECTORS && defined(_WIN64) && !defined(__clang__)
+// GCC for 64-bit Windows does not align the stack for vectors of 4 numbers; an assembler that makes moves to any
+// address of all moves helps.
+#if VECTORS && defined(_WIN64) && !defined(__clang__) && !defined(VORN_UNALIGNED_MOVES)
 #undef VECTORS
 #define VECTORS 0
 #endif

@@ -268,7 +268,7 @@ TEST_F(Program, RefusesWrongUsageAndWritesNothing)
 
 TEST_F(Program, NamesItsCommands)
 {
-    const std::string commands = "; write vorn adjust NAME.inp or vorn check NAME.inp\n";
+    const std::string commands = "; write vorn adjust NAME.inp, vorn check NAME.inp or vorn import FILE\n";
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(err, "vorn: a command is missing" + commands);
     EXPECT_EQ(run("net.inp"), 2);
@@ -521,4 +521,36 @@ TEST_F(Program, ReportsInItsOwnWordsWithTheSolverSparse)
     EXPECT_TRUE(
         contains(text_of(folder.file("tables/residuals.csv")), ",component,unit,adjusted,redundancy,normalised"));
     EXPECT_EQ(run("adjust net.inp --solver sparse", ">/dev/full"), 3);
+}
+
+TEST_F(Program, ReadsTheNetworkFromStandardInput)
+{
+    EXPECT_EQ(run("adjust net.inp --json file.json -o file.txt"), 0);
+    EXPECT_EQ(run("adjust - --json piped.json -o piped.txt", "<net.inp"), 0) << err;
+    EXPECT_EQ(text_of(folder.file("piped.txt")), text_of(folder.file("file.txt")));
+    EXPECT_EQ(json("piped.json")["points"], json("file.json")["points"]);
+    EXPECT_EQ(json("piped.json")["file"], "standard input");
+    EXPECT_EQ(run("check -", "<net.inp"), 0);
+    EXPECT_EQ(run("adjust -", "<open.inp"), 1);
+}
+
+TEST_F(Program, NamesThePlaceInStandardInput)
+{
+    EXPECT_EQ(run("adjust -"), 2);
+    EXPECT_EQ(err.rfind("standard input: dimension is missing in [run]; write dimension = 1, 2 or 3\n", 0), 0u) << err;
+    folder.write("open.inp", "[run]\ndimension = 4\n");
+    EXPECT_EQ(run("adjust -", "<open.inp"), 2);
+    EXPECT_TRUE(contains(err, "standard input:2:13: ")) << err;
+}
+
+TEST_F(Program, TakesAMinusForStandardOutput)
+{
+    EXPECT_EQ(run("adjust net.inp"), 0);
+    const std::string report = out;
+    const Names before = written();
+    EXPECT_EQ(run("adjust net.inp -o -"), 0);
+    EXPECT_EQ(out, report);
+    EXPECT_EQ(written(), before);
+    EXPECT_EQ(run("adjust net.inp -o - --json -"), 2);
+    EXPECT_EQ(out, "");
 }

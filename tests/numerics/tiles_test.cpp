@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <math.h>
+#include <stdio.h>
 
 #include <vector>
 
@@ -28,6 +29,20 @@ TEST(Tiles, RunPlainOnEveryProcessor)
     EXPECT_STREQ(tilesfor(TILES_PLAIN)->name, "plain");
     EXPECT_EQ(tilesfor(TILES_KINDS), nullptr);
     EXPECT_EQ(tilesfor(-1), nullptr);
+}
+
+TEST(Tiles, RunOnTheVectorsThatTheProcessorHas)
+{
+    const struct {
+        int kind;
+        bool there;
+        const char *name;
+    } kinds[] = {{TILES_AVX2, __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"), "avx2"},
+                 {TILES_AVX512, sizeof(void *) == 8 && __builtin_cpu_supports("avx512f"), "avx512f"}};
+    for (const auto &k : kinds) {
+        EXPECT_EQ(tilesfor(k.kind) != nullptr, k.there) << k.name;
+        if (k.there) printf("this processor runs %s\n", k.name);
+    }
 }
 
 TEST(Tiles, TakeTheWidestVectorsOfTheProcessor)

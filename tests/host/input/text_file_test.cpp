@@ -61,6 +61,19 @@ TEST(TextFile, LeavesOutAByteOrderMark)
     EXPECT_EQ(file.text(), "name");
 }
 
+TEST(TextFile, TakesCarriageReturnsForLineEndsWhereThereAreNoOthers)
+{
+    Folder folder;
+    TextFile file;
+    folder.write("t", "name\r" + std::string(70000, 'x') + "\r" + std::string(70000, 'y') + "\rz");
+    ASSERT_EQ(read(folder, "t", file), Lines());
+    EXPECT_EQ(file.text().substr(0, 6), "name\nx");
+    EXPECT_EQ(file.place(file.text().size() - 1).line, 4);
+    folder.write("t", "a\rb\n");
+    ASSERT_EQ(read(folder, "t", file), Lines());
+    EXPECT_EQ(file.text(), "a\rb\n");
+}
+
 TEST(TextFile, MayBeEmpty) { EXPECT_EQ(read_bytes(""), Lines()); }
 
 TEST(TextFile, RefusesAFileThatDoesNotExist)
@@ -161,4 +174,19 @@ TEST(TextFile, RefusesAFileLargerThanItsLimit)
     folder.write("t", "0123456789\n0123456789\n");
     EXPECT_EQ(read(folder, "t", file, 22), Lines());
     EXPECT_EQ(read(folder, "t", file, 21), Lines{"t: file \"t\" has more than 21 bytes; split the network"});
+}
+
+TEST(TextFile, TakesATextLikeAFile)
+{
+    for (const std::string &text : {std::string("one\ntwo\n"), std::string("\xEF\xBB\xBFone"), std::string("a\nb\0", 4),
+                                    std::string("\xFF\xFEo"), std::string("x\n\x80"), std::string(200000, 'x')}) {
+        Folder folder;
+        folder.write("t", text);
+        TextFile file, taken;
+        Faults faults;
+        const Lines wanted = read(folder, "t", file);
+        EXPECT_EQ(taken.take("t", text, faults), wanted.empty());
+        EXPECT_EQ(faults.lines(), wanted);
+        if (wanted.empty()) EXPECT_EQ(taken.text(), file.text());
+    }
 }

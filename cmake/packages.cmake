@@ -1,0 +1,38 @@
+# Packages for Debian and Ubuntu: program, shared library, development. Made by cpack -G DEB.
+foreach(pair "program vorn" "library libvorn${PROJECT_VERSION_MAJOR}" "development libvorn-dev")
+  string(REPLACE " " ";" pair ${pair})
+  list(GET pair 0 component)
+  list(GET pair 1 package)
+  string(TOUPPER ${component} upper)
+  set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  install(FILES ${packaging}/debian/copyright DESTINATION ${folder} COMPONENT ${component})
+  install_compressed(${packaging}/changelog ${folder} changelog ${component})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package})
+  set(CPACK_DEBIAN_${upper}_FILE_NAME DEB-DEFAULT)
+endforeach()
+
+set(CPACK_PACKAGE_VENDOR "the vorn developers")
+set(CPACK_PACKAGE_CONTACT "The vorn developers <vorn@localhost.localdomain>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_STRIP_FILES ON)
+set(library libvorn${PROJECT_VERSION_MAJOR})
+file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
+file(WRITE ${PROJECT_BINARY_DIR}/shlibs "libvorn ${PROJECT_VERSION_MAJOR} ${library} (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers ${PROJECT_BINARY_DIR}/shlibs)
+set(CPACK_COMPONENTS_ALL program library development)
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "vorn adjusts survey and industrial-metrology networks: distances, height
+differences, directions, vertical angles, azimuths, baselines and images, in
+one, two and three dimensions, with free, fixed and weighted datums.")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "The shared library of vorn, which adjusts survey and industrial-metrology
+networks, for applications.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, static libraries and what CMake and pkg-config need to build
+applications with vorn.")
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "libvorn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libsuitesparse-dev, libmetis-dev, libexpat1-dev")
+include(CPack)

@@ -1,0 +1,30 @@
+// The bytes are a file of another program. What is imported is written as a network file, which must be read without a
+// fault.
+
+#include <stdlib.h>
+
+#include "host/formats/import.h"
+#include "host/formats/network_writer.h"
+#include "host/input/network_file.h"
+#include "scratch.h"
+
+using namespace vornhost;
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const int ready = (enter_scratch(), 1);
+    (void)ready;
+    write_bytes("net.gkf", data, size);
+    Draft draft;
+    Faults faults;
+    if (!import_file("net.gkf", std::nullopt, draft, faults)) {
+        faults.lines();
+        return 0;
+    }
+    const std::string text = write_network(draft).text;
+    write_bytes("net.inp", reinterpret_cast<const uint8_t *>(text.data()), text.size());
+    Model model;
+    if (read_network("net.inp", model, faults)) return 0;
+    for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+    abort();
+}

@@ -1,0 +1,85 @@
+#include "host/formats/recognise.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+
+namespace vornhost {
+
+namespace {
+
+constexpr size_t beginning_size = 65536; // bytes; comments may stand before the first element
+
+std::string_view without_blanks(std::string_view text)
+{
+    const size_t at = text.find_first_not_of(" \t\r\n");
+    return at == std::string_view::npos ? std::string_view() : text.substr(at);
+}
+
+bool begins(std::string_view text, std::string_view with) { return text.substr(0, with.size()) == with; }
+
+std::string_view behind(std::string_view text, std::string_view mark)
+{
+    const size_t at = text.find(mark);
+    return at == std::string_view::npos ? std::string_view() : text.substr(at + mark.size());
+}
+
+// A document type may hold declarations between brackets.
+std::string_view behind_doctype(std::string_view text)
+{
+    const size_t bracket = text.find('['), end = text.find('>');
+    return behind(bracket < end ? behind(text, "]") : text, ">");
+}
+
+// Name of the first element of an XML text, empty when there is none.
+std::string_view root_name(std::string_view text)
+{
+    if (begins(text, "\xEF\xBB\xBF")) text.remove_prefix(3);
+    for (text = without_blanks(text); !text.empty(); text = without_blanks(text)) {
+        if (begins(text, "<?"))
+            text = behind(text, "?>");
+        else if (begins(text, "<!--"))
+            text = behind(text, "-->");
+        else if (begins(text, "<!"))
+            text = behind_doctype(text);
+        else
+            break;
+    }
+    if (!begins(text, "<")) return std::string_view();
+    text.remove_prefix(1);
+    return text.substr(0, std::min(text.find_first_of(" \t\r\n/>"), text.size()));
+}
+
+} // namespace
+
+const std::vector<FormatWord> &importable_formats()
+{
+    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"}};
+    return formats;
+}
+
+std::optional<Format> recognise(std::string_view beginning)
+{
+    const std::string_view root = root_name(beginning);
+    if (root == "gama-local" || root == "gama-xml") return Format::gkf;
+    if (root == "gama-local-adjustment") return Format::gama_results;
+    return std::nullopt;
+}
+
+std::optional<Format> recognise_file(const std::string &path)
+{
+    struct Close {
+        void operator()(FILE *file) const { fclose(file); }
+    };
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
+    const std::unique_ptr<FILE, Close> file(fopen(path.c_str(), "rb"));
+    if (!file) return std::nullopt;
+    std::string bytes(beginning_size, '\0');
+    bytes.resize(fread(&bytes[0], 1, bytes.size(), file.get()));
+    return recognise(bytes);
+}
+
+} // namespace vornhost
