@@ -14,7 +14,7 @@ example=/usr/share/doc/vorn/examples/strang_borre_distances_free.inp
 
 # Packages as this machine has them; a root needs neither their documents nor their languages, but this program's.
 make_root() {
-    mmdebstrap --mode=root --variant=apt --format=null \
+    timeout 1200 mmdebstrap --mode=root --variant=apt --format=null --dpkgopt=force-unsafe-io \
         --dpkgopt='path-exclude=/usr/share/{doc,locale,man}/*' --dpkgopt='path-include=/usr/share/doc/vorn/*' \
         --dpkgopt='path-include=/usr/share/man/man1/vorn*' --aptopt='APT::Install-Recommends "false"' \
         "$@" "$VERSION_CODENAME" /dev/null >"$work/log" 2>&1
