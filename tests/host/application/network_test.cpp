@@ -115,7 +115,7 @@ TEST(ApplicationNetwork, SaysInASentenceWhyItWasNotAdjusted)
     const Result result = network_of(open).adjust();
     EXPECT_EQ(result.outcome, Outcome::refused);
     ASSERT_FALSE(result.faults.empty());
-    EXPECT_NE(result.faults[0].sentence.find("B"), std::string::npos) << result.faults[0].text();
+    EXPECT_NE(result.faults[0].sentence.find("C can move"), std::string::npos) << result.faults[0].text();
 }
 
 TEST(ApplicationNetwork, ReadsStreamsAndFilesBesideTheName)
