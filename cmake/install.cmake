@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 
 if(VORN_PROGRAM)
   install(TARGETS vorn-cli RUNTIME COMPONENT program)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vorn COMPONENT program)
 endif()
 
 # The headers of own adjustment and host name one another from these folders.

@@ -14,7 +14,7 @@ std::vector<int> wanted_points(const Model &network, const Numbers &numbers)
 {
     std::unordered_map<std::string, int> place;
     for (size_t p = 0; p < numbers.points.size(); p++)
-        place.emplace(plain_name(point_name(network, numbers.points[p])), (int)p);
+        place.emplace(shown_name(network, point_name(network, numbers.points[p])), (int)p);
     std::vector<int> points;
     for (const std::string &name : network.covariance_points) {
         const auto at = place.find(name);
@@ -42,7 +42,7 @@ void collect_covariances(const Model &network, const OwnOutcome &outcome, Result
     const size_t n = 3 * points.size(), all = (size_t)std::lround(std::sqrt((double)s.joint.size())), first = all - n;
     if (!outcome.adjusted() || n == 0 || all < n) return;
     for (const int p : points)
-        results.covariance_points.push_back(plain_name(point_name(network, outcome.numbers.points[(size_t)p])));
+        results.covariance_points.push_back(shown_name(network, point_name(network, outcome.numbers.points[(size_t)p])));
     for (size_t i = 0; i < n; i++)
         for (size_t j = 0; j < n; j++)
             results.covariances.push_back(s.sigma * s.sigma * s.joint[(first + i) * all + first + j]);

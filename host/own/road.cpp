@@ -10,7 +10,6 @@
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
 #include "host/own/refusals.h"
-#include "host/preparation/lump_checks.h"
 #include "host/run/determinacy_words.h"
 
 namespace vornhost {
@@ -33,7 +32,6 @@ public:
 private:
     bool prepare();
     bool stop(Ending ending, std::vector<std::string> words);
-    void settle();
     void adjust();
     void leave_out();
     void account_for_image_points();
@@ -70,12 +68,6 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
     return true;
 }
 
-// Lumps that show too little count as unmoved.
-void Road::settle()
-{
-    for (const LumpNote &lump : settle_lumps(network)) note(place(network, lump.where) + ": " + lump.text);
-}
-
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
@@ -84,14 +76,14 @@ bool Road::prepare()
     watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
-    const FirstValues first = find_first_coordinates(network);
+    FirstNumbers first = make_first_numbers(network);
+    outcome.numbers = std::move(first.numbers);
+    if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
-    settle();
     watch.begin("equations");
-    outcome.numbers = make_numbers(network);
     for (const std::string &line : outcome.numbers.notes) note(line);
-    return !stop(Ending::bad_import, outcome.numbers.words);
+    return true;
 }
 
 // What the adjustment tells, in words.

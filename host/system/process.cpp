@@ -1,10 +1,14 @@
 #include "host/system/process.h"
 
+#include <initializer_list>
+
 #ifdef _WIN32
 #include <windows.h>
 #else
 #include <fcntl.h>
 #include <signal.h>
+
+#include <initializer_list>
 #endif
 #ifdef __GLIBC__
 #include <malloc.h>

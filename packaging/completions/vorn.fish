@@ -15,6 +15,11 @@ complete -c vorn -n "$commands" -l mode -x -a "statistics solution propagation" 
 set -l adjust __fish_seen_subcommand_from adjust
 complete -c vorn -n "$adjust" -s o -r -F -d "report in this file"
 complete -c vorn -n "$adjust" -l json -r -F -d "results as JSON in this file"
+complete -c vorn -n "$adjust" -l html -r -F -d "results as a page for a browser"
+complete -c vorn -n "$adjust" -l geojson -r -F -d "the plan as a map"
+complete -c vorn -n "$adjust" -l dxf -r -F -d "the plan as a drawing in DXF"
+complete -c vorn -n "$adjust" -l svg -r -F -d "the plan as a drawing for papers"
+complete -c vorn -n "$adjust" -l axes -x -a "yx xy" -d "of maps and drawings, to the right and upwards"
 complete -c vorn -n "$adjust" -l csv -x -a "(__fish_complete_directories)" -d "results as tables in this folder"
 complete -c vorn -n "$adjust" -l brief -d "no line for every observation in the report"
 complete -c vorn -n "$adjust" -l no-residual-statistics -d "no redundancy numbers and tests of residuals"
@@ -24,6 +29,8 @@ complete -c vorn -n "$adjust" -l recompute -d "compute new approximate values"
 complete -c vorn -n "$adjust" -l balance -d "balance the observations"
 complete -c vorn -n "$adjust" -l ask -d "ask on the terminal instead of answering no"
 complete -c vorn -n "$adjust" -l quiet -d "only errors on standard error"
+
+complete -c vorn -n "__fish_seen_subcommand_from check" -l json -r -F -d "faults or verdict as JSON in this file"
 
 set -l import __fish_seen_subcommand_from import
 complete -c vorn -n "$import" -F

@@ -537,10 +537,10 @@ TEST_F(Program, ReadsTheNetworkFromStandardInput)
 TEST_F(Program, NamesThePlaceInStandardInput)
 {
     EXPECT_EQ(run("adjust -"), 2);
-    EXPECT_TRUE(contains(err, "standard input: dimension is missing in [run]; write dimension = 1, 2 or 3\n")) << err;
+    EXPECT_EQ(err.rfind("standard input: dimension is missing in [run]; write dimension = 1, 2 or 3\n", 0), 0u) << err;
     folder.write("open.inp", "[run]\ndimension = 4\n");
     EXPECT_EQ(run("adjust -", "<open.inp"), 2);
-    EXPECT_TRUE(contains(err, "\nstandard input:2:13: dimension in [run] ")) << err;
+    EXPECT_TRUE(contains(err, "standard input:2:13: ")) << err;
 }
 
 TEST_F(Program, TakesAMinusForStandardOutput)

@@ -44,5 +44,5 @@ source "$packaging/completions/vorn.bash"
 completed() { COMP_WORDS=(vorn "$@"); COMP_CWORD=$#; _vorn vorn "${!#}" "${COMP_WORDS[$#-1]}"; echo "${COMPREPLY[*]}"; }
 [ "$(completed ad)" = adjust ] || fail "bash: $(completed ad)"
 [ "$(completed adjust --solver s)" = "sparse simplex" ] || fail "bash: $(completed adjust --solver s)"
-[ "$(completed check --j)" = "" ] && [ "$(completed adjust --j)" = --json ] || fail "bash: options of another command"
+[ "$(completed check --cs)" = "" ] && [ "$(completed adjust --cs)" = --csv ] || fail "bash: options of another command"
 echo "options are documented and completed"
