@@ -48,6 +48,13 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(h2, others.h2, 0.0);
 }
 
+Model Model::twin() const
+{
+    Model other(*this);
+    other.attach();
+    return other;
+}
+
 void Model::attach()
 {
     for (size_t i = 0; i < groups.size(); i++) attach_group(groups.records[i], group_members[i]);

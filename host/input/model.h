@@ -55,10 +55,12 @@ struct StationNote {
 struct Model {
     // A copy would keep the arrays of its original; a moved model keeps its own.
     Model() = default;
-    Model(const Model &) = delete;
     Model &operator=(const Model &) = delete;
     Model(Model &&) = default;
     Model &operator=(Model &&) = default;
+
+    // A network of its own with the same content, attached.
+    Model twin() const;
 
     std::string title;
     std::string path;               // the network file as the user named it
@@ -113,9 +115,14 @@ struct Model {
     List<lump_definition> lumpdefs;
     std::vector<LumpTable> lump_tables;
 
+    std::vector<std::string> covariance_points; // of the solver sparse: names of points whose covariances are wanted
+
     // Points the arrays of p, of the groups and of the lump definitions at the vectors
     // above. To be called after the last change of their sizes.
     void attach();
+
+private:
+    Model(const Model &) = default;
 };
 
 // Whether a coordinate, rotation or constant with this code is held at the value that the file gives.

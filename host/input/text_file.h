@@ -27,6 +27,10 @@ public:
     // The same for a text that is there already and goes by that name.
     bool take(const std::string &name, std::string_view text, Faults &faults);
 
+    // Says that the text was made of another file, in which line i + 1 stands at its_origins[i]: places are those
+    // there, and have no line where that has none.
+    void stands_for(std::vector<Source> its_origins) { origins = std::move(its_origins); }
+
     const std::string &text() const { return bytes; }
     int file() const { return index; } // its number in places
 
@@ -44,8 +48,9 @@ private:
     void find_lines();
 
     std::string bytes;
-    std::vector<size_t> lines; // offset of the first byte of each
-    size_t line_start = 0;     // of the last line read so far
+    std::vector<size_t> lines;   // offset of the first byte of each
+    std::vector<Source> origins; // empty: the text is the file itself
+    size_t line_start = 0;       // of the last line read so far
     int index = 0;
     bool returns_only = false; // lines end with a carriage return alone
 };

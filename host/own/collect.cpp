@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/kinds/motions.h"
 #include "host/input/names.h"
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/results/test_limits.h"
@@ -38,6 +40,7 @@ private:
     void variance();
     void points();
     void point_precision(int point, PointResult &p) const;
+    void moves(int point, PointResult &p) const;
     void orientations();
     void residuals();
     void residual(int row);
@@ -115,6 +118,23 @@ void Collection::point_precision(int point, PointResult &p) const
     }
 }
 
+// Where the motions of its lump take a point, from the adjusted place.
+void Collection::moves(int point, PointResult &p) const
+{
+    if (!outcome.adjusted() || planned) return;
+    const PointPlace &place = numbers.points[(size_t)point];
+    const int lump = place.station ? network.stations.records[(size_t)place.record].ilump
+                                   : network.targets.records[(size_t)place.record].ilump;
+    const double *x = &values.value[3 * (size_t)point];
+    for (size_t m = 0; m < values.motions.size(); m++) {
+        if (numbers.motions[m].lump != lump) continue;
+        const double *u = &values.value[(size_t)values.motions[m].first];
+        const va::Vec3<double> at{x[0], x[1], x[2]},
+            there = va::moved(at, va::Moved<double>{{u[0], u[1], u[2]}, {u[3], u[4], u[5]}, u[6]});
+        p.moves.push_back({numbers.motions[m].epoch, {there.x - at.x, there.y - at.y, there.z - at.z}});
+    }
+}
+
 void Collection::points()
 {
     for (int i = 0; i < values.n_points; i++) {
@@ -132,6 +152,7 @@ void Collection::points()
             if (outcome.adjusted() && !planned) p.adjusted[k] = values.value[u] + numbers.origin[k];
         }
         point_precision(i, p);
+        moves(i, p);
         results.points.push_back(p);
     }
 }
@@ -462,6 +483,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
     Collection(network, outcome, results).run();
+    collect_covariances(network, outcome, results);
     return results;
 }
 

@@ -139,9 +139,10 @@ ConnectedFile content_of(const Model &network, const OwnOutcome &outcome, const 
         const double *x = &outcome.numbers.model.value[3 * (size_t)p], *origin = outcome.numbers.origin;
         file.coordinates.push_back({x[0] + origin[0], x[1] + origin[1], x[2] + origin[2]});
     }
-    const size_t n = points.size() * (size_t)file.dimension;
+    const std::vector<double> &joint = outcome.adjustment.statistics.joint; // theirs first
+    const size_t n = points.size() * (size_t)file.dimension, all = (size_t)std::lround(std::sqrt((double)joint.size()));
     for (size_t i = 0; i < n; i++)
-        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(outcome.adjustment.statistics.joint[i * n + j]);
+        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(joint[i * all + j]);
     return file;
 }
 

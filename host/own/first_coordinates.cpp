@@ -1,20 +1,23 @@
 #include "host/own/first_coordinates.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <memory>
-#include <string>
-#include <unordered_map>
 
 #include "host/input/names.h"
-#include "host/own/local_frame.h"
+#include "host/own/start_words.h"
+#include "host/preparation/first_values.h"
+#include "host/preparation/lump_checks.h"
+#include "host/preparation/start/start.h"
 #include "host/system/temporary_file.h"
 
 namespace vornhost {
 
 namespace {
 
-constexpr size_t most_points = 20; // named in lines of their own
+namespace va = vornadjust;
 
-using File = std::unique_ptr<FILE, int (*)(FILE *)>;
+constexpr size_t most_points = 20; // named in lines of their own
 
 template <class Record> int missing(const List<Record> &list)
 {
@@ -23,103 +26,103 @@ template <class Record> int missing(const List<Record> &list)
     return n;
 }
 
-// Heights in the file's unit, along the height differences of a levelling network.
-class Levelling {
-public:
-    explicit Levelling(Model &model) : network(model)
-    {
-        add_points(network.stations);
-        add_points(network.targets);
-        const double metres = metres_per_unit(network.p);
-        for (const measure_input &m : network.heightdiffs.records) {
-            const auto from = index.find(m.from), to = index.find(m.to);
-            if (m.typ <= 0 || from == index.end() || to == index.end()) continue;
-            const double rise = m.val - (m.h2 - m.h1) / metres;
-            steps[from->second].push_back({to->second, rise});
-            steps[to->second].push_back({from->second, -rise});
-        }
-    }
-
-    void carry()
-    {
-        std::vector<int> reached;
-        for (int i = 0; i < (int)height.size(); i++)
-            if (known[(size_t)i]) reached.push_back(i);
-        spread(reached);
-        for (int i = 0; i < (int)height.size(); i++) {
-            if (known[(size_t)i]) continue;
-            known[(size_t)i] = true;
-            spread({i});
-        }
-        write(network.stations);
-        write(network.targets);
-    }
-
-private:
-    struct Step {
-        int to;
-        double rise;
-    };
-
-    template <class Record> void add_points(const List<Record> &list)
-    {
-        for (const Record &r : list.records) {
-            if (r.status <= 0) continue;
-            index.emplace(r.name, (int)height.size());
-            height.push_back(r.status == STATUS_COMPUTE ? 0.0 : r.x[2]);
-            known.push_back(r.status != STATUS_COMPUTE);
-            steps.emplace_back();
-        }
-    }
-
-    void spread(std::vector<int> reached)
-    {
-        for (size_t i = 0; i < reached.size(); i++)
-            for (const Step &s : steps[(size_t)reached[i]]) {
-                if (known[(size_t)s.to]) continue;
-                known[(size_t)s.to] = true;
-                height[(size_t)s.to] = height[(size_t)reached[i]] + s.rise;
-                reached.push_back(s.to);
-            }
-    }
-
-    template <class Record> void write(List<Record> &list)
-    {
-        for (Record &r : list.records) {
-            if (r.status != STATUS_COMPUTE) continue;
-            r.x[2] = height[(size_t)index.at(r.name)];
-            r.status = STATUS_ON;
-        }
-    }
-
-    Model &network;
-    std::unordered_map<std::string, int> index;
-    std::vector<double> height;
-    std::vector<bool> known;
-    std::vector<std::vector<Step>> steps;
-};
-
-template <class Record> void name_missing(const Model &network, const List<Record> &list, FirstValues &values)
+template <class Record> void name_missing(const Model &network, const List<Record> &list, FirstNumbers &first)
 {
     for (size_t i = 0; i < list.size(); i++)
         if (list.records[i].status == STATUS_COMPUTE)
-            values.words.push_back("first coordinates of " + shown_name(network, list.records[i].name) +
-                                   " are missing (" + place(network, list.where[i]) + ")");
+            first.words.push_back("first coordinates of " + shown_name(network, list.records[i].name) +
+                                  " are missing (" + place(network, list.where[i]) + ")");
 }
 
 // A planned network has no observed values to compute from.
-FirstValues refuse_planned(const Model &network)
+FirstNumbers refuse_planned(const Model &network)
 {
-    FirstValues values;
-    name_missing(network, network.stations, values);
-    name_missing(network, network.targets, values);
-    if (values.words.size() > most_points) {
-        const size_t more = values.words.size() - most_points;
-        values.words.resize(most_points);
-        values.words.push_back("and of " + std::to_string(more) + " more points");
+    FirstNumbers first;
+    name_missing(network, network.stations, first);
+    name_missing(network, network.targets, first);
+    if (first.words.size() > most_points) {
+        const size_t more = first.words.size() - most_points;
+        first.words.resize(most_points);
+        first.words.push_back("and of " + std::to_string(more) + " more points");
     }
-    values.words.push_back("a propagation takes no observed values: write approximate coordinates");
-    return values;
+    first.words.push_back("a propagation takes no observed values: write approximate coordinates");
+    return first;
+}
+
+bool is_given(const Model &network, const PointPlace &point, int axis)
+{
+    const auto given = [&](const auto &r) { return r.status != STATUS_COMPUTE || is_held(r.ix[axis]); };
+    return point.station ? given(network.stations.records[(size_t)point.record])
+                         : given(network.targets.records[(size_t)point.record]);
+}
+
+// The coordinate that a dimension does not have stands in formulas with its value.
+start::Known known(const Model &network, const Numbers &numbers, int point, int axis)
+{
+    const int unknown = 3 * point + axis;
+    if (numbers.absent.count(unknown) > 0) return start::Known::nothing;
+    const bool absent = numbers.model.code[(size_t)unknown] == va::Code::absent;
+    return absent || is_given(network, numbers.points[(size_t)point], axis) ? start::Known::given
+                                                                            : start::Known::wanted;
+}
+
+start::Given what_is_given(const Model &network, const Numbers &numbers)
+{
+    start::Given given;
+    for (int p = 0; p < numbers.model.n_points; p++)
+        for (int k = 0; k < 3; k++) given.coordinate.push_back(known(network, numbers, p, k));
+    for (const SetupPlace &setup : numbers.setups) given.setup.push_back(setup.orientation_given);
+    return given;
+}
+
+// Values of the numbers into the records that want them, in the file's unit.
+void write_records(Model &network, const Numbers &numbers)
+{
+    const double unit = metres_per_unit(network.p);
+    const auto write = [&](auto &r, size_t p) {
+        if (r.status != STATUS_COMPUTE) return;
+        for (int k = 0; k < 3; k++)
+            if (!is_held(r.ix[k]) && numbers.model.code[3 * p + (size_t)k] != va::Code::absent)
+                r.x[k] = (numbers.model.value[3 * p + (size_t)k] + numbers.origin[k]) / unit;
+        r.status = STATUS_ON;
+    };
+    for (size_t p = 0; p < numbers.points.size(); p++) {
+        const PointPlace &place = numbers.points[p];
+        if (place.station)
+            write(network.stations.records[(size_t)place.record], p);
+        else
+            write(network.targets.records[(size_t)place.record], p);
+    }
+}
+
+// Lumps that show too little count as unmoved.
+void settle(Model &network, FirstNumbers &first)
+{
+    for (const LumpNote &lump : settle_lumps(network))
+        first.notes.push_back(place(network, lump.where) + ": " + lump.text);
+}
+
+// Numbers of a network whose lumps have settled, with the orientations that were found.
+Numbers numbers_again(Model &network, const Numbers &found)
+{
+    Numbers numbers = make_numbers(network);
+    for (size_t s = 0; s < numbers.model.setups.size(); s++) {
+        const size_t turn = (size_t)numbers.model.setups[s].first + 2;
+        numbers.model.value[turn] = numbers.model.start[turn] = found.model.value[turn];
+    }
+    return numbers;
+}
+
+// The engine's own approximation, which starts in space from sights alone.
+bool by_the_engine(Model &network)
+{
+    using File = std::unique_ptr<FILE, int (*)(FILE *)>;
+    const File report(temporary_file(), fclose);
+    const int images = network.p.iphoto;
+    network.p.iphoto = 0;
+    const FirstValues values = compute_first_values(network, report.get());
+    network.p.iphoto = images;
+    return values.words.empty() && missing(network.stations) + missing(network.targets) == 0;
 }
 
 std::string computed(int n, const char *what)
@@ -130,25 +133,27 @@ std::string computed(int n, const char *what)
 
 } // namespace
 
-FirstValues find_first_coordinates(Model &network)
+FirstNumbers make_first_numbers(Model &network)
 {
-    if (missing(network.stations) + missing(network.targets) == 0) return {};
-    if (network.p.dim == 1) {
-        const int n = missing(network.stations) + missing(network.targets);
-        Levelling(network).carry();
-        return {{"first heights of " + std::to_string(n) + (n == 1 ? " point were computed" : " points were computed")},
-                {}};
-    }
-    if (network.mode == Mode::Propagation) return refuse_planned(network);
-    const File report(temporary_file(), fclose);
-    const int images = network.p.iphoto;
-    network.p.iphoto = 0;
-    FirstValues values = compute_first_values(network, report.get());
-    network.p.iphoto = images;
-    if (values.words.empty()) return values;
     const int n = missing(network.stations) + missing(network.targets);
-    if (place_by_local_frames(network)) return {{computed(n, "coordinates")}, {}};
-    return values;
+    if (n > 0 && network.mode == Mode::Propagation && network.p.dim != 1) return refuse_planned(network);
+    FirstNumbers first;
+    if (n == 0) settle(network, first);
+    first.numbers = make_numbers(network);
+    if (n == 0) return first;
+    const start::Start found = start::find_start(&first.numbers.model, what_is_given(network, first.numbers));
+    if (found.found())
+        write_records(network, first.numbers);
+    else if (!found.missing.empty() && network.p.dim != 1 && by_the_engine(network))
+        first.numbers = make_numbers(network);
+    else
+        first.words = start_refusals(network, first.numbers, found);
+    if (!first.words.empty()) return first;
+    first.notes = start_notes(network, first.numbers, found);
+    first.notes.insert(first.notes.begin(), computed(n, network.p.dim == 1 ? "heights" : "coordinates"));
+    settle(network, first);
+    if (network.p.lumpmethod != 0) first.numbers = numbers_again(network, first.numbers);
+    return first;
 }
 
 } // namespace vornhost

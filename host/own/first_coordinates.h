@@ -1,17 +1,25 @@
-// First coordinates for the program's own adjustment, in every dimension and mode.
+// The numbers of a network with first values of all that the file does not give, for the program's own adjustment.
 
 #ifndef VORNHOST_FIRST_COORDINATES_H
 #define VORNHOST_FIRST_COORDINATES_H
 
+#include <string>
+#include <vector>
+
 #include "host/input/model.h"
-#include "host/preparation/first_values.h"
+#include "host/own/numbers.h"
 
 namespace vornhost {
 
-// Writes coordinates into the records of used points with status compute and turns their status on. Heights alone are
-// carried along height differences, from 0 where none is known; anything else is plain geometry, which takes observed
-// values and so is not made for planned ones.
-FirstValues find_first_coordinates(Model &network);
+struct FirstNumbers {
+    Numbers numbers;
+    std::vector<std::string> notes; // what was computed, and what does not fit; one line each
+    std::vector<std::string> words; // why not all could be, for the user; empty when nothing is missing
+};
+
+// Records of used points with status compute get their first coordinates and status on. They come from observed values,
+// and so are not made for planned networks. Where no way of the program's own leads on, the engine's is tried.
+FirstNumbers make_first_numbers(Model &network);
 
 } // namespace vornhost
 

@@ -63,7 +63,7 @@ void add_measure(Builder &b, const Table &table, int record)
     measure_input &m = table.list.records[(size_t)record];
     va::Observation o;
     o.kind = table.kind;
-    o.from = b.point(m.from);
+    o.from = b.first_point(m.from);
     o.to = b.point(m.to);
     if (m.typ <= 0) return;
     if (!table.takes_part || o.from < 0 || o.to < 0) {

@@ -122,7 +122,8 @@ std::vector<std::string> covariance_words(const Model &network, const OwnOutcome
             "check its variances and covariances, its form, and the order of its rows"};
 }
 
-// Points whose standard deviation is a large share of the network's size: hardly anything tells where they are.
+// Points whose standard deviation, but for what a gross error does to sigma, is a large share of the network's size:
+// hardly anything tells where they are.
 std::vector<int> hardly_placed(const OwnOutcome &outcome)
 {
     constexpr double large = 0.1;
@@ -131,7 +132,7 @@ std::vector<int> hardly_placed(const OwnOutcome &outcome)
     std::vector<int> all((size_t)model.n_points), out;
     std::iota(all.begin(), all.end(), 0);
     if (deviation.empty() || all.size() < 2) return out;
-    const double limit = large * va::similarity(model, all).size;
+    const double limit = large * va::similarity(model, all).size * std::fmax(1.0, outcome.adjustment.statistics.sigma);
     std::copy_if(all.begin(), all.end(), std::back_inserter(out), [&](int p) {
         return std::any_of(&deviation[3 * (size_t)p], &deviation[3 * (size_t)p] + 3,
                            [&](double s) { return s > limit; });

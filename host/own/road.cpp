@@ -5,11 +5,11 @@
 #include <thread>
 #include <unordered_set>
 
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
 #include "host/own/refusals.h"
-#include "host/preparation/lump_checks.h"
 #include "host/run/determinacy_words.h"
 
 namespace vornhost {
@@ -32,7 +32,6 @@ public:
 private:
     bool prepare();
     bool stop(Ending ending, std::vector<std::string> words);
-    void settle();
     void adjust();
     void leave_out();
     void account_for_image_points();
@@ -43,6 +42,7 @@ private:
         for (const Record &r : list.records)
             if (r.status == STATUS_COMPUTE) computed.insert(r.name);
     }
+    std::vector<int> joint_unknowns() const;
     va::Options options() const;
     va::Watch told() const;
 
@@ -68,12 +68,6 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
     return true;
 }
 
-// Lumps that show too little count as unmoved.
-void Road::settle()
-{
-    for (const LumpNote &lump : settle_lumps(network)) note(place(network, lump.where) + ": " + lump.text);
-}
-
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
@@ -82,14 +76,14 @@ bool Road::prepare()
     watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
-    const FirstValues first = find_first_coordinates(network);
+    FirstNumbers first = make_first_numbers(network);
+    outcome.numbers = std::move(first.numbers);
+    if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
-    settle();
     watch.begin("equations");
-    outcome.numbers = make_numbers(network);
     for (const std::string &line : outcome.numbers.notes) note(line);
-    return !stop(Ending::bad_import, outcome.numbers.words);
+    return true;
 }
 
 // What the adjustment tells, in words.
@@ -101,6 +95,15 @@ va::Watch Road::told() const
     if (watch.progress) w.progress = [this](double share) { watch.progress->share(share); };
     w.stop = watch.stop;
     return w;
+}
+
+// Unknowns whose covariances are wanted, all with all: those of the export first.
+std::vector<int> Road::joint_unknowns() const
+{
+    std::vector<int> unknowns = exported_unknowns(network, outcome.numbers);
+    const std::vector<int> more = covariance_unknowns(network, outcome.numbers);
+    unknowns.insert(unknowns.end(), more.begin(), more.end());
+    return unknowns;
 }
 
 va::Options Road::options() const
@@ -116,7 +119,7 @@ va::Options Road::options() const
     o.limits.steps = network.steps;
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
-    if (o.statistics) o.joint = exported_unknowns(network, outcome.numbers);
+    if (o.statistics) o.joint = joint_unknowns();
     return o;
 }
 

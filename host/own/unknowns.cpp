@@ -147,7 +147,7 @@ struct Range {
     template <class Record> void take(const Builder &b, const List<Record> &list, int axis)
     {
         for (const Record &r : list.records) {
-            if (r.status <= 0) continue;
+            if (r.status <= 0 || (r.status == STATUS_COMPUTE && !is_held(r.ix[axis]))) continue;
             least = std::min(least, r.x[axis] * b.metres);
             most = std::max(most, r.x[axis] * b.metres);
         }

@@ -20,6 +20,12 @@ struct EllipseResult {
     double bearing = 0;  // of the major axis, from the first axis of the plane towards the second, radians
 };
 
+// Where a point of a lump stands at another epoch, against its adjusted place at the reference epoch.
+struct MoveResult {
+    int epoch = 0;
+    double by[3] = {0, 0, 0};
+};
+
 struct PointResult {
     std::string name;
     bool station = false;
@@ -28,6 +34,7 @@ struct PointResult {
     std::optional<double> adjusted[3];
     std::optional<double> deviation[3];      // standard deviations
     std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
+    std::vector<MoveResult> moves;           // of the lump it belongs to
 };
 
 struct OrientationResult {
@@ -130,6 +137,8 @@ struct Results {
     std::vector<PairResult> pairs;
     std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
     std::vector<Account> accounts;
+    std::vector<std::string> covariance_points; // those that the caller named
+    std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held
 
     const RowWords &words_of(const ResidualResult &residual) const
     {

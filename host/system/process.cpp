@@ -1,14 +1,20 @@
 #include "host/system/process.h"
 
+#include <initializer_list>
+
 #ifdef _WIN32
 #include <windows.h>
 #else
 #include <fcntl.h>
 #include <signal.h>
+
+#include <initializer_list>
 #endif
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+
+#include <initializer_list>
 
 namespace vornhost {
 

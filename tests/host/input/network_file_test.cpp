@@ -331,11 +331,12 @@ TEST(NetworkFile, RefusesUnknownSectionsAndKeys)
     EXPECT_EQ(setting("unit", "length = \"m\""), Lines{"net.inp:3:2: unknown section \"unit\"; did you mean [units]?"});
     EXPECT_EQ(setting("weather", "wind = 1"),
               Lines{"net.inp:3:2: unknown section \"weather\"; known sections: [run], [units], [earth], [reductions], "
-                    "[apriori], [sigma], [baselines], [lumps], [connected_net], [covariances], [tables]"});
+                    "[apriori], [sigma], [baselines], [lumps], [connected_net], [csv], [covariances], [tables]"});
     EXPECT_EQ(run_setting("dimention = 3"),
               Lines{"net.inp:3:1: unknown key \"dimention\" in [run]; did you mean dimension?"});
     EXPECT_EQ(setting("units", "temperature = 1"),
-              Lines{"net.inp:4:1: unknown key \"temperature\" in [units]; known keys: length, angle, vertical"});
+              Lines{"net.inp:4:1: unknown key \"temperature\" in [units]; known keys: length, angle, vertical, "
+                    "sigma_length, sigma_angle"});
     EXPECT_EQ(faults_of(run + tables + "target = \"name\"\n"),
               Lines{"net.inp:16:1: unknown key \"target\" in [tables]; did you mean targets?"});
 }
@@ -379,9 +380,9 @@ TEST(NetworkFile, RefusesUnknownWords)
               Lines{"net.inp:3:10: \"compct\" is not known for solver in [run]; did you mean \"compact\"?"});
     EXPECT_EQ(run_setting("mode = 1"), Lines{"net.inp:3:8: value is not known for mode in [run]; write one of: "
                                              "\"statistics\", \"solution\", \"propagation\""});
-    EXPECT_EQ(setting("units", "angle = \"deg\""),
-              Lines{"net.inp:4:9: \"deg\" is not known for angle in [units]; write one of: \"gon\", \"degree\", "
-                    "\"packed_degree\", \"radian\""});
+    EXPECT_EQ(setting("units", "angle = \"turns\""),
+              Lines{"net.inp:4:9: \"turns\" is not known for angle in [units]; write one of: \"gon\", \"mgon\", "
+                    "\"degree\", \"arc_second\", \"mil\", \"packed_degree\", \"radian\", \"dms\""});
     EXPECT_EQ(setting("reductions", "distances = 3"),
               Lines{"net.inp:4:13: value is not known for distances in [reductions]; write one of: \"none\", "
                     "\"mark_to_mark\", \"horizontal_mixed\", \"horizontal_origin\""});
@@ -617,7 +618,7 @@ TEST(TableFiles, MayHaveHeadingsOfTheirOwn)
     EXPECT_EQ(folder.model.azimuths.records[0].sig, 0.001);
     folder.write("a.csv", "Standpkt,to,Azimut [gon],m.F.\nS,T,50.5,0.001\n");
     EXPECT_EQ(folder.read(),
-              (Lines{"net.inp:16:45: \"Standpunkt\" does not stand in the heading of table azimuths; write it "
+              (Lines{"net.inp:16:42: \"Standpunkt\" does not stand in the heading of table azimuths; write it "
                      "as the file does",
                      "a.csv:1:1: column from is missing in table azimuths; add it to the heading"}));
     folder.write("net.inp", run + tables + "azimuths = { file = 'a.csv', columns = { form = 'Standpkt', to = 7 } }\n");

@@ -196,9 +196,9 @@ TEST(OwnExamples, AgreeWithTheEngineFromAdjustedCoordinates)
     const SolvedNetwork first = solve_file(example("strang_borre_distances_free"));
     expect_one_result("strang_borre_distances_free", [&](Model &m) {
         for (target_input &t : m.targets.records)
-            for (int k = 0; k < 2; k++) t.x[k] = *first.point(plain_name(t.name)).adjusted[k];
+            for (int k = 0; k < 2; k++) t.x[k] = *first.point(shown_name(m, t.name)).adjusted[k];
         for (station_input &s : m.stations.records)
-            for (int k = 0; k < 2; k++) s.x[k] = *first.point(plain_name(s.name)).adjusted[k];
+            for (int k = 0; k < 2; k++) s.x[k] = *first.point(shown_name(m, s.name)).adjusted[k];
     });
 }
 

@@ -1,0 +1,174 @@
+#include "host/own/start_words.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+#include "host/input/angle.h"
+#include "host/input/names.h"
+#include "host/own/item_names.h"
+
+namespace vornhost {
+
+namespace {
+
+namespace va = vornadjust;
+using va::Kind;
+
+constexpr size_t most_lines = 20; // of one kind
+
+std::string number(double x, int digits)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%.*f", digits, x);
+    return text;
+}
+
+std::string name_of(const Model &network, const Numbers &numbers, int point)
+{
+    return shown_name(network, point_name(network, numbers.points[(size_t)point]));
+}
+
+// A reading as the file has it.
+std::string reading(const Model &network, const va::Observation &o, double value)
+{
+    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad", " mgon", "\"", " mil", "°"};
+    project u = network.p; // its conversions, in the unit of the file
+    u.iangle = file_units(network).angle;
+    const char *const unit = units[u.iangle];
+    switch (o.kind) {
+    case Kind::direction:
+    case Kind::angle:
+    case Kind::bearing: return number(from_direction(u.iangle, value), 4) + unit;
+    case Kind::azimuth: return number(u.aztoraw(1, value), 4) + unit;
+    case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + unit;
+    case Kind::image: return number(value, 1) + " pixels";
+    default: return number(value, 3) + " m";
+    }
+}
+
+std::string misfit_line(const Model &network, const Numbers &numbers, const start::Misfit &m)
+{
+    const va::Observation &o = numbers.model.observations[(size_t)m.observation];
+    std::string line = item_text(item_name(network, numbers, m.observation)) + " does not fit the others";
+    if (va::components(o.kind, numbers.model.frame.space) == 1)
+        line += ": it reads " + reading(network, o, o.value[0]) + " and would have to read " +
+                reading(network, o, m.would_read);
+    return line + "; it has no part in the first coordinates";
+}
+
+void cut(std::vector<std::string> *lines, const char *what)
+{
+    if (lines->size() <= most_lines) return;
+    const size_t more = lines->size() - most_lines;
+    lines->resize(most_lines);
+    lines->push_back("and " + std::to_string(more) + " more " + what);
+}
+
+// "1 direction", "2 distances".
+std::string counted(int n, const std::string &what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); }
+
+const char *word_of(Kind kind)
+{
+    switch (kind) {
+    case Kind::direction: return "direction";
+    case Kind::angle: return "angle";
+    case Kind::azimuth: return "azimuth";
+    case Kind::vertical_angle: return "vertical angle";
+    case Kind::height_difference: return "height difference";
+    case Kind::bearing: return "bearing";
+    case Kind::scale_bar: return "scale bar";
+    case Kind::difference: return "coordinate difference";
+    case Kind::baseline: return "baseline";
+    case Kind::image: return "image point";
+    case Kind::unknown: return nullptr;
+    default: return "distance";
+    }
+}
+
+using Counts = std::map<std::string, int>;
+
+std::map<int, Counts> sights_of(const va::Model &model, const std::vector<int> &points)
+{
+    std::map<int, Counts> counts;
+    for (const int p : points) counts[p];
+    for (const va::Observation &o : model.observations) {
+        const char *word = word_of(o.kind);
+        if (!o.use || !word) continue;
+        for (const int p : {o.from, o.to, o.third}) {
+            const auto at = counts.find(p);
+            if (at != counts.end()) at->second[word]++;
+        }
+    }
+    return counts;
+}
+
+// "has one direction and 2 distances only".
+std::string sights_text(const Counts &counts)
+{
+    if (counts.empty()) return "nothing was observed of it";
+    std::string text;
+    size_t i = 0;
+    for (const auto &[word, n] : counts) {
+        text += (i == 0 ? "" : i + 1 == counts.size() ? " and " : ", ") + counted(n, word);
+        i++;
+    }
+    return "it has " + text;
+}
+
+std::string where(const Model &network, const Numbers &numbers, int point)
+{
+    return place(network, point_source(network, numbers.points[(size_t)point]));
+}
+
+std::vector<std::string> missing_lines(const Model &network, const Numbers &numbers, const start::Start &start)
+{
+    std::vector<std::string> lines;
+    const std::map<int, Counts> counts = sights_of(numbers.model, start.missing);
+    for (const int p : start.missing)
+        lines.push_back("first coordinates of " + name_of(network, numbers, p) + " could not be computed (" +
+                        where(network, numbers, p) + "): " + sights_text(counts.at(p)));
+    cut(&lines, "points");
+    lines.push_back(
+        "give their approximate coordinates, or observations that place them: directions from two stations, "
+        "a direction and a distance, or for a station directions to three points");
+    return lines;
+}
+
+// Both places, in the file's unit and origin.
+std::string doubt_line(const Model &network, const Numbers &numbers, const start::Doubt &d)
+{
+    const double unit = metres_per_unit(network.p);
+    const auto at = [&](const double x[2]) {
+        return number((x[0] + numbers.origin[0]) / unit, 3) + " " + number((x[1] + numbers.origin[1]) / unit, 3);
+    };
+    return name_of(network, numbers, d.point) + " fits in two places, " + number(d.apart, 3) + " m apart: at " +
+           at(d.x) + " and at " + at(d.other) + " (" + where(network, numbers, d.point) + ")";
+}
+
+std::vector<std::string> doubt_lines(const Model &network, const Numbers &numbers, const start::Start &start)
+{
+    std::vector<std::string> lines;
+    for (const start::Doubt &d : start.doubts) lines.push_back(doubt_line(network, numbers, d));
+    cut(&lines, "points");
+    lines.push_back("give an approximate value, or observe one more sight");
+    return lines;
+}
+
+} // namespace
+
+std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start)
+{
+    return start.missing.empty() ? doubt_lines(network, numbers, start) : missing_lines(network, numbers, start);
+}
+
+std::vector<std::string> start_notes(const Model &network, const Numbers &numbers, const start::Start &start)
+{
+    std::vector<std::string> lines;
+    for (const start::Misfit &m : start.misfits) lines.push_back(misfit_line(network, numbers, m));
+    cut(&lines, "observations that do not fit");
+    return lines;
+}
+
+} // namespace vornhost

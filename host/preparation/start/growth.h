@@ -1,0 +1,67 @@
+// A frame grows point by point: the next is always the one that most observations agree on, then the one that is known
+// best, so that what nothing checks waits as long as it can. Each point is taken up when a neighbour gets a place, so
+// that the work is proportional to the observations.
+
+#ifndef VORNHOST_START_GROWTH_H
+#define VORNHOST_START_GROWTH_H
+
+#include <queue>
+#include <vector>
+
+#include "host/preparation/start/frame.h"
+#include "host/preparation/start/voting.h"
+
+namespace vornhost::start {
+
+// A point that two places fit alike, and the one that was not taken.
+struct Alternative {
+    int point;
+    double x, y;
+};
+
+class Growth {
+public:
+    // Points with a place in `ground` are placed too, but nothing is carried from one of them to another.
+    // Where two places fit alike, bit after bit of `choices` takes the second one.
+    Growth(const Sightings &sightings, Frame *frame, const Frame *ground = nullptr, unsigned choices = 0);
+
+    // A point with a place of its own; a turn for a circle.
+    void plant(int point, double x, double y, double sigma) { place(point, x, y, sigma); }
+    void orient(int circle, const Turn &turn);
+
+    // Takes up all that has a place, where the frame has changed as a whole.
+    void begin_again();
+
+    // Carries on from what was planted.
+    void grow();
+
+    std::vector<Alternative> alternatives;
+
+private:
+    struct Waiting {
+        int rank;     // 0: not looked at; then by how well it is known
+        double sigma; // metres
+        int point, version;
+        bool operator<(const Waiting &o) const { return rank != o.rank ? rank > o.rank : sigma > o.sigma; }
+    };
+
+    void place(int point, double x, double y, double sigma);
+    void vote(int circle);
+    void touch(int from, int point);
+    void touch_neighbours(int point);
+    void look(const Waiting &w);
+    int rank_of(const Determination &d) const;
+    void scale_by(int point);
+    void take(int point, const Determination &d);
+
+    const Sightings &s;
+    Frame &frame;
+    const Frame *ground;
+    unsigned choices;
+    std::vector<int> version; // [points] of what is known of each
+    std::priority_queue<Waiting> queue;
+};
+
+} // namespace vornhost::start
+
+#endif

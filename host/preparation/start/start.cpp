@@ -1,0 +1,176 @@
+#include "host/preparation/start/start.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "adjust/linear.h"
+
+namespace vornhost::start {
+
+namespace {
+
+namespace va = vornadjust;
+
+constexpr double work = 400000.0;  // observations in all ways together
+constexpr int most_ways = 14;      // tried on a small network
+constexpr int most_repeats = 3;    // of a way without what did not fit
+constexpr double bad_scale = 8.0;  // of a fit: misclosures this much above their standard deviations
+constexpr double as_good = 10.0;   // difference of two losses that tells nothing
+constexpr double elsewhere = 0.02; // of a typical sight: apart enough to be another place
+
+class Search {
+public:
+    Search(va::Model *its_model, const Given &its_given) : model(*its_model), given(its_given) {}
+
+    Start run();
+
+private:
+    bool clean(const Trial &t) const;
+    bool better(const Trial &a, const Trial &b) const;
+    Trial try_repeatedly(const Way &way);
+    std::vector<Way> ways() const;
+    void consider(Trial t);
+    void keep_rival(const Trial &t);
+    double difference(const Trial &a, const Trial &b, int p) const;
+    double typical_sight() const;
+    void tell_misfits(Start *start) const;
+    void tell_doubts(Start *start) const;
+    void write();
+
+    va::Model &model;
+    const Given &given;
+    Trial best;
+    bool any = false;
+    std::vector<Trial> rivals; // as good as the best, elsewhere
+};
+
+bool Search::clean(const Trial &t) const
+{
+    return t.missing.empty() && t.fit.finite && misfits(t).empty() && t.fit.scale < bad_scale;
+}
+
+bool Search::better(const Trial &a, const Trial &b) const
+{
+    if (a.fit.finite != b.fit.finite) return a.fit.finite;
+    if (a.missing.size() != b.missing.size()) return a.missing.size() < b.missing.size();
+    return a.fit.loss < b.fit.loss;
+}
+
+// Again without what does not fit, as long as that helps.
+Trial Search::try_repeatedly(const Way &way)
+{
+    std::vector<char> left_out(model.observations.size(), 0);
+    Trial t = try_way(model, given, left_out, way);
+    for (int i = 0; i < most_repeats && !clean(t); i++) {
+        const std::vector<int> off = misfits(t);
+        if (off.empty()) break;
+        for (const int o : off) left_out[(size_t)o] = 1;
+        Trial next = try_way(model, given, left_out, way);
+        if (!better(next, t)) break;
+        t = std::move(next);
+    }
+    return t;
+}
+
+std::vector<Way> Search::ways() const
+{
+    std::vector<Way> all = {{false, 0, 0}, {true, 0, 0},  {false, 1, 0}, {true, 0, 1}, {false, 2, 0},
+                            {true, 0, 3},  {false, 3, 0}, {true, 1, 5},  {true, 2, 2}, {true, 3, 7},
+                            {true, 5, 4},  {true, 6, 9},  {true, 7, 11}, {true, 0, 13}};
+    const double n = std::fmax(1.0, (double)model.observations.size());
+    all.resize((size_t)std::clamp(work / n, 1.0, (double)most_ways));
+    return all;
+}
+
+double Search::typical_sight() const
+{
+    std::vector<double> lengths;
+    for (const va::Observation &o : best.model.observations) {
+        if (!o.use || o.from < 0 || o.to < 0) continue;
+        const double *a = &best.model.value[3 * (size_t)o.from], *b = &best.model.value[3 * (size_t)o.to];
+        lengths.push_back(std::hypot(a[0] - b[0], a[1] - b[1]));
+    }
+    if (lengths.empty()) return 0.0;
+    std::nth_element(lengths.begin(), lengths.begin() + (long)(lengths.size() / 2), lengths.end());
+    return lengths[lengths.size() / 2];
+}
+
+double Search::difference(const Trial &a, const Trial &b, int p) const
+{
+    const double *x = &a.model.value[3 * (size_t)p], *y = &b.model.value[3 * (size_t)p];
+    return std::hypot(x[0] - y[0], x[1] - y[1]);
+}
+
+void Search::consider(Trial t)
+{
+    if (!any || better(t, best)) {
+        if (any) rivals.push_back(std::move(best));
+        best = std::move(t);
+        any = true;
+        return;
+    }
+    rivals.push_back(std::move(t));
+}
+
+void Search::tell_misfits(Start *start) const
+{
+    for (const int i : misfits(best)) {
+        const va::Observation &o = best.model.observations[(size_t)i];
+        va::Linear linear;
+        va::linearize(best.model, o, false, &linear);
+        start->misfits.push_back({i, linear.value[0], best.fit.off[(size_t)i]});
+    }
+    std::stable_sort(start->misfits.begin(), start->misfits.end(),
+                     [](const Misfit &a, const Misfit &b) { return a.off > b.off; });
+}
+
+// Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
+void Search::tell_doubts(Start *start) const
+{
+    int held = 0;
+    for (int p = 0; p < model.n_points; p++) held += given.plan(p);
+    if (held < 2) return;
+    const double least = elsewhere * typical_sight();
+    for (const Trial &t : rivals) {
+        if (!t.fit.finite || !t.missing.empty() || t.fit.loss > best.fit.loss + as_good) continue;
+        for (int p = 0; p < model.n_points; p++) {
+            const double apart = difference(best, t, p);
+            if (!given.wants_plan(p) || apart <= least) continue;
+            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
+            start->doubts.push_back({p, {x[0], x[1]}, {y[0], y[1]}, apart});
+        }
+        if (!start->doubts.empty()) return;
+    }
+}
+
+void Search::write()
+{
+    for (int p = 0; p < 3 * model.n_points; p++)
+        if (given.coordinate[(size_t)p] == Known::wanted)
+            model.value[(size_t)p] = model.start[(size_t)p] = best.model.value[(size_t)p];
+    for (size_t c = 0; c < model.setups.size(); c++) {
+        const size_t turn = (size_t)model.setups[c].first + 2;
+        if (!given.setup[c]) model.value[turn] = model.start[turn] = best.model.value[turn];
+    }
+}
+
+Start Search::run()
+{
+    for (const Way &way : ways()) {
+        if (any && clean(best) && best.alternatives.empty() && !best.mirrored) break;
+        consider(try_repeatedly(way));
+    }
+    Start start;
+    start.missing = best.missing;
+    start.scale = best.fit.scale;
+    tell_misfits(&start);
+    if (start.missing.empty()) tell_doubts(&start);
+    if (start.found()) write();
+    return start;
+}
+
+} // namespace
+
+Start find_start(va::Model *model, const Given &given) { return Search(model, given).run(); }
+
+} // namespace vornhost::start

@@ -1,0 +1,49 @@
+// First values of a network that gives none or only some: what was found, and what has to be said of it, by index.
+
+#ifndef VORNHOST_START_START_H
+#define VORNHOST_START_START_H
+
+#include <vector>
+
+#include "host/preparation/start/sightings.h"
+#include "host/preparation/start/trial.h"
+
+namespace vornhost::start {
+
+// An observation that does not fit, and what it would have to read (metres, radians).
+struct Misfit {
+    int observation;
+    double would_read;
+    double off; // standard deviations
+};
+
+// A point that fits in two places; `apart` metres from each other.
+struct Doubt {
+    int point;
+    double x[2], other[2];
+    double apart;
+};
+
+// Given coordinates far from where the sights of the point put it.
+struct Displaced {
+    int point;
+    double x[2]; // where they put it
+    double off;  // metres
+};
+
+struct Start {
+    std::vector<int> missing; // points without a place; where there are any, the model keeps its values
+    std::vector<Misfit> misfits;
+    std::vector<Doubt> doubts;
+    std::vector<Displaced> displaced;
+    double scale = 1; // of the misclosures of what fits, in standard deviations
+
+    bool found() const { return missing.empty() && doubts.empty(); }
+};
+
+// Fills in values (and starts) that are not given, where all of them could be found.
+Start find_start(vornadjust::Model *model, const Given &given);
+
+} // namespace vornhost::start
+
+#endif
