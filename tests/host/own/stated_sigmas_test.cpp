@@ -69,7 +69,7 @@ TEST(StatedSigmas, OfLevellingGrowWithTheRootOfTheLine)
         0.007, 1e-12);
     EXPECT_EQ(faults_of(run(1, "[sigma]\nheight_difference_km = 0.001\n") + points +
                         "height_differences = '''\nfrom to value length\nA B 1.001 -\n'''\n"),
-              Lines{"net.inp:11:11: the length of the line is not known; write it in column length, or sigma"});
+              Lines{"net.inp:13:11: the length of the line is not known; write it in column length, or sigma"});
 }
 
 TEST(StatedSigmas, OfBaselinesAreMultipliedByTheirFactor)
