@@ -110,7 +110,7 @@ TEST(OwnFirstCoordinates, NameTheSightThatDoesNotFit)
                                        "B 200 0 fixed\nT - - free\n'''\n" +
                                        sights);
     ASSERT_TRUE(s.adjusted()) << s.words();
-    EXPECT_TRUE(contains(s.messages, "net.inp:22: direction S1 to T does not fit the others"));
+    EXPECT_TRUE(contains(s.messages, "net.inp:21: direction S1 to T does not fit the others"));
     EXPECT_NEAR(*s.point("T").approximate[0], 100, 0.05);
     EXPECT_NEAR(*s.point("T").approximate[1], 150, 0.05);
     int named = 0;
@@ -139,7 +139,7 @@ TEST(OwnFirstCoordinates, NameAPointOnceWithWhatItHas)
                    sights.substr(0, sights.find("'''\ndistances")) +
                    "A Q 30 0.001\n'''\ndistances = '''\nfrom to value sigma\nA P 114.0175 0.002\n'''\n");
     EXPECT_FALSE(s.adjusted());
-    EXPECT_NE(s.words().find("first coordinates of Q could not be computed (net.inp:13): it has 1 direction\n"),
+    EXPECT_NE(s.words().find("first coordinates of Q could not be computed (net.inp:12): it has 1 direction\n"),
               std::string::npos)
         << s.words();
     EXPECT_EQ(s.words().find("coordinates of P "), std::string::npos);
