@@ -66,6 +66,7 @@ Status Adjustment::choose_datum()
         system.held = held_columns(model, system.columns, found);
         system.derivatives = Derivatives::invariant;
     }
+    system.present = !model.frame.curved() || system.derivatives == Derivatives::invariant;
     return Status::adjusted;
 }
 
@@ -236,9 +237,10 @@ Status Adjustment::find_precision()
     s.joint = options.joint;
     outcome.statistics = statistics(model, system, cofactors, s);
     if (options.watch.stopped()) return Status::stopped;
+    const double variance = std::fmin(1.0, outcome.variance_factor); // a gross error makes no geometry weak
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
         cofactors.multiply(x);
-        for (int u : system.columns.unknown) x[u] *= outcome.variance_factor;
+        for (int u : system.columns.unknown) x[u] *= variance;
     });
     return Status::adjusted;
 }

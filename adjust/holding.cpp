@@ -44,8 +44,6 @@ struct Basic {
     int motion;
     std::vector<double> vector;            // over the columns of the elimination
     std::array<double, n_kinds> most = {}; // answer of an observation, by kind
-    double least = 0;                      // answer that is worth telling
-    int last = -1;                         // observation counted last
 };
 
 Basic basic_motion(const MotionRows &m, const BlockElimination &elimination, int motion)
@@ -66,30 +64,39 @@ double size_of_answer(const Terms &terms, const std::vector<double> &vector)
     return std::fabs(sum);
 }
 
-// Calls visit(row, basic, size of the answer) for all rows of observations and all motions.
-template <class Visit> void for_answers(const MotionRows &m, std::vector<Basic> &basics, const Visit &visit)
+// Sizes of the answers of all rows of observations, motion by motion in a row; 0 for the others.
+std::vector<double> sizes_of_answers(const MotionRows &m, std::vector<Basic> &basics)
 {
+    const std::size_t n = basics.size();
+    std::vector<double> sizes(n * m.rows->rows(), 0.0);
     Terms terms;
     for (int r = 0; r < m.rows->rows(); r++) {
         if (!m.rows->tells(r) || is_weighted_coordinate(m, r)) continue;
         m.find_terms(r, &terms);
-        for (Basic &basic : basics) visit(r, basic, size_of_answer(terms, basic.vector));
+        const int kind = static_cast<int>(kind_of_row(m, r));
+        for (std::size_t i = 0; i < n; i++) {
+            const double size = sizes[r * n + i] = size_of_answer(terms, basics[i].vector);
+            basics[i].most[kind] = std::max(basics[i].most[kind], size);
+        }
     }
+    return sizes;
 }
 
 void count_observations(const MotionRows &m, std::vector<Basic> &basics, std::array<Holding, n_motions> &out)
 {
-    for_answers(m, basics, [&](int r, Basic &basic, double size) {
-        double &most = basic.most[static_cast<int>(kind_of_row(m, r))];
-        most = std::max(most, size);
-    });
-    for (Basic &basic : basics) basic.least = worth_telling * *std::max_element(basic.most.begin(), basic.most.end());
-    for_answers(m, basics, [&](int r, Basic &basic, double size) {
-        const int kind = static_cast<int>(kind_of_row(m, r)), observation = m.rows->equations->observation[r];
-        if (!(size > answer) || basic.most[kind] < basic.least || observation == basic.last) return;
-        basic.last = observation;
-        out[basic.motion].of_kind[kind]++;
-    });
+    const std::size_t n = basics.size();
+    const std::vector<double> sizes = sizes_of_answers(m, basics);
+    for (std::size_t i = 0; i < n; i++) {
+        const Basic &basic = basics[i];
+        const double least = worth_telling * *std::max_element(basic.most.begin(), basic.most.end());
+        int last = -1;
+        for (int r = 0; r < m.rows->rows(); r++) {
+            const int kind = static_cast<int>(kind_of_row(m, r)), observation = m.rows->equations->observation[r];
+            if (!(sizes[r * n + i] > answer) || basic.most[kind] < least || observation == last) continue;
+            last = observation;
+            out[basic.motion].of_kind[kind]++;
+        }
+    }
 }
 
 // Held and weighted coordinates of a part, a row of answers each.

@@ -24,6 +24,13 @@ struct Size {
     bool within(const IterationLimits &l) const { return length <= l.length && angle <= l.angle && share <= l.share; }
 };
 
+// Steps below these leave the factor as it was before them, but for its last digits.
+IterationLimits smallest(const IterationLimits &l)
+{
+    constexpr double share = 1e-3;
+    return {l.steps, share * l.length, share * l.angle, share * l.share};
+}
+
 class Iterator {
 public:
     Iterator(Model *m, System *s, FreeDatum *d, const IterationLimits &l, const FactorOptions &o)
@@ -188,6 +195,10 @@ Iteration Iterator::run()
         fill_normal(&system);
         follow_motions(size.length);
         if (!size.within(limits)) continue;
+        if (undamped && size.within(smallest(limits))) {
+            result.ending = Ending::converged;
+            break;
+        }
         result.ending = last_factor();
         if (undamped || result.ending != Ending::converged) break;
         result.ending = Ending::limit; // a damped step may be small far from the end

@@ -46,7 +46,8 @@ struct Iteration {
 };
 
 // Adjusts the model's values, beginning at the present ones. At the end the rows and the normal matrix of the system
-// are those of the last values, its factor undamped. The motions of the datum follow the values.
+// are those of the last values, its factor undamped: of the last values too, or of those before a last step below a
+// thousandth of the limits. The motions of the datum follow the values.
 Iteration iterate(Model *model, System *system, FreeDatum *datum, const IterationLimits &limits,
                   const FactorOptions &options);
 

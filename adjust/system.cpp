@@ -23,7 +23,8 @@ System make_system(const Model &model, const Watch &watch)
 double fill_rows(const Model &model, System *s)
 {
     s->watch.tell(Step::equations);
-    fill(model, s->derivatives, &s->equations);
+    if (!s->present) fill(model, s->derivatives, &s->equations);
+    s->present = false;
     s->bad_group = weigh(model, s->equations, s->columns, &s->rows);
     for (int h : s->held)
         for (std::size_t at = s->normal.begin[h]; at < s->normal.begin[h + 1]; at++)

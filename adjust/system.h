@@ -26,6 +26,7 @@ struct System {
     std::vector<int> held; // columns that keep their values: the minimal datum. Their rows and columns of the normal
                            // matrix are those of the identity, so that they have correction 0.
     Watch watch;           // of all that is done with the system
+    bool present = false;  // the equations are filled at the present values, as the next fill_rows would do it
     int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }

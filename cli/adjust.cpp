@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -9,8 +10,13 @@
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/csv_writer.h"
+#include "host/results/dxf_writer.h"
+#include "host/results/geojson_writer.h"
+#include "host/results/html_page.h"
+#include "host/results/input_lines.h"
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
+#include "host/results/svg_writer.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
 #include "host/system/temporary_file.h"
@@ -24,6 +30,21 @@ bool json_shown(const Options &options) { return options.json == "-"; }
 
 bool report_in_file(const Options &options) { return !options.report.empty() && options.report != "-"; }
 
+// Results for people to look at: what, which file, its text.
+struct View {
+    const char *words;
+    std::string Options::*file;
+    std::string (*text)(const Options &options, const Results &results, const InputLines &lines);
+};
+
+const View views[] = {
+    {"HTML", &Options::html,
+     [](const Options &, const Results &r, const InputLines &lines) { return to_html(r, lines, utc_now()); }},
+    {"GeoJSON", &Options::geojson,
+     [](const Options &o, const Results &r, const InputLines &) { return to_geojson(r, o.axes); }},
+    {"DXF", &Options::dxf, [](const Options &o, const Results &r, const InputLines &) { return to_dxf(r, o.axes); }},
+    {"SVG", &Options::svg, [](const Options &o, const Results &r, const InputLines &) { return to_svg(r, o.axes); }}};
+
 // Files of a run. They are opened before it, so that a path that cannot be written shows
 // before the computation and not behind it.
 struct Outputs {
@@ -34,10 +55,17 @@ struct Outputs {
         else
             spool.reset(temporary_file());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
+        for (const View &view : views)
+            seen.push_back((options.*view.file).empty() ? nullptr : std::make_unique<OutputFile>(options.*view.file));
         if (!options.csv.empty()) make_folder(options.csv);
-        for (const OutputFile *file : {report.get(), json.get()})
-            if (file && !file->temporary_name().empty()) // empty for a device
-                remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
+        for (const OutputFile *file : {report.get(), json.get()}) remove_if_interrupted(file);
+        for (const auto &file : seen) remove_if_interrupted(file.get());
+    }
+
+    static void remove_if_interrupted(const OutputFile *file)
+    {
+        if (file && !file->temporary_name().empty()) // empty for a device
+            remove_when_interrupted(std::filesystem::absolute(file->temporary_name()).string());
     }
 
     FILE *stream() { return report ? report->stream() : spool ? spool.get() : stdout; }
@@ -51,15 +79,25 @@ struct Outputs {
             show_spool();
     }
 
-    void prepare_results(const Options &, const Results &results)
+    // JSON and views under their temporary names. A failure waits until the report has been finished.
+    void prepare_results(const Options &options, const Results &results, const InputLines &lines)
     {
-        if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+        try {
+            if (json) write_json(results, [&](std::string_view text) { json->write(text); });
+            for (size_t i = 0; i < seen.size(); i++)
+                if (seen[i]) seen[i]->write(views[i].text(options, results, lines));
+        } catch (const OutputError &) {
+            failure = std::current_exception();
+        }
     }
 
     void finish_results(const Options &options, const Results &results)
     {
         if (json_shown(options)) show(to_json(results));
+        if (failure) std::rethrow_exception(failure);
         if (json) json->finish();
+        for (const auto &file : seen)
+            if (file) file->finish();
         if (!options.csv.empty()) write_csv(options.csv, results);
     }
 
@@ -86,7 +124,9 @@ struct Outputs {
         void operator()(FILE *file) const { fclose(file); }
     };
     std::unique_ptr<OutputFile> report, json;
+    std::vector<std::unique_ptr<OutputFile>> seen; // one a view, null where it is not asked for
     std::unique_ptr<FILE, Close> spool;
+    std::exception_ptr failure; // of the JSON
 };
 
 bool same_file(const std::string &a, const std::filesystem::path &b)
@@ -105,14 +145,31 @@ std::vector<std::filesystem::path> sources(const Model &model)
 
 bool would_overwrite(const Options &options, const std::vector<std::filesystem::path> &inputs)
 {
-    for (const std::string &output : {options.report, options.json})
+    std::vector<std::pair<std::string, std::string>> outputs = {{"report", options.report}, {"JSON", options.json}};
+    for (const View &view : views) outputs.emplace_back(view.words, options.*view.file);
+    for (size_t i = 0; i < outputs.size(); i++) {
+        const auto &[words, file] = outputs[i];
+        if (file.empty()) continue;
         for (const std::filesystem::path &input : inputs) {
-            if (output.empty() || !same_file(output, input)) continue;
-            fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", output.c_str());
+            if (!same_file(file, input)) continue;
+            fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", file.c_str());
             return true;
         }
-    if (options.report.empty() || options.report != options.json) return false;
-    fprintf(stderr, "vorn: report and JSON cannot both be %s\n", options.json.c_str());
+        for (size_t k = 0; k < i; k++) {
+            if (outputs[k].second != file) continue;
+            fprintf(stderr, "vorn: %s and %s cannot both be %s\n", outputs[k].first.c_str(), words.c_str(),
+                    file.c_str());
+            return true;
+        }
+    }
+    return false;
+}
+
+// A levelling network has no plan.
+bool cannot_be_drawn(const Options &options, const Model &model)
+{
+    if (model.p.dim != 1 || (options.dxf.empty() && options.svg.empty())) return false;
+    fprintf(stderr, "vorn: a network of heights has no positions to draw; --html shows it as a diagram\n");
     return true;
 }
 
@@ -138,15 +195,17 @@ int adjust(const Options &options)
     Console console(options.console);
     console.begin("reading");
     Model model;
-    if (!read_input(options, model)) return STATUS_USAGE;
+    Faults faults;
+    if (!read_input(options, model, faults)) return STATUS_USAGE;
     const std::vector<std::filesystem::path> inputs = sources(model);
+    const InputLines lines = options.html.empty() ? InputLines() : InputLines(model);
     enter_folder(options);
-    if (would_overwrite(options, inputs)) return STATUS_USAGE;
+    if (would_overwrite(options, inputs) || cannot_be_drawn(options, model)) return STATUS_USAGE;
 
     Outputs outputs(options);
     const Interrupts interrupts(model.solver == Solver::Sparse);
     const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
-    if (!interrupts.came()) outputs.prepare_results(options, run.results);
+    if (!interrupts.came()) outputs.prepare_results(options, run.results, lines);
     if (interrupts.came()) {
         console.finish();
         return interrupted();
@@ -154,6 +213,7 @@ int adjust(const Options &options)
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
 
+    console.hide();
     try {
         outputs.finish_report(options);
     } catch (const OutputError &) {

@@ -8,6 +8,7 @@
 
 #include "host/run/accounts.h"
 #include "commands.h"
+#include "host/results/check_json.h"
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
@@ -90,12 +91,45 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
                                                : "this network can be adjusted");
 }
 
+CheckVerdict verdict(const Results &results, const RunOutcome &outcome, const std::string &summary)
+{
+    if (!outcome.adjusted()) return CheckVerdict::Refused;
+    return results.solver != "sparse" && doubtful(summary) ? CheckVerdict::Unknown : CheckVerdict::CanBeAdjusted;
+}
+
+// To the file of the option, or to standard output, which then has nothing else.
+void write_json(const Options &options, CheckVerdict verdict, const Faults &faults, const Results &results)
+{
+    if (options.json.empty()) return;
+    const std::string text = check_json(verdict, faults, results);
+    if (options.json == "-") {
+        fwrite(text.data(), 1, text.size(), stdout);
+        return;
+    }
+    OutputFile file(options.json);
+    file.write(text);
+    file.finish();
+}
+
+int refuse_input(const Options &options, const Faults &faults)
+{
+    Results results;
+    results.program = "vorn";
+    results.version = VORN_VERSION;
+    results.file = options.network;
+    enter_folder(options);
+    write_json(options, CheckVerdict::BadInput, faults, results);
+    flush_standard_output();
+    return STATUS_USAGE;
+}
+
 } // namespace
 
 int check(const Options &options)
 {
     Model model;
-    if (!read_input(options, model)) return STATUS_USAGE;
+    Faults faults;
+    if (!read_input(options, model, faults)) return refuse_input(options, faults);
     enter_folder(options);
 
     const File report = temporary_report();
@@ -105,7 +139,9 @@ int check(const Options &options)
     if (interrupts.came()) return interrupted();
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;
-    show(results, outcome, summary_of(text_of(report.get())));
+    const std::string summary = model.keys.replaced(summary_of(text_of(report.get())));
+    if (options.json != "-") show(results, outcome, summary);
+    write_json(options, verdict(results, outcome, summary), faults, results);
     flush_standard_output();
     return close_run(outcome);
 }

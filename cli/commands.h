@@ -4,6 +4,7 @@
 #ifndef VORN_CLI_COMMANDS_H
 #define VORN_CLI_COMMANDS_H
 
+#include "host/input/faults.h"
 #include "host/input/model.h"
 #include "options.h"
 #include "host/run/runner.h"
@@ -12,12 +13,15 @@ int adjust(const Options &options);
 int check(const Options &options);
 int import_network(const Options &options);
 
-// Reads the network file and applies the options to it. False, with the faults on standard
-// error, when something is wrong.
-bool read_input(const Options &options, vornhost::Model &model);
+// Reads the network file, or a file of another program as one, and applies the options to it. False, with the faults
+// also on standard error, when something is wrong.
+bool read_input(const Options &options, vornhost::Model &model, vornhost::Faults &faults);
 
 // Says that the run was interrupted; returns its exit status.
 int interrupted();
+
+// Lines on standard error.
+void show_lines(const std::vector<std::string> &lines);
 
 // Goes into the folder of the option -C.
 void enter_folder(const Options &options);

@@ -14,8 +14,6 @@ using namespace vornhost;
 
 namespace {
 
-constexpr size_t most_notes = 50; // shown on standard error
-
 std::string target_of(const Options &options)
 {
     if (!options.report.empty()) return options.report;
@@ -41,13 +39,6 @@ bool may_write(const Options &options, const std::string &target)
     return false;
 }
 
-void show_notes(const Draft &draft)
-{
-    const size_t shown = draft.notes.size() < most_notes ? draft.notes.size() : most_notes;
-    for (size_t i = 0; i < shown; i++) fprintf(stderr, "%s\n", note_line(draft, draft.notes[i]).c_str());
-    if (shown < draft.notes.size()) fprintf(stderr, "and %zu more notes\n", draft.notes.size() - shown);
-}
-
 } // namespace
 
 int import_network(const Options &options)
@@ -58,7 +49,7 @@ int import_network(const Options &options)
     Draft draft;
     Faults faults;
     if (!import_file(options.network, options.format, draft, faults)) {
-        for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+        show_lines(faults.lines());
         return STATUS_USAGE;
     }
     const WrittenNetwork network = write_network(draft);
@@ -66,7 +57,7 @@ int import_network(const Options &options)
         fwrite(network.text.data(), 1, network.text.size(), stdout);
     else
         write_file(target, network.text);
-    if (!options.console.quiet) show_notes(draft);
+    if (!options.console.quiet) show_lines(note_lines(draft));
     flush_standard_output();
     return STATUS_ADJUSTED;
 }

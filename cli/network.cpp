@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "commands.h"
+#include "host/formats/import.h"
 #include "host/input/network_file.h"
 #include "host/results/output_file.h"
 
@@ -37,20 +38,27 @@ std::string standard_input()
     return text;
 }
 
-bool read(const std::string &path, Model &model, Faults &faults)
+bool read(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
 {
-    if (path != "-") return read_network(path, model, faults);
+    if (path != "-") return read_any_network(path, model, notes, faults);
     return read_network_text("standard input", standard_input(), model, faults);
 }
 
 } // namespace
 
-bool read_input(const Options &options, Model &model)
+bool read_input(const Options &options, Model &model, Faults &faults)
 {
-    Faults faults;
-    if (read(options.network, model, faults)) return apply(options, model);
-    for (const std::string &line : faults.lines()) fprintf(stderr, "%s\n", line.c_str());
+    std::vector<std::string> notes;
+    const bool good = read(options.network, model, notes, faults);
+    if (!options.console.quiet) show_lines(notes);
+    if (good) return apply(options, model);
+    show_lines(faults.lines());
     return false;
+}
+
+void show_lines(const std::vector<std::string> &lines)
+{
+    for (const std::string &line : lines) fprintf(stderr, "%s\n", line.c_str());
 }
 
 int interrupted()

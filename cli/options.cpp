@@ -9,6 +9,7 @@
 
 namespace {
 
+using vornhost::Axes;
 using vornhost::Mode;
 using vornhost::Solver;
 
@@ -26,6 +27,7 @@ const char overview[] = "Examples:\n"
 const char adjust_footer[] = "Examples:\n"
                              "  vorn adjust bridge.inp                        report on the screen\n"
                              "  vorn adjust bridge.inp -o bridge.txt          report in a file\n"
+                             "  vorn adjust bridge.inp --html bridge.html     plot and tables for a browser\n"
                              "  vorn adjust bridge.inp -C out --csv tables    all output in the folder out\n"
                              "  vorn adjust bridge.inp --solver simplex       look for gross errors\n\n"
                              "Exit status: 0 adjusted, 1 refused or no convergence, 2 bad input or usage,\n"
@@ -94,6 +96,23 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("--csv", options.csv, "results as comma-separated tables in this folder")
         ->check(not_empty)
         ->type_name("DIR");
+    adjust->add_option("--html", options.html, "results as a page for a browser: plot, tables, tests, in this one file")
+        ->check(not_empty)
+        ->type_name("FILE");
+    const struct {
+        const char *name;
+        std::string &file;
+        const char *help;
+    } drawings[] = {{"--geojson", options.geojson, "points, lines and ellipses as GeoJSON, for maps"},
+                    {"--dxf", options.dxf, "the plan as a drawing in DXF"},
+                    {"--svg", options.svg, "the plan as a drawing for papers"}};
+    for (const auto &d : drawings) adjust->add_option(d.name, d.file, d.help)->check(not_empty)->type_name("FILE");
+    adjust
+        ->add_option_function<std::string>(
+            "--axes", [&options](const std::string &word) { options.axes = word == "xy" ? Axes::xy : Axes::yx; },
+            "of maps and drawings, to the right and upwards: yx (as directions turn) or xy")
+        ->check(CLI::IsMember({"yx", "xy"}))
+        ->type_name("WORD");
     adjust->add_flag("--brief", options.brief, "report without a line for every observation (solver sparse)");
     adjust->add_flag("--no-residual-statistics", options.no_residual_statistics,
                      "no redundancy numbers and tests of residuals (solver sparse)");
@@ -112,6 +131,11 @@ void add_check(CLI::App &app, Options &options)
 {
     CLI::App *check = app.add_subcommand("check", "read a network and say what its adjustment would be");
     add_common(check, options);
+    check
+        ->add_option("--json", options.json,
+                     "faults or verdict as JSON in this file; - is standard output, without the text")
+        ->check(not_empty)
+        ->type_name("FILE");
     check->footer(check_footer);
     check->callback([&options] { options.command = Command::check; });
 }

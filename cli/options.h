@@ -9,6 +9,7 @@
 #include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
+#include "host/results/plan.h"
 
 // Exit statuses of the program.
 enum Status {
@@ -26,7 +27,9 @@ struct Options {
     std::string network; // the network file, or a file of a foreign format
     bool force = false;  // import may replace a file
     std::optional<vornhost::Format> format;
-    std::string report, json, csv, folder; // empty: not asked for
+    std::string report, json, csv, html, folder; // empty: not asked for
+    std::string geojson, dxf, svg;               // the same, of the plan
+    vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
     std::optional<int> threads;

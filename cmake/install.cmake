@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 
 if(VORN_PROGRAM)
   install(TARGETS vorn-cli RUNTIME COMPONENT program)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vorn COMPONENT program)
 endif()
 
 # The headers of own adjustment and host name one another from these folders.
@@ -34,11 +35,12 @@ install(EXPORT vorn-targets NAMESPACE vorn:: DESTINATION ${package} COMPONENT de
 # pkg-config: vorn for the shared library, vorn-rooms for the static ones.
 file(RELATIVE_PATH path_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 string(REGEX REPLACE "/$" "" path_to_prefix "${path_to_prefix}")
-set(order_libraries)
-foreach(library AMD METIS)
+set(other_libraries)
+foreach(library AMD METIS EXPAT_FOUND)
   if(${library})
-    string(TOLOWER ${library} name)
-    string(APPEND order_libraries " -l${name}")
+    string(REGEX REPLACE "_.*" "" name ${library})
+    string(TOLOWER ${name} name)
+    string(APPEND other_libraries " -l${name}")
   endif()
 endforeach()
 set(pkgconfig_files vorn-rooms)

@@ -12,8 +12,6 @@ namespace vornhost {
 
 namespace {
 
-constexpr size_t longest_name = 40; // characters
-
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 std::string_view trimmed(std::string_view text)

@@ -3,7 +3,9 @@
 #include <filesystem>
 
 #include "host/formats/gkf.h"
+#include "host/formats/network_writer.h"
 #include "host/formats/xml.h"
+#include "host/input/network_file.h"
 
 namespace vornhost {
 
@@ -45,6 +47,17 @@ bool import_file(const std::string &path, std::optional<Format> format, Draft &d
     if (format || !readable) return import_gkf(path, draft, faults); // what cannot be read is said there
     unknown_format(path, faults);
     return false;
+}
+
+bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
+{
+    const std::optional<Format> format = recognise_file(path);
+    if (!format) return read_network(path, model, faults);
+    Draft draft;
+    if (!import_file(path, format, draft, faults)) return false;
+    WrittenNetwork network = write_network(draft);
+    notes = note_lines(draft);
+    return read_network_text(path, network.text, std::move(network.origins), model, faults);
 }
 
 } // namespace vornhost

@@ -58,10 +58,20 @@ MaybeNumber common_sigma(const std::vector<DraftRow> &rows)
     return common;
 }
 
-std::string note_text(const std::string &file, const DraftNote &note)
+// The last note is the account: it is always there.
+std::vector<std::string> note_lines(const Draft &draft, const std::string &file)
 {
-    const std::string line = note.at.line > 0 ? ":" + std::to_string(note.at.line) : std::string();
-    return printable(file + line + ": " + note.text);
+    constexpr size_t most = 50;
+    std::vector<std::string> lines;
+    const size_t n = draft.notes.size();
+    for (size_t i = 0; i < n; i++) {
+        const DraftNote &note = draft.notes[i];
+        if (n > most && i == most - 1) lines.push_back("and " + std::to_string(n - most) + " more");
+        if (i >= most - 1 && i + 1 < n) continue;
+        const std::string line = note.at.line > 0 ? ":" + std::to_string(note.at.line) : std::string();
+        lines.push_back(printable(file + line + ": " + note.text));
+    }
+    return lines;
 }
 
 // Writes one draft; the members are what its steps share.
@@ -122,11 +132,9 @@ private:
         line("# From " + file_name() + "; column remark has the lines there.");
         if (draft.description.size() > 1)
             for (const std::string &text : draft.description) line("# " + printable(text));
-        constexpr size_t most = 50;
-        const size_t shown = std::min(draft.notes.size(), most);
-        if (shown > 0) line("#");
-        for (size_t i = 0; i < shown; i++) line("# " + note_text(file_name(), draft.notes[i]));
-        if (shown < draft.notes.size()) line("# and " + std::to_string(draft.notes.size() - shown) + " more");
+        const std::vector<std::string> notes = note_lines(draft, file_name());
+        if (!notes.empty()) line("#");
+        for (const std::string &note : notes) line("# " + note);
         blank();
     }
 
@@ -371,6 +379,6 @@ private:
 
 WrittenNetwork write_network(const Draft &draft) { return Writer(draft).write(); }
 
-std::string note_line(const Draft &draft, const DraftNote &note) { return note_text(draft.file, note); }
+std::vector<std::string> note_lines(const Draft &draft) { return note_lines(draft, draft.file); }
 
 } // namespace vornhost

@@ -18,8 +18,8 @@ struct WrittenNetwork {
 
 WrittenNetwork write_network(const Draft &draft);
 
-// "net.gkf:12: what was left out or assumed".
-std::string note_line(const Draft &draft, const DraftNote &note);
+// The notes as lines, "net.gkf:12: what was left out or assumed"; what is too much for a reader is counted.
+std::vector<std::string> note_lines(const Draft &draft);
 
 } // namespace vornhost
 

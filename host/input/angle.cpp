@@ -1,8 +1,12 @@
 #include "host/input/angle.h"
 
 #include <math.h>
+#include <stdio.h>
 
-#include "vorn/project.h"
+#include <algorithm>
+
+#include "host/input/number.h"
+#include "host/input/units.h"
 
 namespace vornhost {
 
@@ -50,8 +54,13 @@ double full_circle(int unit)
 {
     switch (unit) {
     case ANGLE_GON: return 400.0;
+    case ANGLE_MGON: return 400000.0;
+    case ANGLE_CC: return 4000000.0;
     case ANGLE_DEGREE:
+    case ANGLE_DMS:
     case ANGLE_PACKED: return 360.0;
+    case ANGLE_ARC_SECOND: return 1296000.0;
+    case ANGLE_MIL: return 6400.0;
     default: return 2.0 * pi;
     }
 }
@@ -63,6 +72,32 @@ double reduce(double x, double full)
     const double up = r < 0.0 ? r + full : r;
     return up < full ? up : 0.0;
 }
+
+bool starts_with(std::string_view text, std::string_view mark) { return text.substr(0, mark.size()) == mark; }
+
+// Takes one of the marks from the front of the text.
+bool take_mark(std::string_view &text, std::initializer_list<std::string_view> marks)
+{
+    for (const std::string_view mark : marks) {
+        if (!starts_with(text, mark)) continue;
+        text.remove_prefix(mark.size());
+        return true;
+    }
+    return false;
+}
+
+// Takes a number without sign, whole or with decimals, from the front of the text.
+bool take_number(std::string_view &text, bool decimals, double &value)
+{
+    const size_t end = std::min(text.find_first_not_of(decimals ? "0123456789." : "0123456789"), text.size());
+    if (read_number(text.substr(0, end), value) != Reading::Number) return false;
+    text.remove_prefix(end);
+    return true;
+}
+
+const std::initializer_list<std::string_view> degree_marks = {"-", "\xC2\xB0"},
+                                              minute_marks = {"-", "'", "\xE2\x80\xB2", "\xE2\x80\x99"},
+                                              second_marks = {"\"", "\xE2\x80\xB3", "\xE2\x80\x9D", "''"};
 
 } // namespace
 
@@ -83,6 +118,38 @@ double to_direction(int unit, double raw)
 double from_direction(int unit, double rad)
 {
     return reduce(from_radians(unit, reduce(rad, 2.0 * pi)), full_circle(unit));
+}
+
+double in_angle_unit(int to, int from, double raw)
+{
+    return to == from ? raw : from_radians(to, to_radians(from, raw));
+}
+
+bool read_dms(std::string_view text, double &degrees)
+{
+    double d = 0.0, m = 0.0, s = 0.0;
+    const bool minus = take_mark(text, {"-", "\xE2\x88\x92"});
+    if (!minus) take_mark(text, {"+"});
+    if (!take_number(text, false, d)) return false;
+    bool more = take_mark(text, degree_marks) && !text.empty();
+    if (more && !take_number(text, false, m)) return false;
+    more = more && take_mark(text, minute_marks) && !text.empty();
+    if (more && !take_number(text, true, s)) return false;
+    if (more) take_mark(text, second_marks);
+    if (!text.empty() || m >= 60.0 || s >= 60.0) return false;
+    degrees = (minus ? -1.0 : 1.0) * (d + m / 60.0 + s / 3600.0);
+    return true;
+}
+
+std::string dms_text(double degrees, int decimals)
+{
+    const double parts = pow(10.0, decimals), all = floor(fabs(degrees) * 3600.0 * parts + 0.5); // of a second
+    const double minutes = floor(all / (60.0 * parts)), seconds = (all - minutes * 60.0 * parts) / parts;
+    const double whole = floor(minutes / 60.0);
+    char text[400];
+    snprintf(text, sizeof text, "%s%.0f-%02.0f-%0*.*f", degrees < 0.0 && all > 0.0 ? "-" : "", whole,
+             minutes - whole * 60.0, decimals > 0 ? decimals + 3 : 2, decimals, seconds);
+    return text;
 }
 
 bool readable_angle(int unit, double raw)

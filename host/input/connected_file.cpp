@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -23,14 +24,36 @@ bool read_head(const std::string &line, int *points, int *dimension)
     return n == 8 && *points > 0 && *points <= most_points && *dimension >= 1 && *dimension <= 3;
 }
 
+// The name at the beginning of a line; returns where it ends.
+size_t read_name(const std::string &line, std::string &name)
+{
+    size_t at = 1;
+    for (; line[0] == '"' && at < line.size(); at++) {
+        if (line[at] == '"' && line[++at] != '"') return at;
+        name += line[at];
+    }
+    name = line.substr(0, std::min(line.find_last_not_of(' ', name_width - 1) + 1, name_width));
+    return name_width;
+}
+
+// The name as it stands in the file, with blanks up to 8 bytes.
+std::string written_name(const std::string &name)
+{
+    if (name.size() <= name_width && name[0] != '"') return name + std::string(name_width - name.size(), ' ');
+    std::string text = "\"";
+    for (const char c : name) text += c == '"' ? std::string(2, c) : std::string(1, c);
+    return text + "\"";
+}
+
 bool read_point(const std::string &line, ConnectedFile &content)
 {
     std::array<double, 3> x;
-    if (line.size() <= name_width) return false;
-    if (sscanf(line.c_str() + name_width, "%lf%lf%lf", &x[0], &x[1], &x[2]) != 3) return false;
+    std::string name;
+    const size_t end = read_name(line, name);
+    if (line.size() <= end || sscanf(line.c_str() + end, "%lf%lf%lf", &x[0], &x[1], &x[2]) != 3) return false;
     for (double c : x)
         if (!std::isfinite(c)) return false;
-    content.names.push_back(line.substr(0, name_width));
+    content.names.push_back(name);
     content.coordinates.push_back(x);
     return true;
 }
@@ -69,8 +92,8 @@ std::string connected_text(const std::string &name, const ConnectedFile &content
     std::string text = "File: " + name + line;
     for (size_t i = 0; i < content.names.size(); i++) {
         const std::array<double, 3> &x = content.coordinates[i];
-        snprintf(line, sizeof line, "%-8s  %22.6f%22.6f%22.6f\n", content.names[i].c_str(), x[0], x[1], x[2]);
-        text += line;
+        snprintf(line, sizeof line, "  %22.6f%22.6f%22.6f\n", x[0], x[1], x[2]);
+        text += written_name(content.names[i]) + line;
     }
     for (double q : content.cofactors) {
         snprintf(line, sizeof line, "%25.21f\n", q);

@@ -1,7 +1,7 @@
 // Files of connected nets: coordinates of the points that an adjustment exported, and their cofactors.
 //
 //   File: NAME.con for N connections in dimension D
-//   name (8 bytes) x y z                               N lines, metres
+//   name (8 bytes) x y z                               N lines, metres; a longer name stands in quotation marks
 //   cofactor                                           n (n + 1) / 2 lines, n = D N: the lower triangle by rows
 //
 // Cofactors (metres squared) are those before the variance factor; a point has D rows, x, y, z or z alone.
@@ -17,7 +17,7 @@ namespace vornhost {
 
 struct ConnectedFile {
     int dimension = 0;
-    std::vector<std::string> names; // 8 bytes, as records hold them
+    std::vector<std::string> names; // without blanks at the end
     std::vector<std::array<double, 3>> coordinates;
     std::vector<double> cofactors; // packed as in the file
 };

@@ -12,13 +12,8 @@ namespace {
 
 const double pi = 4.0 * std::atan(1.0);
 
-// Radians in the file's unit of standard deviations of angles: seconds of arc stand in the fourth decimal of packed
-// degrees.
-double radians_per_unit(const Network &net)
-{
-    const int unit = net.model.p.iangle;
-    return unit == ANGLE_PACKED ? pi / 648000.0 * 1e4 : to_radians(unit, 1.0);
-}
+// Radians in a unit of standard deviations of angles: seconds of arc stand in the fourth decimal of packed degrees.
+double radians_per_unit(int unit) { return unit == ANGLE_PACKED ? pi / 648000.0 * 1e4 : to_radians(unit, 1.0); }
 
 int components(const measure_input &) { return 1; }
 int components(const gps_input &) { return 3; }
@@ -50,7 +45,7 @@ Places number_rows(Network &net)
 {
     Places places(net);
     Model &m = net.model;
-    const double length = net.metres, angle = radians_per_unit(net);
+    const double length = net.sigma_metres, angle = radians_per_unit(net.sigma_angle);
     places.number(m.distances, length);
     places.number(m.horizontal_distances, length);
     places.number(m.heightdiffs, length);
@@ -160,11 +155,8 @@ void to_metres_and_radians(const std::vector<double> &units, CovarianceRecord &c
 
 double deviation(const CovarianceRecord &c, int place) { return std::sqrt(std::fmax(0.0, c(place, place))); }
 
-// In the file's units.
-void take(const CovarianceRecord &c, int place, double unit, measure_input &m)
-{
-    m.sig = deviation(c, place) / std::fabs(unit);
-}
+// In the units of the records.
+void take(const CovarianceRecord &c, int place, double unit, measure_input &m) { m.sig = deviation(c, place) / unit; }
 
 void take(const CovarianceRecord &c, int place, double, SightRow &row) { row.sigma = deviation(c, place); }
 
@@ -180,14 +172,13 @@ void take(const CovarianceRecord &c, int place, double, gps_input &g)
         for (int j = i; j < 3; j++) g.cov[at++] = c(place + i, place + j);
 }
 
-template <class Record> void take_deviations(const Network &net, const Places &places, List<Record> &list)
+template <class Record> void take_deviations(const Network &net, List<Record> &list, double unit = 1.0)
 {
     for (size_t i = 0; i < list.notes.place.size(); i++) {
         const int c = list.notes.covariance[i], place = list.notes.place[i];
         if (place < 0) continue;
         const CovarianceRecord &covariance = net.model.covariances.records[(size_t)c];
-        if (place + components(list.records[i]) <= covariance.size)
-            take(covariance, place, places.units[(size_t)c][(size_t)place], list.records[i]);
+        if (place + components(list.records[i]) <= covariance.size) take(covariance, place, unit, list.records[i]);
     }
 }
 
@@ -200,13 +191,14 @@ void complete_covariances(Network &net, const std::vector<MatrixText> &texts)
     for (size_t c = 0; c < texts.size(); c++)
         if (fill(texts[c], places.units[c].size(), m.covariances.records[c], net.faults))
             to_metres_and_radians(places.units[c], m.covariances.records[c]);
-    for (List<measure_input> *list : {&m.distances, &m.heightdiffs, &m.directions, &m.verticals, &m.azimuths})
-        take_deviations(net, places, *list);
+    for (List<measure_input> *list : {&m.distances, &m.heightdiffs}) take_deviations(net, *list, metres_per_unit(m.p));
+    for (List<measure_input> *list : {&m.directions, &m.verticals, &m.azimuths})
+        take_deviations(net, *list, radians_per_unit(m.p.iangle));
     for (List<SightRow> *list : {&m.horizontal_distances, &m.bearings, &m.angles, &m.scale_bars})
-        take_deviations(net, places, *list);
-    take_deviations(net, places, m.baselines);
-    take_deviations(net, places, m.coordinates);
-    take_deviations(net, places, m.coordinate_differences);
+        take_deviations(net, *list);
+    take_deviations(net, m.baselines);
+    take_deviations(net, m.coordinates);
+    take_deviations(net, m.coordinate_differences);
 }
 
 } // namespace vornhost

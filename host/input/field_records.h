@@ -7,6 +7,7 @@
 
 #include <stddef.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -22,15 +23,21 @@ struct RowNotes {
     std::vector<int> covariance; // in Model::covariances
     std::vector<int> place;      // of the first component in its covariance
     std::vector<std::string> id, remark;
-
-    bool correlated() const { return !covariance.empty(); }
+    std::vector<double> raw;    // readings that were reduced, metres or radians
+    std::vector<double> h1, h2; // of the antennas of baselines above the marks, metres
 
     // What row i of the others says, as row `to`.
     void copy(const RowNotes &others, size_t i, size_t to);
 };
 
+constexpr double unknown_note = std::numeric_limits<double>::quiet_NaN(); // a reading that was not reduced
+
 // The element of a list of notes, or `otherwise` (-1) where the row says nothing.
 inline int note_at(const std::vector<int> &list, size_t row) { return row < list.size() ? list[row] : -1; }
+inline double note_at(const std::vector<double> &list, size_t row, double otherwise)
+{
+    return row < list.size() ? list[row] : otherwise;
+}
 inline std::string note_at(const std::vector<std::string> &list, size_t row)
 {
     return row < list.size() ? list[row] : std::string();

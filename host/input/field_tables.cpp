@@ -26,8 +26,6 @@ struct SightTable {
     bool angle; // of the values
 };
 
-bool planned(const Network &net) { return net.model.mode == Mode::Propagation; }
-
 double length_above_zero(Network &net, Row &row, int column)
 {
     const double value = row.length(column, 1.0);
@@ -37,7 +35,7 @@ double length_above_zero(Network &net, Row &row, int column)
 
 double read_value(Network &net, Row &row, const SightTable &table)
 {
-    if (!row.given(VALUE) && !planned(net)) row.missing(VALUE, "write a number");
+    if (!row.given(VALUE) && !net.planned(row.at(VALUE))) row.missing(VALUE, "write a number");
     if (!row.given(VALUE)) return 0.0;
     return table.angle ? read_angle(net, row, VALUE) : length_above_zero(net, row, VALUE);
 }
@@ -51,16 +49,15 @@ double read_sigma(Network &net, Row &row, const SightTable &table)
         net.faults.add(row.at(SIGMA), std::string("sigma is not known in table ") + table_names[table.id],
                        std::string("write it in a column sigma or in [sigma] ") + table_names[table.id]);
     const double sigma = row.positive(SIGMA, usual);
-    if (!table.angle) return sigma * net.metres;
-    return check_angle(net, row, SIGMA, sigma) ? to_radians(net.model.p.iangle, sigma) : 0.0;
+    return table.angle ? read_angle_deviation(net, row, SIGMA, sigma) : sigma * net.sigma_metres;
 }
 
 void check_ends(Row &row, const SightRow &sight)
 {
     if (sight.from >= 0 && sight.from == sight.to)
-        row.fault(TO, "observation from " + quote(row.text(FROM)) + " to itself", "name two different points");
+        row.fault(TO, "observation from " + quote(row.name(FROM)) + " to itself", "name two different points");
     if (sight.third >= 0 && (sight.third == sight.from || sight.third == sight.to))
-        row.fault(AT, "angle at " + quote(row.text(AT)) + " between a point and itself", "name three different points");
+        row.fault(AT, "angle at " + quote(row.name(AT)) + " between a point and itself", "name three different points");
 }
 
 // Whether the instrument of a row belongs to a group with constants.
@@ -74,7 +71,7 @@ void read_constants(Network &net, Row &row, int setup, SightRow &sight)
 {
     sight.constants = row.yes(CONSTANTS, false);
     if (sight.constants && sight.from >= 0 && !in_group(net, sight.from, setup))
-        row.fault(CONSTANTS, "point " + quote(row.text(FROM)) + " belongs to no group",
+        row.fault(CONSTANTS, "point " + quote(row.name(FROM)) + " belongs to no group",
                   "name its group in table stations");
 }
 
@@ -128,7 +125,7 @@ void read_components(Network &net, Row &row, VectorRow &vector)
     for (int k = 0; k < 3; k++) {
         vector.given[k] = row.given(X + k) && (together || net.has_dimension(k));
         vector.value[k] = row.length(X + k, 0.0) * net.metres;
-        vector.sigma[k] = row.positive(SX + k, 0.0) * net.metres;
+        vector.sigma[k] = row.positive(SX + k, 0.0) * net.sigma_metres;
         if (vector.given[k] && vector.sigma[k] == 0.0 && !together)
             net.faults.add(row.at(SX + k), std::string("the standard deviation s") + "xyz"[k] + " is not known",
                            "write it, or name a covariance");
@@ -143,7 +140,7 @@ void read_vector(Network &net, Row &row, List<VectorRow> &list, bool difference)
     vector.from = named_point(net, row, POINT);
     if (difference) vector.to = named_point(net, row, SECOND);
     if (difference && vector.from >= 0 && vector.from == vector.to)
-        row.fault(SECOND, "difference of " + quote(row.text(POINT)) + " to itself", "name two different points");
+        row.fault(SECOND, "difference of " + quote(row.name(POINT)) + " to itself", "name two different points");
     read_components(net, row, vector);
     vector.use = row.yes(VECTOR_USE, true);
     read_notes(net, row, {VECTOR_ID, VECTOR_REMARK, VECTOR_COVARIANCE}, vector.from, list.notes, list.size());

@@ -41,13 +41,13 @@ void read_group(Network &net, Row &row)
     static const double neutral[] = {0.0, 1.0, 0.0};
     group_input group = group_input();
     for (int i = 0; i < 3; i++) {
-        const double unit = i == 0 ? net.metres : 1.0;
+        const double unit = i == 0 ? net.metres : 1.0, sigma_unit = i == 0 ? net.sigma_metres : 1.0;
         const double value = row.length(CONSTANT + i, neutral[i]);
         group.ic[i] = constant_code(row, i, value, neutral[i]);
         group.c[i] = value * unit;
-        group.sc[i] = constant_deviation(row, i, group.ic[i]) * unit;
+        group.sc[i] = constant_deviation(row, i, group.ic[i]) * sigma_unit;
     }
-    const std::string_view name = new_name(row, NAME, largest_group_name);
+    const std::string_view name = new_name(row, NAME);
     if (!name.empty() && !net.groups.add(name, row.at(NAME)))
         row.fault(NAME, "group " + quote(name) + " is listed twice", "keep one of the two");
     net.model.group_names.emplace_back(name);

@@ -43,6 +43,16 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(place, others.place, -1);
     take(id, others.id, std::string());
     take(remark, others.remark, std::string());
+    take(raw, others.raw, unknown_note);
+    take(h1, others.h1, 0.0);
+    take(h2, others.h2, 0.0);
+}
+
+Model Model::twin() const
+{
+    Model other(*this);
+    other.attach();
+    return other;
 }
 
 void Model::attach()
@@ -62,6 +72,12 @@ void Model::attach()
     attach_list(images, &p.images, &p.nimages);
     attach_list(lumpdefs, &p.lumpdefs, &p.nlumpdefs);
     attach_list(pairs, &p.pairs, &p.npairs);
+}
+
+FileUnits file_units(const Model &model)
+{
+    const int length = model.length_unit.value_or(model.p.iunit);
+    return {length, metres_in(length), model.angle_unit.value_or(model.p.iangle), model.p.izenith != 0};
 }
 
 double metres_per_unit(const project &p) { return p.iunit == 1 ? 0.001 : p.iunit == 2 ? 0.0254 : 1.0; }

@@ -4,10 +4,13 @@
 #ifndef VORNHOST_MODEL_H
 #define VORNHOST_MODEL_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/input/field_records.h"
+#include "host/input/name_keys.h"
+#include "host/input/units.h"
 #include "vorn/project.h"
 
 namespace vornhost {
@@ -52,16 +55,20 @@ struct StationNote {
 struct Model {
     // A copy would keep the arrays of its original; a moved model keeps its own.
     Model() = default;
-    Model(const Model &) = delete;
     Model &operator=(const Model &) = delete;
     Model(Model &&) = default;
     Model &operator=(Model &&) = default;
 
+    // A network of its own with the same content, attached.
+    Model twin() const;
+
     std::string title;
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path
+    NameKeys keys;                  // of names that the records have no room for
 
-    project p = project(); // settings; attach() sets its arrays
+    project p = project();                      // settings; attach() sets its arrays
+    std::optional<int> length_unit, angle_unit; // of the file, where the project has other ones
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
     bool between_marks = false;      // the file says that distances are those between the marks
@@ -88,6 +95,13 @@ struct Model {
     List<SightRow> angles, horizontal_distances, bearings, scale_bars;
     List<VectorRow> coordinates, coordinate_differences;
     List<CovarianceRecord> covariances;
+    struct Centring {
+        double instrument = 0, target = 0;               // along each horizontal axis
+        double instrument_height = 0, target_height = 0; // of the heights above the marks
+
+        bool any() const { return instrument > 0 || target > 0 || instrument_height > 0 || target_height > 0; }
+    } centring;           // standard deviations, metres
+    Source unknown_value; // the first value that a plan leaves open
     struct Apriori {
         double angle = 1, horizontal_distance = 1, bearing = 1, scale_bar = 1, coordinate = 1,
                coordinate_difference = 1;
@@ -101,13 +115,21 @@ struct Model {
     List<lump_definition> lumpdefs;
     std::vector<LumpTable> lump_tables;
 
+    std::vector<std::string> covariance_points; // of the solver sparse: names of points whose covariances are wanted
+
     // Points the arrays of p, of the groups and of the lump definitions at the vectors
     // above. To be called after the last change of their sizes.
     void attach();
+
+private:
+    Model(const Model &) = default;
 };
 
 // Whether a coordinate, rotation or constant with this code is held at the value that the file gives.
 inline bool is_held(int code) { return code == CODE_FIXED || code == CODE_WEIGHTED; }
+
+// What the network file writes in.
+FileUnits file_units(const Model &model);
 
 // Metres in the unit of length of the project.
 double metres_per_unit(const project &p);

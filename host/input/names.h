@@ -1,4 +1,4 @@
-// Names of points as the engine holds them, and the search for what a wrong name may mean.
+// Names of points as the file has them and as the engine holds them, and the search for what a wrong name may mean.
 
 #ifndef VORNHOST_NAMES_H
 #define VORNHOST_NAMES_H
@@ -6,6 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -15,21 +16,30 @@
 
 namespace vornhost {
 
-constexpr size_t name_width = 8; // bytes of a name, blanks at the end included
+constexpr size_t longest_name = 40; // characters
 
-// Writes the name with blanks up to 8 bytes and a zero byte; longer names are cut.
-template <size_t size> void pad_name(char (&field)[size], std::string_view name)
+// Writes what a record holds for the name, with blanks up to 8 bytes and a zero byte.
+template <size_t size> void hold_name(char (&field)[size], const NameKeys &keys, std::string_view whole)
 {
     static_assert(size > name_width, "a name and its zero byte");
+    const std::string name = keys.key(whole);
     for (size_t i = 0; i < size; i++) field[i] = i < name_width ? (i < name.size() ? name[i] : ' ') : '\0';
 }
 
-// The name that a field of a record holds, without the blanks at its end, for messages.
-std::string plain_name(std::string_view field);
+// The same as a text of 8 bytes.
+std::string held_name(const NameKeys &keys, std::string_view whole);
+
+// The name that a field of a record stands for: as the file has it, and for messages.
+std::string full_name(const Model &model, std::string_view field);
+std::string shown_name(const Model &model, std::string_view field);
 
 // Numbers of names in the order in which they were added, found by hash.
 class NameIndex {
 public:
+    NameIndex() = default;
+    NameIndex(const NameIndex &) = delete; // its numbers lie by views of its own names
+    NameIndex &operator=(const NameIndex &) = delete;
+
     // False when the name is there already.
     bool add(std::string_view name, Source at);
 
@@ -40,12 +50,26 @@ public:
     std::string_view similar(std::string_view name) const;
 
     Source where(int number) const { return places[(size_t)number]; }
+    const std::string &name(int number) const { return names[(size_t)number]; }
     size_t size() const { return names.size(); }
 
 private:
-    std::vector<std::string> names;
+    std::deque<std::string> names; // they stay where they are
     std::vector<Source> places;
-    std::unordered_map<std::string, int> numbers;
+    std::unordered_map<std::string_view, int> numbers;
+};
+
+// Distances of words from one word; keeps its work space from one to the next.
+class WordDistance {
+public:
+    explicit WordDistance(std::string_view one);
+    size_t to(std::string_view other, size_t limit); // as distance_of_words
+
+private:
+    size_t next_row(size_t i);
+
+    std::u32string a, b;                     // characters, small where they are letters of ASCII
+    std::vector<size_t> last, previous, row; // of the table of distances
 };
 
 // Fewest letters to change, insert, leave out or swap with their neighbour to turn a
@@ -61,7 +85,8 @@ public:
     std::string_view best() const { return nearest; }
 
 private:
-    std::string_view wanted, nearest;
+    WordDistance wanted;
+    std::string_view nearest;
     size_t bound; // a word must be nearer than this
 };
 

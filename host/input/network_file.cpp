@@ -11,6 +11,7 @@
 #include "host/input/covariances.h"
 #include "host/preparation/lump_checks.h"
 #include "host/input/network_tables.h"
+#include "host/input/open_text.h"
 
 // The parser's own checks would end the program. Some input makes them fail, so they
 // throw instead; the check of a key's first letter is left to the code that follows it,
@@ -49,18 +50,20 @@ const std::vector<SectionKeys> &all_sections()
 {
     static const std::vector<SectionKeys> sections = {
         {"run", {"title", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
-        {"units", {"length", "angle", "vertical"}},
+        {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
-        {"reductions", {"distances"}},
+        {"reductions", {"distances", "atmosphere", "prism"}},
         {"apriori",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images",
           "horizontal_distances", "bearings", "angles", "coordinates", "coordinate_differences", "scale_bars"}},
         {"sigma",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "horizontal_distances",
-          "bearings", "angles", "scale_bars"}},
-        {"baselines", {"datum_rule"}},
+          "bearings", "angles", "scale_bars", "distances_ppm", "height_difference_km", "height_difference_setup",
+          "centring_instrument", "centring_target", "height_instrument", "height_target"}},
+        {"baselines", {"datum_rule", "sigma_factor"}},
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
+        {"csv", {"separator", "decimal"}},
         {"covariances", {}}, // keys are names
         {"tables", std::vector<std::string>(table_names, table_names + TABLE_COUNT)},
     };
@@ -176,6 +179,11 @@ private:
 
     void read_run(const toml::table &root);
     void read_units(const toml::table &root);
+    void read_lengths(Section &units);
+    void read_angles(Section &units);
+    void read_turn(Section &earth);
+    void read_csv(const toml::table &root);
+    void read_headings(const toml::node &node, const std::string &name, CsvForm &form);
     void read_earth(const toml::table &root);
     void read_origin(Section &earth);
     void read_weights(const toml::table &root);
@@ -200,6 +208,7 @@ private:
     Network net;
     project &p;
     Faults &faults;
+    CsvForm csv;
     std::deque<TextFile> files; // of the tables outside the network file
     std::vector<MatrixText> matrices;
     std::array<bool, TABLE_COUNT> in_file{};
@@ -213,6 +222,7 @@ void NetworkReader::read(const TextFile &file, const toml::table &root)
     read_units(root);
     read_earth(root);
     read_weights(root);
+    read_csv(root);
     find_tables(file, root);
     read_methods(root);
     read_connected_net(root);
@@ -299,16 +309,52 @@ void NetworkReader::read_run(const toml::table &root)
 
 void NetworkReader::read_units(const toml::table &root)
 {
-    static const Words lengths = {{"m", 0}, {"mm", 1}, {"inch", 2}};
-    static const Words angles = {
-        {"gon", ANGLE_GON}, {"degree", ANGLE_DEGREE}, {"packed_degree", ANGLE_PACKED}, {"radian", ANGLE_RADIAN}};
     static const Words verticals = {{"zenith", 1}, {"elevation", 0}};
-    static const double metres[] = {1.0, 0.001, 0.0254};
     Section units(root, "units", faults);
-    p.iunit = units.word("length", 0, lengths);
-    p.iangle = units.word("angle", ANGLE_GON, angles);
     p.izenith = units.word("vertical", 1, verticals);
-    net.metres = metres[p.iunit];
+    read_lengths(units);
+    read_angles(units);
+}
+
+void NetworkReader::read_lengths(Section &units)
+{
+    static const Words words = {{"m", LENGTH_METRE},      {"mm", LENGTH_MILLIMETRE}, {"cm", LENGTH_CENTIMETRE},
+                                {"km", LENGTH_KILOMETRE}, {"ft", LENGTH_FOOT},       {"us_ft", LENGTH_US_FOOT},
+                                {"inch", LENGTH_INCH}};
+    const int values = units.word("length", LENGTH_METRE, words), sigmas = units.word("sigma_length", values, words);
+    p.iunit = record_length(values);
+    if (p.iunit != values) net.model.length_unit = values;
+    net.metres = metres_in(values);
+    net.sigma_metres = metres_in(sigmas);
+    net.length = net.metres / metres_in(p.iunit);
+    net.sigma_length = net.sigma_metres / metres_in(p.iunit);
+}
+
+// Standard deviations of degrees, minutes and seconds are arc seconds.
+void NetworkReader::read_angles(Section &units)
+{
+    static const Words words = {{"gon", ANGLE_GON},       {"mgon", ANGLE_MGON},
+                                {"degree", ANGLE_DEGREE}, {"arc_second", ANGLE_ARC_SECOND},
+                                {"mil", ANGLE_MIL},       {"packed_degree", ANGLE_PACKED},
+                                {"radian", ANGLE_RADIAN}, {"dms", ANGLE_DMS}};
+    static const Words sigma_words = {{"gon", ANGLE_GON},       {"mgon", ANGLE_MGON},
+                                      {"cc", ANGLE_CC},         {"degree", ANGLE_DEGREE},
+                                      {"mil", ANGLE_MIL},       {"arc_second", ANGLE_ARC_SECOND},
+                                      {"radian", ANGLE_RADIAN}, {"packed_degree", ANGLE_PACKED}};
+    net.angle = units.word("angle", ANGLE_GON, words);
+    net.sigma_angle =
+        units.word("sigma_angle", net.angle == ANGLE_DMS ? (int)ANGLE_ARC_SECOND : net.angle, sigma_words);
+    p.iangle = record_angle(net.angle);
+    if (p.iangle != net.angle) net.model.angle_unit = net.angle;
+}
+
+void NetworkReader::read_csv(const toml::table &root)
+{
+    static const Words separators = {{",", ','}, {";", ';'}, {"tab", '\t'}};
+    static const Words decimals = {{".", '.'}, {",", ','}};
+    Section section(root, "csv", faults);
+    csv.separator = (char)section.word("separator", ',', separators);
+    csv.decimal = (char)section.word("decimal", '.', decimals);
 }
 
 void NetworkReader::read_earth(const toml::table &root)
@@ -319,14 +365,26 @@ void NetworkReader::read_earth(const toml::table &root)
     p.radius = earth.number("radius", 6371000.0, above_zero, "above 0");
     p.horigin = earth.number("height", 0.0, sensible_length, "of metres");
     p.latitude = earth.number("latitude", 0.0, within_quarter, "between -90 and 90");
-    const double turn = earth.number("azimuth_rotation", 0.0, any, "in the file's unit of angle");
-    if (!readable_angle(p.iangle, turn))
-        earth.fault(*earth.find("azimuth_rotation"),
-                    earth.name("azimuth_rotation") + " has minutes or seconds of 60 or more",
-                    "write degrees as ddd.mmss");
-    else
-        p.azrot = to_radians(p.iangle, turn);
+    read_turn(earth);
     read_origin(earth);
+}
+
+void NetworkReader::read_turn(Section &earth)
+{
+    const char *const key = "azimuth_rotation";
+    const toml::node *node = earth.find(key);
+    double turn = 0.0;
+    if (node && node->is_string() && net.angle == ANGLE_DMS) {
+        if (!read_dms(earth.text(key), turn))
+            earth.fault(*node, earth.name(key) + " is not an angle in degrees, minutes and seconds",
+                        "write it like \"12-30-36.5\"");
+    } else {
+        turn = earth.number(key, 0.0, any, "in the file's unit of angle");
+    }
+    if (!readable_angle(net.angle, turn))
+        earth.fault(*node, earth.name(key) + " has minutes or seconds of 60 or more", "write degrees as ddd.mmss");
+    else
+        p.azrot = to_radians(net.angle, turn);
 }
 
 void NetworkReader::read_origin(Section &earth)
@@ -365,11 +423,20 @@ void NetworkReader::read_weights(const toml::table &root)
     for (const auto &[id, angle] : sigma_tables) {
         const char *const key = table_names[id];
         const double value = sigma.number(key, 0.0, above_zero, "above 0");
-        if (angle && !readable_angle(p.iangle, value))
+        if (angle && !readable_angle(net.sigma_angle, value))
             sigma.fault(*sigma.find(key), sigma.name(key) + " has minutes or seconds of 60 or more",
                         "write degrees as ddd.mmss");
         net.sigma[(size_t)id] = value;
     }
+    net.stated.ppm = sigma.number("distances_ppm", 0.0, above_zero, "above 0");
+    net.stated.per_km = sigma.number("height_difference_km", 0.0, above_zero, "above 0");
+    net.stated.per_setup = sigma.number("height_difference_setup", 0.0, above_zero, "above 0");
+    Model::Centring &c = net.model.centring;
+    const std::pair<const char *, double *> centring[] = {{"centring_instrument", &c.instrument},
+                                                          {"centring_target", &c.target},
+                                                          {"height_instrument", &c.instrument_height},
+                                                          {"height_target", &c.target_height}};
+    for (const auto &[key, value] : centring) *value = sigma.number(key, 0.0, above_zero, "above 0") * net.sigma_metres;
 }
 
 // Horizontal distances belong into the plane: in space they would be compared with slopes.
@@ -380,6 +447,8 @@ void NetworkReader::read_reduction(const toml::table &root)
     Section section(root, "reductions", faults);
     p.iredux = section.word("distances", 0, reductions, true);
     net.model.between_marks = section.find("distances") && p.iredux == 0;
+    net.stated.atmosphere = section.number("atmosphere", 0.0, any, "of ppm");
+    net.stated.prism = section.number("prism", 0.0, sensible_length, "of lengths") * net.metres;
     if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))
         section.fault(*section.find("distances"),
                       section.name("distances") + " makes distances horizontal: only in the plane",
@@ -392,6 +461,7 @@ void NetworkReader::read_methods(const toml::table &root)
     static const Words methods = {{"0", 0}, {"1", 1}, {"9", 9}};
     read_reduction(root);
     p.igps = Section(root, "baselines", faults).word("datum_rule", 1, rules);
+    net.stated.baseline_factor = Section(root, "baselines", faults).number("sigma_factor", 1.0, above_zero, "above 0");
     if (!named(TABLE_BASELINES)) p.igps = 0;
     p.lumpmethod = Section(root, "lumps", faults).word("method", not_given, methods, true);
     // Epochs that are compared after the adjustment are the engine's affair.
@@ -448,10 +518,14 @@ void NetworkReader::find_table(const TextFile &file, TableId id, const toml::nod
 void NetworkReader::open_table(TableId id, const toml::table &entry)
 {
     const std::string name = std::string("table ") + table_names[id];
-    for (const auto &[key, value] : entry)
-        if (key != "file")
+    CsvForm form = csv;
+    for (const auto &[key, value] : entry) {
+        if (key == "columns")
+            read_headings(value, name, form);
+        else if (key != "file")
             faults.add(place_of(key.source()), "unknown key " + quote(std::string(key.str())) + " in " + name,
-                       "known key: file");
+                       "known keys: file, columns");
+    }
     const toml::value<std::string> *file = entry["file"].as_string();
     if (!file) {
         faults.add(place_of(entry.source()), name + " names no file",
@@ -462,7 +536,27 @@ void NetworkReader::open_table(TableId id, const toml::table &entry)
     if (!text) return;
     const Source heading = {text->file(), 1, 1};
     net.tables[id] =
-        std::make_unique<Table>(table_names[id], Passage(*text, 0, text->text().size()), Layout::Commas, heading);
+        std::make_unique<Table>(table_names[id], Passage(*text, 0, text->text().size()), Layout::Commas, heading, form);
+}
+
+// columns = { from = "Standpunkt", ... }: the words of the file's heading.
+void NetworkReader::read_headings(const toml::node &node, const std::string &name, CsvForm &form)
+{
+    const toml::table *columns = node.as_table();
+    if (!columns) {
+        faults.add(place_of(node.source()), "columns of " + name + " are no list of columns",
+                   "write columns = { from = \"...\" }");
+        return;
+    }
+    for (const auto &[key, value] : *columns) {
+        const toml::value<std::string> *word = value.as_string();
+        if (word)
+            form.headings.push_back({std::string(key.str()), word->get(), place_of(key.source())});
+        else
+            faults.add(place_of(value.source()),
+                       "column " + quote(std::string(key.str())) + " of " + name + " is not a text",
+                       "write the word of the file's heading in quotation marks");
+    }
 }
 
 // A file that the network file names, null with a fault when it cannot be read.
@@ -530,6 +624,7 @@ std::optional<Passage> NetworkReader::matrix_of(const TextFile &file, Section &s
 
 void NetworkReader::read_tables()
 {
+    enter_names(net);
     read_groups(net);
     read_stations(net);
     read_targets(net);
@@ -613,6 +708,16 @@ bool check_depth(const TextFile &file, Faults &faults)
     return true;
 }
 
+// What the parser cannot read may be a table that was never closed.
+bool tell_open_text(const TextFile &file, Faults &faults)
+{
+    const std::optional<OpenText> open = find_open_text(file.text());
+    if (!open) return false;
+    faults.add(file.place(open->offset), (open->key.empty() ? "text" : "text of " + open->key) + " is not closed",
+               "write " + open->marks + " on a line of its own behind its last line");
+    return true;
+}
+
 // The engine finds the extension behind the first point, and its files take no blanks.
 std::string run_name(const std::string &path)
 {
@@ -634,7 +739,8 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
         const toml::table root = toml::parse(std::string_view(file.text()), std::string_view(path));
         NetworkReader(network, faults).read(file, root);
     } catch (const toml::parse_error &error) {
-        faults.add(place_of(error.source()), std::string(error.description()), "correct it as TOML");
+        if (!tell_open_text(file, faults))
+            faults.add(place_of(error.source()), std::string(error.description()), "correct it as TOML");
     } catch (const std::logic_error &) {
         faults.add({0, 0, 0}, "settings are not TOML", "compare them with the reference");
     }
@@ -657,10 +763,18 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
 
 bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults)
 {
+    return read_network_text(name, text, {}, model, faults);
+}
+
+bool read_network_text(const std::string &name, std::string_view text, std::vector<Source> origins, Model &model,
+                       Faults &faults)
+{
     model = Model();
     faults = Faults();
     TextFile file;
-    return file.take(name, text, faults) && read_text(name, file, model, faults);
+    if (!file.take(name, text, faults)) return false;
+    file.stands_for(std::move(origins));
+    return read_text(name, file, model, faults);
 }
 
 } // namespace vornhost

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/input/faults.h"
 #include "host/input/model.h"
@@ -23,6 +24,11 @@ bool read_network(const std::string &path, Model &model, Faults &faults);
 // The same for the text of a network file that goes by that name. Files that it names are looked for in the folder of
 // the name, which need not exist itself.
 bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults);
+
+// The same for a text that was made of the file of another program: places are those in that file, origins[i] of line i
+// + 1.
+bool read_network_text(const std::string &name, std::string_view text, std::vector<Source> origins, Model &model,
+                       Faults &faults);
 
 } // namespace vornhost
 

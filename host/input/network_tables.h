@@ -47,7 +47,6 @@ enum TableId {
 extern const char *const table_names[TABLE_COUNT];
 
 constexpr int largest_epoch = 9999;
-constexpr size_t largest_group_name = 40; // bytes
 
 // What the readers share.
 struct Network {
@@ -57,18 +56,35 @@ struct Network {
     Faults &faults;
     std::array<std::unique_ptr<Table>, TABLE_COUNT> tables; // null: not in the file
     double metres = 1.0;                                    // metres in a unit of length of the file
-    std::array<double, TABLE_COUNT> sigma{};                // standard deviation of rows without one, 0: none
-    NameIndex points;                                       // stations, then targets
-    size_t station_names = 0;                               // how many of them are stations
-    std::vector<bool> in_group;                             // the station of this number belongs to a group
+    double sigma_metres = 1.0;                              // the same of standard deviations
+    double length = 1.0, sigma_length = 1.0;                // units of the records in these two
+    int angle = ANGLE_GON, sigma_angle = ANGLE_GON;         // units of angles and their standard deviations in the file
+    std::array<double, TABLE_COUNT> sigma{}; // standard deviation of rows without one, as written, 0: none
+    struct {
+        double ppm = 0;                   // of distances
+        double per_km = 0, per_setup = 0; // of height differences: per root of a kilometre, per set-up of the level
+        double atmosphere = 0;            // correction of distances, ppm
+        double prism = 0;                 // correction of distances, metres
+        double baseline_factor = 1;       // of standard deviations of baselines
+    } stated;                             // of rows that do not say it; standard deviations as written
+    NameIndex points;                     // stations, then targets
+    size_t station_names = 0;             // how many of them are stations
+    std::vector<bool> in_group;           // the station of this number belongs to a group
     NameIndex groups, cameras, covariances;
     std::unordered_map<std::string, int> setups; // index by number of the station and word
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
 
+    // Whether a value may be unknown: in a plan, which the model then remembers.
+    bool planned(Source at);
+
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
 
+void enter_names(Network &net); // of all points and cameras; before any row that names one
+void enter_stations(Network &net);
+void enter_targets(Network &net);
+void enter_cameras(Network &net);
 void read_stations(Network &net);
 void read_targets(Network &net);
 void read_setups(Network &net);
@@ -84,22 +100,32 @@ void read_pairs(Network &net);
 // Cuts the table into cells, if it is in the file, and reads its whole rows.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));
 
+// The same for what names something: rows with a wrong number of cells too, so that what names
+// the same has no fault of its own.
+void enter_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*enter)(Network &, Row &));
+
 // Remedy for a name that is not in the index: the most similar name, or else otherwise.
 std::string similar_name(const Network &net, const NameIndex &known, const Row &row, int column, const char *otherwise);
 
 // Number of the point that a cell names, -1 with its fault when there is none.
 int named_point(Network &net, Row &row, int column);
 
-// The name that a cell gives to something; faults when it is unknown, longer than most
-// bytes or holds control characters, but the name can still be entered in an index.
-std::string_view new_name(Row &row, int column, size_t most);
+// The name that a cell gives to something; faults when it is unknown, too long or holds
+// control characters, but the name can still be entered in an index.
+std::string_view new_name(Row &row, int column);
 
 // A code, one of free, no_datum, weighted, fixed, absent or its number.
 int read_code(Row &row, int column, int otherwise);
 
-// An angle in the file's unit, 0 when it is not known.
+// An angle in the unit of the records; 0, with its fault, when it cannot be read, and otherwise when it is not known.
+double read_raw_angle(Network &net, Row &row, int column, double otherwise);
+
+// An angle and a standard deviation of one in radians, 0 when it is not known.
 double read_angle(Network &net, Row &row, int column);
-bool check_angle(Network &net, Row &row, int column, double raw);
+double read_angle_deviation(Network &net, Row &row, int column, double written);
+
+// False, with its fault, for a packed angle whose minutes or seconds are too large.
+bool check_angle(int unit, Row &row, int column, double raw);
 
 // Path of a file that the network file names: absolute, relative paths starting from the
 // folder of the network file. Empty, with a fault, when it cannot be read or has no room

@@ -1,5 +1,5 @@
 // The five lists of observations, the baselines and the pairs. Observed values and their
-// standard deviations stay in the file's units; heights above the marks and baselines,
+// standard deviations are in the units of the records; heights above the marks and baselines,
 // which the engine takes as they are, become metres.
 
 #include <cmath>
@@ -8,12 +8,34 @@
 
 #include "host/input/angle.h"
 #include "host/input/note_columns.h"
+#include "host/input/stated_sigmas.h"
 
 namespace vornhost {
 
 namespace {
 
-enum { FROM, TO, VALUE, SIGMA, H1, H2, EPOCH, USE, ID, REMARK, COVARIANCE, SETUP, SET, CONSTANTS = SET };
+enum {
+    FROM,
+    TO,
+    VALUE,
+    SIGMA,
+    H1,
+    H2,
+    EPOCH,
+    USE,
+    ID,
+    REMARK,
+    COVARIANCE,
+    SETUP,
+    SET, // directions and vertical angles
+    FACE,
+    CONSTANTS = SET, // distances
+    PPM,
+    ATMOSPHERE,
+    PRISM,
+    LENGTH = SETUP, // height differences
+    SETUPS
+};
 
 const std::vector<Column> measure_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},
                                              {"h1"},         {"h2"},       {"epoch"},       {"use"},
@@ -25,8 +47,10 @@ std::vector<Column> with(std::vector<Column> columns, std::initializer_list<cons
     return columns;
 }
 
-const std::vector<Column> distance_columns = with(measure_columns, {"setup", "constants"});
-const std::vector<Column> sight_columns = with(measure_columns, {"setup", "set"});
+const std::vector<Column> distance_columns =
+    with(measure_columns, {"setup", "constants", "ppm", "atmosphere", "prism"});
+const std::vector<Column> height_columns = with(measure_columns, {"length", "setups"});
+const std::vector<Column> sight_columns = with(measure_columns, {"setup", "set", "face"});
 
 const double pi = 4.0 * atan(1.0);
 
@@ -38,14 +62,24 @@ struct ListKind {
 
 bool is_angle(int kind) { return kind == KIND_DIRECTION || kind == KIND_VERTICAL || kind == KIND_AZIMUTH; }
 
-double read_distance(Row &row)
+double read_distance(const Network &net, Row &row)
 {
-    const double value = row.length(VALUE, 1.0);
+    const double value = row.length(VALUE, 1.0) * net.length;
     if (value <= 0.0) row.fault(VALUE, row.cell(VALUE) + " is not above 0", "write a distance above 0");
     return value;
 }
 
-// Readings of the second face are refused: the engine sees one face only.
+// A reading of the second face as one of the first: directions differ by half a circle, zenith angles add up to a
+// full one, elevations to a half.
+double first_face(const Network &net, int kind, double raw)
+{
+    const int unit = net.model.p.iangle;
+    const double angle = to_radians(unit, raw);
+    if (kind == KIND_DIRECTION) return from_direction(unit, angle - pi);
+    return from_radians(unit, (net.model.p.izenith == 1 ? 2.0 : 1.0) * pi - angle);
+}
+
+// Readings of the second face that do not say so are refused.
 void check_vertical(Network &net, Row &row, double raw)
 {
     const bool zenith = net.model.p.izenith == 1;
@@ -57,26 +91,31 @@ void check_vertical(Network &net, Row &row, double raw)
     const bool second_face = zenith && angle > 0.0 && angle <= 2.0 * pi + slack;
     const char *range =
         zenith ? "zenith angles go from 0 to half a circle" : "elevations go from minus to plus a quarter of a circle";
-    row.fault(VALUE, what, second_face ? "reduce the second face to the first: full circle minus the reading" : range);
+    row.fault(VALUE, what,
+              second_face
+                  ? "reduce the second face to the first: full circle minus the reading, or write 2 in column face"
+                  : range);
 }
 
-double read_value(Network &net, Row &row, int kind)
+// The value as it was read, in the unit of the record.
+double read_raw_value(Network &net, Row &row, int kind)
 {
-    if (!row.given(VALUE)) {
-        row.missing(VALUE, "write a number");
-        return 0.0;
-    }
-    if (kind == KIND_DISTANCE) return read_distance(row);
-    if (!is_angle(kind)) return row.length(VALUE, 0.0);
-    const double value = row.number(VALUE, 0.0);
-    if (check_angle(net, row, VALUE, value) && kind == KIND_VERTICAL) check_vertical(net, row, value);
-    return value;
+    if (kind == KIND_DISTANCE) return read_distance(net, row);
+    return is_angle(kind) ? read_raw_angle(net, row, VALUE, 0.0) : row.length(VALUE, 0.0) * net.length;
+}
+
+// A value that a planned observation may have.
+double planned_value(Network &net, int kind, int from, int to)
+{
+    if (kind == KIND_DISTANCE) return planned_distance(net, from, to) / metres_per_unit(net.model.p);
+    return kind == KIND_VERTICAL && net.model.p.izenith == 1 ? from_radians(net.model.p.iangle, pi / 2.0) : 0.0;
 }
 
 // Columns of a list, and what of them is said beside the values.
 const std::vector<Column> &columns_of(int kind)
 {
     if (kind == KIND_DISTANCE) return distance_columns;
+    if (kind == KIND_HEIGHT_DIFFERENCE) return height_columns;
     return kind == KIND_DIRECTION || kind == KIND_VERTICAL ? sight_columns : measure_columns;
 }
 
@@ -89,29 +128,70 @@ NoteColumns notes_of(int kind)
     return notes;
 }
 
+StatedColumns stated_of(int kind)
+{
+    StatedColumns c;
+    if (kind == KIND_DISTANCE) {
+        c.ppm = PPM;
+        c.atmosphere = ATMOSPHERE;
+        c.prism = PRISM;
+    } else if (kind == KIND_HEIGHT_DIFFERENCE) {
+        c.length = LENGTH;
+        c.setups = SETUPS;
+    } else if (kind == KIND_DIRECTION || kind == KIND_VERTICAL) {
+        c.face = FACE;
+    }
+    return c;
+}
+
+// The value that is adjusted, in the unit of the record; the reading itself where it is another one goes to the notes.
+double read_value(Network &net, Row &row, int kind, int from, int to, RowNotes &notes, size_t index)
+{
+    if (!row.given(VALUE) && net.planned(row.at(VALUE))) return planned_value(net, kind, from, to);
+    if (!row.given(VALUE)) {
+        row.missing(VALUE, "write a number");
+        return 0.0;
+    }
+    const size_t faults = net.faults.count();
+    const StatedColumns columns = stated_of(kind);
+    const double raw = read_raw_value(net, row, kind), metres = metres_per_unit(net.model.p);
+    double value = raw;
+    if (kind == KIND_DISTANCE) value = reduced_distance(net, row, columns, raw * metres) / metres;
+    if (second_face(row, columns)) value = first_face(net, kind, raw);
+    if (kind == KIND_VERTICAL && net.faults.count() == faults) check_vertical(net, row, value);
+    if (value != raw)
+        set_note(notes.raw, index, is_angle(kind) ? to_radians(net.model.p.iangle, raw) : raw * metres, unknown_note);
+    return value;
+}
+
 // 0 where a covariance says it.
-double read_sigma(Network &net, Row &row, TableId id, int kind)
+double read_sigma(Network &net, Row &row, TableId id, int kind, double value)
 {
     if (row.given(COVARIANCE) && !row.given(SIGMA)) return 0.0;
-    if (!row.given(SIGMA) && net.sigma[id] <= 0.0 && !row.has_cell(SIGMA) && row.has_cell(COVARIANCE))
+    const StatedColumns columns = stated_of(kind);
+    const double metres = value * metres_per_unit(net.model.p); // of distances
+    const double usual = row.given(SIGMA) ? 0.0 : usual_sigma(net, row, id, columns, metres);
+    if (!row.given(SIGMA) && usual <= 0.0 && !row.has_cell(SIGMA) && row.has_cell(COVARIANCE))
         row.fault(COVARIANCE, "the row has neither sigma nor covariance", "write one of the two");
-    if (!row.given(SIGMA) && net.sigma[id] <= 0.0)
+    if (!row.given(SIGMA) && usual <= 0.0)
         row.missing(SIGMA, ("write it there or in [sigma] " + std::string(table_names[id])).c_str());
-    const double sigma = row.positive(SIGMA, net.sigma[id]);
-    if (is_angle(kind)) check_angle(net, row, SIGMA, sigma);
-    return sigma;
+    const double added = row.given(SIGMA) ? added_sigma(net, row, columns, metres) : 0.0;
+    const double sigma = row.positive(SIGMA, usual) + added;
+    if (!is_angle(kind)) return sigma * net.sigma_length;
+    if (!check_angle(net.sigma_angle, row, SIGMA, sigma)) return 0.0;
+    return in_angle_unit(net.model.p.iangle, net.sigma_angle, sigma);
 }
 
 void check_ends(Network &net, Row &row, int from, int to, int kind)
 {
     if (from >= 0 && from == to)
-        row.fault(TO, "observation from " + quote(row.text(FROM)) + " to itself", "name two different points");
+        row.fault(TO, "observation from " + quote(row.name(FROM)) + " to itself", "name two different points");
     const bool at_target = from >= 0 && (size_t)from >= net.station_names;
     const bool needs_station = kind == KIND_DIRECTION || kind == KIND_VERTICAL;
     if (!at_target || !needs_station) return;
     row.fault(FROM,
               std::string(kind == KIND_DIRECTION ? "direction" : "vertical angle") + " taken at target " +
-                  quote(row.text(FROM)),
+                  quote(row.name(FROM)),
               "list it under stations");
 }
 
@@ -123,7 +203,7 @@ int distance_kind(Network &net, Row &row, int from, int setup)
     const bool grouped = ((size_t)from < net.in_group.size() && net.in_group[(size_t)from]) ||
                          (setup >= 0 && net.model.setups.records[(size_t)setup].group >= 0);
     if (!grouped)
-        row.fault(CONSTANTS, "point " + quote(row.text(FROM)) + " belongs to no group",
+        row.fault(CONSTANTS, "point " + quote(row.name(FROM)) + " belongs to no group",
                   "name its group in table stations");
     return KIND_DISTANCE_CONSTANTS;
 }
@@ -133,11 +213,11 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     measure_input m = measure_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, list.kind);
-    pad_name(m.from, row.text(FROM));
-    pad_name(m.to, row.text(TO));
-    m.val = read_value(net, row, list.kind);
-    m.sig = read_sigma(net, row, list.id, list.kind);
+    hold_name(m.from, net.model.keys, row.name(FROM));
+    hold_name(m.to, net.model.keys, row.name(TO));
     List<measure_input> &measures = net.model.*list.list;
+    m.val = read_value(net, row, list.kind, from, to, measures.notes, measures.size());
+    m.sig = read_sigma(net, row, list.id, list.kind, m.val);
     const int setup = read_notes(net, row, notes_of(list.kind), from, measures.notes, measures.size());
     m.h1 = row.length(H1, 0.0) * net.metres;
     if (setup >= 0 && !row.given(H1)) m.h1 = net.model.setups.records[(size_t)setup].h;
@@ -148,12 +228,20 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     measures.add(m, row.at());
 }
 
+// Whether rows without a sigma of their own have one all the same.
+bool says_sigma(const Network &net, const ListKind &list, const Table &table)
+{
+    if (net.sigma[list.id] > 0.0) return true;
+    if (list.kind == KIND_DISTANCE) return net.stated.ppm > 0.0 || table.has(PPM);
+    return list.kind == KIND_HEIGHT_DIFFERENCE && (net.stated.per_km > 0.0 || net.stated.per_setup > 0.0);
+}
+
 void read_list(Network &net, const ListKind &list)
 {
     Table *table = net.tables[list.id].get();
     if (!table) return;
     table->parse(columns_of(list.kind), net.faults);
-    if (table->rows() > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && net.sigma[list.id] <= 0.0)
+    if (table->rows() > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && !says_sigma(net, list, *table))
         net.faults.add(table->heading_place(), "sigma is not known in table " + table->name(),
                        "add a column sigma or write [sigma] " + table->name());
     for (size_t i = 0; i < table->rows(); i++) {
@@ -173,12 +261,16 @@ enum {
     BASELINE_USE,
     BASELINE_ID,
     BASELINE_REMARK,
-    BASELINE_COVARIANCE
+    BASELINE_COVARIANCE,
+    BASELINE_H1,
+    BASELINE_H2,
+    BASELINE_FACTOR
 };
 
-const std::vector<Column> baseline_columns = {{"from", true}, {"to", true}, {"dx", true}, {"dy", true}, {"dz", true},
-                                              {"cxx"},        {"cxy"},      {"cxz"},      {"cyy"},      {"cyz"},
-                                              {"czz"},        {"use"},      {"id"},       {"remark"},   {"covariance"}};
+const std::vector<Column> baseline_columns = {
+    {"from", true}, {"to", true}, {"dx", true},   {"dy", true}, {"dz", true}, {"cxx"},
+    {"cxy"},        {"cxz"},      {"cyy"},        {"cyz"},      {"czz"},      {"use"},
+    {"id"},         {"remark"},   {"covariance"}, {"h1"},       {"h2"},       {"sigma_factor"}};
 
 constexpr bool is_variance(int element) { return element == 0 || element == 3 || element == 5; }
 
@@ -201,6 +293,7 @@ void check_covariance(Row &row, const double *c)
 
 void read_own_covariance(Network &net, Row &row, gps_input &g)
 {
+    const double factor = row.positive(BASELINE_FACTOR, net.stated.baseline_factor), unit = factor * net.sigma_metres;
     double covariance[6];
     for (int i = 0; i < 6; i++) {
         if (is_variance(i) && !row.has_cell(CXX + i) && row.has_cell(BASELINE_COVARIANCE))
@@ -208,9 +301,17 @@ void read_own_covariance(Network &net, Row &row, gps_input &g)
         else if (is_variance(i) && !row.given(CXX + i))
             row.missing(CXX + i, "write a number above 0");
         covariance[i] = row.length(CXX + i, is_variance(i) ? 1.0 : 0.0);
-        g.cov[i] = covariance[i] * net.metres * net.metres;
+        g.cov[i] = covariance[i] * unit * unit;
     }
     check_covariance(row, covariance);
+}
+
+// Heights of the antennas above the marks, metres.
+void read_antennas(const Network &net, Row &row, RowNotes &notes, size_t index)
+{
+    const double from = row.length(BASELINE_H1, 0.0) * net.metres, to = row.length(BASELINE_H2, 0.0) * net.metres;
+    if (from != 0.0) set_note(notes.h1, index, from, 0.0);
+    if (to != 0.0) set_note(notes.h2, index, to, 0.0);
 }
 
 void read_baseline(Network &net, Row &row)
@@ -218,15 +319,19 @@ void read_baseline(Network &net, Row &row)
     gps_input g = gps_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     check_ends(net, row, from, to, 0);
-    pad_name(g.from, row.text(FROM));
-    pad_name(g.to, row.text(TO));
+    hold_name(g.from, net.model.keys, row.name(FROM));
+    hold_name(g.to, net.model.keys, row.name(TO));
     for (int i = 0; i < 3; i++) {
-        if (!row.given(DX + i)) row.missing(DX + i, "write a number");
+        if (!row.given(DX + i) && !net.planned(row.at(DX + i))) row.missing(DX + i, "write a number");
         g.dx[i] = row.length(DX + i, 0.0) * net.metres;
     }
-    if (!row.given(BASELINE_COVARIANCE)) read_own_covariance(net, row, g);
-    g.status = row.yes(BASELINE_USE, true) ? 1 : -1;
     List<gps_input> &list = net.model.baselines;
+    if (!row.given(BASELINE_COVARIANCE)) read_own_covariance(net, row, g);
+    if (row.given(BASELINE_COVARIANCE) && row.given(BASELINE_FACTOR))
+        row.fault(BASELINE_FACTOR, "the covariance of this row is that of several",
+                  "write sigma_factor in its section [covariances.NAME]");
+    read_antennas(net, row, list.notes, list.size());
+    g.status = row.yes(BASELINE_USE, true) ? 1 : -1;
     read_notes(net, row, {BASELINE_ID, BASELINE_REMARK, BASELINE_COVARIANCE}, from, list.notes, list.size());
     list.add(g, row.at());
 }
@@ -250,9 +355,9 @@ void read_pair(Network &net, Row &row)
     pair_input pair = pair_input();
     const int from = named_point(net, row, FROM), to = named_point(net, row, TO);
     if (from >= 0 && from == to)
-        row.fault(TO, "pair of " + quote(row.text(FROM)) + " with itself", "name two different points");
-    pad_name(pair.from, row.text(FROM));
-    pad_name(pair.to, row.text(TO));
+        row.fault(TO, "pair of " + quote(row.name(FROM)) + " with itself", "name two different points");
+    hold_name(pair.from, net.model.keys, row.name(FROM));
+    hold_name(pair.to, net.model.keys, row.name(TO));
     net.model.pairs.add(pair, row.at());
 }
 

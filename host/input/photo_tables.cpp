@@ -67,13 +67,18 @@ int read_pixels(Row &row, int column)
     return row.whole(column, 0, 1, most_pixels);
 }
 
+void enter_camera(Network &net, Row &row)
+{
+    if (!row.has_cell(NAME)) return;
+    const std::string_view name = new_name(row, NAME);
+    if (!name.empty() && !net.cameras.add(name, row.at(NAME)))
+        row.fault(NAME, "camera " + quote(name) + " is listed twice", "keep one of the two");
+}
+
 void read_camera(Network &net, Row &row)
 {
     camera_input camera = camera_input();
-    const std::string_view name = new_name(row, NAME, name_width);
-    if (!name.empty() && !net.cameras.add(name, row.at(NAME)))
-        row.fault(NAME, "camera " + quote(name) + " is listed twice", "keep one of the two");
-    pad_name(camera.name, name);
+    hold_name(camera.name, net.model.keys, row.name(NAME));
     camera.nu = read_pixels(row, WIDTH);
     camera.nv = read_pixels(row, HEIGHT);
     camera.pu = read_size(row, PU);
@@ -91,14 +96,14 @@ void check_station(Network &net, Row &row)
 {
     const int number = named_point(net, row, STATION);
     if (number < 0 || (size_t)number < net.station_names) return;
-    row.fault(STATION, "image taken at target " + quote(row.text(STATION)), "list it under stations");
+    row.fault(STATION, "image taken at target " + quote(row.name(STATION)), "list it under stations");
 }
 
 void check_camera(Network &net, Row &row)
 {
-    if (!row.given(CAMERA))
+    if (row.name(CAMERA).empty())
         row.missing(CAMERA, "name a camera");
-    else if (net.cameras.find(row.text(CAMERA)) < 0)
+    else if (net.cameras.find(row.name(CAMERA)) < 0)
         row.fault(CAMERA, "unknown camera " + row.cell(CAMERA),
                   similar_name(net, net.cameras, row, CAMERA, "list it under cameras"));
 }
@@ -113,13 +118,15 @@ void read_image(Network &net, Row &row)
                   data_file(net.faults, net.model.path, row.text(FILE_NAME), row.at(FILE_NAME), sizeof image.file));
     check_station(net, row);
     check_camera(net, row);
-    pad_name(image.station, row.text(STATION));
-    pad_name(image.camera, row.text(CAMERA));
+    hold_name(image.station, net.model.keys, row.name(STATION));
+    hold_name(image.camera, net.model.keys, row.name(CAMERA));
     image.status = row.yes(IMAGE_USE, true) ? 1 : -1;
     net.model.images.add(image, row.at());
 }
 
 } // namespace
+
+void enter_cameras(Network &net) { enter_rows(net, TABLE_CAMERAS, camera_columns, enter_camera); }
 
 void read_cameras(Network &net) { read_rows(net, TABLE_CAMERAS, camera_columns, read_camera); }
 

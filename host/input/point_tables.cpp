@@ -127,9 +127,9 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
     static const char *const deviations[] = {"sx", "sy", "sz"};
     const Codes codes = read_codes(net, row);
     for (int i = 0; i < 3; i++) {
-        point.x[i] = row.length(X + i, 0.0);
+        point.x[i] = row.length(X + i, 0.0) * net.length;
         point.ix[i] = codes.code[i];
-        point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]);
+        point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]) * net.sigma_length;
     }
     point.status = read_status(row);
     if (missing_coordinate(net, row) && point.status >= 0) {
@@ -141,12 +141,11 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
     point.iconn = read_connect(row);
 }
 
-// Enters the name in the index; rows with a wrong number of cells too, so that the
-// observations which name the point have no faults of their own.
+// Enters the name in the index.
 void enter_point(Network &net, Row &row)
 {
     if (!row.has_cell(NAME)) return;
-    const std::string_view name = new_name(row, NAME, name_width);
+    const std::string_view name = new_name(row, NAME);
     if (name.empty() || net.points.add(name, row.at(NAME))) return;
     const Source first = net.points.where(net.points.find(name));
     row.fault(NAME, "point " + quote(name) + " is listed twice",
@@ -180,7 +179,7 @@ StationNote read_rotations(Network &net, Row &row, station_input &station)
         station.r[i] = read_angle(net, row, RX + i);
         station.ir[i] = rotation_code(net, row, i, station.ilevel == 1);
         const double sigma = read_deviation(row, SRX + i, deviations[i], station.ir[i]);
-        station.sr[i] = check_angle(net, row, SRX + i, sigma) ? to_radians(net.model.p.iangle, sigma) : 0.0;
+        station.sr[i] = read_angle_deviation(net, row, SRX + i, sigma);
         if (row.given(CODE_RX + i)) note.rotation_coded = true;
     }
     read_orientation(net, row, station);
@@ -195,7 +194,7 @@ void read_group_of(Network &net, Row &row, station_input &station)
     const int group = net.groups.find(row.text(GROUP));
     if (group >= 0) {
         station.typ = 2;
-        const size_t number = (size_t)net.points.find(row.text(NAME));
+        const size_t number = (size_t)net.points.find(row.name(NAME));
         if (number < net.points.size()) {
             net.in_group.resize(net.points.size());
             net.in_group[number] = true;
@@ -210,7 +209,7 @@ void read_group_of(Network &net, Row &row, station_input &station)
 void read_station(Network &net, Row &row)
 {
     station_input station = station_input();
-    pad_name(station.name, row.text(NAME));
+    hold_name(station.name, net.model.keys, row.name(NAME));
     read_point(net, row, station);
     station.ilevel = row.yes(LEVELLED, true) ? 1 : 0;
     const StationNote note = read_rotations(net, row, station);
@@ -222,31 +221,23 @@ void read_station(Network &net, Row &row)
 void read_target(Network &net, Row &row)
 {
     target_input target = target_input();
-    pad_name(target.name, row.text(NAME));
+    hold_name(target.name, net.model.keys, row.name(NAME));
     read_point(net, row, target);
     net.model.targets.add(target, row.at());
 }
 
-void read_points(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &))
-{
-    Table *table = net.tables[id].get();
-    if (!table) return;
-    table->parse(columns, net.faults);
-    for (size_t i = 0; i < table->rows(); i++) {
-        Row row(*table, i, net.faults);
-        enter_point(net, row);
-        if (table->whole(i)) read(net, row);
-    }
-}
-
 } // namespace
 
-void read_stations(Network &net)
+void enter_stations(Network &net)
 {
-    read_points(net, TABLE_STATIONS, station_columns, read_station);
+    enter_rows(net, TABLE_STATIONS, station_columns, enter_point);
     net.station_names = net.points.size();
 }
 
-void read_targets(Network &net) { read_points(net, TABLE_TARGETS, target_columns, read_target); }
+void enter_targets(Network &net) { enter_rows(net, TABLE_TARGETS, target_columns, enter_point); }
+
+void read_stations(Network &net) { read_rows(net, TABLE_STATIONS, station_columns, read_station); }
+
+void read_targets(Network &net) { read_rows(net, TABLE_TARGETS, target_columns, read_target); }
 
 } // namespace vornhost

@@ -8,7 +8,21 @@ namespace vornhost {
 
 std::string_view Row::text(int column) const { return given(column) ? table.cell(index, column)->text : ""; }
 
-std::string Row::cell(int column) const { return quote(text(column)) + " in column " + table.column_name(column); }
+// A point in a file of decimal commas groups digits, or was never meant.
+std::string Row::figures(int column) const
+{
+    std::string figures(text(column));
+    if (table.decimal() != ',') return figures;
+    for (char &c : figures) c = c == ',' ? '.' : c == '.' ? ',' : c;
+    return figures;
+}
+
+std::string_view Row::name(int column) const
+{
+    return table.quoted(index, column) ? table.cell(index, column)->text : text(column);
+}
+
+std::string Row::cell(int column) const { return quote(name(column)) + " in column " + table.column_name(column); }
 
 void Row::fault(int column, const std::string &what, const std::string &remedy)
 {
@@ -26,13 +40,13 @@ bool Row::read(int column, double &value)
 {
     if (!given(column)) return false;
     const std::string_view written = text(column);
-    switch (read_number(written, value)) {
+    switch (table.decimal() == ',' ? read_number(figures(column), value) : read_number(written, value)) {
     case Reading::Number: return true;
     case Reading::NotFinite: fault(column, cell(column) + " is not a finite number", "write a number like 12.5"); break;
     case Reading::OutOfRange: fault(column, cell(column) + " is too large or too small", "check its exponent"); break;
     case Reading::None:
         fault(column, quote(written) + " is not a number in column " + table.column_name(column),
-              number_remedy(written));
+              table.decimal() == ',' ? "write a number like 12,5" : number_remedy(written));
     }
     return false;
 }

@@ -26,6 +26,8 @@ public:
     bool given(int column) const { return table.given(index, column); }
     bool has_cell(int column) const { return table.cell(index, column) != nullptr; }
     std::string_view text(int column) const; // empty when it is not known
+    std::string figures(int column) const;   // the same with a decimal point, whatever the file has
+    std::string_view name(int column) const; // the same, but "-" in quotation marks is a name
     Source at(int column) const { return table.place(index, column); }
     Source at() const { return table.place(index, -1); }
 

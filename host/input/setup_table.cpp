@@ -42,7 +42,7 @@ double read_deviation(Network &net, Row &row, int column, int code)
         row.fault(column, "a weighted rotation needs its standard deviation",
                   std::string("write it in column ") + setup_columns[(size_t)column].name);
     const double sigma = row.positive(column, 0.0);
-    return check_angle(net, row, column, sigma) ? to_radians(net.model.p.iangle, sigma) : 0.0;
+    return read_angle_deviation(net, row, column, sigma);
 }
 
 void read_tilts(Network &net, Row &row, SetupRecord &setup)
@@ -93,7 +93,7 @@ SetupRecord *new_setup(Network &net, Row &row, int station)
     const int setup = setup_of(net, station, word, row.at());
     if (net.model.setups.size() > before) return &net.model.setups.records[(size_t)setup];
     const Source first = net.model.setups.where[(size_t)setup];
-    row.fault(SETUP, "set-up " + quote(word) + " of " + quote(row.text(STATION)) + " is listed twice",
+    row.fault(SETUP, "set-up " + quote(word) + " of " + quote(row.name(STATION)) + " is listed twice",
               "keep one of the two, the first stands in line " + std::to_string(first.line));
     return nullptr;
 }
@@ -103,7 +103,7 @@ void read_setup(Network &net, Row &row)
     const int station = named_point(net, row, STATION);
     if (station < 0) return;
     if ((size_t)station >= net.model.stations.size()) {
-        row.fault(STATION, quote(row.text(STATION)) + " is no station", "list it under stations");
+        row.fault(STATION, quote(row.name(STATION)) + " is no station", "list it under stations");
         return;
     }
     SetupRecord *setup = new_setup(net, row, station);

@@ -89,13 +89,14 @@ std::string suggestion(std::string_view wrong, const std::vector<std::string> &k
     return std::string(kind) + ": " + list;
 }
 
-Table::Table(std::string name, Passage text, Layout how, Source at)
-    : label(std::move(name)), passage(std::move(text)), layout(how), named_at(at)
+Table::Table(std::string name, Passage text, Layout how, Source at, CsvForm csv)
+    : label(std::move(name)), passage(std::move(text)), layout(how), named_at(at), form(std::move(csv))
 {
 }
 
 void Table::parse(const std::vector<Column> &columns, Faults &faults)
 {
+    if (known) return;
     known = &columns;
     position.assign(columns.size(), -1);
     const std::string_view text = passage.text();
@@ -118,51 +119,57 @@ void Table::parse(const std::vector<Column> &columns, Faults &faults)
 void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
 {
     if (layout == Layout::Blanks) {
-        cut_at_blanks(line, out);
+        cut_at_blanks(line, out, faults);
         return;
     }
-    cut_at_commas(line, out, faults);
+    cut_at_separators(line, out, faults);
     const bool nothing = std::all_of(out.begin(), out.end(), [](const Cell &cell) { return cell.text.empty(); });
     if (nothing) out.clear();
     // Spreadsheets write empty cells behind the last column.
     while (out.size() > std::max<size_t>(width, 1) && out.back().text.empty()) out.pop_back();
 }
 
-void Table::cut_at_blanks(Line line, std::vector<Cell> &out) const
+void Table::cut_at_blanks(Line line, std::vector<Cell> &out, Faults &faults)
 {
-    const std::string_view text = line.text.substr(0, line.text.find('#'));
-    for (size_t at = 0; at < text.size();) {
+    const std::string_view text = line.text;
+    for (size_t at = 0; at < text.size() && text[at] != '#';) {
         if (is_blank(text[at])) {
             at++;
-            continue;
+        } else if (text[at] == '"') {
+            at = quoted_cell(line, at, out, faults);
+        } else {
+            const size_t from = at;
+            while (at < text.size() && text[at] != '#' && !is_blank(text[at])) at++;
+            out.push_back({text.substr(from, at - from), line.offset + from});
         }
-        const size_t from = at;
-        while (at < text.size() && !is_blank(text[at])) at++;
-        out.push_back({text.substr(from, at - from), line.offset + from});
     }
 }
 
-void Table::cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults)
+// Blanks around a cell, of which a tab that separates is none.
+bool Table::is_filling(char c) const { return is_blank(c) && c != form.separator; }
+
+void Table::cut_at_separators(Line line, std::vector<Cell> &out, Faults &faults)
 {
     const std::string_view text = line.text;
+    const char ends[] = {form.separator, '#', '\0'};
     size_t at = 0;
     while (true) {
-        while (at < text.size() && is_blank(text[at])) at++;
+        while (at < text.size() && is_filling(text[at])) at++;
         if (at < text.size() && text[at] == '"') {
             at = quoted_cell(line, at, out, faults);
         } else {
-            const size_t cell_end = std::min(text.find_first_of(",#", at), text.size());
+            const size_t cell_end = std::min(text.find_first_of(ends, at), text.size());
             size_t offset = line.offset + at;
             const std::string_view cell = trimmed(text.substr(at, cell_end - at), offset);
             out.push_back({cell, offset});
             at = cell_end;
         }
-        if (at >= text.size() || text[at] != ',') return;
+        if (at >= text.size() || text[at] != form.separator) return;
         at++;
     }
 }
 
-// Takes the cell whose quotation mark stands at at; returns where the comma after it, a
+// Takes the cell whose quotation mark stands at at; returns where the separator after it, a
 // comment or the line's end stands.
 size_t Table::quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults)
 {
@@ -190,11 +197,22 @@ size_t Table::quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &
     if (!closed)
         faults.add(passage.place(line.offset + from - 1), "quotation mark is not closed on its line",
                    "add a second \"");
-    const size_t next = closed ? std::min(text.find_first_of(",#", at + 1), text.size()) : text.size();
-    size_t stray_offset = line.offset + at + 1;
-    if (closed && !trimmed(text.substr(at + 1, next - at - 1), stray_offset).empty())
-        faults.add(passage.place(stray_offset), "text after the closing quotation mark", "put a comma before it");
+    if (!closed) return text.size();
+    const char separators[] = {form.separator, '#', '\0'};
+    const size_t next =
+        std::min(text.find_first_of(layout == Layout::Commas ? separators : " \t\r#", at + 1), text.size());
+    stray_text(line, at + 1, next, faults);
     return next;
+}
+
+void Table::stray_text(Line line, size_t from, size_t to, Faults &faults) const
+{
+    size_t offset = line.offset + from;
+    if (trimmed(line.text.substr(from, to - from), offset).empty()) return;
+    faults.add(passage.place(offset), "text after the closing quotation mark",
+               layout == Layout::Blanks ? "put a blank before it"
+               : form.separator == ','  ? "put a comma before it"
+                                        : "put the separator before it");
 }
 
 int Table::find_column(std::string_view name) const
@@ -204,18 +222,51 @@ int Table::find_column(std::string_view name) const
     return -1;
 }
 
+// The column that a word of the heading names. A word that the file's form gives to a column goes before the column's
+// own name, which then stands for nothing.
+int Table::column_of(std::string_view heading) const
+{
+    bool renamed = false;
+    for (const CsvForm::Heading &h : form.headings) {
+        if (heading == h.word) return find_column(h.column);
+        renamed = renamed || heading == h.column;
+    }
+    return renamed ? -1 : find_column(heading);
+}
+
+// Words that the form gives to columns must stand in the heading, and the columns must be some of the table's.
+void Table::check_headings(const std::vector<Cell> &heading, Faults &faults) const
+{
+    for (const CsvForm::Heading &h : form.headings) {
+        const bool there = std::any_of(heading.begin(), heading.end(), [&](const Cell &c) { return c.text == h.word; });
+        if (find_column(h.column) < 0)
+            faults.add(h.at, "unknown column " + quote(h.column) + " in table " + label,
+                       faults.wants(h.at) ? suggestion(h.column, column_names(), "known columns") : std::string());
+        else if (!there)
+            faults.add(h.at, quote(h.word) + " does not stand in the heading of table " + label,
+                       "write it as the file does");
+    }
+}
+
+std::vector<std::string> Table::column_names() const
+{
+    std::vector<std::string> names;
+    for (const Column &column : *known) names.push_back(column.name);
+    return names;
+}
+
 void Table::unknown_column(const Cell &cell, Faults &faults) const
 {
     const Source at = passage.place(cell.offset);
     std::string remedy;
-    if (layout == Layout::Commas && cell.text.find(';') != std::string_view::npos) {
-        remedy = "separate the cells with commas";
+    const size_t other = layout == Layout::Commas ? cell.text.find_first_of(";,\t") : std::string_view::npos;
+    if (other != std::string_view::npos) {
+        const char mark = cell.text[other];
+        remedy = std::string("write separator = \"") + (mark == '\t' ? "tab" : std::string(1, mark)) + "\" in [csv]";
     } else if (layout == Layout::Blanks && cell.text.find(',') != std::string_view::npos) {
         remedy = "separate the cells with blanks";
     } else if (faults.wants(at)) {
-        std::vector<std::string> names;
-        for (const Column &column : *known) names.push_back(column.name);
-        remedy = suggestion(cell.text, names, "known columns");
+        remedy = suggestion(cell.text, column_names(), "known columns");
     }
     faults.add(at, "unknown column " + quote(cell.text) + " in table " + label, remedy);
 }
@@ -225,7 +276,8 @@ void Table::read_heading(const std::vector<Cell> &heading, Faults &faults)
     width = heading.size();
     heading_offset = heading[0].offset;
     for (size_t i = 0; i < width; i++) {
-        const int column = find_column(heading[i].text);
+        const int column = column_of(heading[i].text);
+        if (column < 0 && !form.headings.empty()) continue;
         if (column < 0) {
             unknown_column(heading[i], faults);
         } else if (position[(size_t)column] >= 0) {
@@ -236,6 +288,7 @@ void Table::read_heading(const std::vector<Cell> &heading, Faults &faults)
             position[(size_t)column] = (int)i;
         }
     }
+    check_headings(heading, faults);
     require_columns(faults);
 }
 
@@ -273,6 +326,13 @@ bool Table::given(size_t row, int column) const
 {
     const Cell *found = cell(row, column);
     return found && !unknown(found->text);
+}
+
+// No cell without quotation marks begins directly behind one.
+bool Table::quoted(size_t row, int column) const
+{
+    const Cell *found = cell(row, column);
+    return found && found->offset > 0 && passage.text()[found->offset - 1] == '"';
 }
 
 Source Table::place(size_t row, int column) const

@@ -1,7 +1,7 @@
 // Text tables: a heading line that names the columns, then a row a line.
 //
-// Cells stand between blanks, or between commas in files of their own, where a cell may
-// stand in quotation marks. "#" begins a comment, "-" (and an empty cell between commas)
+// Cells stand between blanks, or between separators in files of their own, and may stand in quotation
+// marks. "#" begins a comment, "-" (and an empty cell between separators)
 // is a value that is not known. Every row has as many cells as the heading.
 
 #ifndef VORNHOST_TABLE_H
@@ -43,6 +43,18 @@ private:
 
 enum class Layout { Blanks, Commas };
 
+// How files of tables with separators are written. Headings are the words that stand for columns in one of them; where
+// there are any, the columns that neither they nor this house name are passed over.
+struct CsvForm {
+    struct Heading {
+        std::string column, word;
+        Source at; // where the network file says so
+    };
+    char separator = ',';
+    char decimal = '.';
+    std::vector<Heading> headings;
+};
+
 struct Column {
     const char *name;
     bool required = false;
@@ -57,14 +69,15 @@ struct Cell {
 // columns that the table may have.
 class Table {
 public:
-    Table(std::string name, Passage passage, Layout layout, Source named_at);
+    Table(std::string name, Passage passage, Layout layout, Source named_at, CsvForm form = CsvForm());
     Table(const Table &) = delete;
     Table &operator=(const Table &) = delete;
 
-    // Cuts the passage into cells. The list must outlive the table.
+    // Cuts the passage into cells; a second call does nothing. The list must outlive the table.
     void parse(const std::vector<Column> &columns, Faults &faults);
 
     const std::string &name() const { return label; }
+    char decimal() const { return form.decimal; } // mark of decimals
     const char *column_name(int column) const { return (*known)[(size_t)column].name; }
     size_t rows() const { return row_begin.size(); }
 
@@ -74,6 +87,7 @@ public:
     bool has(int column) const { return position[(size_t)column] >= 0; }
     const Cell *cell(size_t row, int column) const; // null when the row has no such cell
     bool given(size_t row, int column) const;       // there is a cell, and it is known
+    bool quoted(size_t row, int column) const;      // it stands in quotation marks
 
     Source heading_place() const { return passage.place(heading_offset); }
 
@@ -87,11 +101,16 @@ private:
     };
 
     void read_line(Line line, std::vector<Cell> &out, Faults &faults);
-    void cut_at_blanks(Line line, std::vector<Cell> &out) const;
-    void cut_at_commas(Line line, std::vector<Cell> &out, Faults &faults);
+    void cut_at_blanks(Line line, std::vector<Cell> &out, Faults &faults);
+    void cut_at_separators(Line line, std::vector<Cell> &out, Faults &faults);
     size_t quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults);
+    void stray_text(Line line, size_t from, size_t to, Faults &faults) const;
     void read_heading(const std::vector<Cell> &heading, Faults &faults);
     int find_column(std::string_view name) const;
+    int column_of(std::string_view heading) const;
+    void check_headings(const std::vector<Cell> &heading, Faults &faults) const;
+    std::vector<std::string> column_names() const;
+    bool is_filling(char c) const;
     void unknown_column(const Cell &cell, Faults &faults) const;
     void require_columns(Faults &faults) const;
     void add_row(const std::vector<Cell> &row, Faults &faults);
@@ -100,6 +119,7 @@ private:
     Passage passage;
     Layout layout;
     Source named_at;
+    CsvForm form;
     const std::vector<Column> *known = nullptr;
     std::vector<int> position; // of each known column in the heading, -1 when it is not there
     size_t width = 0;          // cells of the heading

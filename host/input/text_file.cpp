@@ -24,6 +24,7 @@ bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_
     if (asked.line == 0) asked.file = index;
     bytes.clear();
     line_start = 0;
+    returns_only = false;
     const bool loaded = load(path, largest, asked, faults);
     find_lines();
     return loaded && check_encoding(faults);
@@ -45,11 +46,20 @@ bool TextFile::load(const std::string &path, size_t largest, Source asked, Fault
                        [&](const char *piece, size_t size) { return accept(piece, size, faults); });
 }
 
+// The first piece tells how lines end: no line is as long as a piece.
+void TextFile::take(const char *piece, size_t size)
+{
+    const size_t from = bytes.size();
+    bytes.append(piece, size);
+    if (from == 0) returns_only = bytes.find('\n') == std::string::npos && bytes.find('\r') != std::string::npos;
+    if (returns_only) std::replace(bytes.begin() + (std::ptrdiff_t)from, bytes.end(), '\r', '\n');
+}
+
 // Takes a piece of the file unless it holds a NUL byte or makes a line too long.
 bool TextFile::accept(const char *piece, size_t size, Faults &faults)
 {
     const size_t from = bytes.size();
-    bytes.append(piece, size);
+    take(piece, size);
     if (from == 0 && is_utf16(bytes)) {
         faults.add({index, 1, 1}, "text is UTF-16", "save it as UTF-8");
         return false;
@@ -90,6 +100,10 @@ void TextFile::find_lines()
 Source TextFile::place(size_t offset) const
 {
     const auto after = std::upper_bound(lines.begin(), lines.end(), offset);
+    if (!origins.empty()) {
+        const size_t line = (size_t)(after - lines.begin()) - 1;
+        return {index, line < origins.size() ? origins[line].line : 0, 0};
+    }
     const size_t start = *(after - 1);
     const std::string_view before = std::string_view(bytes).substr(start, offset - start);
     return {index, (int)(after - lines.begin()), (int)utf8_count(before) + 1};

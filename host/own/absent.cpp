@@ -48,7 +48,7 @@ bool Builder::leave_out(const va::Observation &o, Source at)
         for (int k = 0; p >= 0 && k < 3; k++) {
             if ((axes >> k & 1) == 0 || numbers.absent.count(3 * p + k) == 0) continue;
             numbers.left_out[{at.file, at.line}] = std::string(coordinates[k]) + " of " +
-                                                   plain_name(point_name(network, numbers.points[(size_t)p])) +
+                                                   shown_name(network, point_name(network, numbers.points[(size_t)p])) +
                                                    " is absent";
             return true;
         }

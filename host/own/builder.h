@@ -27,6 +27,7 @@ struct Builder {
     const double metres;
     Numbers numbers;
     std::unordered_map<std::string, int> points; // by name in a record
+    std::pair<std::string, int> last{"", -1};    // first end that was looked up last
     std::vector<int> setups;                     // [stands] the first set-up of each or -1
     Rounds rounds;                               // a set-up for each orientation, one behind the other
     std::vector<int> constants;                  // [stands] or -1
@@ -34,6 +35,7 @@ struct Builder {
     std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch
 
     int point(const char *name) const;
+    int first_point(const char *name);                // the same, for names that come again and again
     const station_input *station_of(int point) const; // null for a target
     int lump_of(int point) const;
     int motion_at(int point, int epoch) const; // -1: unmoved
@@ -58,6 +60,7 @@ void add_images(Builder &b);
 void add_weighted(Builder &b);
 void add_imports(Builder &b);
 void add_covariances(Builder &b);
+void add_centring(Builder &b);
 
 } // namespace vornhost
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/kinds/motions.h"
 #include "host/input/names.h"
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/results/test_limits.h"
@@ -38,6 +40,7 @@ private:
     void variance();
     void points();
     void point_precision(int point, PointResult &p) const;
+    void moves(int point, PointResult &p) const;
     void orientations();
     void residuals();
     void residual(int row);
@@ -115,6 +118,23 @@ void Collection::point_precision(int point, PointResult &p) const
     }
 }
 
+// Where the motions of its lump take a point, from the adjusted place.
+void Collection::moves(int point, PointResult &p) const
+{
+    if (!outcome.adjusted() || planned) return;
+    const PointPlace &place = numbers.points[(size_t)point];
+    const int lump = place.station ? network.stations.records[(size_t)place.record].ilump
+                                   : network.targets.records[(size_t)place.record].ilump;
+    const double *x = &values.value[3 * (size_t)point];
+    for (size_t m = 0; m < values.motions.size(); m++) {
+        if (numbers.motions[m].lump != lump) continue;
+        const double *u = &values.value[(size_t)values.motions[m].first];
+        const va::Vec3<double> at{x[0], x[1], x[2]},
+            there = va::moved(at, va::Moved<double>{{u[0], u[1], u[2]}, {u[3], u[4], u[5]}, u[6]});
+        p.moves.push_back({numbers.motions[m].epoch, {there.x - at.x, there.y - at.y, there.z - at.z}});
+    }
+}
+
 void Collection::points()
 {
     for (int i = 0; i < values.n_points; i++) {
@@ -122,7 +142,7 @@ void Collection::points()
         const int *codes = place.station ? network.stations.records[(size_t)place.record].ix
                                          : network.targets.records[(size_t)place.record].ix;
         PointResult p;
-        p.name = plain_name(point_name(network, place));
+        p.name = shown_name(network, point_name(network, place));
         p.station = place.station;
         for (int k = 0; k < 3; k++) {
             const size_t u = 3 * (size_t)i + (size_t)k;
@@ -132,6 +152,7 @@ void Collection::points()
             if (outcome.adjusted() && !planned) p.adjusted[k] = values.value[u] + numbers.origin[k];
         }
         point_precision(i, p);
+        moves(i, p);
         results.points.push_back(p);
     }
 }
@@ -146,7 +167,7 @@ void Collection::orientations()
             continue; // an upright instrument whose circle nobody read
         OrientationResult o;
         const SetupPlace &setup = numbers.setups[s];
-        o.name = plain_name(record_name(network, setup.station));
+        o.name = shown_name(network, record_name(network, setup.station));
         if (setup.named >= 0) o.setup = network.setups.records[(size_t)setup.named].word;
         if (setup.set >= 0) o.set = network.set_words[(size_t)setup.set];
         for (int k = 0; k < 3; k++) {
@@ -236,7 +257,12 @@ void Collection::residual(int row)
         if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
         mark(s, r);
     }
-    r.words = words_of(numbers.items[(size_t)e.observation[(size_t)row]], name);
+    const ItemPlace &item = numbers.items[(size_t)e.observation[(size_t)row]];
+    if (const ItemNotes n = item_notes(network, item); n.notes)
+        r.raw = raw_reading(network, item.item == Item::vertical_angle, *n.notes, n.row);
+    const auto antennas = numbers.raw.find(e.observation[(size_t)row]);
+    if (antennas != numbers.raw.end()) r.raw = antennas->second[(size_t)component];
+    r.words = words_of(item, name);
     results.residuals.push_back(std::move(r));
 }
 
@@ -355,7 +381,7 @@ void Collection::cameras()
     if (!outcome.adjusted() || planned) return;
     for (size_t c = 0; c < values.cameras.size(); c++) {
         CameraResult camera;
-        camera.name = plain_name(network.cameras.records[(size_t)numbers.camera_records[c]].name);
+        camera.name = shown_name(network, network.cameras.records[(size_t)numbers.camera_records[c]].name);
         parameters(values.cameras[c].first, camera.value, camera.deviation);
         if (std::any_of(std::begin(camera.value), std::end(camera.value), [](const auto &v) { return v.has_value(); }))
             results.cameras.push_back(camera);
@@ -392,8 +418,8 @@ void Collection::pairs()
     for (size_t i = 0; i < wanted.size(); i++) {
         const va::Covariance &c = adjustment.statistics.pairs[i];
         PairResult pair;
-        pair.from = plain_name(point_name(network, numbers.points[(size_t)wanted[i].first]));
-        pair.to = plain_name(point_name(network, numbers.points[(size_t)wanted[i].second]));
+        pair.from = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].first]));
+        pair.to = shown_name(network, point_name(network, numbers.points[(size_t)wanted[i].second]));
         bool axis[3];
         for (int k = 0; k < 3; k++) {
             axis[k] = values.code[(size_t)k] != va::Code::absent;
@@ -457,6 +483,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
     Collection(network, outcome, results).run();
+    collect_covariances(network, outcome, results);
     return results;
 }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "host/input/connected_file.h"
+#include "host/input/faults.h"
 #include "host/input/names.h"
 #include "host/results/output_file.h"
 
@@ -39,7 +40,7 @@ class Imports {
 public:
     Imports(Model &model, const ConnectedFile &content) : network(model), file(content)
     {
-        for (size_t i = 0; i < file.names.size(); i++) place.emplace(file.names[i], i);
+        for (size_t i = 0; i < file.names.size(); i++) place.emplace(held_name(model.keys, file.names[i]), i);
     }
 
     std::vector<std::string> take()
@@ -52,8 +53,8 @@ public:
         if (!unknown.empty())
             return {"imported points that the file of the connected net does not hold: " + names_text(unknown),
                     "import exactly the points of the file"};
-        for (const auto &[name, at] : place)
-            if (!found[at]) missing.push_back(plain_name(name));
+        for (size_t at = 0; at < file.names.size(); at++)
+            if (!found[at]) missing.push_back(printable(file.names[at]));
         std::sort(missing.begin(), missing.end());
         if (missing.empty()) return {};
         return {"points of the connected net that the network does not import: " + names_text(missing),
@@ -66,9 +67,9 @@ private:
         for (Record &r : list.records) {
             if (r.status <= 0 || r.iconn != IMPORTED) continue;
             const auto at = place.find(r.name);
-            if (!is_free(r.ix, network.p.dim)) held.push_back(plain_name(r.name));
+            if (!is_free(r.ix, network.p.dim)) held.push_back(shown_name(network, r.name));
             if (at == place.end()) {
-                unknown.push_back(plain_name(r.name));
+                unknown.push_back(shown_name(network, r.name));
                 continue;
             }
             found[at->second] = true;
@@ -134,13 +135,14 @@ ConnectedFile content_of(const Model &network, const OwnOutcome &outcome, const 
     ConnectedFile file;
     file.dimension = network.p.dim;
     for (const int p : points) {
-        file.names.push_back(point_name(network, outcome.numbers.points[(size_t)p]));
+        file.names.push_back(full_name(network, point_name(network, outcome.numbers.points[(size_t)p])));
         const double *x = &outcome.numbers.model.value[3 * (size_t)p], *origin = outcome.numbers.origin;
         file.coordinates.push_back({x[0] + origin[0], x[1] + origin[1], x[2] + origin[2]});
     }
-    const size_t n = points.size() * (size_t)file.dimension;
+    const std::vector<double> &joint = outcome.adjustment.statistics.joint; // theirs first
+    const size_t n = points.size() * (size_t)file.dimension, all = (size_t)std::lround(std::sqrt((double)joint.size()));
     for (size_t i = 0; i < n; i++)
-        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(outcome.adjustment.statistics.joint[i * n + j]);
+        for (size_t j = 0; j <= i; j++) file.cofactors.push_back(joint[i * all + j]);
     return file;
 }
 

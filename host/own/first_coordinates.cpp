@@ -30,8 +30,8 @@ template <class Record> void name_missing(const Model &network, const List<Recor
 {
     for (size_t i = 0; i < list.size(); i++)
         if (list.records[i].status == STATUS_COMPUTE)
-            first.words.push_back("first coordinates of " + plain_name(list.records[i].name) + " are missing (" +
-                                  place(network, list.where[i]) + ")");
+            first.words.push_back("first coordinates of " + shown_name(network, list.records[i].name) +
+                                  " are missing (" + place(network, list.where[i]) + ")");
 }
 
 // A planned network has no observed values to compute from.

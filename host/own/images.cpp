@@ -1,6 +1,7 @@
 // Image coordinates out of their files.
 
 #include "host/input/image_file.h"
+#include "host/input/names.h"
 #include "host/own/builder.h"
 
 namespace vornhost {
@@ -22,7 +23,7 @@ std::vector<ImageLine> usable_lines(const Builder &b, const image_input &image)
 {
     std::vector<ImageLine> usable;
     for (const ImageLine &line : read_image_file(image.file).value_or(std::vector<ImageLine>()))
-        if (line.numbers && b.point(line.name.c_str()) >= 0) usable.push_back(line);
+        if (line.numbers && b.point(held_name(b.network.keys, line.name).c_str()) >= 0) usable.push_back(line);
     return usable;
 }
 
@@ -39,7 +40,7 @@ bool add_image(Builder &b, const image_input &image, int record)
     if (lines.size() < least_points || o.setup < 0) return false;
     o.factor = b.network.p.suv;
     for (const ImageLine &line : lines) {
-        o.to = b.point(line.name.c_str());
+        o.to = b.point(held_name(b.network.keys, line.name).c_str());
         o.value[0] = line.u;
         o.value[1] = line.v;
         o.sigma[0] = line.su.value_or(b.network.p.suv);

@@ -19,7 +19,7 @@ void set_place(const Model &network, Source where, ItemName &name)
 ItemName measure_name(const Model &network, const char *kind, const List<measure_input> &list, int record)
 {
     const measure_input &m = list.records[(size_t)record];
-    ItemName name{kind, plain_name(m.from), plain_name(m.to), "", "", 0, ""};
+    ItemName name{kind, shown_name(network, m.from), shown_name(network, m.to), "", "", 0, ""};
     set_place(network, list.where[(size_t)record], name);
     return name;
 }
@@ -27,7 +27,7 @@ ItemName measure_name(const Model &network, const char *kind, const List<measure
 ItemName baseline_name(const Model &network, int record)
 {
     const gps_input &g = network.baselines.records[(size_t)record];
-    ItemName name{"baseline", plain_name(g.from), plain_name(g.to), "", "", 0, ""};
+    ItemName name{"baseline", shown_name(network, g.from), shown_name(network, g.to), "", "", 0, ""};
     set_place(network, network.baselines.where[(size_t)record], name);
     return name;
 }
@@ -37,8 +37,13 @@ ItemName image_name(const Model &network, const Numbers &numbers, int observatio
     const ItemPlace &item = numbers.items[(size_t)observation];
     const image_input &image = network.images.records[(size_t)item.record];
     const PointPlace &to = numbers.points[(size_t)numbers.model.observations[(size_t)observation].to];
-    return {
-        "image point", plain_name(image.station), plain_name(point_name(network, to)), "", image.file, item.part, ""};
+    return {"image point",
+            shown_name(network, image.station),
+            shown_name(network, point_name(network, to)),
+            "",
+            image.file,
+            item.part,
+            ""};
 }
 
 // Of a station or, behind these, a target.
@@ -47,7 +52,7 @@ ItemName coordinate_name(const Model &network, const char *kind, const ItemPlace
     const int stations = (int)network.stations.size();
     const bool station = item.record < stations;
     const PointPlace point{station, station ? item.record : item.record - stations};
-    ItemName name{kind, plain_name(point_name(network, point)), "", axes[item.part], "", 0, ""};
+    ItemName name{kind, shown_name(network, point_name(network, point)), "", axes[item.part], "", 0, ""};
     set_place(network, point_source(network, point), name);
     return name;
 }
@@ -56,7 +61,8 @@ ItemName rotation_name(const Model &network, const Numbers &numbers, const ItemP
 {
     const SetupPlace &setup = numbers.setups[(size_t)item.record];
     const PointPlace station{true, setup.station};
-    ItemName name{"weighted rotation", plain_name(point_name(network, station)), "", rotations[item.part], "", 0, ""};
+    ItemName name{
+        "weighted rotation", shown_name(network, point_name(network, station)), "", rotations[item.part], "", 0, ""};
     const bool named = setup.named >= 0;
     set_place(network, named ? network.setups.where[(size_t)setup.named] : point_source(network, station), name);
     return name;
@@ -65,7 +71,7 @@ ItemName rotation_name(const Model &network, const Numbers &numbers, const ItemP
 ItemName sight_name(const Model &network, const char *kind, const List<SightRow> &list, int record)
 {
     const SightRow &row = list.records[(size_t)record];
-    const auto point = [&](int p) { return plain_name(record_name(network, p)); };
+    const auto point = [&](int p) { return shown_name(network, record_name(network, p)); };
     const bool angle = row.third >= 0;
     ItemName name{kind, point(angle ? row.to : row.from), point(angle ? row.third : row.to), "", "", 0, ""};
     if (angle) name.at = point(row.from);
@@ -76,8 +82,8 @@ ItemName sight_name(const Model &network, const char *kind, const List<SightRow>
 ItemName vector_name(const Model &network, const char *kind, const List<VectorRow> &list, const ItemPlace &item)
 {
     const VectorRow &row = list.records[(size_t)item.record];
-    ItemName name{kind, plain_name(record_name(network, row.from)), "", axes[item.part], "", 0, ""};
-    if (row.to >= 0) name.to = plain_name(record_name(network, row.to));
+    ItemName name{kind, shown_name(network, record_name(network, row.from)), "", axes[item.part], "", 0, ""};
+    if (row.to >= 0) name.to = shown_name(network, record_name(network, row.to));
     set_place(network, list.where[(size_t)item.record], name);
     return name;
 }
@@ -111,10 +117,10 @@ std::string unknown_name(const Model &network, const Numbers &numbers, int unkno
     int i = 0, k = 0;
     if (unknown < 3 * m.n_points)
         return std::string(axes[unknown % 3]) + " of " +
-               plain_name(point_name(network, numbers.points[(size_t)(unknown / 3)]));
+               shown_name(network, point_name(network, numbers.points[(size_t)(unknown / 3)]));
     if (find(m.setups, 3, unknown, &i, &k)) {
         const SetupPlace &setup = numbers.setups[(size_t)i];
-        const std::string station = plain_name(record_name(network, setup.station));
+        const std::string station = shown_name(network, record_name(network, setup.station));
         return (k == 2 ? "orientation" : rotations[k]) + std::string(" of ") + station + setup_words(network, setup);
     }
     if (find(m.constants, 3, unknown, &i, &k))
@@ -122,7 +128,7 @@ std::string unknown_name(const Model &network, const Numbers &numbers, int unkno
                network.group_names[(size_t)numbers.constant_groups[(size_t)i]];
     if (find(m.cameras, 10, unknown, &i, &k))
         return inner[k] + std::string(" of camera ") +
-               plain_name(network.cameras.records[(size_t)numbers.camera_records[(size_t)i]].name);
+               shown_name(network, network.cameras.records[(size_t)numbers.camera_records[(size_t)i]].name);
     if (!find(m.motions, 7, unknown, &i, &k)) return "an unknown";
     const MotionPlace &motion = numbers.motions[(size_t)i];
     return movement[k] + std::string(" of lump ") + std::to_string(motion.lump) + " at epoch " +

@@ -63,7 +63,7 @@ void add_measure(Builder &b, const Table &table, int record)
     measure_input &m = table.list.records[(size_t)record];
     va::Observation o;
     o.kind = table.kind;
-    o.from = b.point(m.from);
+    o.from = b.first_point(m.from);
     o.to = b.point(m.to);
     if (m.typ <= 0) return;
     if (!table.takes_part || o.from < 0 || o.to < 0) {
@@ -87,6 +87,28 @@ void add_measure(Builder &b, const Table &table, int record)
     }
     b.observe(o, {table.item, record, 0});
     b.correlate(table.list.notes, (size_t)record, 0, 0);
+}
+
+// A baseline between antennas as one between the marks below them, along the verticals at the first coordinates; false
+// where the antennas have no heights. In the plane heights do not count.
+bool lower_to_marks(const Builder &b, const RowNotes &notes, size_t row, va::Observation &o)
+{
+    const double from = note_at(notes.h1, row, 0.0), to = note_at(notes.h2, row, 0.0);
+    const va::Frame &frame = b.numbers.model.frame;
+    if ((from == 0.0 && to == 0.0) || b.network.p.dim == 2) return false;
+    const auto up_at = [&](int point) {
+        const double *x = &b.numbers.model.value[3 * (size_t)point];
+        return va::up(frame, va::position(frame, va::Vec3<double>{x[0], x[1], x[2]}));
+    };
+    if (b.network.p.dim == 1) {
+        o.value[0] += from - to;
+        return true;
+    }
+    const va::Vec3<double> shift = from * up_at(o.from) - to * up_at(o.to);
+    o.value[0] += shift.x;
+    o.value[1] += shift.y;
+    o.value[2] += shift.z;
+    return true;
 }
 
 // The components that the dimension has, with their part of the covariance.
@@ -116,7 +138,9 @@ void add_baseline(Builder &b, int record)
     if (!shared) o.group = b.numbers.model.add_group(n, covariance.data());
     o.factor = b.network.p.sgps;
     std::copy(g.dx + first, g.dx + first + n, o.value);
+    const bool antennas = lower_to_marks(b, list.notes, (size_t)record, o);
     b.observe(o, {Item::baseline, record, 0});
+    if (antennas) std::copy(g.dx + first, g.dx + first + n, b.numbers.raw[(int)b.numbers.items.size() - 1].begin());
     for (int k = 0; k < n; k++) b.correlate(list.notes, (size_t)record, first + k, k);
 }
 

@@ -42,6 +42,12 @@ int Builder::point(const char *name) const
     return found == points.end() ? -1 : found->second;
 }
 
+int Builder::first_point(const char *name)
+{
+    if (last.first != name) last = {name, point(name)};
+    return last.second;
+}
+
 const station_input *Builder::station_of(int p) const
 {
     const PointPlace &place = numbers.points[(size_t)p];
@@ -109,6 +115,7 @@ Numbers make_numbers(Model &network)
     add_weighted(b);
     add_imports(b);
     add_covariances(b);
+    add_centring(b);
     orient_setups(b.numbers);
     return std::move(b.numbers);
 }

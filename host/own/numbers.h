@@ -4,6 +4,8 @@
 #ifndef VORNHOST_NUMBERS_H
 #define VORNHOST_NUMBERS_H
 
+#include <array>
+#include <map>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -60,18 +62,19 @@ struct MotionPlace {
 
 struct Numbers {
     vornadjust::Model model;
-    std::vector<PointPlace> points;   // [points]
-    std::vector<ItemPlace> items;     // [observations]
-    std::vector<SetupPlace> setups;   // [set-ups]
-    std::vector<int> constant_groups; // [constants] record of the group
-    std::vector<int> camera_records;  // [cameras]
-    std::vector<MotionPlace> motions; // [motions]
-    double origin[3] = {0, 0, 0};     // metres; coordinates of the file are those of the model and this
-    std::vector<int> covariances;     // [groups] of the file's, -1
-    std::unordered_set<int> absent;   // coordinates that a point has not, though the dimension does
-    Reasons left_out;                 // rows that the file selects and that take no part
-    std::vector<std::string> notes;   // one line each
-    std::vector<std::string> words;   // why there are none, for the user; empty when there are
+    std::vector<PointPlace> points;           // [points]
+    std::vector<ItemPlace> items;             // [observations]
+    std::vector<SetupPlace> setups;           // [set-ups]
+    std::vector<int> constant_groups;         // [constants] record of the group
+    std::vector<int> camera_records;          // [cameras]
+    std::vector<MotionPlace> motions;         // [motions]
+    double origin[3] = {0, 0, 0};             // metres; coordinates of the file are those of the model and this
+    std::vector<int> covariances;             // [groups] of the file's, -1
+    std::unordered_set<int> absent;           // coordinates that a point has not, though the dimension does
+    std::map<int, std::array<double, 3>> raw; // by observation: baselines between antennas, metres
+    Reasons left_out;                         // rows that the file selects and that take no part
+    std::vector<std::string> notes;           // one line each
+    std::vector<std::string> words;           // why there are none, for the user; empty when there are
 };
 
 // What a point or observation is called: "P", its table and place.

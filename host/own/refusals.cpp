@@ -28,13 +28,14 @@ std::string number(double x, int digits)
 // A misclosure in a unit that a surveyor reads.
 std::string misclosure_text(const Model &network, const va::Observation &o, double w)
 {
-    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad"};
+    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad", " mgon", "\"", " mil", "°"};
+    const int unit = file_units(network).angle;
     switch (o.kind) {
     case va::Kind::direction:
     case va::Kind::angle:
     case va::Kind::vertical_angle:
     case va::Kind::azimuth:
-    case va::Kind::bearing: return number(from_radians(network.p.iangle, std::fabs(w)), 4) + units[network.p.iangle];
+    case va::Kind::bearing: return number(from_radians(unit, std::fabs(w)), 4) + units[unit];
     case va::Kind::image: return number(std::fabs(w), 1) + " pixels";
     default: return number(std::fabs(w), 3) + " m";
     }
@@ -80,13 +81,14 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
 
 Naming naming_of(const Model &network, const Numbers &numbers)
 {
-    static const double circles[] = {400.0, 360.0, 360.0, 2.0 * 3.14159265358979323846};
-    static const char *const angles[] = {"gon", "degrees", "degrees", "rad"};
+    static const double circles[] = {400.0,    360.0,     360.0,  2.0 * 3.14159265358979323846,
+                                     400000.0, 1296000.0, 6400.0, 360.0};
+    static const char *const angles[] = {"gon", "degrees", "degrees", "rad", "mgon", "arc seconds", "mil", "degrees"};
     Naming naming;
-    naming.point = [&](int p) { return plain_name(point_name(network, numbers.points[(size_t)p])); };
+    naming.point = [&](int p) { return shown_name(network, point_name(network, numbers.points[(size_t)p])); };
     naming.unknown = [&](int u) { return unknown_name(network, numbers, u); };
-    naming.circle = circles[network.p.iangle];
-    naming.angle = angles[network.p.iangle];
+    naming.circle = circles[file_units(network).angle];
+    naming.angle = angles[file_units(network).angle];
     std::copy(numbers.origin, numbers.origin + 3, naming.origin);
     return naming;
 }
@@ -120,7 +122,8 @@ std::vector<std::string> covariance_words(const Model &network, const OwnOutcome
             "check its variances and covariances, its form, and the order of its rows"};
 }
 
-// Points whose standard deviation is a large share of the network's size: hardly anything tells where they are.
+// Points whose standard deviation, but for what a gross error does to sigma, is a large share of the network's size:
+// hardly anything tells where they are.
 std::vector<int> hardly_placed(const OwnOutcome &outcome)
 {
     constexpr double large = 0.1;
@@ -129,7 +132,7 @@ std::vector<int> hardly_placed(const OwnOutcome &outcome)
     std::vector<int> all((size_t)model.n_points), out;
     std::iota(all.begin(), all.end(), 0);
     if (deviation.empty() || all.size() < 2) return out;
-    const double limit = large * va::similarity(model, all).size;
+    const double limit = large * va::similarity(model, all).size * std::fmax(1.0, outcome.adjustment.statistics.sigma);
     std::copy_if(all.begin(), all.end(), std::back_inserter(out), [&](int p) {
         return std::any_of(&deviation[3 * (size_t)p], &deviation[3 * (size_t)p] + 3,
                            [&](double s) { return s > limit; });
@@ -146,6 +149,7 @@ std::vector<std::string> not_adjusted_here(const Model &network)
             "the solver sparse does not compare epochs after the adjustment: choose --solver compact for method = 9 "
             "in [lumps], or write method = 1 (" +
             network.path + ")"};
+    if (const std::string unknown = unknown_value(network); !unknown.empty()) return {unknown};
     return {};
 }
 

@@ -5,6 +5,7 @@
 #include <thread>
 #include <unordered_set>
 
+#include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
@@ -41,6 +42,7 @@ private:
         for (const Record &r : list.records)
             if (r.status == STATUS_COMPUTE) computed.insert(r.name);
     }
+    std::vector<int> joint_unknowns() const;
     va::Options options() const;
     va::Watch told() const;
 
@@ -95,6 +97,15 @@ va::Watch Road::told() const
     return w;
 }
 
+// Unknowns whose covariances are wanted, all with all: those of the export first.
+std::vector<int> Road::joint_unknowns() const
+{
+    std::vector<int> unknowns = exported_unknowns(network, outcome.numbers);
+    const std::vector<int> more = covariance_unknowns(network, outcome.numbers);
+    unknowns.insert(unknowns.end(), more.begin(), more.end());
+    return unknowns;
+}
+
 va::Options Road::options() const
 {
     va::Options o;
@@ -108,7 +119,7 @@ va::Options Road::options() const
     o.limits.steps = network.steps;
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
-    if (o.statistics) o.joint = exported_unknowns(network, outcome.numbers);
+    if (o.statistics) o.joint = joint_unknowns();
     return o;
 }
 

@@ -136,13 +136,14 @@ private:
 
     void tell(const Readings &round, double offset, Rounds &rounds) const
     {
-        static const char *const units[] = {"gon", "degrees", "degrees (ddd.mmss)", "rad"};
+        static const char *const units[] = {"gon", "degrees", "degrees (ddd.mmss)", "rad", "mgon", "arc seconds",
+                                            "mil", "degrees"};
+        const int unit = file_units(network).angle;
         char angle[60];
-        std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(network.p.iangle, std::fabs(offset)),
-                      units[network.p.iangle]);
+        std::snprintf(angle, sizeof angle, "%.4f %s", from_radians(unit, std::fabs(offset)), units[unit]);
         rounds.notes.push_back(place(network, network.directions.where[(size_t)round.front().record]) + ": station " +
-                               plain_name(record_name(network, setup.station)) + " reads its targets again " + angle +
-                               " apart: this round has an orientation of its own");
+                               shown_name(network, record_name(network, setup.station)) + " reads its targets again " +
+                               angle + " apart: this round has an orientation of its own");
     }
 
     const Model &network;

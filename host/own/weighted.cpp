@@ -87,7 +87,7 @@ int record_of(const Builder &b, int point)
 
 void import_point(Builder &b, const ConnectedFile &file, size_t i, int group)
 {
-    const int point = b.point(file.names[i].c_str()), first = file.dimension == 1 ? 2 : 0;
+    const int point = b.point(held_name(b.network.keys, file.names[i]).c_str()), first = file.dimension == 1 ? 2 : 0;
     for (int k = 0; k < file.dimension; k++) {
         const int axis = first + k;
         va::Observation o;

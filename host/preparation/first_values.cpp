@@ -299,7 +299,7 @@ template <class Record> void Computation::name_missing(const List<Record> &list,
     for (size_t i = 0; i < list.size(); i++) {
         const Record &r = list.records[i];
         if (r.status != STATUS_COMPUTE || sketch.points[(size_t)sketch.find(r.name)].placed) continue;
-        values.words.push_back(std::string("first coordinates of ") + kind + " " + plain_name(r.name) +
+        values.words.push_back(std::string("first coordinates of ") + kind + " " + shown_name(model, r.name) +
                                " could not be computed (" + place(model, list.where[i]) + ")");
     }
 }
@@ -328,7 +328,7 @@ template <class Record> void Computation::name_held(const List<Record> &list)
         if (r.status != STATUS_COMPUTE) continue;
         for (int k = 0; k < 2; k++)
             if (is_held(r.ix[k]))
-                values.words.push_back(std::string(1, "xy"[k]) + " of point " + plain_name(r.name) +
+                values.words.push_back(std::string(1, "xy"[k]) + " of point " + shown_name(model, r.name) +
                                        " is held, and its other coordinate cannot be computed in the axes of the "
                                        "network (" +
                                        place(model, list.where[i]) + ")");

@@ -57,7 +57,7 @@ std::vector<Held> hold_heights(Model &model)
     const bool datum_stands = fixed_points(model) >= 3;
     for_points(model, [&](auto &r, Source where) {
         if (!height_alone_fixed(r)) return;
-        const std::string who = "the fixed height of " + plain_name(r.name);
+        const std::string who = "the fixed height of " + shown_name(model, r.name);
         if (!datum_stands) {
             held.push_back({where, who + " also holds its position; fix three points in all coordinates, "
                                          "or give it code_z weighted"});

@@ -23,10 +23,7 @@ constexpr int without_scale = 2;    // kind of a lump whose scale is 1
 std::string lump_name(int id) { return "lump " + std::to_string(id); }
 std::string epoch_name(int epoch) { return "epoch " + std::to_string(epoch); }
 
-std::string name_of(const LumpPoint &point)
-{
-    return "point " + quote(plain_name(point.name)) + " of " + lump_name(point.lump);
-}
+std::string name_of(const LumpPoint &point) { return "point " + quote(point.name) + " of " + lump_name(point.lump); }
 
 const char few[] = " has fewer than ";
 
@@ -462,7 +459,7 @@ private:
             const auto first = std::find_if(lumps.epochs().begin(), lumps.epochs().end(),
                                             [&](int e) { return point.sights.count(e) > 0; });
             if (first == lumps.epochs().end() || *first != epoch) continue;
-            names += (names.empty() ? "" : ", ") + plain_name(point.name);
+            names += (names.empty() ? "" : ", ") + point.name;
         }
         return names;
     }

@@ -1,8 +1,10 @@
 #include "host/preparation/lump_points.h"
 
+#include "host/input/names.h"
+
 namespace vornhost {
 
-template <class Record> void LumpPoints::add(const List<Record> &list, bool stations)
+template <class Record> void LumpPoints::add(const Model &network, const List<Record> &list, bool stations)
 {
     for (size_t i = 0; i < list.size(); i++) {
         const Record &r = list.records[i];
@@ -10,7 +12,7 @@ template <class Record> void LumpPoints::add(const List<Record> &list, bool stat
         used.emplace(r.name, stations);
         if (r.ilump == 0 || !numbers.emplace(r.name, points.size()).second) continue;
         LumpPoint point;
-        point.name = r.name;
+        point.name = shown_name(network, r.name);
         point.lump = r.ilump;
         point.station = stations;
         point.where = list.where[i];
@@ -31,8 +33,8 @@ void LumpPoints::add_direction(const measure_input &m)
 
 LumpPoints::LumpPoints(const Model &network)
 {
-    add(network.stations, true);
-    add(network.targets, false);
+    add(network, network.stations, true);
+    add(network, network.targets, false);
     if (points.empty()) return;
     for (const measure_input &m : network.directions.records) add_direction(m);
 }

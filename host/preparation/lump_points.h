@@ -23,7 +23,7 @@ struct Sights {
 };
 
 struct LumpPoint {
-    std::string name; // as the records hold it
+    std::string name; // for messages
     int lump = 0;
     bool station = false;
     Source where;
@@ -49,7 +49,7 @@ public:
     const std::vector<LumpPoint> &all() const { return points; } // stations first
 
 private:
-    template <class Record> void add(const List<Record> &list, bool stations);
+    template <class Record> void add(const Model &network, const List<Record> &list, bool stations);
     void add_direction(const measure_input &m);
 
     std::vector<LumpPoint> points;

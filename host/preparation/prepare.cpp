@@ -151,7 +151,7 @@ void Preparation::note_targets()
     for (size_t i = 0; i < prepared.targets.size(); i++) {
         const Source where = prepared.targets[i].where;
         if (p.dim == 1) return note(where, "one dimension has no angles: stations are treated as targets");
-        note(where, "station " + plain_name(model.targets.records[i].name) +
+        note(where, "station " + shown_name(model, model.targets.records[i].name) +
                         " has no directions or vertical angles: treated as a target");
     }
 }
@@ -228,7 +228,7 @@ void Preparation::orient(size_t i)
         s.r[2] = mean > -pi ? mean : pi;
     } else if (o.directions) {
         note(model.stations.where[i],
-             "station " + plain_name(s.name) +
+             "station " + shown_name(model, s.name) +
                  " has no direction between points with coordinates: its orientation starts at 0");
     }
 }
@@ -278,7 +278,8 @@ void Preparation::hold_rotations(size_t i)
         s.ir[k] = by_weight ? CODE_WEIGHTED : CODE_FIXED;
         if (by_weight) s.sr[k] = 1.0;
     }
-    note(model.stations.where[i], "station " + plain_name(s.name) + " has no directions: its orientation is held");
+    note(model.stations.where[i],
+         "station " + shown_name(model, s.name) + " has no directions: its orientation is held");
 }
 
 // The cofactors of image residuals count in the unit of the pixel size, the residuals in pixels.
@@ -288,7 +289,7 @@ void Preparation::note_cameras()
     for (size_t i = 0; i < model.cameras.size(); i++) {
         const camera_input &c = model.cameras.records[i];
         if (c.status <= 0 || (c.pu == 1.0 && c.pv == 1.0)) continue;
-        note(model.cameras.where[i], "camera " + plain_name(c.name) +
+        note(model.cameras.where[i], "camera " + shown_name(model, c.name) +
                                          " has a pixel size other than 1: standard deviations and marks of its image "
                                          "residuals mean nothing; write it in pixels, with pu and pv 1");
     }

@@ -31,7 +31,7 @@ public:
         std::string weights;
         for (int k = first; point.status > 0 && k < last; k++)
             if (point.ix[k] == CODE_WEIGHTED) weights += (weights.empty() ? "" : ", ") + std::string(names[k]);
-        if (!weights.empty()) refuse_point("weighted coordinates", weights, kind, plain_name(point.name), where);
+        if (!weights.empty()) refuse_point("weighted coordinates", weights, kind, shown_name(model, point.name), where);
     }
 
     void turned(const station_input &s, Source where)
@@ -39,7 +39,8 @@ public:
         bool found = false;
         for (int k = model.p.dim == 2 ? 2 : 0; s.status > 0 && model.p.dim > 1 && k < 3; k++)
             found = found || s.ir[k] == CODE_WEIGHTED;
-        if (found) refuse_point("weighted orientations", "the orientation", "station", plain_name(s.name), where);
+        if (found)
+            refuse_point("weighted orientations", "the orientation", "station", shown_name(model, s.name), where);
     }
 
     void lumps()

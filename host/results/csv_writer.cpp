@@ -140,14 +140,15 @@ std::string residuals(const Results &results)
                  "setup",
                  "set",
                  "id",
-                 "remark"});
+                 "remark",
+                 "raw"});
     for (const ResidualResult &r : results.residuals) {
         const auto observed = [&](double x) { return r.observed ? std::optional<double>(x) : std::nullopt; };
         sheet.cell(r.kind).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(observed(r.value)).cell(r.sigma);
         sheet.cell(observed(r.residual)).cell(r.deviation).cell(r.outside).cell(r.normal).cell(r.normal_divided);
         sheet.cell(r.tau).cell(r.tau_divided).cell(r.component).cell(r.unit).cell(r.adjusted).cell(r.redundancy);
         const RowWords &w = results.words_of(r);
-        sheet.cell(r.normalised).cell(w.at).cell(w.setup).cell(w.set).cell(w.id).cell(w.remark).end_row();
+        sheet.cell(r.normalised).cell(w.at).cell(w.setup).cell(w.set).cell(w.id).cell(w.remark).cell(r.raw).end_row();
     }
     return sheet.text;
 }

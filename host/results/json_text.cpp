@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
 namespace vornhost {
 
 namespace {
-
-constexpr size_t piece = 1 << 16; // bytes handed on at once
 
 bool is_plain(std::string_view text)
 {
@@ -32,19 +31,48 @@ Digits digits_of(double positive)
     const char *c = all;
     for (; c != end && *c != 'e'; c++)
         if (*c != '.') d.text[d.count++] = *c;
-    d.point = std::atoi(std::string(c + 1, end).c_str()) + 1;
+    int exponent = 0;
+    for (const char *e = c + 2; e < end; e++) exponent = 10 * exponent + (*e - '0'); // behind e and its sign
+    d.point = (c[1] == '-' ? -exponent : exponent) + 1;
     return d;
 }
 
-void append_exponent(int exponent, std::string &text)
+// A short text of its own: no number takes more.
+struct Number {
+    char text[40];
+    size_t size = 0;
+
+    Number &operator+=(char c)
+    {
+        text[size++] = c;
+        return *this;
+    }
+    Number &operator+=(const char *words)
+    {
+        while (*words != 0) *this += *words++;
+        return *this;
+    }
+    void append(const char *from, size_t n)
+    {
+        for (size_t i = 0; i < n; i++) *this += from[i];
+    }
+    void append(size_t n, char c)
+    {
+        for (size_t i = 0; i < n; i++) *this += c;
+    }
+};
+
+void append_exponent(int exponent, Number &text)
 {
     text += exponent < 0 ? "e-" : "e+";
-    const std::string number = std::to_string(std::abs(exponent));
-    text += (number.size() < 2 ? "0" : "") + number;
+    const int size = std::abs(exponent);
+    if (size >= 100) text += (char)('0' + size / 100);
+    text += (char)('0' + size / 10 % 10);
+    text += (char)('0' + size % 10);
 }
 
 // 1.0, 12.5, 0.00125, 1.25e-05: with a point or an exponent, so that it is read as a number that need not be whole.
-void append_number(double number, std::string &text)
+void append_number(double number, Number &text)
 {
     constexpr int longest = 15, smallest = -4; // places of the point without an exponent
     if (std::signbit(number)) text += '-';
@@ -76,14 +104,18 @@ void append_number(double number, std::string &text)
 
 } // namespace
 
-void JsonText::line()
+void JsonText::hand_on()
 {
-    if (text.size() > piece) {
-        take(text);
-        text.clear();
-    }
-    text += '\n';
-    text.append(2 * levels.size(), ' ');
+    if (used > 0) take({text.data(), used});
+    used = 0;
+}
+
+void JsonText::add(std::string_view words)
+{
+    if (used + words.size() > room) hand_on();
+    if (words.size() > room) return take(words);
+    std::copy(words.begin(), words.end(), text.begin() + (std::ptrdiff_t)used);
+    used += words.size();
 }
 
 // What stands before an element: a comma, and a line of its own. The value of a key stands behind it.
@@ -94,15 +126,17 @@ void JsonText::separate()
         return;
     }
     if (levels.empty()) return;
-    if (!levels.back().empty) text += ',';
+    if (!levels.back().empty) add(',');
     levels.back().empty = false;
-    line();
+    add(start);
 }
 
 JsonText &JsonText::key(std::string_view name)
 {
     separate();
-    text.append(1, '"').append(name).append("\": ");
+    add('"');
+    add(name);
+    add("\": ");
     keyed = true;
     return *this;
 }
@@ -110,54 +144,62 @@ JsonText &JsonText::key(std::string_view name)
 void JsonText::open(char bracket)
 {
     separate();
-    text += bracket;
+    add(bracket);
     levels.push_back({bracket == '{' ? '}' : ']'});
+    start += "  ";
 }
 
 void JsonText::close()
 {
     const Level level = levels.back();
     levels.pop_back();
-    if (!level.empty) line();
-    text += level.end;
+    start.resize(start.size() - 2);
+    if (!level.empty) add(start);
+    add(level.end);
 }
 
 void JsonText::value(double number)
 {
     separate();
-    if (std::isfinite(number))
-        append_number(number, text);
-    else
-        text += "null";
+    if (!std::isfinite(number)) return add("null");
+    Number digits;
+    append_number(number, digits);
+    add({digits.text, digits.size});
+}
+
+void JsonText::null()
+{
+    separate();
+    add("null");
 }
 
 void JsonText::value(int number)
 {
     separate();
     char digits[16];
-    text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    add({digits, (size_t)(std::to_chars(digits, digits + sizeof digits, number).ptr - digits)});
 }
 
 void JsonText::value(bool truth)
 {
     separate();
-    text += truth ? "true" : "false";
+    add(truth ? "true" : "false");
 }
 
 void JsonText::value(std::string_view words)
 {
     separate();
-    if (is_plain(words))
-        text.append(1, '"').append(words).append(1, '"');
-    else
-        text += nlohmann::json(words).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    if (!is_plain(words))
+        return add(nlohmann::json(words).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    add('"');
+    add(words);
+    add('"');
 }
 
 void JsonText::finish()
 {
-    text += '\n';
-    take(text);
-    text.clear();
+    add('\n');
+    hand_on();
 }
 
 } // namespace vornhost

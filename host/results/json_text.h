@@ -29,6 +29,7 @@ public:
     void value(bool truth);
     void value(std::string_view words);
     void value(const char *words) { value(std::string_view(words)); }
+    void null();
 
     template <class Value> void pair(std::string_view name, const Value &v)
     {
@@ -51,10 +52,16 @@ private:
 
     void open(char bracket);
     void separate();
-    void line();
+    void add(std::string_view words);
+    void add(char c) { add({&c, 1}); }
+    void hand_on();
+
+    static constexpr size_t room = 1 << 16; // bytes handed on at once
 
     Take take;
-    std::string text;
+    std::vector<char> text = std::vector<char>(room);
+    size_t used = 0;          // of the room
+    std::string start = "\n"; // of a line: two blanks a level
     std::vector<Level> levels;
     bool keyed = false; // a key stands there without its value
 };

@@ -51,6 +51,19 @@ void put_codes(JsonText &json, const std::string (&codes)[3])
     json.close();
 }
 
+void put_moves(JsonText &json, const std::vector<MoveResult> &moves)
+{
+    if (moves.empty()) return;
+    json.key("moves").open_array();
+    for (const MoveResult &m : moves) {
+        json.open_object();
+        json.pair("epoch", m.epoch);
+        put_axes(json, "by", m.by, axes);
+        json.close();
+    }
+    json.close();
+}
+
 void put(JsonText &json, const PointResult &p)
 {
     json.pair("name", p.name);
@@ -60,6 +73,7 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "adjusted", p.adjusted, axes);
     put_axes(json, "standard_deviation", p.deviation, axes);
     put_axes(json, "ellipse", p.ellipse, planes);
+    put_moves(json, p.moves);
 }
 
 // A text that is not empty.
@@ -109,6 +123,7 @@ void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words
     put_observation(json, r, words);
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
+    json.pair("raw", r.raw);
     if (r.observed) json.pair("value", r.value);
     json.pair("sigma", r.sigma);
     if (r.observed) json.pair("residual", r.residual);

@@ -14,14 +14,15 @@ class ReportUnits {
 public:
     explicit ReportUnits(const FileUnits &its_units) : units(its_units) {}
 
-    const char *length_name() const;       // "m", "mm", "inch"
-    const char *small_length_name() const; // "mm", "um", "mil"
-    const char *angle_name() const;        // "gon", "degree", "ddd.mmss", "rad"
-    const char *small_angle_name() const;  // "mgon", "arcsec", "urad"
+    const char *length_name() const;       // "m", "mm", "inch", ...
+    const char *small_length_name() const; // "mm", "um", "mil", ...
+    const char *angle_name() const;        // "gon", "degree", "ddd.mmss", "rad", ...
+    const char *small_angle_name() const;  // "mgon", "arcsec", "urad", ...
 
     std::string length(double metres) const;
     std::string small_length(double metres) const;
     std::string angle(double radians) const;     // from 0 to a full circle
+    std::string bearing(double radians) const;   // the same, rounded
     std::string elevation(double radians) const; // as the file writes vertical angles
     std::string signed_angle(double radians) const;
     std::string small_angle(double radians) const;
@@ -30,6 +31,8 @@ public:
     double vertical_sign() const { return units.zenith ? -1.0 : 1.0; }
 
 private:
+    std::string angle_text(double raw) const;
+
     FileUnits units;
 };
 

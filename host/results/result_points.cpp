@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "host/input/names.h"
 #include "host/results/result_parts.h"
 
 namespace vornhost {
@@ -57,14 +58,14 @@ HostPoint host_station(const ResultSource &from, int j)
 {
     const station_input &s = from.model.p.stations[j];
     const auto &roles = from.outcome.prepared.stations;
-    return {bare_name(s.name, sizeof s.name), s.ix, (size_t)j >= roles.size() || roles[(size_t)j].station};
+    return {full_name(from.model, s.name), s.ix, (size_t)j >= roles.size() || roles[(size_t)j].station};
 }
 
 HostPoint host_target(const ResultSource &from, int j)
 {
     const target_input &t = from.model.p.targets[j];
     const auto &roles = from.outcome.prepared.targets;
-    return {bare_name(t.name, sizeof t.name), t.ix, (size_t)j < roles.size() && roles[(size_t)j].station};
+    return {full_name(from.model, t.name), t.ix, (size_t)j < roles.size() && roles[(size_t)j].station};
 }
 
 void fill_coordinates(const ResultSource &from, size_t i, PointResult &point)
@@ -206,7 +207,7 @@ void collect_orientations(const ResultSource &from, Results &results)
     for (int j = 0; j < p.nstations && i < (size_t)r.nstar; j++) {
         if (p.stations[j].status <= 0) continue;
         OrientationResult orientation;
-        orientation.name = bare_name(p.stations[j].name, sizeof p.stations[j].name);
+        orientation.name = full_name(from.model, p.stations[j].name);
         for (int c = 0; c < 3; c++) {
             orientation.rotation[c] = angle[c][i];
             if (from.statistics() && s[c]) orientation.deviation[c] = deviation(s[c][i]);

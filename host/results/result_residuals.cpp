@@ -3,6 +3,7 @@
 // come as computed less observed and leave the other way round, as all others.
 
 #include "host/input/angle.h"
+#include "host/input/names.h"
 #include "host/results/result_parts.h"
 
 namespace vornhost {
@@ -67,11 +68,12 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     ResidualResult residual;
     residual.kind = block.kind;
     residual.unit = angular(block.type) ? "rad" : "m";
-    residual.from = bare_name(m.from, sizeof m.from);
-    residual.to = bare_name(m.to, sizeof m.to);
+    residual.from = full_name(from.model, m.from);
+    residual.to = full_name(from.model, m.to);
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
     residual.line = where.line;
     residual.words = words_of(block.list.notes, i, results);
+    residual.raw = raw_reading(from.model, block.type == KIND_VERTICAL, block.list.notes, i);
     fill_observed(p, block.type, m, residual);
     const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
     residual.residual = in_si(p, block.type, observed_less_computed);

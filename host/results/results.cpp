@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "host/input/names.h"
 #include "host/results/result_parts.h"
 
 namespace vornhost {
@@ -44,6 +45,13 @@ double deviation_first(const EllipseResult &e)
 double deviation_second(const EllipseResult &e)
 {
     return std::hypot(e.a * std::sin(e.bearing), e.b * std::cos(e.bearing));
+}
+
+std::optional<double> raw_reading(const Model &model, bool vertical, const RowNotes &notes, size_t row)
+{
+    const double raw = note_at(notes.raw, row, unknown_note);
+    if (std::isnan(raw)) return std::nullopt;
+    return vertical && model.p.izenith == 1 ? 2.0 * std::atan(1.0) - raw : raw;
 }
 
 namespace {
@@ -127,8 +135,8 @@ void collect_pairs(const ResultSource &from, Results &results)
     if (!from.precision()) return;
     for (const pair_input &in : from.model.pairs.records) {
         PairResult pair;
-        pair.from = bare_name(in.from, sizeof in.from);
-        pair.to = bare_name(in.to, sizeof in.to);
+        pair.from = full_name(from.model, in.from);
+        pair.to = full_name(from.model, in.to);
         const EllipseResult e[3] = {pair_ellipse(in.ell12), pair_ellipse(in.ell13), pair_ellipse(in.ell23)};
         for (int k = 0; k < 3; k++) pair.ellipse[k] = e[k];
         pair.deviation[0] = deviation_first(e[0]);
@@ -179,7 +187,7 @@ Results describe(const Model &model, const std::string &version)
     results.solver = solver_word(model.solver);
     results.mode = mode_word(model.mode);
     results.dimension = model.p.dim;
-    results.units = {model.p.iunit, metres_per_unit(model.p), model.p.iangle, model.p.izenith != 0};
+    results.units = file_units(model);
     return results;
 }
 

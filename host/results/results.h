@@ -20,6 +20,12 @@ struct EllipseResult {
     double bearing = 0;  // of the major axis, from the first axis of the plane towards the second, radians
 };
 
+// Where a point of a lump stands at another epoch, against its adjusted place at the reference epoch.
+struct MoveResult {
+    int epoch = 0;
+    double by[3] = {0, 0, 0};
+};
+
 struct PointResult {
     std::string name;
     bool station = false;
@@ -28,6 +34,7 @@ struct PointResult {
     std::optional<double> adjusted[3];
     std::optional<double> deviation[3];      // standard deviations
     std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
+    std::vector<MoveResult> moves;           // of the lump it belongs to
 };
 
 struct OrientationResult {
@@ -60,6 +67,7 @@ struct ResidualResult {
     double value = 0, sigma = 0; // metres or radians; vertical angles as elevations
     double residual = 0;         // observed less computed
     bool observed = true;        // false: a planned observation, without adjusted value and residual
+    std::optional<double> raw;   // the reading, where value is what was made of it
     std::optional<double> adjusted;
     std::optional<double> deviation;  // of the residual, before the variance factor
     std::optional<double> redundancy; // 0 (nothing checks it) to 1
@@ -102,18 +110,10 @@ struct VarianceTest {
     bool passed() const { return squares >= lower && squares <= upper; }
 };
 
-// What the network file writes in; results themselves are metres and radians.
-struct FileUnits {
-    int length = 0;        // 0 metres, 1 millimetres, 2 inches
-    double metres = 1.0;   // in one unit of length
-    int angle = ANGLE_GON; // ANGLE_...
-    bool zenith = true;    // vertical angles are zenith angles
-};
-
 struct Results {
     std::string program, version, title, file, solver, mode;
     int dimension = 0;
-    FileUnits units;
+    FileUnits units; // results themselves are metres and radians
     bool adjusted = false;
     std::string stage; // where it ended: "input", "first coordinates", "datum", "adjustment", "done"
     std::string code;  // how: "adjusted", "no first coordinates", "no datum", "undetermined", "singular", ...
@@ -137,6 +137,8 @@ struct Results {
     std::vector<PairResult> pairs;
     std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
     std::vector<Account> accounts;
+    std::vector<std::string> covariance_points; // those that the caller named
+    std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held
 
     const RowWords &words_of(const ResidualResult &residual) const
     {
@@ -144,6 +146,9 @@ struct Results {
         return residual.words < 0 ? none : row_words[(size_t)residual.words];
     }
 };
+
+// The reading of a row whose value was made of it, metres or radians; of vertical angles as an elevation.
+std::optional<double> raw_reading(const Model &model, bool vertical, const RowNotes &notes, size_t row);
 
 // Everything that is known of a network without a run.
 Results describe(const Model &model, const std::string &version);

@@ -9,6 +9,7 @@
 #include "host/results/report_units.h"
 #include "host/results/test_limits.h"
 #include "host/results/text_table.h"
+#include "host/results/verdict.h"
 
 namespace vornhost {
 
@@ -64,7 +65,6 @@ private:
     std::string value(const ResidualResult &r, double x) const;
     std::string small(const ResidualResult &r, double x) const;
     std::string kind_unit(const ResidualResult &r, bool small_unit) const;
-    std::string name_of(const ResidualResult &r) const;
     template <class Value> std::string length(const std::optional<Value> &x) const { return x ? units.length(*x) : ""; }
     std::string small_length(const std::optional<double> &x) const { return x ? units.small_length(*x) : ""; }
     std::string small_angle(const std::optional<double> &x) const { return x ? units.small_angle(*x) : ""; }
@@ -142,7 +142,7 @@ std::string Report::points() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         cells.push_back(e ? units.small_length(e->a) : "");
         cells.push_back(e ? units.small_length(e->b) : "");
-        cells.push_back(e ? decimal(std::stod(units.angle(e->bearing)), 1) : "");
+        cells.push_back(e ? units.bearing(e->bearing) : "");
         table.add(cells);
     }
     return section("Points", table);
@@ -249,7 +249,7 @@ std::string Report::pairs() const
         const std::optional<EllipseResult> &e = p.ellipse[0];
         table.add({p.from, p.to, small_length(p.deviation[0]), small_length(p.deviation[1]),
                    small_length(p.deviation[2]), e ? units.small_length(e->a) : "", e ? units.small_length(e->b) : "",
-                   e ? decimal(std::stod(units.angle(e->bearing)), 1) : ""});
+                   e ? units.bearing(e->bearing) : ""});
     }
     return section("Relative precision of pairs", table);
 }
@@ -278,15 +278,6 @@ std::string Report::kind_unit(const ResidualResult &r, bool small_unit) const
     return r.unit == "pixel" ? "pixel" : "";
 }
 
-std::string Report::name_of(const ResidualResult &r) const
-{
-    const std::string &at = results.words_of(r).at;
-    std::string name = r.kind + " " + (at.empty() ? "" : "at " + at + " from ") + r.from;
-    if (!r.to.empty()) name += " to " + r.to;
-    if (!r.component.empty()) name += " " + r.component;
-    return name + " (" + r.file + ":" + std::to_string(r.line) + ")";
-}
-
 std::string Report::observations_of(const std::string &kind) const
 {
     const auto of_kind = [&](const ResidualResult &r) { return r.kind == kind; };
@@ -300,6 +291,7 @@ std::string Report::observations_of(const std::string &kind) const
                      {"", "", Align::left},
                      {"set-up", "", Align::left},
                      {"set", "", Align::left},
+                     {"read", unit},
                      {"observed", unit},
                      {"adjusted", unit},
                      {"residual", small_unit},
@@ -314,7 +306,7 @@ std::string Report::observations_of(const std::string &kind) const
         const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
         const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
-        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set,
+        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set, r.raw ? value(r, *r.raw) : "",
                    r.observed ? value(r, r.value) : "", r.adjusted ? value(r, *r.adjusted) : "",
                    r.observed ? small(r, sign * r.residual) : "", small(r, r.sigma),
                    r.redundancy ? decimal(*r.redundancy, 2) : "", r.normalised ? decimal(sign * *r.normalised, 2) : "",
@@ -383,37 +375,11 @@ std::string Report::refusal() const
     return text;
 }
 
-std::string agreement(const VarianceTest &test)
-{
-    if (test.passed()) return "The observations agree with their standard deviations";
-    return test.squares > test.upper ? "The observations do not agree with their standard deviations"
-                                     : "The observations are better than their standard deviations say";
-}
-
-// Three lines: whether it was adjusted, whether the observations agree, what to look at.
 std::string Report::verdict() const
 {
     std::string text = "\n" + underlined("Verdict", '-');
-    if (!results.adjusted) {
-        text += "Not adjusted: " + results.code + ".\n";
-        text += (results.words.empty() ? "The reason is not known." : results.words.front()) + "\n";
-        return text + (results.words.size() < 2 ? "There are no results." : results.words.back()) + "\n";
-    }
-    text += results.mode == "propagation" ? "Precision of a planned network.\n" : "Adjusted.\n";
-    if (results.variance_test)
-        text += agreement(*results.variance_test) + ": sigma " + decimal(*results.sigma_aposteriori, 3) + ".\n";
-    else
-        text += results.degrees_of_freedom.value_or(0) > 0 ? "No tests in this mode.\n"
-                                                           : "Nothing checks the observations: no redundancy.\n";
-    const bool tested =
-        results.variance_test && std::any_of(results.residuals.begin(), results.residuals.end(),
-                                             [](const ResidualResult &r) { return r.normalised.has_value(); });
-    if (!tested) return text + "No observation was tested.\n";
-    if (results.suspicious.empty()) return text + "No observation is suspicious.\n";
-    const ResidualResult &worst = results.residuals[results.suspicious.front()];
-    text += std::to_string(results.suspicious.size()) +
-            (results.suspicious.size() == 1 ? " suspicious observation: " : " suspicious observations, the worst: ");
-    return text + name_of(worst) + ", normalised residual " + decimal(std::fabs(*worst.normalised), 1) + ".\n";
+    for (const std::string &line : vornhost::verdict(results)) text += line + "\n";
+    return text;
 }
 
 } // namespace

@@ -83,9 +83,12 @@ public:
     std::string of(int kind, const image_input &i) const;
     std::string of(int kind, const SightRow &row) const;
     std::string of(int kind, const VectorRow &row) const;
-    std::string of_point(const char *name) const; // empty: nothing is wrong with the point
+    std::string of_name(const std::string &name) const; // empty: nothing is wrong with the point
 
 private:
+    std::string of_point(const char *field) const;
+    std::string wrong(const std::string &field, const std::string &name) const;
+
     struct Spot {
         bool station, used;
     };
@@ -99,11 +102,15 @@ ReasonFinder::ReasonFinder(const Model &network) : model(network)
     for (const target_input &t : model.targets.records) points.insert({t.name, {false, t.status > 0}});
 }
 
-std::string ReasonFinder::of_point(const char *name) const
+std::string ReasonFinder::of_name(const std::string &name) const { return wrong(held_name(model.keys, name), name); }
+
+std::string ReasonFinder::of_point(const char *field) const { return wrong(field, full_name(model, field)); }
+
+std::string ReasonFinder::wrong(const std::string &field, const std::string &name) const
 {
-    const auto found = points.find(name);
-    if (found == points.end()) return "point " + plain_name(name) + " is unknown";
-    return found->second.used ? "" : "point " + plain_name(name) + " is off";
+    const auto found = points.find(field);
+    if (found == points.end()) return "point " + printable(name) + " is unknown";
+    return found->second.used ? "" : "point " + printable(name) + " is off";
 }
 
 std::string ReasonFinder::of(int kind, const measure_input &m) const
@@ -136,7 +143,8 @@ std::string ReasonFinder::of(int, const image_input &i) const
     if (!wrong.empty()) return wrong;
     if (!points.at(i.station).station) return "images need a station that took them";
     for (const camera_input &c : model.cameras.records)
-        if (std::string(c.name) == i.camera && c.status <= 0) return "camera " + plain_name(i.camera) + " is off";
+        if (std::string(c.name) == i.camera && c.status <= 0)
+            return "camera " + shown_name(model, i.camera) + " is off";
     FILE *file = fopen(i.file, "r");
     if (!file) return "its file " + printable(i.file) + " cannot be read";
     fclose(file);
@@ -201,8 +209,8 @@ Account account_of(const Model &model, int kind, const List<Record> &list, const
         const std::string reason = !before[i]            ? "use = no in the file"
                                    : told != known.end() ? told->second
                                                          : finder.of(kind, record);
-        account.left_out.push_back(
-            {file, where.line, plain_name(ends.from), plain_name(ends.to), reason, plain_name(ends.at)});
+        account.left_out.push_back({file, where.line, shown_name(model, ends.from), shown_name(model, ends.to), reason,
+                                    shown_name(model, ends.at)});
     }
     return account;
 }
@@ -232,7 +240,8 @@ std::vector<Account> AccountKeeper::close(const Model &after, const Reasons &kno
     add(BASELINES, after.baselines);
     add(IMAGES, after.images);
     if (after.images.size() > 0)
-        accounts.push_back(account_of_image_points(after, [&](const char *name) { return finder.of_point(name); }));
+        accounts.push_back(
+            account_of_image_points(after, [&](const std::string &name) { return finder.of_name(name); }));
     add(HORIZONTAL_DISTANCES, after.horizontal_distances);
     add(BEARINGS, after.bearings);
     add(ANGLES, after.angles);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <unordered_map>
 
+#include "host/input/names.h"
 #include "host/preparation/lump_checks.h"
 #include "vorn/result.h"
 #include "host/results/result_parts.h"
@@ -83,8 +84,7 @@ private:
         if (kind == "distance" && !held) found.distances = true;
         if (count++ >= most_lines) return;
         found.lines.push_back(
-            place(model, where) + ": " + kind + " " + bare_name(m.from, sizeof m.from) + " to " +
-            bare_name(m.to, sizeof m.to) +
+            place(model, where) + ": " + kind + " " + shown_name(model, m.from) + " to " + shown_name(model, m.to) +
             ": both points have the same approximate coordinates; correct them or leave the sight out");
     }
 

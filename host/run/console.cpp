@@ -36,14 +36,14 @@ Console::Console(const ConsoleOptions &its_options)
 {
 }
 
-Console::~Console() { wipe(); }
+Console::~Console() { hide(); }
 
 void Console::feedback(char *line)
 {
     if (options.quiet || !line) return;
     size_t size = strlen(line);
     while (size > 0 && line[size - 1] == '\n') size--;
-    wipe();
+    hide();
     fprintf(stderr, "%.*s\n", (int)size, line);
 }
 
@@ -53,7 +53,7 @@ int Console::decision(char *question, char *)
     if (asked == recompute_question && options.recompute) return 1;
     if (asked == balance_question && options.balance) return 1;
     if (!options.ask || !isatty(STDIN_FILENO)) return 0;
-    wipe();
+    hide();
     fprintf(stderr, "%s [y/N] ", asked.c_str());
     const std::string answer = answer_line();
     return !answer.empty() && (answer[0] == 'y' || answer[0] == 'Y');
@@ -75,7 +75,7 @@ void Console::finish()
 {
     close_step();
     step.clear();
-    wipe();
+    hide();
     if (!options.times) return;
     for (const Time &t : times)
         fprintf(stderr, "time: %-18s%8.3f s, processor %8.3f s\n", t.step.c_str(), t.seconds, t.processor);
@@ -105,8 +105,7 @@ void Console::show(const std::string &text)
     fflush(stderr);
 }
 
-// Takes the line of progress off the terminal.
-void Console::wipe()
+void Console::hide()
 {
     if (shown > 0) fprintf(stderr, "\r%*s\r", (int)shown, "");
     shown = 0;

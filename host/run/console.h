@@ -37,6 +37,9 @@ public:
     void begin(const char *step) override;
     void share(double done) override;
 
+    // Takes the line of progress off the terminal, for other lines.
+    void hide();
+
     // Ends the last step: no line of progress is left on the terminal, and the times are shown where they are wanted.
     void finish();
 
@@ -49,7 +52,6 @@ private:
 
     void close_step();
     void show(const std::string &text);
-    void wipe();
 
     ConsoleOptions options;
     const bool terminal;     // standard error

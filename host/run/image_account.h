@@ -10,8 +10,8 @@
 
 namespace vornhost {
 
-// What is wrong with a point of the run, by its name of 8 bytes; empty when nothing is.
-using PointFault = std::function<std::string(const char *)>;
+// What is wrong with a point of the run, by its name; empty when nothing is.
+using PointFault = std::function<std::string(const std::string &)>;
 
 // The lines that are not blank in the files of the images that took part.
 Account account_of_image_points(const Model &model, const PointFault &fault);

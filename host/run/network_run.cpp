@@ -10,15 +10,6 @@ namespace vornhost {
 
 namespace {
 
-// "2026-03-31 14:05 UTC".
-std::string now()
-{
-    char text[40];
-    const time_t seconds = time(nullptr);
-    const tm *clock = gmtime(&seconds);
-    return clock && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", clock) > 0 ? text : "";
-}
-
 NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool check,
                    const RunWatch &watch)
 {
@@ -28,7 +19,7 @@ NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::st
     if (run.stopped) return run;
     run.results = collect_own(model, own, version);
     run.outcome = std::move(own.run);
-    const std::string text = check ? std::string() : text_report(run.results, now(), model.brief);
+    const std::string text = check ? std::string() : text_report(run.results, utc_now(), model.brief);
     fwrite(text.data(), 1, text.size(), report);
     return run;
 }
@@ -59,6 +50,14 @@ NetworkRun engine_run(Model &model, FILE *report, Feedback &feedback, const std:
 }
 
 } // namespace
+
+std::string utc_now()
+{
+    char text[40];
+    const time_t seconds = time(nullptr);
+    const tm *clock = gmtime(&seconds);
+    return clock && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", clock) > 0 ? text : "";
+}
 
 NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
                        const RunWatch &watch)

@@ -19,6 +19,9 @@ struct NetworkRun {
     bool stopped = false; // by the watch: there is neither outcome nor result, and nothing was written
 };
 
+// "2026-03-31 14:05 UTC".
+std::string utc_now();
+
 // Adjusts the network. The report goes to report, notes and progress to feedback. Results of the engine are taken out
 // of the model and released.
 NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,

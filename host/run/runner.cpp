@@ -3,13 +3,16 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
 #include "host/run/coincident.h"
 #include "host/run/connected_net.h"
+#include "host/run/preface.h"
 #include "host/run/report_tee.h"
 #include "host/input/faults.h"
+#include "host/input/names.h"
 #include "host/preparation/first_values.h"
 #include "host/preparation/lump_checks.h"
 #include "host/results/output_file.h"
@@ -27,14 +30,21 @@ namespace {
 // within the engine, which knows no exceptions.
 class Listener : public Feedback {
 public:
-    Listener(Feedback &user, ConnectedNet &connected) : next(user), net(connected) {}
+    Listener(Feedback &user, ConnectedNet &connected, const NameKeys &of_network)
+        : next(user), net(connected), keys(of_network)
+    {
+    }
     void feedback(char *line) override
     {
-        strncpy(last, line, sizeof last - 1);
+        const size_t length = std::min(strlen(line), sizeof last - 1);
+        memcpy(last, line, length);
+        last[length] = '\0';
         if (strcmp(line, "backtoproject failed") == 0) handed_over = false;
         if (strcmp(line, "backtoproject: Pb with usesimili") == 0) compared = false;
         net.hear(line);
-        next.feedback(line);
+        if (keys.empty()) return next.feedback(line);
+        keys.replace(line, shown, sizeof shown);
+        next.feedback(shown);
     }
     int decision(char *question, char *title) override { return next.decision(question, title); }
     void pass_on(std::string line) { next.feedback(&line[0]); }
@@ -45,7 +55,8 @@ public:
 private:
     Feedback &next;
     ConnectedNet &net;
-    char last[512] = "";
+    const NameKeys &keys;
+    char last[512] = "", shown[2048] = "";
 };
 
 std::string without_blanks(const std::string &line)
@@ -143,8 +154,7 @@ std::vector<std::string> points_without_numbers(const Model &model)
     int i = 0;
     const auto look = [&](const auto &records, int end) {
         for (const auto &record : records)
-            if (record.status > 0 && i < end && !finite(r, i++))
-                names.push_back(bare_name(record.name, sizeof record.name));
+            if (record.status > 0 && i < end && !finite(r, i++)) names.push_back(shown_name(model, record.name));
     };
     look(model.stations.records, r->nstar);
     i = r->nstar;
@@ -196,7 +206,7 @@ int solve(vorn &engine, Solver solver)
 class Run {
 public:
     Run(Model &network, FILE *out, Feedback &user)
-        : model(network), report(out), tee(out), net(network), listener(user, net)
+        : model(network), report(out), tee(out), net(network), listener(user, net, network.keys)
     {
     }
     RunOutcome go(bool solving);
@@ -251,7 +261,7 @@ void Run::stop(Stage stage, int code)
 {
     outcome.reached = stage;
     outcome.code = code;
-    const std::string engine = engine_line(stage, code);
+    const std::string engine = model.keys.replaced(engine_line(stage, code));
     if (stage == Stage::Loading)
         outcome.words = words_of(start_sentences, code, engine);
     else if (model.solver == Solver::Simplex)
@@ -275,7 +285,7 @@ void Run::name_unknown(const vorn &engine)
     const int row = failing_row(tee.tail());
     if (vornengine::unknown_names::row(engine, row, name, sizeof name) != 0) return;
     outcome.words.insert(outcome.words.begin() + 1, "unknown " + std::to_string(row) + " of the normal equations is " +
-                                                        printable(name) + ": look there first");
+                                                        printable(model.keys.replaced(name)) + ": look there first");
 }
 
 void Run::adjust(bool solving)
@@ -379,6 +389,8 @@ RunOutcome Run::go(bool solving)
     outcome.words = not_available(model);
     if (outcome.words.empty()) outcome.words = import_faults(model);
     if (!outcome.words.empty()) return std::move(outcome);
+    const std::string preface = report_preface(model);
+    fwrite(preface.data(), 1, preface.size(), report);
     order_sights(model);
     const AccountKeeper keeper(model);
     FirstValues first;

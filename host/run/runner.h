@@ -17,6 +17,9 @@ namespace vornhost {
 // What a network needs and this version cannot do, one clear line each; empty when all is there.
 std::vector<std::string> not_available(const Model &model);
 
+// Why a file that leaves values open for planning cannot be run in another mode; empty where it can.
+std::string unknown_value(const Model &model);
+
 enum class Stage { Refused, Loading, Solving, Done };
 
 struct RunOutcome {

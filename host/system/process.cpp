@@ -1,5 +1,7 @@
 #include "host/system/process.h"
 
+#include <initializer_list>
+
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -11,6 +13,8 @@
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+
+#include <initializer_list>
 
 namespace vornhost {
 

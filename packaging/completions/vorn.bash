@@ -3,20 +3,26 @@ _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
     if [ "$COMP_CWORD" -eq 1 ]; then
-        COMPREPLY=($(compgen -W "adjust check --help --version" -- "$word"))
+        COMPREPLY=($(compgen -W "adjust check import --help --version" -- "$word"))
         return
     fi
     case $before in
     --solver) COMPREPLY=($(compgen -W "sparse compact jordan simplex" -- "$word")); return ;;
     --mode) COMPREPLY=($(compgen -W "statistics solution propagation" -- "$word")); return ;;
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
-    --json | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
+    --json | --html | --geojson | --dxf | --svg | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
+    [ "$command" != import ] || common="--from --force --quiet --help -o -h"
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
-    *) COMPREPLY=($(compgen -f -X '!*.inp' -- "$word") $(compgen -d -- "$word")) ;;
+    *)
+        local only='!*.inp'
+        [ "$command" != import ] || only=
+        COMPREPLY=($(compgen -f -X "$only" -- "$word") $(compgen -d -- "$word")) ;;
     esac
 }
 complete -o filenames -F _vorn vorn

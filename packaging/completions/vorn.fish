@@ -2,6 +2,7 @@
 complete -c vorn -f
 complete -c vorn -n __fish_use_subcommand -a adjust -d "adjust a network and report the results"
 complete -c vorn -n __fish_use_subcommand -a check -d "say what its adjustment would be"
+complete -c vorn -n __fish_use_subcommand -a import -d "make a network file of a file of another program"
 complete -c vorn -n __fish_use_subcommand -l version -d "show the version"
 complete -c vorn -s h -l help -d "show a help text"
 
@@ -14,6 +15,11 @@ complete -c vorn -n "$commands" -l mode -x -a "statistics solution propagation" 
 set -l adjust __fish_seen_subcommand_from adjust
 complete -c vorn -n "$adjust" -s o -r -F -d "report in this file"
 complete -c vorn -n "$adjust" -l json -r -F -d "results as JSON in this file"
+complete -c vorn -n "$adjust" -l html -r -F -d "results as a page for a browser"
+complete -c vorn -n "$adjust" -l geojson -r -F -d "the plan as a map"
+complete -c vorn -n "$adjust" -l dxf -r -F -d "the plan as a drawing in DXF"
+complete -c vorn -n "$adjust" -l svg -r -F -d "the plan as a drawing for papers"
+complete -c vorn -n "$adjust" -l axes -x -a "yx xy" -d "of maps and drawings, to the right and upwards"
 complete -c vorn -n "$adjust" -l csv -x -a "(__fish_complete_directories)" -d "results as tables in this folder"
 complete -c vorn -n "$adjust" -l brief -d "no line for every observation in the report"
 complete -c vorn -n "$adjust" -l no-residual-statistics -d "no redundancy numbers and tests of residuals"
@@ -23,3 +29,12 @@ complete -c vorn -n "$adjust" -l recompute -d "compute new approximate values"
 complete -c vorn -n "$adjust" -l balance -d "balance the observations"
 complete -c vorn -n "$adjust" -l ask -d "ask on the terminal instead of answering no"
 complete -c vorn -n "$adjust" -l quiet -d "only errors on standard error"
+
+complete -c vorn -n "__fish_seen_subcommand_from check" -l json -r -F -d "faults or verdict as JSON in this file"
+
+set -l import __fish_seen_subcommand_from import
+complete -c vorn -n "$import" -F
+complete -c vorn -n "$import" -s o -r -F -d "network file"
+complete -c vorn -n "$import" -l from -x -d "format of the file"
+complete -c vorn -n "$import" -l force -d "replace the network file where there is one"
+complete -c vorn -n "$import" -l quiet -d "only errors on standard error"

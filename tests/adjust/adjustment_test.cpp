@@ -185,6 +185,25 @@ TEST(Adjustment, OfAMovedGroupIsTheDenseSolution)
     for (Hold how : every_hold) expect_dense(movement(4, how).model, name("movement", how, 4), is_free(how) ? 4 : 0);
 }
 
+TEST(Adjustment, OfAWideNetworkIsTheDenseSolution)
+{
+    for (Hold how : {Hold::fixed, Hold::free_all})
+        expect_dense(wide_plane(11, how).model, name("wide plane", how, 11), is_free(how) ? 3 : 0);
+}
+
+TEST(Adjustment, OfHeldAndDatumCoordinatesTogetherIsTheDenseSolution)
+{
+    const Frame flat = frame_of(Space::space);
+    for (unsigned seed = 1; seed <= 2; seed++) {
+        expect_dense(mixed(plane(seed, Hold::free_all, true), 2).model, "plane, a point held", 1);
+        expect_dense(mixed(plane(seed, Hold::free_all, true), 1).model, "plane, one coordinate held", 2);
+        expect_dense(mixed(plane(seed, Hold::free_all, false), 2).model, "angles, a point held", 2);
+        expect_dense(mixed(space(seed, Hold::free_all, flat, true), 3).model, "space, a point held", 1);
+        expect_dense(mixed(space(seed, Hold::free_all, flat, false), 3).model, "tilted, a point held", 3);
+        expect_dense(mixed(baselines(seed, Hold::free_all), 2).model, "baselines, two coordinates held", 1);
+    }
+}
+
 TEST(Adjustment, MultipliesVectorsByTheCofactors)
 {
     for (Hold how : every_hold) {

@@ -155,6 +155,29 @@ inline Network plane(unsigned seed, Hold how, bool distances)
     return n;
 }
 
+// More points than a supernode has columns: the factor has a tree.
+inline Network wide_plane(unsigned seed, Hold how)
+{
+    Network n(seed, frame_of(Space::plane));
+    n.points(24, 2000, 0);
+    n.setups(24);
+    n.pairs(20, [&](int p, int q) {
+        n.observe(Kind::direction, p, q, 2e-5);
+        n.observe(Kind::direction, q, p, 2e-5);
+        n.observe(Kind::plane_distance, p, q, 0.003);
+    });
+    n.hold(how, 3);
+    n.simulate(0.3);
+    return n;
+}
+
+// Datum points, but for the first point, whose first `fixed` coordinates are held.
+inline Network mixed(Network n, int fixed)
+{
+    for (int k = 0; k < fixed; k++) n.model.code[k] = Code::fixed;
+    return n;
+}
+
 inline Network space(unsigned seed, Hold how, const Frame &frame, bool levelled)
 {
     Network n(seed, frame);

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 
@@ -106,4 +108,33 @@ TEST_F(Import, WritesNothingAfterAFault)
     EXPECT_EQ(err,
               "text.txt: its format is not recognised; it can be gkf (network of GNU Gama); name it with --from\n");
     EXPECT_EQ(run("import line.gkf -o nowhere/line.inp"), 3);
+}
+
+// A levelled triangle with a misclosure of 3 mm: each height difference takes 1 mm of it.
+TEST_F(Import, AdjustsAFileOfAnotherProgramAsTheNetworkFileMadeOfIt)
+{
+    const std::string points = "<point id='A' z='100' fix='z'/><point id='B' adj='z'/>\n<point id='C' adj='z'/>\n";
+    folder.write("ring.gkf",
+                 "<gama-local><network><points-observations>" + points +
+                     "<height-differences><dh from='A' to='B' val='1.001' stdev='1'/>\n"
+                     "<dh from='B' to='C' val='1.001' stdev='1'/>\n<dh from='C' to='A' val='-1.999' stdev='1'/>\n"
+                     "<dh from='C' to='X' val='1' stdev='1'/></height-differences></points-observations></network>"
+                     "</gama-local>");
+    ASSERT_EQ(run("adjust ring.gkf --json ring.json"), 0) << err;
+    const auto results = nlohmann::json::parse(text_of(folder.file("ring.json")));
+    EXPECT_EQ(results["degrees_of_freedom"], 1);
+    EXPECT_NEAR(results["points"][1]["adjusted"]["z"].get<double>(), 101.0, 1e-9);
+    EXPECT_NEAR(results["points"][2]["adjusted"]["z"].get<double>(), 102.0, 1e-9);
+    EXPECT_NEAR(results["sigma_a_posteriori"].get<double>(), std::sqrt(3.0), 1e-9);
+    EXPECT_EQ(results["residuals"][1]["line"], 4); // in ring.gkf
+    EXPECT_TRUE(contains(err, "ring.gkf:6: height difference from C to X is left out"));
+    EXPECT_EQ(run("check ring.gkf"), 0) << err;
+    EXPECT_TRUE(contains(out, "ring.gkf: solver sparse"));
+    EXPECT_FALSE(exists("ring.inp"));
+    folder.write("bad.gkf", "<gama-local><network/></gama-local>");
+    EXPECT_EQ(run("adjust bad.gkf"), 2);
+    EXPECT_EQ(err, "bad.gkf:1:13: no point has fix or adj; write them in the points\n");
+    folder.write("bad.xml", "<gama-local-adjustment/>");
+    EXPECT_EQ(run("check bad.xml"), 2);
+    EXPECT_EQ(err, "bad.xml:1:1: the file holds results of gama-local, not a network; import the .gkf beside it\n");
 }

@@ -9,6 +9,7 @@
 #include "faults/engine_run.h"
 #include "host/folder.h"
 #include "runs/outputs.h"
+#include "vorn/network.h"
 
 namespace {
 
@@ -55,6 +56,28 @@ TEST_F(Threads, ReadAdjustAndWriteAsOneAfterTheOther)
         threads[i] = std::thread([&found, &names, i] { found[i] = outputs_of(example(names[i])); });
     for (std::thread &t : threads) t.join();
     for (size_t i = 0; i < names.size(); i++) EXPECT_TRUE(found[i] == outputs_of(example(names[i]))) << names[i];
+}
+
+// One network of an application in several threads.
+TEST_F(Threads, AdjustOneNetworkOfAnApplicationAtOnce)
+{
+    const vornapi::Reading reading = vornapi::read_file(example("strang_borre_distances_free"));
+    ASSERT_TRUE(reading.network);
+    std::array<vornapi::Result, 4> results;
+    std::array<std::thread, 4> threads;
+    for (size_t i = 0; i < threads.size(); i++)
+        threads[i] = std::thread([&, i] {
+            vornapi::Options options;
+            options.covariances = {"P", "1"};
+            options.report = true;
+            for (int run = 0; run < 10; run++) results[i] = reading.network->adjust(options);
+        });
+    for (std::thread &thread : threads) thread.join();
+    for (const vornapi::Result &result : results) {
+        ASSERT_TRUE(result.adjusted());
+        EXPECT_EQ(result.covariance_matrix, results[0].covariance_matrix);
+        EXPECT_EQ(result.points[1].adjusted, results[0].points[1].adjusted);
+    }
 }
 
 } // namespace

@@ -35,6 +35,9 @@ const Published examples[] = {
      {{"1", {68.9249}}, {"2", {60.7167}}, {"3", {63.1952}}, {"4", {56.2852}}, {"5", {44.3240}}, {"6", {67.2294}}}},
     {"grossmann_directions", 1e-4, {{"P", {76607.8593, 8401.8637}}}},
     {"niemeier_distance_direction", 1e-4, {{"Z108", {27816.1166, 40759.3769}}, {"Z110", {27904.0042, 41373.0193}}}},
+    {"office_tables",
+     1e-4,
+     {{"000921030108", {27816.1166, 40759.3769}}, {"000921030110", {27904.0042, 41373.0193}}}},
     {"strang_borre_distances_free",
      1e-4,
      {{"P", {170.7123, 170.7185}}, {"1", {170.7032, 270.7213}}, {"2", {99.9912, 99.9971}}, {"3", {241.4333, 99.9830}}}},
@@ -55,8 +58,9 @@ std::map<std::string, std::vector<double>> adjusted(const Model &model)
     const result *r = model.p.runresults;
     for (int i = 0; r && i < r->nstar + r->ntarr; i++) {
         const bool station = i < r->nstar;
-        const std::string name = station ? plain_name(model.stations.records[(size_t)r->ihost[i]].name)
-                                         : plain_name(model.targets.records[(size_t)(r->ihost[i] - r->nstar)].name);
+        const std::string name = station
+                                     ? shown_name(model, model.stations.records[(size_t)r->ihost[i]].name)
+                                     : shown_name(model, model.targets.records[(size_t)(r->ihost[i] - r->nstar)].name);
         for (const double *x : {r->xpt, r->ypt, r->zpt})
             if (x) points[name].push_back(x[i]);
     }

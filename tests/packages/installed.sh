@@ -20,6 +20,13 @@ runs() { # HOW FOLDER
     echo "$1: built and run"
 }
 
+# The example of the documentation is the one that is built here.
+for example in adjust parallel; do
+    awk -v first="// $(sed -n '1s/^\/\/ //p' "$root/examples/host/$example.cpp")" \
+        '$0 == first { inside = 1 } /^```/ { inside = 0 } inside' "$root/docs/library.md" |
+        diff - "$root/examples/host/$example.cpp" || fail "docs/library.md has another $example.cpp"
+done
+
 quietly cmake --install "$build" --prefix "$work/first"
 mv "$work/first" "$work/prefix"
 
@@ -40,9 +47,9 @@ fi
 
 export PKG_CONFIG_PATH=$lib/pkgconfig
 mkdir "$work/configured"
-compile() { g++ -std=c++17 $CXXFLAGS "$here/application/$1.cpp" -o "$work/configured/$1" $(pkg-config --cflags --libs "$2"); }
-compile application vorn
-compile rooms vorn-rooms
+compile() { g++ -std=c++17 $CXXFLAGS "$1" -o "$work/configured/$2" $(pkg-config --cflags --libs "$3"); }
+compile "$root/examples/host/adjust.cpp" application vorn
+compile "$here/application/rooms.cpp" rooms vorn-rooms
 LD_LIBRARY_PATH=$lib runs pkg-config "$work/configured"
 
 quietly env CXXFLAGS="-Wall -Wextra -Werror" cmake -S "$here/application" -B "$work/inside" -G Ninja \

@@ -21,7 +21,7 @@ for command in $commands; do
     [ "$(wc -w <<<"$options")" -ge 5 ] || fail "no options in the help text of $command"
     for option in $options; do
         long=${option#--} short=${option#-}
-        plain "$page" | grep -qE "^\.BI? .*(^|[ \"])$option( |\"|\$)" || fail "$page does not name $option"
+        plain "$page" | grep -qE "^\.BI?R? (.*[ \"])?$option( |\"|\$)" || fail "$page does not name $option"
         grep -qE "(^|[ \"])$option( |\"|\$)" "$packaging/completions/vorn.bash" || fail "vorn.bash does not know $option"
         grep -qE "['{,(]$option[][{},' )]" "$packaging/completions/_vorn" || fail "_vorn does not know $option"
         grep -qE -- "-(l $long|s $short)( |\$)" "$packaging/completions/vorn.fish" || fail "vorn.fish does not know $option"
@@ -44,5 +44,5 @@ source "$packaging/completions/vorn.bash"
 completed() { COMP_WORDS=(vorn "$@"); COMP_CWORD=$#; _vorn vorn "${!#}" "${COMP_WORDS[$#-1]}"; echo "${COMPREPLY[*]}"; }
 [ "$(completed ad)" = adjust ] || fail "bash: $(completed ad)"
 [ "$(completed adjust --solver s)" = "sparse simplex" ] || fail "bash: $(completed adjust --solver s)"
-[ "$(completed check --j)" = "" ] && [ "$(completed adjust --j)" = --json ] || fail "bash: options of another command"
+[ "$(completed check --cs)" = "" ] && [ "$(completed adjust --cs)" = --csv ] || fail "bash: options of another command"
 echo "options are documented and completed"

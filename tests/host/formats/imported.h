@@ -40,8 +40,7 @@ protected:
 
     Lines notes() const
     {
-        Lines lines;
-        for (const vornhost::DraftNote &note : draft.notes) lines.push_back(note_line(draft, note));
+        Lines lines = note_lines(draft);
         for (std::string &line : lines) folder.shorten(line);
         return lines;
     }

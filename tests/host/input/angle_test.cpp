@@ -4,7 +4,9 @@
 
 #include <math.h>
 
-#include "vorn/project.h"
+#include <string>
+
+#include "host/input/units.h"
 
 using namespace vornhost;
 
@@ -56,5 +58,72 @@ TEST(ReadableAngle, IsDefinedForEveryFiniteNumber)
     for (const double raw : {1e15, -1e300, 1.7e308, 5e-324}) {
         readable_angle(ANGLE_PACKED, raw);
         EXPECT_FALSE(isnan(to_radians(ANGLE_DEGREE, raw)));
+    }
+}
+
+TEST(ToRadians, KnowsTheOtherUnitsByTheirCircle)
+{
+    const std::pair<int, double> circles[] = {
+        {ANGLE_MGON, 400000}, {ANGLE_CC, 4000000}, {ANGLE_ARC_SECOND, 1296000}, {ANGLE_MIL, 6400}, {ANGLE_DMS, 360}};
+    for (const auto &[unit, circle] : circles) {
+        EXPECT_NEAR(to_radians(unit, circle / 8), pi / 4, 1e-15) << unit;
+        EXPECT_NEAR(from_radians(unit, pi), circle / 2, 1e-9) << unit;
+    }
+    EXPECT_EQ(in_angle_unit(ANGLE_PACKED, ANGLE_PACKED, 0.1), 0.1);
+    EXPECT_NEAR(in_angle_unit(ANGLE_GON, ANGLE_MIL, 16), 1, 1e-15);
+}
+
+TEST(Dms, IsReadWithDashesAndWithMarks)
+{
+    const std::pair<const char *, double> texts[] = {{"12-30-36.5", 12 + 30 / 60.0 + 36.5 / 3600},
+                                                     {"-12-30-36.5", -12 - 30 / 60.0 - 36.5 / 3600},
+                                                     {"-0-00-01.5", -1.5 / 3600},
+                                                     {"+0-0-1", 1 / 3600.0},
+                                                     {"12\xC2\xB0"
+                                                      "30'36.5\"",
+                                                      12 + 30 / 60.0 + 36.5 / 3600},
+                                                     {"12\xC2\xB0"
+                                                      "30\xE2\x80\xB2"
+                                                      "36.5\xE2\x80\xB3",
+                                                      12 + 30 / 60.0 + 36.5 / 3600},
+                                                     {"359-59-59.999", 360 - 0.001 / 3600},
+                                                     {"0", 0},
+                                                     {"180", 180},
+                                                     {"12-30", 12.5},
+                                                     {"12\xC2\xB0", 12}};
+    for (const auto &[text, degrees] : texts) {
+        double read = -1;
+        EXPECT_TRUE(read_dms(text, read)) << text;
+        EXPECT_NEAR(read, degrees, 1e-12) << text;
+    }
+}
+
+TEST(Dms, RefusesWhatIsNoneAndLeavesItsResultAlone)
+{
+    for (const char *text : {"", "-", "12.5", "12-60-00", "12-30-60", "12-30-59.9x", "12--30", "12-30.5-1", "a",
+                             "12-30-36.5\"\"", "12-30-1-2", "1e3", "12 30 36", "--1", "12-30-1.2.3"}) {
+        double read = 7;
+        EXPECT_FALSE(read_dms(text, read)) << text;
+        EXPECT_EQ(read, 7) << text;
+    }
+}
+
+TEST(Dms, IsWrittenWithoutSixtySeconds)
+{
+    EXPECT_EQ(dms_text(12 + 30 / 60.0 + 36.5 / 3600, 2), "12-30-36.50");
+    EXPECT_EQ(dms_text(-1.5 / 3600, 1), "-0-00-01.5");
+    EXPECT_EQ(dms_text(59.999 / 3600, 2), "0-01-00.00");
+    EXPECT_EQ(dms_text(1 - 0.004 / 3600, 2), "1-00-00.00");
+    EXPECT_EQ(dms_text(-0.001 / 3600, 2), "0-00-00.00");
+    EXPECT_EQ(dms_text(5, 0), "5-00-00");
+}
+
+TEST(Dms, ReadsWhatItWrites)
+{
+    for (int i = -5000; i < 5000; i++) {
+        const double degrees = i * 0.0731;
+        double read = 1e9;
+        ASSERT_TRUE(read_dms(dms_text(degrees, 3), read)) << degrees;
+        ASSERT_NEAR(read, degrees, 0.00051 / 3600);
     }
 }

@@ -85,8 +85,9 @@ TEST(Groups, HaveNamesOfTheirOwn)
               Lines{"net.inp:6:1: group \"G\" is listed twice; keep one of the two"});
     EXPECT_EQ(faults_in("groups", "name scale\n- 1"),
               Lines{"net.inp:5:1: name is not known in table groups; write a name"});
-    EXPECT_EQ(faults_in("groups", "name\n" + std::string(41, 'g')),
-              Lines{"net.inp:5:1: name \"" + std::string(40, 'g') + "...\" has 41 bytes, at most 40 fit; shorten it"});
+    EXPECT_EQ(
+        faults_in("groups", "name\n" + std::string(41, 'g')),
+        Lines{"net.inp:5:1: name \"" + std::string(40, 'g') + "...\" has 41 characters, at most 40 fit; shorten it"});
 }
 
 TEST(Lumps, GatherTheRowsOfEachLump)

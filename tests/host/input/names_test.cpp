@@ -6,16 +6,25 @@
 
 using namespace vornhost;
 
-TEST(PadName, FillsWithBlanksToEightBytesAndAZero)
+TEST(HoldName, FillsWithBlanksToEightBytesAndAZero)
 {
     char name[12], shorter[9];
     memset(name, 'x', sizeof name);
-    pad_name(name, "A1");
-    pad_name(shorter, "ABCDEFGH");
+    hold_name(name, NameKeys(), "A1");
+    hold_name(shorter, NameKeys(), "ABCDEFGH");
     EXPECT_STREQ(name, "A1      ");
     EXPECT_STREQ(shorter, "ABCDEFGH");
-    pad_name(shorter, "ABCDEFGHIJ");
-    EXPECT_STREQ(shorter, "ABCDEFGH");
+}
+
+TEST(HoldName, HoldsALongNameByItsKeyAndOneWithoutKeyNotAtAll)
+{
+    char name[9];
+    NameKeys keys;
+    keys.add("ABCDEFGHI", [](std::string_view) { return false; });
+    hold_name(name, keys, "ABCDEFGHI");
+    EXPECT_STREQ(name, "@1      ");
+    hold_name(name, keys, "ABCDEFGHJ");
+    EXPECT_STREQ(name, "        ");
 }
 
 TEST(NameIndex, NumbersNamesInTheirOrder)
@@ -40,6 +49,13 @@ TEST(DistanceOfWords, CountsChangesInsertionsOmissionsAndSwaps)
     EXPECT_EQ(distance_of_words("nam", "name", 9), 1u);
     EXPECT_EQ(distance_of_words("kitten", "sitting", 9), 3u); // the textbook case
     EXPECT_EQ(distance_of_words("", "abc", 9), 3u);
+}
+
+TEST(DistanceOfWords, CountsCharactersOfEveryScript)
+{
+    EXPECT_EQ(distance_of_words("M\xC3\xBChlbach", "Muhlbach", 9), 1u);
+    EXPECT_EQ(distance_of_words("\xE6\xB8\xAC\xE9\x87\x8F", "\xE9\x87\x8F\xE6\xB8\xAC", 9), 1u); // swapped
+    EXPECT_EQ(distance_of_words("\xE6\xB8\xAC", "\xE6\xB8\xAD", 9), 1u);
 }
 
 TEST(DistanceOfWords, StopsAboveItsLimit)

@@ -331,11 +331,12 @@ TEST(NetworkFile, RefusesUnknownSectionsAndKeys)
     EXPECT_EQ(setting("unit", "length = \"m\""), Lines{"net.inp:3:2: unknown section \"unit\"; did you mean [units]?"});
     EXPECT_EQ(setting("weather", "wind = 1"),
               Lines{"net.inp:3:2: unknown section \"weather\"; known sections: [run], [units], [earth], [reductions], "
-                    "[apriori], [sigma], [baselines], [lumps], [connected_net], [covariances], [tables]"});
+                    "[apriori], [sigma], [baselines], [lumps], [connected_net], [csv], [covariances], [tables]"});
     EXPECT_EQ(run_setting("dimention = 3"),
               Lines{"net.inp:3:1: unknown key \"dimention\" in [run]; did you mean dimension?"});
     EXPECT_EQ(setting("units", "temperature = 1"),
-              Lines{"net.inp:4:1: unknown key \"temperature\" in [units]; known keys: length, angle, vertical"});
+              Lines{"net.inp:4:1: unknown key \"temperature\" in [units]; known keys: length, angle, vertical, "
+                    "sigma_length, sigma_angle"});
     EXPECT_EQ(faults_of(run + tables + "target = \"name\"\n"),
               Lines{"net.inp:16:1: unknown key \"target\" in [tables]; did you mean targets?"});
 }
@@ -379,9 +380,9 @@ TEST(NetworkFile, RefusesUnknownWords)
               Lines{"net.inp:3:10: \"compct\" is not known for solver in [run]; did you mean \"compact\"?"});
     EXPECT_EQ(run_setting("mode = 1"), Lines{"net.inp:3:8: value is not known for mode in [run]; write one of: "
                                              "\"statistics\", \"solution\", \"propagation\""});
-    EXPECT_EQ(setting("units", "angle = \"deg\""),
-              Lines{"net.inp:4:9: \"deg\" is not known for angle in [units]; write one of: \"gon\", \"degree\", "
-                    "\"packed_degree\", \"radian\""});
+    EXPECT_EQ(setting("units", "angle = \"turns\""),
+              Lines{"net.inp:4:9: \"turns\" is not known for angle in [units]; write one of: \"gon\", \"mgon\", "
+                    "\"degree\", \"arc_second\", \"mil\", \"packed_degree\", \"radian\", \"dms\""});
     EXPECT_EQ(setting("reductions", "distances = 3"),
               Lines{"net.inp:4:13: value is not known for distances in [reductions]; write one of: \"none\", "
                     "\"mark_to_mark\", \"horizontal_mixed\", \"horizontal_origin\""});
@@ -532,7 +533,7 @@ TEST(NetworkFile, RefusesATableThatIsNeitherTextNorFile)
                     "\"azimuths.csv\" }"});
     EXPECT_EQ(faults_of(run + tables + "azimuths = { path = \"a.csv\" }\n"),
               (Lines{"net.inp:16:12: table azimuths names no file; write { file = \"azimuths.csv\" }",
-                     "net.inp:16:14: unknown key \"path\" in table azimuths; known key: file"}));
+                     "net.inp:16:14: unknown key \"path\" in table azimuths; known keys: file, columns"}));
     EXPECT_EQ(faults_of(run + tables + "azimuths = { file = 5 }\n"),
               Lines{"net.inp:16:12: table azimuths names no file; write { file = \"azimuths.csv\" }"});
 }
@@ -550,6 +551,97 @@ TEST(NetworkFile, ReadsTablesFromTheirOwnFiles)
     EXPECT_EQ(folder.model.azimuths.where[0].file, 1);
     EXPECT_EQ(folder.model.azimuths.where[0].line, 2);
     EXPECT_EQ(folder.model.files, (std::vector<std::string>{folder.file("net.inp"), folder.file("lists/a.csv")}));
+}
+
+TEST(TableFiles, MayHaveOtherSeparatorsAndDecimalCommas)
+{
+    const auto read = [](const std::string &csv, const std::string &rows) {
+        Folder folder;
+        folder.write("a.csv", rows);
+        folder.write("net.inp", run + "[csv]\n" + csv + tables + "azimuths = { file = 'a.csv' }\n");
+        EXPECT_EQ(folder.read(), Lines()) << rows;
+        if (folder.model.azimuths.size() != 2) return std::string("no rows");
+        const measure_input &first = folder.model.azimuths.records[0], &second = folder.model.azimuths.records[1];
+        EXPECT_EQ(first.val, 50.5);
+        EXPECT_EQ(first.sig, 0.001);
+        EXPECT_EQ(second.val, -1.0);
+        EXPECT_EQ(second.h1, 0.0);
+        return std::string(first.from);
+    };
+    const std::string comma = "separator = ';'\ndecimal = ','\n";
+    EXPECT_EQ(read(comma, "\xEF\xBB\xBF"
+                          "from;to;h1;value;sigma\r\nS;\"T\";1,5;50,5;0,001\r\nS;T;;-1;1e-3;\r\n"),
+              "S       ");
+    EXPECT_EQ(read(comma, "from;to;value;sigma\rS;T;+50,5;0,001\rS;T;-1,0;\"0,001\" # last\r"), "S       ");
+    EXPECT_EQ(read("separator = 'tab'\n", "from\tto\th1\tvalue\tsigma\n S \tT\t\t50.5\t0.001\nS\t\"T\"\t\t-1\t0.001\n"),
+              "S       ");
+    EXPECT_EQ(
+        read("separator = 'tab'\ndecimal = ','\n", "from\tto\tvalue\tsigma\t\nS\tT\t50,5\t0,001\t\nS\tT\t-1\t1\n"),
+        "S       ");
+    EXPECT_EQ(read("separator = ','\ndecimal = ','\n", "from,to,value,sigma\nS,T,\"50,5\",\"0,001\"\nS,T,-1,1\n"),
+              "S       ");
+}
+
+TEST(TableFiles, WithDecimalCommasHaveNoPoints)
+{
+    Folder folder;
+    folder.write("a.csv", "from;to;value;sigma\nS;T;50.5;0,001\nS;T;1.234,5;0,001\n");
+    folder.write("net.inp",
+                 run + "[csv]\nseparator = ';'\ndecimal = ','\n" + tables + "azimuths = { file = 'a.csv' }\n");
+    EXPECT_EQ(folder.read(),
+              (Lines{"a.csv:2:5: \"50.5\" is not a number in column value; write a number like 12,5",
+                     "a.csv:3:5: \"1.234,5\" is not a number in column value; write a number like 12,5"}));
+}
+
+TEST(TableFiles, WithTheWrongSeparatorAreToldWhichToName)
+{
+    Folder folder;
+    folder.write("net.inp", run + tables + "azimuths = { file = 'a.csv' }\n");
+    for (const auto &[mark, word] : {std::pair(";", ";"), std::pair("\t", "tab")}) {
+        folder.write("a.csv", "from" + std::string(mark) + "to\nS" + mark + "T\n");
+        EXPECT_NE(folder.read()[0].find("; write separator = \"" + std::string(word) + "\" in [csv]"),
+                  std::string::npos);
+    }
+}
+
+TEST(TableFiles, MayHaveHeadingsOfTheirOwn)
+{
+    Folder folder;
+    const std::string mapping =
+        "azimuths = { file = 'a.csv', columns = { from = \"Standpunkt\", value = 'Azimut [gon]', "
+        "\"sigma\" = 'm.F.' } }\n";
+    folder.write("a.csv", "Nr,Standpunkt,to,value,Azimut [gon],m.F.,,Bemerkung\n1,S,T,7,50.5,0.001,x,\"a, b\"\n");
+    folder.write("net.inp", run + tables + mapping);
+    ASSERT_EQ(folder.read(), Lines());
+    ASSERT_EQ(folder.model.azimuths.size(), 1u);
+    EXPECT_EQ(folder.model.azimuths.records[0].val, 50.5); // not the column that is called value
+    EXPECT_EQ(folder.model.azimuths.records[0].sig, 0.001);
+    folder.write("a.csv", "Standpkt,to,Azimut [gon],m.F.\nS,T,50.5,0.001\n");
+    EXPECT_EQ(folder.read(),
+              (Lines{"net.inp:16:42: \"Standpunkt\" does not stand in the heading of table azimuths; write it "
+                     "as the file does",
+                     "a.csv:1:1: column from is missing in table azimuths; add it to the heading"}));
+    folder.write("net.inp", run + tables + "azimuths = { file = 'a.csv', columns = { form = 'Standpkt', to = 7 } }\n");
+    EXPECT_EQ(folder.read()[0], "net.inp:16:42: unknown column \"form\" in table azimuths; did you mean from?");
+    EXPECT_EQ(folder.read()[1], "net.inp:16:66: column \"to\" of table azimuths is not a text; write the word of the "
+                                "file's heading in quotation marks");
+    folder.write("net.inp", run + tables + "azimuths = { file = 'a.csv', columns = 'from' }\n");
+    EXPECT_EQ(folder.read()[0],
+              "net.inp:16:40: columns of table azimuths are no list of columns; write columns = { from = "
+              "\"...\" }");
+}
+
+TEST(OpenTables, AreNamedWhereTheyBegin)
+{
+    Folder folder;
+    std::string text = run + tables;
+    text.erase(text.find("\"\"\"\ndistances"), 4); // the end of targets
+    folder.write("net.inp", text);
+    EXPECT_EQ(folder.read(), Lines{"net.inp:8:11: text of targets is not closed; write \"\"\" on a line of its own "
+                                   "behind its last line"});
+    folder.write("net.inp", run + tables.substr(0, tables.size() - 4));
+    EXPECT_EQ(folder.read(), Lines{"net.inp:12:13: text of distances is not closed; write \"\"\" on a line of its own "
+                                   "behind its last line"});
 }
 
 TEST(NetworkFile, NamesTheFileOfATableInItsFaults)

@@ -91,8 +91,9 @@ TEST(Cameras, RefuseWhatCannotBe)
                      "net.inp:6:11: c is not known in table cameras; write a number above 0"}));
     EXPECT_EQ(photo.with("name width height pu pv c\nC 6 4 1 1 1\nC 6 4 1 1 1", images),
               Lines{"net.inp:7:1: camera \"C\" is listed twice; keep one of the two"});
-    EXPECT_EQ(photo.with("name width height pu pv c\nC 6 4 1 1 1\nCamera123 6 4 1 1 1", images),
-              Lines{"net.inp:7:1: name \"Camera123\" has 9 bytes, at most 8 fit; shorten it"});
+    EXPECT_EQ(
+        photo.with("name width height pu pv c\nC 6 4 1 1 1\n" + std::string(41, 'c') + " 6 4 1 1 1", images),
+        Lines{"net.inp:7:1: name \"" + std::string(40, 'c') + "...\" has 41 characters, at most 40 fit; shorten it"});
 }
 
 TEST(Images, AreReadWithAnAbsolutePath)

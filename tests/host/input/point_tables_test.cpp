@@ -3,6 +3,7 @@
 #include <math.h>
 
 #include "host/folder.h"
+#include "host/input/names.h"
 
 using namespace vornhost;
 
@@ -244,13 +245,45 @@ TEST(Points, RefuseNumbersThatCannotBe)
         Lines{"net.inp:6:9: \"99999\" in column status is out of range; write a whole number from -9999 to 9999"});
 }
 
-TEST(PointNames, HaveAtMostEightBytes)
+TEST(PointNames, HaveAtMostFortyCharactersOfAnyScript)
 {
-    EXPECT_EQ(stations("name x y z\nS 1 2 3\nABCDEFGH 1 2 3"), Lines());
-    EXPECT_EQ(stations("name x y z\nS 1 2 3\nKirchturm 1 2 3"),
-              Lines{"net.inp:7:1: name \"Kirchturm\" has 9 bytes, at most 8 fit; shorten it"});
-    EXPECT_EQ(stations("name x y z\nS 1 2 3\nM\xC3\xBChlbach 1 2 3"),
-              Lines{"net.inp:7:1: name \"M\xC3\xBChlbach\" has 9 bytes, at most 8 fit; shorten it"});
+    std::string cyrillic;
+    for (int i = 0; i < 40; i++) cyrillic += "\xD0\x96";
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n" + std::string(40, 'a') + " 1 2 3"), Lines());
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n" + cyrillic + " 1 2 3"), Lines());
+    EXPECT_EQ(
+        stations("name x y z\nS 1 2 3\n" + std::string(41, 'a') + " 1 2 3"),
+        Lines{"net.inp:7:1: name \"" + std::string(40, 'a') + "...\" has 41 characters, at most 40 fit; shorten it"});
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n" + cyrillic + "x 1 2 3"),
+              Lines{"net.inp:7:1: name \"" + cyrillic + "...\" has 41 characters, at most 40 fit; shorten it"});
+}
+
+TEST(PointNames, HoldBlanksAndMarksInQuotationMarks)
+{
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n\"Pillar 3\" 1 2 3\n\"-\" 1 2 3\n\"#4 \"\"N\"\" up\" 1 2 3"), Lines());
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n\"Pillar 3\" 1 2 3\nPillar 3 1 2 3"),
+              Lines{"net.inp:8:14: row has 5 cells, the heading has 4; remove what is too much or name its column"});
+    EXPECT_EQ(stations("name x y z\nS 1 2 3\n\"Pillar 3\" 1 2 3\n\"Pillar 3\" 1 2 3"),
+              Lines{"net.inp:8:2: point \"Pillar 3\" is listed twice; keep one of the two, the first stands at "
+                    "net.inp:7:2"});
+}
+
+TEST(PointNames, ThatAreLongStandInTheRecordsByKeys)
+{
+    Folder folder;
+    folder.write("net.inp",
+                 "[run]\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\n000921032150 0 0 fixed\n"
+                 "@2 1 2 free\n\"St. Mary's Church\" 3 4 free\n\"\"\"\ndistances = \"\"\"\n"
+                 "from to value sigma\n@2 000921032150 2 1\n\"St. Mary's Church\" 000921032150 5 1\n\"\"\"\n");
+    EXPECT_EQ(folder.read(), Lines());
+    const Model &model = folder.model;
+    EXPECT_STREQ(model.targets.records[0].name, "@1      ");
+    EXPECT_STREQ(model.targets.records[1].name, "@2      "); // its own name, which no key may be
+    EXPECT_STREQ(model.targets.records[2].name, "@3      ");
+    EXPECT_STREQ(model.distances.records[1].from, "@3      ");
+    EXPECT_EQ(full_name(model, model.distances.records[1].from), "St. Mary's Church");
+    EXPECT_EQ(full_name(model, model.distances.records[0].from), "@2");
+    EXPECT_EQ(full_name(model, model.distances.records[0].to), "000921032150");
 }
 
 TEST(PointNames, MustBeKnown)

@@ -77,6 +77,32 @@ TEST(Table, HoldsADashAsAValueThatIsNotKnown)
     EXPECT_TRUE(cut.table->given(0, Y));
 }
 
+TEST(Table, TakesCellsInQuotationMarksBetweenBlanks)
+{
+    const Cut cut("\"name\" x y\n\"P 1\" 1 -\n\"a \"\"b\"\" #\"  2 \"-\"# \"\nA\"1 \"3\" 4\n");
+    EXPECT_EQ(cut.lines, Lines());
+    ASSERT_EQ(cut.table->rows(), 3u);
+    EXPECT_EQ(cut.at(0, NAME), "P 1");
+    EXPECT_EQ(cut.table->place(0, NAME).column, 2);
+    EXPECT_EQ(cut.at(0, X), "1");
+    EXPECT_EQ(cut.at(1, NAME), "a \"b\" #");
+    EXPECT_EQ(cut.at(1, X), "2");
+    EXPECT_EQ(cut.at(1, Y), "-");
+    EXPECT_EQ(cut.at(2, NAME), "A\"1"); // a mark inside a word is a letter
+    EXPECT_EQ(cut.at(2, X), "3");
+    EXPECT_TRUE(cut.table->quoted(1, Y));
+    EXPECT_FALSE(cut.table->quoted(0, Y));
+    EXPECT_FALSE(cut.table->quoted(2, NAME));
+    EXPECT_TRUE(cut.table->quoted(2, X));
+}
+
+TEST(Table, RefusesOpenAndStrayQuotationMarksBetweenBlanks)
+{
+    EXPECT_EQ(faults_in("name x\n\"P 1 1\n")[0], "t:2:1: quotation mark is not closed on its line; add a second \"");
+    EXPECT_EQ(faults_in("name x\n\"P 1\"2 1\n"),
+              Lines{"t:2:6: text after the closing quotation mark; put a blank before it"});
+}
+
 TEST(Table, KnowsThePlaceOfEachCell)
 {
     const Cut cut("name x\nM\xC3\xBC  1\n");
@@ -101,7 +127,7 @@ TEST(Table, ListsItsColumnsWhenNoneIsNear)
 TEST(Table, RefusesAHeadingWithTheWrongSeparator)
 {
     EXPECT_EQ(faults_in("name;x\nA;1\n", Layout::Commas)[0],
-              "t:1:1: unknown column \"name;x\" in table points; separate the cells with commas");
+              "t:1:1: unknown column \"name;x\" in table points; write separator = \";\" in [csv]");
     EXPECT_EQ(faults_in("name,x\nA,1\n")[0],
               "t:1:1: unknown column \"name,x\" in table points; separate the cells with blanks");
 }
@@ -196,17 +222,17 @@ TEST(CommaTable, RefusesTextBehindAQuotedCell)
 
 TEST(Passage, ReplacesEscapesAndKeepsThePlacesInTheFile)
 {
-    const Cut cut("name\\tx\\nA\\u00fc \\\n   \\U00000031\n\\\"B\\\\ 2", Layout::Blanks, true);
+    const Cut cut("name\\tx\\nA\\u00fc \\\n   \\U00000031\n\\\"B\\\\\\\" 2", Layout::Blanks, true);
     EXPECT_EQ(cut.lines, Lines());
     ASSERT_EQ(cut.table->rows(), 2u);
     EXPECT_EQ(cut.at(0, NAME), "A\xC3\xBC");
     EXPECT_EQ(cut.at(0, X), "1");
-    EXPECT_EQ(cut.at(1, NAME), "\"B\\");
+    EXPECT_EQ(cut.at(1, NAME), "B\\");
     EXPECT_EQ(cut.table->place(0, NAME).column, 10);
     EXPECT_EQ(cut.table->place(0, X).line, 2); // behind the joined lines
     EXPECT_EQ(cut.table->place(0, X).column, 4);
     EXPECT_EQ(cut.table->place(1, X).line, 3);
-    EXPECT_EQ(cut.table->place(1, X).column, 7);
+    EXPECT_EQ(cut.table->place(1, X).column, 9);
 }
 
 TEST(Suggestion, NamesTheNearestWordOrAllOfThem)

@@ -61,6 +61,19 @@ TEST(TextFile, LeavesOutAByteOrderMark)
     EXPECT_EQ(file.text(), "name");
 }
 
+TEST(TextFile, TakesCarriageReturnsForLineEndsWhereThereAreNoOthers)
+{
+    Folder folder;
+    TextFile file;
+    folder.write("t", "name\r" + std::string(70000, 'x') + "\r" + std::string(70000, 'y') + "\rz");
+    ASSERT_EQ(read(folder, "t", file), Lines());
+    EXPECT_EQ(file.text().substr(0, 6), "name\nx");
+    EXPECT_EQ(file.place(file.text().size() - 1).line, 4);
+    folder.write("t", "a\rb\n");
+    ASSERT_EQ(read(folder, "t", file), Lines());
+    EXPECT_EQ(file.text(), "a\rb\n");
+}
+
 TEST(TextFile, MayBeEmpty) { EXPECT_EQ(read_bytes(""), Lines()); }
 
 TEST(TextFile, RefusesAFileThatDoesNotExist)

@@ -136,3 +136,15 @@ TEST(Determinacy, NamesWhatIsHardlyDeterminedWhereThereIsNoEnd)
     EXPECT_FALSE(solved.adjusted());
     EXPECT_TRUE(contains(solved.words(), "of P")) << solved.words();
 }
+
+// The last levelled difference is a metre off: sigma is 250, but P is where the others tell.
+TEST(Determinacy, IsNotJudgedByAGrossError)
+{
+    const SolvedNetwork solved = solve_text(
+        "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 0 fixed\nB 0.5 fixed\nP 0.1 free\n'''\n"
+        "height_differences = '''\nfrom to value sigma\nA P 0.1 0.001\nA P 0.1 0.001\nB P -0.4 0.001\nB P 0.6 "
+        "0.001\n'''\n");
+    ASSERT_TRUE(solved.adjusted()) << solved.words();
+    EXPECT_GT(*solved.point("P").deviation[2], 0.2);
+    EXPECT_TRUE(solved.results().notes.empty()) << solved.results().notes.front();
+}

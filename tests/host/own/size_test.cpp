@@ -11,10 +11,10 @@ using namespace vornhost;
 
 namespace {
 
-// A loop of levelling with a gross error of 50 mm in one of its two lines from C to A.
+// A loop of levelling with a gross error of 5 mm in one of its two lines from C to A.
 const char loop[] = "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 100 fixed\nB 101 free\nC 102 free\n"
                     "'''\nheight_differences = '''\nfrom to value sigma\nA B 1.001 0.001\nB C 1.000 0.001\n"
-                    "C A -2.000 0.001\nC A -2.050 0.001\nB C 1.001 0.001\n'''\n";
+                    "C A -2.000 0.001\nC A -2.005 0.001\nB C 1.001 0.001\n'''\n";
 
 SolvedNetwork solve_loop(const std::function<void(Model &)> &change)
 {

@@ -75,10 +75,10 @@ TEST(Accounts, ExplainNamesThatTheEngineDoesNotTake)
     Case c(file_of(2, "stations = '''\nname x y orientation\nS 50 60 0\n'''\n" + points + distances +
                           "directions = '''\nfrom to value sigma\nS A 255 1\nS B 355 1\n'''\n"));
     Model &model = c.folder.model;
-    pad_name(model.distances.records[0].from, "X");
+    hold_name(model.distances.records[0].from, NameKeys(), "X");
     model.directions.records.push_back(model.directions.records[0]);
     model.directions.where.push_back({0, 99, 1});
-    pad_name(model.directions.records[2].from, "B");
+    hold_name(model.directions.records[2].from, NameKeys(), "B");
     const Lines lines = c.lines();
     ASSERT_EQ(lines.size(), 6u);
     EXPECT_EQ(lines[0], "distances: read 5 = used 2 + left out 3");
@@ -112,16 +112,16 @@ TEST(Accounts, SayWhyAnImageWasLeftOut)
     camera_input on = camera_input(), off = camera_input();
     on.status = 1;
     off.status = -1;
-    pad_name(on.name, "ON");
-    pad_name(off.name, "OFF");
+    hold_name(on.name, NameKeys(), "ON");
+    hold_name(off.name, NameKeys(), "OFF");
     model.cameras.add(on, {});
     model.cameras.add(off, {});
     station_input s = station_input();
     s.status = STATUS_ON;
-    pad_name(s.name, "S");
+    hold_name(s.name, NameKeys(), "S");
     model.stations.add(s, {});
     s.status = STATUS_OFF;
-    pad_name(s.name, "T");
+    hold_name(s.name, NameKeys(), "T");
     model.stations.add(s, {});
     struct {
         const char *station, *camera;
@@ -134,8 +134,8 @@ TEST(Accounts, SayWhyAnImageWasLeftOut)
     for (int i = 0; i < 5; i++) {
         image_input image = image_input();
         image.status = 1;
-        pad_name(image.station, images[i].station);
-        pad_name(image.camera, images[i].camera);
+        hold_name(image.station, NameKeys(), images[i].station);
+        hold_name(image.camera, NameKeys(), images[i].camera);
         images[i].file.copy(image.file, sizeof image.file - 1);
         model.images.add(image, {0, i + 1, 1});
     }
@@ -163,13 +163,13 @@ TEST(Accounts, NameTheLinesOfImageFilesThatAreLeftOut)
     for (const char *name : {"A", "B", "C", "D", "OFF"}) {
         target_input t = target_input();
         t.status = strcmp(name, "OFF") == 0 ? STATUS_OFF : STATUS_ON;
-        pad_name(t.name, name);
+        hold_name(t.name, NameKeys(), name);
         model.targets.add(t, {});
     }
     image_input image = image_input();
     image.status = 1;
-    pad_name(image.station, "S");
-    pad_name(image.camera, "CAM");
+    hold_name(image.station, NameKeys(), "S");
+    hold_name(image.camera, NameKeys(), "CAM");
     folder.file("img.txt").copy(image.file, sizeof image.file - 1);
     model.images.add(image, {0, 1, 1});
     Lines lines = account_lines(AccountKeeper(model).close(model));

@@ -1,0 +1,125 @@
+// The tables of the page: which rows, which columns.
+
+function lengthColumn(title, data, key, about) {
+  return { title, unit: data.format.length.name, text: (p) => data.format.metric(key(p)), key, about };
+}
+
+function smallColumn(title, data, key, about) {
+  return { title, unit: data.format.length.small, text: (p) => data.format.small(key(p)), key, about };
+}
+
+const plain = (title, text, more = {}) => ({ title, left: true, text, ...more });
+
+function pointColumns(data) {
+  const columns = [
+    { title: "point", left: true, text: (p) => p.name, names: ["name"] },
+    { title: "role", left: true, text: (p) => p.role + (p.station ? ", instrument" : "") },
+  ];
+  for (const k of data.axes) columns.push(lengthColumn(AXES[k], data, (p) => p.x[k], `adjusted ${AXES[k]}`));
+  if (data.has.shift) for (const k of data.axes) columns.push(smallColumn(`d${AXES[k]}`, data, (p) => p.shift[k], `adjusted less approximate ${AXES[k]}`));
+  if (data.has.deviation) for (const k of data.axes) columns.push(smallColumn(`s${AXES[k]}`, data, (p) => p.deviation[k], `standard deviation of ${AXES[k]}`));
+  if (data.points.some((p) => p.ellipse[0])) {
+    columns.push(smallColumn("a", data, (p) => p.ellipse[0] && p.ellipse[0].a, "larger semi-axis of the standard ellipse in x and y"));
+    columns.push(smallColumn("b", data, (p) => p.ellipse[0] && p.ellipse[0].b, "smaller semi-axis of the standard ellipse in x and y"));
+    columns.push({ title: "bearing", unit: data.format.angle.name, about: "bearing of the larger axis, from x towards y",
+      text: (p) => (p.ellipse[0] ? data.format.bearing(p.ellipse[0].bearing) : ""), key: (p) => p.ellipse[0] && p.ellipse[0].bearing });
+  }
+  return columns;
+}
+
+function observationColumns(data) {
+  const f = data.format, suspicious = (o) => Boolean(o.marks & SUSPICIOUS);
+  const number = (title, key, decimals, about, names) => ({ title, names, about, text: (o) => decimal(key(o), decimals), key: (o) => (isNumber(key(o)) ? Math.abs(key(o)) : null) });
+  const columns = [
+    { title: "kind", left: true, text: (o) => o.kind + (o.component ? ` ${o.component}` : "") },
+    ...(data.has.at ? [plain("at", (o) => o.at)] : []),
+    { title: "from", left: true, text: (o) => o.from },
+    { title: "to", left: true, text: (o) => o.to },
+    { title: "observed", text: (o) => f.value(o, o.value), key: (o) => o.value },
+    { title: "adjusted", text: (o) => f.value(o, o.adjusted), key: (o) => o.adjusted },
+    { title: "unit", left: true, text: (o) => f.valueUnit(o) },
+    { title: "residual", names: ["v"], about: "observed less adjusted, in the unit to the right", text: (o) => f.smallValue(o, isNumber(o.v) ? f.sign(o) * o.v : null), key: (o) => (isNumber(o.v) ? Math.abs(o.v) : null) },
+    { title: "sigma", about: "standard deviation of the observation, in the unit to the right", text: (o) => f.smallValue(o, o.sigma), key: (o) => o.sigma },
+    { title: "in", left: true, text: (o) => f.smallUnit(o) },
+  ];
+  if (data.has.r) columns.push({ ...number("r", (o) => o.r, 3, "redundancy: 0 unchecked, 1 wholly checked", ["redundancy"]), key: (o) => o.r });
+  if (data.has.w) columns.push({ ...number("w", (o) => (isNumber(o.w) ? f.sign(o) * o.w : null), 2, "normalised residual", ["normalised"]), strong: suspicious });
+  else if (data.has.ratio) columns.push(number("v/sigma", (o) => (isNumber(o.ratio) ? f.sign(o) * o.ratio : null), 2, "residual by standard deviation of the observation"));
+  if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "** beyond the limit for the largest of all, * beyond that for one", text: (o) => (suspicious(o) ? "**" : o.marks & 2 ? "*" : ""), strong: suspicious });
+  for (const [key, title] of [["setup", "set-up"], ["set", "set"], ["id", "id"]]) if (data.has[key]) columns.push(plain(title, (o) => o[key]));
+  if (data.has.remark) columns.push(plain("remark", (o) => o.remark, { width: 30 }));
+  columns.push({ title: "place", left: true, width: 34, text: (o) => (o.line > 0 ? `${o.file.replace(/^.*\//, "")}:${o.line}` : ""), key: (o) => o.file.length * 1e8 + o.line });
+  return columns;
+}
+
+function constantRows(data) {
+  const rows = [], f = data.format;
+  for (const g of data.groups)
+    for (const c of g.constants) {
+      const metres = c.name === "additive constant", ppm = c.name === "scale";
+      rows.push({ of: `group ${g.name}`, name: ppm ? "scale - 1" : c.name,
+        value: metres ? f.small(c.value) : ppm ? decimal((c.value - 1) * 1e6, 2) : decimal(c.value, 4),
+        deviation: !isNumber(c.deviation) ? "" : metres ? f.small(c.deviation) : ppm ? decimal(c.deviation * 1e6, 2) : decimal(c.deviation, 4),
+        unit: metres ? f.length.small : ppm ? "ppm" : "" });
+    }
+  const shown = (x, name) => (!isNumber(x) ? "" : /^(c|x0|y0)$/.test(name) ? decimal(x, 4) : x.toExponential(5));
+  for (const camera of data.cameras)
+    for (const c of camera.constants) rows.push({ of: `camera ${camera.name}`, name: c.name, value: shown(c.value, c.name), deviation: shown(c.deviation, c.name), unit: "as in the file" });
+  return rows;
+}
+
+function movementRows(data) {
+  const f = data.format, rows = [];
+  for (const l of data.lumps) {
+    const who = { lump: String(l.lump), epochs: `${l.reference} to ${l.epoch}` };
+    const add = (name, x, s, text, unit) => rows.push({ ...who, name, unit, value: text(x), deviation: isNumber(s) ? text(s) : "", ratio: isNumber(s) && s > 0 ? Math.abs(x) / s : null });
+    AXES.forEach((axis, k) => add(`shift ${axis}`, l.translation[k], l.translation_deviation[k], (x) => f.small(x), f.length.small));
+    AXES.forEach((axis, k) => add(`turn ${axis}`, l.rotation[k], l.rotation_deviation[k], (x) => f.smallAngle(x), f.angle.small));
+    add("scale - 1", l.scale - 1, l.scale_deviation, (x) => decimal(x * 1e6, 2), "ppm");
+  }
+  return rows;
+}
+
+function rotationRows(data) {
+  const f = data.format, rows = [];
+  for (const o of data.orientations)
+    [0, 1, 2].forEach((k) => {
+      if (k < 2 && o.rotation[k] === 0 && !isNumber(o.deviation[k])) return;
+      rows.push({ station: [o.station, o.setup, o.set].filter(Boolean).join(" / "), name: `rx${k + 1}`, value: k < 2 ? f.signedAngle(o.rotation[k]) : f.circle(o.rotation[k]), deviation: isNumber(o.deviation[k]) ? f.smallAngle(o.deviation[k]) : "" });
+    });
+  return rows;
+}
+
+function leftOutRows(data) {
+  return data.accounts.flatMap((a) => a.left_out.map((l) => ({ kind: a.kind, ...l })));
+}
+
+function passed(value) { return value === true ? "passed" : value === false ? "failed" : ""; }
+
+function kindColumns() {
+  return [
+    plain("kind", (k) => k.kind), { title: "sigma a priori", text: (k) => decimal(k.sigma_a_priori, 4) },
+    { title: "sigma a posteriori", text: (k) => decimal(k.sigma_a_posteriori, 4) }, plain("goodness of fit", (k) => passed(k.passed)),
+    { title: "beyond *", text: (k) => String(k.over[0]), about: "beyond the limit for one residual" },
+    { title: "beyond **", text: (k) => String(k.over[1]), about: "beyond the limit for the largest of all" },
+  ];
+}
+
+// Every table that has rows.
+function makeTables(data, choosePoint, chooseObservation) {
+  const f = data.format, tables = [];
+  const number = (title, key, unit) => ({ title, unit, text: key, key: (row) => (key(row) === "" ? null : Number(key(row))) });
+  const add = (name, columns, rows, choose) => { if (rows.length) tables.push(new Table(name, columns, rows, choose)); };
+  add("Points", pointColumns(data), data.points, choosePoint);
+  add("Observations", observationColumns(data), data.observations, chooseObservation);
+  add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);
+  add("Left out", [plain("kind", (l) => l.kind), plain("at", (l) => l.at), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
+  add("Kinds", kindColumns(), data.kinds);
+  add("Rotations", [plain("station", (o) => o.station), plain("angle", (o) => o.name), { ...number("value", (o) => o.value, f.angle.name), key: null }, number("standard deviation", (o) => o.deviation, f.angle.small)], rotationRows(data));
+  add("Constants", [plain("of", (c) => c.of), plain("constant", (c) => c.name), number("value", (c) => c.value), number("standard deviation", (c) => c.deviation), plain("unit", (c) => c.unit)], constantRows(data));
+  add("Movements", [plain("lump", (m) => m.lump), plain("epochs", (m) => m.epochs), plain("parameter", (m) => m.name), number("value", (m) => m.value), number("standard deviation", (m) => m.deviation), plain("unit", (m) => m.unit),
+    { title: "ratio", about: "value by its standard deviation", text: (m) => decimal(m.ratio, 1), key: (m) => m.ratio, strong: (m) => m.ratio > 3 }], movementRows(data));
+  add("Pairs", [plain("from", (p) => p.from), plain("to", (p) => p.to), ...data.axes.map((k) => smallColumn(`sd${AXES[k]}`, data, (p) => p.deviation[k], `standard deviation of the difference in ${AXES[k]}`)),
+    smallColumn("a", data, (p) => p.ellipse[0] && p.ellipse[0].a), smallColumn("b", data, (p) => p.ellipse[0] && p.ellipse[0].b)], data.pairs);
+  return tables;
+}

@@ -1,0 +1,20 @@
+// The verdict of a run in sentences: whether it was adjusted, whether the observations agree, what to look at.
+
+#ifndef VORNHOST_VERDICT_H
+#define VORNHOST_VERDICT_H
+
+#include <string>
+#include <vector>
+
+#include "host/results/results.h"
+
+namespace vornhost {
+
+std::vector<std::string> verdict(const Results &results);
+
+// "distance S1 to P (net.inp:12)".
+std::string residual_name(const Results &results, const ResidualResult &residual);
+
+} // namespace vornhost
+
+#endif

@@ -1,0 +1,57 @@
+"""Makes the pictures of docs/pictures anew: pictures.py PROGRAM"""
+
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+from chromium import Chromium
+
+HOUSE = Path(__file__).resolve().parents[2]
+FOLDER = HOUSE / "docs/pictures"
+
+
+def choose(browser, name):
+    """Chooses a point by its name, with the whole network in sight."""
+    browser.click_on("#search")
+    browser.type(name)
+    browser.key("Enter")
+    browser.click_on("#all")
+
+
+def main(program):
+    with tempfile.TemporaryDirectory() as folder, Chromium(1280, 860) as browser:
+        def show(example, dark=False, width=1280, height=1010, solver="sparse"):
+            page = Path(folder) / f"{example}.html"
+            subprocess.run([program, "adjust", f"examples/{example}.inp", "--quiet", "--solver", solver, "--html", page, "-o", f"{page}.txt"], cwd=HOUSE, check=True)
+            browser.resize(width, height)
+            browser.dark(dark)
+            browser.open(page)
+
+        show("gross_error")
+        browser.click_on("#details tbody tr")
+        browser.run("scrollTo({top: 0, behavior: 'instant'})")
+        browser.mouse("mouseMoved", 5, 5)
+        browser.picture(FOLDER / "page.png")
+
+        show("monitoring_wall", dark=True)
+        browser.click_on("#turn")
+        choose(browser, "A5")
+        browser.run("scrollTo({top: 0, behavior: 'instant'})")
+        browser.mouse("mouseMoved", 5, 5)
+        browser.picture(FOLDER / "page_dark.png")
+
+        show("niemeier_levelling_free")
+        browser.picture(FOLDER / "page_levelling.png")
+
+        show("total_station_heights", height=900)
+        browser.click_on("#tabs button:nth-child(2)")
+        browser.click_on(".window:not([hidden]) th:nth-child(11) button")
+        browser.click_on(".window:not([hidden]) th:nth-child(11) button")
+        browser.run("document.getElementById('lists').scrollIntoView({behavior: 'instant'})")
+        browser.frames(4)
+        browser.picture(FOLDER / "page_tables.png")
+
+
+if __name__ == "__main__":
+    main(str(Path(sys.argv[1] if len(sys.argv) > 1 else HOUSE / "build/release/vorn").resolve()))
