@@ -145,14 +145,14 @@ std::optional<double> common_turn(const Sightings &s, const Frame &local, const 
     return std::atan2(sine, cosine);
 }
 
-std::optional<Motion> by_points(const std::vector<Common> &all, const Frame &local)
+std::optional<Motion> by_points(const std::vector<Common> &all, const Frame &local, bool mirror_first)
 {
     const double t = share * size_of(all);
     if (!(t > 0.0)) return std::nullopt;
     std::optional<Motion> best;
     const bool may_mirror = !handed(local);
     for (const bool rigid : {true, false})
-        for (const double mirror : {1.0, -1.0}) {
+        for (const double mirror : {mirror_first ? -1.0 : 1.0, mirror_first ? 1.0 : -1.0}) {
             if ((rigid && !local.scaled) || (mirror < 0.0 && !may_mirror)) continue;
             const auto m = best_of_pairs(all, t, rigid, mirror);
             if (m && (!best || m->agreed > best->agreed + (rigid ? 0.01 : 0.5))) best = m;
@@ -211,7 +211,7 @@ void turn_frame(double turn, double scale, Frame *frame)
 
 } // namespace
 
-std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const Frame &ground)
+std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const Frame &ground, bool mirror_first)
 {
     const std::vector<Common> all = common_points(local, ground);
     if (all.empty()) return std::nullopt;
@@ -222,7 +222,7 @@ std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const 
         turned.a = std::cos(*turn), turned.b = std::sin(*turn);
         return shift_of(all, turned);
     }
-    return all.size() < 2 ? std::nullopt : by_points(all, local);
+    return all.size() < 2 ? std::nullopt : by_points(all, local, mirror_first);
 }
 
 bool find_axes(const Sightings &s, Frame *frame, const std::vector<Turn> &given)

@@ -24,8 +24,9 @@ struct Motion {
     }
 };
 
-// No value where too little is shared. Frames without circles may be mirror images.
-std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const Frame &ground);
+// No value where too little is shared. Frames without circles may be mirror images; where both do as well, mirror_first
+// takes the mirror image.
+std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const Frame &ground, bool mirror_first);
 
 // Turns and scales a frame by azimuths, given turns and vectors inside it; true when it then has the axes of the
 // network.

@@ -198,7 +198,7 @@ bool Planner::round()
     for (const int centre : centres) {
         if (known(centre) || tried[(size_t)centre] || !build(centre)) continue;
         for (const int m : local.members) tried[(size_t)m] = 1;
-        const std::optional<Motion> motion = find_motion(s, local, plan.frame);
+        const std::optional<Motion> motion = find_motion(s, local, plan.frame, (way.choices & 1U) != 0);
         if (!motion) continue;
         join(*motion);
         any = true;

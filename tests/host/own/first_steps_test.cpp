@@ -144,3 +144,14 @@ TEST(OwnFirstCoordinates, NameAPointOnceWithWhatItHas)
         << s.words();
     EXPECT_EQ(s.words().find("coordinates of P "), std::string::npos);
 }
+
+// A triangle of distances that hangs on A and B alone is as right as its mirror image.
+TEST(OwnFirstCoordinates, RefuseAFrameThatMayBeMirrored)
+{
+    const SolvedNetwork s = solve_text(
+        "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 100 0 fixed\nP - - free\n"
+        "Q - - free\n'''\ndistances = '''\nfrom to value sigma\nA P 60 0.01\nP Q 50 0.01\nA Q 78.1025 0.01\n"
+        "B Q 64.0312 0.01\nB P 116.6190 0.01\n'''\n");
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("P fits in two places"), std::string::npos) << s.words();
+}
