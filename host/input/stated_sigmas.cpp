@@ -70,7 +70,7 @@ double planned_distance(const Network &net, int from, int to)
     double squares = 0.0;
     for (int k = 0; k < 3; k++)
         if (net.has_dimension(k)) squares += squared(b[k] - a[k]);
-    return squares > 0.0 ? std::sqrt(squares) * net.metres : 1.0;
+    return squares > 0.0 ? std::sqrt(squares) * metres_per_unit(net.model.p) : 1.0;
 }
 
 } // namespace vornhost

@@ -33,15 +33,16 @@ std::string name_of(const Model &network, const Numbers &numbers, int point)
 // A reading as the file has it.
 std::string reading(const Model &network, const va::Observation &o, double value)
 {
-    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad"};
-    const project &p = network.p;
-    project u = p;
+    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad", " mgon", "\"", " mil", "°"};
+    project u = network.p; // its conversions, in the unit of the file
+    u.iangle = file_units(network).angle;
+    const char *const unit = units[u.iangle];
     switch (o.kind) {
     case Kind::direction:
     case Kind::angle:
-    case Kind::bearing: return number(from_direction(p.iangle, value), 4) + units[p.iangle];
-    case Kind::azimuth: return number(u.aztoraw(1, value), 4) + units[p.iangle];
-    case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + units[p.iangle];
+    case Kind::bearing: return number(from_direction(u.iangle, value), 4) + unit;
+    case Kind::azimuth: return number(u.aztoraw(1, value), 4) + unit;
+    case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + unit;
     case Kind::image: return number(value, 1) + " pixels";
     default: return number(value, 3) + " m";
     }

@@ -289,7 +289,8 @@ Verdict judge(Network n, std::string *told)
     va::Model truth = n.model;
     truth.value = n.truth;
     const va::Outcome reference = adjusted(&truth);
-    if (reference.status != va::Status::adjusted && told) *told += " status of the truth " + std::to_string((int)reference.status);
+    if (reference.status != va::Status::adjusted && told)
+        *told += " status of the truth " + std::to_string((int)reference.status);
     if (reference.status != va::Status::adjusted) return Verdict::hopeless;
     const vornhost::start::Start start = vornhost::start::find_start(&n.model, n.given);
     const auto is_named = [&](int wrong) {
@@ -347,6 +348,13 @@ TEST(SimulatedNetworks, Start)
             printf("| %s | %d | %d + %d | %d | %d |  hopeless %d\n", kind.name, gross, counts[0], counts[1], counts[2],
                    counts[3], counts[4]);
             fflush(stdout);
+            EXPECT_EQ(counts[(int)Verdict::wrong], 0) << kind.name;
+            if (gross == 0) {
+                EXPECT_EQ(counts[(int)Verdict::not_started], 0) << kind.name;
+            }
+            if (gross == 1) {
+                EXPECT_LE(counts[(int)Verdict::not_started], 0.05 * n) << kind.name;
+            }
         }
     }
 }

@@ -144,7 +144,9 @@ Fit measure_fit(const va::Model &model)
 Fit settle(va::Model *model, int steps)
 {
     Settling(model).run(steps);
-    return measure_fit(*model);
+    Fit fit = measure_fit(*model);
+    fit.settled = true;
+    return fit;
 }
 
 } // namespace vornhost::start

@@ -15,10 +15,11 @@ namespace vornhost::start {
 
 struct Fit {
     double loss = 0;         // sum over the rows of log(1 + (u / 5)^2), the same for every way to the same network
-    double scale = 1;        // median of |u| over that of the normal distribution
+    double scale = 1;        // at least 1; median of |u| over that of the normal distribution
     int rows = 0;            // that can be computed
     std::vector<double> off; // [observations] |u|, the largest of its components; 0 where it takes no part
     bool finite = true;
+    bool settled = false; // by the damped adjustment
 };
 
 Fit measure_fit(const vornadjust::Model &model);

@@ -10,7 +10,8 @@ constexpr double sharp = 0.03;  // of its sights: standard deviation of a place 
 constexpr double useless = 1.0; // of its sights: one that says nothing
 constexpr double checked = 0.8; // agreement of one more observation
 constexpr int enough_votes = 6; // of a circle, after which it is not turned any more
-enum Rank { fresh, agreed, open, blunt, torn };
+// What is not looked at yet: checked by one observation more than needed, or not.
+enum Rank { fresh, agreed, bare, open, blunt, torn };
 
 } // namespace
 
@@ -38,7 +39,10 @@ void Growth::touch(int from, int point)
 {
     if (frame.places[(size_t)point].known) return;
     if (ground && ground->places[(size_t)from].known && ground->places[(size_t)point].known) return;
-    queue.push({fresh, 0.0, point, ++version[(size_t)point]});
+    const Support support = support_of(s, frame, point);
+    if (support.count < 2) return;
+    const bool checked = support.count > 2;
+    queue.push({checked ? fresh : bare, checked ? 0.0 : support.sigma, point, ++version[(size_t)point]});
 }
 
 void Growth::vote(int circle)
@@ -123,7 +127,7 @@ void Growth::look(const Waiting &w)
     const std::optional<Determination> d = determine(s, frame, w.point);
     if (!d || d->sigma > useless * d->reach) return;
     const int rank = rank_of(*d);
-    if (rank == agreed || w.rank != fresh) return take(w.point, *d);
+    if (rank == agreed || (rank == open && w.rank == bare) || w.rank > bare) return take(w.point, *d);
     queue.push({rank, d->sigma, w.point, w.version});
 }
 

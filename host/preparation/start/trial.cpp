@@ -12,7 +12,8 @@ namespace {
 namespace va = vornadjust;
 
 constexpr int few_steps = 25, fewer_steps = 6; // of the damped adjustment
-constexpr size_t large = 100000;               // observations above which there are fewer
+constexpr size_t large = 100000;               // observations above which there are fewer, or none where
+constexpr double rough = 20.0;                 // the scale of the misclosures is below this
 constexpr double far_off = 20.0;               // standard deviations, times the scale of the fit
 
 // Coordinates that are given or observed, NaN where there is neither.
@@ -108,8 +109,9 @@ void select(Trial *t)
 
 void adjust(Trial *t)
 {
-    const size_t n = t->model.observations.size();
-    t->fit = settle(&t->model, n > large ? fewer_steps : few_steps);
+    const bool much = t->model.observations.size() > large;
+    if (much) t->fit = measure_fit(t->model);
+    if (!much || t->fit.scale > rough) t->fit = settle(&t->model, much ? fewer_steps : few_steps);
 }
 
 } // namespace
@@ -156,8 +158,9 @@ Trial try_values(const va::Model &model)
 std::vector<int> misfits(const Trial &t)
 {
     std::vector<int> all;
+    const double limit = (t.fit.settled ? far_off : 100.0 * far_off) * t.fit.scale;
     for (int i = 0; i < (int)t.fit.off.size(); i++)
-        if (t.fit.off[(size_t)i] > far_off * t.fit.scale) all.push_back(i);
+        if (t.fit.off[(size_t)i] > limit) all.push_back(i);
     return all;
 }
 

@@ -11,12 +11,12 @@ namespace vornhost::start {
 
 namespace {
 
-constexpr double share = 3e-4;   // of a length: curvature, tilts and what else the plan leaves out
-constexpr double times = 3.0;    // standard deviations in a tolerance
-constexpr size_t most_loci = 10; // of a point, that propose places
-constexpr size_t most_rays = 12; // of a circle, that propose turns
-constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
-constexpr double torn_by = 0.5;  // agreement by which the best place must lead
+constexpr double share = 3e-4;  // of a length: curvature, tilts and what else the plan leaves out
+constexpr double times = 3.0;   // standard deviations in a tolerance
+constexpr size_t most_loci = 7; // of a point, that propose places
+constexpr size_t most_rays = 6; // of a circle, that propose turns
+constexpr double vague = 0.1;   // radians: tolerance of a ray so short that it tells nothing of a turn
+constexpr double torn_by = 0.5; // agreement by which the best place must lead
 const double pi = 4.0 * std::atan(1.0);
 
 struct Xy {
@@ -374,6 +374,37 @@ Ranking rank(const Evidence &e, const std::vector<Xy> &all)
 }
 
 } // namespace
+
+Support support_of(const Sightings &s, const Frame &f, int p)
+{
+    Support support;
+    const auto add = [&](int end, int n) {
+        support.count += n;
+        support.sigma = std::fmin(support.sigma, f.places[(size_t)end].sigma);
+    };
+    const auto known = [&](int end) { return f.places[(size_t)end].known; };
+    for (const int *i = s.rays_to.begin(p); i != s.rays_to.end(p); i++) {
+        const Ray &r = s.rays[(size_t)*i];
+        if (known(r.from) && f.turns[(size_t)r.circle].known) add(r.from, 1);
+    }
+    for (const int *c = s.circles_at.begin(p); c != s.circles_at.end(p); c++) {
+        int rays = f.turns[(size_t)*c].known ? 1 : 0;
+        for (const int *i = s.rays_of.begin(*c); i != s.rays_of.end(*c); i++)
+            if (known(s.rays[(size_t)*i].to)) add(s.rays[(size_t)*i].to, rays++ > 0);
+    }
+    for (const int *i = s.azimuths_from.begin(p); i != s.azimuths_from.end(p); i++)
+        if (f.turns[(size_t)s.north].known && known(s.rays[(size_t)*i].to)) add(s.rays[(size_t)*i].to, 1);
+    for (const int *i = s.lengths_at.begin(p); i != s.lengths_at.end(p) && f.scaled; i++) {
+        const int end = s.lengths[(size_t)*i / 2].other(p);
+        if (known(end)) add(end, 1);
+    }
+    for (const int *i = s.vectors_at.begin(p); i != s.vectors_at.end(p) && f.true_axes; i++) {
+        const Vector &v = s.vectors[(size_t)*i / 2];
+        const int end = v.from == p ? v.to : v.from;
+        if (known(end)) add(end, 2);
+    }
+    return support;
+}
 
 std::optional<Determination> determine(const Sightings &s, const Frame &frame, int point)
 {

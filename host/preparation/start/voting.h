@@ -5,6 +5,7 @@
 #ifndef VORNHOST_START_VOTING_H
 #define VORNHOST_START_VOTING_H
 
+#include <cmath>
 #include <optional>
 #include <vector>
 
@@ -20,6 +21,14 @@ struct Determination {
     bool torn;         // another place has hardly less agreement
     double other[2];   // that place
 };
+
+// What there is to determine a point with: two observations do, more of them check each other.
+struct Support {
+    int count = 0;
+    double sigma = HUGE_VAL; // smallest standard deviation of a place that it comes from
+};
+
+Support support_of(const Sightings &s, const Frame &frame, int point);
 
 // No value where nothing determines the point.
 std::optional<Determination> determine(const Sightings &s, const Frame &frame, int point);

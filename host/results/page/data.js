@@ -47,7 +47,7 @@ function readObservations(t, places) {
   return t.kind.map((kind, i) => {
     const o = {
       index: i, kind: t.kinds[kind], from: t.names[t.from[i]], to: t.names[t.to[i]], file: t.files[t.file[i]], line: t.line[i],
-      component: t.components[t.component[i]], unit: t.units[t.unit[i]], value: at(t.value, i), sigma: t.sigma[i],
+      component: t.components[t.component[i]], unit: t.units[t.unit[i]], value: at(t.value, i), raw: at(t.raw, i), sigma: t.sigma[i],
       v: at(t.residual, i), deviation: at(t.deviation, i), r: at(t.redundancy, i), marks: at(t.marks, i) || 0,
       tested: isNumber(at(t.marks, i)), text: at(t.text, i), id: at(t.id, i) || "",
       remark: at(t.remark, i) || "", setup: at(t.setup, i) || "", set: at(t.set, i) || "", at: at(t.at, i) || "", w: null,

@@ -56,7 +56,7 @@ function sourceLine(o) {
 function observationDetails(data, o) {
   const f = data.format, unit = f.valueUnit(o), small = f.smallUnit(o), sign = f.sign(o);
   const pairs = [
-    ["observed", f.value(o, o.value), unit], ["adjusted", f.value(o, o.adjusted), unit],
+    ["read", f.value(o, o.raw), unit], ["observed", f.value(o, o.value), unit], ["adjusted", f.value(o, o.adjusted), unit],
     ["residual", f.smallValue(o, isNumber(o.v) ? sign * o.v : null), small], ["standard deviation", f.smallValue(o, o.sigma), small],
     ["of the residual", f.smallValue(o, o.deviation), small], ["redundancy", decimal(o.r, 3), ""],
     ["normalised residual", decimal(isNumber(o.w) ? sign * o.w : null, 2), ""],

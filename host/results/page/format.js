@@ -1,16 +1,24 @@
 // Numbers as people read them: the units of the network file, residuals and precision in a small unit beside them.
-// The data hold metres and radians.
+// The data hold metres and radians; the lists are in the order of the units that a file may be written in.
 
 const LENGTHS = [
   { name: "m", small: "mm", factor: 1e-3, decimals: 4, smallDecimals: 2 },
   { name: "mm", small: "µm", factor: 1e-6, decimals: 3, smallDecimals: 1 },
   { name: "inch", small: "mil", factor: 2.54e-5, decimals: 5, smallDecimals: 2 },
+  { name: "cm", small: "mm", factor: 1e-3, decimals: 3, smallDecimals: 2 },
+  { name: "km", small: "mm", factor: 1e-3, decimals: 7, smallDecimals: 2 },
+  { name: "ft", small: "ft", factor: 0.3048, decimals: 4, smallDecimals: 5 },
+  { name: "us ft", small: "us ft", factor: 1200 / 3937, decimals: 4, smallDecimals: 5 },
 ];
 const ANGLES = [
   { name: "gon", small: "mgon", circle: 400, factor: Math.PI / 200e3, decimals: 5, smallDecimals: 2 },
   { name: "°", small: "″", circle: 360, factor: Math.PI / 648000, decimals: 6, smallDecimals: 2 },
   { name: "°′″", small: "″", circle: 360, factor: Math.PI / 648000, decimals: 2, smallDecimals: 2, sexagesimal: true },
   { name: "rad", small: "µrad", circle: 2 * Math.PI, factor: 1e-6, decimals: 8, smallDecimals: 2 },
+  { name: "mgon", small: "mgon", circle: 400e3, factor: Math.PI / 200e3, decimals: 2, smallDecimals: 2 },
+  { name: "″", small: "″", circle: 1296000, factor: Math.PI / 648000, decimals: 2, smallDecimals: 2 },
+  { name: "mil", small: "0.001 mil", circle: 6400, factor: Math.PI / 3200e3, decimals: 4, smallDecimals: 2 },
+  { name: "°′″", small: "″", circle: 360, factor: Math.PI / 648000, decimals: 2, smallDecimals: 2, sexagesimal: true },
 ];
 const TURN = 2 * Math.PI;
 

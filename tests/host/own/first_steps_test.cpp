@@ -75,3 +75,72 @@ TEST(OwnFirstCoordinates, ComeFromALocalFrameMovedOntoTheKnownPoints)
     EXPECT_NEAR(*s.point("T1").adjusted[1], 40, 1e-4); // readings of 6 decimals
     EXPECT_NEAR(*s.point("T2").adjusted[0], 220, 1e-4);
 }
+
+namespace {
+
+// Directions and distances of a plane network between places, from zeros of their own; one reading is `wrong` gon off.
+std::string polar_sights(const std::vector<std::pair<std::string, std::pair<double, double>>> &places,
+                         const std::vector<std::pair<int, int>> &sights, int spoilt, double wrong)
+{
+    const double pi = 4.0 * std::atan(1.0);
+    std::string directions, distances;
+    for (size_t i = 0; i < sights.size(); i++) {
+        const auto &[from, a] = places[(size_t)sights[i].first];
+        const auto &[to, b] = places[(size_t)sights[i].second];
+        const double dx = b.first - a.first, dy = b.second - a.second;
+        const double zero = 17.0 * sights[i].first + ((int)i == spoilt ? wrong : 0.0);
+        const double reading = std::fmod(std::atan2(dy, dx) * 200 / pi + 800 + zero, 400);
+        directions += from + " " + to + " " + std::to_string(reading) + " 0.001\n";
+        distances += from + " " + to + " " + std::to_string(std::hypot(dx, dy)) + " 0.002\n";
+    }
+    return "directions = '''\nfrom to value sigma\n" + directions + "'''\ndistances = '''\nfrom to value sigma\n" +
+           distances + "'''\n";
+}
+
+} // namespace
+
+// A and B do not see each other; every station sees the other ones. S1 reads T 5 gon wrong.
+TEST(OwnFirstCoordinates, NameTheSightThatDoesNotFit)
+{
+    const std::string sights = polar_sights(
+        {{"A", {0, 0}}, {"B", {200, 0}}, {"S1", {40, 60}}, {"S2", {110, 70}}, {"S3", {160, 40}}, {"T", {100, 150}}},
+        {{2, 0}, {2, 3}, {2, 4}, {2, 5}, {3, 2}, {3, 4}, {3, 5}, {3, 0}, {4, 1}, {4, 2}, {4, 3}, {4, 5}}, 3, 5.0);
+    const SolvedNetwork s = solve_text("[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nS1 - - free\n"
+                                       "S2 - - free\nS3 - - free\n'''\ntargets = '''\nname x y code\nA 0 0 fixed\n"
+                                       "B 200 0 fixed\nT - - free\n'''\n" +
+                                       sights);
+    ASSERT_TRUE(s.adjusted()) << s.words();
+    EXPECT_TRUE(contains(s.messages, "net.inp:21: direction S1 to T does not fit the others"));
+    EXPECT_NEAR(*s.point("T").approximate[0], 100, 0.05);
+    EXPECT_NEAR(*s.point("T").approximate[1], 150, 0.05);
+    int named = 0;
+    for (const std::string &line : s.messages) named += line.find("does not fit the others") != std::string::npos;
+    EXPECT_EQ(named, 1);
+}
+
+// 60 m from A and 80 m from B: on either side of the line between them.
+TEST(OwnFirstCoordinates, RefuseAPointThatFitsInTwoPlaces)
+{
+    const SolvedNetwork s = solve_text(
+        "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 100 0 fixed\nP - - free\n"
+        "'''\ndistances = '''\nfrom to value sigma\nA P 60 0.01\nB P 80 0.01\n'''\n");
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("P fits in two places, 96.000 m apart"), std::string::npos) << s.words();
+}
+
+TEST(OwnFirstCoordinates, NameAPointOnceWithWhatItHas)
+{
+    const std::string sights =
+        polar_sights({{"A", {0, 0}}, {"B", {200, 0}}, {"P", {70, 90}}}, {{0, 1}, {0, 2}}, -1, 0.0);
+    const SolvedNetwork s =
+        solve_text("[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nA 0 0 fixed\n"
+                   "'''\ntargets = '''\nname x y code\nB 200 0 fixed\nP - - free\nQ - - free\n"
+                   "'''\n" +
+                   sights.substr(0, sights.find("'''\ndistances")) +
+                   "A Q 30 0.001\n'''\ndistances = '''\nfrom to value sigma\nA P 114.0175 0.002\n'''\n");
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("first coordinates of Q could not be computed (net.inp:12): it has 1 direction\n"),
+              std::string::npos)
+        << s.words();
+    EXPECT_EQ(s.words().find("coordinates of P "), std::string::npos);
+}

@@ -189,3 +189,23 @@ TEST(UnitsOfTheEnginesReport, AreSaidWhereTheyAreNotThoseOfTheFile)
     EXPECT_FALSE(
         has(report({"length = 'mm'\nangle = 'degree'\n", 0.001, 0.001, parts(360), pi / 180}), "in this report"));
 }
+
+// Parts per million are taken of distances between the first coordinates.
+TEST(LengthUnits, ChangeNothingInAPlannedNetwork)
+{
+    const auto planned = [](const std::string &unit, double size) {
+        const auto length = [&](double metres) { return " " + figures(metres / size); };
+        std::string text = "[run]\ndimension = 2\nmode = 'propagation'\n[units]\nlength = '" + unit +
+                           "'\n[tables]\ntargets = '''\nname x y code\n";
+        text += "A" + length(0) + length(0) + " fixed\nB" + length(900) + length(0) + " fixed\nP" + length(400) +
+                length(700) + " free\n'''\ndistances = '''\nfrom to value sigma ppm\n";
+        for (const char *from : {"A", "B"}) text += std::string(from) + " P -" + length(0.001) + " 5\n";
+        return solve_text(text + "'''\n");
+    };
+    const SolvedNetwork m = planned("m", 1), ft = planned("us_ft", 1200.0 / 3937.0);
+    ASSERT_TRUE(m.adjusted()) << m.words();
+    ASSERT_TRUE(ft.adjusted()) << ft.words();
+    ASSERT_EQ(ft.results().residuals.size(), 2u);
+    EXPECT_NEAR(ft.results().residuals[0].sigma, 0.001 + 5e-6 * hypot(400, 700), 1e-12);
+    for (int k = 0; k < 2; k++) EXPECT_NEAR(*m.point("P").deviation[k], *ft.point("P").deviation[k], 1e-12);
+}
