@@ -122,7 +122,7 @@ double Similarity::of_point(int m, const double x[3], int k) const
 void Similarity::add_vector(double f, const double vector[3], int k, double sums[n_motions]) const
 {
     if (space == Space::heights ? k != 2 : space == Space::plane && k == 2) return;
-    const int next = (k + 1) % 3, after = (k + 2) % 3; // turns about these two axes move component k
+    const int next = k == 2 ? 0 : k + 1, after = k == 0 ? 2 : k - 1; // turns about these two axes move component k
     if (exists(3 + next)) sums[3 + next] += f * (vector[after] / size);
     if (exists(3 + after)) sums[3 + after] += f * (-vector[next] / size);
     sums[6] += f * (vector[k] / size);

@@ -96,8 +96,9 @@ private:
             return sight(row.from, row.to, row)->bearing() - radians(*row.value[0]);
         };
         const double first = zero(*rows[0]);
-        std::vector<double> zeros;
-        for (const DraftRow *row : rows) zeros.push_back(std::remainder(zero(*row) - first, 2.0 * pi));
+        std::vector<double> zeros(rows.size());
+        std::transform(rows.begin(), rows.end(), zeros.begin(),
+                       [&](const DraftRow *row) { return std::remainder(zero(*row) - first, 2.0 * pi); });
         std::vector<double> sorted = zeros;
         std::sort(sorted.begin(), sorted.end());
         const double median = (sorted[(sorted.size() - 1) / 2] + sorted[sorted.size() / 2]) / 2.0;

@@ -245,7 +245,7 @@ private:
     {
         for (const std::string *id : {&row.at, &row.from, &row.to}) {
             if (id->empty()) continue;
-            const std::string reason = inactive_at(kind, *id);
+            std::string reason = inactive_at(kind, *id);
             if (!reason.empty()) return reason;
         }
         if (kind == ObsKind::zenith_angle)

@@ -97,8 +97,8 @@ private:
     template <class Record, class Text>
     static std::vector<std::string> column(const std::vector<Record> &rows, const Text &text)
     {
-        std::vector<std::string> cells;
-        for (const Record &row : rows) cells.push_back(text(row));
+        std::vector<std::string> cells(rows.size());
+        std::transform(rows.begin(), rows.end(), cells.begin(), text);
         return cells;
     }
 

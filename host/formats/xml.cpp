@@ -8,6 +8,7 @@
 #include <iconv.h>
 #endif
 
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <new>
@@ -162,7 +163,7 @@ private:
     static int XMLCALL on_encoding(void *, const XML_Char *name, XML_Encoding *encoding)
     {
         const iconv_t known = iconv_open("UTF-32LE", name);
-        if (known == (iconv_t)-1) return XML_STATUS_ERROR;
+        if (reinterpret_cast<std::intptr_t>(known) == -1) return XML_STATUS_ERROR;
         for (int c = 0; c < 256; c++) {
             char byte = (char)c;
             unsigned char out[8] = {0};
