@@ -59,7 +59,7 @@ Status Adjustment::choose_datum()
     if (has_isolated_point() && has_findings(model.value, options.made)) return Status::undetermined;
     switch (found.state) {
     case DatumState::loose: return Status::no_datum;
-    case DatumState::not_carried: return Status::datum_points;
+    case DatumState::not_carried: has_findings(model.value, options.made); return Status::datum_points;
     case DatumState::held: break;
     case DatumState::by_points:
         datum = free_datum(system.columns, found);

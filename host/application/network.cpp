@@ -133,6 +133,7 @@ std::vector<Fault> losses(const vornhost::NetworkRun &run)
     lines.insert(lines.end(), run.outcome.spoilt.begin(), run.outcome.spoilt.end());
     lines.insert(lines.end(), run.outcome.lost.begin(), run.outcome.lost.end());
     std::vector<Fault> faults;
+    faults.reserve(lines.size());
     for (const std::string &line : lines) faults.push_back({run.results.file, 0, 0, line, ""});
     return faults;
 }

@@ -94,11 +94,14 @@ Codes read_codes(const Network &net, Row &row)
     return codes;
 }
 
-// Whether the run needs a coordinate that the row does not know.
-bool missing_coordinate(const Network &net, const Row &row)
+// Whether the run needs a coordinate that the row does not know. The program's own adjustment does without one that is
+// absent.
+bool missing_coordinate(const Network &net, const Row &row, const Codes &codes)
 {
-    for (int i = 0; i < 3; i++)
-        if (net.has_dimension(i) && !row.given(X + i)) return true;
+    for (int i = 0; i < 3; i++) {
+        const bool needless = codes.code[i] == CODE_ABSENT && net.model.solver == Solver::Sparse;
+        if (net.has_dimension(i) && !needless && !row.given(X + i)) return true;
+    }
     return false;
 }
 
@@ -132,7 +135,7 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
         point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]) * net.sigma_length;
     }
     point.status = read_status(row);
-    if (missing_coordinate(net, row) && point.status >= 0) {
+    if (missing_coordinate(net, row, codes) && point.status >= 0) {
         check_held(row, codes);
         point.status = STATUS_COMPUTE;
     }

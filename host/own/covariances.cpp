@@ -42,7 +42,8 @@ void collect_covariances(const Model &network, const OwnOutcome &outcome, Result
     const size_t n = 3 * points.size(), all = (size_t)std::lround(std::sqrt((double)s.joint.size())), first = all - n;
     if (!outcome.adjusted() || n == 0 || all < n) return;
     for (const int p : points)
-        results.covariance_points.push_back(shown_name(network, point_name(network, outcome.numbers.points[(size_t)p])));
+        results.covariance_points.push_back(
+            shown_name(network, point_name(network, outcome.numbers.points[(size_t)p])));
     for (size_t i = 0; i < n; i++)
         for (size_t j = 0; j < n; j++)
             results.covariances.push_back(s.sigma * s.sigma * s.joint[(first + i) * all + first + j]);

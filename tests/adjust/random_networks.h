@@ -155,13 +155,13 @@ inline Network plane(unsigned seed, Hold how, bool distances)
     return n;
 }
 
-// More points than a supernode has columns: the factor has a tree.
+// Twice the points of plane(): the factor has a tree.
 inline Network wide_plane(unsigned seed, Hold how)
 {
     Network n(seed, frame_of(Space::plane));
-    n.points(24, 2000, 0);
-    n.setups(24);
-    n.pairs(20, [&](int p, int q) {
+    n.points(14, 1200, 0);
+    n.setups(14);
+    n.pairs(10, [&](int p, int q) {
         n.observe(Kind::direction, p, q, 2e-5);
         n.observe(Kind::direction, q, p, 2e-5);
         n.observe(Kind::plane_distance, p, q, 0.003);

@@ -25,18 +25,18 @@ dimension = 2
 targets = '''
 name x y code
 <b>A 0 0 fixed
-"'&amp; 1000 0 fixed
-</script 1000 1000 free
-<script> 0 1000 free
+'&amp; 1000 0 fixed
+</script><script>hacked=1</script> 1000 1000 free
+<img/src=x/onerror=hacked=1> 0 1000 free
 '''
 distances = '''
 from to value sigma
-<b>A "'&amp; 1000.001 0.002
-<b>A </script 1414.2130 0.002
-<b>A <script> 1000.002 0.002
-"'&amp; </script 999.998 0.002
-"'&amp; <script> 1414.2140 0.002
-</script <script> 1000.001 0.002
+<b>A '&amp; 1000.001 0.002
+<b>A </script><script>hacked=1</script> 1414.2130 0.002
+<b>A <img/src=x/onerror=hacked=1> 1000.002 0.002
+'&amp; </script><script>hacked=1</script> 999.998 0.002
+'&amp; <img/src=x/onerror=hacked=1> 1414.2140 0.002
+</script><script>hacked=1</script> <img/src=x/onerror=hacked=1> 1000.001 0.002
 '''
 """
 
@@ -201,10 +201,10 @@ class Page(unittest.TestCase):
         self.written("hostile.inp", HOSTILE)
         self.assertFalse(self.browser.run("'hacked' in window"))
         self.assertEqual(self.browser.run("document.title"), "</title></script><script>window.hacked = 1</script><img src=x onerror=hacked=1>")
-        self.assertEqual(self.cells("point"), ["<b>A", "\"'&amp;", "</script", "<script>"])
+        self.assertEqual(self.cells("point"), ["<b>A", "'&amp;", "</script><script>hacked=1</script>", "<img/src=x/onerror=hacked=1>"])
         self.open_table("Observations")
         self.browser.click_on(".window:not([hidden]) tbody tr:nth-child(3)")
-        self.assertEqual(self.browser.run("document.getElementById('source').textContent"), "<b>A </script 1414.2130 0.002")
+        self.assertEqual(self.browser.run("document.getElementById('source').textContent"), "<b>A </script><script>hacked=1</script> 1414.2130 0.002")
         self.assertFalse(self.browser.run("'hacked' in window"))
         self.assertEqual(self.browser.run("document.querySelectorAll('img, b').length"), 0)
 

@@ -21,9 +21,16 @@ std::string text_of(const std::filesystem::path &path)
 
 bool contains(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
 
+// Whether a network has what the engine does not take.
+bool own_alone(const std::string &network)
+{
+    return contains(network, "\nsetups = ") || contains(network, "\nangles = ") || contains(network, "[covariances.");
+}
+
 std::set<std::string> side_files(const std::string &network, const std::string &mode)
 {
     std::set<std::string> names;
+    if (own_alone(network)) return names;
     if (mode == "solution" && contains(network, "images = ")) names.insert("rejects");
     if (contains(network, "method = 9")) names.insert("simili.out");
     return names;

@@ -14,7 +14,7 @@ example=/usr/share/doc/vorn/examples/strang_borre_distances_free.inp
 
 # Packages as this machine has them; a root needs neither their documents nor their languages, but this program's.
 make_root() {
-    mmdebstrap --mode=root --variant=apt --format=null \
+    timeout 1200 mmdebstrap --mode=root --variant=apt --format=null --dpkgopt=force-unsafe-io \
         --dpkgopt='path-exclude=/usr/share/{doc,locale,man}/*' --dpkgopt='path-include=/usr/share/doc/vorn/*' \
         --dpkgopt='path-include=/usr/share/man/man1/vorn*' --aptopt='APT::Install-Recommends "false"' \
         "$@" "$VERSION_CODENAME" /dev/null >"$work/log" 2>&1
@@ -27,9 +27,7 @@ if ! make_root --customize-hook="copy-in $work/vorn.deb /tmp" \
     --customize-hook='chroot "$1" apt-get install -y /tmp/vorn.deb' \
     --customize-hook="chroot \"\$1\" vorn adjust $example --json /tmp/result.json -o /tmp/report.txt" \
     --customize-hook="chroot \"\$1\" sh -c 'vorn adjust - --json - < $example > /tmp/piped.json'" \
-    --customize-hook='chroot "$1" ls /usr/share/man/man1/vorn.1.gz /usr/share/man/man1/vorn-adjust.1.gz
-        /usr/share/bash-completion/completions/vorn /usr/share/zsh/vendor-completions/_vorn
-        /usr/share/fish/vendor_completions.d/vorn.fish' \
+    --customize-hook='chroot "$1" ls /usr/share/man/man1/vorn.1.gz /usr/share/man/man1/vorn-adjust.1.gz /usr/share/bash-completion/completions/vorn /usr/share/zsh/vendor-completions/_vorn /usr/share/fish/vendor_completions.d/vorn.fish' \
     --customize-hook="copy-out /tmp/result.json /tmp/piped.json /tmp/report.txt $work"; then
     if grep -q 'apt-get update.*failed\|Temporary failure\|Could not resolve\|Unable to fetch' "$work/log"; then
         echo "skipped: no packages can be reached"

@@ -92,14 +92,16 @@ TEST(ApplicationNetwork, GivesTheTransposedBlockForPointsInTurn)
 
 TEST(ApplicationNetwork, NamesThePlaceOfEveryFault)
 {
-    const Reading reading = read_text("[run]\ndimension = 4\ntitel = 1\n", "some.inp");
+    std::string text = levelling();
+    text.replace(text.find("= 1"), 3, "= 4\ntitel = 1");
+    const Reading reading = read_text(text, "some.inp");
     EXPECT_FALSE(reading.network);
     ASSERT_EQ(reading.faults.size(), 2u);
     EXPECT_EQ(reading.faults[0].file, "some.inp");
-    EXPECT_EQ(reading.faults[0].line, 2);
+    EXPECT_EQ(reading.faults[0].line, 3);
     EXPECT_EQ(reading.faults[0].column, 13);
-    EXPECT_EQ(reading.faults[1].line, 3);
-    EXPECT_EQ(reading.faults[1].text().rfind("some.inp:3:1: ", 0), 0u) << reading.faults[1].text();
+    EXPECT_EQ(reading.faults[1].line, 4);
+    EXPECT_EQ(reading.faults[1].text().rfind("some.inp:4:1: ", 0), 0u) << reading.faults[1].text();
     const Reading missing = read_file("/nowhere/net.inp");
     ASSERT_EQ(missing.faults.size(), 1u);
     EXPECT_EQ(missing.faults[0].line, 0);
@@ -107,12 +109,13 @@ TEST(ApplicationNetwork, NamesThePlaceOfEveryFault)
 
 TEST(ApplicationNetwork, SaysInASentenceWhyItWasNotAdjusted)
 {
-    const std::string open = "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 10 0 free\n"
-                             "'''\ndistances = '''\nfrom to value sigma\nA B 10 0.001\n'''\n";
+    const std::string open =
+        "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 10 0 free\nC 5 5 free\n"
+        "'''\ndistances = '''\nfrom to value sigma\nA B 10 0.001\nA C 7 0.001\n'''\n";
     const Result result = network_of(open).adjust();
     EXPECT_EQ(result.outcome, Outcome::refused);
     ASSERT_FALSE(result.faults.empty());
-    EXPECT_NE(result.faults[0].sentence.find("B"), std::string::npos) << result.faults[0].text();
+    EXPECT_NE(result.faults[0].sentence.find("C can move"), std::string::npos) << result.faults[0].text();
 }
 
 TEST(ApplicationNetwork, ReadsStreamsAndFilesBesideTheName)

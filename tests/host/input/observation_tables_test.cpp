@@ -230,7 +230,7 @@ TEST(ZenithAngles, GoFromZeroToHalfACircle)
         Lines{"net.inp:15:5: \"-0.001\" in column value is no zenith angle; zenith angles go from 0 to half a circle"});
     EXPECT_EQ(fault("300"),
               Lines{"net.inp:15:5: \"300\" in column value is no zenith angle; reduce the second face to the "
-                    "first: full circle minus the reading"});
+                    "first: full circle minus the reading, or write 2 in column face"});
     EXPECT_EQ(
         fault("400.1"),
         Lines{"net.inp:15:5: \"400.1\" in column value is no zenith angle; zenith angles go from 0 to half a circle"});

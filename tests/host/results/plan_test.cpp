@@ -256,5 +256,5 @@ TEST(Svg, DrawsLinesByTheirWorstResidualAndEscapesNames)
     EXPECT_FALSE(has("stroke=\"#0072b2\""));
     EXPECT_TRUE(has("rotate(-60)"));
     EXPECT_TRUE(has(" in ellipses</text>"));
-    EXPECT_TRUE(has(">20 m</text>"));
+    EXPECT_TRUE(has(">10 m</text>")); // 40 m take 148 mm, a bar at most 40 mm
 }

@@ -196,8 +196,8 @@ TEST(CsvWriter, QuotesAsNeededAndEndsRowsWithBothCharacters)
     const std::string text = table(levelling(), "residuals.csv");
     EXPECT_EQ(text, "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
                     "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised,at,"
-                    "setup,set,id,remark\r\n"
-                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,\r\n");
+                    "setup,set,id,remark,raw\r\n"
+                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,,\r\n");
 }
 
 namespace {
@@ -207,6 +207,7 @@ Results with_words()
 {
     Results r = levelling();
     r.residuals[0].words = 0;
+    r.residuals[0].raw = 1.5;
     RowWords words;
     words.at = "S";
     words.setup = "noon";
@@ -225,7 +226,8 @@ Results with_words()
 
 TEST(CsvWriter, TellsWhatTheRowsSayBesideTheirValues)
 {
-    EXPECT_NE(table(with_words(), "residuals.csv").find(",m,,,,S,noon,2,1017,\"wind, rain\"\r\n"), std::string::npos);
+    EXPECT_NE(table(with_words(), "residuals.csv").find(",m,,,,S,noon,2,1017,\"wind, rain\",1.5\r\n"),
+              std::string::npos);
     EXPECT_NE(table(with_words(), "orientations.csv").find(",noon,2\r\n"), std::string::npos);
 }
 
@@ -238,6 +240,7 @@ TEST(JsonWriter, TellsWhatTheRowsSayBesideTheirValues)
     EXPECT_EQ(row["set"], "2");
     EXPECT_EQ(row["id"], "1017");
     EXPECT_EQ(row["remark"], "wind, rain");
+    EXPECT_EQ(row["raw"], 1.5);
     EXPECT_EQ(all["suspicious"][0]["at"], "S");
     EXPECT_EQ(all["suspicious"][0]["id"], "1017");
     EXPECT_EQ(all["orientations"][0]["setup"], "noon");

@@ -174,12 +174,12 @@ TEST(Accounts, NameTheLinesOfImageFilesThatAreLeftOut)
     model.images.add(image, {0, 1, 1});
     Lines lines = account_lines(AccountKeeper(model).close(model));
     for (std::string &line : lines) folder.shorten(line);
-    EXPECT_EQ(lines, Lines({"images: read 1 = used 1 + left out 0", "image points: read 8 = used 3 + left out 5",
-                            "  img.txt:4: S to Z: point Z is unknown",
-                            "  img.txt:5: S to C: two numbers are missing behind the name",
-                            "  img.txt:6: S to D: two numbers are missing behind the name",
-                            "  img.txt:7: S: the line is longer than 89 bytes",
-                            "  img.txt:8: S to OFF: point OFF is off"}));
+    EXPECT_EQ(lines,
+              Lines({"images: read 1 = used 1 + left out 0", "image points: read 8 = used 3 + left out 5",
+                     "  img.txt:4: S to Z: point Z is unknown",
+                     "  img.txt:5: S to C: two numbers are missing behind the name",
+                     "  img.txt:6: S to D: two numbers are missing behind the name",
+                     "  img.txt:7: S: the line is longer than 89 bytes", "  img.txt:8: S to OFF: point OFF is off"}));
 }
 
 TEST(Accounts, LeaveOutKindsThatTheFileDoesNotHave)
