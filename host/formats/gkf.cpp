@@ -96,6 +96,22 @@ private:
                       "write one of ne, sw, es, wn, en, nw, se, ws");
     }
 
+    static std::vector<std::string> names_of(const XmlElement &element)
+    {
+        std::vector<std::string> names(element.attributes.size());
+        std::transform(element.attributes.begin(), element.attributes.end(), names.begin(),
+                       [](const XmlAttribute &attribute) { return attribute.name; });
+        return names;
+    }
+
+    // Versions of that program add parameters of their own; none of them changes what was observed.
+    void note_unknown_parameters(const XmlElement &element, const std::vector<std::string> &known)
+    {
+        for (const XmlAttribute &attribute : element.attributes)
+            if (std::find(known.begin(), known.end(), attribute.name) == known.end())
+                context.note(attribute.at, "parameter " + quote(attribute.name) + " is not known and not taken over");
+    }
+
     void read_parameters()
     {
         static const std::vector<std::string> known = {"sigma-apr",
@@ -112,7 +128,8 @@ private:
                                                        "cov-band",
                                                        "update-constrained-coordinates"};
         for (const XmlElement *element : parameters) {
-            GkfTag tag(*element, known, faults);
+            GkfTag tag(*element, names_of(*element), faults);
+            note_unknown_parameters(*element, known);
             if (const std::optional<double> sigma = tag.positive("sigma-apr")) context.sigma_apriori = *sigma;
             if (const std::optional<double> limit = tag.positive("tol-abs")) tolerance = *limit / 1000.0;
             if (tag.text("sigma-act").value_or("") == "apriori")

@@ -39,6 +39,7 @@ void GkfCluster::finish(const XmlElement *matrix)
         if (!read_matrix(*matrix, band)) return;
         for (GkfObservation &observation : observations) observation.row.sigma = {};
         band = struck(band);
+        note_reflection(band);
         if (band.width == 0)
             set_sigmas(band);
         else if (!set_products(band))
@@ -169,7 +170,6 @@ void GkfCluster::set_group(const Band &band, Source at)
     group_at = at;
     group_band = band;
     for (const Entry &entry : entries) observations[entry.observation].row.covariance = group;
-    note_reflection(band);
 }
 
 void GkfCluster::note_reflection(const Band &band)

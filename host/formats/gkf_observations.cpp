@@ -51,7 +51,6 @@ public:
     {
         from = tag.id("from");
         from_height = tag.number("from_dh");
-        tag.number("orientation");
     }
 
     void read(std::map<std::string, std::pair<int, int>> &setups)

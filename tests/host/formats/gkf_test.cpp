@@ -315,6 +315,12 @@ TEST_F(Gkf, MakesVectorsBaselinesAndTiesThemWhereTheMatrixDoes)
     EXPECT_EQ(rows(DraftKind::baseline)[1].product, (std::array<MaybeNumber, 6>{4.0, 5.0, 6.0, 45.0, 46.0, 56.0}));
     EXPECT_EQ(rows(DraftKind::baseline)[0].id, "v");
     EXPECT_TRUE(draft.covariances.empty());
+    ASSERT_EQ(
+        network(points + vectors + "<cov-mat dim='6' band='2'>1 12 13 2 23 0 3 0 0 4 45 46 5 56 6</cov-mat></vectors>",
+                "axes-xy='en'"),
+        Lines());
+    EXPECT_EQ(rows(DraftKind::baseline)[0].product, (std::array<MaybeNumber, 6>{1.0, 2.0, 3.0, -12.0, 13.0, -23.0}));
+    EXPECT_NE(notes()[0].find("give them their sign back"), std::string::npos);
     ASSERT_EQ(network(points + vectors + "<cov-mat dim='6' band='1'>1 0 2 0 3 34 4 0 5 0 6</cov-mat></vectors>"),
               Lines());
     EXPECT_EQ(draft.covariances.size(), 1u);
@@ -395,11 +401,13 @@ TEST_F(Gkf, LeavesOutSetsToOneTarget)
 TEST_F(Gkf, NamesParametersThatChangeResults)
 {
     ASSERT_EQ(
-        import("<gama-local><network><parameters latitude='50' sigma-act='apriori'/><points-observations>" + two_fixed +
+        import("<gama-local><network><parameters latitude='50' sigma-act='apriori' speed='5'/><points-observations>" +
+               two_fixed +
                "<obs from='A'><distance to='P' val='7' stdev='1'/></obs></points-observations></network></gama-local>"),
         Lines());
-    EXPECT_NE(notes()[0].find("sigma-act"), std::string::npos);
-    EXPECT_NE(notes()[1].find("convergence of verticals"), std::string::npos);
+    EXPECT_EQ(notes()[0].substr(11), "parameter \"speed\" is not known and not taken over");
+    EXPECT_NE(notes()[1].find("sigma-act"), std::string::npos);
+    EXPECT_NE(notes()[2].find("convergence of verticals"), std::string::npos);
 }
 
 // Each observation but one a kind fits A (0 0 0), B (300 400 0) and C (-400 300 120) within tol-abs; the last is off by
