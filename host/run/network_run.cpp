@@ -5,6 +5,7 @@
 #include "host/own/collect.h"
 #include "host/own/road.h"
 #include "host/results/text_report.h"
+#include "host/system/utc.h"
 
 namespace vornhost {
 
@@ -55,8 +56,8 @@ std::string utc_now()
 {
     char text[40];
     const time_t seconds = time(nullptr);
-    const tm *clock = gmtime(&seconds);
-    return clock && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", clock) > 0 ? text : "";
+    tm clock = tm();
+    return utc(seconds, &clock) && strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", &clock) > 0 ? text : "";
 }
 
 NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
