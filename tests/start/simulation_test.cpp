@@ -319,6 +319,13 @@ int count_of_networks()
     return n ? atoi(n) : 2;
 }
 
+// Other networks than the usual ones.
+unsigned first_seed()
+{
+    const char *seed = getenv("VORN_SEED");
+    return seed ? (unsigned)atoi(seed) : 0;
+}
+
 const char *only()
 {
     const char *kind = getenv("VORN_SIMULATED");
@@ -339,11 +346,11 @@ TEST(SimulatedNetworks, Start)
             int counts[5] = {};
             for (int i = 0; i < n; i++) {
                 std::string told;
-                const Verdict v = judge(kind.make((unsigned)(1000 * k + i), gross), &told);
+                const Verdict v = judge(kind.make(first_seed() + (unsigned)(1000 * k + i), gross), &told);
                 counts[(int)v]++;
                 if (*only() && (v == Verdict::wrong || v == Verdict::not_started || v == Verdict::hopeless))
-                    printf("seed %d: %s%s\n", 1000 * k + i, v == Verdict::wrong ? "wrong" : "not started",
-                           told.c_str());
+                    printf("seed %u: %s%s\n", first_seed() + (unsigned)(1000 * k + i),
+                           v == Verdict::wrong ? "wrong" : "not started", told.c_str());
             }
             printf("| %s | %d | %d + %d | %d | %d |  hopeless %d\n", kind.name, gross, counts[0], counts[1], counts[2],
                    counts[3], counts[4]);
