@@ -223,7 +223,8 @@ void Adjustment::suspect(const Cofactors &cofactors)
 {
     const SuspectOptions &o = options.suspects;
     if (o.most <= 0 || !o.limit || !options.iterate || outcome.redundancy <= 0 || options.watch.stopped()) return;
-    const double limit = o.limit(controlled_rows(outcome.statistics), outcome.redundancy, outcome.variance_factor);
+    const double limit =
+        o.limit(tested_rows(outcome.statistics, o.least_share), outcome.redundancy, outcome.variance_factor);
     outcome.suspects = find_suspects(model, system, cofactors, outcome.statistics, limit, o, options.watch);
 }
 
@@ -245,6 +246,7 @@ Status Adjustment::find_precision()
     s.pairs = options.pairs;
     s.joint = options.joint;
     s.together = options.together;
+    if (options.forms) s.forms = options.forms(model);
     outcome.statistics = statistics(model, system, cofactors, s);
     suspect(cofactors);
     if (options.watch.stopped()) return Status::stopped;

@@ -22,6 +22,8 @@ struct Options {
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
+    std::function<std::vector<Form>(const Model &)>
+        forms;                              // of the adjusted model, whose standard deviations are wanted
     std::vector<std::vector<int>> together; // observations that are tested together, see StatisticsOptions
     SuspectOptions suspects;
     bool a_priori = false;  // standard deviations with a variance factor of 1

@@ -369,6 +369,18 @@ std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors,
     return joint;
 }
 
+// f^T Q f by a solve; held unknowns do not count.
+double form_cofactor(const Model &model, const Cofactors &cofactors, const Form &form)
+{
+    std::vector<double> x(model.n_unknowns(), 0.0);
+    for (const auto &[unknown, coefficient] : form)
+        if (model.estimated(unknown)) x[unknown] += coefficient;
+    cofactors.multiply(x.data());
+    double sum = 0.0;
+    for (const auto &[unknown, coefficient] : form) sum += coefficient * x[unknown];
+    return std::fmax(0.0, sum);
+}
+
 void scale(double f, std::vector<Covariance> *list)
 {
     for (Covariance &c : *list)
@@ -404,6 +416,8 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     for (int p = 0; p < model.n_points; p++) s.points.push_back(point_cofactors(system, cofactors, p));
     for (const auto &pair : options.pairs)
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
+    for (const Form &form : options.forms)
+        s.forms.push_back(s.sigma * std::sqrt(form_cofactor(model, cofactors, form)));
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);

@@ -47,6 +47,9 @@ struct RowStatistics {
     double error() const { return controlled() ? normalised / std::sqrt(control) : 0.0; }
 };
 
+// A linear function of unknowns: which, and their coefficients.
+using Form = std::vector<std::pair<int, double>>;
+
 // Test of observations together.
 struct JointStatistics {
     int rank = 0;         // of the cofactors of their residuals; 0: nothing controls them
@@ -75,6 +78,7 @@ struct Statistics {
     std::vector<double> deviation;         // [unknowns] standard deviations; 0 for what is held
     std::vector<Covariance> points;        // [points]
     std::vector<Covariance> pairs;         // [pairs] of the difference second - first
+    std::vector<double> forms;             // standard deviations of linear functions of the unknowns, as asked for
     std::vector<double> joint;             // [joint][joint] cofactors (variance factor 1); 0 for what is held
     std::vector<RowStatistics> rows;       // [rows]; empty when not asked for
     std::vector<JointStatistics> together; // as asked for; empty without rows
@@ -87,6 +91,7 @@ struct StatisticsOptions {
     Watch watch;                            // rows without statistics are missing where it stops
     std::vector<std::pair<int, int>> pairs; // of points
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
+    std::vector<Form> forms;                // whose standard deviations are wanted; a solve each
     // Observations that are tested together: of one correlated group, or without any; each once, their unknowns with
     // one another in the pattern of the normal matrix (those of one group, those of one point).
     std::vector<std::vector<int>> together;

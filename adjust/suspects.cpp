@@ -14,7 +14,7 @@ public:
     {
     }
 
-    std::vector<Suspect> worst(double limit, int most) const;
+    std::vector<Suspect> worst(double limit, const SuspectOptions &options) const;
     void find_effects(std::vector<Suspect> *suspects, const Watch &watch);
     void find_alike(const SuspectOptions &options, std::vector<Suspect> *suspects) const;
 
@@ -32,13 +32,16 @@ private:
     std::vector<double> left; // [rows][suspects] e - A Q A^T P e, then P times this: columns of P Qvv P
 };
 
-std::vector<Suspect> Search::worst(double limit, int most) const
+std::vector<Suspect> Search::worst(double limit, const SuspectOptions &options) const
 {
-    const auto size = [&](int r) { return std::fabs(statistics.rows[r].normalised); };
+    const auto size = [&](int r) {
+        const double w = options.weight.empty() ? 1.0 : options.weight[system.equations.observation[r]];
+        return std::fabs(statistics.rows[r].normalised) / std::sqrt(w);
+    };
     std::vector<int> beyond;
     for (int r = 0; r < (int)statistics.rows.size(); r++)
-        if (size(r) > limit) beyond.push_back(r);
-    const std::size_t n = std::min((std::size_t)most, beyond.size());
+        if (statistics.rows[r].share() >= options.least_share && size(r) > limit) beyond.push_back(r);
+    const std::size_t n = std::min((std::size_t)options.most, beyond.size());
     std::partial_sort(beyond.begin(), beyond.begin() + (std::ptrdiff_t)n, beyond.end(),
                       [&](int a, int b) { return size(a) != size(b) ? size(a) > size(b) : a < b; });
     std::vector<Suspect> suspects(n);
@@ -142,7 +145,7 @@ void Search::find_alike(const SuspectOptions &options, std::vector<Suspect> *sus
         Suspect &s = (*suspects)[k];
         for (int r = 0; r < (int)statistics.rows.size(); r++) {
             const RowStatistics &other = statistics.rows[r];
-            if (r == s.row || !other.controlled()) continue;
+            if (r == s.row || !other.controlled() || other.share() < options.least_share) continue;
             const double c = left[r * n + k] / std::sqrt(other.control * statistics.rows[s.row].control);
             if (std::fabs(c) >= options.least_correlation) s.alike.push_back({r, std::fmax(-1.0, std::fmin(1.0, c))});
         }
@@ -155,10 +158,10 @@ void Search::find_alike(const SuspectOptions &options, std::vector<Suspect> *sus
 
 } // namespace
 
-int controlled_rows(const Statistics &statistics)
+int tested_rows(const Statistics &statistics, double least_share)
 {
     return (int)std::count_if(statistics.rows.begin(), statistics.rows.end(),
-                              [](const RowStatistics &r) { return r.controlled(); });
+                              [&](const RowStatistics &r) { return r.controlled() && r.share() >= least_share; });
 }
 
 std::vector<Suspect> find_suspects(const Model &model, const System &system, const Cofactors &cofactors,
@@ -166,7 +169,7 @@ std::vector<Suspect> find_suspects(const Model &model, const System &system, con
                                    const Watch &watch)
 {
     Search search(model, system, cofactors, statistics);
-    std::vector<Suspect> suspects = search.worst(limit, options.most);
+    std::vector<Suspect> suspects = search.worst(limit, options);
     if (suspects.empty()) return suspects;
     search.find_effects(&suspects, watch);
     search.find_alike(options, &suspects);

@@ -20,11 +20,14 @@ namespace vornadjust {
 
 struct SuspectOptions {
     int most = 0; // how many are looked at
-    // Size of a normalised residual (variance factor 1) beyond which a row is suspect, of a run with so many controlled
+    // Size of a normalised residual (variance factor 1) beyond which a row is suspect, of a run with so many tested
     // rows; null for none.
-    std::function<double(int controlled, int redundancy, double variance_factor)> limit;
-    double least_correlation = 0.9; // of tests that count as not told apart
-    int most_alike = 5;             // rows listed for a suspect
+    std::function<double(int tested, int redundancy, double variance_factor)> limit;
+    std::vector<double> weight; // [observations] that a robust estimation has given them and that their tests do
+                                // without; or empty
+    double least_share = least_redundancy; // of control, below which a row is not tested
+    double least_correlation = 0.9;        // of tests that count as not told apart
+    int most_alike = 5;                    // rows listed for a suspect
 };
 
 struct Alike {
@@ -45,8 +48,8 @@ std::vector<Suspect> find_suspects(const Model &model, const System &system, con
                                    const Statistics &statistics, double limit, const SuspectOptions &options,
                                    const Watch &watch);
 
-// Number of rows that others control.
-int controlled_rows(const Statistics &statistics);
+// Number of rows with at least this share of control.
+int tested_rows(const Statistics &statistics, double least_share);
 
 } // namespace vornadjust
 

@@ -29,8 +29,7 @@ const std::vector<Case> &networks()
                                           {"space", space(6, Hold::fixed, frame_of(Space::space), true)},
                                           {"baselines", baselines(7, Hold::fixed)},
                                           {"sessions", sessions(8)},
-                                          {"constants", constants(9, Hold::weighted, true)},
-                                          {"images", images(10, Hold::fixed)}};
+                                          {"constants", constants(9, Hold::weighted, true)}};
     return all;
 }
 
