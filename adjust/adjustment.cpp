@@ -30,6 +30,7 @@ private:
     Status bad_covariance();
     Status find_values();
     Status find_precision();
+    void suspect(const Cofactors &cofactors);
     Status choose_datum();
     bool clearly_determined() const;
     bool has_isolated_point() const;
@@ -218,6 +219,15 @@ void Adjustment::count()
         outcome.variance_factor = outcome.iteration.squares / outcome.redundancy;
 }
 
+void Adjustment::suspect(const Cofactors &cofactors)
+{
+    const SuspectOptions &o = options.suspects;
+    if (o.most <= 0 || !o.limit || !options.iterate || outcome.redundancy <= 0 || options.watch.stopped()) return;
+    const double limit =
+        o.limit(tested_rows(outcome.statistics, o.least_share), outcome.redundancy, outcome.variance_factor);
+    outcome.suspects = find_suspects(model, system, cofactors, outcome.statistics, limit, o, options.watch);
+}
+
 Status Adjustment::find_precision()
 {
     options.watch.tell(Step::datum);
@@ -230,12 +240,15 @@ Status Adjustment::find_precision()
     if (!cofactors.invert(inverse_options)) return Status::stopped;
     options.watch.tell(Step::statistics);
     StatisticsOptions s;
-    s.sigma = std::sqrt(outcome.variance_factor);
+    s.sigma = options.a_priori ? 1.0 : std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
     s.watch = options.watch;
     s.pairs = options.pairs;
     s.joint = options.joint;
+    s.together = options.together;
+    if (options.forms) s.forms = options.forms(model);
     outcome.statistics = statistics(model, system, cofactors, s);
+    suspect(cofactors);
     if (options.watch.stopped()) return Status::stopped;
     const double variance = std::fmin(1.0, outcome.variance_factor); // a gross error makes no geometry weak
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {

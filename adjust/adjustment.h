@@ -11,6 +11,7 @@
 #include "adjust/iterate.h"
 #include "adjust/misclosures.h"
 #include "adjust/statistics.h"
+#include "adjust/suspects.h"
 
 namespace vornadjust {
 
@@ -21,7 +22,12 @@ struct Options {
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
-    std::vector<char> made;                 // [points] 1 where the first coordinates are the program's own; or empty
+    std::function<std::vector<Form>(const Model &)>
+        forms;                              // of the adjusted model, whose standard deviations are wanted
+    std::vector<std::vector<int>> together; // observations that are tested together, see StatisticsOptions
+    SuspectOptions suspects;
+    bool a_priori = false;  // standard deviations with a variance factor of 1
+    std::vector<char> made; // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
     Watch watch;
@@ -56,6 +62,7 @@ struct Outcome {
     int redundancy = 0;           // rows - unknowns + open
     double variance_factor = 1.0; // v^T P v / redundancy; 1 without redundancy or iteration
     Statistics statistics;        // where asked for
+    std::vector<Suspect> suspects;
     std::vector<WeakMotion>
         weak; // turns and scale that the observations determine badly, where statistics are asked for
 };

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+
+#include "adjust/small_svd.h"
 
 namespace vornadjust {
 
@@ -25,37 +28,82 @@ void append(const System &s, int r, SparseRow *row)
     }
 }
 
+// Rows that share weights, with the cofactors of what they see.
+struct Bundle {
+    std::vector<int> rows;     // [m] of the equations
+    std::vector<SparseRow> a;  // [m] columns by their place in `columns`
+    std::vector<int> columns;  // [n] ascending
+    std::vector<double> aq;    // [m][n] A Q
+    std::vector<double> p;     // [m][m]
+    std::vector<double> p_aqa; // [m][m] P A Q A^T
+    std::vector<double> aqa;   // [m][m] A Q A^T
+
+    std::size_t m() const { return rows.size(); }
+
+    // Element (i, k) of P Qvv P = P - P A Q A^T P.
+    double control(std::size_t i, std::size_t k) const
+    {
+        double sum = p[i * m() + k];
+        for (std::size_t h = 0; h < m(); h++) sum -= p_aqa[i * m() + h] * p[h * m() + k];
+        return sum;
+    }
+};
+
 class RowTests {
 public:
-    RowTests(const Model &m, const System &s, const Cofactors &c, const Watch &w, Statistics *out)
-        : model(m), system(s), cofactors(c), watch(w), result(*out)
+    RowTests(const Model &m, const System &s, const Cofactors &c, const StatisticsOptions &o, Statistics *out)
+        : model(m), system(s), cofactors(c), watch(o.watch), together(o.together), result(*out)
     {
     }
 
     void run();
 
 private:
+    void find_bundles();
     void alone(int row);
     void group(const std::vector<int> &members);
-    void enter(int row, double weighted_residual, double weighted_cofactor, const RowStatistics &r);
-    std::vector<double> covariance(const std::vector<int> &rows) const;
-    std::vector<double> adjusted_cofactors(const std::vector<int> &rows) const;
+    void enter(int row, double weighted_residual, const RowStatistics &r);
+    void append_other_axes(int row, SparseRow *a) const;
+    double own_shift(int row, const std::vector<int> &columns, const double *dx) const;
+    void find_cofactors(Bundle *b) const;
+    void test_together(const Bundle &b);
+    void test(const Bundle &b, const std::vector<std::size_t> &members, JointStatistics *joint) const;
 
     const Model &model;
     const System &system;
     const Cofactors &cofactors;
     const Watch &watch;
+    const std::vector<std::vector<int>> &together;
     Statistics &result;
-    SparseRow sparse;      // work
-    std::vector<double> q; // work
+    std::vector<int> bundle_of; // [rows] which of the observations tested together, or -1
+    SparseRow sparse;           // work
+    std::vector<double> q, dx;  // work
 };
+
+// Which rows are tested together.
+void RowTests::find_bundles()
+{
+    const Equations &e = system.equations;
+    std::vector<int> of(model.observations.size(), -1);
+    for (std::size_t b = 0; b < together.size(); b++)
+        for (int o : together[b]) of[o] = (int)b;
+    bundle_of.assign(e.rows(), -1);
+    for (int r = 0; r < e.rows(); r++)
+        if (e.usable[r]) bundle_of[r] = of[e.observation[r]];
+    result.together.assign(together.size(), {});
+}
 
 void RowTests::run()
 {
     const Equations &e = system.equations;
     result.rows.assign(e.rows(), {});
-    for (int r = 0; r < e.rows() && !watch.stopped(); r++)
-        if (e.group[r] < 0 && e.usable[r]) alone(r);
+    find_bundles();
+    std::vector<std::vector<int>> apart(together.size()); // rows without correlation that are tested together
+    for (int r = 0; r < e.rows() && !watch.stopped(); r++) {
+        if (e.group[r] >= 0 || !e.usable[r]) continue;
+        alone(r);
+        if (bundle_of[r] >= 0) apart[bundle_of[r]].push_back(r);
+    }
     for (const std::vector<int> &members : system.rows.members) {
         if (watch.stopped()) return;
         std::vector<int> usable;
@@ -63,18 +111,62 @@ void RowTests::run()
             if (e.usable[r]) usable.push_back(r);
         if (!usable.empty()) group(usable);
     }
+    for (const std::vector<int> &rows : apart) {
+        if (rows.empty() || watch.stopped()) continue;
+        Bundle b;
+        b.rows = rows;
+        b.p.assign(rows.size() * rows.size(), 0.0);
+        for (std::size_t i = 0; i < rows.size(); i++) b.p[i * rows.size() + i] = result.rows[rows[i]].weight;
+        find_cofactors(&b);
+        test_together(b);
+    }
 }
 
-// weighted_residual (P v)_i, weighted_cofactor (P Qvv P)_ii.
-void RowTests::enter(int row, double weighted_residual, double weighted_cofactor, const RowStatistics &r)
+// weighted_residual (P v)_i.
+void RowTests::enter(int row, double weighted_residual, const RowStatistics &r)
 {
     result.rows[row] = r;
-    if (r.redundancy >= least_redundancy && weighted_cofactor > 0.0)
-        result.rows[row].normalised = weighted_residual / std::sqrt(weighted_cofactor);
+    if (r.controlled()) result.rows[row].normalised = weighted_residual / std::sqrt(r.control);
     KindStatistics &kind = result.kinds[(int)model.observations[system.equations.observation[row]].kind];
     kind.rows++;
     kind.squares += r.residual * weighted_residual;
     kind.redundancy += r.redundancy;
+}
+
+// Largest shift of a point that the row sees, by those of its coordinates that are among the columns.
+//   dx  corrections of the columns
+double RowTests::own_shift(int row, const std::vector<int> &columns, const double *corrections) const
+{
+    const Equations &e = system.equations;
+    double most = 0.0;
+    int point = -1;
+    for (std::size_t k = e.begin[row]; k < e.begin[row + 1] && e.column[k] < 3 * model.n_points; k++) {
+        if (e.column[k] / 3 == point) continue;
+        point = e.column[k] / 3;
+        double squares = 0.0;
+        for (int u = 3 * point; u < 3 * point + 3; u++) {
+            const auto at = std::lower_bound(columns.begin(), columns.end(), system.columns.of[u]);
+            if (system.columns.of[u] < 0 || at == columns.end() || *at != system.columns.of[u]) continue;
+            const double d = corrections[at - columns.begin()];
+            squares += d * d;
+        }
+        most = std::fmax(most, squares);
+    }
+    return std::sqrt(most);
+}
+
+// Observed coordinates see one axis of their point: the others, which they shift too.
+void RowTests::append_other_axes(int row, SparseRow *a) const
+{
+    const Observation &o = model.observations[system.equations.observation[row]];
+    if (o.kind != Kind::unknown || o.unknown >= 3 * model.n_points || a->column.empty()) return;
+    const double own = a->coefficient[0];
+    a->column.clear(), a->coefficient.clear();
+    for (int u = o.unknown / 3 * 3, end = u + 3; u < end; u++) {
+        if (system.columns.of[u] < 0) continue;
+        a->column.push_back(system.columns.of[u]);
+        a->coefficient.push_back(u == o.unknown ? own : 0.0);
+    }
 }
 
 void RowTests::alone(int row)
@@ -82,57 +174,56 @@ void RowTests::alone(int row)
     const Equations &e = system.equations;
     sparse.column.clear(), sparse.coefficient.clear();
     append(system, row, &sparse);
+    append_other_axes(row, &sparse);
     const int n = (int)sparse.column.size();
     q.resize((std::size_t)n * n);
+    dx.assign(n, 0.0);
     cofactors.block(n, sparse.column.data(), q.data());
-    double adjusted = 0.0;
-    for (int a = 0; a < n; a++)
-        for (int b = 0; b < n; b++)
-            adjusted += sparse.coefficient[a] * q[(std::size_t)a * n + b] * sparse.coefficient[b];
     const double s = e.sigma[row] / e.factor[row], p = 1.0 / (s * s);
+    double adjusted = 0.0;
+    for (int a = 0; a < n; a++) {
+        for (int b = 0; b < n; b++) dx[a] += q[(std::size_t)a * n + b] * sparse.coefficient[b];
+        adjusted += sparse.coefficient[a] * dx[a];
+    }
     RowStatistics r;
     r.residual = e.misclosure[row];
     r.cofactor = std::fmax(0.0, s * s - adjusted);
     r.redundancy = r.cofactor * p;
-    enter(row, p * r.residual, p * p * r.cofactor, r);
+    r.weight = p;
+    r.control = p * r.redundancy;
+    r.effect = p * own_shift(row, sparse.column, dx.data());
+    enter(row, p * r.residual, r);
 }
 
-std::vector<double> RowTests::covariance(const std::vector<int> &rows) const
+// All of a bundle that has its rows and weights.
+void RowTests::find_cofactors(Bundle *b) const
 {
-    const Equations &e = system.equations;
-    const Group &g = model.groups[e.group[rows[0]]];
-    std::vector<double> s;
-    for (int i : rows)
-        for (int j : rows)
-            s.push_back(model.covariance[g.first + (std::size_t)e.place[i] * g.size + e.place[j]] / e.factor[i] /
-                        e.factor[j]);
-    return s;
-}
-
-// A Q A^T of the rows of a group.
-std::vector<double> RowTests::adjusted_cofactors(const std::vector<int> &rows) const
-{
-    std::vector<SparseRow> a(rows.size());
-    std::vector<int> all;
-    for (std::size_t i = 0; i < rows.size(); i++) {
-        append(system, rows[i], &a[i]);
-        all.insert(all.end(), a[i].column.begin(), a[i].column.end());
+    const std::size_t m = b->m();
+    b->a.resize(m);
+    std::vector<int> &all = b->columns;
+    for (std::size_t i = 0; i < m; i++) {
+        append(system, b->rows[i], &b->a[i]);
+        all.insert(all.end(), b->a[i].column.begin(), b->a[i].column.end());
     }
     std::sort(all.begin(), all.end());
     all.erase(std::unique(all.begin(), all.end()), all.end());
-    const std::size_t n = all.size(), m = rows.size();
-    std::vector<double> cofactor(n * n), aq(m * n, 0.0), aqa(m * m, 0.0);
+    const std::size_t n = all.size();
+    std::vector<double> cofactor(n * n);
+    b->aq.assign(m * n, 0.0), b->aqa.assign(m * m, 0.0), b->p_aqa.assign(m * m, 0.0);
     cofactors.block((int)n, all.data(), cofactor.data());
-    for (SparseRow &row : a)
+    for (SparseRow &row : b->a)
         for (int &c : row.column) c = (int)(std::lower_bound(all.begin(), all.end(), c) - all.begin());
     for (std::size_t i = 0; i < m; i++)
-        for (std::size_t k = 0; k < a[i].column.size(); k++)
-            for (std::size_t j = 0; j < n; j++) aq[i * n + j] += a[i].coefficient[k] * cofactor[a[i].column[k] * n + j];
+        for (std::size_t k = 0; k < b->a[i].column.size(); k++)
+            for (std::size_t j = 0; j < n; j++)
+                b->aq[i * n + j] += b->a[i].coefficient[k] * cofactor[b->a[i].column[k] * n + j];
     for (std::size_t i = 0; i < m; i++)
         for (std::size_t j = 0; j < m; j++)
-            for (std::size_t k = 0; k < a[j].column.size(); k++)
-                aqa[i * m + j] += aq[i * n + a[j].column[k]] * a[j].coefficient[k];
-    return aqa;
+            for (std::size_t k = 0; k < b->a[j].column.size(); k++)
+                b->aqa[i * m + j] += b->aq[i * n + b->a[j].column[k]] * b->a[j].coefficient[k];
+    for (std::size_t i = 0; i < m; i++)
+        for (std::size_t h = 0; h < m; h++)
+            for (std::size_t k = 0; k < m; k++) b->p_aqa[i * m + k] += b->p[i * m + h] * b->aqa[h * m + k];
 }
 
 // P by rows, from the Cholesky factor of the covariance.
@@ -151,24 +242,63 @@ std::vector<double> inverse_of(int m, const std::vector<double> &l)
 void RowTests::group(const std::vector<int> &rows)
 {
     const std::size_t m = rows.size();
-    const std::vector<double> s = covariance(rows), aqa = adjusted_cofactors(rows);
+    const std::vector<double> s = weighted_covariance(model, system.equations, rows);
     std::vector<double> l = s;
     if (!cholesky((int)m, l.data())) return;
-    const std::vector<double> p = inverse_of((int)m, l);
+    Bundle b;
+    b.rows = rows;
+    b.p = inverse_of((int)m, l);
+    find_cofactors(&b);
+    const std::size_t n = b.columns.size();
     for (std::size_t i = 0; i < m; i++) {
-        double weighted = 0.0, share = 0.0, weighted_cofactor = p[i * m + i];
+        double weighted = 0.0, share = 0.0;
+        dx.assign(n, 0.0); // Q A^T P e
         for (std::size_t k = 0; k < m; k++) {
-            weighted += p[i * m + k] * system.equations.misclosure[rows[k]];
-            share += aqa[i * m + k] * p[k * m + i];
-            double pa = 0.0; // (P A Q A^T)_ik
-            for (std::size_t h = 0; h < m; h++) pa += p[i * m + h] * aqa[h * m + k];
-            weighted_cofactor -= pa * p[k * m + i];
+            const double p = b.p[k * m + i];
+            weighted += p * system.equations.misclosure[rows[k]];
+            share += b.aqa[i * m + k] * p;
+            for (std::size_t j = 0; j < n; j++) dx[j] += b.aq[k * n + j] * p;
         }
         RowStatistics r;
         r.residual = system.equations.misclosure[rows[i]];
-        r.cofactor = std::fmax(0.0, s[i * m + i] - aqa[i * m + i]);
+        r.cofactor = std::fmax(0.0, s[i * m + i] - b.aqa[i * m + i]);
         r.redundancy = 1.0 - share;
-        enter(rows[i], weighted, weighted_cofactor, r);
+        r.weight = b.p[i * m + i];
+        r.control = std::fmax(0.0, b.control(i, i));
+        r.effect = own_shift(rows[i], b.columns, dx.data());
+        enter(rows[i], weighted, r);
+    }
+    test_together(b);
+}
+
+// The tests of those observations whose rows stand in the bundle.
+void RowTests::test_together(const Bundle &b)
+{
+    std::map<int, std::vector<std::size_t>> members;
+    for (std::size_t i = 0; i < b.m(); i++)
+        if (bundle_of[b.rows[i]] >= 0) members[bundle_of[b.rows[i]]].push_back(i);
+    for (const auto &[which, of] : members) test(b, of, &result.together[which]);
+}
+
+// Cofactors are scaled by the roots of the weights: their elements are shares of control.
+void RowTests::test(const Bundle &b, const std::vector<std::size_t> &members, JointStatistics *joint) const
+{
+    const int n = (int)members.size();
+    Dense control(n, n);
+    std::vector<double> misfit(n, 0.0);
+    for (int i = 0; i < n; i++) {
+        const double root = std::sqrt(b.p[members[i] * b.m() + members[i]]);
+        for (std::size_t k = 0; k < b.m(); k++)
+            misfit[i] += b.p[members[i] * b.m() + k] * system.equations.misclosure[b.rows[k]] / root;
+        for (int k = 0; k < n; k++)
+            control(i, k) = b.control(members[i], members[k]) / root / std::sqrt(b.p[members[k] * b.m() + members[k]]);
+    }
+    const SmallSvd svd = small_svd(control);
+    joint->rank = count_from(svd.s, least_redundancy);
+    for (int j = 0; j < joint->rank; j++) {
+        double along = 0.0;
+        for (int i = 0; i < n; i++) along += svd.v(i, j) * misfit[i];
+        joint->squares += along * along / svd.s[j];
     }
 }
 
@@ -239,6 +369,18 @@ std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors,
     return joint;
 }
 
+// f^T Q f by a solve; held unknowns do not count.
+double form_cofactor(const Model &model, const Cofactors &cofactors, const Form &form)
+{
+    std::vector<double> x(model.n_unknowns(), 0.0);
+    for (const auto &[unknown, coefficient] : form)
+        if (model.estimated(unknown)) x[unknown] += coefficient;
+    cofactors.multiply(x.data());
+    double sum = 0.0;
+    for (const auto &[unknown, coefficient] : form) sum += coefficient * x[unknown];
+    return std::fmax(0.0, sum);
+}
+
 void scale(double f, std::vector<Covariance> *list)
 {
     for (Covariance &c : *list)
@@ -274,10 +416,12 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     for (int p = 0; p < model.n_points; p++) s.points.push_back(point_cofactors(system, cofactors, p));
     for (const auto &pair : options.pairs)
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
+    for (const Form &form : options.forms)
+        s.forms.push_back(s.sigma * std::sqrt(form_cofactor(model, cofactors, form)));
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);
-    if (options.residuals) RowTests(model, system, cofactors, options.watch, &s).run();
+    if (options.residuals) RowTests(model, system, cofactors, options, &s).run();
     return s;
 }
 

@@ -149,6 +149,15 @@ int weigh(const Model &model, const Equations &e, const Columns &columns, Weight
     return bad;
 }
 
+std::vector<double> weighted_covariance(const Model &model, const Equations &e, const std::vector<int> &rows)
+{
+    std::vector<double> s = covariance_of(model, e, e.group[rows[0]], rows);
+    const std::size_t n = rows.size();
+    for (std::size_t i = 0; i < n; i++)
+        for (std::size_t j = 0; j < n; j++) s[i * n + j] /= e.factor[rows[i]] * e.factor[rows[j]];
+    return s;
+}
+
 bool cholesky(int n, double *a, int *pivot)
 {
     for (int j = 0; j < n; j++) {
@@ -181,6 +190,18 @@ void forward_substitute(int n, const double *l, int m, double *x)
             for (int c = 0; c < m; c++) xi[c] -= li[k] * xk[c];
         }
         for (int c = 0; c < m; c++) xi[c] /= li[i];
+    }
+}
+
+void back_substitute(int n, const double *l, int m, double *x)
+{
+    for (int i = n - 1; i >= 0; i--) {
+        double *xi = x + (std::size_t)i * m;
+        for (int c = 0; c < m; c++) xi[c] /= l[(std::size_t)i * n + i];
+        for (int k = 0; k < i; k++) {
+            double *xk = x + (std::size_t)k * m;
+            for (int c = 0; c < m; c++) xk[c] -= l[(std::size_t)i * n + k] * xi[c];
+        }
     }
 }
 

@@ -36,12 +36,18 @@ WeightedRows weighted_pattern(const Model &model, const Equations &equations, co
 // Returns the first group whose covariance is not positive definite, or -1; its rows are then 0.
 int weigh(const Model &model, const Equations &equations, const Columns &columns, WeightedRows *rows);
 
+// Covariance as weighted, S_ij / (factor_i factor_j), of some rows of one group; by rows.
+std::vector<double> weighted_covariance(const Model &model, const Equations &equations, const std::vector<int> &rows);
+
 // Cholesky factor L of a covariance, in place in the lower triangle (n x n by rows). False when it is not positive
 // definite: `pivot` is then the first row that is not independent of those before.
 bool cholesky(int n, double *a, int *pivot = nullptr);
 
 // x = L^-1 x for m right-hand sides side by side (n x m by rows).
 void forward_substitute(int n, const double *l, int m, double *x);
+
+// x = L^-T x, the same way.
+void back_substitute(int n, const double *l, int m, double *x);
 
 } // namespace vornadjust
 

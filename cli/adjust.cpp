@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -20,6 +21,7 @@
 #include "host/results/output_file.h"
 #include "host/results/svg_writer.h"
 #include "host/results/updated_network.h"
+#include "host/results/verdict.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
 #include "host/system/temporary_file.h"
@@ -224,6 +226,25 @@ void show_accounts(const Options &options, const RunOutcome &outcome)
     for (const std::string &line : account_lines(outcome.accounts)) fprintf(stderr, "%s\n", line.c_str());
 }
 
+// The three lines at the end of a report that goes elsewhere.
+void show_verdict(const Options &options, const Results &results)
+{
+    if (options.console.quiet || results.solver != "sparse" || !results.adjusted) return;
+    if (!report_in_file(options) && !json_shown(options)) return;
+    for (const std::string &line : verdict(results)) fprintf(stderr, "%s\n", line.c_str());
+}
+
+// Whether something fails that --fail-on names. A test that could not be made has not been passed.
+bool fails(const Options &options, const Results &results)
+{
+    const auto asked = [&](const char *word) {
+        return std::find(options.fail_on.begin(), options.fail_on.end(), word) != options.fail_on.end();
+    };
+    if (asked("test") && (!results.variance_test || !results.variance_test->passed())) return true;
+    if (asked("suspects") && (!results.tests || results.tests->tested == 0 || results.tests->rejected > 0)) return true;
+    return asked("unchecked") && (!results.tests || results.tests->unchecked > 0);
+}
+
 // Results that are not numbers are no results.
 int check_numbers(const Results &results, const RunOutcome &outcome)
 {
@@ -273,9 +294,11 @@ int adjust(const Options &options)
         throw;
     }
     show_accounts(options, outcome);
+    show_verdict(options, results);
     const int status = close_run(outcome);
     const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
     outputs.finish_results(options, results);
     console.finish();
-    return status == STATUS_ADJUSTED ? numbers : status;
+    if (status != STATUS_ADJUSTED || numbers != STATUS_ADJUSTED) return status == STATUS_ADJUSTED ? numbers : status;
+    return fails(options, results) ? STATUS_FAILED : STATUS_ADJUSTED;
 }

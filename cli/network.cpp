@@ -13,6 +13,35 @@ using namespace vornhost;
 
 namespace {
 
+bool refuse(const char *why)
+{
+    fprintf(stderr, "vorn: %s\n", why);
+    return false;
+}
+
+// What the options ask of tests.
+bool apply_tests(const Options &options, Model &model)
+{
+    model.tests.snoop = options.snoop;
+    if (options.robust) model.tests.robust = *options.robust;
+    const bool asked = options.snoop || options.robust || !options.fail_on.empty();
+    if (model.solver != Solver::Sparse) {
+        if (model.tests.given) return refuse("[tests] of the network file is for the solver sparse; leave it out");
+        if (model.derived.size() > 0) return refuse("table derived is for the solver sparse; leave it out");
+        if (asked) return refuse("--snoop, --robust and --fail-on are for the solver sparse; leave them out");
+        return true;
+    }
+    if (options.snoop && options.robust) return refuse("--snoop and --robust cannot both be; choose one");
+    const bool tested = model.mode == Mode::Statistics && model.residual_statistics;
+    if ((options.snoop || !options.fail_on.empty()) && !tested)
+        return refuse("--snoop and --fail-on need the tests of mode statistics; leave them out, or the other options");
+    if (options.robust && model.tests.test != ObservationTest::baarda)
+        return refuse("--robust has no variance factor to test by; choose test = \"baarda\" in [tests]");
+    if (options.robust && model.mode == Mode::Propagation)
+        return refuse("--robust has no residuals in mode propagation; leave it out");
+    return true;
+}
+
 bool apply(const Options &options, Model &model)
 {
     if (options.solver) model.solver = *options.solver;
@@ -24,6 +53,7 @@ bool apply(const Options &options, Model &model)
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
         return false;
     }
+    if (!apply_tests(options, model)) return false;
     if (model.solver != Solver::Simplex || model.mode != Mode::Propagation) return true;
     fprintf(stderr, "vorn: the solver simplex has no mode propagation; choose --solver compact or --mode solution\n");
     return false;

@@ -18,6 +18,9 @@ const std::map<std::string, Solver> solvers = {
 const std::map<std::string, Mode> modes = {
     {"statistics", Mode::Statistics}, {"solution", Mode::Solution}, {"propagation", Mode::Propagation}};
 
+const std::map<std::string, vornhost::Robust> estimators = {
+    {"huber", vornhost::Robust::huber}, {"danish", vornhost::Robust::danish}, {"l1", vornhost::Robust::l1}};
+
 const char overview[] = "Examples:\n"
                         "  vorn check bridge.inp\n"
                         "  vorn adjust bridge.inp -o bridge.txt --json bridge.json\n"
@@ -31,7 +34,7 @@ const char adjust_footer[] = "Examples:\n"
                              "  vorn adjust bridge.inp -C out --csv tables    all output in the folder out\n"
                              "  vorn adjust bridge.inp --solver simplex       look for gross errors\n\n"
                              "Exit status: 0 adjusted, 1 refused or no convergence, 2 bad input or usage,\n"
-                             "3 the system failed, 130 interrupted.";
+                             "3 the system failed, 4 a test failed that --fail-on names, 130 interrupted.";
 
 const char check_footer[] = "Example:\n"
                             "  vorn check bridge.inp\n\n"
@@ -117,6 +120,16 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_flag("--brief", options.brief, "report without a line for every observation (solver sparse)");
     adjust->add_flag("--no-residual-statistics", options.no_residual_statistics,
                      "no redundancy numbers and tests of residuals (solver sparse)");
+    adjust->add_flag("--snoop", options.snoop,
+                     "leave out the worst observation and adjust again, until none is suspicious (solver sparse)");
+    add_word(adjust, "--robust", options.robust, estimators, "weights that fall with the residuals (solver sparse)");
+    adjust
+        ->add_option("--fail-on", options.fail_on,
+                     "exit status 4 where the global test fails, observations are suspicious or not checked "
+                     "(solver sparse): test, suspects, unchecked, with commas between them")
+        ->delimiter(',')
+        ->check(CLI::IsMember({"test", "suspects", "unchecked"}))
+        ->type_name("WORDS");
     adjust->add_option("--threads", options.threads, "threads of the solver sparse; two where the machine has them")
         ->check(CLI::Range(1, 64))
         ->type_name("N");

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/formats/recognise.h"
 #include "host/run/console.h"
@@ -17,6 +18,7 @@ enum Status {
     STATUS_REFUSED = 1,      // by the engine, or no convergence
     STATUS_USAGE = 2,        // bad input or bad options; nothing was written
     STATUS_SYSTEM = 3,       // disk full, cannot write, no memory
+    STATUS_FAILED = 4,       // adjusted, and a test failed that --fail-on names
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
@@ -36,6 +38,11 @@ struct Options {
     std::optional<int> threads;
     bool brief = false; // report without the tables of observations
     bool no_residual_statistics = false;
+    bool snoop = false;
+    std::optional<vornhost::Robust> robust;
+    std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
+    std::string covariance;           // file of the covariances of coordinates
+    std::vector<std::string> covariance_points;
     vornhost::ConsoleOptions console;
 };
 

@@ -73,6 +73,14 @@ struct SightRow {
     bool use = true;
 };
 
+enum class DerivedKind { distance, horizontal_distance, bearing, height_difference, angle };
+
+// A quantity that is computed from adjusted coordinates; an angle (at, from, to) as that of a SightRow.
+struct DerivedRow {
+    DerivedKind kind = DerivedKind::distance;
+    int from = -1, to = -1, third = -1;
+};
+
 // Observed coordinates of a point, or a difference of coordinates.
 struct VectorRow {
     int from = -1, to = -1; // coordinates: `to` is -1

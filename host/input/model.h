@@ -10,6 +10,7 @@
 
 #include "host/input/field_records.h"
 #include "host/input/name_keys.h"
+#include "host/input/test_settings.h"
 #include "host/input/units.h"
 #include "vorn/project.h"
 
@@ -75,6 +76,7 @@ struct Model {
     int steps = 50;                  // most iterations of the solver sparse; p.itmax where the file gives them
     int threads = 0;                 // of the solver sparse; 0: two where the machine has them
     bool residual_statistics = true; // of the solver sparse, in mode statistics: redundancy numbers and tests
+    TestSettings tests;              // of the solver sparse
     bool brief = false;              // the report of the solver sparse has no line for each observation
 
     List<station_input> stations;
@@ -94,6 +96,7 @@ struct Model {
     std::vector<std::string> set_words;
     List<SightRow> angles, horizontal_distances, bearings, scale_bars;
     List<VectorRow> coordinates, coordinate_differences;
+    List<DerivedRow> derived;
     List<CovarianceRecord> covariances;
     struct Centring {
         double instrument = 0, target = 0;               // along each horizontal axis

@@ -64,6 +64,9 @@ const std::vector<SectionKeys> &all_sections()
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
         {"csv", {"separator", "decimal"}},
+        {"tests",
+         {"test", "level", "power", "correction", "global_level", "least_redundancy", "confidence", "precision",
+          "suspects"}},
         {"covariances", {}}, // keys are names
         {"tables", std::vector<std::string>(table_names, table_names + TABLE_COUNT)},
     };
@@ -153,6 +156,9 @@ private:
 
 bool any(double) { return true; }
 bool above_zero(double value) { return value > 0.0; }
+bool between_0_and_1(double value) { return value > 0.0 && value < 1.0; }
+bool from_0_below_1(double value) { return value >= 0.0 && value < 1.0; }
+bool sensible_level(double value) { return value >= 1e-12 && value <= 0.5; }
 bool within_quarter(double value) { return std::fabs(value) < 90.0; }
 bool sensible_length(double value) { return std::fabs(value) <= largest_length; }
 
@@ -189,6 +195,7 @@ private:
     void read_weights(const toml::table &root);
     void read_reduction(const toml::table &root);
     void read_methods(const toml::table &root);
+    void read_tests(const toml::table &root);
     void read_connected_net(const toml::table &root);
     void read_covariances(const TextFile &file, const toml::table &root);
     void read_covariance(const TextFile &file, const toml::table &all, const std::string &name);
@@ -225,6 +232,7 @@ void NetworkReader::read(const TextFile &file, const toml::table &root)
     read_csv(root);
     find_tables(file, root);
     read_methods(root);
+    read_tests(root);
     read_connected_net(root);
     read_covariances(file, root);
     read_tables();
@@ -469,6 +477,38 @@ void NetworkReader::read_methods(const toml::table &root)
     p.iphoto = named(TABLE_IMAGES) ? 1 : 0;
 }
 
+// Tests and precision of the program's own adjustment; the engine has its own, at 95 %.
+void NetworkReader::read_tests(const toml::table &root)
+{
+    static const Words tests = {{"baarda", (int)ObservationTest::baarda},
+                                {"tau", (int)ObservationTest::tau},
+                                {"b_method", (int)ObservationTest::b_method}};
+    static const Words corrections = {{"none", 0}, {"sidak", 1}};
+    static const Words factors = {{"a_posteriori", 0}, {"a_priori", 1}};
+    constexpr int most_suspects = 1000;
+    Section section(root, "tests", faults);
+    TestSettings &t = net.model.tests;
+    t.given = section.place().line > 0;
+    t.test = (ObservationTest)section.word("test", (int)t.test, tests);
+    t.level = section.number("level", t.level, sensible_level, "from 1e-12 to 0.5");
+    t.power = section.number("power", t.power, between_0_and_1, "between 0 and 1");
+    t.sidak = section.word("correction", 0, corrections) == 1;
+    t.global_level = section.number("global_level", t.global_level, sensible_level, "from 1e-12 to 0.5");
+    t.least_redundancy = section.number("least_redundancy", t.least_redundancy, from_0_below_1, "from 0 to below 1");
+    t.confidence = section.number("confidence", 0.0, between_0_and_1, "between 0 and 1");
+    t.a_priori = section.word("precision", 0, factors) == 1;
+    t.suspects = section.whole("suspects", t.suspects, 0, most_suspects);
+    if (t.power <= t.level)
+        faults.add(section.place(), "power in [tests] is not above level", "write a power such as 0.80");
+    if (t.test == ObservationTest::b_method && (t.sidak || section.find("global_level")))
+        section.fault(*section.find(t.sidak ? "correction" : "global_level"),
+                      "the B-method finds the level of the global test from that of one observation",
+                      t.sidak ? "leave correction out" : "leave global_level out");
+    if (t.given && net.model.solver != Solver::Sparse)
+        faults.add(section.place(), "the solvers of the engine have tests of their own at 95 %",
+                   "leave [tests] out, or choose the solver sparse");
+}
+
 void NetworkReader::read_connected_net(const toml::table &root)
 {
     Section section(root, "connected_net", faults);
@@ -636,6 +676,7 @@ void NetworkReader::read_tables()
     read_images(net);
     read_lumps(net);
     read_pairs(net);
+    read_derived(net);
 }
 
 void NetworkReader::check_network()

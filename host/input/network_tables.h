@@ -33,6 +33,7 @@ enum TableId {
     TABLE_IMAGES,
     TABLE_LUMPS,
     TABLE_PAIRS,
+    TABLE_DERIVED,
     TABLE_SETUPS,
     TABLE_HORIZONTAL_DISTANCES,
     TABLE_BEARINGS,
@@ -96,6 +97,7 @@ void read_cameras(Network &net);
 void read_images(Network &net);
 void read_lumps(Network &net);
 void read_pairs(Network &net);
+void read_derived(Network &net);
 
 // Cuts the table into cells, if it is in the file, and reads its whole rows.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));

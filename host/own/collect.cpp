@@ -6,9 +6,12 @@
 #include "adjust/kinds/motions.h"
 #include "host/input/names.h"
 #include "host/own/covariances.h"
+#include "host/own/derived.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
+#include "host/own/joint_tests.h"
 #include "host/results/test_limits.h"
+#include "host/results/test_rule.h"
 
 namespace vornhost {
 
@@ -18,11 +21,20 @@ namespace va = vornadjust;
 
 const double turn = 8.0 * std::atan(1.0);
 
+// The test of single observations in this run.
+TestRule rule_of(const Model &network, const va::Outcome &a)
+{
+    const bool planned = network.mode == Mode::Propagation;
+    return {network.tests, va::tested_rows(a.statistics, network.tests.least_redundancy), planned ? 0 : a.redundancy,
+            std::sqrt(a.variance_factor)};
+}
+
 class Collection {
 public:
     Collection(const Model &model, const OwnOutcome &own, Results &all)
         : network(model), outcome(own), numbers(own.numbers), values(own.numbers.model), adjustment(own.adjustment),
-          results(all), planned(model.mode == Mode::Propagation), precise(own.adjusted() && has_precision())
+          results(all), planned(model.mode == Mode::Propagation), precise(own.adjusted() && has_precision()),
+          rule(rule_of(model, own.adjustment))
     {
         seen.assign(values.value.size(), false);
         for (const int u : adjustment.equations.column) seen[(size_t)u] = true;
@@ -38,6 +50,7 @@ private:
     void parameters(int first, std::optional<double> (&value)[n], std::optional<double> (&sd)[n]) const;
 
     void variance();
+    void precision();
     void points();
     void point_precision(int point, PointResult &p) const;
     void moves(int point, PointResult &p) const;
@@ -46,7 +59,12 @@ private:
     void residual(int row);
     int words_of(const ItemPlace &item, const ItemName &name);
     void mark(const va::RowStatistics &s, ResidualResult &r) const;
-    void find_suspicious();
+    double weight(int row) const;
+    void test(const va::RowStatistics &s, double weight, ResidualResult &r) const;
+    void tests();
+    void weights();
+    void suspects();
+    void joint_tests();
     void kinds();
     void groups();
     void cameras();
@@ -60,7 +78,9 @@ private:
     const va::Outcome &adjustment;
     Results &results;
     const bool planned, precise;
-    std::vector<bool> seen; // [unknowns] some observation sees it
+    const TestRule rule;
+    std::vector<int> place_of; // [rows] among the residuals, or -1
+    std::vector<bool> seen;    // [unknowns] some observation sees it
     double limit = 0, limit_divided = 0, tau = 0, tau_divided = 0;
 };
 
@@ -81,7 +101,7 @@ void Collection::parameters(int first, std::optional<double> (&value)[n], std::o
     }
 }
 
-// Sigma and the two tests of the variance factor.
+// Sigma and the tests of the variance factor.
 void Collection::variance()
 {
     results.degrees_of_freedom = adjustment.redundancy;
@@ -90,18 +110,54 @@ void Collection::variance()
     results.sigma_apriori = 1.0;
     const int f = adjustment.redundancy;
     if (f <= 0) return;
-    const double squares = adjustment.variance_factor * f;
+    if (!outcome.weights.empty()) return; // weights that follow the residuals make their squares small
     results.sigma_aposteriori = std::sqrt(adjustment.variance_factor);
     if (network.mode != Mode::Statistics) return;
-    results.one_tailed_test = squares <= chi_square_limit(1.0 - significance, f);
-    results.variance_test =
-        VarianceTest{squares, chi_square_limit(significance / 2.0, f), chi_square_limit(1.0 - significance / 2.0, f)};
+    VarianceTest t;
+    t.squares = adjustment.variance_factor * f;
+    t.level = rule.global_level();
+    t.lower = chi_square_limit(t.level / 2.0, f);
+    t.upper = chi_square_limit(1.0 - t.level / 2.0, f);
+    t.one_sided_limit = chi_square_limit(1.0 - t.level, f);
+    t.one_sided_probability = chi_square_above(t.squares, f);
+    t.probability = std::fmin(1.0, 2.0 * std::fmin(t.one_sided_probability, chi_square_below(t.squares, f)));
+    results.one_tailed_test = t.one_sided_passed();
+    results.variance_test = t;
+}
+
+// Semi-axes of an ellipse of that confidence by those of the standard ellipse: by chi-square, or by F where the
+// variance factor of the adjustment is in them.
+double ellipse_factor(double confidence, bool a_priori, int f)
+{
+    const double square = a_priori ? chi_square_limit(confidence, 2) : 2.0 * fisher_limit(confidence, 2, f);
+    return std::sqrt(square);
+}
+
+void Collection::precision()
+{
+    if (!precise) return;
+    PrecisionResult p;
+    p.a_priori = network.tests.a_priori || planned || !outcome.weights.empty() || adjustment.redundancy <= 0;
+    p.sigma = adjustment.statistics.sigma;
+    if (network.tests.confidence > 0) {
+        p.confidence = network.tests.confidence;
+        p.ellipse_factor = ellipse_factor(network.tests.confidence, p.a_priori, adjustment.redundancy);
+    }
+    results.precision = p;
 }
 
 const char *code_word(int code)
 {
     static const char *const words[] = {"free", "free", "no_datum", "weighted", "fixed"};
     return code >= 0 && code <= CODE_FIXED ? words[code] : "fixed";
+}
+
+// Radius of the circle about the adjusted position that holds the true one with 95 %, by the semi-axes of the standard
+// ellipse (W. Leenhouts, On the computation of bi-normal radial error, 1985; to 0.2 %).
+double circle_radius(double a, double b)
+{
+    const double c = a > 0.0 ? b / a : 0.0;
+    return a * (1.960790 + c * (0.004071 + c * (0.114276 + c * 0.371625)));
 }
 
 void Collection::point_precision(int point, PointResult &p) const
@@ -116,6 +172,8 @@ void Collection::point_precision(int point, PointResult &p) const
         const va::Ellipse q = va::ellipse(c[place[i][i]], c[place[i][j]], c[place[j][j]]);
         p.ellipse[e] = {q.a, q.b, q.bearing};
     }
+    if (p.ellipse[0]) p.uncertainty = circle_radius(p.ellipse[0]->a, p.ellipse[0]->b);
+    if (network.p.dim == 1 && p.deviation[2]) p.uncertainty = normal_limit(significance) * *p.deviation[2];
 }
 
 // Where the motions of its lump take a point, from the adjusted place.
@@ -230,6 +288,28 @@ void Collection::mark(const va::RowStatistics &s, ResidualResult &r) const
     r.tau_divided = w > tau_divided * sigma;
 }
 
+// The weight of robust estimation, which tests do without.
+double Collection::weight(int row) const
+{
+    return outcome.weights.empty() ? 1.0 : outcome.weights[(size_t)adjustment.equations.observation[(size_t)row]];
+}
+
+void Collection::test(const va::RowStatistics &s, double weight, ResidualResult &r) const
+{
+    r.checked = s.controlled() && s.share() >= network.tests.least_redundancy;
+    if (!*r.checked || !rule.foretells()) return;
+    ObservationTestResult t;
+    t.detectable = rule.detectable() / std::sqrt(s.control / weight);
+    t.bias_to_noise = t.detectable * std::sqrt(std::fmax(0.0, s.weight - s.control));
+    t.shift = t.detectable * s.effect;
+    if (rule.tests()) {
+        const double normalised = s.normalised / std::sqrt(weight);
+        t.probability = rule.probability(normalised);
+        t.rejected = std::fabs(normalised) > rule.limit();
+    }
+    r.test = t;
+}
+
 void Collection::residual(int row)
 {
     const va::Equations &e = adjustment.equations;
@@ -254,8 +334,10 @@ void Collection::residual(int row)
         const va::RowStatistics &s = adjustment.statistics.rows[(size_t)row];
         r.deviation = std::sqrt(s.cofactor);
         r.redundancy = s.redundancy;
-        if (!planned && s.redundancy >= va::least_redundancy) r.normalised = s.normalised;
-        mark(s, r);
+        const double w = weight(row);
+        if (!planned && s.controlled()) r.normalised = s.normalised / std::sqrt(w);
+        if (outcome.weights.empty()) mark(s, r);
+        if (network.mode != Mode::Solution) test(s, w, r);
     }
     const ItemPlace &item = numbers.items[(size_t)e.observation[(size_t)row]];
     if (const ItemNotes n = item_notes(network, item); n.notes)
@@ -294,24 +376,114 @@ void Collection::residuals()
         tau_divided = tau_limit(significance / n, f);
     }
     results.residuals.reserve((size_t)n);
-    for (int row = 0; row < e.rows(); row++)
-        if (e.usable[(size_t)row]) residual(row);
-    find_suspicious();
+    place_of.assign((size_t)e.rows(), -1);
+    for (int row = 0; row < e.rows(); row++) {
+        if (!e.usable[(size_t)row]) continue;
+        place_of[(size_t)row] = (int)results.residuals.size();
+        residual(row);
+    }
+    tests();
+    weights();
+    suspects();
+    joint_tests();
+    results.snooping = outcome.snooping;
 }
 
-void Collection::find_suspicious()
+const char *test_word(ObservationTest test)
 {
+    return test == ObservationTest::tau ? "tau" : test == ObservationTest::b_method ? "b_method" : "baarda";
+}
+
+void Collection::tests()
+{
+    if (!precise || adjustment.statistics.rows.empty()) return;
+    TestsResult t;
+    t.test = test_word(network.tests.test);
+    t.words = rule.name();
+    t.sidak = network.tests.sidak;
+    t.level = network.tests.level;
+    t.single_level = rule.single_level();
+    t.power = network.tests.power;
+    if (rule.tests()) t.limit = rule.limit();
+    t.least_redundancy = network.tests.least_redundancy;
     std::vector<size_t> &worst = results.suspicious;
+    for (size_t i = 0; i < results.residuals.size(); i++) {
+        const ResidualResult &r = results.residuals[i];
+        t.unchecked += !r.checked.value_or(true);
+        if (r.test && r.test->rejected) worst.push_back(i);
+    }
     const auto size = [&](size_t i) { return std::fabs(results.residuals[i].normalised.value_or(0.0)); };
-    for (size_t i = 0; i < results.residuals.size(); i++)
-        if (results.residuals[i].normal_divided.value_or(false)) worst.push_back(i);
     std::stable_sort(worst.begin(), worst.end(), [&](size_t a, size_t b) { return size(a) > size(b); });
+    t.tested = rule.tests() ? (int)results.residuals.size() - t.unchecked : 0;
+    t.rejected = (int)worst.size();
+    results.tests = t;
+}
+
+const char *robust_word(Robust robust)
+{
+    return robust == Robust::huber ? "huber" : robust == Robust::danish ? "danish" : "l1";
+}
+
+void Collection::weights()
+{
+    if (outcome.weights.empty()) return;
+    results.robust = robust_word(network.tests.robust);
+    std::vector<WeightResult> &all = results.weights;
+    for (size_t row = 0; row < place_of.size(); row++)
+        if (place_of[row] >= 0 && weight((int)row) < 1.0) all.push_back({(size_t)place_of[row], weight((int)row)});
+    std::stable_sort(all.begin(), all.end(),
+                     [](const WeightResult &a, const WeightResult &b) { return a.weight < b.weight; });
+}
+
+void Collection::suspects()
+{
+    for (const va::Suspect &s : adjustment.suspects) {
+        SuspectResult suspect;
+        suspect.residual = (size_t)place_of[(size_t)s.row];
+        const ResidualResult &r = results.residuals[suspect.residual];
+        suspect.error = s.error;
+        suspect.would_read = r.raw.value_or(r.value) - s.error;
+        const va::Observation &o = values.observations[(size_t)adjustment.equations.observation[(size_t)s.row]];
+        if (is_circle(o)) suspect.would_read = on_circle(suspect.would_read);
+        suspect.shift = s.shift;
+        if (s.point >= 0) suspect.point = results.points[(size_t)s.point].name;
+        for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)place_of[(size_t)a.row], a.correlation});
+        results.suspects.push_back(suspect);
+    }
+}
+
+// Components of an observation are rows that follow one another.
+void Collection::joint_tests()
+{
+    if (planned || !precise || adjustment.statistics.together.empty() || !outcome.weights.empty()) return;
+    std::vector<int> first(values.observations.size(), -1), rows(values.observations.size(), 0);
+    const va::Equations &e = adjustment.equations;
+    for (int r = e.rows() - 1; r >= 0; r--) {
+        if (!e.usable[(size_t)r]) continue;
+        first[(size_t)e.observation[(size_t)r]] = place_of[(size_t)r];
+        rows[(size_t)e.observation[(size_t)r]]++;
+    }
+    const std::vector<std::vector<int>> together = tested_together(numbers);
+    for (size_t i = 0; i < together.size(); i++) {
+        JointTestResult t;
+        t.rank = adjustment.statistics.together[i].rank;
+        t.squares = adjustment.statistics.together[i].squares;
+        for (const int o : together[i]) t.components += rows[(size_t)o];
+        if (t.components == 0) continue;
+        t.first = (size_t)first[(size_t)together[i].front()];
+        if (rule.tests_together(t.rank)) {
+            const double all = adjustment.variance_factor * adjustment.redundancy;
+            t.probability = rule.probability_together(t.squares, all, t.rank);
+            t.rejected = *t.probability < rule.level_together(t.rank);
+        }
+        results.joint_tests.push_back(t);
+    }
 }
 
 // Kinds of the file; the three kinds of distances are one of them.
 void Collection::kinds()
 {
-    if (!precise || planned || adjustment.redundancy <= 0) return;
+    if (!precise || planned || adjustment.redundancy <= 0 || !outcome.weights.empty()) return;
     const project &p = network.p;
     const Model::Apriori &own = network.apriori;
     const bool coordinates = network.coordinates.size() > 0;
@@ -360,6 +532,8 @@ void Collection::kinds()
             k.over_normal_divided += r.normal_divided.value_or(false);
             k.over_tau += r.tau.value_or(false);
             k.over_tau_divided += r.tau_divided.value_or(false);
+            k.suspicious += r.test && r.test->rejected;
+            k.unchecked += !r.checked.value_or(true);
         }
         results.kinds.push_back(k);
     }
@@ -438,6 +612,7 @@ void Collection::pairs()
 void Collection::run()
 {
     if (outcome.adjusted()) variance();
+    precision();
     points();
     orientations();
     residuals();
@@ -446,6 +621,7 @@ void Collection::run()
     cameras();
     lumps();
     pairs();
+    collect_derived(network, outcome, results);
 }
 
 void set_ending(const OwnOutcome &outcome, Results &results)

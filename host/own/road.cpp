@@ -2,14 +2,22 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <thread>
 #include <unordered_set>
 
+#include "adjust/robust.h"
+
 #include "host/own/covariances.h"
+#include "host/own/derived.h"
+#include "host/own/deselect.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
+#include "host/own/joint_tests.h"
 #include "host/own/refusals.h"
+#include "host/own/snooping.h"
+#include "host/results/test_rule.h"
 #include "host/run/determinacy_words.h"
 
 namespace vornhost {
@@ -33,6 +41,7 @@ private:
     bool prepare();
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
+    std::vector<std::string> adjust_by_weights();
     void leave_out();
     void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
@@ -44,6 +53,7 @@ private:
     }
     std::vector<int> joint_unknowns() const;
     va::Options options() const;
+    void set_tests(va::Options &options) const;
     va::Watch told() const;
 
     Model &network;
@@ -120,29 +130,23 @@ va::Options Road::options() const
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
     if (o.statistics) o.joint = joint_unknowns();
+    o.a_priori = network.tests.a_priori;
+    if (o.statistics && network.derived.size() > 0)
+        o.forms = [this](const va::Model &adjusted) { return derived_forms(network, outcome.numbers, adjusted); };
+    if (o.statistics && o.residuals) set_tests(o);
     return o;
 }
 
-// Accounts name what is deselected; lines of image files have an account of their own.
-void deselect(Model &network, const ItemPlace &item)
+void Road::set_tests(va::Options &o) const
 {
-    const auto off = [&](List<measure_input> &list) {
-        measure_input &m = list.records[(size_t)item.record];
-        if (m.typ > 0) m.typ = -m.typ;
+    const TestSettings &tests = network.tests;
+    o.together = tested_together(outcome.numbers);
+    const int most = tests.snoop ? std::max(1, tests.suspects) : tests.suspects;
+    o.suspects.most = network.mode == Mode::Statistics ? most : 0;
+    o.suspects.least_share = tests.least_redundancy;
+    o.suspects.limit = [&tests](int tested, int redundancy, double variance_factor) {
+        return TestRule(tests, tested, redundancy, std::sqrt(variance_factor)).limit();
     };
-    const auto unused = [&](List<SightRow> &list) { list.records[(size_t)item.record].use = false; };
-    switch (item.item) {
-    case Item::horizontal_distance: return unused(network.horizontal_distances);
-    case Item::bearing: return unused(network.bearings);
-    case Item::angle: return unused(network.angles);
-    case Item::scale_bar: return unused(network.scale_bars);
-    case Item::distance: return off(network.distances);
-    case Item::height_difference: return off(network.heightdiffs);
-    case Item::direction: return off(network.directions);
-    case Item::vertical_angle: return off(network.verticals);
-    case Item::azimuth: return off(network.azimuths);
-    default: return;
-    }
 }
 
 // Observations without a derivative take no part; each is named.
@@ -171,13 +175,34 @@ void Road::account_for_image_points()
     }
 }
 
+// Robust estimation. Returns what is to be told of it.
+std::vector<std::string> Road::adjust_by_weights()
+{
+    const Robust robust = network.tests.robust;
+    va::Robust r = va::adjust_robustly(&outcome.numbers.model, options(),
+                                       robust == Robust::huber    ? va::Estimator::huber
+                                       : robust == Robust::danish ? va::Estimator::danish
+                                                                  : va::Estimator::least_absolute);
+    outcome.adjustment = std::move(r.outcome);
+    outcome.weights = std::move(r.weight);
+    if (r.settled || outcome.adjustment.status != va::Status::adjusted) return {};
+    return {"the weights of the robust estimation changed up to its last round"};
+}
+
 void Road::adjust()
 {
-    outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    std::vector<std::string> steps;
+    if (network.tests.snoop && !checking)
+        steps = adjust_by_snooping(network, options(), outcome);
+    else if (network.tests.robust != Robust::none && !checking)
+        steps = adjust_by_weights();
+    else
+        outcome.adjustment = va::adjust(&outcome.numbers.model, options());
     if (outcome.adjustment.status == va::Status::stopped) {
         outcome.ending = Ending::stopped;
         return;
     }
+    for (const std::string &line : steps) note(line);
     const va::Iteration &i = outcome.adjustment.iteration;
     if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
     leave_out();

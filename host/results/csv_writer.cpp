@@ -141,14 +141,28 @@ std::string residuals(const Results &results)
                  "set",
                  "id",
                  "remark",
-                 "raw"});
+                 "raw",
+                 "checked",
+                 "p_value",
+                 "rejected",
+                 "detectable",
+                 "bias_to_noise",
+                 "shift"});
     for (const ResidualResult &r : results.residuals) {
         const auto observed = [&](double x) { return r.observed ? std::optional<double>(x) : std::nullopt; };
         sheet.cell(r.kind).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(observed(r.value)).cell(r.sigma);
         sheet.cell(observed(r.residual)).cell(r.deviation).cell(r.outside).cell(r.normal).cell(r.normal_divided);
         sheet.cell(r.tau).cell(r.tau_divided).cell(r.component).cell(r.unit).cell(r.adjusted).cell(r.redundancy);
         const RowWords &w = results.words_of(r);
-        sheet.cell(r.normalised).cell(w.at).cell(w.setup).cell(w.set).cell(w.id).cell(w.remark).cell(r.raw).end_row();
+        sheet.cell(r.normalised).cell(w.at).cell(w.setup).cell(w.set).cell(w.id).cell(w.remark).cell(r.raw);
+        const auto of_test = [&](double ObservationTestResult::*member) {
+            return r.test ? std::optional<double>((*r.test).*member) : std::nullopt;
+        };
+        const bool tested = r.test && r.test->probability;
+        sheet.cell(r.checked).cell(tested ? r.test->probability : std::nullopt);
+        sheet.cell(tested ? std::optional<bool>(r.test->rejected) : std::nullopt);
+        sheet.cell(of_test(&ObservationTestResult::detectable)).cell(of_test(&ObservationTestResult::bias_to_noise));
+        sheet.cell(of_test(&ObservationTestResult::shift)).end_row();
     }
     return sheet.text;
 }

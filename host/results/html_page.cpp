@@ -108,7 +108,7 @@ json points(const std::vector<PointResult> &all)
     return columns;
 }
 
-// One bit a test that the residual did not pass; null where there were no tests.
+// One bit a test that the residual did not pass, the last whether it is suspicious; null where there were no tests.
 json marks(const ResidualResult &r)
 {
     const std::optional<bool> tests[5] = {r.outside, r.normal, r.normal_divided, r.tau, r.tau_divided};
@@ -118,7 +118,9 @@ json marks(const ResidualResult &r)
         tested = tested || tests[k];
         if (tests[k].value_or(false)) bits |= 1 << k;
     }
-    return tested ? json(bits) : json(nullptr);
+    const bool suspicious = r.test ? r.test->rejected : r.normal_divided.value_or(false);
+    if (suspicious) bits |= 1 << 5;
+    return tested || suspicious ? json(bits) : json(nullptr);
 }
 
 json observations(const Results &results, const InputLines &lines)
@@ -146,6 +148,15 @@ json observations(const Results &results, const InputLines &lines)
     columns["redundancy"] = column(all, [](R r) { return number(r.redundancy, small_digits); });
     columns["normalised"] = column(all, [](R r) { return number(r.normalised, small_digits); });
     columns["marks"] = column(all, marks);
+    const auto of_test = [&](const char *key, double ObservationTestResult::*member) {
+        columns[key] =
+            column(all, [&](R r) { return r.test ? number((*r.test).*member, small_digits) : json(nullptr); });
+    };
+    columns["p"] = column(all, [](R r) { return r.test ? number(r.test->probability, small_digits) : json(nullptr); });
+    of_test("detectable", &ObservationTestResult::detectable);
+    of_test("noise", &ObservationTestResult::bias_to_noise);
+    of_test("shift", &ObservationTestResult::shift);
+    columns["unchecked"] = column(all, [](R r) { return r.checked.value_or(true) ? json(nullptr) : json(1); });
     const auto words = [&](const char *key, std::string RowWords::*member) {
         columns[key] = column(all, [&](R r) { return text_or_null(results.words_of(r).*member); });
     };
@@ -171,7 +182,9 @@ json kinds(const Results &results)
                        {"sigma_a_priori", k.sigma_apriori},
                        {"sigma_a_posteriori", k.sigma_aposteriori},
                        {"passed", k.goodness_of_fit ? json(*k.goodness_of_fit) : json(nullptr)},
-                       {"over", {k.over_normal, k.over_normal_divided}}});
+                       {"over", {k.over_normal, k.over_normal_divided}},
+                       {"suspicious", k.suspicious},
+                       {"unchecked", k.unchecked}});
     return all;
 }
 
@@ -258,6 +271,37 @@ json pairs(const Results &results)
     return all;
 }
 
+json suspects(const Results &results)
+{
+    json all = json::array();
+    for (const SuspectResult &s : results.suspects) {
+        json alike = json::array();
+        for (const AlikeResult &a : s.alike)
+            alike.push_back({{"observation", a.residual}, {"correlation", number(a.correlation, small_digits)}});
+        all.push_back({{"observation", s.residual},
+                       {"error", number(s.error, small_digits)},
+                       {"would_read", number(s.would_read, value_digits)},
+                       {"shift", number(s.shift, small_digits)},
+                       {"point", s.point},
+                       {"alike", alike}});
+    }
+    return all;
+}
+
+json derived(const Results &results)
+{
+    json all = json::array();
+    for (const DerivedResult &d : results.derived)
+        all.push_back({{"kind", d.kind},
+                       {"unit", d.unit},
+                       {"at", d.at},
+                       {"from", d.from},
+                       {"to", d.to},
+                       {"value", number(d.value, value_digits)},
+                       {"deviation", number(d.deviation, small_digits)}});
+    return all;
+}
+
 json accounts(const Results &results)
 {
     json all = json::array();
@@ -283,6 +327,7 @@ template <class Value> void put(json &object, const char *key, const std::option
 json head(const Results &r, const std::string &date)
 {
     const double n = (double)std::max<size_t>(1, r.residuals.size());
+    const double largest = r.tests && r.tests->limit ? *r.tests->limit : normal_limit(significance / n);
     json all = {{"program", r.program},
                 {"version", r.version},
                 {"date", date},
@@ -296,7 +341,7 @@ json head(const Results &r, const std::string &date)
                   {"metres", r.units.metres},
                   {"angle", r.units.angle},
                   {"zenith", r.units.zenith}}},
-                {"limits", {{"one", normal_limit(significance)}, {"largest", normal_limit(significance / n)}}},
+                {"limits", {{"one", normal_limit(significance)}, {"largest", largest}}},
                 {"adjusted", r.adjusted},
                 {"verdict", json(verdict(r))},
                 {"words", json(r.words)},
@@ -310,7 +355,14 @@ json head(const Results &r, const std::string &date)
         all["variance_test"] = {{"squares", r.variance_test->squares},
                                 {"lower", r.variance_test->lower},
                                 {"upper", r.variance_test->upper},
+                                {"level", r.variance_test->level},
+                                {"p", r.variance_test->probability},
+                                {"one_sided_limit", r.variance_test->one_sided_limit},
+                                {"one_sided_p", r.variance_test->one_sided_probability},
                                 {"passed", r.variance_test->passed()}};
+    if (r.tests)
+        all["tests"] = {{"words", r.tests->words}, {"tested", r.tests->tested}, {"unchecked", r.tests->unchecked}};
+    if (r.precision) all["precision"] = {{"a_priori", r.precision->a_priori}, {"sigma", r.precision->sigma}};
     return all;
 }
 
@@ -325,6 +377,8 @@ std::string data(const Results &results, const InputLines &lines, const std::str
     all["cameras"] = cameras(results);
     all["lumps"] = lumps(results);
     all["pairs"] = pairs(results);
+    all["suspects"] = suspects(results);
+    all["derived"] = derived(results);
     all["accounts"] = accounts(results);
     return all.dump(-1, ' ', false, json::error_handler_t::replace);
 }

@@ -73,6 +73,7 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "adjusted", p.adjusted, axes);
     put_axes(json, "standard_deviation", p.deviation, axes);
     put_axes(json, "ellipse", p.ellipse, planes);
+    json.pair("uncertainty", p.uncertainty);
     put_moves(json, p.moves);
 }
 
@@ -118,6 +119,19 @@ void put_marks(JsonText &json, const ResidualResult &r)
     json.close();
 }
 
+void put_test(JsonText &json, const ResidualResult &r)
+{
+    json.pair("checked", r.checked);
+    if (!r.test) return;
+    json.key("test").open_object();
+    json.pair("p_value", r.test->probability);
+    if (r.test->probability) json.pair("rejected", r.test->rejected);
+    json.pair("detectable", r.test->detectable);
+    json.pair("bias_to_noise", r.test->bias_to_noise);
+    json.pair("shift", r.test->shift);
+    json.close();
+}
+
 void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words)
 {
     put_observation(json, r, words);
@@ -131,6 +145,7 @@ void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words
     json.pair("standard_deviation", r.deviation);
     json.pair("redundancy", r.redundancy);
     json.pair("normalised", r.normalised);
+    put_test(json, r);
     put_marks(json, r);
 }
 
@@ -194,6 +209,30 @@ void put(JsonText &json, const LeftOut &l)
     json.pair("reason", l.reason);
 }
 
+void put(JsonText &json, const SnoopStep &s)
+{
+    json.pair("step", s.taken_again ? "taken_again" : "left_out");
+    json.pair("kind", s.kind);
+    put_text(json, "at", s.at);
+    json.pair("from", s.from);
+    json.pair("to", s.to);
+    json.pair("file", s.file);
+    json.pair("line", s.line);
+    json.pair("normalised", s.normalised);
+    json.pair("sigma_a_posteriori", s.sigma);
+}
+
+void put(JsonText &json, const DerivedResult &d)
+{
+    json.pair("kind", d.kind);
+    put_text(json, "at", d.at);
+    json.pair("from", d.from);
+    json.pair("to", d.to);
+    json.pair("unit", d.unit);
+    json.pair("value", d.value);
+    json.pair("standard_deviation", d.deviation);
+}
+
 template <class Record> void put_list(JsonText &json, const char *key, const std::vector<Record> &records);
 
 void put(JsonText &json, const Account &a)
@@ -252,6 +291,103 @@ void put_variance_test(JsonText &json, const VarianceTest &t)
     json.pair("lower", t.lower);
     json.pair("upper", t.upper);
     json.pair("passed", t.passed());
+    json.pair("level", t.level);
+    json.pair("p_value", t.probability);
+    json.pair("one_sided_limit", t.one_sided_limit);
+    json.pair("one_sided_passed", t.one_sided_passed());
+    json.pair("one_sided_p_value", t.one_sided_probability);
+    json.close();
+}
+
+void put_tests(JsonText &json, const TestsResult &t)
+{
+    json.key("tests").open_object();
+    json.pair("test", t.test);
+    json.pair("correction", t.sidak ? "sidak" : "none");
+    json.pair("level", t.level);
+    json.pair("level_of_one", t.single_level);
+    json.pair("power", t.power);
+    json.pair("limit", t.limit);
+    json.pair("least_redundancy", t.least_redundancy);
+    json.pair("tested", t.tested);
+    json.pair("rejected", t.rejected);
+    json.pair("unchecked", t.unchecked);
+    json.close();
+}
+
+void put_precision(JsonText &json, const PrecisionResult &p)
+{
+    json.key("precision").open_object();
+    json.pair("variance_factor", p.a_priori ? "a_priori" : "a_posteriori");
+    json.pair("sigma", p.sigma);
+    json.pair("confidence", p.confidence);
+    if (p.confidence) json.pair("ellipse_factor", p.ellipse_factor);
+    json.close();
+}
+
+// Where a residual stands among the residuals, and what it is.
+void put_place(JsonText &json, const Results &results, size_t i)
+{
+    json.pair("residual", (int)i);
+    put_observation(json, results.residuals[i], results.words_of(results.residuals[i]));
+    put_text(json, "component", results.residuals[i].component);
+}
+
+void put_suspects(JsonText &json, const Results &results)
+{
+    if (!results.tests) return;
+    json.key("suspects").open_array();
+    for (const SuspectResult &s : results.suspects) {
+        json.open_object();
+        put_place(json, results, s.residual);
+        json.pair("unit", results.residuals[s.residual].unit);
+        json.pair("error", s.error);
+        json.pair("would_read", s.would_read);
+        json.pair("shift", s.shift);
+        put_text(json, "point", s.point);
+        json.key("not_told_apart_from").open_array();
+        for (const AlikeResult &a : s.alike) {
+            json.open_object();
+            put_place(json, results, a.residual);
+            json.pair("correlation", a.correlation);
+            json.close();
+        }
+        json.close();
+        json.close();
+    }
+    json.close();
+}
+
+void put_robust(JsonText &json, const Results &results)
+{
+    if (results.robust.empty()) return;
+    json.key("robust").open_object();
+    json.pair("estimator", results.robust);
+    json.key("weights").open_array();
+    for (const WeightResult &w : results.weights) {
+        json.open_object();
+        put_place(json, results, w.residual);
+        json.pair("weight", w.weight);
+        json.close();
+    }
+    json.close();
+    json.close();
+}
+
+void put_joint_tests(JsonText &json, const Results &results)
+{
+    if (results.joint_tests.empty()) return;
+    json.key("joint_tests").open_array();
+    for (const JointTestResult &t : results.joint_tests) {
+        json.open_object();
+        json.pair("residual", (int)t.first);
+        json.pair("components", t.components);
+        json.pair("rank", t.rank);
+        json.pair("squares", t.squares);
+        json.pair("p_value", t.probability);
+        if (t.probability) json.pair("rejected", t.rejected);
+        json.close();
+    }
     json.close();
 }
 
@@ -288,6 +424,8 @@ void put_head(JsonText &json, const Results &r)
     json.pair("sigma_a_posteriori", r.sigma_aposteriori);
     json.pair("one_tailed_test_passed", r.one_tailed_test);
     if (r.variance_test) put_variance_test(json, *r.variance_test);
+    if (r.tests) put_tests(json, *r.tests);
+    if (r.precision) put_precision(json, *r.precision);
 }
 
 } // namespace
@@ -306,6 +444,11 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_list(json, "lumps", results.lumps);
     put_list(json, "pairs", results.pairs);
     put_suspicious(json, results);
+    put_suspects(json, results);
+    put_joint_tests(json, results);
+    if (!results.snooping.empty()) put_list(json, "snooping", results.snooping);
+    put_robust(json, results);
+    if (!results.derived.empty()) put_list(json, "derived", results.derived);
     put_list(json, "observations", results.accounts);
     json.close();
     json.finish();

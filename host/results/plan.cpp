@@ -70,7 +70,7 @@ void Planner::connect(const std::string &from, const std::string &to, size_t i)
     const ResidualResult &r = results.residuals[i];
     line.observations.push_back(i);
     if (r.normalised) line.worst = std::max(line.worst.value_or(0.0), std::fabs(*r.normalised));
-    line.suspicious = line.suspicious || r.normal_divided.value_or(false);
+    line.suspicious = line.suspicious || (r.test ? r.test->rejected : r.normal_divided.value_or(false));
 }
 
 // An angle lies on two lines.

@@ -35,6 +35,7 @@ struct PointResult {
     std::optional<double> deviation[3];      // standard deviations
     std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
     std::vector<MoveResult> moves;           // of the lump it belongs to
+    std::optional<double> uncertainty;       // radius of the circle that holds the position with 95 %
 };
 
 struct OrientationResult {
@@ -50,6 +51,15 @@ struct RowWords {
     std::string setup, set, id, remark;
 
     bool empty() const { return at.empty() && setup.empty() && set.empty() && id.empty() && remark.empty(); }
+};
+
+// Test of an observation, and what can hide in it.
+struct ObservationTestResult {
+    std::optional<double> probability; // of a residual of this size or larger where no observation is wrong
+    double detectable = 0;             // bias that the test finds with the power asked for, unit of the observation
+    double bias_to_noise = 0;          // what that bias does to the unknowns, beside their standard deviations
+    double shift = 0;                  // metres, of the observation's own points by that bias
+    bool rejected = false;
 };
 
 struct ResidualResult {
@@ -72,6 +82,8 @@ struct ResidualResult {
     std::optional<double> deviation;  // of the residual, before the variance factor
     std::optional<double> redundancy; // 0 (nothing checks it) to 1
     std::optional<double> normalised; // residual by its standard deviation
+    std::optional<bool> checked;      // enough other observations control it
+    std::optional<ObservationTestResult> test;
     std::optional<bool> outside, normal, normal_divided, tau, tau_divided; // rejection marks
 };
 
@@ -80,6 +92,7 @@ struct KindResult {
     double sigma_apriori = 0, sigma_aposteriori = 0;
     std::optional<bool> goodness_of_fit; // passed
     int over_normal = 0, over_normal_divided = 0, over_tau = 0, over_tau_divided = 0;
+    int suspicious = 0, unchecked = 0; // of the solver sparse
 };
 
 struct GroupResult {
@@ -104,10 +117,81 @@ struct PairResult {
     std::optional<EllipseResult> ellipse[3];
 };
 
-// Two-sided test of the variance factor: sum of squares between the limits.
+// Tests of the variance factor by the sum of squares.
 struct VarianceTest {
-    double squares = 0, lower = 0, upper = 0;
+    double squares = 0, lower = 0, upper = 0; // two-sided: between the limits
+    double level = 0;
+    double probability = 0;                                // two-sided
+    double one_sided_limit = 0, one_sided_probability = 0; // upwards only
     bool passed() const { return squares >= lower && squares <= upper; }
+    bool one_sided_passed() const { return squares <= one_sided_limit; }
+};
+
+// How observations were tested and precision is stated.
+struct TestsResult {
+    std::string test;  // "baarda", "tau", "b_method"
+    std::string words; // in a sentence
+    bool sidak = false;
+    double level = 0, single_level = 0, power = 0; // asked for, of one observation
+    std::optional<double> limit;                   // of a normalised residual; absent where nothing was tested
+    double least_redundancy = 0;
+    int tested = 0, rejected = 0, unchecked = 0;
+};
+
+// What standard deviations and ellipses contain.
+struct PrecisionResult {
+    bool a_priori = false;            // the standard deviations of the observations alone
+    double sigma = 1;                 // root of the variance factor that they contain
+    std::optional<double> confidence; // of the ellipses in the report; those here are standard ellipses
+    double ellipse_factor = 1;        // semi-axes at that confidence by standard ones
+};
+
+// Test of the components of an observation together.
+struct JointTestResult {
+    size_t first = 0; // of its residuals, which follow one another
+    int components = 0, rank = 0;
+    double squares = 0;
+    std::optional<double> probability;
+    bool rejected = false;
+};
+
+// A quantity of adjusted coordinates.
+struct DerivedResult {
+    std::string kind; // "distance", "horizontal distance", "bearing", "height difference", "angle"
+    std::string unit = "m";
+    std::string from, at, to; // at is empty but for angles
+    double value = 0;
+    std::optional<double> deviation;
+};
+
+// A step of leaving out what the tests reject.
+struct SnoopStep {
+    bool taken_again = false; // or left out
+    std::string kind, at, from, to, file;
+    int line = 0;
+    double normalised = 0; // largest of its components in that run
+    double sigma = 0;      // a posteriori, of the run behind the step
+};
+
+// Weight of an observation in a robust adjustment, by that of its standard deviation.
+struct WeightResult {
+    size_t residual = 0;
+    double weight = 1;
+};
+
+struct AlikeResult {
+    size_t residual = 0;
+    double correlation = 0;
+};
+
+// A suspicious observation that was looked at closely.
+struct SuspectResult {
+    size_t residual = 0;
+    double error = 0;               // estimated, in the unit of the residual
+    double would_read = 0;          // what would fit: the reading less the error
+    double shift = 0;               // metres, by which the error moves a point
+    std::string point;              // that it moves most; empty where it moves none
+    std::vector<AlikeResult> alike; // observations that it cannot be told apart from
 };
 
 struct Results {
@@ -126,6 +210,8 @@ struct Results {
     std::optional<double> sigma_apriori, sigma_aposteriori;
     std::optional<bool> one_tailed_test; // passed
     std::optional<VarianceTest> variance_test;
+    std::optional<TestsResult> tests;
+    std::optional<PrecisionResult> precision;
     std::vector<PointResult> points;
     std::vector<OrientationResult> orientations;
     std::vector<ResidualResult> residuals;
@@ -135,7 +221,13 @@ struct Results {
     std::vector<CameraResult> cameras;
     std::vector<LumpResult> lumps;
     std::vector<PairResult> pairs;
-    std::vector<size_t> suspicious; // residuals beyond the limit for the largest of all, the worst first
+    std::vector<size_t> suspicious; // residuals that the test rejects, the worst first
+    std::vector<SuspectResult> suspects;
+    std::vector<JointTestResult> joint_tests;
+    std::vector<SnoopStep> snooping;
+    std::string robust;                // "huber", "danish", "l1"; empty for least squares
+    std::vector<WeightResult> weights; // of robust estimation, those below 1, the least first
+    std::vector<DerivedResult> derived;
     std::vector<Account> accounts;
     std::vector<std::string> covariance_points; // those that the caller named
     std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held

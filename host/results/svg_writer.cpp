@@ -75,7 +75,9 @@ public:
         const double wide = std::max(plan.right - plan.left, 1e-9), high = std::max(plan.top - plan.bottom, 1e-9);
         scale = std::min({(width - 2 * border) / wide, (highest - 2 * border - footer) / high, 1e6});
         height = std::max(60.0, 2 * border + footer + scale * (plan.top - plan.bottom));
-        limit = normal_limit(significance / (double)std::max<size_t>(1, all.residuals.size()));
+        limit = all.tests && all.tests->limit
+                    ? *all.tests->limit
+                    : normal_limit(significance / (double)std::max<size_t>(1, all.residuals.size()));
     }
 
     std::string write()

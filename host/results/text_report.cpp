@@ -7,7 +7,6 @@
 
 #include "host/input/utf8.h"
 #include "host/results/report_units.h"
-#include "host/results/test_limits.h"
 #include "host/results/text_table.h"
 #include "host/results/verdict.h"
 
@@ -41,7 +40,8 @@ public:
     std::string text() const
     {
         return head() + summary() + notes() + points() + orientations() + groups() + cameras() + lumps() + pairs() +
-               observations() + left_out() + tests() + refusal() + verdict();
+               observations() + left_out() + tests() + suspects() + together() + weights() + snooping() + derived() +
+               weakest() + refusal() + verdict();
     }
 
 private:
@@ -58,10 +58,17 @@ private:
     std::string observations_of(const std::string &kind) const;
     std::string left_out() const;
     std::string tests() const;
+    std::string suspects() const;
+    std::string together() const;
+    std::string weights() const;
+    std::string snooping() const;
+    std::string derived() const;
+    std::string weakest() const;
     std::string refusal() const;
     std::string verdict() const;
 
     bool has_axis(int axis) const { return results.dimension == 3 || (results.dimension == 1) == (axis == 2); }
+    double magnified(double axis) const { return axis * (results.precision ? results.precision->ellipse_factor : 1.0); }
     std::string value(const ResidualResult &r, double x) const;
     std::string small(const ResidualResult &r, double x) const;
     std::string kind_unit(const ResidualResult &r, bool small_unit) const;
@@ -75,6 +82,16 @@ private:
     const bool brief;
 };
 
+// What standard deviations and ellipses contain.
+std::string precision_text(const PrecisionResult &p, bool ellipses)
+{
+    std::string text = p.a_priori ? "a priori" : "a posteriori, times sigma " + decimal(p.sigma, 4);
+    if (!ellipses) return text;
+    if (!p.confidence) return text + "; standard ellipses";
+    return text + "; ellipses of " + decimal(100.0 * *p.confidence, 1) + " %, " + decimal(p.ellipse_factor, 3) +
+           " times the standard ones";
+}
+
 std::string Report::head() const
 {
     std::string text = underlined(results.title.empty() ? "Adjustment of " + results.file : results.title, '=');
@@ -86,6 +103,7 @@ std::string Report::head() const
     table.add({"units", std::string("lengths in ") + units.length_name() + ", angles in " + units.angle_name() +
                             "; precision in " + units.small_length_name() + " and " + units.small_angle_name()});
     if (!results.datum.empty()) table.add({"datum", results.datum});
+    if (results.precision) table.add({"precision", precision_text(*results.precision, results.dimension > 1)});
     const std::string lines = table.text();
     return text + lines.substr(lines.find('\n') + 1); // without a heading
 }
@@ -140,8 +158,8 @@ std::string Report::points() const
         }
         for (int k = 0; k < 3; k++) cells.push_back(small_length(p.deviation[k]));
         const std::optional<EllipseResult> &e = p.ellipse[0];
-        cells.push_back(e ? units.small_length(e->a) : "");
-        cells.push_back(e ? units.small_length(e->b) : "");
+        cells.push_back(e ? units.small_length(magnified(e->a)) : "");
+        cells.push_back(e ? units.small_length(magnified(e->b)) : "");
         cells.push_back(e ? units.bearing(e->bearing) : "");
         table.add(cells);
     }
@@ -248,8 +266,8 @@ std::string Report::pairs() const
     for (const PairResult &p : results.pairs) {
         const std::optional<EllipseResult> &e = p.ellipse[0];
         table.add({p.from, p.to, small_length(p.deviation[0]), small_length(p.deviation[1]),
-                   small_length(p.deviation[2]), e ? units.small_length(e->a) : "", e ? units.small_length(e->b) : "",
-                   e ? units.bearing(e->bearing) : ""});
+                   small_length(p.deviation[2]), e ? units.small_length(magnified(e->a)) : "",
+                   e ? units.small_length(magnified(e->b)) : "", e ? units.bearing(e->bearing) : ""});
     }
     return section("Relative precision of pairs", table);
 }
@@ -298,19 +316,40 @@ std::string Report::observations_of(const std::string &kind) const
                      {"sigma", small_unit},
                      {"redundancy", ""},
                      {"normalised", ""},
+                     {"p", ""},
+                     {"detectable", small_unit},
+                     {"bias/noise", ""},
+                     {"shift", units.small_length_name()},
                      {"", "", Align::left},
                      {"place", "", Align::left},
                      {"remark", "", Align::left}});
     for (const ResidualResult &r : results.residuals) {
-        if (r.kind != kind || (brief && !r.normal_divided.value_or(false))) continue;
+        const bool rejected = r.test && r.test->rejected;
+        if (r.kind != kind || (brief && !rejected)) continue;
         const RowWords &words = results.words_of(r);
         const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
-        const char *mark = r.normal_divided.value_or(false) ? "**" : r.normal.value_or(false) ? "*" : "";
-        table.add({words.id, words.at, r.from, r.to, r.component, words.setup, words.set, r.raw ? value(r, *r.raw) : "",
-                   r.observed ? value(r, r.value) : "", r.adjusted ? value(r, *r.adjusted) : "",
-                   r.observed ? small(r, sign * r.residual) : "", small(r, r.sigma),
-                   r.redundancy ? decimal(*r.redundancy, 2) : "", r.normalised ? decimal(sign * *r.normalised, 2) : "",
-                   mark, r.file + ":" + std::to_string(r.line), words.remark});
+        const char *mark = rejected ? "suspicious" : !r.checked.value_or(true) ? "not checked" : "";
+        table.add({words.id,
+                   words.at,
+                   r.from,
+                   r.to,
+                   r.component,
+                   words.setup,
+                   words.set,
+                   r.raw ? value(r, *r.raw) : "",
+                   r.observed ? value(r, r.value) : "",
+                   r.adjusted ? value(r, *r.adjusted) : "",
+                   r.observed ? small(r, sign * r.residual) : "",
+                   small(r, r.sigma),
+                   r.redundancy ? decimal(*r.redundancy, 2) : "",
+                   r.normalised ? decimal(sign * *r.normalised, 2) : "",
+                   r.test && r.test->probability ? decimal(*r.test->probability, 4) : "",
+                   r.test ? small(r, r.test->detectable) : "",
+                   r.test ? decimal(r.test->bias_to_noise, 1) : "",
+                   r.test ? units.small_length(r.test->shift) : "",
+                   mark,
+                   r.file + ":" + std::to_string(r.line),
+                   words.remark});
     }
     return section((char)std::toupper((unsigned char)kind[0]) + kind.substr(1) + "s", table);
 }
@@ -339,31 +378,170 @@ std::string Report::left_out() const
     return section("Left out", table);
 }
 
+// Levels and probabilities: as many digits as they have.
+std::string level_text(double x)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%.3g", x);
+    return text;
+}
+
+// The two tests of the variance factor with the question that each answers.
+std::string global_test(const VarianceTest &t)
+{
+    const auto line = [](const std::string &question, const std::string &range, double p, bool passed) {
+        return question + "\n  sum of squares expected " + range + ", p " + decimal(p, 4) + ": " +
+               (passed ? "yes" : "no") + "\n";
+    };
+    return "test of the variance factor at level " + level_text(t.level) + ", sum of squares " + decimal(t.squares, 2) +
+           "\n" +
+           line("Do the observations agree with their standard deviations, neither worse nor better?",
+                "between " + decimal(t.lower, 2) + " and " + decimal(t.upper, 2), t.probability, t.passed()) +
+           line("Are the observations at least as good as their standard deviations say?",
+                "up to " + decimal(t.one_sided_limit, 2), t.one_sided_probability, t.one_sided_passed());
+}
+
+std::string observation_test(const TestsResult &t)
+{
+    std::string text = t.words + ": ";
+    if (!t.limit) return text + "no observation was tested\n";
+    return text + std::to_string(t.tested) + " tested, " + std::to_string(t.rejected) +
+           " suspicious (normalised residual beyond " + decimal(*t.limit, 2) + "), " + std::to_string(t.unchecked) +
+           " not checked (redundancy below " + level_text(t.least_redundancy) + ")\n";
+}
+
 std::string Report::tests() const
 {
-    if (!results.sigma_aposteriori) return {};
+    if (!results.sigma_aposteriori && !results.tests) return {};
     std::string text = "\n" + underlined("Tests", '-');
-    text += "sigma a priori " + decimal(results.sigma_apriori.value_or(1.0), 4) + ", a posteriori " +
-            decimal(*results.sigma_aposteriori, 4) + "\n";
-    if (const std::optional<VarianceTest> &t = results.variance_test)
-        text += "sum of squares " + decimal(t->squares, 2) + ", expected between " + decimal(t->lower, 2) + " and " +
-                decimal(t->upper, 2) + " (95 %): " + (t->passed() ? "passed" : "failed") + "\n";
+    if (results.sigma_aposteriori)
+        text += "sigma a priori " + decimal(results.sigma_apriori.value_or(1.0), 4) + ", a posteriori " +
+                decimal(*results.sigma_aposteriori, 4) + "\n";
+    if (results.variance_test) text += global_test(*results.variance_test);
+    if (results.tests) text += observation_test(*results.tests);
     TextTable table({{"kind", "", Align::left},
                      {"a priori", ""},
                      {"a posteriori", ""},
                      {"goodness of fit", "", Align::left},
-                     {"beyond *", ""},
-                     {"beyond **", ""}});
+                     {"suspicious", ""},
+                     {"not checked", ""}});
     for (const KindResult &k : results.kinds)
         table.add({k.kind, decimal(k.sigma_apriori, 4), decimal(k.sigma_aposteriori, 4),
-                   k.goodness_of_fit ? (*k.goodness_of_fit ? "passed" : "failed") : "", std::to_string(k.over_normal),
-                   std::to_string(k.over_normal_divided)});
-    if (!table.empty()) {
-        text += "\n" + table.text();
-        text += "* beyond the limit for one residual (1.96), ** beyond that for the largest of all (" +
-                decimal(normal_limit(significance / (double)results.residuals.size()), 2) + ")\n";
+                   k.goodness_of_fit ? (*k.goodness_of_fit ? "passed" : "failed") : "", std::to_string(k.suspicious),
+                   std::to_string(k.unchecked)});
+    return table.empty() ? text : text + "\n" + table.text();
+}
+
+// One block a suspect: table rows for those that cannot be told apart from it.
+std::string Report::suspects() const
+{
+    if (results.suspects.empty()) return {};
+    const size_t all = results.suspicious.size(), shown = results.suspects.size();
+    std::string text = "\n" + underlined("Suspicious observations", '-');
+    if (shown < all) text += "the worst " + std::to_string(shown) + " of " + std::to_string(all) + "\n";
+    for (const SuspectResult &s : results.suspects) {
+        const ResidualResult &r = results.residuals[s.residual];
+        const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
+        text += residual_name(results, r) + "\n  normalised residual " + decimal(sign * r.normalised.value_or(0.0), 2) +
+                "; reads " + value(r, r.raw.value_or(r.value)) + ", would have to read " + value(r, s.would_read) +
+                " " + kind_unit(r, false) + ", off by " + small(r, sign * s.error) + " " + kind_unit(r, true) + "\n";
+        if (!s.point.empty())
+            text += "  moves " + s.point + " by " + units.small_length(s.shift) + " " + units.small_length_name() +
+                    ", most of all points\n";
+        for (const AlikeResult &a : s.alike)
+            text += "  not told apart from " + residual_name(results, results.residuals[a.residual]) +
+                    ", correlation of tests " + decimal(a.correlation, 3) + "\n";
     }
     return text;
+}
+
+// Components tested together, those rejected; all where the report is not brief.
+std::string Report::together() const
+{
+    TextTable table({{"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"components", ""},
+                     {"rank", ""},
+                     {"squares", ""},
+                     {"p", ""},
+                     {"", "", Align::left},
+                     {"place", "", Align::left}});
+    for (const JointTestResult &t : results.joint_tests) {
+        if (brief && !t.rejected) continue;
+        const ResidualResult &r = results.residuals[t.first];
+        table.add({r.from, r.to, std::to_string(t.components), std::to_string(t.rank), decimal(t.squares, 2),
+                   t.probability ? decimal(*t.probability, 4) : "",
+                   t.rejected    ? "suspicious"
+                   : t.rank == 0 ? "not checked"
+                                 : "",
+                   r.file + ":" + std::to_string(r.line)});
+    }
+    return section("Components tested together", table);
+}
+
+// Observations that count for less than half.
+std::string Report::weights() const
+{
+    TextTable table({{"weight", ""}, {"observation", "", Align::left}});
+    for (const WeightResult &w : results.weights)
+        if (w.weight < 0.5) table.add({decimal(w.weight, 4), residual_name(results, results.residuals[w.residual])});
+    return section("Weights of the robust estimation (" + results.robust + ") below 0.5", table);
+}
+
+std::string Report::snooping() const
+{
+    TextTable table({{"step", "", Align::left},
+                     {"kind", "", Align::left},
+                     {"at", "", Align::left},
+                     {"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"normalised", ""},
+                     {"sigma behind", ""},
+                     {"place", "", Align::left}});
+    for (const SnoopStep &s : results.snooping)
+        table.add({s.taken_again ? "taken again" : "left out", s.kind, s.at, s.from, s.to,
+                   s.taken_again ? "" : decimal(std::fabs(s.normalised), 2), decimal(s.sigma, 3),
+                   s.file + ":" + std::to_string(s.line)});
+    return section("Left out by the tests, step by step", table);
+}
+
+std::string Report::derived() const
+{
+    TextTable table({{"quantity", "", Align::left},
+                     {"at", "", Align::left},
+                     {"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"value", ""},
+                     {"", "", Align::left},
+                     {"standard deviation", ""},
+                     {"", "", Align::left}});
+    for (const DerivedResult &d : results.derived) {
+        const bool angle = d.unit == "rad";
+        const std::string sd = !d.deviation ? ""
+                               : angle      ? units.small_angle(*d.deviation)
+                                            : units.small_length(*d.deviation);
+        table.add({d.kind, d.at, d.from, d.to, angle ? units.angle(d.value) : units.length(d.value),
+                   angle ? units.angle_name() : units.length_name(), sd,
+                   sd.empty() ? ""
+                   : angle    ? units.small_angle_name()
+                              : units.small_length_name()});
+    }
+    return section("Derived quantities", table);
+}
+
+// The points whose position, or height, is known worst.
+std::string Report::weakest() const
+{
+    constexpr size_t most = 5;
+    std::vector<const PointResult *> worst;
+    for (const PointResult &p : results.points)
+        if (p.uncertainty) worst.push_back(&p);
+    if (worst.size() <= most) return {};
+    std::stable_sort(worst.begin(), worst.end(),
+                     [](auto *p, auto *q) { return p->uncertainty.value() > q->uncertainty.value(); });
+    TextTable table({{"point", "", Align::left}, {"within, 95 %", units.small_length_name()}});
+    for (size_t i = 0; i < most; i++) table.add({worst[i]->name, units.small_length(*worst[i]->uncertainty)});
+    return section("Weakest points", table);
 }
 
 // All that is wrong, where the verdict has no room for it.

@@ -27,6 +27,7 @@ std::string of_sigma(const Results &results)
 {
     if (results.solver == "simplex")
         return "Least sum of absolute residuals: a gross error stands alone in its residual.";
+    if (!results.robust.empty()) return "Robust weights: the variance factor is not tested.";
     if (!results.degrees_of_freedom) return "The standard deviations were not tested.";
     if (*results.degrees_of_freedom <= 0) return "Nothing checks the observations: no redundancy.";
     if (!results.variance_test && !results.one_tailed_test) return "No tests in this mode.";
@@ -53,11 +54,10 @@ std::vector<const ResidualResult *> suspicious(const Results &results)
 std::string of_suspicious(const Results &results)
 {
     const bool sparse = results.solver == "sparse";
-    const auto tested = [&](const ResidualResult &r) {
-        return sparse ? r.normalised.has_value() : r.normal_divided.has_value();
-    };
-    if ((sparse && !results.variance_test) || std::none_of(results.residuals.begin(), results.residuals.end(), tested))
-        return "No observation was tested.";
+    const bool tested = sparse ? results.tests && results.tests->tested > 0
+                               : std::any_of(results.residuals.begin(), results.residuals.end(),
+                                             [](const ResidualResult &r) { return r.normal_divided.has_value(); });
+    if (!tested) return "No observation was tested.";
     const std::vector<const ResidualResult *> all = suspicious(results);
     if (all.empty()) return "No observation is suspicious.";
     const size_t n = all.size();
@@ -66,6 +66,19 @@ std::string of_suspicious(const Results &results)
                        residual_name(results, *all.front());
     if (all.front()->normalised) text += ", normalised residual " + decimal(std::fabs(*all.front()->normalised), 1);
     return text + ".";
+}
+
+std::string of_unchecked(const Results &results)
+{
+    const auto unchecked = [](const ResidualResult &r) { return !r.checked.value_or(true); };
+    const auto first = std::find_if(results.residuals.begin(), results.residuals.end(), unchecked);
+    if (!results.tests) return "Not examined: which observations others check.";
+    if (first == results.residuals.end()) return "Every observation is checked by others.";
+    const int n = results.tests->unchecked;
+    return std::to_string(n) + " of " + std::to_string(results.residuals.size()) +
+           (n == 1 ? " observations is not checked by others: "
+                   : " observations are not checked by others, the first: ") +
+           residual_name(results, *first) + ".";
 }
 
 } // namespace
@@ -82,8 +95,9 @@ std::string residual_name(const Results &results, const ResidualResult &r)
 std::vector<std::string> verdict(const Results &results)
 {
     if (!results.adjusted) return refusal(results);
-    return {results.mode == "propagation" ? "Precision of a planned network." : "Adjusted.", of_sigma(results),
-            of_suspicious(results)};
+    const std::string done = results.mode == "propagation" ? "Precision of a planned network." : "Adjusted.";
+    if (results.solver != "sparse") return {done, of_sigma(results), of_suspicious(results)};
+    return {done + " " + of_sigma(results), of_suspicious(results), of_unchecked(results)};
 }
 
 } // namespace vornhost

@@ -1,4 +1,5 @@
-// The verdict of a run in sentences: whether it was adjusted, whether the observations agree, what to look at.
+// The verdict of a run in three sentences: whether it was adjusted and the observations agree, what to look at, and
+// which observations nothing checks.
 
 #ifndef VORNHOST_VERDICT_H
 #define VORNHOST_VERDICT_H

@@ -10,8 +10,9 @@ const MARKS = [
   [4, "beyond the limit for the largest of all"],
   [8, "beyond the tau limit for one residual"],
   [16, "beyond the tau limit for the largest of all"],
+  [32, "suspicious: the test rejects it"],
 ];
-const SUSPICIOUS = 4;
+const SUSPICIOUS = 32;
 
 const at = (column, i) => (column ? column[i] : null);
 
@@ -55,6 +56,11 @@ function readObservations(t, places) {
     o.adjusted = isNumber(o.value) && isNumber(o.v) ? o.value - o.v : null;
     o.ratio = isNumber(o.v) && o.sigma > 0 ? o.v / o.sigma : null;
     o.w = at(t.normalised, i);
+    o.p = at(t.p, i);
+    o.detectable = at(t.detectable, i);
+    o.noise = at(t.noise, i);
+    o.pointShift = at(t.shift, i);
+    o.unchecked = Boolean(at(t.unchecked, i));
     const place = (name) => (places.has(name) ? places.get(name) : -1);
     o.a = place(o.from);
     o.b = place(o.to);
@@ -85,6 +91,7 @@ class Data {
       w: this.observations.some((o) => isNumber(o.w)),
       ratio: this.observations.some((o) => isNumber(o.ratio)),
       r: this.observations.some((o) => isNumber(o.r)),
+      detectable: this.observations.some((o) => isNumber(o.detectable)),
       id: this.observations.some((o) => o.id),
       remark: this.observations.some((o) => o.remark),
       setup: this.observations.some((o) => o.setup),

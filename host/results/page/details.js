@@ -60,6 +60,9 @@ function observationDetails(data, o) {
     ["residual", f.smallValue(o, isNumber(o.v) ? sign * o.v : null), small], ["standard deviation", f.smallValue(o, o.sigma), small],
     ["of the residual", f.smallValue(o, o.deviation), small], ["redundancy", decimal(o.r, 3), ""],
     ["normalised residual", decimal(isNumber(o.w) ? sign * o.w : null, 2), ""],
+    ["p", decimal(o.p, 4), ""], ["detectable bias", f.smallValue(o, o.detectable), small],
+    ["bias to noise", decimal(o.noise, 1), ""], ["which moves its points by", isNumber(o.pointShift) ? f.small(o.pointShift) : "", f.length.small],
+    ["checked", o.unchecked ? "not by others" : "", ""],
     ["residual by sigma", data.has.w ? "" : decimal(isNumber(o.ratio) ? sign * o.ratio : null, 2), ""],
     ["set-up", o.setup, ""], ["set", o.set, ""], ["id", o.id, ""], ["remark", o.remark, ""],
   ].filter(([, value]) => value !== "");

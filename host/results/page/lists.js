@@ -45,7 +45,13 @@ function observationColumns(data) {
   if (data.has.r) columns.push({ ...number("r", (o) => o.r, 3, "redundancy: 0 unchecked, 1 wholly checked", ["redundancy"]), key: (o) => o.r });
   if (data.has.w) columns.push({ ...number("w", (o) => (isNumber(o.w) ? f.sign(o) * o.w : null), 2, "normalised residual", ["normalised"]), strong: suspicious });
   else if (data.has.ratio) columns.push(number("v/sigma", (o) => (isNumber(o.ratio) ? f.sign(o) * o.ratio : null), 2, "residual by standard deviation of the observation"));
-  if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "** beyond the limit for the largest of all, * beyond that for one", text: (o) => (suspicious(o) ? "**" : o.marks & 2 ? "*" : ""), strong: suspicious });
+  if (data.has.detectable) {
+    columns.push(number("p", (o) => o.p, 4, "probability of a residual of this size or larger where nothing is wrong"));
+    columns.push({ title: "detectable", about: "bias that the test finds with the power asked for, in the unit of the residual", text: (o) => f.smallValue(o, o.detectable), key: (o) => o.detectable });
+    columns.push(number("bias/noise", (o) => o.noise, 1, "what that bias does to the unknowns, beside their standard deviations"));
+    columns.push({ title: "moves", unit: f.length.small, about: "largest shift of the observation's own points by that bias", text: (o) => (isNumber(o.pointShift) ? f.small(o.pointShift) : ""), key: (o) => o.pointShift });
+  }
+  if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "suspicious: the test rejects it; not checked: others do not control it", text: (o) => (suspicious(o) ? "suspicious" : o.unchecked ? "not checked" : ""), strong: suspicious });
   for (const [key, title] of [["setup", "set-up"], ["set", "set"], ["id", "id"]]) if (data.has[key]) columns.push(plain(title, (o) => o[key]));
   if (data.has.remark) columns.push(plain("remark", (o) => o.remark, { width: 30 }));
   columns.push({ title: "place", left: true, width: 34, text: (o) => (o.line > 0 ? `${o.file.replace(/^.*\//, "")}:${o.line}` : ""), key: (o) => o.file.length * 1e8 + o.line });
@@ -102,6 +108,38 @@ function kindColumns() {
     { title: "sigma a posteriori", text: (k) => decimal(k.sigma_a_posteriori, 4) }, plain("goodness of fit", (k) => passed(k.passed)),
     { title: "beyond *", text: (k) => String(k.over[0]), about: "beyond the limit for one residual" },
     { title: "beyond **", text: (k) => String(k.over[1]), about: "beyond the limit for the largest of all" },
+    { title: "suspicious", text: (k) => String(k.suspicious), about: "rejected by the test" },
+    { title: "not checked", text: (k) => String(k.unchecked), about: "others do not control them" },
+  ];
+}
+
+// What was found of the suspicious observations that were looked at closely.
+function suspectRows(data) {
+  return data.suspects.map((s) => ({ ...s, o: data.observations[s.observation] }));
+}
+
+function suspectColumns(data) {
+  const f = data.format;
+  return [
+    plain("observation", (s) => s.o.name, { width: 40 }),
+    { title: "read", text: (s) => f.value(s.o, isNumber(s.o.raw) ? s.o.raw : s.o.value) },
+    { title: "would have to read", text: (s) => f.value(s.o, s.would_read) },
+    { title: "unit", left: true, text: (s) => f.valueUnit(s.o) },
+    { title: "off by", text: (s) => f.smallValue(s.o, f.sign(s.o) * s.error) },
+    { title: "in", left: true, text: (s) => f.smallUnit(s.o) },
+    plain("moves most", (s) => s.point),
+    { title: "by", unit: f.length.small, text: (s) => f.small(s.shift), key: (s) => s.shift },
+    plain("not told apart from", (s) => s.alike.map((a) => `${data.observations[a.observation].name} (${decimal(a.correlation, 3)})`).join("; "), { width: 60 }),
+  ];
+}
+
+function derivedColumns(data) {
+  const f = data.format, as = (d) => ({ kind: d.kind === "angle" ? "angle" : d.kind, unit: d.unit });
+  return [
+    plain("kind", (d) => d.kind), plain("at", (d) => d.at), plain("from", (d) => d.from), plain("to", (d) => d.to),
+    { title: "value", text: (d) => f.value(as(d), d.value) }, { title: "unit", left: true, text: (d) => f.valueUnit(as(d)) },
+    { title: "standard deviation", text: (d) => (isNumber(d.deviation) ? f.smallValue(as(d), d.deviation) : "") },
+    { title: "in", left: true, text: (d) => f.smallUnit(as(d)) },
   ];
 }
 
@@ -113,6 +151,8 @@ function makeTables(data, choosePoint, chooseObservation) {
   add("Points", pointColumns(data), data.points, choosePoint);
   add("Observations", observationColumns(data), data.observations, chooseObservation);
   add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);
+  add("Suspects", suspectColumns(data), suspectRows(data), (s) => chooseObservation(s.o));
+  add("Derived", derivedColumns(data), data.derived);
   add("Left out", [plain("kind", (l) => l.kind), plain("at", (l) => l.at), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
   add("Kinds", kindColumns(), data.kinds);
   add("Rotations", [plain("station", (o) => o.station), plain("angle", (o) => o.name), { ...number("value", (o) => o.value, f.angle.name), key: null }, number("standard deviation", (o) => o.deviation, f.angle.small)], rotationRows(data));

@@ -92,7 +92,7 @@ TEST(HtmlPage, HoldsPointsAndObservationsInColumns)
     const json &o = data["observations"];
     EXPECT_EQ(o["names"][o["to"][0].get<size_t>()], "B");
     EXPECT_EQ(o["residual"], (json{-0.001, nullptr}));
-    EXPECT_EQ(o["marks"], (json{6, nullptr}));
+    EXPECT_EQ(o["marks"], (json{6 + 32, nullptr}));
     EXPECT_EQ(o["line"], (json{3, 3}));
 }
 

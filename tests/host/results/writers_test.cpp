@@ -196,8 +196,8 @@ TEST(CsvWriter, QuotesAsNeededAndEndsRowsWithBothCharacters)
     const std::string text = table(levelling(), "residuals.csv");
     EXPECT_EQ(text, "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
                     "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised,at,"
-                    "setup,set,id,remark,raw\r\n"
-                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,,\r\n");
+                    "setup,set,id,remark,raw,checked,p_value,rejected,detectable,bias_to_noise,shift\r\n"
+                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,,,,,,,,\r\n");
 }
 
 namespace {
@@ -226,7 +226,7 @@ Results with_words()
 
 TEST(CsvWriter, TellsWhatTheRowsSayBesideTheirValues)
 {
-    EXPECT_NE(table(with_words(), "residuals.csv").find(",m,,,,S,noon,2,1017,\"wind, rain\",1.5\r\n"),
+    EXPECT_NE(table(with_words(), "residuals.csv").find(",m,,,,S,noon,2,1017,\"wind, rain\",1.5,,,,,,\r\n"),
               std::string::npos);
     EXPECT_NE(table(with_words(), "orientations.csv").find(",noon,2\r\n"), std::string::npos);
 }

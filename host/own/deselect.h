@@ -1,0 +1,16 @@
+// Rows of the tables that a run leaves out.
+
+#ifndef VORNHOST_DESELECT_H
+#define VORNHOST_DESELECT_H
+
+#include "host/own/numbers.h"
+
+namespace vornhost {
+
+// Accounts name what is deselected. Lines of image files have an account of their own; weighted and imported values
+// have none. Returns the place of the row, line 0 where there is none.
+Source deselect(Model &network, const ItemPlace &item);
+
+} // namespace vornhost
+
+#endif
