@@ -8,6 +8,7 @@
 
 #include "adjust/adjustment.h"
 #include "host/own/numbers.h"
+#include "host/preparation/closures/closures.h"
 #include "host/run/run_watch.h"
 #include "host/run/runner.h"
 
@@ -34,6 +35,7 @@ struct OwnOutcome {
     std::string datum;  // what the search for open motions found, one line; empty when it was not made
     double seconds = 0; // of the computation
     Numbers numbers;
+    std::vector<closures::Closures> closures; // before the adjustment
     vornadjust::Outcome adjustment;
 
     bool adjusted() const { return ending == Ending::adjusted; }
