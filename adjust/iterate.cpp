@@ -43,6 +43,7 @@ public:
 private:
     bool find_step();
     bool take_step();
+    double comparable_change(double after) const;
     Size size_of_step() const;
     void follow_motions(double length);
     void lower_damping(double gain);
@@ -57,13 +58,15 @@ private:
 
     double squares = 0.0; // at the present values
     double damping = 0.0, growth = 2.0;
-    double least = least_damping; // below it there is none
-    double paid = 0.0;            // damping of the last damped step that was taken
-    double moved = 0.0;           // metres, since the motions were found
-    double foreseen = 0.0;        // gain of the step
-    std::vector<double> dx;       // [n] the step
-    std::vector<double> before;   // [unknowns] values before it
-    Size size;                    // of the step
+    double least = least_damping;             // below it there is none
+    double paid = 0.0;                        // damping of the last damped step that was taken
+    double moved = 0.0;                       // metres, since the motions were found
+    double foreseen = 0.0;                    // gain of the step
+    std::vector<double> dx;                   // [n] the step
+    std::vector<double> before;               // [unknowns] values before it
+    std::vector<unsigned char> usable_before; // [rows]
+    std::vector<double> misclosure_before;    // [rows] weighted
+    Size size;                                // of the step
     Iteration result;
 };
 
@@ -102,13 +105,33 @@ Size Iterator::size_of_step() const
     return s;
 }
 
+// What the step takes from the sum of squares, of rows that had a derivative before it and have one behind it: a sight
+// straight up gets one as soon as its ends move, and its misclosure then is none of the step's.
+double Iterator::comparable_change(double after) const
+{
+    const Equations &e = system.equations;
+    if (e.usable == usable_before) return squares - after;
+    std::vector<char> changed(model.groups.size(), 0);
+    for (int r = 0; r < e.rows(); r++)
+        if (e.group[r] >= 0 && e.usable[r] != usable_before[r]) changed[e.group[r]] = 1;
+    double change = 0.0;
+    for (int r = 0; r < e.rows(); r++) {
+        if (!e.usable[r] || !usable_before[r] || (e.group[r] >= 0 && changed[e.group[r]])) continue;
+        const double u = misclosure_before[r], v = system.rows.misclosure[r];
+        change += u * u - v * v;
+    }
+    return change;
+}
+
 // Moves by the step, makes the rows there, and keeps the step when it pays.
 bool Iterator::take_step()
 {
     before = model.value;
+    usable_before = system.equations.usable;
+    misclosure_before = system.rows.misclosure;
     for (std::size_t j = 0; j < dx.size(); j++) model.value[system.columns.unknown[j]] += dx[j];
     const double after = fill_rows(model, &system);
-    const double gain = (squares - after) / foreseen;
+    const double gain = comparable_change(after) / foreseen;
     const bool exact = system.derivatives == Derivatives::exact || !model.frame.curved();
     const double told = exact ? rounding : approximate;
     const bool asked = !size.within(limits) && foreseen > told * squares;

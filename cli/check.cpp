@@ -9,6 +9,7 @@
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/check_json.h"
+#include "host/results/closure_text.h"
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
@@ -78,6 +79,8 @@ void show(const Results &r, const RunOutcome &outcome, const std::string &summar
     printf("%s: solver %s, mode %s\n", r.file.c_str(), r.solver.c_str(), r.mode.c_str());
     for (const std::string &note : r.notes) printf("%s\n", note.c_str());
     for (const std::string &line : account_lines(r.accounts)) printf("%s\n", line.c_str());
+    constexpr size_t most_closures = 3; // of a kind
+    fputs(closure_text(r, most_closures).c_str(), stdout);
     if (!r.datum.empty()) printf("datum: %s\n", r.datum.c_str());
     if (!outcome.adjusted()) return;
     if (r.solver == "sparse") {

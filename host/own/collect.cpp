@@ -624,6 +624,39 @@ void Collection::run()
     collect_derived(network, outcome, results);
 }
 
+ClosureResult closure_of(const Model &network, const Numbers &numbers, const closures::Closure &c)
+{
+    const auto name = [&](int p) { return shown_name(network, point_name(network, numbers.points[(size_t)p])); };
+    ClosureResult r;
+    if (c.at >= 0) r.at = name(c.at);
+    for (const int p : c.points) r.points.push_back(name(p));
+    for (const int o : c.observations) {
+        const ItemName item = item_name(network, numbers, o);
+        if (r.rows.empty() || r.rows.back().line != item.line || r.rows.back().file != item.file)
+            r.rows.push_back({item.file, item.line});
+    }
+    r.misclosure = c.misclosure;
+    for (int k = 0; k < c.components && c.components > 1; k++) r.off[k] = c.off[k];
+    r.limit = c.limit;
+    if (c.length > 0.0) r.length = c.length;
+    return r;
+}
+
+void collect_closures(const Model &network, const OwnOutcome &outcome, Results &results)
+{
+    static const char *const words[] = {"levelling", "baselines", "horizon", "angles", "traverse"};
+    for (const closures::Closures &c : outcome.closures) {
+        ClosuresResult r;
+        r.kind = words[(int)c.kind];
+        r.unit = c.kind == closures::ClosureKind::horizon || c.kind == closures::ClosureKind::angles ? "rad" : "m";
+        r.found = c.found;
+        r.beyond = c.beyond;
+        r.missed = c.missed;
+        for (const closures::Closure &w : c.worst) r.worst.push_back(closure_of(network, outcome.numbers, w));
+        results.closures.push_back(std::move(r));
+    }
+}
+
 void set_ending(const OwnOutcome &outcome, Results &results)
 {
     static const struct {
@@ -659,6 +692,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
     Collection(network, outcome, results).run();
+    collect_closures(network, outcome, results);
     collect_covariances(network, outcome, results);
     return results;
 }

@@ -102,15 +102,25 @@ void settle(Model &network, FirstNumbers &first)
         first.notes.push_back(place(network, lump.where) + ": " + lump.text);
 }
 
-// Numbers of a network whose lumps have settled, with the orientations that were found.
+// Numbers of a network whose lumps have settled and whose points have their first coordinates, with the rotations of
+// the instruments that were found.
 Numbers numbers_again(Model &network, const Numbers &found)
 {
     Numbers numbers = make_numbers(network);
-    for (size_t s = 0; s < numbers.model.setups.size(); s++) {
-        const size_t turn = (size_t)numbers.model.setups[s].first + 2;
-        numbers.model.value[turn] = numbers.model.start[turn] = found.model.value[turn];
-    }
+    for (size_t s = 0; s < numbers.model.setups.size(); s++)
+        for (int k = 0; k < 3; k++) {
+            const size_t angle = (size_t)(numbers.model.setups[s].first + k);
+            numbers.model.value[angle] = numbers.model.start[angle] = found.model.value[angle];
+        }
     return numbers;
+}
+
+// Whether the numbers hold what was computed from first coordinates: lumps, variances of centring, verticals under
+// antennas.
+bool depend_on_coordinates(const Model &network)
+{
+    const RowNotes &baselines = network.baselines.notes;
+    return network.p.lumpmethod != 0 || network.centring.any() || !baselines.h1.empty() || !baselines.h2.empty();
 }
 
 // The engine's own approximation, which starts in space from sights alone.
@@ -152,7 +162,7 @@ FirstNumbers make_first_numbers(Model &network)
     first.notes = start_notes(network, first.numbers, found);
     first.notes.insert(first.notes.begin(), computed(n, network.p.dim == 1 ? "heights" : "coordinates"));
     settle(network, first);
-    if (network.p.lumpmethod != 0) first.numbers = numbers_again(network, first.numbers);
+    if (depend_on_coordinates(network)) first.numbers = numbers_again(network, first.numbers);
     return first;
 }
 

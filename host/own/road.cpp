@@ -11,6 +11,7 @@
 #include "host/own/covariances.h"
 #include "host/own/derived.h"
 #include "host/own/deselect.h"
+#include "host/own/doubt_words.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
@@ -39,6 +40,7 @@ public:
 
 private:
     bool prepare();
+    void look_over(bool placed);
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     std::vector<std::string> adjust_by_weights();
@@ -78,6 +80,13 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
     return true;
 }
 
+// Closures, and what looks wrong, before anything is adjusted. `placed`: all points have first coordinates.
+void Road::look_over(bool placed)
+{
+    outcome.closures = closures::find_closures(outcome.numbers.model, placed);
+    for (const std::string &line : doubt_notes(network, outcome.numbers, placed && computed.empty())) note(line);
+}
+
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
@@ -89,6 +98,7 @@ bool Road::prepare()
     FirstNumbers first = make_first_numbers(network);
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
+    if (network.mode != Mode::Propagation) look_over(first.words.empty());
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");

@@ -9,6 +9,7 @@
 #include "adjust/adjustment.h"
 #include "host/own/numbers.h"
 #include "host/results/results.h"
+#include "host/preparation/closures/closures.h"
 #include "host/run/run_watch.h"
 #include "host/run/runner.h"
 
@@ -35,6 +36,7 @@ struct OwnOutcome {
     std::string datum;  // what the search for open motions found, one line; empty when it was not made
     double seconds = 0; // of the computation
     Numbers numbers;
+    std::vector<closures::Closures> closures; // before the adjustment
     vornadjust::Outcome adjustment;
     std::vector<SnoopStep> snooping;
     std::vector<double> weights; // [observations] of robust estimation; empty for least squares

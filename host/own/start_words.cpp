@@ -30,31 +30,13 @@ std::string name_of(const Model &network, const Numbers &numbers, int point)
     return shown_name(network, point_name(network, numbers.points[(size_t)point]));
 }
 
-// A reading as the file has it.
-std::string reading(const Model &network, const va::Observation &o, double value)
-{
-    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad", " mgon", "\"", " mil", "°"};
-    project u = network.p; // its conversions, in the unit of the file
-    u.iangle = file_units(network).angle;
-    const char *const unit = units[u.iangle];
-    switch (o.kind) {
-    case Kind::direction:
-    case Kind::angle:
-    case Kind::bearing: return number(from_direction(u.iangle, value), 4) + unit;
-    case Kind::azimuth: return number(u.aztoraw(1, value), 4) + unit;
-    case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + unit;
-    case Kind::image: return number(value, 1) + " pixels";
-    default: return number(value, 3) + " m";
-    }
-}
-
 std::string misfit_line(const Model &network, const Numbers &numbers, const start::Misfit &m)
 {
     const va::Observation &o = numbers.model.observations[(size_t)m.observation];
     std::string line = item_text(item_name(network, numbers, m.observation)) + " does not fit the others";
     if (va::components(o.kind, numbers.model.frame.space) == 1)
-        line += ": it reads " + reading(network, o, o.value[0]) + " and would have to read " +
-                reading(network, o, m.would_read);
+        line += ": it reads " + reading_text(network, o, o.value[0]) + " and would have to read " +
+                reading_text(network, o, m.would_read);
     return line + "; it has no part in the first coordinates";
 }
 
@@ -157,6 +139,23 @@ std::vector<std::string> doubt_lines(const Model &network, const Numbers &number
 }
 
 } // namespace
+
+std::string reading_text(const Model &network, const va::Observation &o, double value)
+{
+    static const char *const units[] = {" gon", "°", "° (ddd.mmss)", " rad", " mgon", "\"", " mil", "°"};
+    project u = network.p; // its conversions, in the unit of the file
+    u.iangle = file_units(network).angle;
+    const char *const unit = units[u.iangle];
+    switch (o.kind) {
+    case Kind::direction:
+    case Kind::angle:
+    case Kind::bearing: return number(from_direction(u.iangle, value), 4) + unit;
+    case Kind::azimuth: return number(u.aztoraw(1, value), 4) + unit;
+    case Kind::vertical_angle: return number(u.vtoraw(1, value), 4) + unit;
+    case Kind::image: return number(value, 1) + " pixels";
+    default: return number(value, 3) + " m";
+    }
+}
 
 std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start)
 {

@@ -14,7 +14,10 @@ namespace vornhost {
 // Why there are none for all points, with a remedy.
 std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start);
 
-// Observations that stay out of the first coordinates, and given coordinates that are far from them.
+// A value of an observation (metres, radians) as the file would have it, with its unit.
+std::string reading_text(const Model &network, const vornadjust::Observation &observation, double value);
+
+// Observations that stay out of the first coordinates.
 std::vector<std::string> start_notes(const Model &network, const Numbers &numbers, const start::Start &start);
 
 } // namespace vornhost

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/results/closure_json.h"
+
 namespace vornhost {
 
 namespace {
@@ -72,6 +74,7 @@ std::string check_json(CheckVerdict verdict, const Faults &faults, const Results
         if (!results.datum.empty()) all["datum"] = results.datum;
         if (results.degrees_of_freedom) all["degrees_of_freedom"] = *results.degrees_of_freedom;
         all["observations"] = accounts(results);
+        all["closures"] = closures_json(results);
     }
     return all.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }

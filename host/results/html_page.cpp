@@ -7,6 +7,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "host/results/closure_json.h"
 #include "host/results/page_text.h"
 #include "host/results/test_limits.h"
 #include "host/results/verdict.h"
@@ -380,6 +381,7 @@ std::string data(const Results &results, const InputLines &lines, const std::str
     all["suspects"] = suspects(results);
     all["derived"] = derived(results);
     all["accounts"] = accounts(results);
+    all["closures"] = closures_json(results);
     return all.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

@@ -235,6 +235,40 @@ void put(JsonText &json, const DerivedResult &d)
 
 template <class Record> void put_list(JsonText &json, const char *key, const std::vector<Record> &records);
 
+void put_texts(JsonText &json, const char *key, const std::vector<std::string> &texts)
+{
+    json.key(key).open_array();
+    for (const std::string &text : texts) json.value(text);
+    json.close();
+}
+
+void put(JsonText &json, const RowPlace &r)
+{
+    json.pair("file", r.file);
+    json.pair("line", r.line);
+}
+
+void put(JsonText &json, const ClosureResult &c)
+{
+    put_text(json, "at", c.at);
+    put_texts(json, "points", c.points);
+    json.pair("misclosure", c.misclosure);
+    put_axes(json, "components", c.off, axes);
+    json.pair("limit", c.limit);
+    json.pair("length", c.length);
+    put_list(json, "rows", c.rows);
+}
+
+void put(JsonText &json, const ClosuresResult &c)
+{
+    json.pair("kind", c.kind);
+    json.pair("unit", c.unit);
+    json.pair("found", (int)c.found);
+    json.pair("beyond_limit", (int)c.beyond);
+    json.pair("not_formed", (int)c.missed);
+    put_list(json, "worst", c.worst);
+}
+
 void put(JsonText &json, const Account &a)
 {
     json.pair("kind", a.kind);
@@ -251,13 +285,6 @@ template <class Record> void put_list(JsonText &json, const char *key, const std
         put(json, record);
         json.close();
     }
-    json.close();
-}
-
-void put_texts(JsonText &json, const char *key, const std::vector<std::string> &texts)
-{
-    json.key(key).open_array();
-    for (const std::string &text : texts) json.value(text);
     json.close();
 }
 
@@ -450,6 +477,7 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_robust(json, results);
     if (!results.derived.empty()) put_list(json, "derived", results.derived);
     put_list(json, "observations", results.accounts);
+    put_list(json, "closures", results.closures);
     json.close();
     json.finish();
 }

@@ -194,6 +194,30 @@ struct SuspectResult {
     std::vector<AlikeResult> alike; // observations that it cannot be told apart from
 };
 
+struct RowPlace {
+    std::string file;
+    int line = 0;
+};
+
+// A sum of observations around a loop or between known points, which would be zero without errors.
+struct ClosureResult {
+    std::string at;                  // station of a horizon
+    std::vector<std::string> points; // in order; a loop ends at its first point
+    std::vector<RowPlace> rows;      // of the observations
+    double misclosure = 0;           // metres or radians; a length where it has components
+    std::optional<double> off[3];    // x, y, z where it has more than one component
+    double limit = 0;                // by the sigmas, for this direction
+    std::optional<double> length;    // metres, of traverses and baselines
+};
+
+struct ClosuresResult {
+    std::string kind; // "levelling", "baselines", "horizon", "angles", "traverse"
+    std::string unit; // "m", "rad"
+    size_t found = 0, beyond = 0;
+    size_t missed = 0; // too long to be formed
+    std::vector<ClosureResult> worst;
+};
+
 struct Results {
     std::string program, version, title, file, solver, mode;
     int dimension = 0;
@@ -229,6 +253,7 @@ struct Results {
     std::vector<WeightResult> weights; // of robust estimation, those below 1, the least first
     std::vector<DerivedResult> derived;
     std::vector<Account> accounts;
+    std::vector<ClosuresResult> closures;       // before the adjustment
     std::vector<std::string> covariance_points; // those that the caller named
     std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held
 

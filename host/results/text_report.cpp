@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "host/input/utf8.h"
+#include "host/results/closure_text.h"
 #include "host/results/report_units.h"
 #include "host/results/text_table.h"
 #include "host/results/verdict.h"
@@ -39,15 +40,16 @@ public:
 
     std::string text() const
     {
-        return head() + summary() + notes() + points() + orientations() + groups() + cameras() + lumps() + pairs() +
-               observations() + left_out() + tests() + suspects() + together() + weights() + snooping() + derived() +
-               weakest() + refusal() + verdict();
+        return head() + summary() + notes() + closures() + points() + orientations() + groups() + cameras() + lumps() +
+               pairs() + observations() + left_out() + tests() + suspects() + together() + weights() + snooping() +
+               derived() + weakest() + refusal() + verdict();
     }
 
 private:
     std::string head() const;
     std::string summary() const;
     std::string notes() const;
+    std::string closures() const;
     std::string points() const;
     std::string orientations() const;
     std::string groups() const;
@@ -131,6 +133,13 @@ std::string Report::notes() const
     std::string text = "\n" + underlined("Notes", '-');
     for (const std::string &note : results.notes) text += note + "\n";
     return text;
+}
+
+std::string Report::closures() const
+{
+    constexpr size_t most = 10; // of a kind
+    const std::string text = closure_text(results, most);
+    return text.empty() ? text : "\n" + underlined("Closures before the adjustment", '-') + text;
 }
 
 std::string Report::points() const

@@ -100,6 +100,26 @@ function leftOutRows(data) {
   return data.accounts.flatMap((a) => a.left_out.map((l) => ({ kind: a.kind, ...l })));
 }
 
+// The closures before the adjustment, each with its kind and unit.
+function closureRows(data) {
+  return data.closures.flatMap((c) => c.worst.map((w) => ({ ...w, kind: c.kind, angle: c.unit === "rad" })));
+}
+
+function closureColumns(data) {
+  const f = data.format, small = (c, x) => (c.angle ? f.smallAngle(x) : f.small(x)), ratio = (c) => Math.abs(c.misclosure) / c.limit;
+  return [
+    plain("kind", (c) => c.kind),
+    { title: "misclosure", text: (c) => small(c, c.misclosure), key: (c) => Math.abs(c.misclosure) },
+    { title: "limit", about: "3 standard deviations by the sigmas of the observations", text: (c) => small(c, c.limit), key: (c) => c.limit },
+    plain("in", (c) => (c.angle ? f.angle.small : f.length.small)),
+    { title: "ratio", about: "misclosure by its limit", text: (c) => decimal(ratio(c), 2), key: ratio, strong: (c) => ratio(c) > 1 },
+    { title: "length", unit: f.length.name, text: (c) => (isNumber(c.length) ? f.metric(c.length) : ""), key: (c) => c.length },
+    plain("at", (c) => c.at || ""),
+    plain("points", (c) => c.points.join(" - "), { width: 40 }),
+    plain("place", (c) => c.rows.map((r) => `${r.file.replace(/^.*\//, "")}:${r.line}`).join(" "), { width: 40 }),
+  ];
+}
+
 function passed(value) { return value === true ? "passed" : value === false ? "failed" : ""; }
 
 function kindColumns() {
@@ -154,6 +174,7 @@ function makeTables(data, choosePoint, chooseObservation) {
   add("Suspects", suspectColumns(data), suspectRows(data), (s) => chooseObservation(s.o));
   add("Derived", derivedColumns(data), data.derived);
   add("Left out", [plain("kind", (l) => l.kind), plain("at", (l) => l.at), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
+  add("Closures", closureColumns(data), closureRows(data));
   add("Kinds", kindColumns(), data.kinds);
   add("Rotations", [plain("station", (o) => o.station), plain("angle", (o) => o.name), { ...number("value", (o) => o.value, f.angle.name), key: null }, number("standard deviation", (o) => o.deviation, f.angle.small)], rotationRows(data));
   add("Constants", [plain("of", (c) => c.of), plain("constant", (c) => c.name), number("value", (c) => c.value), number("standard deviation", (c) => c.deviation), plain("unit", (c) => c.unit)], constantRows(data));

@@ -27,6 +27,8 @@ function figures(data) {
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (data.tests) all.push(["not checked", String(data.tests.unchecked), data.tests.unchecked ? "bad" : "good"], ["test", data.tests.words, "wide"]);
   if (data.precision) all.push(["precision", data.precision.a_priori ? "a priori" : `a posteriori, times ${decimal(data.precision.sigma, 3)}`]);
+  const closures = data.closures.reduce((n, c) => n + c.found, 0), beyond = data.closures.reduce((n, c) => n + c.beyond_limit, 0);
+  if (closures) all.push(["closures beyond limits", `${beyond} of ${closures}`, beyond ? "bad" : "good"]);
   if (isNumber(data.iterations)) all.push(["iterations", String(data.iterations)]);
   if (data.datum) all.push(["datum", data.datum, "wide"]);
   return all;
@@ -45,7 +47,7 @@ function showSummary(data, chooseObservation) {
 
 function showMethods(data) {
   const squares = data.solver !== "simplex";
-  const holds = { squares, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, diagram: data.dimension === 1 };
+  const holds = { squares, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, closures: data.closures.length > 0, diagram: data.dimension === 1 };
   for (const part of document.querySelectorAll("[data-if]")) part.hidden = !holds[part.dataset.if];
   byId("limit-one").textContent = decimal(data.limits.one, 2);
   byId("limit-largest").textContent = decimal(data.limits.largest, 2);

@@ -142,7 +142,7 @@ TEST(Determinacy, IsNotJudgedByAGrossError)
 {
     const SolvedNetwork solved = solve_text(
         "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 0 fixed\nB 0.5 fixed\nP 0.1 free\n'''\n"
-        "height_differences = '''\nfrom to value sigma\nA P 0.1 0.001\nA P 0.1 0.001\nB P -0.4 0.001\nB P 0.6 "
+        "height_differences = '''\nfrom to value sigma\nA P 0.1 0.001\nA P 0.1001 0.001\nB P -0.4 0.001\nB P 0.6 "
         "0.001\n'''\n");
     ASSERT_TRUE(solved.adjusted()) << solved.words();
     EXPECT_GT(*solved.point("P").deviation[2], 0.2);

@@ -19,6 +19,7 @@ const char loop[] = "[run]\ntitle = \"Loop\"\ndimension = 1\n[tables]\ntargets =
                     "B 101 free\nŻółw 102 free\n'''\nheight_differences = '''\nfrom to value sigma use\n"
                     "A B 1.001 0.01 yes\nB Żółw 1.001 0.01 yes\nŻółw A -1.999 0.01 yes\nA Żółw 9 0.01 no\n'''\n";
 
+// The limit of the closure is 3 root 3 times 10 mm.
 // sigma = root of 3 (1/10)^2 / 1 = 0.17321; deviations 0.17321 * 8.16497 mm = 1.41 mm.
 const char loop_report[] =
     "Loop\n"
@@ -38,6 +39,13 @@ const char loop_report[] =
     "height differences left out  1\n"
     "degrees of freedom           1\n"
     "iterations                   1\n"
+    "\n"
+    "Closures before the adjustment\n"
+    "------------------------------\n"
+    "Levelling: 1 closure, none beyond its limit:\n"
+    "misclosure  limit  ratio  points               place\n"
+    "        mm     mm\n"
+    "      3.00  51.96   0.06  Żółw - A - B - Żółw  net.inp:15,13,14\n"
     "\n"
     "Points\n"
     "------\n"

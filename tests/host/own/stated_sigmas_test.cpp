@@ -102,6 +102,26 @@ TEST(Centring, AddsTheClosedFormulasOfPlaneSights)
     EXPECT_NEAR(sigma_of(solved, "angle"), std::sqrt(angle * angle + target * target + instrument * instrument), 1e-14);
 }
 
+TEST(Centring, IsThatOfGivenCoordinatesWhereTheseAreComputed)
+{
+    const std::string head = run(2, "[sigma]\ndistances = 0.003\ndirections = 0.001\ncentring_target = 0.02\n"
+                                    "centring_instrument = 0.01\n"),
+                      fixed = "targets = '''\nname x y code\nA 0 0 fixed\nB 1000 0 fixed\n'''\n",
+                      sights = "distances = '''\nfrom to value\nS A 500\nS B 806.226\n'''\n"
+                               "directions = '''\nfrom to value\nS A 0\nS B 107.9167\n'''\n";
+    const auto station = [&](const char *xy) {
+        return "[tables]\nstations = '''\nname x y code\nS " + std::string(xy) + " free\n'''\n";
+    };
+    const SolvedNetwork given = solve_text(head + station("300 400") + fixed + sights),
+                        computed = solve_text(head + station("- -") + fixed + sights);
+    ASSERT_TRUE(given.adjusted() && computed.adjusted()) << given.words() << computed.words();
+    for (int i = 0; i < 2; i++) {
+        EXPECT_NEAR(sigma_of(computed, "distance", i) / sigma_of(given, "distance", i), 1.0, 1e-4);
+        EXPECT_NEAR(sigma_of(computed, "direction", i) / sigma_of(given, "direction", i), 1.0, 1e-3);
+    }
+    EXPECT_GT(sigma_of(given, "distance"), 0.02);
+}
+
 // Heights act on a level sight by their error over its length.
 TEST(Centring, TakesHeightsIntoVerticalAngles)
 {

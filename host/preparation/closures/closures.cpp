@@ -1,0 +1,167 @@
+#include "host/preparation/closures/closures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "host/preparation/closures/graphs.h"
+#include "host/preparation/closures/traverses.h"
+
+namespace vornhost::closures {
+
+namespace {
+
+namespace va = vornadjust;
+
+// Evaluates every loop of a graph; `describe` makes what is listed of one.
+template <class Describe> void close_loops(const va::Model &model, const LegGraph &graph, const Describe &describe)
+{
+    const auto close = [&](const Loop &loop) {
+        Closure closure;
+        const Sum sum = graph.sum(model, loop);
+        if (!judge(sum, &closure.misclosure, &closure.limit)) return;
+        closure.components = sum.n;
+        std::copy(sum.w, sum.w + sum.n, closure.off);
+        describe(loop, std::move(closure));
+    };
+    describe.missed(find_loops(graph.nodes, graph.links, graph.known, close));
+}
+
+void add_to(Closures *closures, Closure closure)
+{
+    closures->count(closure.ratio());
+    if (closures->wants(closure.ratio())) closures->list(std::move(closure));
+}
+
+// Loops over points; those through the node of what is known begin and end at known points.
+struct OverPoints {
+    const LegGraph &graph;
+    Closures *closures;
+
+    void missed(size_t n) const { closures->missed = n; }
+    void operator()(Loop loop, Closure closure) const
+    {
+        begin_at(graph.links, graph.known, &loop);
+        const bool known = begin_of(graph.links, loop.front()) == graph.known;
+        for (const Step &step : loop) {
+            const int node = begin_of(graph.links, step);
+            if (node != graph.known) closure.points.push_back(node);
+            const double *d = graph.legs[(size_t)step.link].value;
+            const bool leg = graph.legs[(size_t)step.link].observation[0] >= 0;
+            if (graph.n > 1 && leg) closure.length += std::hypot(d[0], d[1], d[2]);
+        }
+        if (!known || closure.points.size() == 1) closure.points.push_back(closure.points.front());
+        closure.observations = graph.observations(loop);
+        add_to(closures, std::move(closure));
+    }
+};
+
+// Loops over circles and lines.
+struct OverLines {
+    const AngleGraph &angles;
+    Closures *horizon, *stations;
+
+    void missed(size_t n) const { stations->missed = n; }
+    void operator()(Loop loop, Closure closure) const;
+
+private:
+    using Line = std::pair<int, int>;
+    const Line *line_of(int node) const
+    {
+        return node < angles.circles ? nullptr : &angles.lines[(size_t)(node - angles.circles)];
+    }
+    static int other(const Line &line, int end) { return line.first == end ? line.second : line.first; }
+};
+
+void OverLines::operator()(Loop loop, Closure closure) const
+{
+    const LegGraph &graph = angles.graph;
+    begin_at(graph.links, graph.known, &loop);
+    const bool known = begin_of(graph.links, loop.front()) == graph.known;
+    std::vector<int> at;
+    std::vector<const Line *> lines;
+    for (const Step &step : loop) {
+        const int station = graph.legs[(size_t)step.link].station;
+        if (station >= 0 && (at.empty() || at.back() != station)) at.push_back(station);
+        if (const Line *line = line_of(begin_of(graph.links, step))) lines.push_back(line);
+    }
+    if (!known && at.size() > 1 && at.front() == at.back()) at.pop_back();
+    closure.observations = graph.observations(loop);
+    if (!known && at.size() == 1) {
+        closure.at = at[0];
+        for (const Line *line : lines) closure.points.push_back(other(*line, at[0]));
+        return add_to(horizon, std::move(closure));
+    }
+    closure.points = at;
+    if (known && at.empty()) closure.points = {lines[0]->first, lines[0]->second};
+    if (known && !at.empty()) {
+        closure.points.insert(closure.points.begin(), other(*lines.front(), at.front()));
+        closure.points.push_back(other(*lines.back(), at.back()));
+    }
+    if (!known) closure.points.push_back(at.front());
+    add_to(stations, std::move(closure));
+}
+
+// No number where a height is not known.
+std::vector<double> heights_of(const va::Model &model, bool placed)
+{
+    std::vector<double> heights;
+    heights.reserve((size_t)model.n_points);
+    for (int p = 0; p < model.n_points; p++) {
+        const size_t z = 3 * (size_t)p + 2;
+        const bool known = placed || !model.estimated((int)z);
+        heights.push_back(known ? model.value[z] : std::numeric_limits<double>::quiet_NaN());
+    }
+    return heights;
+}
+
+Closures of(ClosureKind kind)
+{
+    Closures closures;
+    closures.kind = kind;
+    return closures;
+}
+
+} // namespace
+
+double Closure::ratio() const { return std::fabs(misclosure) / limit; }
+
+bool Closures::wants(double ratio) const { return worst.size() < most_listed || ratio > worst.back().ratio(); }
+
+void Closures::count(double ratio)
+{
+    found++;
+    beyond += ratio > 1.0;
+}
+
+void Closures::list(Closure closure)
+{
+    const auto better = [](const Closure &a, const Closure &b) { return a.ratio() > b.ratio(); };
+    worst.insert(std::upper_bound(worst.begin(), worst.end(), closure, better), std::move(closure));
+    if (worst.size() > most_listed) worst.pop_back();
+}
+
+std::vector<Closures> find_closures(const va::Model &model, bool placed)
+{
+    Closures levelling = of(ClosureKind::levelling), baselines = of(ClosureKind::baselines),
+             horizon = of(ClosureKind::horizon), angles = of(ClosureKind::angles);
+    const LegGraph levels = level_graph(model), vectors = baseline_graph(model);
+    close_loops(model, levels, OverPoints{levels, &levelling});
+    close_loops(model, vectors, OverPoints{vectors, &baselines});
+    std::vector<Closures> all = {std::move(levelling), std::move(baselines)};
+    if (model.frame.space != va::Space::heights) {
+        const std::vector<char> nothing(model.observations.size(), 0);
+        const start::Sightings sightings = start::sightings_of(model, heights_of(model, placed), nothing);
+        const AngleGraph graph = angle_graph(model, sightings);
+        close_loops(model, graph.graph, OverLines{graph, &horizon, &angles});
+        all.push_back(std::move(horizon));
+        all.push_back(std::move(angles));
+        const bool planar = model.frame.space == va::Space::plane || !model.frame.curved();
+        if (planar) all.push_back(traverse_closures(model, sightings));
+    }
+    all.erase(std::remove_if(all.begin(), all.end(), [](const Closures &c) { return c.found + c.missed == 0; }),
+              all.end());
+    return all;
+}
+
+} // namespace vornhost::closures

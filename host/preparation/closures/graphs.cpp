@@ -1,0 +1,217 @@
+#include "host/preparation/closures/graphs.h"
+
+#include <cmath>
+#include <unordered_map>
+
+namespace vornhost::closures {
+
+namespace {
+
+namespace va = vornadjust;
+using va::Kind;
+
+const double half_turn = 4.0 * std::atan(1.0);
+
+bool moves(const va::Observation &o) { return o.motion_from >= 0 || o.motion_to >= 0 || o.motion_third >= 0; }
+
+Leg observed(const va::Observation &o, int i, double value)
+{
+    Leg leg;
+    leg.value[0] = value;
+    leg.observation[0] = i;
+    leg.station = o.from;
+    return leg;
+}
+
+// Heights add up along the verticals; the third coordinate is one where these are parallel or it is a height.
+bool third_is_height(const va::Frame &frame) { return !frame.curved() || frame.mixed; }
+
+void add_level(const va::Model &model, int i, LegGraph *graph)
+{
+    const va::Observation &o = model.observations[(size_t)i];
+    const bool third = third_is_height(model.frame), heights = model.frame.space == va::Space::heights;
+    if (o.kind == Kind::height_difference)
+        graph->add(o.from, o.to, observed(o, i, o.value[0] + o.h1 - o.h2));
+    else if ((o.kind == Kind::difference && o.axis == 2 && third) || (o.kind == Kind::baseline && heights))
+        graph->add(o.from, o.to, observed(o, i, o.value[0]));
+    else if (o.kind == Kind::unknown && o.unknown < 3 * model.n_points && o.unknown % 3 == 2 && third)
+        graph->add(graph->known, o.unknown / 3, observed(o, i, o.value[0]));
+}
+
+// A baseline, or the difference of the first coordinate with those of the others, which follow it.
+void add_vector(const va::Model &model, int i, LegGraph *graph)
+{
+    const va::Observation &o = model.observations[(size_t)i];
+    Leg leg;
+    for (int k = 0; k < graph->n; k++) {
+        const bool apart = o.kind == Kind::difference;
+        const size_t at = (size_t)i + (apart ? (size_t)k : 0);
+        if (at >= model.observations.size()) return;
+        const va::Observation &c = model.observations[at];
+        if (!c.use || c.kind != o.kind || c.from != o.from || c.to != o.to || (apart && c.axis != k)) return;
+        leg.value[k] = c.value[apart ? 0 : k];
+        leg.observation[k] = (int)at;
+        leg.component[k] = apart ? 0 : k;
+    }
+    graph->add(o.from, o.to, leg);
+}
+
+class Angles {
+public:
+    Angles(const va::Model &m, const start::Sightings &sights)
+        : model(m), s(sights), planar(m.frame.space == va::Space::plane || !m.frame.curved())
+    {
+    }
+
+    AngleGraph make();
+
+private:
+    int line(int from, int to, double *turned);
+    void add_direction(int i);
+    void add_angle(int i);
+    void add_azimuth(const start::Ray &ray);
+    void add_known_lines();
+
+    const va::Model &model;
+    const start::Sightings &s;
+    const bool planar;
+    AngleGraph a;
+    std::unordered_map<long long, int> nodes;
+};
+
+// Node of a line, and what its bearing as seen from `from` differs from that of the node.
+int Angles::line(int from, int to, double *turned)
+{
+    const bool swapped = planar && from > to;
+    *turned = swapped ? half_turn : 0.0;
+    if (swapped) std::swap(from, to);
+    const auto [at, added] = nodes.emplace(((long long)from << 32) | (unsigned)to, a.graph.nodes);
+    if (added) {
+        a.graph.nodes++;
+        a.lines.emplace_back(from, to);
+    }
+    return at->second;
+}
+
+void Angles::add_direction(int i)
+{
+    const va::Observation &o = model.observations[(size_t)i];
+    if (!is_upright(model, o.setup)) return;
+    double turned;
+    const int to = line(o.from, o.to, &turned);
+    a.graph.add(o.setup, to, observed(o, i, o.value[0] + turned));
+}
+
+void Angles::add_angle(int i)
+{
+    const va::Observation &o = model.observations[(size_t)i];
+    if (o.setup >= 0) return;
+    double left, right;
+    const int from = line(o.from, o.to, &left), to = line(o.from, o.third, &right);
+    a.graph.add(from, to, observed(o, i, o.value[0] + right - left));
+}
+
+void Angles::add_azimuth(const start::Ray &ray)
+{
+    const va::Observation &o = model.observations[(size_t)ray.observation];
+    if (ray.circle != s.north || moves(o) || !planar) return;
+    double turned;
+    const int to = line(o.from, o.to, &turned);
+    Leg leg = observed(o, ray.observation, ray.reading + turned);
+    leg.station = -1;
+    a.graph.add(a.graph.known, to, leg);
+}
+
+void Angles::add_known_lines()
+{
+    for (size_t l = 0; l < a.lines.size() && planar; l++) {
+        const auto [from, to] = a.lines[l];
+        if (!is_fixed(model, from, 0, 1) || !is_fixed(model, to, 0, 1)) continue;
+        const double *p = &model.value[3 * (size_t)from], *q = &model.value[3 * (size_t)to];
+        Leg leg;
+        leg.value[0] = std::atan2(q[1] - p[1], q[0] - p[0]);
+        if (std::hypot(q[0] - p[0], q[1] - p[1]) > 0.0) a.graph.add(a.graph.known, a.circles + (int)l, leg);
+    }
+}
+
+AngleGraph Angles::make()
+{
+    a.circles = (int)model.setups.size() + 1;
+    a.graph.known = a.circles - 1;
+    a.graph.nodes = a.circles;
+    a.graph.circular = true;
+    for (int i = 0; i < (int)model.observations.size(); i++) {
+        const va::Observation &o = model.observations[(size_t)i];
+        if (!o.use || moves(o)) continue;
+        if (o.kind == Kind::direction) add_direction(i);
+        if (o.kind == Kind::angle) add_angle(i);
+    }
+    for (const start::Ray &ray : s.rays) add_azimuth(ray);
+    add_known_lines();
+    return std::move(a);
+}
+
+} // namespace
+
+bool is_upright(const va::Model &model, int setup)
+{
+    const va::Setup &s = model.setups[(size_t)setup];
+    for (int u = s.first; u < s.first + 2; u++)
+        if (model.estimated(u) || model.value[(size_t)u] != 0.0) return false;
+    return s.levelled || !model.frame.curved() || model.frame.space == va::Space::plane;
+}
+
+bool is_fixed(const va::Model &model, int point, int first_axis, int last_axis)
+{
+    for (int k = first_axis; k <= last_axis; k++)
+        if (model.code[3 * (size_t)point + (size_t)k] != va::Code::fixed) return false;
+    return true;
+}
+
+LegGraph level_graph(const va::Model &model)
+{
+    LegGraph graph;
+    graph.known = model.n_points;
+    graph.nodes = model.n_points + 1;
+    if (model.frame.space == va::Space::plane) return graph;
+    for (int i = 0; i < (int)model.observations.size(); i++)
+        if (model.observations[(size_t)i].use && !moves(model.observations[(size_t)i])) add_level(model, i, &graph);
+    for (int p = 0; p < model.n_points && third_is_height(model.frame); p++) {
+        Leg leg;
+        leg.value[0] = model.value[3 * (size_t)p + 2];
+        if (is_fixed(model, p, 2, 2)) graph.add(graph.known, p, leg);
+    }
+    return graph;
+}
+
+LegGraph baseline_graph(const va::Model &model)
+{
+    LegGraph graph;
+    graph.known = model.n_points;
+    graph.nodes = model.n_points + 1;
+    if (model.frame.space == va::Space::heights) return graph;
+    graph.n = model.frame.space == va::Space::plane ? 2 : 3;
+    for (int i = 0; i < (int)model.observations.size(); i++) {
+        const va::Observation &o = model.observations[(size_t)i];
+        const bool first = o.kind == Kind::difference && o.axis == 0 && !model.frame.curved();
+        if (o.use && !moves(o) && (o.kind == Kind::baseline || first)) add_vector(model, i, &graph);
+    }
+    for (int p = 0; p < model.n_points; p++) {
+        if (!is_fixed(model, p, 0, graph.n - 1)) continue;
+        const double *c = &model.value[3 * (size_t)p];
+        const va::Vec3<double> x = va::position(model.frame, va::Vec3<double>{c[0], c[1], c[2]});
+        Leg leg;
+        leg.value[0] = x.x;
+        leg.value[1] = x.y;
+        leg.value[2] = x.z;
+        graph.add(graph.known, p, leg);
+    }
+    return graph;
+}
+
+AngleGraph angle_graph(const va::Model &model, const start::Sightings &sightings)
+{
+    return Angles(model, sightings).make();
+}
+
+} // namespace vornhost::closures
