@@ -215,22 +215,22 @@ struct Column {
 
 /// A table that an application makes.
 struct Table {
-    std::string name; ///< "stations", "distances", ...
-    std::vector<Column> columns;
+    std::string name;            ///< "stations", "distances", ...
+    std::vector<Column> columns; ///< all with as many rows
 };
 
 /// A covariance that rows share, [covariances.NAME] of a network file.
 struct Matrix {
-    std::string name;
-    int size = 0;
+    std::string name;             ///< which rows name in their column covariance
+    int size = 0;                 ///< number of rows and of columns
     std::vector<double> elements; ///< size x size, row by row
 };
 
 /// A network as arrays: what a network file says, with its tables by columns.
 struct Arrays {
-    std::string settings; ///< the sections in TOML but for [tables]: "[run]\ndimension = 2\n"
-    std::vector<Table> tables;
-    std::vector<Matrix> covariances;
+    std::string settings;            ///< the sections in TOML but for [tables]: "[run]\ndimension = 2\n"
+    std::vector<Table> tables;       ///< each once
+    std::vector<Matrix> covariances; ///< each once
 };
 
 /// Takes a network from arrays, through the checks of every network. A fault in a table has the file "table NAME" and
