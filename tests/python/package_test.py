@@ -6,6 +6,7 @@ import importlib
 import os
 import signal
 import sys
+import tempfile
 import threading
 import time
 import unittest
@@ -204,6 +205,19 @@ class Reading(unittest.TestCase):
         self.assertEqual(network.points, vorn.read(FREE.read_text()).points)
         self.assertIn("4 points", repr(network))
 
+    def test_takes_foreign_files_with_notes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "Höhe.gkf"
+            path.write_text(
+                "<gama-local><network><points-observations>\n"
+                "<point id='A' z='100' fix='z'/><point id='B' adj='z'/><height-differences>\n"
+                "<dh from='A' to='B' val='1.25' stdev='2'/>\n<dh from='A' to='C' val='1.25' stdev='2'/>\n"
+                "</height-differences></points-observations></network></gama-local>\n")
+            network = vorn.read(path)
+            self.assertTrue(any("Höhe.gkf:4: " in note for note in network.notes), network.notes)
+            residuals = network.adjust().residuals
+        self.assertEqual((residuals["file"][0], residuals["line"][0]), (str(path), 3))
+
     def test_names_file_line_and_column(self):
         with self.assertRaises(vorn.InputError) as caught:
             vorn.read(FREE.read_text().replace("dimension = 2", "dimension = 7"), name="my.inp")
@@ -294,6 +308,20 @@ class Plot(unittest.TestCase):
         self.assertEqual(sorted(text.get_text() for text in ax.texts), ["1", "2", "3", "P"])
         np.testing.assert_allclose(ellipses.get_offsets()[0], [170.71853, 170.71227], atol=1e-5)  # y, x
         ax.figure.canvas.draw()
+
+    def test_turns_ellipses_with_their_bearings(self):
+        """A point that one short sight to the north holds badly to the east: the longer axis points to the right."""
+        network = vorn.Network(
+            dimension=2,
+            targets={"name": ["N", "E", "P"], "x": [10.0, 0.0, 0.0], "y": [0.0, 10.0, 0.0], "code": ["fixed", "fixed", "free"]},
+            distances={"from": "P", "to": ["N", "E", "N"], "value": [10.0, 10.0, 10.001], "sigma": [0.001, 0.005, 0.001]})
+        ax = network.adjust().plot(magnification=1000)
+        ellipses = ax.collections[2]
+        ax.set_xlim(-20, 20), ax.set_ylim(-20, 20)
+        ax.figure.canvas.draw()
+        width, height = (np.ptp(ellipses.get_paths()[0].transformed(
+            matplotlib.transforms.Affine2D(ellipses.get_transforms()[0])).vertices, axis=0))
+        self.assertGreater(width, 5 * height)
 
     def test_takes_axes_and_heights(self):
         figure, ax = matplotlib.pyplot.subplots()
