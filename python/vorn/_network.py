@@ -149,6 +149,9 @@ class Network:
         if isinstance(covariances, str):
             raise TypeError("covariances are a list of names of points, or True for all")
         names = self.points if covariances is True else list(covariances or ())
+        unknown = set(names).difference(self.points) if names else ()
+        if unknown:
+            raise ValueError(f"covariances: there is no point {min(unknown)!r}")
         return Result(self._core.adjust(threads, report, names, progress))
 
     def simulate(self, *, seed: int = 0, noise: float = 1.0) -> "Network":
@@ -222,6 +225,7 @@ def adjust(
     Raises:
         InputError: the network cannot be read.
         AdjustmentError: it cannot be adjusted; the sentence says why.
+        ValueError: covariances of a point are wanted that is not in the network.
         KeyboardInterrupt: Ctrl-C ends a run of the solver ``sparse`` within moments.
 
     Other threads of Python go on meanwhile. A network that exports points writes their file into the working folder;

@@ -137,7 +137,7 @@ class Result:
         place = self._covariance_places
         for name in (first, first if second is None else second):
             if name not in place:
-                raise KeyError(f"no covariances of {name!r}: name the point in covariances of adjust")
+                raise KeyError(f"no covariances of {name!r}: name the point in covariances of adjust, with solver sparse")
         i, k = place[first], place[first if second is None else second]
         return self.covariance_matrix[3 * i : 3 * i + 3, 3 * k : 3 * k + 3]
 

@@ -99,6 +99,8 @@ class Results(unittest.TestCase):
         self.assertIn("Verdict", triangle().adjust(report=True).report)
         with self.assertRaisesRegex(KeyError, "no covariances of 'C'"):
             result.covariance("B", "C")
+        with self.assertRaisesRegex(ValueError, "no point 'X'"):
+            triangle().adjust(covariances=["B", "X"])
 
     def test_have_the_json_of_the_program(self):
         result = triangle().adjust()
