@@ -1,5 +1,9 @@
-# Packages for Debian and Ubuntu: program, shared library, development. Made by cpack -G DEB.
-foreach(pair "program vorn" "library libvorn${PROJECT_VERSION_MAJOR}" "development libvorn-dev")
+# Packages for Debian and Ubuntu: program, shared library, development, Python where it is built. Made by cpack -G DEB.
+set(pairs "program vorn" "library libvorn${PROJECT_VERSION_MAJOR}" "development libvorn-dev")
+if(VORN_PYTHON)
+  list(APPEND pairs "python python3-vorn")
+endif()
+foreach(pair IN LISTS pairs)
   string(REPLACE " " ";" pair ${pair})
   list(GET pair 0 component)
   list(GET pair 1 package)
@@ -35,4 +39,17 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
   "libvorn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libsuitesparse-dev, libmetis-dev, libexpat1-dev")
+if(VORN_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION "vorn for Python: networks built of arrays, adjusted, and their results as
+NumPy arrays, pandas tables, plots and pages of a notebook.")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  # The compiled module serves the version of Python that it was built with.
+  math(EXPR next_minor "${Python_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), \
+python3 (<< ${Python_VERSION_MAJOR}.${next_minor}), python3-numpy")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-matplotlib, python3-pandas")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${packaging}/debian/python3-vorn/postinst ${packaging}/debian/python3-vorn/prerm)
+endif()
 include(CPack)

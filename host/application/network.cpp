@@ -6,7 +6,12 @@
 #include <iterator>
 #include <new>
 
+#include "host/application/array_text.h"
+#include "host/formats/import.h"
+#include "host/input/names.h"
 #include "host/input/network_file.h"
+#include "host/own/simulate.h"
+#include "host/results/html_page.h"
 #include "host/results/json_writer.h"
 #include "host/run/network_run.h"
 #include "host/system/temporary_file.h"
@@ -16,10 +21,11 @@ namespace vornapi {
 
 struct Network::Read {
     vornhost::Model model;
+    bool from_file = false; // whose lines can be read again
 };
 
 struct ReadAccess {
-    static Reading finish(vornhost::Model model, const vornhost::Faults &faults, bool read);
+    static Reading finish(vornhost::Model model, const vornhost::Faults &faults, bool read, bool from_file = false);
 };
 
 namespace {
@@ -71,6 +77,7 @@ Point point_of(const vornhost::PointResult &from)
         p.approximate[k] = from.approximate[k];
         p.adjusted[k] = from.adjusted[k];
         p.deviation[k] = from.deviation[k];
+        p.code[k] = from.code[k];
     }
     if (from.ellipse[0]) p.ellipse = Ellipse{from.ellipse[0]->a, from.ellipse[0]->b, from.ellipse[0]->bearing};
     return p;
@@ -85,6 +92,7 @@ Residual residual_of(const vornhost::Results &results, const vornhost::ResidualR
     r.from = from.from;
     r.to = from.to;
     r.at = results.words_of(from).at;
+    r.id = results.words_of(from).id;
     r.file = from.file;
     r.line = from.line;
     r.value = from.value;
@@ -106,9 +114,11 @@ std::vector<Fault> why_not(const std::string &file, const std::vector<std::strin
     return {fault};
 }
 
-Result result_of(const vornhost::Results &from)
+Result result_of(vornhost::Results &&all)
 {
     Result r;
+    r.whole = std::make_shared<const vornhost::Results>(std::move(all));
+    const vornhost::Results &from = *r.whole;
     r.outcome = from.adjusted ? Outcome::adjusted : Outcome::refused;
     r.notes = from.notes;
     r.datum = from.datum;
@@ -116,6 +126,8 @@ Result result_of(const vornhost::Results &from)
     r.degrees_of_freedom = from.degrees_of_freedom;
     r.sigma_aposteriori = from.sigma_aposteriori;
     if (from.variance_test) r.variance_test = from.variance_test->passed();
+    r.points.reserve(from.points.size());
+    r.residuals.reserve(from.residuals.size());
     for (const vornhost::PointResult &p : from.points) r.points.push_back(point_of(p));
     for (const vornhost::ResidualResult &v : from.residuals) r.residuals.push_back(residual_of(from, v));
     for (const size_t i : from.suspicious) r.residuals[i].suspicious = true;
@@ -145,7 +157,7 @@ Result refused(const std::string &file, const std::string &sentence)
     return result;
 }
 
-Result adjust_model(vornhost::Model model, const Options &options)
+Result adjust_model(vornhost::Model model, bool from_file, const Options &options)
 {
     model.threads = options.threads;
     model.covariance_points = options.covariances;
@@ -153,19 +165,21 @@ Result adjust_model(vornhost::Model model, const Options &options)
     if (!report) return refused(model.path, "the system gives no temporary file for the report");
     Silence silence;
     Steps steps(options.progress);
-    const vornhost::NetworkRun run =
+    vornhost::NetworkRun run =
         run_network(model, report.get(), silence, VORN_VERSION, {options.progress ? &steps : nullptr, options.cancel});
     Result result;
     if (run.stopped) {
         result.outcome = Outcome::cancelled;
         return result;
     }
-    result = result_of(run.results);
-    for (const Fault &fault : losses(run)) {
+    const std::vector<Fault> lost = losses(run);
+    result = result_of(std::move(run.results));
+    for (const Fault &fault : lost) {
         result.faults.push_back(fault);
         result.outcome = Outcome::refused;
     }
-    if (options.json) result.json = to_json(run.results);
+    result.lines =
+        std::make_shared<const vornhost::InputLines>(from_file ? vornhost::InputLines(model) : vornhost::InputLines());
     if (options.report) result.report = text_of(report.get());
     return result;
 }
@@ -203,12 +217,16 @@ std::optional<Covariance> Result::covariance(const std::string &first, const std
     return c;
 }
 
+std::string Result::json() const { return whole ? to_json(*whole) : std::string(); }
+
+std::string Result::page() const { return whole ? to_html(*whole, *lines, vornhost::utc_now()) : std::string(); }
+
 Network::Network(std::shared_ptr<const Read> what) : read(std::move(what)) {}
 
 Result Network::adjust(const Options &options) const noexcept
 {
     try {
-        return adjust_model(read->model.twin(), options);
+        return adjust_model(read->model.twin(), read->from_file, options);
     } catch (const std::bad_alloc &) {
         return refused("", "out of memory");
     } catch (const std::exception &error) {
@@ -220,20 +238,54 @@ const std::string &Network::title() const { return read->model.title; }
 
 int Network::points() const { return (int)(read->model.stations.size() + read->model.targets.size()); }
 
-Reading ReadAccess::finish(vornhost::Model model, const vornhost::Faults &faults, bool read)
+std::vector<std::string> Network::point_names() const
+{
+    const vornhost::Model &model = read->model;
+    std::vector<std::string> names;
+    names.reserve((size_t)points());
+    for (int p = 0; p < points(); p++) names.push_back(shown_name(model, record_name(model, p)));
+    return names;
+}
+
+Reading Network::simulate(std::uint64_t seed, double noise) const
+{
+    Reading reading;
+    vornhost::Model drawn = read->model.twin();
+    const std::vector<std::string> words = vornhost::simulate(drawn, seed, noise);
+    if (!words.empty()) reading.faults = why_not(drawn.path, words);
+    if (words.empty()) reading.network = Network(std::make_shared<const Read>(Read{std::move(drawn), read->from_file}));
+    return reading;
+}
+
+Reading ReadAccess::finish(vornhost::Model model, const vornhost::Faults &faults, bool read, bool from_file)
 {
     Reading reading;
     for (const vornhost::Fault &fault : faults.kept()) reading.faults.push_back(fault_of(fault));
-    if (read) reading.network = Network(std::make_shared<const Network::Read>(Network::Read{std::move(model)}));
+    if (read)
+        reading.network = Network(std::make_shared<const Network::Read>(Network::Read{std::move(model), from_file}));
     return reading;
+}
+
+Reading read_arrays(const Arrays &arrays, const std::string &name)
+{
+    Reading reading;
+    reading.faults = vornhost::faults_of(arrays);
+    if (!reading.faults.empty()) return reading;
+    vornhost::Model model;
+    vornhost::Faults faults;
+    const bool read = vornhost::read_network_text(name, vornhost::text_of(arrays), model, faults);
+    return ReadAccess::finish(std::move(model), faults, read);
 }
 
 Reading read_file(const std::string &path)
 {
     vornhost::Model model;
     vornhost::Faults faults;
-    const bool read = vornhost::read_network(path, model, faults);
-    return ReadAccess::finish(std::move(model), faults, read);
+    std::vector<std::string> notes;
+    const bool read = vornhost::read_any_network(path, model, notes, faults);
+    Reading reading = ReadAccess::finish(std::move(model), faults, read, true);
+    reading.notes = std::move(notes);
+    return reading;
 }
 
 Reading read_text(const std::string &text, const std::string &name)

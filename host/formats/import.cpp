@@ -57,7 +57,7 @@ bool read_any_network(const std::string &path, Model &model, std::vector<std::st
     if (!import_file(path, format, draft, faults)) return false;
     WrittenNetwork network = write_network(draft);
     notes = note_lines(draft);
-    return read_network_text(path, network.text, std::move(network.origins), model, faults);
+    return read_network_text(path, {std::move(network.text), std::move(network.origins), {}}, model, faults);
 }
 
 } // namespace vornhost

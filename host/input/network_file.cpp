@@ -804,17 +804,21 @@ bool read_network(const std::string &path, Model &model, Faults &faults)
 
 bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults)
 {
-    return read_network_text(name, text, {}, model, faults);
+    model = Model();
+    faults = Faults();
+    TextFile file;
+    return file.take(name, text, faults) && read_text(name, file, model, faults);
 }
 
-bool read_network_text(const std::string &name, std::string_view text, std::vector<Source> origins, Model &model,
-                       Faults &faults)
+bool read_network_text(const std::string &name, MadeText made, Model &model, Faults &faults)
 {
     model = Model();
     faults = Faults();
     TextFile file;
-    if (!file.take(name, text, faults)) return false;
-    file.stands_for(std::move(origins));
+    const bool taken = file.take(name, made.text, faults);
+    for (const std::string &source : made.sources) faults.add_file(source);
+    if (!taken) return false;
+    file.stands_for(std::move(made.origins));
     return read_text(name, file, model, faults);
 }
 

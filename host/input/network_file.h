@@ -25,10 +25,15 @@ bool read_network(const std::string &path, Model &model, Faults &faults);
 // the name, which need not exist itself.
 bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults);
 
-// The same for a text that was made of the file of another program: places are those in that file, origins[i] of line i
-// + 1.
-bool read_network_text(const std::string &name, std::string_view text, std::vector<Source> origins, Model &model,
-                       Faults &faults);
+// A text that was made of something else: of the file of another program, of arrays.
+struct MadeText {
+    std::string text;
+    std::vector<Source> origins;      // of each line; file 0 is the name of the network, 1 the first of the sources
+    std::vector<std::string> sources; // what else it was made of, as places name it
+};
+
+// The same for such a text: places are those of its origins.
+bool read_network_text(const std::string &name, MadeText made, Model &model, Faults &faults);
 
 } // namespace vornhost
 

@@ -102,7 +102,8 @@ Source TextFile::place(size_t offset) const
     const auto after = std::upper_bound(lines.begin(), lines.end(), offset);
     if (!origins.empty()) {
         const size_t line = (size_t)(after - lines.begin()) - 1;
-        return {index, line < origins.size() ? origins[line].line : 0, 0};
+        if (line >= origins.size()) return {index, 0, 0};
+        return {index + origins[line].file, origins[line].line, 0};
     }
     const size_t start = *(after - 1);
     const std::string_view before = std::string_view(bytes).substr(start, offset - start);

@@ -16,14 +16,22 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "vorn/project.h"
+
+namespace vornhost {
+struct Results;
+class InputLines;
+} // namespace vornhost
 
 /// Networks for applications.
 namespace vornapi {
@@ -52,6 +60,7 @@ struct Ellipse {
 struct Point {
     std::string name;                                 ///< as in the network file
     bool station = false;                             ///< a station, not a target
+    std::array<std::string, 3> code;                  ///< "free", "no_datum", "weighted" or "fixed"; empty: absent
     std::array<std::optional<double>, 3> approximate; ///< before the adjustment, metres
     std::array<std::optional<double>, 3> adjusted;    ///< metres
     std::array<std::optional<double>, 3> deviation;   ///< standard deviations, metres
@@ -66,6 +75,7 @@ struct Residual {
     std::string from;                 ///< point, or item that is weighted
     std::string to;                   ///< the other point; may be empty
     std::string at;                   ///< the point of an angle; otherwise empty
+    std::string id;                   ///< that of the network file; may be empty
     std::string file;                 ///< where it stands
     int line = 0;                     ///< in the file
     double value = 0;                 ///< observed
@@ -85,7 +95,6 @@ using Progress = std::function<void(const std::string &step, double share)>;
 struct Options {
     int threads = 1;                           ///< of the run
     bool report = false;                       ///< whether Result::report is wanted
-    bool json = false;                         ///< whether Result::json is wanted
     std::vector<std::string> covariances;      ///< points among which Result::covariance answers
     Progress progress;                         ///< may be empty
     const std::atomic<bool> *cancel = nullptr; ///< set by anybody, ends the run at its next look; may be null
@@ -115,7 +124,6 @@ struct Result {
     std::vector<Point> points;               ///< in the order of the network file
     std::vector<Residual> residuals;         ///< in the order of the adjustment
     std::string report;                      ///< for people, where it was asked for
-    std::string json;                        ///< as the program writes it, where it was asked for
 
     /// Whether the results are there.
     bool adjusted() const { return outcome == Outcome::adjusted; }
@@ -129,7 +137,36 @@ struct Result {
 
     std::vector<std::string> covariance_points; ///< those of covariance_matrix
     std::vector<double> covariance_matrix;      ///< of all their coordinates, x, y, z of each, row by row
+
+    /// All that is known of the run as JSON (share/vorn-result.schema.json); empty after a run that was cancelled or
+    /// failed without results.
+    VORN_HOST std::string json() const;
+
+    /// The page of the run for a browser: one HTML file with everything in it; empty where json() is.
+    VORN_HOST std::string page() const;
+
+    std::shared_ptr<const vornhost::Results> whole;    ///< what json() and page() write
+    std::shared_ptr<const vornhost::InputLines> lines; ///< lines of the files that were read, for page()
 };
+
+/// One member of all items side by side, for arrays: column(result.residuals, &Residual::residual). What is absent is
+/// NaN. Of coordinates, as of &Point::adjusted, x, y, z of each.
+template <class Item, class Member> std::vector<double> column(const std::vector<Item> &items, Member Item::*member)
+{
+    constexpr double absent = std::numeric_limits<double>::quiet_NaN();
+    std::vector<double> values;
+    values.reserve(items.size());
+    for (const Item &item : items)
+        if constexpr (std::is_arithmetic_v<Member>)
+            values.push_back((double)(item.*member));
+        else if constexpr (std::is_same_v<Member, std::optional<double>>)
+            values.push_back((item.*member).value_or(absent));
+        else
+            for (const std::optional<double> &x : item.*member) values.push_back(x.value_or(absent));
+    return values;
+}
+
+struct Reading;
 
 /// A network that has been read. Copies share what was read.
 class Network {
@@ -145,6 +182,16 @@ public:
     /// Number of stations and targets.
     VORN_HOST int points() const;
 
+    /// Their names, in the order of the network file.
+    VORN_HOST std::vector<std::string> point_names() const;
+
+    /// The network with other observed values: those that its coordinates, orientations and constants give, with errors
+    /// drawn from the standard deviations and covariances of the rows. Values of weighted unknowns are drawn too. Each
+    /// number `seed` gives another draw, the same one every time; errors are multiplied by `noise`. A network that was
+    /// planned (mode "propagation") becomes one to be adjusted. The coordinates of every point must be given, and there
+    /// must be no images, imported points or lumps; faults say so. Throws std::bad_alloc alone.
+    VORN_HOST Reading simulate(std::uint64_t seed, double noise = 1.0) const;
+
 private:
     struct Read;
     friend struct ReadAccess;
@@ -156,9 +203,41 @@ private:
 struct Reading {
     std::optional<Network> network; ///< there when there are no faults
     std::vector<Fault> faults;      ///< the first fifty, in the order of their places
+    std::vector<std::string> notes; ///< what was left out of a foreign file or assumed, a sentence each
 };
 
-/// Reads a network file.
+/// A column of a table that an application makes: a number or a word for every row.
+struct Column {
+    std::string heading;            ///< as docs/network-file.md names it
+    std::vector<double> numbers;    ///< NaN: not known
+    std::vector<std::string> words; ///< in place of numbers; an empty one: not known
+};
+
+/// A table that an application makes.
+struct Table {
+    std::string name;            ///< "stations", "distances", ...
+    std::vector<Column> columns; ///< all with as many rows
+};
+
+/// A covariance that rows share, [covariances.NAME] of a network file.
+struct Matrix {
+    std::string name;             ///< which rows name in their column covariance
+    int size = 0;                 ///< number of rows and of columns
+    std::vector<double> elements; ///< size x size, row by row
+};
+
+/// A network as arrays: what a network file says, with its tables by columns.
+struct Arrays {
+    std::string settings;            ///< the sections in TOML but for [tables]: "[run]\ndimension = 2\n"
+    std::vector<Table> tables;       ///< each once
+    std::vector<Matrix> covariances; ///< each once
+};
+
+/// Takes a network from arrays, through the checks of every network. A fault in a table has the file "table NAME" and
+/// as line the row, from 1; so have residuals. Files that the settings name are looked for in the folder of the name.
+VORN_HOST Reading read_arrays(const Arrays &arrays, const std::string &name = "network.inp");
+
+/// Reads a network file, or one of a foreign format that the program imports.
 VORN_HOST Reading read_file(const std::string &path);
 
 /// Reads the text of a network file. Faults name it by the name; files that the network names are looked for in the
