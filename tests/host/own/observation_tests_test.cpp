@@ -30,17 +30,6 @@ bool near(double x, double y, double relative = 1e-9) { return std::fabs(x - y) 
 
 const double delta = std::sqrt(noncentrality(0.001, 0.80, 1));
 
-Lines faults_of(const std::string &text)
-{
-    const Folder folder;
-    const InFolder inside(folder.path);
-    folder.write("net.inp", text);
-    Model model;
-    Faults faults;
-    read_network("net.inp", model, faults);
-    return faults.lines();
-}
-
 } // namespace
 
 // A mean of n has the redundancy 1 - 1/n; an undetected bias moves B by an nth of it.
