@@ -3,17 +3,19 @@ _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
     if [ "$COMP_CWORD" -eq 1 ]; then
-        COMPREPLY=($(compgen -W "adjust check import --help --version" -- "$word"))
+        COMPREPLY=($(compgen -W "adjust check import export --help --version" -- "$word"))
         return
     fi
     case $before in
     --solver) COMPREPLY=($(compgen -W "sparse compact jordan simplex" -- "$word")); return ;;
     --mode) COMPREPLY=($(compgen -W "statistics solution propagation" -- "$word")); return ;;
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
+    --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
     --json | --html | --geojson | --dxf | --svg | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--from --force --quiet --help -o -h"
+    [ "$command" != export ] || common="--to --force --quiet --help -o -h"
     case $word in
     -*)
         [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
