@@ -76,6 +76,9 @@ void DraftBuilder::add(DraftKind kind, DraftRow row, size_t values)
                    "the covariance of the vector from " + quote(row.from) + " to " + quote(row.to) +
                        " is not positive definite",
                    "check its variances and covariances");
+    const bool one = kind == DraftKind::coordinates;
+    if (row.from.empty() || (!one && row.to.empty()) || (kind == DraftKind::angle && row.at.empty()))
+        faults.add(row.where, "an observation does not name its points", "name them");
     if (!row.to.empty() && row.from == row.to)
         faults.add(row.where, "an observation goes from " + quote(row.from) + " to itself", "name different points");
     const bool plan = observes_plan(kind, row), height = observes_height(kind, row);
