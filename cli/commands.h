@@ -12,10 +12,14 @@
 int adjust(const Options &options);
 int check(const Options &options);
 int import_network(const Options &options);
+int export_to(const Options &options);
 
 // Reads the network file, or a file of another program as one, and applies the options to it. False, with the faults
 // also on standard error, when something is wrong.
 bool read_input(const Options &options, vornhost::Model &model, vornhost::Faults &faults);
+
+// Whether nothing is lost when the target is written; what would be is said on standard error.
+bool may_write(const Options &options, const std::string &target);
 
 // Says that the run was interrupted; returns its exit status.
 int interrupted();

@@ -20,25 +20,6 @@ std::string target_of(const Options &options)
     return std::filesystem::path(options.network).replace_extension(".inp").string();
 }
 
-bool same_file(const std::string &a, const std::string &b)
-{
-    std::error_code error;
-    return std::filesystem::equivalent(a, b, error) && !error;
-}
-
-// Whether nothing is lost when the target is written.
-bool may_write(const Options &options, const std::string &target)
-{
-    std::error_code ignored;
-    if (same_file(options.network, target)) {
-        fprintf(stderr, "vorn: %s is the file to read; name another with -o\n", target.c_str());
-        return false;
-    }
-    if (options.force || !std::filesystem::is_regular_file(target, ignored)) return true;
-    fprintf(stderr, "vorn: %s exists; name another file with -o, or replace it with --force\n", target.c_str());
-    return false;
-}
-
 } // namespace
 
 int import_network(const Options &options)

@@ -24,6 +24,7 @@ namespace {
 int run_command(const Options &options)
 {
     if (options.command == Command::import) return import_network(options);
+    if (options.command == Command::export_to) return export_to(options);
     return options.command == Command::check ? check(options) : adjust(options);
 }
 

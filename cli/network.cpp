@@ -4,6 +4,8 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "commands.h"
 #include "host/formats/import.h"
 #include "host/input/network_file.h"
@@ -74,7 +76,25 @@ bool read(const std::string &path, Model &model, std::vector<std::string> &notes
     return read_network_text("standard input", standard_input(), model, faults);
 }
 
+bool same_file(const std::string &a, const std::string &b)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(a, b, error) && !error;
+}
+
 } // namespace
+
+bool may_write(const Options &options, const std::string &target)
+{
+    std::error_code ignored;
+    if (same_file(options.network, target)) {
+        fprintf(stderr, "vorn: %s is the file to read; name another with -o\n", target.c_str());
+        return false;
+    }
+    if (options.force || !std::filesystem::is_regular_file(target, ignored)) return true;
+    fprintf(stderr, "vorn: %s exists; name another file with -o, or replace it with --force\n", target.c_str());
+    return false;
+}
 
 bool read_input(const Options &options, Model &model, Faults &faults)
 {

@@ -24,8 +24,10 @@ const std::map<std::string, vornhost::Robust> estimators = {
 const char overview[] = "Examples:\n"
                         "  vorn check bridge.inp\n"
                         "  vorn adjust bridge.inp -o bridge.txt --json bridge.json\n"
-                        "  vorn import bridge.gkf\n\n"
-                        "vorn adjust --help, vorn check --help and vorn import --help explain the commands.";
+                        "  vorn import bridge.gkf\n"
+                        "  vorn export bridge.inp --to gkf\n\n"
+                        "vorn adjust --help, vorn check --help, vorn import --help and vorn export --help explain the\n"
+                        "commands.";
 
 const char adjust_footer[] = "Examples:\n"
                              "  vorn adjust bridge.inp                        report on the screen\n"
@@ -48,6 +50,12 @@ const char import_footer[] =
     "  vorn adjust bridge.gkf              adjusted without a network file\n\n"
     "What was left out or assumed stands on standard error and at the head of the network file.\n"
     "Exit status: 0 imported, 2 bad input or usage, 3 the system failed.";
+
+const char export_footer[] = "Examples:\n"
+                             "  vorn export bridge.inp --to gkf             bridge.gkf beside it\n"
+                             "  vorn export bridge.inp --to lines -o -      on standard output\n\n"
+                             "Exit status: 0 written, 2 bad input or usage, or what the format cannot say,\n"
+                             "3 the system failed.";
 
 // Without the addresses of enumerators in its texts, unlike the transformers of the library.
 template <class Word>
@@ -177,13 +185,42 @@ void add_import(CLI::App &app, Options &options)
 });
 } // namespace
 
+std::map<std::string, vornhost::Target> target_words()
+{
+    std::map<std::string, vornhost::Target> words;
+    for (const vornhost::TargetWord &target : vornhost::export_targets()) words[target.word] = target.target;
+    return words;
+}
+
+void add_export(CLI::App &app, Options &options)
+{
+    static const std::map<std::string, vornhost::Target> targets = target_words();
+    CLI::App *command = app.add_subcommand("export", "write a network in a format of another program");
+    command->add_option("NAME.inp", options.network, "the network file, or a file that vorn import reads")
+        ->required()
+        ->type_name("FILE");
+    add_word(command, "--to", options.target, targets, "format");
+    command->get_option("--to")->required();
+    command->add_option("-o", options.report, "the file to write; - is standard output; beside NAME.inp by default")
+        ->check(not_empty)
+        ->type_name("FILE");
+    command->add_flag("--force", options.force, "replace the file where there is one");
+    command->add_flag("--quiet", options.console.quiet, "only errors on standard error");
+    command->footer(export_footer);
+    command->callback([&options] { options.command = Command::export_to; });
+}
+
 // Whether the first argument is a command or an option; otherwise a line says what is.
 bool names_command(int argc, char **argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";
-    if (first == "adjust" || first == "check" || first == "import" || first.rfind('-', 0) == 0) return true;
+    if (first == "adjust" || first == "check" || first == "import" || first == "export" || first.rfind('-', 0) == 0)
+        return true;
     const std::string what = argc > 1 ? "'" + first + "' is no command" : "a command is missing";
-    fprintf(stderr, "vorn: %s; write vorn adjust NAME.inp, vorn check NAME.inp or vorn import FILE\n", what.c_str());
+    fprintf(stderr,
+            "vorn: %s; write vorn adjust NAME.inp, vorn check NAME.inp, vorn import FILE or "
+            "vorn export NAME.inp --to WORD\n",
+            what.c_str());
     return false;
 }
 
@@ -203,6 +240,7 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
     add_adjust(app, options);
     add_check(app, options);
     add_import(app, options);
+    add_export(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

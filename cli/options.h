@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/formats/export.h"
 #include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
@@ -22,13 +23,14 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
-enum class Command { adjust, check, import };
+enum class Command { adjust, check, import, export_to };
 
 struct Options {
     Command command = Command::adjust;
     std::string network; // the network file, or a file of a foreign format
-    bool force = false;  // import may replace a file
+    bool force = false;  // import and export may replace a file
     std::optional<vornhost::Format> format;
+    std::optional<vornhost::Target> target;      // of export
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan
     std::string update;                          // the network file with adjusted coordinates

@@ -44,6 +44,7 @@ struct DraftPoint {
     std::string name;
     std::array<MaybeNumber, 3> value;                                    // x, y, z
     std::array<int, 3> code = {{CODE_ABSENT, CODE_ABSENT, CODE_ABSENT}}; // CODE_... of project.h
+    std::array<MaybeNumber, 3> sigma;                                    // of weighted coordinates
     bool station = false;                                                // an instrument stood there
     bool off = false;                                                    // left out with its observations
     Source where;

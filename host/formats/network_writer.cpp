@@ -205,6 +205,9 @@ private:
         for (size_t axis = 0; axis < 3; axis++)
             cells.add(std::string(1, "xyz"[axis]), CellKind::number,
                       column(points, [axis](const DraftPoint &p) { return maybe_text(p.value[axis]); }));
+        for (size_t axis = 0; axis < 3; axis++)
+            cells.add(std::string("s") + "xyz"[axis], CellKind::number,
+                      column(points, [axis](const DraftPoint &p) { return maybe_text(p.sigma[axis]); }));
         add_codes(cells, points);
         cells.add("status", CellKind::word,
                   column(points, [](const DraftPoint &p) { return std::string(p.off ? "off" : ""); }));

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/formats/lines.h"
+
 namespace vornhost {
 
 namespace {
@@ -56,7 +58,12 @@ std::string_view root_name(std::string_view text)
 
 const std::vector<FormatWord> &importable_formats()
 {
-    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"}};
+    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"},
+                                                    {Format::dna, "dynadjust", "measurements of DynAdjust in columns"},
+                                                    {Format::dynaml, "dynaml", "DynaML of DynAdjust"},
+                                                    {Format::sinex, "sinex", "SINEX"},
+                                                    {Format::gvx, "gvx", "GNSS vectors, GVX"},
+                                                    {Format::lines, "lines", "coded lines of STAR*NET"}};
     return formats;
 }
 
@@ -65,6 +72,11 @@ std::optional<Format> recognise(std::string_view beginning)
     const std::string_view root = root_name(beginning);
     if (root == "gama-local" || root == "gama-xml") return Format::gkf;
     if (root == "gama-local-adjustment") return Format::gama_results;
+    if (root == "DnaXmlFormat") return Format::dynaml;
+    if (root == "GVX") return Format::gvx;
+    if (begins(beginning, "!#=DNA")) return Format::dna;
+    if (begins(beginning, "%=SNX")) return Format::sinex;
+    if (looks_like_lines(beginning.substr(0, beginning.rfind('\n')))) return Format::lines;
     return std::nullopt;
 }
 

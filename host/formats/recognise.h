@@ -10,7 +10,7 @@
 
 namespace vornhost {
 
-enum class Format { gkf, gama_results };
+enum class Format { gkf, gama_results, dna, dynaml, sinex, gvx, lines };
 
 struct FormatWord {
     Format format;

@@ -3,7 +3,7 @@ _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
     if [ "$COMP_CWORD" -eq 1 ]; then
-        COMPREPLY=($(compgen -W "adjust check import --help --version" -- "$word"))
+        COMPREPLY=($(compgen -W "adjust check import export --help --version" -- "$word"))
         return
     fi
     case $before in
@@ -12,10 +12,12 @@ _vorn()
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --robust) COMPREPLY=($(compgen -W "huber danish l1" -- "$word")); return ;;
     --fail-on) COMPREPLY=($(compgen -W "test suspects unchecked test,suspects,unchecked" -- "$word")); return ;;
+    --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
     --json | --html | --geojson | --dxf | --svg | --update | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--from --force --quiet --help -o -h"
+    [ "$command" != export ] || common="--to --force --quiet --help -o -h"
     case $word in
     -*)
         [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"

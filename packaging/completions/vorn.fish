@@ -3,6 +3,7 @@ complete -c vorn -f
 complete -c vorn -n __fish_use_subcommand -a adjust -d "adjust a network and report the results"
 complete -c vorn -n __fish_use_subcommand -a check -d "say what its adjustment would be"
 complete -c vorn -n __fish_use_subcommand -a import -d "make a network file of a file of another program"
+complete -c vorn -n __fish_use_subcommand -a export -d "write a network for another program"
 complete -c vorn -n __fish_use_subcommand -l version -d "show the version"
 complete -c vorn -s h -l help -d "show a help text"
 
@@ -42,3 +43,10 @@ complete -c vorn -n "$import" -s o -r -F -d "network file"
 complete -c vorn -n "$import" -l from -x -d "format of the file"
 complete -c vorn -n "$import" -l force -d "replace the network file where there is one"
 complete -c vorn -n "$import" -l quiet -d "only errors on standard error"
+
+set -l export __fish_seen_subcommand_from export
+complete -c vorn -n "$export" -a "(__fish_complete_suffix .inp)"
+complete -c vorn -n "$export" -s o -r -F -d "file to write"
+complete -c vorn -n "$export" -l to -x -a "gkf lines dynaml json sinex landxml points" -d "format"
+complete -c vorn -n "$export" -l force -d "replace the file where there is one"
+complete -c vorn -n "$export" -l quiet -d "only errors on standard error"

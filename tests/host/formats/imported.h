@@ -20,12 +20,12 @@ protected:
         if (!vornhost::xml_available()) GTEST_SKIP() << "built without a parser of XML";
     }
 
-    // Imports net.gkf with this text; returns the lines of its faults.
-    Lines import(const std::string &text)
+    // Imports a file with this text; returns the lines of its faults.
+    Lines import(const std::string &text, const std::string &name = "net.gkf")
     {
-        folder.write("net.gkf", text);
+        folder.write(name, text);
         vornhost::Faults faults;
-        imported = vornhost::import_file(folder.file("net.gkf"), std::nullopt, draft, faults);
+        imported = vornhost::import_file(folder.file(name), std::nullopt, draft, faults);
         Lines lines = faults.lines();
         for (std::string &line : lines) folder.shorten(line);
         return lines;
