@@ -38,9 +38,10 @@ std::string standard_input()
     return text;
 }
 
-bool read(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
+bool read(const Options &options, Model &model, std::vector<std::string> &notes, Faults &faults)
 {
-    if (path != "-") return read_any_network(path, model, notes, faults);
+    const std::string &path = options.network;
+    if (path != "-") return read_any_network(path, model, notes, faults, options.foreign);
     return read_network_text("standard input", standard_input(), model, faults);
 }
 
@@ -49,7 +50,7 @@ bool read(const std::string &path, Model &model, std::vector<std::string> &notes
 bool read_input(const Options &options, Model &model, Faults &faults)
 {
     std::vector<std::string> notes;
-    const bool good = read(options.network, model, notes, faults);
+    const bool good = read(options, model, notes, faults);
     if (!options.console.quiet) show_lines(notes);
     if (good) return apply(options, model);
     show_lines(faults.lines());

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "host/formats/recognise.h"
+#include "host/formats/import_options.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
 #include "host/results/plan.h"
@@ -26,7 +26,7 @@ struct Options {
     Command command = Command::adjust;
     std::string network; // the network file, or a file of a foreign format
     bool force = false;  // import may replace a file
-    std::optional<vornhost::Format> format;
+    vornhost::ImportOptions foreign; // what is said of such a file
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan
     vornhost::Axes axes = vornhost::Axes::yx;

@@ -2,7 +2,9 @@
 
 #include <filesystem>
 
+#include "host/formats/datum_options.h"
 #include "host/formats/gkf.h"
+#include "host/formats/gsi.h"
 #include "host/formats/network_writer.h"
 #include "host/formats/xml.h"
 #include "host/input/network_file.h"
@@ -35,26 +37,61 @@ bool import_gkf(const std::string &path, Draft &draft, Faults &faults)
     return false;
 }
 
+// A format of lines that an instrument wrote.
+bool import_records(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
+{
+    RecordLines file;
+    if (!file.read(path, faults)) return false;
+    RecordAccount account;
+    bool good = false;
+    switch (format) {
+    case Format::gsi: good = read_gsi(file, options, account, draft, faults); break;
+    default: break;
+    }
+    account.close(draft);
+    return good;
+}
+
+bool import_format(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
+{
+    switch (format) {
+    case Format::gkf:
+    case Format::gama_results: return import_gkf(path, draft, faults);
+    case Format::gsi: break;
+    }
+    return import_records(path, format, options, draft, faults);
+}
+
 } // namespace
 
-bool import_file(const std::string &path, std::optional<Format> format, Draft &draft, Faults &faults)
+bool import_file(const std::string &path, const ImportOptions &options, Draft &draft, Faults &faults)
 {
     draft = Draft();
     draft.file = path;
     std::error_code ignored;
     const bool readable = std::filesystem::is_regular_file(path, ignored);
+    std::optional<Format> format = options.format;
     if (!format && readable) format = recognise_file(path);
-    if (format || !readable) return import_gkf(path, draft, faults); // what cannot be read is said there
-    unknown_format(path, faults);
-    return false;
+    if (!format && readable) {
+        unknown_format(path, faults);
+        return false;
+    }
+    // What cannot be read is said there.
+    return import_format(path, format.value_or(Format::gkf), options, draft, faults) &&
+           add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
 }
 
-bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
+bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,
+                      const ImportOptions &options)
 {
-    const std::optional<Format> format = recognise_file(path);
+    const std::optional<Format> format = options.format ? options.format : recognise_file(path);
+    if (!format && options.given) {
+        unknown_format(path, faults);
+        return false;
+    }
     if (!format) return read_network(path, model, faults);
     Draft draft;
-    if (!import_file(path, format, draft, faults)) return false;
+    if (!import_file(path, options, draft, faults)) return false;
     WrittenNetwork network = write_network(draft);
     notes = note_lines(draft);
     return read_network_text(path, network.text, std::move(network.origins), model, faults);

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/formats/gsi_block.h"
+
 namespace vornhost {
 
 namespace {
@@ -52,11 +54,29 @@ std::string_view root_name(std::string_view text)
     return text.substr(0, std::min(text.find_first_of(" \t\r\n/>"), text.size()));
 }
 
+// The first line that is not blank, without the marks of a serial transfer.
+std::string_view first_line(std::string_view text)
+{
+    if (begins(text, "\xEF\xBB\xBF")) text.remove_prefix(3);
+    const size_t at = text.find_first_not_of(" \t\r\n\x02\x03");
+    if (at == std::string_view::npos) return std::string_view();
+    const size_t line = text.find_last_of("\r\n\x02", at) + 1; // blanks before it count
+    return text.substr(line, std::min(text.find_first_of("\r\n", at), text.size()) - line);
+}
+
+std::optional<Format> recognise_lines(std::string_view beginning)
+{
+    const std::string_view line = first_line(beginning);
+    if (looks_like_gsi(line)) return Format::gsi;
+    return std::nullopt;
+}
+
 } // namespace
 
 const std::vector<FormatWord> &importable_formats()
 {
-    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"}};
+    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"},
+                                                     {Format::gsi, "gsi", "Leica GSI-8 or GSI-16"}};
     return formats;
 }
 
@@ -65,7 +85,7 @@ std::optional<Format> recognise(std::string_view beginning)
     const std::string_view root = root_name(beginning);
     if (root == "gama-local" || root == "gama-xml") return Format::gkf;
     if (root == "gama-local-adjustment") return Format::gama_results;
-    return std::nullopt;
+    return recognise_lines(beginning);
 }
 
 std::optional<Format> recognise_file(const std::string &path)

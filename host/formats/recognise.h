@@ -10,7 +10,7 @@
 
 namespace vornhost {
 
-enum class Format { gkf, gama_results };
+enum class Format { gkf, gama_results, gsi };
 
 struct FormatWord {
     Format format;
