@@ -42,6 +42,11 @@ bool read(const Options &options, Model &model, std::vector<std::string> &notes,
 {
     const std::string &path = options.network;
     if (path != "-") return read_any_network(path, model, notes, faults, options.foreign);
+    if (options.foreign.given) {
+        faults.add({faults.add_file("standard input"), 0, 0}, "options of foreign files do not go with standard input",
+                   "name the file");
+        return false;
+    }
     return read_network_text("standard input", standard_input(), model, faults);
 }
 

@@ -44,7 +44,8 @@ const char import_footer[] =
     "Examples:\n"
     "  vorn import bridge.gkf              bridge.inp beside it\n"
     "  vorn import bridge.gkf -o -         on standard output\n"
-    "  vorn adjust bridge.gkf              adjusted without a network file\n\n"
+    "  vorn adjust bridge.gkf              adjusted without a network file\n"
+    "  vorn adjust network.gsi --points known.csv --fix P1,P2\n\n"
     "What was left out or assumed stands on standard error and at the head of the network file.\n"
     "Exit status: 0 imported, 2 bad input or usage, 3 the system failed.";
 
@@ -90,14 +91,15 @@ void read_sigma(const std::string &text, std::map<std::string, double> &sigma)
         throw CLI::ValidationError("--sigma", "'" + key + "' is none of " + all);
     double value = -1.0;
     if (equals != std::string::npos) vornhost::read_number(text.substr(equals + 1), value);
-    const bool may_be_zero = key != "directions" && key != "vertical_angles" && key != "distances";
+    const bool may_be_zero = key == "distances_ppm" || key.substr(0, 8) == "centring" ||
+                             key.substr(0, 8) == "height_i" || key == "height_target";
     if (value < 0.0 || value > 1e6 || (value == 0.0 && !may_be_zero))
         throw CLI::ValidationError("--sigma", "'" + text + "' has no number above 0; write " + key + "=1");
     sigma[key] = value;
 }
 
-const char *const foreign_options[] = {"--from",   "--sets", "--sigma", "--station", "--station-code",
-                                       "--points", "--fix",  "--datum"};
+const char *const foreign_options[] = {"--from",         "--sets",   "--sigma", "--station",
+                                       "--station-code", "--points", "--fix",   "--datum"};
 
 // Whether one of them is there.
 bool says_foreign(const CLI::App &command)

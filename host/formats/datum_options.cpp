@@ -60,6 +60,11 @@ bool add_known_points(const ImportOptions &options, Draft &draft, Faults &faults
         draft.points[place->second].value = point.value;
         taken++;
     }
+    // Its account is not that of the network.
+    for (size_t i = 0; i + 1 < known.notes.size(); i++)
+        add_note(draft, options.points +
+                            (known.notes[i].at.line > 0 ? ":" + std::to_string(known.notes[i].at.line) : "") + ": " +
+                            known.notes[i].text);
     add_note(draft, "coordinates of " + std::to_string(taken) + " points are from " + options.points + ", which has " +
                         std::to_string(known.points.size()));
     return true;

@@ -7,19 +7,22 @@
 
 #include "host/formats/field_means.h"
 #include "host/formats/field_sets.h"
+#include "host/formats/number_text.h"
 
 namespace vornhost {
 
 namespace {
 
-constexpr double longest_sight = 1e6;  // metres
-constexpr double largest_height = 1e4; // metres, of instruments and targets
+constexpr double longest_sight = 1e6;   // metres
+constexpr double shortest_sight = 1e-3; // metres; instruments write 0 where no distance was measured
+constexpr double largest_height = 1e4;  // metres, of instruments and targets
 
 // Standard deviations that hold where the user states none: of an instrument of 1 mgon (3") and 2 mm + 2 ppm, with
 // heights measured to a millimetre.
 const std::map<std::string, double> usual_sigmas = {
-    {"directions", 1.0},    {"vertical_angles", 1.0},   {"distances", 2.0},     {"distances_ppm", 2.0},
-    {"height_target", 1.0}, {"height_instrument", 1.0}, {"horizontal_distances", 3.0}, {"height_differences", 3.0}};
+    {"directions", 1.0},           {"vertical_angles", 1.0},    {"distances", 2.0},
+    {"distances_ppm", 2.0},        {"height_target", 1.0},      {"height_instrument", 1.0},
+    {"horizontal_distances", 3.0}, {"height_differences", 3.0}, {"azimuths", 3.0}};
 constexpr double seconds_instead_of_mgon = 3.0;
 
 std::string number(double value, int places)
@@ -34,8 +37,8 @@ std::string plural(size_t n, const char *word) { return std::to_string(n) + " " 
 // Makes the draft of one book; the members are what its steps share.
 class BookDraft {
 public:
-    BookDraft(const FieldBook &its_book, const ImportOptions &its_options, RecordAccount &its_account,
-              Draft &its_draft, Faults &all)
+    BookDraft(const FieldBook &its_book, const ImportOptions &its_options, RecordAccount &its_account, Draft &its_draft,
+              Faults &all)
         : book(its_book), options(its_options), account(its_account), draft(its_draft), faults(all),
           gon(its_book.unit == CircleUnit::gon), circle(full_circle(its_book.unit))
     {
@@ -57,7 +60,8 @@ private:
     {
         const auto given = options.sigma.find(key);
         if (given != options.sigma.end()) return given->second;
-        const bool angle = key == "directions" || key == "vertical_angles";
+        if (!usual_sigmas.count(key)) return 0.0;
+        const bool angle = key == "directions" || key == "vertical_angles" || key == "azimuths";
         return usual_sigmas.at(key) * (angle && !gon ? seconds_instead_of_mgon : 1.0);
     }
 
@@ -98,6 +102,9 @@ private:
             faults.add(setup.where, "height of instrument " + number(*setup.height, 3) + " m is none",
                        "correct it or its unit");
         for (const FieldSight &sight : setup.sights) {
+            if (sight.direction && !(std::fabs(*sight.direction) <= 2.0 * circle))
+                faults.add(sight.where, "direction " + number(*sight.direction, 4) + " is not within the circle",
+                           "correct it or its unit");
             if (sight.zenith && !(*sight.zenith >= 0.0 && *sight.zenith <= circle))
                 faults.add(sight.where, "zenith reading " + number(*sight.zenith, 4) + " is not within the circle",
                            "zenith angles are read; readings from the horizon or in per cent are not taken");
@@ -116,7 +123,7 @@ private:
         std::vector<FieldSight> useful;
         for (FieldSight &sight : setup.sights) {
             for (const size_t k : {slope_length, horizontal_length})
-                if (sight.length[k] && *sight.length[k] <= 0.0) sight.length[k].reset();
+                if (sight.length[k] && *sight.length[k] < shortest_sight) sight.length[k].reset();
             const bool any = sight.direction || sight.zenith ||
                              std::any_of(sight.length.begin(), sight.length.end(),
                                          [](const MaybeNumber &length) { return length.has_value(); });
@@ -130,10 +137,10 @@ private:
         setup.sights = std::move(useful);
     }
 
-    // To a thousandth of a mgon or of a second.
+    // To a thousandth of a mgon or of a second, decimal degrees to 1e-8.
     double rounded_angle(double angle) const
     {
-        const double unit = gon ? 1e6 : 3.6e6;
+        const double unit = gon ? 1e6 : book.unit == CircleUnit::dms ? 3.6e6 : 1e8;
         return std::round(angle * unit) / unit;
     }
     static double rounded_length(double length) { return std::round(length * 1e5) / 1e5; }
@@ -247,34 +254,39 @@ private:
         for (DraftSetup &setup : draft.setups) setup.height.reset();
     }
 
+    // Directions and zenith angles have theirs in their rows.
     void add_sigmas()
     {
-        std::string words;
-        const auto state = [&](const std::string &key, bool angle, bool ppm) {
-            const double value = stated(key);
-            words += (words.empty() ? "" : ", ") + key + " " + number(value, 2) +
-                     (angle ? small_word() : ppm ? "" : " mm");
-            if (!angle && value > 0.0) draft.sigma.emplace_back(key, value);
-        };
-        if (!draft.of(DraftKind::direction).empty()) state("directions", true, false);
-        if (!draft.of(DraftKind::vertical_angle).empty()) state("vertical_angles", true, false);
+        const std::string small = small_word(), mm = " mm";
+        if (!draft.of(DraftKind::direction).empty()) say_sigma("directions", small);
+        if (!draft.of(DraftKind::vertical_angle).empty()) say_sigma("vertical_angles", small);
         if (!draft.of(DraftKind::distance).empty()) {
-            state("distances", false, false);
-            state("distances_ppm", false, true);
+            state_sigma("distances", mm);
+            state_sigma("distances_ppm", "");
         }
-        if (!draft.of(DraftKind::horizontal_distance).empty()) state("horizontal_distances", false, false);
-        if (!draft.of(DraftKind::height_difference).empty()) state("height_differences", false, false);
-        if (draft.dimension == 3 && !draft.setups.empty()) {
-            state("height_instrument", false, false);
-            state("height_target", false, false);
-        }
+        if (!draft.of(DraftKind::horizontal_distance).empty()) state_sigma("horizontal_distances", mm);
+        if (!draft.of(DraftKind::height_difference).empty()) state_sigma("height_differences", mm);
+        if (!draft.of(DraftKind::azimuth).empty()) state_sigma("azimuths", small);
+        if (draft.dimension == 3 && !draft.setups.empty())
+            for (const char *key : {"height_instrument", "height_target"}) state_sigma(key, mm);
         for (const char *key : {"centring_instrument", "centring_target"})
-            if (const auto given = options.sigma.find(key); given != options.sigma.end() && given->second > 0.0)
-                draft.sigma.emplace_back(key, given->second);
-        if (words.empty()) return;
+            if (options.sigma.count(key)) state_sigma(key, mm);
+        if (sigma_words.empty()) return;
         account.note(Source(), "standard deviations, of a set in both faces (of a single face times the square root "
                                "of 2, of n sets divided by that of n): " +
-                                   words + (options.sigma.empty() ? "; state your own with --sigma KEY=VALUE" : ""));
+                                   sigma_words +
+                                   (options.sigma.empty() ? "; state your own with --sigma KEY=VALUE" : ""));
+    }
+
+    void say_sigma(const std::string &key, const std::string &unit)
+    {
+        sigma_words += (sigma_words.empty() ? "" : ", ") + key + " " + number_text(stated(key)) + unit;
+    }
+
+    void state_sigma(const std::string &key, const std::string &unit)
+    {
+        say_sigma(key, unit);
+        if (stated(key) > 0.0) draft.sigma.emplace_back(key, stated(key));
     }
 
     const FieldBook &book;
@@ -285,6 +297,7 @@ private:
     const bool gon;
     const double circle;
     std::map<std::string, int> setups; // so far, by station
+    std::string sigma_words;           // what was stated
 };
 
 bool same_place(const DraftPoint &a, const DraftPoint &b)
@@ -298,17 +311,10 @@ bool same_place(const DraftPoint &a, const DraftPoint &b)
 
 const std::vector<std::string> &sigma_keys()
 {
-    static const std::vector<std::string> keys = {"directions",
-                                                  "vertical_angles",
-                                                  "distances",
-                                                  "distances_ppm",
-                                                  "horizontal_distances",
-                                                  "height_differences",
-                                                  "height_difference_km",
-                                                  "height_instrument",
-                                                  "height_target",
-                                                  "centring_instrument",
-                                                  "centring_target"};
+    static const std::vector<std::string> keys = {"directions",           "vertical_angles",      "distances",
+                                                  "distances_ppm",        "horizontal_distances", "height_differences",
+                                                  "height_difference_km", "height_instrument",    "height_target",
+                                                  "centring_instrument",  "centring_target"};
     return keys;
 }
 
@@ -343,6 +349,7 @@ void add_draft_points(const std::vector<DraftPoint> &given, RecordAccount &accou
             point(row.from, row.where);
             if (!row.to.empty()) point(row.to, row.where);
         }
+    const size_t observed = draft.points.size();
     for (const DraftPoint &other : given) {
         DraftPoint &known = point(other.name, other.where);
         if (same_place(known, other)) {
@@ -350,6 +357,11 @@ void add_draft_points(const std::vector<DraftPoint> &given, RecordAccount &accou
                 if (!known.value[axis]) known.value[axis] = other.value[axis];
         } else
             account.leave_out(other.where, "other coordinates of " + quote(other.name) + " than before");
+    }
+    for (size_t i = observed; i < draft.points.size() && observed > 0; i++) {
+        draft.points[i].off = true;
+        account.note(draft.points[i].where,
+                     "point " + quote(draft.points[i].name) + " is off: no observation reaches it");
     }
 }
 

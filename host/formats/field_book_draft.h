@@ -19,7 +19,7 @@ bool draft_field_book(const FieldBook &book, const ImportOptions &options, Recor
 DraftUnits field_units(CircleUnit unit);
 
 // The points of the draft: those that are given with coordinates, and all that observations name. Coordinates that
-// come again and differ are left out with a note.
+// come again and differ are left out with a note; points that no observation names are off where there are any.
 void add_draft_points(const std::vector<DraftPoint> &given, RecordAccount &account, Draft &draft);
 
 } // namespace vornhost

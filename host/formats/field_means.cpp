@@ -131,11 +131,12 @@ private:
                     length = length || (one.length[i] && std::fabs(*other.length[i] - *one.length[i]) > gross_length);
                 if (!direction && !zenith && !length) continue;
                 sound = false;
-                account.note(other.where,
-                             "target " + quote(one.target) + " is elsewhere than in the set of line " +
-                                 std::to_string(one.where.line) + " (by its " +
-                                 (direction ? "direction" : zenith ? "zenith angle" : "distance") +
-                                 "): these sets are not averaged; look for exchanged targets");
+                account.note(other.where, "target " + quote(one.target) + " is elsewhere than in the set of line " +
+                                              std::to_string(one.where.line) + " (by its " +
+                                              (direction ? "direction"
+                                               : zenith  ? "zenith angle"
+                                                         : "distance") +
+                                              "): these sets are not averaged; look for exchanged targets");
             }
         }
         return sound;
@@ -180,8 +181,7 @@ private:
         out.direction.freedom += (rows.size() - 1) * (n - 1);
     }
 
-    template <class Value>
-    static std::vector<double> values_of(const SetGroup &group, size_t k, const Value &value)
+    template <class Value> static std::vector<double> values_of(const SetGroup &group, size_t k, const Value &value)
     {
         std::vector<double> values(group.size());
         std::transform(group.begin(), group.end(), values.begin(),
@@ -201,9 +201,8 @@ private:
     static double squares_of(const std::vector<double> &values)
     {
         const double mean = std::accumulate(values.begin(), values.end(), 0.0) / (double)values.size();
-        return std::accumulate(values.begin(), values.end(), 0.0, [mean](double sum, double value) {
-            return sum + (value - mean) * (value - mean);
-        });
+        return std::accumulate(values.begin(), values.end(), 0.0,
+                               [mean](double sum, double value) { return sum + (value - mean) * (value - mean); });
     }
 
     // Where the circle stayed as it was, the mean keeps the zero that all sets share.

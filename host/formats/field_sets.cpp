@@ -127,7 +127,8 @@ std::string number(double value, int places)
 // Reduces one set-up; the members are what its steps share.
 class FaceReducer {
 public:
-    FaceReducer(const FieldSetup &its_setup, double its_circle, const SightSigmas &its_sigmas, RecordAccount &its_account)
+    FaceReducer(const FieldSetup &its_setup, double its_circle, const SightSigmas &its_sigmas,
+                RecordAccount &its_account)
         : setup(its_setup), sights(its_setup.sights), circle(its_circle), sigmas(its_sigmas), account(its_account)
     {
     }
@@ -266,12 +267,13 @@ private:
         });
     }
 
-    // Of the zenith angle; 1 where none was read.
+    // Of the zenith angle, free from the index error where both faces were read; 1 where none was.
     double sine(const Pair &pair) const
     {
-        for (const FaceReading &face : pair.face)
-            if (face.zenith) return std::fmax(std::fabs(std::sin(*face.zenith * 2.0 * pi / circle)), 0.01);
-        return 1.0;
+        MaybeNumber zenith = pair.face[0].zenith ? pair.face[0].zenith : pair.face[1].zenith;
+        if (!zenith) return 1.0;
+        if (pair.i) *zenith -= *pair.i;
+        return std::fmax(std::fabs(std::sin(*zenith * 2.0 * pi / circle)), 0.01);
     }
 
     // What pointing and centring may add to a standard deviation, as an angle: 2 mm at the distance of the target.
@@ -292,8 +294,7 @@ private:
             if (pair.bad) return;
             const double limit = 4.0 * 2.0 * sigmas.direction + pointing(pair);
             const double away = pair.w ? *pair.w + 2.0 * errors.collimation / sine(pair) : 0.0;
-            if (std::fabs(away) > limit)
-                note_limit(pair, "directions in both faces", away, limit);
+            if (std::fabs(away) > limit) note_limit(pair, "directions in both faces", away, limit);
             const double index_limit = 4.0 * 2.0 * sigmas.zenith + pointing(pair);
             const double index_away = pair.i ? 2.0 * (*pair.i - errors.index) : 0.0;
             if (std::fabs(index_away) > index_limit)

@@ -34,8 +34,8 @@ using FieldSet = std::vector<SetTarget>;
 
 // Errors of the instrument in one set-up.
 struct FaceErrors {
-    size_t collimations = 0, indexes = 0;    // pairs of readings that they are the means of
-    double collimation = 0.0, index = 0.0;   // means
+    size_t collimations = 0, indexes = 0;            // pairs of readings that they are the means of
+    double collimation = 0.0, index = 0.0;           // means
     double most_collimation = 0.0, most_index = 0.0; // largest, without sign
 };
 

@@ -6,6 +6,7 @@
 
 #include "host/formats/field_book_draft.h"
 #include "host/formats/gsi_block.h"
+#include "host/formats/gsi_level.h"
 #include "host/formats/number_text.h"
 #include "host/input/number.h"
 
@@ -106,8 +107,8 @@ private:
     {
         const std::string code = word.text();
         const GsiWord *information = block.find(gsi_information);
-        const bool station = std::find(options.station_codes.begin(), options.station_codes.end(), code) !=
-                             options.station_codes.end();
+        const bool station =
+            std::find(options.station_codes.begin(), options.station_codes.end(), code) != options.station_codes.end();
         if (station && information && !information->empty()) {
             FieldSetup setup;
             setup.station = point_name(information->text(), information->at, faults);
@@ -261,7 +262,7 @@ private:
     Draft &draft;
     Faults &faults;
     FieldBook book;
-    MaybeNumber target_height; // for sights that name none
+    MaybeNumber target_height;                               // for sights that name none
     std::map<std::pair<double, double>, std::string> places; // points by east and north
     Corrections corrections;
     Source feet;     // the first length in feet
@@ -274,6 +275,7 @@ private:
 bool read_gsi(const RecordLines &file, const ImportOptions &options, RecordAccount &account, Draft &draft,
               Faults &faults)
 {
+    if (is_gsi_level(file)) return read_gsi_level(file, options, account, draft, faults);
     return GsiReader(file, options, account, draft, faults).read();
 }
 

@@ -1,11 +1,18 @@
 #include "host/formats/import.h"
 
+#include <cmath>
 #include <filesystem>
 
+#include "host/formats/csv_points.h"
 #include "host/formats/datum_options.h"
 #include "host/formats/gkf.h"
 #include "host/formats/gsi.h"
+#include "host/formats/jobxml.h"
+#include "host/formats/landxml.h"
+#include "host/formats/m5.h"
 #include "host/formats/network_writer.h"
+#include "host/formats/number_text.h"
+#include "host/formats/sdr.h"
 #include "host/formats/xml.h"
 #include "host/input/network_file.h"
 
@@ -46,20 +53,50 @@ bool import_records(const std::string &path, Format format, const ImportOptions 
     bool good = false;
     switch (format) {
     case Format::gsi: good = read_gsi(file, options, account, draft, faults); break;
+    case Format::sdr: good = read_sdr(file, options, account, draft, faults); break;
+    case Format::m5: good = read_m5(file, options, account, draft, faults); break;
+    case Format::csv: good = read_csv_points(file, account, draft, faults); break;
     default: break;
     }
     account.close(draft);
     return good;
 }
 
+// A format of elements that a field book or an office wrote.
+bool import_xml_records(const std::string &path, Format format, const ImportOptions &options, Draft &draft,
+                        Faults &faults)
+{
+    XmlElement root;
+    if (!read_xml(path, root, faults)) return false;
+    RecordAccount account;
+    const bool good = format == Format::jobxml ? read_jobxml(root, options, account, draft, faults)
+                                               : read_landxml(root, options, account, draft, faults);
+    account.close(draft);
+    return good;
+}
+
+// Whether all coordinates and observations are numbers that a network may have.
+bool check_sizes(const Draft &draft, Faults &faults)
+{
+    constexpr double largest = 1e9;
+    const auto check = [&](const std::array<MaybeNumber, 3> &values, Source at) {
+        for (const MaybeNumber &value : values)
+            if (value && !(std::fabs(*value) <= largest))
+                faults.add(at, number_text(*value) + " is no coordinate and no reading", "correct it or its unit");
+    };
+    for (const DraftPoint &point : draft.points) check(point.value, point.where);
+    for (const auto &rows : draft.rows)
+        for (const DraftRow &row : rows) check(row.value, row.where);
+    return faults.empty();
+}
+
 bool import_format(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
 {
-    switch (format) {
-    case Format::gkf:
-    case Format::gama_results: return import_gkf(path, draft, faults);
-    case Format::gsi: break;
-    }
-    return import_records(path, format, options, draft, faults);
+    if (format == Format::gkf || format == Format::gama_results) return import_gkf(path, draft, faults);
+    const bool xml = format == Format::jobxml || format == Format::landxml;
+    const bool good = xml ? import_xml_records(path, format, options, draft, faults)
+                          : import_records(path, format, options, draft, faults);
+    return good && check_sizes(draft, faults);
 }
 
 } // namespace

@@ -22,9 +22,9 @@ struct ImportOptions {
     std::map<std::string, double> sigma; // of field books: keys of [sigma]; millimetres, mgon or arc seconds, ppm
     std::string station;                 // of field books: of sights before any set-up
     std::vector<std::string> station_codes = {"2", "21"}; // of GSI: codes of blocks that open a set-up
-    std::string points;                  // file with coordinates of points
-    std::vector<std::string> fixed;      // names of points that are held
-    std::vector<std::string> datum;      // names of points that alone hold a free network
+    std::string points;                                   // file with coordinates of points
+    std::vector<std::string> fixed;                       // names of points that are held
+    std::vector<std::string> datum;                       // names of points that alone hold a free network
 
     bool given = false; // whether the user named any of them
 };

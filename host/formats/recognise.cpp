@@ -6,7 +6,10 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/formats/csv_points.h"
 #include "host/formats/gsi_block.h"
+#include "host/formats/m5_line.h"
+#include "host/formats/sdr.h"
 
 namespace vornhost {
 
@@ -68,6 +71,9 @@ std::optional<Format> recognise_lines(std::string_view beginning)
 {
     const std::string_view line = first_line(beginning);
     if (looks_like_gsi(line)) return Format::gsi;
+    if (looks_like_sdr(line)) return Format::sdr;
+    if (looks_like_m5(line)) return Format::m5;
+    if (looks_like_csv_points(line)) return Format::csv;
     return std::nullopt;
 }
 
@@ -75,8 +81,11 @@ std::optional<Format> recognise_lines(std::string_view beginning)
 
 const std::vector<FormatWord> &importable_formats()
 {
-    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"},
-                                                     {Format::gsi, "gsi", "Leica GSI-8 or GSI-16"}};
+    static const std::vector<FormatWord> formats = {
+        {Format::gkf, "gkf", "network of GNU Gama"},   {Format::gsi, "gsi", "Leica GSI-8 or GSI-16"},
+        {Format::sdr, "sdr", "Sokkia SDR33 or SDR2x"}, {Format::m5, "m5", "Trimble or Zeiss M5"},
+        {Format::jobxml, "jobxml", "Trimble JobXML"},  {Format::landxml, "landxml", "LandXML"},
+        {Format::csv, "csv", "list of coordinates"}};
     return formats;
 }
 
@@ -85,6 +94,9 @@ std::optional<Format> recognise(std::string_view beginning)
     const std::string_view root = root_name(beginning);
     if (root == "gama-local" || root == "gama-xml") return Format::gkf;
     if (root == "gama-local-adjustment") return Format::gama_results;
+    const std::string_view name = root.substr(root.find(':') + 1); // with any prefix
+    if (name == "JOBFile") return Format::jobxml;
+    if (name == "LandXML") return Format::landxml;
     return recognise_lines(beginning);
 }
 

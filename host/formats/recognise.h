@@ -10,7 +10,7 @@
 
 namespace vornhost {
 
-enum class Format { gkf, gama_results, gsi };
+enum class Format { gkf, gama_results, gsi, sdr, m5, csv, jobxml, landxml };
 
 struct FormatWord {
     Format format;

@@ -22,6 +22,12 @@ std::string line_list(const std::vector<Source> &places, size_t from)
     return text;
 }
 
+std::string other_lines(const std::vector<Source> &places)
+{
+    if (places.size() < 2) return std::string();
+    return (places.size() == 2 ? " (so is line " : " (so are lines ") + line_list(places, 1) + ")";
+}
+
 } // namespace
 
 void RecordAccount::close(Draft &draft)
@@ -30,7 +36,7 @@ void RecordAccount::close(Draft &draft)
     for (auto &[reason, places] : left_out) {
         lost += places.size();
         std::stable_sort(places.begin(), places.end(), before);
-        const std::string others = places.size() > 1 ? " (so are lines " + line_list(places, 1) + ")" : "";
+        const std::string others = other_lines(places);
         notes.push_back({places[0], "left out: " + reason + others});
     }
     std::stable_sort(notes.begin(), notes.end(),

@@ -18,12 +18,11 @@ bool is_control(char c) { return (unsigned char)c < 0x20 || c == 0x7F; }
 bool RecordLines::read(const std::string &path, Faults &faults)
 {
     file = faults.add_file(path);
-    const bool good =
-        read_pieces(path, {file, 0, 0}, largest_file, faults, [this](const char *piece, size_t size) {
-            std::copy_if(piece, piece + size, std::back_inserter(bytes),
-                         [](char c) { return c != '\x02' && c != '\x03' && c != '\x1A' && c != '\0'; });
-            return true;
-        });
+    const bool good = read_pieces(path, {file, 0, 0}, largest_file, faults, [this](const char *piece, size_t size) {
+        std::copy_if(piece, piece + size, std::back_inserter(bytes),
+                     [](char c) { return c != '\x02' && c != '\x03' && c != '\x1A' && c != '\0'; });
+        return true;
+    });
     if (good) cut();
     return good;
 }

@@ -102,7 +102,8 @@ void settle(Model &network, FirstNumbers &first)
         first.notes.push_back(place(network, lump.where) + ": " + lump.text);
 }
 
-// Numbers of a network whose lumps have settled, with the orientations that were found.
+// Numbers at the coordinates that were found, for lumps that have settled and for what centring adds to the standard
+// deviations there, with the orientations that were found.
 Numbers numbers_again(Model &network, const Numbers &found)
 {
     Numbers numbers = make_numbers(network);
@@ -152,7 +153,7 @@ FirstNumbers make_first_numbers(Model &network)
     first.notes = start_notes(network, first.numbers, found);
     first.notes.insert(first.notes.begin(), computed(n, network.p.dim == 1 ? "heights" : "coordinates"));
     settle(network, first);
-    if (network.p.lumpmethod != 0) first.numbers = numbers_again(network, first.numbers);
+    if (network.p.lumpmethod != 0 || network.centring.any()) first.numbers = numbers_again(network, first.numbers);
     return first;
 }
 

@@ -2,6 +2,7 @@
 _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
+    local foreign="--from --sets --sigma --station --station-code --points --fix --datum"
     if [ "$COMP_CWORD" -eq 1 ]; then
         COMPREPLY=($(compgen -W "adjust check import --help --version" -- "$word"))
         return
@@ -10,15 +11,17 @@ _vorn()
     --solver) COMPREPLY=($(compgen -W "sparse compact jordan simplex" -- "$word")); return ;;
     --mode) COMPREPLY=($(compgen -W "statistics solution propagation" -- "$word")); return ;;
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
+    --from) COMPREPLY=($(compgen -W "gkf gsi sdr m5 jobxml landxml csv" -- "$word")); return ;;
+    --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --dxf | --svg | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --dxf | --svg | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
-    [ "$command" != import ] || common="--from --force --quiet --help -o -h"
+    [ "$command" != import ] || common="--force --quiet --help -o -h"
     case $word in
     -*)
         [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
-        COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
+        COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)
         local only='!*.inp'
         [ "$command" != import ] || only=
