@@ -124,7 +124,7 @@ TEST_F(XmlBooks, OfLandXmlTakeBacksightsReductionsAndHeightsOfTargetSetups)
 TEST_F(XmlBooks, OfLandXmlRefuseUnitsTheyDoNotKnow)
 {
     EXPECT_EQ(import("<LandXML><Units><Metric linearUnit='meter' angularUnit='degrees'/></Units></LandXML>"),
-              Lines{"book:1:58: \"degrees\" is not known for angularUnit; write one of decimal dd.mm.ss, decimal "
+              Lines{"book:1:57: \"degrees\" is not known for angularUnit; write one of decimal dd.mm.ss, decimal "
                     "degrees, grads, radians"});
     EXPECT_EQ(import("<LandXML><Survey/></LandXML>"),
               Lines{"book:1:1: no element Units with Metric or Imperial; write the units of lengths and angles there"});
