@@ -29,7 +29,7 @@ int import_network(const Options &options)
     if (!shown && !may_write(options, target)) return STATUS_USAGE;
     Draft draft;
     Faults faults;
-    if (!import_file(options.network, options.format, draft, faults)) {
+    if (!import_file(options.network, options.foreign, draft, faults)) {
         show_lines(faults.lines());
         return STATUS_USAGE;
     }

@@ -70,9 +70,15 @@ std::string standard_input()
     return text;
 }
 
-bool read(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults)
+bool read(const Options &options, Model &model, std::vector<std::string> &notes, Faults &faults)
 {
-    if (path != "-") return read_any_network(path, model, notes, faults);
+    const std::string &path = options.network;
+    if (path != "-") return read_any_network(path, model, notes, faults, options.foreign);
+    if (options.foreign.given) {
+        faults.add({faults.add_file("standard input"), 0, 0}, "options of foreign files do not go with standard input",
+                   "name the file");
+        return false;
+    }
     return read_network_text("standard input", standard_input(), model, faults);
 }
 
@@ -99,7 +105,7 @@ bool may_write(const Options &options, const std::string &target)
 bool read_input(const Options &options, Model &model, Faults &faults)
 {
     std::vector<std::string> notes;
-    const bool good = read(options.network, model, notes, faults);
+    const bool good = read(options, model, notes, faults);
     if (!options.console.quiet) show_lines(notes);
     if (good) return apply(options, model);
     show_lines(faults.lines());

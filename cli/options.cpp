@@ -3,8 +3,10 @@
 #include <stdio.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 
+#include "host/input/number.h"
 #include "vorn/version.h"
 
 namespace {
@@ -47,7 +49,8 @@ const char import_footer[] =
     "Examples:\n"
     "  vorn import bridge.gkf              bridge.inp beside it\n"
     "  vorn import bridge.gkf -o -         on standard output\n"
-    "  vorn adjust bridge.gkf              adjusted without a network file\n\n"
+    "  vorn adjust bridge.gkf              adjusted without a network file\n"
+    "  vorn adjust network.gsi --points known.csv --fix P1,P2\n\n"
     "What was left out or assumed stands on standard error and at the head of the network file.\n"
     "Exit status: 0 imported, 2 bad input or usage, 3 the system failed.";
 
@@ -80,6 +83,82 @@ const auto not_empty = [](const std::string &name) {
     return std::string(name.empty() ? "the name is empty; write one" : "");
 };
 
+std::map<std::string, vornhost::Format> format_words()
+{
+    std::map<std::string, vornhost::Format> words;
+    for (const vornhost::FormatWord &format : vornhost::importable_formats()) words[format.word] = format.format;
+    return words;
+}
+
+// KEY=VALUE, a key of [sigma] and a number that is not negative.
+void read_sigma(const std::string &text, std::map<std::string, double> &sigma)
+{
+    const size_t equals = text.find('=');
+    const std::string key = text.substr(0, equals);
+    const std::vector<std::string> &keys = vornhost::sigma_keys();
+    std::string all;
+    for (const std::string &word : keys) all += (all.empty() ? "" : ", ") + word;
+    if (std::find(keys.begin(), keys.end(), key) == keys.end())
+        throw CLI::ValidationError("--sigma", "'" + key + "' is none of " + all);
+    double value = -1.0;
+    if (equals != std::string::npos) vornhost::read_number(text.substr(equals + 1), value);
+    const bool may_be_zero = key == "distances_ppm" || key.substr(0, 8) == "centring" ||
+                             key.substr(0, 8) == "height_i" || key == "height_target";
+    if (value < 0.0 || value > 1e6 || (value == 0.0 && !may_be_zero))
+        throw CLI::ValidationError("--sigma", "'" + text + "' has no number above 0; write " + key + "=1");
+    sigma[key] = value;
+}
+
+const char *const foreign_options[] = {"--from",         "--sets",   "--sigma", "--station",
+                                       "--station-code", "--points", "--fix",   "--datum"};
+
+// Whether one of them is there.
+bool says_foreign(const CLI::App &command)
+{
+    return std::any_of(std::begin(foreign_options), std::end(foreign_options),
+                       [&](const char *name) { return command.count(name) > 0; });
+}
+
+// What is said of a file of another program.
+void add_foreign(CLI::App *command, vornhost::ImportOptions &foreign)
+{
+    static const std::map<std::string, vornhost::Format> formats = format_words();
+    add_word(command, "--from", foreign.format, formats, "format of FILE, instead of recognising it");
+    command
+        ->add_option_function<std::string>(
+            "--sets", [&foreign](const std::string &word) { foreign.keep_sets = word == "keep"; },
+            "sets of a field book: mean (the default) or keep")
+        ->check(CLI::IsMember({"mean", "keep"}))
+        ->type_name("WORD");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "--sigma",
+            [&foreign](const std::vector<std::string> &texts) {
+                for (const std::string &text : texts) read_sigma(text, foreign.sigma);
+            },
+            "standard deviation of a field book, a key of [sigma]: mm, mgon or arc seconds, ppm")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    command->add_option("--station", foreign.station, "where the sights of a field book before any set-up were taken")
+        ->check(not_empty)
+        ->type_name("NAME");
+    command->add_option("--station-code", foreign.station_codes, "GSI: code of the blocks that open a set-up; 2 and 21")
+        ->type_name("CODE")
+        ->allow_extra_args(false);
+    command->add_option("--points", foreign.points, "file with coordinates of points, of any format")
+        ->check(not_empty)
+        ->type_name("FILE");
+    command->add_option("--fix", foreign.fixed, "points that are held, with commas between")
+        ->delimiter(',')
+        ->type_name("NAMES")
+        ->allow_extra_args(false);
+    command->add_option("--datum", foreign.datum, "points that alone hold a free network, with commas between")
+        ->delimiter(',')
+        ->type_name("NAMES")
+        ->allow_extra_args(false);
+    for (const char *name : foreign_options) command->get_option(name)->group("Files of other programs");
+}
+
 void add_common(CLI::App *command, Options &options)
 {
     command
@@ -92,6 +171,7 @@ void add_common(CLI::App *command, Options &options)
         ->type_name("DIR");
     add_word(command, "--solver", options.solver, solvers, "solver, instead of the file's");
     add_word(command, "--mode", options.mode, modes, "mode, instead of the file's");
+    add_foreign(command, options.foreign);
 }
 
 void add_adjust(CLI::App &app, Options &options)
@@ -162,22 +242,14 @@ void add_check(CLI::App &app, Options &options)
     check->callback([&options] { options.command = Command::check; });
 }
 
-std::map<std::string, vornhost::Format> format_words()
-{
-    std::map<std::string, vornhost::Format> words;
-    for (const vornhost::FormatWord &format : vornhost::importable_formats()) words[format.word] = format.format;
-    return words;
-}
-
 void add_import(CLI::App &app, Options &options)
 {
-    static const std::map<std::string, vornhost::Format> formats = format_words();
     CLI::App *import = app.add_subcommand("import", "make a network file of a file of another program");
     import->add_option("FILE", options.network, "the file to read")->required()->type_name("FILE");
     import->add_option("-o", options.report, "the network file; - is standard output; NAME.inp beside FILE by default")
         ->check(not_empty)
         ->type_name("NAME.inp");
-    add_word(import, "--from", options.format, formats, "format of FILE, instead of recognising it");
+    add_foreign(import, options.foreign);
     import->add_flag("--force", options.force, "replace the network file where there is one");
     import->add_flag("--quiet", options.console.quiet, "only errors on standard error");
     import->footer(import_footer);
@@ -247,5 +319,6 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
         *status = app.exit(error) == 0 ? STATUS_ADJUSTED : STATUS_USAGE;
         return std::nullopt;
     }
+    for (const CLI::App *command : app.get_subcommands()) options.foreign.given = says_foreign(*command);
     return options;
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/formats/export.h"
-#include "host/formats/recognise.h"
+#include "host/formats/import_options.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
 #include "host/results/plan.h"
@@ -29,8 +29,8 @@ struct Options {
     Command command = Command::adjust;
     std::string network; // the network file, or a file of a foreign format
     bool force = false;  // import and export may replace a file
-    std::optional<vornhost::Format> format;
-    std::optional<vornhost::Target> target;      // of export
+    vornhost::ImportOptions foreign;        // what is said of a file of a foreign format
+    std::optional<vornhost::Target> target; // of export
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan
     std::string update;                          // the network file with adjusted coordinates

@@ -3,6 +3,8 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
+
 #include "host/formats/import.h"
 #include "host/formats/network_writer.h"
 #include "host/input/network_file.h"
@@ -21,6 +23,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         faults.lines();
         return 0;
     }
+    // A list of points alone is no network.
+    const bool observed =
+        std::any_of(draft.rows.begin(), draft.rows.end(), [](const auto &rows) { return !rows.empty(); });
+    if (!observed) return 0;
     const std::string text = write_network(draft).text;
     write_bytes("net.inp", reinterpret_cast<const uint8_t *>(text.data()), text.size());
     Model model;

@@ -8,6 +8,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/input/model.h"
@@ -97,7 +98,8 @@ struct Draft {
     int dimension = 0;
     DraftUnits units;
     MaybeNumber azimuth_rotation;
-    MaybeNumber sigma_per_root_km; // of height differences with a length and without a sigma
+    MaybeNumber sigma_per_root_km;                     // of height differences with a length and without a sigma
+    std::vector<std::pair<std::string, double>> sigma; // further keys of [sigma]
     std::vector<DraftPoint> points;
     std::vector<DraftSetup> setups;
     std::array<std::vector<DraftRow>, draft_kinds> rows;

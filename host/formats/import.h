@@ -8,18 +8,19 @@
 #include <vector>
 
 #include "host/formats/draft.h"
-#include "host/formats/recognise.h"
+#include "host/formats/import_options.h"
 #include "host/input/faults.h"
 #include "host/input/model.h"
 
 namespace vornhost {
 
 // Reads the file; its format is recognised from the content where none is named. False after a fault.
-bool import_file(const std::string &path, std::optional<Format> format, Draft &draft, Faults &faults);
+bool import_file(const std::string &path, const ImportOptions &options, Draft &draft, Faults &faults);
 
 // Reads a network file, or a file of another program as the network file that would be made of it. The lines of notes
 // say what was left out or assumed then.
-bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults);
+bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,
+                      const ImportOptions &options = ImportOptions());
 
 } // namespace vornhost
 

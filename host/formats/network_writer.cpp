@@ -181,6 +181,7 @@ private:
             if (shared_sigma[kind])
                 keys.push_back(std::string(kind_words[kind].table) + " = " + number_text(*shared_sigma[kind]));
         if (draft.sigma_per_root_km) keys.push_back("height_difference_km = " + number_text(*draft.sigma_per_root_km));
+        for (const auto &[key, value] : draft.sigma) keys.push_back(key + " = " + number_text(value));
         if (keys.empty()) return;
         line("[sigma]");
         for (const std::string &key : keys) line(key);

@@ -102,8 +102,8 @@ void settle(Model &network, FirstNumbers &first)
         first.notes.push_back(place(network, lump.where) + ": " + lump.text);
 }
 
-// Numbers of a network whose lumps have settled and whose points have their first coordinates, with the rotations of
-// the instruments that were found.
+// Numbers at the coordinates that were found, for lumps that have settled and for what centring adds to the standard
+// deviations there, with the orientations that were found.
 Numbers numbers_again(Model &network, const Numbers &found)
 {
     Numbers numbers = make_numbers(network);

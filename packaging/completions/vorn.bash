@@ -2,6 +2,7 @@
 _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
+    local foreign="--from --sets --sigma --station --station-code --points --fix --datum"
     if [ "$COMP_CWORD" -eq 1 ]; then
         COMPREPLY=($(compgen -W "adjust check import export --help --version" -- "$word"))
         return
@@ -12,17 +13,19 @@ _vorn()
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --robust) COMPREPLY=($(compgen -W "huber danish l1" -- "$word")); return ;;
     --fail-on) COMPREPLY=($(compgen -W "test suspects unchecked test,suspects,unchecked" -- "$word")); return ;;
+    --from) COMPREPLY=($(compgen -W "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv" -- "$word")); return ;;
     --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
+    --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --dxf | --svg | --update | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --dxf | --svg | --update | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
-    [ "$command" != import ] || common="--from --force --quiet --help -o -h"
-    [ "$command" != export ] || common="--to --force --quiet --help -o -h"
+    [ "$command" != import ] || common="--force --quiet --help -o -h"
+    [ "$command" != export ] || { common="--to --force --quiet --help -o -h"; foreign=; }
     case $word in
     -*)
         [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
-        COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
+        COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)
         local only='!*.inp'
         [ "$command" != import ] || only=

@@ -40,7 +40,16 @@ complete -c vorn -n "__fish_seen_subcommand_from check" -l json -r -F -d "faults
 set -l import __fish_seen_subcommand_from import
 complete -c vorn -n "$import" -F
 complete -c vorn -n "$import" -s o -r -F -d "network file"
-complete -c vorn -n "$import" -l from -x -d "format of the file"
+
+set -l foreign "__fish_seen_subcommand_from adjust check import"
+complete -c vorn -n "$foreign" -l from -x -a "gkf gsi sdr m5 jobxml landxml csv" -d "format of a file of another program"
+complete -c vorn -n "$foreign" -l sets -x -a "mean keep" -d "sets of a field book"
+complete -c vorn -n "$foreign" -l sigma -x -d "standard deviation of a field book, KEY=VALUE"
+complete -c vorn -n "$foreign" -l station -x -d "where the sights before any set-up were taken"
+complete -c vorn -n "$foreign" -l station-code -x -d "GSI: code of the blocks that open a set-up"
+complete -c vorn -n "$foreign" -l points -r -F -d "file with coordinates of points"
+complete -c vorn -n "$foreign" -l fix -x -d "points that are held"
+complete -c vorn -n "$foreign" -l datum -x -d "points that alone hold a free network"
 complete -c vorn -n "$import" -l force -d "replace the network file where there is one"
 complete -c vorn -n "$import" -l quiet -d "only errors on standard error"
 

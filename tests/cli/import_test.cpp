@@ -101,12 +101,47 @@ TEST_F(Import, WritesNothingAfterAFault)
     EXPECT_FALSE(exists("bad.inp"));
     EXPECT_EQ(run("import none.gkf"), 2);
     EXPECT_EQ(err, "none.gkf: file \"none.gkf\" does not exist; check its name and folder\n");
-    EXPECT_EQ(run("import line.gkf --from shape"), 2);
-    EXPECT_TRUE(contains(err, "'shape' is none of "));
+    EXPECT_EQ(run("import line.gkf --from tea"), 2);
+    EXPECT_TRUE(contains(err, "'tea' is none of ")) << err;
     folder.write("text.txt", "hello\n");
     EXPECT_EQ(run("import text.txt"), 2);
-    EXPECT_TRUE(contains(err, "text.txt: its format is not recognised; it can be gkf (network of GNU Gama)"));
+    EXPECT_TRUE(contains(err, "text.txt: its format is not recognised; it can be gkf (network of GNU Gama), ")) << err;
     EXPECT_EQ(run("import line.gkf -o nowhere/line.inp"), 3);
+}
+
+// A triangle of three set-ups of 100, 100 and 141.421 m, all level: distances agree to half a millimetre.
+TEST_F(Import, AdjustsAFieldBookWithOneCommand)
+{
+    const auto sight = [](const char *target, const char *direction, const char *distance) {
+        return std::string("110002+0000000") + target + " 21.322+" + direction + " 22.322+10000000 31..00+" + distance +
+               "\n";
+    };
+    folder.write("book.gsi", "410001+00000002 42....+0000000A 43....+00000000\n" + sight("B", "01000000", "00100000") +
+                                 sight("C", "11000000", "00100000") +
+                                 "410001+00000002 42....+0000000B 43....+00000000\n" +
+                                 sight("A", "00000000", "00100000") + sight("C", "35000000", "00141421") +
+                                 "410001+00000002 42....+0000000C 43....+00000000\n" +
+                                 sight("B", "00000000", "00141421") + sight("A", "35000000", "00100000"));
+    folder.write("known.csv", "name,north,east,height\nA,1000,2000,10\nB,1100,2000,10\n");
+    ASSERT_EQ(run("adjust book.gsi --points known.csv --fix A,B --sigma directions=0.5 --json book.json"), 0) << err;
+    EXPECT_TRUE(contains(err, "book.gsi: records read 9 = taken 9 + left out 0\n")) << err;
+    const auto results = nlohmann::json::parse(text_of(folder.file("book.json")));
+    const auto &c = results["points"][2]["adjusted"];
+    EXPECT_NEAR(c["x"].get<double>(), 1000.0, 5e-4);
+    EXPECT_NEAR(c["y"].get<double>(), 2100.0, 5e-4);
+    EXPECT_NEAR(c["z"].get<double>(), 10.0, 5e-4);
+}
+
+TEST_F(Import, RefusesWhatIsSaidOfAFileThatIsNone)
+{
+    folder.write("net.inp", "[run]\ndimension = 2\n");
+    EXPECT_EQ(run("adjust net.inp --fix A"), 2);
+    EXPECT_TRUE(contains(err, "net.inp: its format is not recognised")) << err;
+    folder.write("book.gsi", "410001+00000002 42....+0000000A\n");
+    for (const char *sigma : {"length=1", "directions", "directions=0", "directions=-1", "directions=x"})
+        EXPECT_EQ(run(std::string("adjust book.gsi --sigma ") + sigma), 2) << sigma;
+    EXPECT_EQ(run("adjust book.gsi --points none.csv"), 2);
+    EXPECT_TRUE(contains(err, "none.csv")) << err;
 }
 
 // A levelled triangle with a misclosure of 3 mm: each height difference takes 1 mm of it.

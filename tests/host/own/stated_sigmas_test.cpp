@@ -134,6 +134,18 @@ TEST(Centring, TakesHeightsIntoVerticalAngles)
     EXPECT_NEAR(sigma_of(solved, "vertical angle"), std::hypot(0.001 * gon, 0.005 / 200), 1e-14);
 }
 
+// The closed formula holds at coordinates that the program found by itself too.
+TEST(Centring, CountsWhereFirstCoordinatesAreComputed)
+{
+    const SolvedNetwork solved =
+        solve_text(run(3, "[sigma]\nvertical_angles = 0.001\nheight_instrument = 0.003\nheight_target = 0.004\n") +
+                   "[tables]\nstations = '''\nname x y z code\nA 0 0 0 fixed\nB 0 100 0 fixed\n'''\n"
+                   "targets = '''\nname\nP\n'''\ndistances = '''\nfrom to value sigma\nA P 200 0.001\n'''\n"
+                   "directions = '''\nfrom to value sigma\nA B 0 0.001\nA P 300 0.001\n'''\n"
+                   "vertical_angles = '''\nfrom to value\nA P 100\nA P 100.001\n'''\n");
+    EXPECT_NEAR(sigma_of(solved, "vertical angle"), std::hypot(0.001 * gon, 0.005 / 200), 1e-9);
+}
+
 TEST(Centring, IsRefusedByTheEngine)
 {
     const SolvedNetwork solved = solve_text(run(2, "[sigma]\ndistances = 0.003\ncentring_target = 0.001\n") + plane +
