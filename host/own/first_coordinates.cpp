@@ -109,7 +109,7 @@ Numbers numbers_again(Model &network, const Numbers &found)
     Numbers numbers = make_numbers(network);
     for (size_t s = 0; s < numbers.model.setups.size(); s++)
         for (int k = 0; k < 3; k++) {
-            const size_t angle = (size_t)(numbers.model.setups[s].first + k);
+            const size_t angle = (size_t)numbers.model.setups[s].first + (size_t)k;
             numbers.model.value[angle] = numbers.model.start[angle] = found.model.value[angle];
         }
     return numbers;

@@ -35,6 +35,27 @@ Network far_control(unsigned seed, int gross)
     return m.finish(gross);
 }
 
+// A wide grid of stations that see their neighbours, fixed in three corners: what is carried from one of them has gone
+// far where it meets another.
+Network wide(unsigned seed)
+{
+    Maker m(seed);
+    m.space(va::Space::plane);
+    const int side = 30, n = side * side;
+    for (int i = 0; i < n; i++) {
+        const bool fixed = i == 0 || i == 1 || i == side || i == n - 1;
+        m.point(100.0 * (i % side) + m.uniform(-20, 20), 100.0 * (i / side) + m.uniform(-20, 20), 0, fixed);
+    }
+    for (int i = 0; i < n; i++) {
+        const int s = m.setup(i), x = i % side;
+        if (x > 0) m.polar(s, i - 1);
+        if (x + 1 < side) m.polar(s, i + 1);
+        if (i >= side) m.polar(s, i - side);
+        if (i + side < n) m.polar(s, i + side);
+    }
+    return m.finish(0);
+}
+
 // A traverse from A to B without any orientation.
 Network traverse(unsigned seed, int gross)
 {
@@ -363,5 +384,13 @@ TEST(SimulatedNetworks, Start)
                 EXPECT_LE(counts[(int)Verdict::not_started], 0.05 * n) << kind.name;
             }
         }
+    }
+}
+
+TEST(SimulatedNetworks, StartWhereTheyAreWide)
+{
+    for (unsigned seed = 1; seed < 3; seed++) {
+        std::string told;
+        EXPECT_EQ(judge(wide(seed), &told), Verdict::right) << seed << told;
     }
 }

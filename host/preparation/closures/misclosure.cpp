@@ -22,7 +22,7 @@ double covariance(const va::Model &model, const Part &a, const Part &b)
         return same ? o.sigma[a.component] * o.sigma[a.component] : 0.0;
     }
     const va::Group &g = model.groups[(size_t)o.group];
-    const size_t row = (size_t)(o.place + a.component), column = (size_t)(p.place + b.component);
+    const size_t row = (size_t)o.place + (size_t)a.component, column = (size_t)p.place + (size_t)b.component;
     return model.covariance[g.first + row * (size_t)g.size + column];
 }
 

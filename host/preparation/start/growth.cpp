@@ -42,7 +42,7 @@ void Growth::touch(int from, int point)
     const Support support = support_of(s, frame, point);
     if (support.count < 2) return;
     const bool checked = support.count > 2;
-    queue.push({checked ? fresh : bare, checked ? 0.0 : support.sigma, point, ++version[(size_t)point]});
+    queue.push({checked ? fresh : bare, checked ? 0.0 : support.sigma, point, ++version[(size_t)point], queued++});
 }
 
 void Growth::vote(int circle)
@@ -128,7 +128,7 @@ void Growth::look(const Waiting &w)
     if (!d || d->sigma > useless * d->reach) return;
     const int rank = rank_of(*d);
     if (rank == agreed || (rank == open && w.rank == bare) || w.rank > bare) return take(w.point, *d);
-    queue.push({rank, d->sigma, w.point, w.version});
+    queue.push({rank, d->sigma, w.point, w.version, queued++});
 }
 
 void Growth::grow()

@@ -42,7 +42,12 @@ private:
         int rank;     // 0: not looked at; then by how well it is known
         double sigma; // metres
         int point, version;
-        bool operator<(const Waiting &o) const { return rank != o.rank ? rank > o.rank : sigma > o.sigma; }
+        int turn; // in the queue: of equals the first one is taken, so that the frame grows round and not in threads
+        bool operator<(const Waiting &o) const
+        {
+            if (rank != o.rank) return rank > o.rank;
+            return sigma != o.sigma ? sigma > o.sigma : turn > o.turn;
+        }
     };
 
     void place(int point, double x, double y, double sigma);
@@ -60,6 +65,7 @@ private:
     unsigned choices;
     std::vector<int> version; // [points] of what is known of each
     std::priority_queue<Waiting> queue;
+    int queued = 0;
 };
 
 } // namespace vornhost::start

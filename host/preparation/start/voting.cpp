@@ -11,12 +11,13 @@ namespace vornhost::start {
 
 namespace {
 
-constexpr double share = 3e-4;  // of a length: curvature, tilts and what else the plan leaves out
-constexpr double times = 3.0;   // standard deviations in a tolerance
-constexpr size_t most_loci = 7; // of a point, that propose places
-constexpr size_t most_rays = 6; // of a circle, that propose turns
-constexpr double vague = 0.1;   // radians: tolerance of a ray so short that it tells nothing of a turn
-constexpr double torn_by = 0.5; // agreement by which the best place must lead
+constexpr double share = 3e-4;     // of a length: curvature, tilts and what else the plan leaves out
+constexpr double times = 3.0;      // standard deviations in a tolerance
+constexpr double most_base = 5e-3; // of a length: what the place at its other end may add to its tolerance
+constexpr size_t most_loci = 7;    // of a point, that propose places
+constexpr size_t most_rays = 6;    // of a circle, that propose turns
+constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
+constexpr double torn_by = 0.5;    // agreement by which the best place must lead
 const double pi = 4.0 * std::atan(1.0);
 
 struct Xy {
@@ -24,6 +25,11 @@ struct Xy {
 };
 
 double wrapped(double angle) { return std::remainder(angle, 2.0 * pi); }
+
+// Standard deviation of the place at the other end of a sight. Places beside one another are off together: what they
+// are off by as seen from far away says little of a sight between them, and would double from each place to the next.
+double base_of(double sigma, double length) { return std::fmin(sigma, most_base * length); }
+
 double agreement(double q) { return 1.0 / (1.0 + q * q); }
 
 // On a line from a place: ahead of it along (ux, uy).
@@ -114,7 +120,7 @@ void add_lengths(const Sightings &s, const Frame &f, int p, Evidence &e)
     for (const int *i = s.lengths_at.begin(p); i != s.lengths_at.end(p) && f.scaled; i++) {
         const Length &l = s.lengths[(size_t)*i / 2];
         const Place &end = f.places[(size_t)l.other(p)];
-        if (end.known) e.lengths.push_back({end.x, end.y, l.value, std::hypot(l.sigma, end.sigma)});
+        if (end.known) e.lengths.push_back({end.x, end.y, l.value, std::hypot(l.sigma, base_of(end.sigma, l.value))});
     }
 }
 
@@ -231,7 +237,7 @@ Off off_of(const LineEvidence &l, const Xy &p)
 {
     const double dx = p.x - l.x, dy = p.y - l.y, d = std::hypot(dx, dy);
     const double across = l.ux * dy - l.uy * dx, ahead = l.ux * dx + l.uy * dy;
-    const double t = tolerance(std::hypot(l.angle * d, l.base), d);
+    const double t = tolerance(std::hypot(l.angle * d, base_of(l.base, d)), d);
     return {ahead > 0.0 ? across : std::copysign(d + std::fabs(across), across), -l.uy, l.ux, t};
 }
 
@@ -253,7 +259,7 @@ std::vector<StarTurn> star_turns(const std::vector<StarRay> &star, const Xy &p)
     for (const StarRay &r : star) {
         const double dx = r.x - p.x, dy = r.y - p.y, d2 = dx * dx + dy * dy, d = std::sqrt(d2);
         if (!(d > 0.0)) return {};
-        const double t = times * std::hypot(r.angle, r.base / d) + share;
+        const double t = times * std::hypot(r.angle, base_of(r.base, d) / d) + share;
         if (t > vague) continue;
         turns.push_back({wrapped(std::atan2(dy, dx) - r.reading), t, dy / d2, -dx / d2});
     }
