@@ -1,6 +1,7 @@
 """Builds the wheel of the package; CMake builds its compiled part.
 
-VORN_BUILD names a build folder with VORN_PYTHON to take it from; without it one is made in build/wheel of the sources.
+VORN_BUILD names a build folder with VORN_PYTHON to take it from, absolute or from the root of the sources; without it
+one is made in build/wheel.
 """
 
 import os
@@ -14,13 +15,14 @@ from setuptools.command.build_ext import build_ext
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent
+PARTS = ROOT / "build" / "wheel-parts"  # nothing is left in the sources
 
 
 class CMakeBuild(build_ext):
     """The one extension module, from the targets of CMake."""
 
     def build_extension(self, ext: Extension) -> None:
-        build = Path(os.environ.get("VORN_BUILD", ROOT / "build" / "wheel"))
+        build = ROOT / os.environ.get("VORN_BUILD", "build/wheel")
         if not (build / "CMakeCache.txt").exists():
             subprocess.run(
                 ["cmake", "-S", ROOT, "-B", build, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF",
@@ -35,6 +37,7 @@ class CMakeBuild(build_ext):
 
 version = re.search(r"^project\(vorn VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)
 assert version
+PARTS.mkdir(parents=True, exist_ok=True)
 setup(
     name="vorn",
     version=version.group(1),
@@ -47,4 +50,5 @@ setup(
     python_requires=">=3.9",
     install_requires=["numpy"],
     zip_safe=False,
+    options={"build": {"build_base": str(PARTS)}, "egg_info": {"egg_base": str(PARTS)}},
 )
