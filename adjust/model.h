@@ -73,7 +73,7 @@ enum class Kind : unsigned char {
 constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;
 
 // Number of components (rows) of a kind.
-int components(Kind kind, Space space = Space::space);
+int components(Kind kind, Space space);
 
 // -1 for what an observation does not have.
 struct Observation {
@@ -106,6 +106,7 @@ struct Group {
 
 struct Model {
     Frame frame;
+    std::vector<Site> sites; // [points] on the ellipsoid; otherwise empty
 
     int n_points = 0;
     std::vector<double> value;    // [unknowns] now

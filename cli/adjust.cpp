@@ -15,6 +15,7 @@
 #include "host/results/html_page.h"
 #include "host/results/input_lines.h"
 #include "host/results/json_writer.h"
+#include "host/results/kml_writer.h"
 #include "host/results/output_file.h"
 #include "host/results/svg_writer.h"
 #include "interrupt.h"
@@ -42,6 +43,7 @@ const View views[] = {
      [](const Options &, const Results &r, const InputLines &lines) { return to_html(r, lines, utc_now()); }},
     {"GeoJSON", &Options::geojson,
      [](const Options &o, const Results &r, const InputLines &) { return to_geojson(r, o.axes); }},
+    {"KML", &Options::kml, [](const Options &, const Results &r, const InputLines &) { return to_kml(r); }},
     {"DXF", &Options::dxf, [](const Options &o, const Results &r, const InputLines &) { return to_dxf(r, o.axes); }},
     {"SVG", &Options::svg, [](const Options &o, const Results &r, const InputLines &) { return to_svg(r, o.axes); }}};
 
@@ -165,9 +167,13 @@ bool would_overwrite(const Options &options, const std::vector<std::filesystem::
     return false;
 }
 
-// A levelling network has no plan.
+// A levelling network has no plan, and plain coordinates lie nowhere on the globe.
 bool cannot_be_drawn(const Options &options, const Model &model)
 {
+    if (!options.kml.empty() && (!model.crs.given() || model.crs.local())) {
+        fprintf(stderr, "vorn: --kml needs longitude and latitude: write network in [crs]\n");
+        return true;
+    }
     if (model.p.dim != 1 || (options.dxf.empty() && options.svg.empty())) return false;
     fprintf(stderr, "vorn: a network of heights has no positions to draw; --html shows it as a diagram\n");
     return true;

@@ -28,7 +28,7 @@ struct Options {
     bool force = false;  // import may replace a file
     std::optional<vornhost::Format> format;
     std::string report, json, csv, html, folder; // empty: not asked for
-    std::string geojson, dxf, svg;               // the same, of the plan
+    std::string geojson, kml, dxf, svg;          // the same, of the plan
     vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;

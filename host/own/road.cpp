@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "host/own/covariances.h"
+#include "host/own/earth.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
@@ -31,6 +32,8 @@ public:
 
 private:
     bool prepare();
+    std::vector<std::string> open_reference();
+    void place_again();
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     void leave_out();
@@ -68,20 +71,35 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
     return true;
 }
 
+// The reference system of the network; why not, where it has one that cannot be had.
+std::vector<std::string> Road::open_reference()
+{
+    if (!network.crs.given() || network.crs.local()) return {};
+    std::string fault;
+    std::optional<Reference> reference = Reference::open(network.crs, &fault);
+    if (!reference) return {fault + " (" + network.path + ")"};
+    outcome.reference = std::make_shared<const Reference>(std::move(*reference));
+    return {};
+}
+
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
     if (stop(Ending::not_available, not_adjusted_here(network))) return false;
     if (stop(Ending::bad_import, take_imports(network))) return false;
+    if (stop(Ending::not_available, open_reference())) return false;
     watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
-    FirstNumbers first = make_first_numbers(network);
+    FirstNumbers first = make_first_numbers(network, outcome.reference.get());
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");
+    if (network.crs.given() &&
+        stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
+        return false;
     for (const std::string &line : outcome.numbers.notes) note(line);
     return true;
 }
@@ -171,9 +189,21 @@ void Road::account_for_image_points()
     }
 }
 
+// Reductions and places hold for the coordinates that they were made with: again, until nothing changes.
+void Road::place_again()
+{
+    constexpr int most = 5;
+    constexpr double enough = 1e-5; // metres
+    for (int k = 0; k < most && outcome.adjustment.status == va::Status::adjusted; k++) {
+        if (set_again(network, outcome.reference.get(), outcome.numbers) < enough) return;
+        outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    }
+}
+
 void Road::adjust()
 {
     outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    if (network.crs.given() && network.mode != Mode::Propagation) place_again();
     if (outcome.adjustment.status == va::Status::stopped) {
         outcome.ending = Ending::stopped;
         return;

@@ -3,10 +3,12 @@
 #ifndef VORNHOST_ROAD_H
 #define VORNHOST_ROAD_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "adjust/adjustment.h"
+#include "host/earth/reference.h"
 #include "host/own/numbers.h"
 #include "host/run/run_watch.h"
 #include "host/run/runner.h"
@@ -34,6 +36,7 @@ struct OwnOutcome {
     std::string datum;  // what the search for open motions found, one line; empty when it was not made
     double seconds = 0; // of the computation
     Numbers numbers;
+    std::shared_ptr<const Reference> reference; // of the coordinates; null where the file gives none
     vornadjust::Outcome adjustment;
 
     bool adjusted() const { return ending == Ending::adjusted; }

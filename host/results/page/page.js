@@ -26,6 +26,7 @@ function figures(data) {
   else if (typeof data.one_tailed_test === "boolean") all.push(["test of sigma", passed(data.one_tailed_test), data.one_tailed_test ? "good" : "bad"]);
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (isNumber(data.iterations)) all.push(["iterations", String(data.iterations)]);
+  if (data.reference_system) all.push(["reference system", data.reference_system, "wide"]);
   if (data.datum) all.push(["datum", data.datum, "wide"]);
   return all;
 }
