@@ -79,9 +79,10 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
 bool sees_axis(const Frame &frame, Kind kind, int motion, int axis)
 {
     if (motion >= 0) return true;
+    if (kind == Kind::horizontal_distance && frame.ellipsoidal()) return true;
     if (kind == Kind::plane_distance || kind == Kind::horizontal_distance || kind == Kind::bearing) return axis < 2;
     if (kind == Kind::scale_bar && frame.space == Space::plane) return axis < 2;
-    if (kind == Kind::height_difference) return axis == 2 || (frame.curved() && !frame.mixed);
+    if (kind == Kind::height_difference) return axis == 2 || (frame.curved() && !frame.mixed && !frame.ellipsoidal());
     return true;
 }
 
@@ -93,9 +94,17 @@ Vec3<double> coordinates(const Model &model, int point)
 
 template <class T> Moved<T> motion_of(const T *m) { return {{m[0], m[1], m[2]}, {m[3], m[4], m[5]}, m[6]}; }
 
+// Kinds of which coordinates are compared as they stand in the network, whatever is up.
+bool of_coordinates(const Frame &frame, Kind kind)
+{
+    return frame.ellipsoidal() && (kind == Kind::height_difference || kind == Kind::bearing);
+}
+
 Vec3<double> end_position(const Model &model, const Frame &frame, int point, int motion)
 {
-    const Vec3<double> p = position(frame, coordinates(model, point));
+    const Vec3<double> c = coordinates(model, point);
+    const Vec3<double> p =
+        frame.ellipsoidal() ? position(frame, model.sites[(std::size_t)point], c) : position(frame, c);
     return motion < 0 ? p : moved(p, motion_of(&model.value[model.motions[motion].first]));
 }
 
@@ -131,7 +140,7 @@ template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3
 {
     switch (s.o.kind) {
     case Kind::plane_distance:
-    case Kind::horizontal_distance: return plane_length(p, q);
+    case Kind::horizontal_distance: return plane_length(s.frame, p, q);
     case Kind::level_distance: return level_length(s.frame, p, q, s.heights);
     case Kind::scale_bar: return bar_length(s.frame, p, q);
     default: return slope_length(s.frame, p, q, s.heights);
@@ -151,8 +160,10 @@ void distance_by_position(const Sight &s, ByPosition *out)
 
 void height_by_position(const Sight &s, ByPosition *out)
 {
+    // On the ellipsoid the ends are coordinates, and heights among them.
+    const Frame frame = s.frame.ellipsoidal() ? s.frame.flat() : s.frame;
     out->usable = true;
-    take(height_difference(s.frame, variables<6>(s.end[0], 0), variables<6>(s.end[1], 3), s.heights), 0, out);
+    take(height_difference(frame, variables<6>(s.end[0], 0), variables<6>(s.end[1], 3), s.heights), 0, out);
 }
 
 // Axes of the set-up of an observation, variables `first` on; upright without one.
@@ -208,10 +219,22 @@ void bearing_by_position(const Sight &s, ByPosition *out)
     take(bearing(p, q), 0, out);
 }
 
+// A difference of grid coordinates and heights in geocentric axes, with the horizon of one place for both ends.
+template <class T> Vec3<T> geocentric_axes(const Site &site, const Vec3<T> &d)
+{
+    const Horizon<double> h = horizon(site.latitude, site.longitude);
+    const double c = std::cos(site.convergence), s = std::sin(site.convergence);
+    const Vec3<double> x = c * h.north + s * h.east, y = c * h.east - s * h.north;
+    return {x.x * d.x + y.x * d.y + h.up.x * d.z, x.y * d.x + y.y * d.y + h.up.y * d.z,
+            x.z * d.x + y.z * d.y + h.up.z * d.z};
+}
+
 void baseline_by_position(const Sight &s, ByPosition *out)
 {
-    const auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
+    auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
     out->usable = true;
+    if (s.frame.space == Space::ellipsoid && s.frame.parallel)
+        d = geocentric_axes(s.model.sites[(std::size_t)s.o.from], d);
     if (s.frame.space == Space::heights) return take(d.z, 0, out);
     take(d.x, 0, out);
     take(d.y, 1, out);
@@ -237,7 +260,9 @@ void by_position(const Model &model, const Frame &frame, const Observation &o, B
 {
     Sight s{model, frame, o, {}, {o.h1, o.h2}};
     const Ends ends = ends_of(o);
-    for (int e = 0; e < ends.count; e++) s.end[e] = end_position(model, frame, ends.point[e], ends.motion[e]);
+    for (int e = 0; e < ends.count; e++)
+        s.end[e] = of_coordinates(frame, o.kind) ? coordinates(model, ends.point[e])
+                                                 : end_position(model, frame, ends.point[e], ends.motion[e]);
     switch (o.kind) {
     case Kind::slope_distance:
     case Kind::plane_distance:
@@ -272,13 +297,14 @@ struct EndSlopes {
     double d[3][10];
 };
 
-EndSlopes end_slopes(const Model &model, const Frame &frame, int point, int motion)
+EndSlopes end_slopes(const Model &model, const Frame &frame, Kind kind, int point, int motion)
 {
     using J = Jet<10>;
     EndSlopes s;
-    s.plain = motion < 0 && !(frame.curved() && frame.mixed);
+    s.plain = motion < 0 && (!(frame.ellipsoidal() || (frame.curved() && frame.mixed)) || of_coordinates(frame, kind));
     if (s.plain) return s;
-    Vec3<J> p = position(frame, variables<10>(coordinates(model, point), 0));
+    const Vec3<J> c = variables<10>(coordinates(model, point), 0);
+    Vec3<J> p = frame.ellipsoidal() ? position(frame, model.sites[(std::size_t)point], c) : position(frame, c);
     if (motion >= 0) {
         J m[7];
         parameters(model, model.motions[motion].first, 7, 3, m);
@@ -302,7 +328,7 @@ void by_unknowns(const Model &model, const Frame &frame, const Observation &o, c
     const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind, frame.space);
     int n = 0;
     for (int e = 0; e < ends.count; e++) {
-        const EndSlopes slopes = end_slopes(model, frame, ends.point[e], ends.motion[e]);
+        const EndSlopes slopes = end_slopes(model, frame, o.kind, ends.point[e], ends.motion[e]);
         for (int k = 0; k < (ends.motion[e] >= 0 ? 10 : 3); k++) {
             if (k < 3 && !sees_axis(model.frame, o.kind, ends.motion[e], k)) continue;
             for (int c = 0; c < n_components; c++)
@@ -330,7 +356,9 @@ int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_un
 
 void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
 {
-    const Frame &frame = model.frame;
+    Frame frame = model.frame;
+    if (frame.space == Space::ellipsoid && o.from >= 0)
+        frame.azimuth_rotation = model.sites[(std::size_t)o.from].convergence;
     const Frame seen = invariant ? frame.flat() : frame;
     ByPosition by{};
     by_position(model, seen, o, &by);

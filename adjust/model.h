@@ -106,6 +106,7 @@ struct Group {
 
 struct Model {
     Frame frame;
+    std::vector<Site> sites; // [points] on the ellipsoid; otherwise empty
 
     int n_points = 0;
     std::vector<double> value;    // [unknowns] now

@@ -18,6 +18,7 @@
 #include "host/results/html_page.h"
 #include "host/results/input_lines.h"
 #include "host/results/json_writer.h"
+#include "host/results/kml_writer.h"
 #include "host/results/output_file.h"
 #include "host/results/svg_writer.h"
 #include "host/results/updated_network.h"
@@ -54,6 +55,7 @@ const View views[] = {
      [](const Options &, const Model &, const Results &r, const Inputs &i) { return to_html(r, i.lines, utc_now()); }},
     {"GeoJSON", &Options::geojson,
      [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_geojson(r, o.axes); }},
+    {"KML", &Options::kml, [](const Options &, const Model &, const Results &r, const Inputs &) { return to_kml(r); }},
     {"DXF", &Options::dxf,
      [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_dxf(r, o.axes); }},
     {"SVG", &Options::svg,
@@ -186,9 +188,13 @@ bool would_overwrite(const Options &options, const std::vector<std::filesystem::
     return false;
 }
 
-// A levelling network has no plan.
+// A levelling network has no plan, and plain coordinates lie nowhere on the globe.
 bool cannot_be_drawn(const Options &options, const Model &model)
 {
+    if (!options.kml.empty() && (!model.crs.given() || model.crs.local())) {
+        fprintf(stderr, "vorn: --kml needs longitude and latitude: write network in [crs]\n");
+        return true;
+    }
     if (model.p.dim != 1 || (options.dxf.empty() && options.svg.empty())) return false;
     fprintf(stderr, "vorn: a network of heights has no positions to draw; --html shows it as a diagram\n");
     return true;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 
+#include "host/earth/reference.h"
 #include "host/input/number.h"
 #include "vorn/version.h"
 
@@ -195,6 +196,7 @@ void add_adjust(CLI::App &app, Options &options)
         std::string &file;
         const char *help;
     } others[] = {{"--geojson", options.geojson, "points, lines and ellipses as GeoJSON, for maps"},
+                  {"--kml", options.kml, "the same as KML, for globes; with a reference system"},
                   {"--dxf", options.dxf, "the plan as a drawing in DXF"},
                   {"--svg", options.svg, "the plan as a drawing for papers"},
                   {"--update", options.update, "the network file with adjusted coordinates as approximate ones"}};
@@ -306,7 +308,8 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
         return std::nullopt;
     }
     CLI::App app("Least-squares adjustment of survey networks.", "vorn");
-    app.set_version_flag("--version", "vorn " VORN_VERSION);
+    const char *const lacking = vornhost::has_proj() ? "" : "\nwithout PROJ: of reference systems local ones only";
+    app.set_version_flag("--version", std::string("vorn " VORN_VERSION) + lacking);
     app.require_subcommand(1);
     app.footer(overview);
     add_adjust(app, options);

@@ -32,7 +32,7 @@ struct Options {
     vornhost::ImportOptions foreign;        // what is said of a file of a foreign format
     std::optional<vornhost::Target> target; // of export
     std::string report, json, csv, html, folder; // empty: not asked for
-    std::string geojson, dxf, svg;               // the same, of the plan
+    std::string geojson, kml, dxf, svg;          // the same, of the plan
     std::string update;                          // the network file with adjusted coordinates
     vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;

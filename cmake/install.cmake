@@ -36,7 +36,7 @@ install(EXPORT vorn-targets NAMESPACE vorn:: DESTINATION ${package} COMPONENT de
 file(RELATIVE_PATH path_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 string(REGEX REPLACE "/$" "" path_to_prefix "${path_to_prefix}")
 set(other_libraries)
-foreach(library AMD METIS EXPAT_FOUND)
+foreach(library AMD METIS EXPAT_FOUND PROJ)
   if(${library})
     string(REGEX REPLACE "_.*" "" name ${library})
     string(TOLOWER ${name} name)
@@ -74,7 +74,7 @@ if(VORN_PROGRAM AND NOT WIN32)
   install(FILES ${packaging}/completions/vorn.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
   set(docs ${PROJECT_SOURCE_DIR}/docs)
-  install(FILES ${docs}/user-guide.md ${docs}/network-file.md ${docs}/program.md ${docs}/recipes.md
+  install(FILES ${docs}/user-guide.md ${docs}/network-file.md ${docs}/earth.md ${docs}/program.md ${docs}/recipes.md
     ${docs}/rules-to-know.md ${PROJECT_SOURCE_DIR}/CITATION.cff
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program

@@ -38,7 +38,7 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-  "libvorn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libsuitesparse-dev, libmetis-dev, libexpat1-dev")
+  "libvorn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libsuitesparse-dev, libmetis-dev, libexpat1-dev, libproj-dev")
 if(VORN_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL python)
   set(CPACK_COMPONENT_PYTHON_DESCRIPTION "vorn for Python: networks built of arrays, adjusted, and their results as

@@ -19,13 +19,16 @@ template <class T> T slope_length(const Frame &frame, const Vec3<T> &p, const Ve
     return length(sight(frame, p, q, h));
 }
 
-// Between the marks, without the third coordinate.
-template <class T> T plane_length(const Vec3<T> &p, const Vec3<T> &q) { return horizontal_length(q - p); }
+// Between the marks, without the third coordinate; on the ellipsoid in the horizon of the first.
+template <class T> T plane_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q)
+{
+    return horizontal_length(frame.ellipsoidal() ? levelled(frame, p, q - p) : q - p);
+}
 
 // Between the marks: in the plane without the third coordinate.
 template <class T> T bar_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q)
 {
-    return frame.space == Space::plane ? plane_length(p, q) : length(q - p);
+    return frame.space == Space::plane ? plane_length(frame, p, q) : length(q - p);
 }
 
 // Straight line over plane coordinates that lie on the level of the origin; p.z, q.z are heights above the sphere.
@@ -34,7 +37,7 @@ template <class T> T level_length(const Frame &frame, const Vec3<T> &p, const Ve
 {
     using std::sqrt;
     const T a = p.z + h.instrument, b = q.z + h.target, mean = placed(frame, 0.5 * (a + b));
-    const T along = (mean + frame.radius) / frame.origin_radius() * plane_length(p, q);
+    const T along = (mean + frame.radius) / frame.origin_radius() * plane_length(frame, p, q);
     return sqrt(along * along + (b - a) * (b - a));
 }
 

@@ -5,9 +5,12 @@
 #define VORNHOST_MODEL_H
 
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/earth/crs.h"
 #include "host/input/field_records.h"
 #include "host/input/name_keys.h"
 #include "host/input/test_settings.h"
@@ -72,7 +75,9 @@ struct Model {
     std::optional<int> length_unit, angle_unit; // of the file, where the project has other ones
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
-    bool between_marks = false;      // the file says that distances are those between the marks
+    Crs crs;                                   // reference system of the coordinates, where the file gives one
+    std::set<std::pair<bool, int>> heightless; // points of such a plane without a height: station, record
+    bool between_marks = false;                // the file says that distances are those between the marks
     int steps = 50;                  // most iterations of the solver sparse; p.itmax where the file gives them
     int threads = 0;                 // of the solver sparse; 0: two where the machine has them
     bool residual_statistics = true; // of the solver sparse, in mode statistics: redundancy numbers and tests

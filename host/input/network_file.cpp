@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "host/earth/reference.h"
 #include "host/input/angle.h"
 #include "host/input/covariances.h"
 #include "host/preparation/lump_checks.h"
@@ -52,6 +53,7 @@ const std::vector<SectionKeys> &all_sections()
         {"run", {"title", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
         {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
+        {"crs", {"network", "stations", "targets", "heights", "geoid", "height", "scale", "epoch"}},
         {"reductions", {"distances", "atmosphere", "prism"}},
         {"apriori",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images",
@@ -87,6 +89,9 @@ public:
     {
         table = root[section].as_table();
     }
+
+    // The table that a key holds, as a section.
+    Section inner(const char *key) const { return Section(*table, key, faults); }
 
     const toml::node *find(const char *key) const { return table ? table->get(key) : nullptr; }
     Source place() const { return table ? place_of(table->source()) : Source{0, 0, 0}; }
@@ -160,6 +165,10 @@ bool between_0_and_1(double value) { return value > 0.0 && value < 1.0; }
 bool from_0_below_1(double value) { return value >= 0.0 && value < 1.0; }
 bool sensible_level(double value) { return value >= 1e-12 && value <= 0.5; }
 bool within_quarter(double value) { return std::fabs(value) < 90.0; }
+bool sensible_year(double value) { return value >= 1800.0 && value <= 2200.0; }
+bool sensible_scale(double value) { return value >= 0.5 && value <= 2.0; }
+bool sensible_slope(double value) { return std::fabs(value) <= 10.0; }
+bool within_turn(double value) { return std::fabs(value) <= 360.0; }
 bool sensible_length(double value) { return std::fabs(value) <= largest_length; }
 
 constexpr int not_given = -1;
@@ -192,6 +201,10 @@ private:
     void read_headings(const toml::node &node, const std::string &name, CsvForm &form);
     void read_earth(const toml::table &root);
     void read_origin(Section &earth);
+    void read_crs(const toml::table &root);
+    void read_geoid(Section &crs);
+    void check_crs(const toml::table &root, Section &crs);
+    void open_crs(Section &crs);
     void read_weights(const toml::table &root);
     void read_reduction(const toml::table &root);
     void read_methods(const toml::table &root);
@@ -228,6 +241,7 @@ void NetworkReader::read(const TextFile &file, const toml::table &root)
     read_run(root);
     read_units(root);
     read_earth(root);
+    read_crs(root);
     read_weights(root);
     read_csv(root);
     find_tables(file, root);
@@ -410,6 +424,110 @@ void NetworkReader::read_origin(Section &earth)
     if (!good) earth.fault(*node, earth.name("origin") + " is not three numbers", "write origin = [x, y, z] in metres");
 }
 
+void NetworkReader::read_crs(const toml::table &root)
+{
+    static const Words heights = {{"orthometric", 0}, {"ellipsoidal", 1}};
+    Section crs(root, "crs", faults);
+    Crs &c = net.model.crs;
+    if (!root["crs"].as_table()) return;
+    const size_t before = faults.count();
+    c.network = crs.text("network");
+    c.stations = crs.text("stations");
+    c.targets = crs.text("targets");
+    c.ellipsoidal = crs.word("heights", 0, heights) == 1;
+    if (crs.find("height")) c.height = crs.number("height", 0.0, sensible_length, "of metres");
+    if (crs.find("epoch")) c.epoch = crs.number("epoch", 0.0, sensible_year, "of a year");
+    c.scale = crs.number("scale", 1.0, sensible_scale, "from 0.5 to 2");
+    read_geoid(crs);
+    check_crs(root, crs);
+    if (faults.count() == before && !c.local()) open_crs(crs);
+}
+
+// A number, a file, or a plane through a place.
+void NetworkReader::read_geoid(Section &crs)
+{
+    const toml::node *node = crs.find("geoid");
+    Geoid &geoid = net.model.crs.geoid;
+    if (!node) return;
+    if (node->is_number()) {
+        geoid.form = Geoid::Form::constant;
+        geoid.undulation = crs.number("geoid", 0.0, sensible_length, "of metres");
+        return;
+    }
+    if (const toml::value<std::string> *file = node->as_string()) {
+        constexpr size_t longest_path = 4096;
+        geoid.form = Geoid::Form::grid;
+        geoid.file = data_file(faults, net.model.path, file->get(), place_of(node->source()), longest_path);
+        return;
+    }
+    const toml::table *plane = node->as_table();
+    if (!plane)
+        return crs.fault(*node, crs.name("geoid") + " is no height, file or plane",
+                         "write geoid = 47.2, geoid = \"NAME.gtx\" or geoid = { undulation = 47.2, latitude = 50, "
+                         "longitude = 9, north = -0.012, east = 0.004 }");
+    check_section({"crs.geoid", {"undulation", "latitude", "longitude", "north", "east"}}, *plane);
+    Section keys = crs.inner("geoid");
+    constexpr double per_kilometre = 1e-3;
+    geoid.form = Geoid::Form::plane;
+    geoid.undulation = keys.number("undulation", 0.0, sensible_length, "of metres");
+    geoid.latitude = to_radians(ANGLE_DEGREE, keys.number("latitude", 0.0, within_quarter, "between -90 and 90"));
+    geoid.longitude = to_radians(ANGLE_DEGREE, keys.number("longitude", 0.0, within_turn, "from -360 to 360"));
+    geoid.north = per_kilometre * keys.number("north", 0.0, sensible_slope, "of metres in a kilometre");
+    geoid.east = per_kilometre * keys.number("east", 0.0, sensible_slope, "of metres in a kilometre");
+}
+
+// What does not go together.
+void NetworkReader::check_crs(const toml::table &root, Section &crs)
+{
+    const Crs &c = net.model.crs;
+    const auto at = [&](const char *key) { return crs.find(key) ? place_of(crs.find(key)->source()) : crs.place(); };
+    if (c.network.empty())
+        faults.add(at("network"), "network is missing in [crs]", "write network = \"EPSG:25832\" or \"local\"");
+    if (p.dim == 1) faults.add(crs.place(), "heights alone have no reference system", "leave [crs] out");
+    if (root["earth"].as_table())
+        faults.add(Section(root, "earth", faults).place(), "[earth] and [crs] are both given", "leave [earth] out");
+    if (!c.local() && crs.find("scale"))
+        faults.add(at("scale"), "scale in [crs] is for a local system", "leave it out: a projection has its own");
+    if (!c.local() && !crs.find("heights"))
+        faults.add(crs.place(), "heights is missing in [crs]",
+                   "write heights = \"ellipsoidal\", or \"orthometric\" with a geoid");
+    if (!c.local() && crs.find("heights") && c.ellipsoidal == (crs.find("geoid") != nullptr))
+        faults.add(at(c.ellipsoidal ? "geoid" : "heights"),
+                   c.ellipsoidal ? "ellipsoidal heights need no geoid" : "orthometric heights need a geoid",
+                   c.ellipsoidal ? "leave it out" : "write geoid = 47.2 or a file; 0 neglects it");
+    if (p.dim == 3 && crs.find("height"))
+        faults.add(at("height"), "height in [crs] is for points of the plane", "write z for each point");
+    if (!c.local()) return;
+    for (const char *key : {"stations", "targets", "heights", "geoid", "epoch"})
+        if (crs.find(key))
+            faults.add(at(key), std::string(key) + " in [crs] has no meaning for a local system", "leave it out");
+    if (p.dim == 3) faults.add(at("network"), "a local system is for the plane", "leave [crs] out, or see [earth]");
+    if (!c.height) faults.add(at("network"), "a local system needs the height of its level", "write height = 450");
+}
+
+// The systems of the network and of its tables.
+void NetworkReader::open_crs(Section &crs)
+{
+    const Crs &c = net.model.crs;
+    std::string fault;
+    std::optional<Reference> reference = Reference::open(c, &fault);
+    const auto fails = [&](const char *key) {
+        const toml::node *node = crs.find(key);
+        const char *const remedy = std::string(key) == "geoid" ? "name a grid that PROJ reads, GTX or GeoTIFF"
+                                   : has_proj()                ? "write another one, such as EPSG:25832"
+                                                : "take a program that was built with it, or leave [crs] out";
+        faults.add(node ? place_of(node->source()) : crs.place(), fault, remedy);
+    };
+    if (!reference) return fails(fault.find("the geoid") != std::string::npos ? "geoid" : "network");
+    net.places = std::make_unique<PlacesInput>(std::move(*reference), c);
+    const std::pair<const char *, const std::string &> tables[] = {{"stations", c.stations}, {"targets", c.targets}};
+    for (int k = 0; k < 2; k++) {
+        fault.clear();
+        net.places->set_table(k == 0, tables[k].second, &fault);
+        if (!fault.empty()) fails(tables[k].first);
+    }
+}
+
 void NetworkReader::read_weights(const toml::table &root)
 {
     Section apriori(root, "apriori", faults), sigma(root, "sigma", faults);
@@ -455,6 +573,10 @@ void NetworkReader::read_reduction(const toml::table &root)
     Section section(root, "reductions", faults);
     p.iredux = section.word("distances", 0, reductions, true);
     net.model.between_marks = section.find("distances") && p.iredux == 0;
+    if (net.model.crs.given() && p.iredux > 1)
+        section.fault(*section.find("distances"),
+                      section.name("distances") + " reduces distances without the grid of [crs]",
+                      "leave it out: [crs] reduces them into its grid");
     net.stated.atmosphere = section.number("atmosphere", 0.0, any, "of ppm");
     net.stated.prism = section.number("prism", 0.0, sensible_length, "of lengths") * net.metres;
     if (p.dim == 3 && (p.iredux == 2 || p.iredux == 9))

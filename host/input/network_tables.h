@@ -14,6 +14,7 @@
 #include "host/input/faults.h"
 #include "host/input/model.h"
 #include "host/input/names.h"
+#include "host/input/places_input.h"
 #include "host/input/row.h"
 #include "host/input/table.h"
 
@@ -75,6 +76,8 @@ struct Network {
     std::unordered_map<std::string, int> setups; // index by number of the station and word
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
+
+    std::unique_ptr<PlacesInput> places;         // of points in other reference systems; null: the file names none
 
     // Whether a value may be unknown: in a plan, which the model then remembers.
     bool planned(Source at);

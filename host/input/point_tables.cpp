@@ -3,6 +3,8 @@
 
 #include "host/input/network_tables.h"
 
+#include <cmath>
+
 #include "host/input/angle.h"
 
 namespace vornhost {
@@ -19,6 +21,8 @@ enum {
     STATUS = CODE_X + 3,
     LUMP,
     CONNECT,
+    LATITUDE,
+    LONGITUDE,
     RX,
     ORIENTATION = RX + 3,
     SRX,
@@ -27,9 +31,9 @@ enum {
     GROUP
 };
 
-const std::vector<Column> target_columns = {{"name", true}, {"x"},      {"y"},    {"z"},      {"sx"},
-                                            {"sy"},         {"sz"},     {"code"}, {"code_x"}, {"code_y"},
-                                            {"code_z"},     {"status"}, {"lump"}, {"connect"}};
+const std::vector<Column> target_columns = {
+    {"name", true}, {"x"},      {"y"},      {"z"},      {"sx"},   {"sy"},      {"sz"},       {"code"},
+    {"code_x"},     {"code_y"}, {"code_z"}, {"status"}, {"lump"}, {"connect"}, {"latitude"}, {"longitude"}};
 
 std::vector<Column> all_station_columns()
 {
@@ -94,13 +98,19 @@ Codes read_codes(const Network &net, Row &row)
     return codes;
 }
 
+// Whether a row knows a coordinate; those of the plan may stand in latitude and longitude.
+bool knows(const Row &row, int axis)
+{
+    return row.given(X + axis) || (axis < 2 && row.given(LATITUDE) && row.given(LONGITUDE));
+}
+
 // Whether the run needs a coordinate that the row does not know. The program's own adjustment does without one that is
 // absent.
 bool missing_coordinate(const Network &net, const Row &row, const Codes &codes)
 {
     for (int i = 0; i < 3; i++) {
         const bool needless = codes.code[i] == CODE_ABSENT && net.model.solver == Solver::Sparse;
-        if (net.has_dimension(i) && !needless && !row.given(X + i)) return true;
+        if (net.has_dimension(i) && !needless && !knows(row, i)) return true;
     }
     return false;
 }
@@ -109,7 +119,7 @@ bool missing_coordinate(const Network &net, const Row &row, const Codes &codes)
 void check_held(Row &row, const Codes &codes)
 {
     for (int i = 0; i < 3; i++) {
-        if (!is_held(codes.code[i]) || row.given(X + i)) continue;
+        if (!is_held(codes.code[i]) || knows(row, i)) continue;
         const std::string held(1, "xyz"[i]);
         row.fault(codes.column[i], row.cell(codes.column[i]) + " needs a value of " + held,
                   "write it or make the coordinate free");
@@ -124,8 +134,63 @@ bool all_held(const Network &net, const Codes &codes)
     return true;
 }
 
+// Latitude and longitude in degrees, in radians; false where the row has none.
+bool read_geographic(const Network &net, Row &row, double (&place)[2])
+{
+    if (!row.given(LATITUDE) && !row.given(LONGITUDE)) return false;
+    static const double most[2] = {90.0, 360.0};
+    for (int k = 0; k < 2; k++) {
+        const int column = LATITUDE + k;
+        if (!row.given(column)) row.missing(column, "write both latitude and longitude, in degrees");
+        const double degrees = row.number(column, 0.0);
+        if (!(std::fabs(degrees) <= most[k]))
+            row.fault(column, row.cell(column) + " is no angle on the earth", "write degrees");
+        place[k] = to_radians(ANGLE_DEGREE, degrees);
+    }
+    if (row.given(X) || row.given(X + 1))
+        row.fault(LATITUDE, "latitude and x or y are both given", "write one of the two");
+    else if (!net.places)
+        row.fault(LATITUDE, "latitude and longitude need a reference system", "write network in [crs]");
+    return true;
+}
+
+// Coordinates that stand in another reference system than the network's, or as latitude and longitude.
+template <class Record> void take_place(Network &net, Row &row, bool station, Record &point)
+{
+    double plan[2] = {0, 0};
+    const bool geographic = read_geographic(net, row, plan);
+    if (!net.places || !net.places->converts(station, geographic)) return;
+    const bool plain = net.places->geographic(station);
+    if (geographic != plain) {
+        if (geographic || row.given(X) || row.given(X + 1))
+            row.fault(geographic ? LATITUDE : X,
+                      plain ? "x and y are no longitude and latitude" : "the table is not in longitude and latitude",
+                      plain ? "write columns latitude and longitude"
+                            : "write x, y, z, or another system for the table in [crs]");
+        return;
+    }
+    if (!geographic && !(row.given(X) && row.given(X + 1))) return;
+    const double metres = metres_in(net.model.p.iunit);
+    PointPlan where{plan[0], plan[1], row.given(X + 2), point.x[2] * metres};
+    if (!geographic) where = {point.x[0] * metres, point.x[1] * metres, row.given(X + 2), point.x[2] * metres};
+    const std::string fault = net.places->into_network(station, where);
+    if (!fault.empty()) row.fault(geographic ? LATITUDE : X, fault, "check the coordinates and the systems in [crs]");
+    for (int k = 0; k < 3; k++) point.x[k] = where.x[k] / metres;
+}
+
+// A plane network with a reference system reduces its distances with heights.
+template <class Record> void take_height(Network &net, const Row &row, bool station, size_t record, Record &point)
+{
+    const Crs &crs = net.model.crs;
+    if (!crs.given() || net.model.p.dim != 2 || row.given(X + 2)) return;
+    if (crs.height)
+        point.x[2] = *crs.height / metres_in(net.model.p.iunit);
+    else
+        net.model.heightless.insert({station, (int)record});
+}
+
 // Everything that stations and targets have in common, the name apart.
-template <class Record> void read_point(Network &net, Row &row, Record &point)
+template <class Record> void read_point(Network &net, Row &row, bool station, size_t record, Record &point)
 {
     static const char *const deviations[] = {"sx", "sy", "sz"};
     const Codes codes = read_codes(net, row);
@@ -134,6 +199,8 @@ template <class Record> void read_point(Network &net, Row &row, Record &point)
         point.ix[i] = codes.code[i];
         point.sx[i] = read_deviation(row, SX + i, deviations[i], codes.code[i]) * net.sigma_length;
     }
+    take_place(net, row, station, point);
+    take_height(net, row, station, record, point);
     point.status = read_status(row);
     if (missing_coordinate(net, row, codes) && point.status >= 0) {
         check_held(row, codes);
@@ -213,7 +280,7 @@ void read_station(Network &net, Row &row)
 {
     station_input station = station_input();
     hold_name(station.name, net.model.keys, row.name(NAME));
-    read_point(net, row, station);
+    read_point(net, row, true, net.model.stations.size(), station);
     station.ilevel = row.yes(LEVELLED, true) ? 1 : 0;
     const StationNote note = read_rotations(net, row, station);
     read_group_of(net, row, station);
@@ -225,7 +292,7 @@ void read_target(Network &net, Row &row)
 {
     target_input target = target_input();
     hold_name(target.name, net.model.keys, row.name(NAME));
-    read_point(net, row, target);
+    read_point(net, row, false, net.model.targets.size(), target);
     net.model.targets.add(target, row.at());
 }
 

@@ -7,6 +7,7 @@
 #include "host/input/names.h"
 #include "host/own/covariances.h"
 #include "host/own/derived.h"
+#include "host/own/earth.h"
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/own/joint_tests.h"
@@ -54,6 +55,9 @@ private:
     void points();
     void point_precision(int point, PointResult &p) const;
     void moves(int point, PointResult &p) const;
+    void on_earth(int point, PointResult &p) const;
+    void reference_system();
+    void corrections(int observation, ResidualResult &r) const;
     void orientations();
     void residuals();
     void residual(int row);
@@ -193,6 +197,67 @@ void Collection::moves(int point, PointResult &p) const
     }
 }
 
+// Where the present coordinates of a point lie on the earth and on maps.
+void Collection::on_earth(int point, PointResult &p) const
+{
+    constexpr double degrees = 57.295779513082320877;
+    const Reference *reference = outcome.adjusted() ? outcome.reference.get() : nullptr;
+    const std::optional<Place3> place = reference ? place_of(numbers, *reference, point) : std::nullopt;
+    if (!place) return;
+    EarthPlace earth;
+    earth.latitude = place->at.latitude * degrees;
+    earth.longitude = place->at.longitude * degrees;
+    const PointPlace &record = numbers.points[(size_t)point];
+    if (network.p.dim == 3 || network.heightless.count({record.station, record.record}) == 0) {
+        const va::Vec3<double> x =
+            va::geocentric(reference->ellipsoid(),
+                           va::GeographicPlace<double>{place->at.latitude, place->at.longitude, place->height});
+        earth.height = place->height;
+        earth.geocentric = {x.x, x.y, x.z};
+    }
+    p.earth = earth;
+    const std::optional<LatLon> map = reference->on_map(place->at);
+    const std::optional<GridAxes> axes = reference->axes(place->at);
+    if (!map || !axes) return;
+    MapPlace m;
+    m.latitude = map->latitude * degrees;
+    m.longitude = map->longitude * degrees;
+    for (int k = 0; k < 2; k++) {
+        m.latitude_by[k] = axes->latitude[k] * degrees;
+        m.longitude_by[k] = axes->longitude[k] * degrees;
+    }
+    p.map = m;
+}
+
+void Collection::reference_system()
+{
+    const Crs &crs = network.crs;
+    if (!crs.given()) return;
+    CrsResult r;
+    r.network = crs.network;
+    if (outcome.reference) r.name = outcome.reference->name();
+    if (!crs.local()) r.heights = crs.ellipsoidal ? "ellipsoidal" : "orthometric";
+    r.epoch = crs.epoch;
+    results.crs = r;
+}
+
+// From the reading to the value in the grid.
+void Collection::corrections(int observation, ResidualResult &r) const
+{
+    const auto found = numbers.reductions.find(observation);
+    if (found == numbers.reductions.end() || planned) return;
+    const GridReduction &g = found->second;
+    const double before = r.value - (g.ellipsoid + g.projection + g.arc_to_chord + g.convergence);
+    if (r.raw) r.corrections.push_back({"instrument", before - *r.raw});
+    if (!r.raw) r.raw = before;
+    const CorrectionResult all[] = {{"ellipsoid", g.ellipsoid},
+                                    {"projection", g.projection},
+                                    {"arc_to_chord", g.arc_to_chord},
+                                    {"convergence", g.convergence}};
+    for (const CorrectionResult &c : all)
+        if (c.value != 0.0) r.corrections.push_back(c);
+}
+
 void Collection::points()
 {
     for (int i = 0; i < values.n_points; i++) {
@@ -211,6 +276,7 @@ void Collection::points()
         }
         point_precision(i, p);
         moves(i, p);
+        on_earth(i, p);
         results.points.push_back(p);
     }
 }
@@ -344,6 +410,7 @@ void Collection::residual(int row)
         r.raw = raw_reading(network, item.item == Item::vertical_angle, *n.notes, n.row);
     const auto antennas = numbers.raw.find(e.observation[(size_t)row]);
     if (antennas != numbers.raw.end()) r.raw = antennas->second[(size_t)component];
+    corrections(e.observation[(size_t)row], r);
     r.words = words_of(item, name);
     results.residuals.push_back(std::move(r));
 }
@@ -611,6 +678,7 @@ void Collection::pairs()
 
 void Collection::run()
 {
+    reference_system();
     if (outcome.adjusted()) variance();
     precision();
     points();

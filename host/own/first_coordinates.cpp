@@ -104,9 +104,9 @@ void settle(Model &network, FirstNumbers &first)
 
 // Numbers at the coordinates that were found, for lumps that have settled and for what centring adds to the standard
 // deviations there, with the orientations that were found.
-Numbers numbers_again(Model &network, const Numbers &found)
+Numbers numbers_again(Model &network, const Reference *reference, const Numbers &found)
 {
-    Numbers numbers = make_numbers(network);
+    Numbers numbers = make_numbers(network, reference);
     for (size_t s = 0; s < numbers.model.setups.size(); s++)
         for (int k = 0; k < 3; k++) {
             const size_t angle = (size_t)numbers.model.setups[s].first + (size_t)k;
@@ -143,26 +143,26 @@ std::string computed(int n, const char *what)
 
 } // namespace
 
-FirstNumbers make_first_numbers(Model &network)
+FirstNumbers make_first_numbers(Model &network, const Reference *reference)
 {
     const int n = missing(network.stations) + missing(network.targets);
     if (n > 0 && network.mode == Mode::Propagation && network.p.dim != 1) return refuse_planned(network);
     FirstNumbers first;
     if (n == 0) settle(network, first);
-    first.numbers = make_numbers(network);
+    first.numbers = make_numbers(network, reference);
     if (n == 0) return first;
     const start::Start found = start::find_start(&first.numbers.model, what_is_given(network, first.numbers));
     if (found.found())
         write_records(network, first.numbers);
     else if (!found.missing.empty() && network.p.dim != 1 && by_the_engine(network))
-        first.numbers = make_numbers(network);
+        first.numbers = make_numbers(network, reference);
     else
         first.words = start_refusals(network, first.numbers, found);
     if (!first.words.empty()) return first;
     first.notes = start_notes(network, first.numbers, found);
     first.notes.insert(first.notes.begin(), computed(n, network.p.dim == 1 ? "heights" : "coordinates"));
     settle(network, first);
-    if (depend_on_coordinates(network)) first.numbers = numbers_again(network, first.numbers);
+    if (depend_on_coordinates(network)) first.numbers = numbers_again(network, reference, first.numbers);
     return first;
 }
 

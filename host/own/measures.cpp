@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/own/builder.h"
+#include "host/own/earth.h"
 
 namespace vornhost {
 
@@ -21,8 +22,10 @@ struct Table {
 
 // In the plane marks are compared unless the file asks for a reduction; in space instrument and target are unless the
 // file says that it holds distances between the marks.
-va::Kind distance_kind(const project &p)
+va::Kind distance_kind(const Model &m)
 {
+    const project &p = m.p;
+    if (p.dim == 2 && m.crs.given()) return va::Kind::plane_distance; // reduced into the grid
     if (p.dim == 2 && p.iredux == 0) return va::Kind::plane_distance;
     return p.iredux == 9 ? va::Kind::level_distance : va::Kind::slope_distance;
 }
@@ -30,6 +33,8 @@ va::Kind distance_kind(const project &p)
 // Heights of instrument and target act in space, on height differences, and on slopes in the plane.
 bool heights_count(const Builder &b, Item item)
 {
+    if (b.network.crs.given() && item != Item::distance) return true;
+    if (item == Item::distance && b.network.p.dim == 2 && b.network.crs.given()) return true;
     if (item == Item::distance) return b.network.p.iredux != 0 || (b.network.p.dim == 3 && !b.network.between_marks);
     return b.network.p.dim != 2;
 }
@@ -111,8 +116,17 @@ bool lower_to_marks(const Builder &b, const RowNotes &notes, size_t row, va::Obs
     return true;
 }
 
+// A baseline in geocentric axes as one in those of the grid in the middle of the network, for first coordinates.
+void turn_to_grid(const GridHorizon &middle, const gps_input &g, va::Observation &o)
+{
+    const va::Vec3<double> d = middle.seen(g.dx);
+    o.value[0] = d.x;
+    o.value[1] = d.y;
+    o.value[2] = d.z;
+}
+
 // The components that the dimension has, with their part of the covariance.
-void add_baseline(Builder &b, int record)
+void add_baseline(Builder &b, const GridHorizon &middle, int record)
 {
     gps_input &g = b.network.baselines.records[(size_t)record];
     va::Observation o;
@@ -138,6 +152,7 @@ void add_baseline(Builder &b, int record)
     if (!shared) o.group = b.numbers.model.add_group(n, covariance.data());
     o.factor = b.network.p.sgps;
     std::copy(g.dx + first, g.dx + first + n, o.value);
+    if (b.reference) turn_to_grid(middle, g, o);
     const bool antennas = lower_to_marks(b, list.notes, (size_t)record, o);
     b.observe(o, {Item::baseline, record, 0});
     if (antennas) std::copy(g.dx + first, g.dx + first + n, b.numbers.raw[(int)b.numbers.items.size() - 1].begin());
@@ -152,7 +167,7 @@ void add_measures(Builder &b)
     const project &p = m.p;
     const bool heights = p.dim != 2, plan = p.dim != 1, space = p.dim == 3;
     const Table tables[] = {
-        {Item::distance, distance_kind(p), m.distances, p.sdist, plan},
+        {Item::distance, distance_kind(m), m.distances, p.sdist, plan},
         {Item::height_difference, va::Kind::height_difference, m.heightdiffs, p.sdifh, heights},
         {Item::direction, va::Kind::direction, m.directions, p.sdir1, plan},
         {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
@@ -164,7 +179,9 @@ void add_measures(Builder &b)
 
 void add_baselines(Builder &b)
 {
-    for (size_t i = 0; i < b.network.baselines.size() && b.network.p.igps != 0; i++) add_baseline(b, (int)i);
+    if (b.network.baselines.size() == 0 || b.network.p.igps == 0) return;
+    const GridHorizon middle = b.reference ? middle_horizon(b) : GridHorizon();
+    for (size_t i = 0; i < b.network.baselines.size(); i++) add_baseline(b, middle, (int)i);
 }
 
 } // namespace vornhost

@@ -4,6 +4,7 @@
 
 #include "adjust/linear.h"
 #include "host/own/builder.h"
+#include "host/own/earth.h"
 #include "host/own/stands.h"
 
 namespace vornhost {
@@ -99,9 +100,10 @@ Source point_source(const Model &network, const PointPlace &point)
     return point.station ? network.stations.where[(size_t)point.record] : network.targets.where[(size_t)point.record];
 }
 
-Numbers make_numbers(Model &network)
+Numbers make_numbers(Model &network, const Reference *reference)
 {
     Builder b(network);
+    b.reference = reference;
     set_frame(b);
     add_points(b);
     add_setups(b);
@@ -116,6 +118,7 @@ Numbers make_numbers(Model &network)
     add_imports(b);
     add_covariances(b);
     add_centring(b);
+    reduce_roughly(b);
     orient_setups(b.numbers);
     return std::move(b.numbers);
 }

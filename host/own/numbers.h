@@ -7,6 +7,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -60,6 +61,15 @@ struct MotionPlace {
     int lump = 0, epoch = 0, reference = 0;
 };
 
+// What the reduction into the grid added to an observation, metres or radians.
+struct GridReduction {
+    double ellipsoid = 0; // of a distance between the marks to the geodesic, of a direction at the height of the target
+                          // to that of the geodesic
+    double projection = 0;   // of the geodesic to the straight line in the grid
+    double arc_to_chord = 0; // of directions and azimuths
+    double convergence = 0;  // of azimuths
+};
+
 struct Numbers {
     vornadjust::Model model;
     std::vector<PointPlace> points;           // [points]
@@ -72,18 +82,21 @@ struct Numbers {
     std::vector<int> covariances;             // [groups] of the file's, -1
     std::unordered_set<int> absent;           // coordinates that a point has not, though the dimension does
     std::map<int, std::array<double, 3>> raw; // by observation: baselines between antennas, metres
-    Reasons left_out;                         // rows that the file selects and that take no part
-    std::vector<std::string> notes;           // one line each
-    std::vector<std::string> words;           // why there are none, for the user; empty when there are
+    std::unordered_map<int, GridReduction> reductions; // by observation, in the plane of a grid
+    Reasons left_out;                                  // rows that the file selects and that take no part
+    std::vector<std::string> notes;                    // one line each
+    std::vector<std::string> words;                    // why there are none, for the user; empty when there are
 };
 
 // What a point or observation is called: "P", its table and place.
 const char *point_name(const Model &network, const PointPlace &point);
 Source point_source(const Model &network, const PointPlace &point);
 
+class Reference;
+
 // Coordinates must be there (first_coordinates). Observations that cannot take part (a point that is off, an image of
 // too few points) are deselected in the network.
-Numbers make_numbers(Model &network);
+Numbers make_numbers(Model &network, const Reference *reference = nullptr);
 
 // First orientations of set-ups whose station gives none: the circular mean of what its directions give.
 void orient_setups(Numbers &numbers);

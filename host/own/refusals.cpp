@@ -149,6 +149,8 @@ std::vector<std::string> not_adjusted_here(const Model &network)
             "the solver sparse does not compare epochs after the adjustment: choose --solver compact for method = 9 "
             "in [lumps], or write method = 1 (" +
             network.path + ")"};
+    if (network.crs.given() && (has_lumps(network) || network.images.size() > 0))
+        return {"images and lumps need coordinates without a reference system: leave out [crs] (" + network.path + ")"};
     if (const std::string unknown = unknown_value(network); !unknown.empty()) return {unknown};
     return {};
 }

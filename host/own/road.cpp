@@ -12,6 +12,7 @@
 #include "host/own/derived.h"
 #include "host/own/deselect.h"
 #include "host/own/doubt_words.h"
+#include "host/own/earth.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
@@ -40,6 +41,8 @@ public:
 
 private:
     bool prepare();
+    std::vector<std::string> open_reference();
+    void place_again();
     void look_over(bool placed);
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
@@ -87,21 +90,36 @@ void Road::look_over(bool placed)
     for (const std::string &line : doubt_notes(network, outcome.numbers, placed && computed.empty())) note(line);
 }
 
+// The reference system of the network; why not, where it has one that cannot be had.
+std::vector<std::string> Road::open_reference()
+{
+    if (!network.crs.given() || network.crs.local()) return {};
+    std::string fault;
+    std::optional<Reference> reference = Reference::open(network.crs, &fault);
+    if (!reference) return {fault + " (" + network.path + ")"};
+    outcome.reference = std::make_shared<const Reference>(std::move(*reference));
+    return {};
+}
+
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
     if (stop(Ending::not_available, not_adjusted_here(network))) return false;
     if (stop(Ending::bad_import, take_imports(network))) return false;
+    if (stop(Ending::not_available, open_reference())) return false;
     watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
-    FirstNumbers first = make_first_numbers(network);
+    FirstNumbers first = make_first_numbers(network, outcome.reference.get());
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     if (network.mode != Mode::Propagation) look_over(first.words.empty());
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");
+    if (network.crs.given() &&
+        stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
+        return false;
     for (const std::string &line : outcome.numbers.notes) note(line);
     return true;
 }
@@ -199,15 +217,29 @@ std::vector<std::string> Road::adjust_by_weights()
     return {"the weights of the robust estimation changed up to its last round"};
 }
 
+// Reductions and places hold for the coordinates that they were made with: again, until nothing changes.
+void Road::place_again()
+{
+    constexpr int most = 5;
+    constexpr double enough = 1e-5; // metres
+    for (int k = 0; k < most && outcome.adjustment.status == va::Status::adjusted; k++) {
+        if (set_again(network, outcome.reference.get(), outcome.numbers) < enough) return;
+        outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    }
+}
+
 void Road::adjust()
 {
     std::vector<std::string> steps;
-    if (network.tests.snoop && !checking)
+    const bool snoop = network.tests.snoop && !checking;
+    const bool robust = network.tests.robust != Robust::none && !checking;
+    const bool on_earth = network.crs.given() && network.mode != Mode::Propagation;
+    if (on_earth || !(snoop || robust)) outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    if (on_earth) place_again();
+    if (snoop)
         steps = adjust_by_snooping(network, options(), outcome);
-    else if (network.tests.robust != Robust::none && !checking)
+    else if (robust)
         steps = adjust_by_weights();
-    else
-        outcome.adjustment = va::adjust(&outcome.numbers.model, options());
     if (outcome.adjustment.status == va::Status::stopped) {
         outcome.ending = Ending::stopped;
         return;

@@ -3,10 +3,12 @@
 #ifndef VORNHOST_ROAD_H
 #define VORNHOST_ROAD_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "adjust/adjustment.h"
+#include "host/earth/reference.h"
 #include "host/own/numbers.h"
 #include "host/results/results.h"
 #include "host/preparation/closures/closures.h"
@@ -37,6 +39,7 @@ struct OwnOutcome {
     double seconds = 0; // of the computation
     Numbers numbers;
     std::vector<closures::Closures> closures; // before the adjustment
+    std::shared_ptr<const Reference> reference; // of the coordinates; null where the file gives none
     vornadjust::Outcome adjustment;
     std::vector<SnoopStep> snooping;
     std::vector<double> weights; // [observations] of robust estimation; empty for least squares

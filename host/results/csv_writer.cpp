@@ -1,5 +1,6 @@
 #include "host/results/csv_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -103,6 +104,34 @@ std::string points(const Results &results)
     for (const PointResult &p : results.points) {
         sheet.cell(p.name).cell(p.station).cells(p.code).cells(p.approximate).cells(p.adjusted);
         sheet.cells(p.deviation).cells(p.ellipse).end_row();
+    }
+    return sheet.text;
+}
+
+std::string places(const Results &results)
+{
+    Sheet sheet({"name", "latitude", "longitude", "ellipsoidal_height", "X", "Y", "Z", "reference_system"});
+    for (const PointResult &p : results.points) {
+        if (!p.earth) continue;
+        sheet.cell(p.name).cell(p.earth->latitude).cell(p.earth->longitude).cell(p.earth->height);
+        for (size_t k = 0; k < 3; k++)
+            sheet.cell(p.earth->geocentric ? std::optional<double>((*p.earth->geocentric)[k]) : std::nullopt);
+        sheet.cell(results.crs->text()).end_row();
+    }
+    return sheet.text;
+}
+
+std::string reductions(const Results &results)
+{
+    static const char *const names[] = {"instrument", "ellipsoid", "projection", "arc_to_chord", "convergence"};
+    Sheet sheet({"kind", "at", "from", "to", "file", "line", "unit", "raw", "instrument", "ellipsoid", "projection",
+                 "arc_to_chord", "convergence", "value"});
+    for (const ResidualResult &r : results.residuals) {
+        if (r.corrections.empty()) continue;
+        sheet.cell(r.kind).cell(results.words_of(r).at).cell(r.from).cell(r.to).cell(r.file).cell(r.line).cell(r.unit);
+        sheet.cell(r.raw);
+        for (const char *name : names) sheet.cell(r.correction(name));
+        sheet.cell(r.value).end_row();
     }
     return sheet.text;
 }
@@ -227,6 +256,11 @@ std::vector<CsvTable> to_csv(const Results &results)
                                     {"orientations.csv", orientations(results)},
                                     {"residuals.csv", residuals(results)},
                                     {"accounts.csv", accounts(results)}};
+    if (std::any_of(results.points.begin(), results.points.end(), [](const auto &q) { return q.earth.has_value(); }))
+        tables.push_back({"places.csv", places(results)});
+    if (std::any_of(results.residuals.begin(), results.residuals.end(),
+                    [](const auto &r) { return !r.corrections.empty(); }))
+        tables.push_back({"reductions.csv", reductions(results)});
     if (!results.groups.empty()) tables.push_back({"groups.csv", groups(results)});
     if (!results.cameras.empty()) tables.push_back({"cameras.csv", cameras(results)});
     if (!results.lumps.empty()) tables.push_back({"lumps.csv", lumps(results)});

@@ -91,6 +91,7 @@ private:
 
 void Dxf::header()
 {
+    if (results.crs) group(999, results.crs->text()); // a comment
     begin_section("HEADER");
     group(9, "$ACADVER");
     group(1, "AC1009");

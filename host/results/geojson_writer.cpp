@@ -41,7 +41,7 @@ struct Lines {
 class GeoJson {
 public:
     GeoJson(const Results &all, Axes the_axes, JsonText &text)
-        : results(all), axes(the_axes), plan(make_plan(all, the_axes)), json(text)
+        : results(all), axes(the_axes), plan(make_plan(all, the_axes)), on_map(is_mapped(all)), json(text)
     {
     }
 
@@ -66,6 +66,7 @@ private:
     void head();
     void begin(const char *type);
     void position(double right, double up, const std::optional<double> &height = std::nullopt);
+    void place(const PlanPoint &p);
     void point(const PointResult &p, const PlanPoint *place);
     void properties(const PointResult &p);
     void connection(const PlanLine &line);
@@ -74,6 +75,7 @@ private:
     const Results &results;
     const Axes axes;
     const Plan plan;
+    const bool on_map; // longitude and latitude
     JsonText &json;
 };
 
@@ -81,6 +83,9 @@ void GeoJson::head()
 {
     json.pair("type", "FeatureCollection");
     json.pair("name", results.title.empty() ? results.file : results.title);
+    if (results.crs) json.pair("reference_system", results.crs->text());
+    if (on_map)
+        return json.pair("coordinates", "longitude and latitude in degrees (WGS 84), heights above the ellipsoid");
     json.key("crs").null();
     json.pair("coordinates", axes == Axes::yx ? "y, x and z of the network in metres; not longitude and latitude"
                                               : "x, y and z of the network in metres; not longitude and latitude");
@@ -105,6 +110,13 @@ void GeoJson::position(double right, double up, const std::optional<double> &hei
     json.close();
 }
 
+void GeoJson::place(const PlanPoint &p)
+{
+    const PointResult &point = results.points[p.point];
+    if (on_map) return position(point.map->longitude, point.map->latitude, point.earth->height);
+    position(p.right, p.up, p.height);
+}
+
 void GeoJson::properties(const PointResult &p)
 {
     json.key("properties").open_object();
@@ -126,7 +138,7 @@ void GeoJson::point(const PointResult &p, const PlanPoint *place)
 {
     if (place) {
         begin("Point");
-        position(place->right, place->up, place->height);
+        this->place(*place);
         json.close();
     } else {
         json.open_object();
@@ -142,8 +154,8 @@ void GeoJson::connection(const PlanLine &line)
     const PlanPoint &a = plan.points[line.from], &b = plan.points[line.to];
     begin("LineString");
     json.open_array();
-    position(a.right, a.up, a.height);
-    position(b.right, b.up, b.height);
+    place(a);
+    place(b);
     json.close();
     json.close();
     json.key("properties").open_object();
@@ -166,7 +178,12 @@ void GeoJson::ellipse(const PlanEllipse &e)
     for (int k = 0; k <= corners; k++) {
         double right = 0, up = 0;
         ellipse_corner(plan, e, k % corners, corners, &right, &up);
-        position(std::round(right * 1e5) / 1e5, std::round(up * 1e5) / 1e5);
+        if (on_map) {
+            const MapCorner c = map_corner(results, plan, e, axes, right, up);
+            position(c.longitude, c.latitude);
+        } else {
+            position(std::round(right * 1e5) / 1e5, std::round(up * 1e5) / 1e5);
+        }
     }
     json.close();
     json.close();

@@ -348,6 +348,7 @@ json head(const Results &r, const std::string &date)
                 {"words", json(r.words)},
                 {"notes", json(r.notes)},
                 {"datum", r.datum}};
+    if (r.crs) all["reference_system"] = r.crs->text();
     put(all, "iterations", r.iterations);
     put(all, "degrees_of_freedom", r.degrees_of_freedom);
     put(all, "sigma_a_posteriori", r.sigma_aposteriori);

@@ -64,6 +64,20 @@ void put_moves(JsonText &json, const std::vector<MoveResult> &moves)
     json.close();
 }
 
+void put_earth(JsonText &json, const PointResult &p)
+{
+    if (!p.earth) return;
+    json.key("geographic").open_object();
+    json.pair("latitude", p.earth->latitude);
+    json.pair("longitude", p.earth->longitude);
+    json.pair("ellipsoidal_height", p.earth->height);
+    json.close();
+    if (!p.earth->geocentric) return;
+    json.key("geocentric").open_object();
+    for (int k = 0; k < 3; k++) json.pair(axes[k], (*p.earth->geocentric)[(size_t)k]);
+    json.close();
+}
+
 void put(JsonText &json, const PointResult &p)
 {
     json.pair("name", p.name);
@@ -74,6 +88,7 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "standard_deviation", p.deviation, axes);
     put_axes(json, "ellipse", p.ellipse, planes);
     json.pair("uncertainty", p.uncertainty);
+    put_earth(json, p);
     put_moves(json, p.moves);
 }
 
@@ -138,6 +153,11 @@ void put_residual(JsonText &json, const ResidualResult &r, const RowWords &words
     if (!r.component.empty()) json.pair("component", r.component);
     json.pair("unit", r.unit);
     json.pair("raw", r.raw);
+    if (!r.corrections.empty()) {
+        json.key("corrections").open_object();
+        for (const CorrectionResult &c : r.corrections) json.pair(c.name, c.value);
+        json.close();
+    }
     if (r.observed) json.pair("value", r.value);
     json.pair("sigma", r.sigma);
     if (r.observed) json.pair("residual", r.residual);
@@ -431,6 +451,13 @@ void put_run(JsonText &json, const Results &r)
     json.key("units").open_object();
     json.pair("length", "m");
     json.pair("angle", "rad");
+    json.close();
+    if (!r.crs) return;
+    json.key("reference_system").open_object();
+    json.pair("network", r.crs->network);
+    put_text(json, "name", r.crs->name);
+    put_text(json, "heights", r.crs->heights);
+    json.pair("epoch", r.crs->epoch);
     json.close();
 }
 

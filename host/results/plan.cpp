@@ -5,6 +5,8 @@
 #include <map>
 #include <unordered_map>
 
+#include "host/input/utf8.h"
+
 namespace vornhost {
 
 namespace {
@@ -128,6 +130,47 @@ void ellipse_corner(const Plan &plan, const PlanEllipse &e, int k, int n, double
                  across = plan.magnification * e.b * std::sin(t);
     *right = plan.points[e.at].right + along * std::cos(e.angle) - across * std::sin(e.angle);
     *up = plan.points[e.at].up + along * std::sin(e.angle) + across * std::cos(e.angle);
+}
+
+bool is_mapped(const Results &results)
+{
+    const auto mapped = [](const PointResult &p) {
+        return p.map.has_value() || !coordinate(p, 0) || !coordinate(p, 1);
+    };
+    return results.crs && !results.points.empty() && std::all_of(results.points.begin(), results.points.end(), mapped);
+}
+
+MapCorner map_corner(const Results &results, const Plan &plan, const PlanEllipse &ellipse, Axes axes, double right,
+                     double up)
+{
+    const PlanPoint &centre = plan.points[ellipse.at];
+    const MapPlace &m = *results.points[centre.point].map;
+    double x = up - centre.up, y = right - centre.right;
+    if (axes == Axes::xy) std::swap(x, y);
+    return {m.longitude + m.longitude_by[0] * x + m.longitude_by[1] * y,
+            m.latitude + m.latitude_by[0] * x + m.latitude_by[1] * y};
+}
+
+std::string xml_text(const std::string &text)
+{
+    std::string out;
+    for (size_t at = 0; at < text.size();) {
+        const size_t length = std::max<size_t>(1, utf8_length(text, at));
+        const bool whole = utf8_length(text, at) > 0;
+        const std::string c = text.substr(at, length);
+        at += length;
+        if (!whole)
+            out += "?";
+        else if (c == "&")
+            out += "&amp;";
+        else if (c == "<")
+            out += "&lt;";
+        else if (c == ">")
+            out += "&gt;";
+        else if ((unsigned char)c[0] >= 32)
+            out += c;
+    }
+    return out;
 }
 
 } // namespace vornhost

@@ -55,6 +55,21 @@ std::string role_of(const PointResult &point);
 // Corner k of n of an ellipse as it is drawn.
 void ellipse_corner(const Plan &plan, const PlanEllipse &ellipse, int k, int n, double *right, double *up);
 
+// Whether every point with a position has one on maps.
+bool is_mapped(const Results &results);
+
+// Degrees in WGS 84.
+struct MapCorner {
+    double longitude = 0, latitude = 0;
+};
+
+// A place of the plan near the centre of an ellipse, on maps.
+MapCorner map_corner(const Results &results, const Plan &plan, const PlanEllipse &ellipse, Axes axes, double right,
+                     double up);
+
+// Text of XML; control characters have no place there.
+std::string xml_text(const std::string &text);
+
 } // namespace vornhost
 
 #endif

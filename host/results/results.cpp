@@ -4,6 +4,7 @@
 #include "host/results/results.h"
 
 #include <cmath>
+#include <cstdio>
 
 #include "host/input/names.h"
 #include "host/results/result_parts.h"
@@ -176,6 +177,16 @@ void set_ending(const RunOutcome &outcome, Results &results)
 }
 
 } // namespace
+
+std::string CrsResult::text() const
+{
+    std::string line = name.empty() || name == network ? network : network + ", " + name;
+    if (!heights.empty()) line += ", " + heights + " heights";
+    if (!epoch) return line;
+    char year[40];
+    std::snprintf(year, sizeof year, ", epoch %.10g", *epoch);
+    return line + year;
+}
 
 Results describe(const Model &model, const std::string &version)
 {

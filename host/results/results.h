@@ -5,8 +5,10 @@
 #ifndef VORNHOST_RESULTS_H
 #define VORNHOST_RESULTS_H
 
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/run/accounts.h"
@@ -26,6 +28,19 @@ struct MoveResult {
     double by[3] = {0, 0, 0};
 };
 
+// A point on the earth, in the reference system of the network.
+struct EarthPlace {
+    double latitude = 0, longitude = 0;              // degrees
+    std::optional<double> height;                    // above the ellipsoid
+    std::optional<std::array<double, 3>> geocentric; // X, Y, Z, where there is a height
+};
+
+// Where a point stands on maps: degrees in WGS 84, and how they change by a metre of x and of y.
+struct MapPlace {
+    double longitude = 0, latitude = 0;
+    double longitude_by[2] = {0, 0}, latitude_by[2] = {0, 0};
+};
+
 struct PointResult {
     std::string name;
     bool station = false;
@@ -34,6 +49,8 @@ struct PointResult {
     std::optional<double> adjusted[3];
     std::optional<double> deviation[3];      // standard deviations
     std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
+    std::optional<EarthPlace> earth;         // with a reference system
+    std::optional<MapPlace> map;
     std::vector<MoveResult> moves;           // of the lump it belongs to
     std::optional<double> uncertainty;       // radius of the circle that holds the position with 95 %
 };
@@ -62,6 +79,12 @@ struct ObservationTestResult {
     bool rejected = false;
 };
 
+// What a reduction added to a reading.
+struct CorrectionResult {
+    const char *name; // "instrument", "ellipsoid", "projection", "arc_to_chord", "convergence"
+    double value;     // in the unit of the observation
+};
+
 struct ResidualResult {
     std::string kind;       // "distance", "height difference", "direction", "vertical angle", "azimuth", "baseline",
                             // "image point", "weighted coordinate", "weighted rotation", "weighted constant",
@@ -73,11 +96,12 @@ struct ResidualResult {
     std::string from, to;   // to is empty for weighted and imported items
     std::string file;
     int line = 0;
-    int words = -1;              // in Results::row_words, -1: none
-    double value = 0, sigma = 0; // metres or radians; vertical angles as elevations
-    double residual = 0;         // observed less computed
-    bool observed = true;        // false: a planned observation, without adjusted value and residual
-    std::optional<double> raw;   // the reading, where value is what was made of it
+    int words = -1;                            // in Results::row_words, -1: none
+    double value = 0, sigma = 0;               // metres or radians; vertical angles as elevations
+    double residual = 0;                       // observed less computed
+    bool observed = true;                      // false: a planned observation, without adjusted value and residual
+    std::optional<double> raw;                 // the reading, where value is what was made of it
+    std::vector<CorrectionResult> corrections; // from the reading into the grid; they add up to value - raw
     std::optional<double> adjusted;
     std::optional<double> deviation;  // of the residual, before the variance factor
     std::optional<double> redundancy; // 0 (nothing checks it) to 1
@@ -85,6 +109,14 @@ struct ResidualResult {
     std::optional<bool> checked;      // enough other observations control it
     std::optional<ObservationTestResult> test;
     std::optional<bool> outside, normal, normal_divided, tau, tau_divided; // rejection marks
+
+    // The correction of that name.
+    std::optional<double> correction(std::string_view which) const
+    {
+        for (const CorrectionResult &c : corrections)
+            if (which == c.name) return c.value;
+        return std::nullopt;
+    }
 };
 
 struct KindResult {
@@ -115,6 +147,15 @@ struct PairResult {
     std::string from, to;
     std::optional<double> deviation[3];
     std::optional<EllipseResult> ellipse[3];
+};
+
+// The reference system of the coordinates.
+struct CrsResult {
+    std::string network, name; // "EPSG:25832", "ETRS89 / UTM zone 32N"
+    std::string heights;       // "orthometric", "ellipsoidal"; empty for a local system
+    std::optional<double> epoch;
+
+    std::string text() const; // one line for people
 };
 
 // Tests of the variance factor by the sum of squares.
@@ -222,6 +263,7 @@ struct Results {
     std::string program, version, title, file, solver, mode;
     int dimension = 0;
     FileUnits units; // results themselves are metres and radians
+    std::optional<CrsResult> crs;
     bool adjusted = false;
     std::string stage; // where it ended: "input", "first coordinates", "datum", "adjustment", "done"
     std::string code;  // how: "adjusted", "no first coordinates", "no datum", "undetermined", "singular", ...

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/input/utf8.h"
 #include "host/results/report_units.h"
 #include "host/results/test_limits.h"
 
@@ -22,29 +21,6 @@ struct Stroke {
 };
 const Stroke strokes[] = {{"#86a3bd", 0.2}, {"#0072b2", 0.3}, {"#e69f00", 0.5}, {"#b3003c", 0.9}};
 const Stroke no_value = {"#999999", 0.2};
-
-// Text of XML; control characters have no place there.
-std::string escaped(const std::string &text)
-{
-    std::string out;
-    for (size_t at = 0; at < text.size();) {
-        const size_t length = std::max<size_t>(1, utf8_length(text, at));
-        const bool whole = utf8_length(text, at) > 0;
-        const std::string c = text.substr(at, length);
-        at += length;
-        if (!whole)
-            out += "?";
-        else if (c == "&")
-            out += "&amp;";
-        else if (c == "<")
-            out += "&lt;";
-        else if (c == ">")
-            out += "&gt;";
-        else if ((unsigned char)c[0] >= 32)
-            out += c;
-    }
-    return out;
-}
 
 // The largest of 1, 2 or 5 times a power of ten below a length.
 double round_length(double length)
@@ -84,7 +60,8 @@ public:
     {
         text = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + shortest(width) + "mm\" height=\"" +
                shortest(height) + "mm\" viewBox=\"0 0 " + shortest(width) + " " + shortest(height) +
-               "\" font-family=\"sans-serif\" font-size=\"3\">\n<title>" + escaped(results.title) + "</title>\n";
+               "\" font-family=\"sans-serif\" font-size=\"3\">\n<title>" + xml_text(results.title) + "</title>\n";
+        if (results.crs) text += "<desc>" + xml_text(results.crs->text()) + "</desc>\n";
         text += "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
         for (int k = -1; k < 4; k++)
             for (const PlanLine &line : plan.lines)
@@ -153,8 +130,8 @@ void Svg::point(const PlanPoint &p)
         text += "<path d=\"M-0.9 -0.9H0.9V0.9H-0.9Z\" " + at + paint;
     else
         text += "<circle r=\"0.85\" " + at + paint;
-    text += "<text x=\"" + number(x(p.right) + 1.8) + "\" y=\"" + number(y(p.up) - 1.4) + "\">" + escaped(result.name) +
-            "</text>\n";
+    text += "<text x=\"" + number(x(p.right) + 1.8) + "\" y=\"" + number(y(p.up) - 1.4) + "\">" +
+            xml_text(result.name) + "</text>\n";
 }
 
 void Svg::bar(double top, double metres, double millimetres, const std::string &words, const char *colour)

@@ -40,9 +40,9 @@ public:
 
     std::string text() const
     {
-        return head() + summary() + notes() + closures() + points() + orientations() + groups() + cameras() + lumps() +
-               pairs() + observations() + left_out() + tests() + suspects() + together() + weights() + snooping() +
-               derived() + weakest() + refusal() + verdict();
+        return head() + summary() + notes() + closures() + points() + earth() + orientations() + groups() + cameras() +
+               lumps() + pairs() + observations() + reductions() + left_out() + tests() + suspects() + together() +
+               weights() + snooping() + derived() + weakest() + refusal() + verdict();
     }
 
 private:
@@ -51,6 +51,8 @@ private:
     std::string notes() const;
     std::string closures() const;
     std::string points() const;
+    std::string earth() const;
+    std::string reductions() const;
     std::string orientations() const;
     std::string groups() const;
     std::string cameras() const;
@@ -104,6 +106,7 @@ std::string Report::head() const
         {"program", results.program + " " + results.version + ", solver " + results.solver + ", mode " + results.mode});
     table.add({"units", std::string("lengths in ") + units.length_name() + ", angles in " + units.angle_name() +
                             "; precision in " + units.small_length_name() + " and " + units.small_angle_name()});
+    if (results.crs) table.add({"reference system", results.crs->text()});
     if (!results.datum.empty()) table.add({"datum", results.datum});
     if (results.precision) table.add({"precision", precision_text(*results.precision, results.dimension > 1)});
     const std::string lines = table.text();
@@ -173,6 +176,49 @@ std::string Report::points() const
         table.add(cells);
     }
     return section("Points", table);
+}
+
+std::string Report::earth() const
+{
+    TextTable table({{"point", "", Align::left}, {"latitude", "°"}, {"longitude", "°"}, {"ellipsoidal height", "m"}});
+    for (const PointResult &p : results.points)
+        if (p.earth)
+            table.add({p.name, decimal(p.earth->latitude, 10), decimal(p.earth->longitude, 10),
+                       p.earth->height ? decimal(*p.earth->height, 4) : ""});
+    return section("Places on the ellipsoid", table);
+}
+
+// From the readings into the grid; corrections in the small units.
+std::string Report::reductions() const
+{
+    static const char *const names[] = {"instrument", "ellipsoid", "projection", "arc_to_chord", "convergence"};
+    TextTable table({{"kind", "", Align::left},
+                     {"at", "", Align::left},
+                     {"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"read", ""},
+                     {"instrument", ""},
+                     {"ellipsoid", ""},
+                     {"projection", ""},
+                     {"arc to chord", ""},
+                     {"convergence", ""},
+                     {"reduced", ""},
+                     {"unit", "", Align::left},
+                     {"place", "", Align::left}});
+    for (const ResidualResult &r : results.residuals) {
+        if (r.corrections.empty() || brief) continue;
+        std::vector<std::string> cells = {r.kind, results.words_of(r).at, r.from, r.to,
+                                          value(r, r.raw.value_or(r.value))};
+        for (const char *name : names) {
+            const std::optional<double> c = r.correction(name);
+            cells.push_back(c ? small(r, *c) : "");
+        }
+        cells.push_back(value(r, r.value));
+        cells.push_back(kind_unit(r, false) + ", " + kind_unit(r, true));
+        cells.push_back(r.file + ":" + std::to_string(r.line));
+        table.add(cells);
+    }
+    return section("Reductions into the grid", table);
 }
 
 std::string Report::orientations() const

@@ -51,6 +51,7 @@ std::string own_matter(const Model &m)
         return list.size() > 0 ? std::string("table ") + name + " (" + place(m, list.where[0]) + ")" : std::string();
     };
     std::vector<std::string> found = {
+        m.crs.given() ? "[crs] (" + m.path + ")" : std::string(),
         table(m.setups, "setups"),
         table(m.horizontal_distances, "horizontal_distances"),
         table(m.bearings, "bearings"),

@@ -17,13 +17,13 @@ _vorn()
     --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
     --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --dxf | --svg | --update | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --kml | --dxf | --svg | --update | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--force --quiet --help -o -h"
     [ "$command" != export ] || { common="--to --force --quiet --help -o -h"; foreign=; }
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)

@@ -30,6 +30,7 @@ function figures(data) {
   const closures = data.closures.reduce((n, c) => n + c.found, 0), beyond = data.closures.reduce((n, c) => n + c.beyond_limit, 0);
   if (closures) all.push(["closures beyond limits", `${beyond} of ${closures}`, beyond ? "bad" : "good"]);
   if (isNumber(data.iterations)) all.push(["iterations", String(data.iterations)]);
+  if (data.reference_system) all.push(["reference system", data.reference_system, "wide"]);
   if (data.datum) all.push(["datum", data.datum, "wide"]);
   return all;
 }
