@@ -27,10 +27,10 @@ enum class Command { adjust, check, import, export_to };
 
 struct Options {
     Command command = Command::adjust;
-    std::string network; // the network file, or a file of a foreign format
-    bool force = false;  // import and export may replace a file
-    vornhost::ImportOptions foreign;        // what is said of a file of a foreign format
-    std::optional<vornhost::Target> target; // of export
+    std::string network;                         // the network file, or a file of a foreign format
+    bool force = false;                          // import and export may replace a file
+    vornhost::ImportOptions foreign;             // what is said of a file of a foreign format
+    std::optional<vornhost::Target> target;      // of export
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, kml, dxf, svg;          // the same, of the plan
     std::string update;                          // the network file with adjusted coordinates

@@ -82,19 +82,18 @@ std::optional<Format> recognise_lines(std::string_view beginning)
 
 const std::vector<FormatWord> &importable_formats()
 {
-    static const std::vector<FormatWord> formats = {
-        {Format::gkf, "gkf", "network of GNU Gama"},
-        {Format::dna, "dynadjust", "measurements of DynAdjust in columns"},
-        {Format::dynaml, "dynaml", "DynaML of DynAdjust"},
-        {Format::sinex, "sinex", "SINEX"},
-        {Format::gvx, "gvx", "GNSS vectors, GVX"},
-        {Format::lines, "lines", "coded lines of STAR*NET"},
-        {Format::gsi, "gsi", "Leica GSI-8 or GSI-16"},
-        {Format::sdr, "sdr", "Sokkia SDR33 or SDR2x"},
-        {Format::m5, "m5", "Trimble or Zeiss M5"},
-        {Format::jobxml, "jobxml", "Trimble JobXML"},
-        {Format::landxml, "landxml", "LandXML"},
-        {Format::csv, "csv", "list of coordinates"}};
+    static const std::vector<FormatWord> formats = {{Format::gkf, "gkf", "network of GNU Gama"},
+                                                    {Format::dna, "dynadjust", "measurements of DynAdjust in columns"},
+                                                    {Format::dynaml, "dynaml", "DynaML of DynAdjust"},
+                                                    {Format::sinex, "sinex", "SINEX"},
+                                                    {Format::gvx, "gvx", "GNSS vectors, GVX"},
+                                                    {Format::lines, "lines", "coded lines of STAR*NET"},
+                                                    {Format::gsi, "gsi", "Leica GSI-8 or GSI-16"},
+                                                    {Format::sdr, "sdr", "Sokkia SDR33 or SDR2x"},
+                                                    {Format::m5, "m5", "Trimble or Zeiss M5"},
+                                                    {Format::jobxml, "jobxml", "Trimble JobXML"},
+                                                    {Format::landxml, "landxml", "LandXML"},
+                                                    {Format::csv, "csv", "list of coordinates"}};
     return formats;
 }
 

@@ -202,7 +202,7 @@ void Collection::on_earth(int point, PointResult &p) const
 {
     constexpr double degrees = 57.295779513082320877;
     const Reference *reference = outcome.adjusted() ? outcome.reference.get() : nullptr;
-    const std::optional<Place3> place = reference ? place_of(numbers, *reference, point) : std::nullopt;
+    const std::optional<Place3> place = reference ? vornhost::place_of(numbers, *reference, point) : std::nullopt;
     if (!place) return;
     EarthPlace earth;
     earth.latitude = place->at.latitude * degrees;

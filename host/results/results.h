@@ -51,8 +51,8 @@ struct PointResult {
     std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
     std::optional<EarthPlace> earth;         // with a reference system
     std::optional<MapPlace> map;
-    std::vector<MoveResult> moves;           // of the lump it belongs to
-    std::optional<double> uncertainty;       // radius of the circle that holds the position with 95 %
+    std::vector<MoveResult> moves;     // of the lump it belongs to
+    std::optional<double> uncertainty; // radius of the circle that holds the position with 95 %
 };
 
 struct OrientationResult {
