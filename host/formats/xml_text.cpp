@@ -17,25 +17,9 @@ double number_of(const XmlElement &element, Faults &faults)
 
 } // namespace
 
-std::string_view local_name(const XmlElement &element)
-{
-    const std::string_view name = element.name;
-    const size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
-
-const XmlElement *child_of(const XmlElement &element, std::string_view name)
-{
-    for (const XmlElement &child : element.children)
-        if (local_name(child) == name) return &child;
-    return nullptr;
-}
-
 std::string text_of(const XmlElement &element)
 {
-    const size_t begin = element.text.find_first_not_of(" \t\r\n");
-    if (begin == std::string::npos) return std::string();
-    return element.text.substr(begin, element.text.find_last_not_of(" \t\r\n") - begin + 1);
+    return std::string(without_space(element.text));
 }
 
 std::string text_of(const XmlElement &element, std::string_view child)

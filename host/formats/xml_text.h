@@ -1,21 +1,14 @@
-// Texts of XML elements as words and numbers.
+// Texts of XML elements as words and numbers that have to be there.
 
 #ifndef VORNHOST_XML_TEXT_H
 #define VORNHOST_XML_TEXT_H
 
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include "host/formats/xml.h"
+#include "host/formats/xml_values.h"
 
 namespace vornhost {
-
-// The name without its prefix.
-std::string_view local_name(const XmlElement &element);
-
-// The first child of this name, null where there is none.
-const XmlElement *child_of(const XmlElement &element, std::string_view name);
 
 // The text without blanks at its ends; of a child, empty where there is none.
 std::string text_of(const XmlElement &element);
