@@ -29,6 +29,7 @@ struct Options {
     vornhost::ImportOptions foreign; // what is said of such a file
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan
+    std::string update;                          // the network file with adjusted coordinates
     vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;

@@ -14,12 +14,12 @@ _vorn()
     --from) COMPREPLY=($(compgen -W "gkf gsi sdr m5 jobxml landxml csv" -- "$word")); return ;;
     --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --dxf | --svg | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --dxf | --svg | --update | --points | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--force --quiet --help -o -h"
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --update --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)
