@@ -11,8 +11,6 @@ namespace {
 
 constexpr size_t longest_name = 40; // characters
 
-bool is_control(char c) { return (unsigned char)c < 0x20 || c == 0x7F; }
-
 } // namespace
 
 bool RecordLines::read(const std::string &path, Faults &faults)
@@ -69,7 +67,7 @@ std::string point_name(std::string_view bytes, Source at, Faults &faults)
         faults.add(at, "a name is missing", "write one");
     else if (utf8_count(name) > longest_name)
         faults.add(at, "name " + quote(name) + " is longer than 40 characters", "write a shorter one");
-    else if (std::any_of(name.begin(), name.end(), is_control))
+    else if (printable(name) != name)
         faults.add(at, "name " + quote(name) + " has a control character", "write it with letters and digits");
     return name;
 }
