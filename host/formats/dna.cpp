@@ -1,6 +1,7 @@
 #include "host/formats/dna.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <map>
 #include <unordered_map>
@@ -215,6 +216,7 @@ private:
             if (!(scalar > 0.0))
                 return faults.add(m.where, "a scalar of " + words(m) + " is not above 0", "write 1 for none");
         std::vector<Matrix> turns; // of the covariance of each member
+        turns.reserve(m.members.size());
         for (const DnaMember &member : m.members) {
             const Geodetic *place = place_of(m, member);
             if (!place) return leave_out(m, "its scalars need the coordinates of station " + member.first);
@@ -316,6 +318,7 @@ private:
             for (int axis = 0; axis < 3; axis++) group.components.push_back({kind, first_row + i, axis});
         for (size_t i = 0; i < n; i++) {
             std::vector<Matrix> blocks = {turned(turns[i], symmetric(m.members[i].covariance), turns[i])};
+            blocks.reserve(n - i);
             for (size_t j = i + 1; j < n; j++)
                 blocks.push_back(turned(turns[i], square(m.members[i].later[j - i - 1]), turns[j]));
             for (size_t row = 0; row < 3; row++)

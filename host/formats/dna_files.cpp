@@ -1,5 +1,6 @@
 #include "host/formats/dna_files.h"
 
+#include <cctype>
 #include <filesystem>
 
 #include "host/formats/dna_columns.h"

@@ -1,5 +1,6 @@
 #include "host/formats/gvx.h"
 
+#include <cctype>
 #include <cmath>
 #include <map>
 

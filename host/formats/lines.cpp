@@ -1,5 +1,6 @@
 #include "host/formats/lines.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <map>

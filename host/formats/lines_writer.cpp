@@ -1,6 +1,5 @@
 #include "host/formats/lines_writer.h"
 
-#include <cmath>
 #include <map>
 
 #include "host/formats/draft_rows.h"

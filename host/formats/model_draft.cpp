@@ -1,6 +1,7 @@
 #include "host/formats/model_draft.h"
 
-#include <cmath>
+#include <algorithm>
+#include <cstdlib>
 
 #include "host/formats/number_text.h"
 #include "host/input/angle.h"

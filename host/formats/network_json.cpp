@@ -1,6 +1,5 @@
 #include "host/formats/network_json.h"
 
-#include "host/formats/draft_rows.h"
 #include "host/results/json_text.h"
 
 namespace vornhost {

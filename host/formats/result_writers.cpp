@@ -8,7 +8,6 @@
 
 #include "host/formats/geocentric.h"
 #include "host/formats/number_text.h"
-#include "host/input/utf8.h"
 
 namespace vornhost {
 

@@ -89,7 +89,7 @@ void apply_usual_sigmas(const std::map<std::string, double> &sigmas, Draft &draf
         faults.add(first,
                    std::string(key.observation) + " without a standard deviation" +
                        (missing > 1 ? ", and " + std::to_string(missing - 1) + " more behind it" : std::string()),
-                   std::string("write it in the file, or give --sigma ") + key.word + "=VALUE");
+                   "write it in the file");
     }
 }
 
