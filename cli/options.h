@@ -29,6 +29,7 @@ struct Options {
     std::optional<vornhost::Format> format;
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, kml, dxf, svg;          // the same, of the plan
+    std::string update;                          // the network file with adjusted coordinates
     vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;

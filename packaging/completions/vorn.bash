@@ -11,12 +11,12 @@ _vorn()
     --mode) COMPREPLY=($(compgen -W "statistics solution propagation" -- "$word")); return ;;
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --kml | --dxf | --svg | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --kml | --dxf | --svg | --update | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--from --force --quiet --help -o -h"
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
     *)
