@@ -46,38 +46,78 @@ double largest_change(const std::vector<double> &a, const std::vector<double> &b
 
 } // namespace
 
-Robust adjust_robustly(Model *model, const Options &options, Estimator estimator)
+namespace {
+
+class Reweighting {
+public:
+    Reweighting(Model *m, const Options &o) : model(*m), options(o), first(m->value)
+    {
+        for (const Observation &obs : model.observations) factor.push_back(obs.factor);
+        result.weight.assign(factor.size(), 1.0);
+    }
+
+    Robust run(Estimator estimator);
+
+private:
+    void weigh(const std::vector<double> &w);
+    bool settle(Estimator estimator);
+    void finish();
+
+    Model &model;
+    const Options &options;
+    const std::vector<double> first; // values
+    std::vector<double> factor;      // [observations] of the model
+    Robust result;
+};
+
+void Reweighting::weigh(const std::vector<double> &w)
 {
-    const std::vector<double> first = model->value;
-    std::vector<double> factor;
-    for (const Observation &o : model->observations) factor.push_back(o.factor);
-    const auto weigh = [&](const std::vector<double> &w) {
-        for (std::size_t i = 0; i < factor.size(); i++) model->observations[i].factor = factor[i] * std::sqrt(w[i]);
-    };
-    Robust r;
-    r.weight.assign(factor.size(), 1.0);
+    for (std::size_t i = 0; i < factor.size(); i++) model.observations[i].factor = factor[i] * std::sqrt(w[i]);
+}
+
+// Rounds until the weights stay; false where an adjustment fails.
+bool Reweighting::settle(Estimator estimator)
+{
     Options values = options;
     values.statistics = false;
-    r.settled = false;
-    for (int round = 0; round < most_rounds && !r.settled; round++) {
-        model->value = first;
-        weigh(r.weight);
-        r.outcome = adjust(model, values);
-        if (r.outcome.status != Status::adjusted) break;
-        std::vector<double> next = weights_of(*model, r.outcome.equations, factor, estimator);
-        r.settled = largest_change(next, r.weight) < settled_at;
-        r.weight = std::move(next);
+    result.settled = false;
+    for (int round = 0; round < most_rounds && !result.settled; round++) {
+        model.value = first;
+        weigh(result.weight);
+        result.outcome = adjust(&model, values);
+        if (result.outcome.status != Status::adjusted) return false;
+        std::vector<double> next = weights_of(model, result.outcome.equations, factor, estimator);
+        result.settled = largest_change(next, result.weight) < settled_at;
+        result.weight = std::move(next);
     }
-    if (r.outcome.status == Status::adjusted && options.statistics) {
-        Options last = options;
-        last.suspects.weight = r.weight;
-        last.a_priori = true; // weights that follow the residuals make their squares small
-        model->value = first;
-        weigh(r.weight);
-        r.outcome = adjust(model, last);
-    }
+    return true;
+}
+
+// The run with the last weights.
+void Reweighting::finish()
+{
+    Options last = options;
+    last.suspects.weight = result.weight;
+    last.a_priori = true; // weights that follow the residuals make their squares small
+    model.value = first;
+    weigh(result.weight);
+    result.outcome = adjust(&model, last);
+}
+
+// Danish weights forget what is far off: they begin where Huber's have settled.
+Robust Reweighting::run(Estimator estimator)
+{
+    const bool begun = estimator != Estimator::danish || settle(Estimator::huber);
+    if (begun && settle(estimator)) finish();
     weigh(std::vector<double>(factor.size(), 1.0));
-    return r;
+    return std::move(result);
+}
+
+} // namespace
+
+Robust adjust_robustly(Model *model, const Options &options, Estimator estimator)
+{
+    return Reweighting(model, options).run(estimator);
 }
 
 } // namespace vornadjust

@@ -2,7 +2,8 @@
 //
 // With u the largest residual of the components of an observation by their standard deviations, its weight is
 //   huber           1 up to k, then k / u                   k = 1.5   (P. J. Huber, Robust statistics, 1981)
-//   danish          1 up to k, then exp(1 - (u / k)^2)      k = 2     (T. Krarup, J. Juhl, K. Kubik, 1980)
+//   danish          1 up to k, then exp(1 - (u / k)^2)      k = 2     (T. Krarup, J. Juhl, K. Kubik, 1980), from where
+//                   huber has settled
 //   least_absolute  1 up to k, then k / u, and all divided by their median     k = 0.05: the sum of |u| is least, but
 //   for
 //                   residuals below a twentieth of a standard deviation

@@ -35,7 +35,7 @@ public:
     Collection(const Model &model, const OwnOutcome &own, Results &all)
         : network(model), outcome(own), numbers(own.numbers), values(own.numbers.model), adjustment(own.adjustment),
           results(all), planned(model.mode == Mode::Propagation), precise(own.adjusted() && has_precision()),
-          rule(rule_of(model, own.adjustment))
+          rule(rule_of(model, own.adjustment)), detectable(precise ? rule.detectable() : 0.0)
     {
         seen.assign(values.value.size(), false);
         for (const int u : adjustment.equations.column) seen[(size_t)u] = true;
@@ -83,6 +83,7 @@ private:
     Results &results;
     const bool planned, precise;
     const TestRule rule;
+    const double detectable;   // times the root of the cofactors of weighted residuals
     std::vector<int> place_of; // [rows] among the residuals, or -1
     std::vector<bool> seen;    // [unknowns] some observation sees it
     double limit = 0, limit_divided = 0, tau = 0, tau_divided = 0;
@@ -363,9 +364,9 @@ double Collection::weight(int row) const
 void Collection::test(const va::RowStatistics &s, double weight, ResidualResult &r) const
 {
     r.checked = s.controlled() && s.share() >= network.tests.least_redundancy;
-    if (!*r.checked || !rule.foretells()) return;
+    if (!*r.checked || detectable <= 0.0) return;
     ObservationTestResult t;
-    t.detectable = rule.detectable() / std::sqrt(s.control / weight);
+    t.detectable = detectable / std::sqrt(s.control / weight);
     t.bias_to_noise = t.detectable * std::sqrt(std::fmax(0.0, s.weight - s.control));
     t.shift = t.detectable * s.effect;
     if (rule.tests()) {

@@ -6,7 +6,9 @@
 #include <boost/math/distributions/non_central_t.hpp>
 #include <boost/math/distributions/normal.hpp>
 #include <boost/math/distributions/students_t.hpp>
+#include <boost/math/tools/toms748_solve.hpp>
 #include <cmath>
+#include <cstdint>
 
 namespace vornhost {
 
@@ -69,13 +71,13 @@ double tau_shift(double level, double power, double f)
         const bm::non_central_t off(f - 1.0, shift);
         return bm::cdf(bm::complement(off, t)) + bm::cdf(off, -t);
     };
-    double low = 0.0, high = 1.0;
-    while (found(high) < power) high *= 2.0;
-    for (int i = 0; i < 60 && high - low > 1e-10 * high; i++) {
-        const double middle = 0.5 * (low + high);
-        (found(middle) < power ? low : high) = middle;
-    }
-    return high;
+    const auto missing = [&](double shift) { return found(shift) - power; };
+    double low = 0.0, high = t + 1.0;
+    while (missing(high) < 0.0) low = high, high *= 2.0;
+    std::uintmax_t rounds = 100;
+    const auto found_between =
+        bm::tools::toms748_solve(missing, low, high, bm::tools::eps_tolerance<double>(30), rounds);
+    return found_between.second;
 }
 
 } // namespace vornhost

@@ -36,18 +36,21 @@ TestRule::TestRule(const TestSettings &its_settings, int tested, int f, double s
     const bool tau = settings.test == ObservationTest::tau;
     applies = tested > 0 && f > (tau ? 1 : 0);
     alpha = settings.sidak ? sidak_level(settings.level, number) : settings.level;
-    lambda = noncentrality(alpha, settings.power, 1);
     global = settings.global_level;
-    if (settings.test == ObservationTest::b_method)
+    if (settings.test == ObservationTest::b_method) {
+        lambda = noncentrality(alpha, settings.power, 1);
         global = f > 0 ? level_of_same_power(lambda, settings.power, f) : 0.0;
+    }
     largest = !applies ? std::numeric_limits<double>::infinity()
               : tau    ? tau_limit(alpha, f) * sigma
                        : normal_limit(alpha);
-    if (!tau)
-        shift = std::sqrt(lambda);
-    else if (applies)
-        shift = sigma * tau_shift(alpha, settings.power, f);
     words = in_words(settings, alpha, global);
+}
+
+double TestRule::detectable() const
+{
+    if (settings.test != ObservationTest::tau) return std::sqrt(noncentrality(alpha, settings.power, 1));
+    return applies ? root * tau_shift(alpha, settings.power, freedom) : 0.0;
 }
 
 double TestRule::probability(double normalised) const

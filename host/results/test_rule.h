@@ -16,9 +16,8 @@ public:
     // by the standard deviations of the file (not with tau).
     TestRule(const TestSettings &settings, int tested, int f, double sigma);
 
-    bool tests() const { return applies; }       // there is a test
-    bool foretells() const { return shift > 0; } // there is a detectable bias
-    double limit() const { return largest; }     // of the size of a normalised residual with a variance factor of 1
+    bool tests() const { return applies; }   // there is a test
+    double limit() const { return largest; } // of the size of a normalised residual with a variance factor of 1
 
     // Probability of a residual of this size or larger where no observation is wrong; with sidak by family.
     double probability(double normalised) const;
@@ -28,8 +27,8 @@ public:
     double probability_together(double squares, double all_squares, int rank) const;
     double level_together(int rank) const;
 
-    // A detectable bias is this over the root of e^T P Qvv P e.
-    double detectable() const { return shift; }
+    // A detectable bias is this over the root of e^T P Qvv P e; 0 where nothing can be foretold. Takes milliseconds.
+    double detectable() const;
 
     double single_level() const { return alpha; }     // of one observation
     double global_level() const { return global; }    // of the variance factor
@@ -40,7 +39,7 @@ private:
     int number, freedom;
     double root;
     bool applies = false;
-    double alpha = 0, global = 0, largest = 0, shift = 0, lambda = 0;
+    double alpha = 0, global = 0, largest = 0, lambda = 0; // lambda: of the B-method alone
     std::string words;
 };
 

@@ -125,8 +125,8 @@ TEST(ObservationTests, SayWhatIsNotChecked)
     EXPECT_EQ(s.results().tests->unchecked, 1);
     EXPECT_EQ(s.results().tests->tested, 3);
     EXPECT_EQ(verdict(s.results())[2],
-              "1 of 4 observations is not checked by others: height difference B to C (net.inp:14).");
-    EXPECT_NE(s.report.find("not checked  net.inp:14"), std::string::npos) << s.report;
+              "1 of 4 observations is not checked by others: height difference B to C (net.inp:15).");
+    EXPECT_NE(s.report.find("not checked  net.inp:15"), std::string::npos) << s.report;
 }
 
 TEST(ObservationTests, FindTheSuspectAndWhatItWouldHaveToRead)
@@ -208,7 +208,7 @@ TEST(ObservationTests, TestBaselinesByTheirComponentsTogether)
     const double e = 0.02, own = 2 * e * e / 1.5e-4 + e * e / 1e-4; // e' S^-1 e
     EXPECT_EQ(t.components, 3);
     EXPECT_EQ(t.rank, 3);
-    EXPECT_EQ(s.results().residuals[t.first].line, 11);
+    EXPECT_EQ(s.results().residuals[t.first].line, 12);
     EXPECT_NEAR(t.squares, own * 2.0 / 3.0, 1e-6);
     EXPECT_NEAR(t.probability.value(), chi_square_above(own * 2.0 / 3.0, 3), 1e-9);
     // normalised residuals of correlated components: e'Pv by the root of e'PQvvPe
@@ -231,15 +231,15 @@ TEST(ObservationTests, SnoopingLeavesOutTellsAndAccounts)
     ASSERT_TRUE(s.adjusted()) << s.words();
     const Results &r = s.results();
     ASSERT_EQ(r.snooping.size(), 2u);
-    EXPECT_EQ(r.snooping[0].line, 15);
-    EXPECT_EQ(r.snooping[1].line, 10);
+    EXPECT_EQ(r.snooping[0].line, 16);
+    EXPECT_EQ(r.snooping[1].line, 11);
     EXPECT_NEAR(s.point("B").adjusted[2].value(), 101.0, 1e-12);
     EXPECT_EQ(r.degrees_of_freedom, 3);
     ASSERT_EQ(r.accounts[0].left_out.size(), 2u);
     EXPECT_EQ(r.accounts[0].used, 4);
     EXPECT_EQ(r.accounts[0].left_out[0].reason.find("left out by its test: normalised residual "), 0u);
     EXPECT_TRUE(std::any_of(r.notes.begin(), r.notes.end(), [](const std::string &note) {
-        return note.find("net.inp:15: height difference A to B: left out, normalised residual ") == 0;
+        return note.find("net.inp:16: height difference A to B: left out, normalised residual ") == 0;
     }));
     EXPECT_EQ(verdict(r)[1], "No observation is suspicious.");
     EXPECT_NE(to_json(r).find("\"snooping\""), std::string::npos);
@@ -276,7 +276,7 @@ TEST(ObservationTests, DerivedQuantitiesThatHaveNoMeaningAreRefused)
         "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 1 fixed\nB 2 free\n'''\n"
         "height_differences = '''\nfrom to value sigma\nA B 1 0.01\n'''\nderived = '''\nkind from to at\n";
     EXPECT_EQ(faults_of(head + "distance A B -\n'''\n")[0],
-              "net.inp:15:1: distance has no meaning in dimension 1; write height_difference");
+              "net.inp:15:1: \"distance\" in column kind has no meaning in dimension 1; write height_difference");
     EXPECT_EQ(faults_of(head + "height_difference A A -\n'''\n")[0],
               "net.inp:15:21: points of a derived quantity are the same; name different points");
     EXPECT_EQ(faults_of(head + "height_difference A B A\n'''\n")[0],
