@@ -105,18 +105,21 @@ Size Iterator::size_of_step() const
     return s;
 }
 
-// What the step takes from the sum of squares, of rows that had a derivative before it and have one behind it: a sight
-// straight up gets one as soon as its ends move, and its misclosure then is none of the step's.
+// What the step takes from the sum of squares, without rows that have a derivative only behind it: a sight straight up
+// gets one as soon as its ends move, and its misclosure then is none of the step's. In the plane the ends of such a
+// sight stand in one place, which is no place for a step to leave.
 double Iterator::comparable_change(double after) const
 {
     const Equations &e = system.equations;
-    if (e.usable == usable_before) return squares - after;
+    const bool upwards = model.frame.space == Space::space || model.frame.space == Space::sphere;
+    if (!upwards || e.usable == usable_before) return squares - after;
+    const auto is_new = [&](int r) { return e.usable[r] && !usable_before[r]; };
     std::vector<char> changed(model.groups.size(), 0);
     for (int r = 0; r < e.rows(); r++)
-        if (e.group[r] >= 0 && e.usable[r] != usable_before[r]) changed[e.group[r]] = 1;
+        if (e.group[r] >= 0 && is_new(r)) changed[e.group[r]] = 1;
     double change = 0.0;
     for (int r = 0; r < e.rows(); r++) {
-        if (!e.usable[r] || !usable_before[r] || (e.group[r] >= 0 && changed[e.group[r]])) continue;
+        if (is_new(r) || (e.group[r] >= 0 && changed[e.group[r]])) continue;
         const double u = misclosure_before[r], v = system.rows.misclosure[r];
         change += u * u - v * v;
     }

@@ -52,28 +52,46 @@ std::vector<Readings> cut(const Readings &all)
 // The first reading of each target under one zero.
 using Zero = std::unordered_map<std::string, Reading>;
 
-// How a round compares with the readings under one zero.
+// How a round compares with the readings under one zero; one reading in three may be wrong.
 struct Comparison {
     int common = 0;
-    double offset = 0; // mean difference
-    bool same = true;  // all differences are that of one zero
-    bool constant = true;
+    double offset = 0;     // on which most differences agree
+    bool same = false;     // they are those of one zero
+    bool constant = false; // they are those of another one
 };
+
+struct Difference {
+    double angle, limit;
+};
+
+int agreeing(const std::vector<Difference> &all, double offset)
+{
+    return (int)std::count_if(all.begin(), all.end(), [&](const Difference &d) {
+        return std::fabs(std::remainder(d.angle - offset, turn)) <= d.limit;
+    });
+}
 
 Comparison compare(const Readings &round, const Zero &zero)
 {
-    Comparison c;
-    double first = 0;
+    constexpr size_t most_offsets = 10; // that are tried
+    std::vector<Difference> all;
     for (const Reading &r : round) {
         const auto found = zero.find(r.target);
         if (found == zero.end()) continue;
-        const Reading *s = &found->second;
-        const double difference = std::remainder(r.angle - s->angle, turn), limit = most_sigmas * (r.sigma + s->sigma);
-        if (c.common++ == 0) first = difference;
-        c.same &= std::fabs(difference) <= limit;
-        c.constant &= std::fabs(std::remainder(difference - first, turn)) <= limit;
-        c.offset = first;
+        const Reading &s = found->second;
+        all.push_back({std::remainder(r.angle - s.angle, turn), most_sigmas * (r.sigma + s.sigma)});
     }
+    Comparison c;
+    c.common = (int)all.size();
+    const auto most = [&](int n) { return n > 0 && 3 * n >= 2 * c.common; };
+    c.same = most(agreeing(all, 0.0));
+    int best = 0;
+    for (size_t i = 0; i < all.size() && i < most_offsets; i++) {
+        const int n = agreeing(all, all[i].angle);
+        if (n > best) c.offset = all[i].angle;
+        best = std::max(best, n);
+    }
+    c.constant = best >= 2 && most(best);
     return c;
 }
 
@@ -128,7 +146,7 @@ private:
             const Comparison c = compare(round, zeros[z]);
             if (c.common > 0 && c.same) return z;
             if (z == 0) offset = c.offset;
-            apart &= c.common >= 2 && c.constant;
+            apart &= c.constant;
         }
         if (apart) tell(round, offset, rounds);
         return apart ? zeros.size() : 0;

@@ -1,8 +1,8 @@
 // Rounds of directions under different zeros at one stand.
 //
 // A round is a set of the file, or ends where a target comes again. Where the file says which rounds share a zero, they
-// do. Otherwise, where two or more targets of a round were read before, and their readings all differ by the same
-// angle, the circle was turned in between: the round gets an orientation of its own.
+// do. Otherwise, where two or more targets of a round were read before, and their readings (at least two thirds of
+// them) differ by the same angle, the circle was turned in between: the round gets an orientation of its own.
 
 #ifndef VORNHOST_ROUNDS_H
 #define VORNHOST_ROUNDS_H

@@ -34,6 +34,26 @@ TEST(OwnRounds, GetAnOrientationOfTheirOwnUnderAnotherZero)
     EXPECT_TRUE(contains(s.messages, "net.inp:19: station S reads its targets again 199.9996 gon apart"));
 }
 
+TEST(OwnRounds, HaveTheZeroOnWhichTwoThirdsOfTheirReadingsAgree)
+{
+    const SolvedNetwork s = solve_text(two_rounds("S A 210.0004 0.001\nS B 315.0001 0.001\nS C 260 0.001\n"));
+    ASSERT_TRUE(s.adjusted()) << s.words();
+    EXPECT_EQ(s.results().orientations.size(), 2u);
+    ASSERT_FALSE(s.results().suspicious.empty());
+    EXPECT_EQ(s.results().residuals[s.results().suspicious[0]].to, "B");
+}
+
+TEST(OwnRounds, OfMoreThanTwoZerosAreToldApart)
+{
+    std::string rows;
+    for (const int zero : {200, 50, 200, 300})
+        for (const auto &[target, reading] : {std::pair{"A", 10.0}, {"B", 110.0}, {"C", 60.0}})
+            rows += std::string("S ") + target + " " + std::to_string(std::fmod(reading + zero, 400.0)) + " 0.001\n";
+    const SolvedNetwork s = solve_text(two_rounds(rows));
+    ASSERT_TRUE(s.adjusted()) << s.words();
+    EXPECT_EQ(s.results().orientations.size(), 4u); // 0, 200, 50, 300
+}
+
 TEST(OwnRounds, StayTogetherUnderOneZero)
 {
     const SolvedNetwork s = solve_text(two_rounds("S A 10.0004 0.001\nS B 110.0001 0.001\nS C 60 0.001\n"));
