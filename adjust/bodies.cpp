@@ -54,7 +54,6 @@ private:
     std::size_t dimensions() const;
     bool exists(int point, int axis) const { return model.code[3 * point + axis] != Code::absent; }
 
-    const UnitRows &rows;
     const Model &model;
     Bodies out;
     Points all;                     // that rows see
@@ -131,7 +130,7 @@ std::vector<char> anchored_coordinates(const UnitRows &u)
 }
 
 BodySearch::BodySearch(const UnitRows &unit, const Datum &datum, const Dense &movements)
-    : rows(unit), model(*unit.model), anchored(anchored_coordinates(unit)), neighbours(neighbours_in_rows(unit))
+    : model(*unit.model), anchored(anchored_coordinates(unit)), neighbours(neighbours_in_rows(unit))
 {
     for (int p = 0; p < model.n_points; p++)
         if (datum.parts.part_of[p] >= 0) all.push_back(p);

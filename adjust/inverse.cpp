@@ -197,8 +197,10 @@ static void load_triangle(const Square &f, const Part &p)
 {
     for (int q = 0; q < p.wide; q++) {
         double *b = f.triangle_of(q / COLUMNS) + (std::size_t)(q % COLUMNS) * STRIDE;
-        const double *column = f.l + (std::size_t)(p.end - 1 - q) * f.m + (p.end - 1);
-        for (int e = 0; e < q; e++) b[e] = q < p.n ? column[-e] : 0.0;
+        std::fill_n(b, q, 0.0);
+        if (q >= p.n) continue;
+        const double *column = f.l + (std::size_t)(p.end - 1 - q) * f.m + p.end - q; // the rows behind its own
+        std::reverse_copy(column, column + q, b);
     }
 }
 

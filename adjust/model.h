@@ -73,7 +73,7 @@ enum class Kind : unsigned char {
 constexpr int n_kinds = static_cast<int>(Kind::unknown) + 1;
 
 // Number of components (rows) of a kind.
-int components(Kind kind, Space space = Space::space);
+int components(Kind kind, Space space);
 
 // -1 for what an observation does not have.
 struct Observation {

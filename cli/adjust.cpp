@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "host/formats/recognise.h"
+#include "host/input/text_file.h"
 #include "host/run/accounts.h"
 #include "commands.h"
 #include "host/results/csv_writer.h"
@@ -18,6 +20,7 @@
 #include "host/results/json_writer.h"
 #include "host/results/output_file.h"
 #include "host/results/svg_writer.h"
+#include "host/results/updated_network.h"
 #include "host/results/verdict.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
@@ -32,20 +35,34 @@ bool json_shown(const Options &options) { return options.json == "-"; }
 
 bool report_in_file(const Options &options) { return !options.report.empty() && options.report != "-"; }
 
-// Results for people to look at: what, which file, its text.
+// What views need of the files that were read, taken before the working folder changes.
+struct Inputs {
+    InputLines lines;
+    std::string network; // text of the network file, for --update
+};
+
+// A text that is made of results beside report and JSON: what, which file, the text.
 struct View {
     const char *words;
     std::string Options::*file;
-    std::string (*text)(const Options &options, const Results &results, const InputLines &lines);
+    std::string (*text)(const Options &options, const Model &model, const Results &results, const Inputs &inputs);
+    bool only_adjusted = false; // there is none of a network that was not adjusted
 };
 
 const View views[] = {
     {"HTML", &Options::html,
-     [](const Options &, const Results &r, const InputLines &lines) { return to_html(r, lines, utc_now()); }},
+     [](const Options &, const Model &, const Results &r, const Inputs &i) { return to_html(r, i.lines, utc_now()); }},
     {"GeoJSON", &Options::geojson,
-     [](const Options &o, const Results &r, const InputLines &) { return to_geojson(r, o.axes); }},
-    {"DXF", &Options::dxf, [](const Options &o, const Results &r, const InputLines &) { return to_dxf(r, o.axes); }},
-    {"SVG", &Options::svg, [](const Options &o, const Results &r, const InputLines &) { return to_svg(r, o.axes); }}};
+     [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_geojson(r, o.axes); }},
+    {"DXF", &Options::dxf,
+     [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_dxf(r, o.axes); }},
+    {"SVG", &Options::svg,
+     [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_svg(r, o.axes); }},
+    {"network file", &Options::update,
+     [](const Options &, const Model &m, const Results &r, const Inputs &i) {
+         return updated_network(i.network, m, r);
+     },
+     true}};
 
 // Files of a run. They are opened before it, so that a path that cannot be written shows
 // before the computation and not behind it.
@@ -82,12 +99,14 @@ struct Outputs {
     }
 
     // JSON and views under their temporary names. A failure waits until the report has been finished.
-    void prepare_results(const Options &options, const Results &results, const InputLines &lines)
+    void prepare_results(const Options &options, const Model &model, const Results &results, const Inputs &inputs)
     {
         try {
             if (json) write_json(results, [&](std::string_view text) { json->write(text); });
-            for (size_t i = 0; i < seen.size(); i++)
-                if (seen[i]) seen[i]->write(views[i].text(options, results, lines));
+            for (size_t i = 0; i < seen.size(); i++) {
+                if (views[i].only_adjusted && !results.adjusted) seen[i].reset();
+                if (seen[i]) seen[i]->write(views[i].text(options, model, results, inputs));
+            }
         } catch (const OutputError &) {
             failure = std::current_exception();
         }
@@ -175,6 +194,32 @@ bool cannot_be_drawn(const Options &options, const Model &model)
     return true;
 }
 
+bool update_refused(const Options &options, const Model &model)
+{
+    if (options.update.empty()) return false;
+    const char *reason = nullptr;
+    if (options.network == "-" || recognise_file(options.network))
+        reason = "needs a network file; import it first";
+    else if (model.files.size() > 1 &&
+             !same_file(std::filesystem::absolute(std::filesystem::path(options.folder) / options.update)
+                            .parent_path()
+                            .string(),
+                        std::filesystem::absolute(options.network).parent_path()))
+        reason = "has to stand beside the network file, which names other files";
+    if (reason) fprintf(stderr, "vorn: --update %s\n", reason);
+    return reason;
+}
+
+Inputs read_again(const Options &options, const Model &model)
+{
+    Inputs inputs;
+    if (!options.html.empty()) inputs.lines = InputLines(model);
+    TextFile file;
+    Faults faults;
+    if (!options.update.empty() && file.read(options.network, Source(), faults)) inputs.network = file.text();
+    return inputs;
+}
+
 void show_accounts(const Options &options, const RunOutcome &outcome)
 {
     if (options.console.quiet) return;
@@ -219,14 +264,21 @@ int adjust(const Options &options)
     Faults faults;
     if (!read_input(options, model, faults)) return STATUS_USAGE;
     const std::vector<std::filesystem::path> inputs = sources(model);
-    const InputLines lines = options.html.empty() ? InputLines() : InputLines(model);
+    const Inputs texts = read_again(options, model);
+    if (update_refused(options, model)) return STATUS_USAGE;
     enter_folder(options);
     if (would_overwrite(options, inputs) || cannot_be_drawn(options, model)) return STATUS_USAGE;
 
     Outputs outputs(options);
     const Interrupts interrupts(model.solver == Solver::Sparse);
     const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
-    if (!interrupts.came()) outputs.prepare_results(options, run.results, lines);
+    try {
+        if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
+    } catch (const UpdateError &error) {
+        console.finish();
+        fprintf(stderr, "vorn: %s: %s\n", options.network.c_str(), error.what());
+        return STATUS_USAGE;
+    }
     if (interrupts.came()) {
         console.finish();
         return interrupted();

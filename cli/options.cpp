@@ -106,10 +106,11 @@ void add_adjust(CLI::App &app, Options &options)
         const char *name;
         std::string &file;
         const char *help;
-    } drawings[] = {{"--geojson", options.geojson, "points, lines and ellipses as GeoJSON, for maps"},
-                    {"--dxf", options.dxf, "the plan as a drawing in DXF"},
-                    {"--svg", options.svg, "the plan as a drawing for papers"}};
-    for (const auto &d : drawings) adjust->add_option(d.name, d.file, d.help)->check(not_empty)->type_name("FILE");
+    } others[] = {{"--geojson", options.geojson, "points, lines and ellipses as GeoJSON, for maps"},
+                  {"--dxf", options.dxf, "the plan as a drawing in DXF"},
+                  {"--svg", options.svg, "the plan as a drawing for papers"},
+                  {"--update", options.update, "the network file with adjusted coordinates as approximate ones"}};
+    for (const auto &d : others) adjust->add_option(d.name, d.file, d.help)->check(not_empty)->type_name("FILE");
     adjust
         ->add_option_function<std::string>(
             "--axes", [&options](const std::string &word) { options.axes = word == "xy" ? Axes::xy : Axes::yx; },

@@ -31,6 +31,7 @@ struct Options {
     std::optional<vornhost::Format> format;
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan
+    std::string update;                          // the network file with adjusted coordinates
     vornhost::Axes axes = vornhost::Axes::yx;
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
@@ -40,8 +41,6 @@ struct Options {
     bool snoop = false;
     std::optional<vornhost::Robust> robust;
     std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
-    std::string covariance;           // file of the covariances of coordinates
-    std::vector<std::string> covariance_points;
     vornhost::ConsoleOptions console;
 };
 

@@ -10,7 +10,7 @@ endif()
 # No run-time library beside the operating system's.
 add_link_options(-static -static-libgcc -static-libstdc++)
 
-add_library(vornhost SHARED host/run/project.cpp host/input/angle.cpp)
+add_library(vornhost SHARED host/run/project.cpp host/input/angle.cpp host/input/number.cpp)
 target_include_directories(vornhost PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} include)
 target_compile_definitions(vornhost PRIVATE VORN_HOST_EXPORT INTERFACE VORN_HOST_IMPORT)
 

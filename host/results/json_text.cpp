@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstddef>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
@@ -110,15 +109,14 @@ void JsonText::hand_on()
     used = 0;
 }
 
-void JsonText::add(std::string_view words)
+void JsonText::add_beyond(std::string_view words)
 {
-    if (used + words.size() > room) hand_on();
+    hand_on();
     if (words.size() > room) return take(words);
-    std::copy(words.begin(), words.end(), text.begin() + (std::ptrdiff_t)used);
-    used += words.size();
+    add(words);
 }
 
-// What stands before an element: a comma, and a line of its own. The value of a key stands behind it.
+// What stands before an element: a comma, and outside rows a line of its own. The value of a key stands behind it.
 void JsonText::separate()
 {
     if (keyed) {
@@ -126,8 +124,11 @@ void JsonText::separate()
         return;
     }
     if (levels.empty()) return;
-    if (!levels.back().empty) add(',');
-    levels.back().empty = false;
+    Level &level = levels.back();
+    const bool first = level.empty;
+    level.empty = false;
+    if (level.row) return first ? void() : add(", ");
+    if (!first) add(',');
     add(start);
 }
 
@@ -145,16 +146,17 @@ void JsonText::open(char bracket)
 {
     separate();
     add(bracket);
-    levels.push_back({bracket == '{' ? '}' : ']'});
-    start += "  ";
+    const bool row = !levels.empty() && (levels.back().row || (bracket == '{' && levels.back().end == ']'));
+    levels.push_back({bracket == '{' ? '}' : ']', row});
+    if (!row) start += "  ";
 }
 
 void JsonText::close()
 {
     const Level level = levels.back();
     levels.pop_back();
-    start.resize(start.size() - 2);
-    if (!level.empty) add(start);
+    if (!level.row) start.resize(start.size() - 2);
+    if (!level.empty && !level.row) add(start);
     add(level.end);
 }
 

@@ -1,9 +1,11 @@
 // JSON as it grows: objects and arrays are opened, filled and closed, and the text goes on in pieces, so that a large
-// one never stands in memory. Two blanks a level; numbers read back exactly, those that are not finite are null; bytes
-// that are not UTF-8 are replaced.
+// one never stands in memory. Two blanks a level, and each object of a list on one line, as a table has its rows;
+// numbers read back exactly, those that are not finite are null; bytes that are not UTF-8 are replaced.
 
 #ifndef VORNHOST_JSON_TEXT_H
 #define VORNHOST_JSON_TEXT_H
+
+#include <string.h>
 
 #include <functional>
 #include <optional>
@@ -47,13 +49,24 @@ public:
 private:
     struct Level {
         char end;
+        bool row = false; // on one line
         bool empty = true;
     };
 
     void open(char bracket);
     void separate();
-    void add(std::string_view words);
-    void add(char c) { add({&c, 1}); }
+    void add(std::string_view words)
+    {
+        if (words.size() > room - used) return add_beyond(words);
+        memcpy(text.data() + used, words.data(), words.size());
+        used += words.size();
+    }
+    void add(char c)
+    {
+        if (used == room) hand_on();
+        text[used++] = c;
+    }
+    void add_beyond(std::string_view words); // what is left of the room
     void hand_on();
 
     static constexpr size_t room = 1 << 16; // bytes handed on at once
@@ -61,7 +74,7 @@ private:
     Take take;
     std::vector<char> text = std::vector<char>(room);
     size_t used = 0;          // of the room
-    std::string start = "\n"; // of a line: two blanks a level
+    std::string start = "\n"; // of a line outside rows: two blanks a level
     std::vector<Level> levels;
     bool keyed = false; // a key stands there without its value
 };

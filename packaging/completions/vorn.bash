@@ -13,12 +13,12 @@ _vorn()
     --robust) COMPREPLY=($(compgen -W "huber danish l1" -- "$word")); return ;;
     --fail-on) COMPREPLY=($(compgen -W "test suspects unchecked test,suspects,unchecked" -- "$word")); return ;;
     --axes) COMPREPLY=($(compgen -W "yx xy" -- "$word")); return ;;
-    --json | --html | --geojson | --dxf | --svg | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
+    --json | --html | --geojson | --dxf | --svg | --update | -o) COMPREPLY=($(compgen -f -- "$word")); return ;;
     esac
     [ "$command" != import ] || common="--from --force --quiet --help -o -h"
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common" -- "$word")) ;;
     *)

@@ -19,7 +19,7 @@ Model correlated(unsigned seed)
         Linear l;
         linearize(m, o, false, &l);
         o.sigma[0] = random(0.001, 0.1), o.sigma[1] = random(0.001, 0.1), o.sigma[2] = 0.03, o.factor = random(0.5, 2);
-        for (int c = 0; c < components(o.kind); c++) o.value[c] = l.value[c] + random(-0.1, 0.1);
+        for (int c = 0; c < components(o.kind, m.frame.space); c++) o.value[c] = l.value[c] + random(-0.1, 0.1);
     }
     double root[7][7], covariance[7][7] = {};
     for (auto &row : root)

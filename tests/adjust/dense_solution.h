@@ -142,7 +142,7 @@ inline DenseSystem dense_system(const Model &m, bool invariant)
         if (!l.usable) continue;
         int seen[most_unknowns];
         const int n = seen_unknowns(m, o, seen);
-        for (int c = 0; c < components(o.kind); c++) {
+        for (int c = 0; c < components(o.kind, m.frame.space); c++) {
             rows.emplace_back(s.unknown.size(), 0.0L);
             for (int k = 0; k < n; k++)
                 if (column[seen[k]] >= 0) rows.back()[column[seen[k]]] += l.slope[c][k];

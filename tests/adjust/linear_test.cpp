@@ -67,7 +67,7 @@ void expect_quotients(const Model &m)
         linearize(m, o, false, &linear);
         ASSERT_TRUE(linear.usable);
         const int n = seen_unknowns(m, o, seen);
-        for (int c = 0; c < components(o.kind); c++) {
+        for (int c = 0; c < components(o.kind, m.frame.space); c++) {
             for (int k = 0; k < n; k++) {
                 double sum = 0.0; // of the places of an unknown that two ends share
                 for (int l = 0; l < n; l++) sum += seen[l] == seen[k] ? linear.slope[c][l] : 0.0;
@@ -124,7 +124,7 @@ TEST(Linear, SeesNoUnknownThatItsValueIgnoresAndIgnoresNoneThatItDependsOn)
             const int n = seen_unknowns(m, o, seen);
             for (int u = 0; u < m.n_unknowns(); u++) {
                 if (std::find(seen, seen + n, u) != seen + n) continue;
-                for (int c = 0; c < components(o.kind); c++) EXPECT_EQ(quotient(m, o, c, u, 1e-2), 0.0);
+                for (int c = 0; c < components(o.kind, m.frame.space); c++) EXPECT_EQ(quotient(m, o, c, u, 1e-2), 0.0);
             }
         }
     }
@@ -180,7 +180,7 @@ TEST(Linear, InvariantRowsDoNotSeeShiftsTurnAndScaleThatOnlyCurvatureWouldHold)
             const bool upright = o.setup <= 0 && o.kind != Kind::image && o.kind != Kind::unknown;
             if (!upright || o.kind == Kind::level_distance) continue;
             for (int which = 0; which < 5; which++)
-                for (int c = 0; c < components(o.kind) && unmoved(o.kind, which); c++)
+                for (int c = 0; c < components(o.kind, m.frame.space) && unmoved(o.kind, which); c++)
                     EXPECT_NEAR(along(m, o, c, motion(m, which)), 0.0, 1e-13) << (int)o.kind << " " << which;
         }
     }
@@ -195,7 +195,7 @@ TEST(Linear, InvariantRowsKeepTheValueOfTheCurvedEarth)
             Linear exact, invariant;
             linearize(m, o, false, &exact);
             linearize(m, o, true, &invariant);
-            for (int c = 0; c < components(o.kind); c++) EXPECT_EQ(exact.value[c], invariant.value[c]);
+            for (int c = 0; c < components(o.kind, m.frame.space); c++) EXPECT_EQ(exact.value[c], invariant.value[c]);
         }
     }
 }
@@ -211,7 +211,7 @@ TEST(Linear, AVeryLargeSphereIsParallelVerticals)
         Linear a, b;
         linearize(flat, flat.observations[i], false, &a);
         linearize(large, large.observations[i], false, &b);
-        for (int c = 0; c < components(flat.observations[i].kind); c++) {
+        for (int c = 0; c < components(flat.observations[i].kind, flat.frame.space); c++) {
             const double size = std::fmax(1.0, std::fabs(a.value[c]));
             EXPECT_NEAR(a.value[c], b.value[c], 2e-13 * size) << i;
         }

@@ -112,7 +112,8 @@ public:
         for (Observation &o : model.observations) {
             Linear l;
             linearize(model, o, false, &l);
-            for (int c = 0; c < components(o.kind); c++) o.value[c] = l.value[c] + normal(o.sigma[c]);
+            for (int c = 0; c < components(o.kind, model.frame.space); c++)
+                o.value[c] = l.value[c] + normal(o.sigma[c]);
         }
         for (int u = 0; u < model.n_unknowns(); u++)
             if (model.estimated(u))

@@ -554,3 +554,42 @@ TEST_F(Program, TakesAMinusForStandardOutput)
     EXPECT_EQ(run("adjust net.inp -o - --json -"), 2);
     EXPECT_EQ(out, "");
 }
+
+TEST_F(Program, WritesTheNetworkFileWithItsAdjustedCoordinates)
+{
+    EXPECT_EQ(run("adjust net.inp --solver sparse --json net.json -o net.txt --update new.inp"), 0) << err;
+    std::string text = network;
+    text.replace(text.find("101.2 "), 5, "101.233000");
+    text.replace(text.find("103.5 "), 5, "103.453000");
+    EXPECT_EQ(text_of(folder.file("new.inp")), text);
+    EXPECT_EQ(run("adjust new.inp --solver sparse --json new.json -o new.txt"), 0);
+    for (int i = 0; i < 3; i++)
+        EXPECT_NEAR(json("new.json")["points"][i]["adjusted"]["z"].get<double>(),
+                    json("net.json")["points"][i]["adjusted"]["z"].get<double>(), 1e-12);
+}
+
+TEST_F(Program, WritesNoNetworkFileOfWhatItDidNotAdjust)
+{
+    EXPECT_EQ(run("adjust open.inp --update new.inp"), 1);
+    EXPECT_FALSE(exists("new.inp"));
+    EXPECT_EQ(run("adjust net.inp --update net.inp"), 2);
+    EXPECT_EQ(err, "vorn: net.inp is an input of this run; write to another file\n");
+    EXPECT_EQ(run("adjust - --update new.inp", "<net.inp"), 2);
+    EXPECT_EQ(err, "vorn: --update needs a network file; import it first\n");
+    EXPECT_FALSE(exists("new.inp"));
+}
+
+TEST_F(Program, WritesANetworkFileBesideTheOneThatNamesOthers)
+{
+    folder.write("points.csv", "name,z,code\nA,100,fixed\nB,101,free\n");
+    folder.write("split.inp", "[run]\ndimension = 1\n[tables]\ntargets = \"\"\"\nname code\nC free\n\"\"\"\n"
+                              "stations = { file = \"points.csv\" }\nheight_differences = \"\"\"\nfrom to value sigma\n"
+                              "A B 1.25 0.001\nB C 1.5 0.001\n\"\"\"\n");
+    EXPECT_EQ(run("adjust split.inp --update streams/new.inp"), 2);
+    EXPECT_EQ(err, "vorn: --update has to stand beside the network file, which names other files\n");
+    EXPECT_EQ(run("adjust split.inp --quiet -C streams --update ../new.inp -o new.txt"), 2);
+    EXPECT_EQ(
+        err, "vorn: split.inp: the table stations stands in a file of its own; write it into the network file first\n");
+    EXPECT_EQ(run("adjust split.inp -C streams --update new.inp"), 2);
+    EXPECT_FALSE(exists("new.inp") || exists("streams/new.inp") || exists("streams/new.txt"));
+}

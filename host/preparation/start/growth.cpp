@@ -6,10 +6,10 @@ namespace vornhost::start {
 
 namespace {
 
-constexpr double sharp = 0.03;  // of its sights: standard deviation of a place that is known well
-constexpr double useless = 1.0; // of its sights: one that says nothing
-constexpr double checked = 0.8; // agreement of one more observation
-constexpr int enough_votes = 6; // of a circle, after which it is not turned any more
+constexpr double sharp = 0.03;       // of its sights: standard deviation of a place that is known well
+constexpr double useless = 1.0;      // of its sights: one that says nothing
+constexpr double well_checked = 0.8; // agreement of one more observation
+constexpr int enough_votes = 6;      // of a circle, after which it is not turned any more
 // What is not looked at yet: checked by one observation more than needed, or not.
 enum Rank { fresh, agreed, bare, open, blunt, torn };
 
@@ -104,7 +104,7 @@ int Growth::rank_of(const Determination &d) const
 {
     if (d.torn) return torn;
     if (!(d.sigma < sharp * d.reach) && d.reach > 0.0) return blunt;
-    return d.redundancy >= checked ? agreed : open;
+    return d.redundancy >= well_checked ? agreed : open;
 }
 
 void Growth::take(int p, const Determination &d)

@@ -103,7 +103,7 @@ TEST_P(OwnExample, GivesThePublishedCoordinatesAndStandardDeviations)
 }
 
 INSTANTIATE_TEST_SUITE_P(Published, OwnExample, testing::ValuesIn(published),
-                         [](const auto &info) { return std::string(info.param.file); });
+                         [](const auto &tried) { return std::string(tried.param.file); });
 
 // Points of both runs, to a part of their values; standard deviations too.
 void expect_same_points(const SolvedNetwork &own, const SolvedNetwork &engine, double limit)
@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(Examples, SameRules,
                          testing::Values("ghilani_baselines", "ghilani_levelling", "gross_error",
                                          "grossmann_directions", "instrument_constants", "niemeier_distance_direction",
                                          "niemeier_levelling_free", "wolf_distances_vertical_angles"),
-                         [](const auto &info) { return std::string(info.param); });
+                         [](const auto &tried) { return std::string(tried.param); });
 
 // Each coordinate within four of its standard deviations of the truth, and these not larger than most.
 void expect_truth(const SolvedNetwork &solved, const std::map<std::string, std::vector<double>> &truth, double most)

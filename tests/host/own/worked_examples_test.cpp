@@ -80,4 +80,4 @@ TEST_P(WorkedExample, GivesTheDenseSolutionNearTheTruth)
 }
 
 INSTANTIATE_TEST_SUITE_P(Own, WorkedExample, testing::ValuesIn(worked),
-                         [](const testing::TestParamInfo<Worked> &info) { return std::string(info.param.file); });
+                         [](const testing::TestParamInfo<Worked> &tried) { return std::string(tried.param.file); });
