@@ -43,8 +43,6 @@ struct Options {
     bool snoop = false;
     std::optional<vornhost::Robust> robust;
     std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
-    std::string covariance;           // file of the covariances of coordinates
-    std::vector<std::string> covariance_points;
     vornhost::ConsoleOptions console;
 };
 

@@ -115,6 +115,16 @@ bool check_sizes(const Draft &draft, Faults &faults)
     return faults.empty();
 }
 
+// A format of lines or elements that says what it knows of standard deviations itself.
+bool import_network(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
+{
+    const bool good = format == Format::dna                                ? import_dna_columns(path, draft, faults)
+                      : format == Format::sinex || format == Format::lines ? import_text(format, path, draft, faults)
+                                                                           : import_xml(format, path, draft, faults);
+    if (good) apply_usual_sigmas(options.sigma, draft, faults);
+    return good && faults.empty();
+}
+
 bool import_format(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
 {
     switch (format) {
@@ -124,10 +134,7 @@ bool import_format(const std::string &path, Format format, const ImportOptions &
     case Format::csv: return import_records(path, format, options, draft, faults) && check_sizes(draft, faults);
     case Format::jobxml:
     case Format::landxml: return import_xml_records(path, format, options, draft, faults) && check_sizes(draft, faults);
-    case Format::dna: return import_dna_columns(path, draft, faults);
-    case Format::sinex:
-    case Format::lines: return import_text(format, path, draft, faults);
-    default: return import_xml(format, path, draft, faults);
+    default: return import_network(path, format, options, draft, faults);
     }
 }
 
@@ -146,9 +153,8 @@ bool import_file(const std::string &path, const ImportOptions &options, Draft &d
         return false;
     }
     // What cannot be read is said there.
-    if (!import_format(path, format.value_or(Format::gkf), options, draft, faults)) return false;
-    apply_usual_sigmas({}, draft, faults);
-    return faults.empty() && add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
+    return import_format(path, format.value_or(Format::gkf), options, draft, faults) &&
+           add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
 }
 
 bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,

@@ -18,9 +18,10 @@ struct ImportOptions {
     ImportOptions(std::optional<Format> its_format) : format(its_format) {}
 
     std::optional<Format> format;
-    bool keep_sets = false;              // of field books: every set, not the mean of them
-    std::map<std::string, double> sigma; // of field books: keys of [sigma]; millimetres, mgon or arc seconds, ppm
-    std::string station;                 // of field books: of sights before any set-up
+    bool keep_sets = false; // of field books: every set, not the mean of them
+    std::map<std::string, double>
+        sigma;           // where the file gives none: keys of [sigma]; millimetres, mgon or arc seconds, ppm
+    std::string station; // of field books: of sights before any set-up
     std::vector<std::string> station_codes = {"2", "21"}; // of GSI: codes of blocks that open a set-up
     std::string points;                                   // file with coordinates of points
     std::vector<std::string> fixed;                       // names of points that are held
