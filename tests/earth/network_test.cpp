@@ -320,7 +320,7 @@ TEST(EarthNetwork, TakesPointsInLongitudeAndLatitudeAndInGeocentricCoordinates)
     expect_truth(right, r, {a, b}, 1e-5, true);
     EXPECT_EQ(right.results().crs->text(), "EPSG:25832, ETRS89 / UTM zone 32N, ellipsoidal heights, epoch 2020.5");
     const std::string map = to_geojson(right.results(), Axes::yx), kml = to_kml(right.results());
-    EXPECT_NE(map.find("[9.2,50.0,250.0]"), std::string::npos) << map;
+    EXPECT_NE(map.find("[9.2, 50.0, 250.0]"), std::string::npos) << map;
     EXPECT_EQ(map.find("\"crs\""), std::string::npos);
     EXPECT_NE(kml.find("<coordinates>9.2000000000,50.0000000000</coordinates>"), std::string::npos) << kml;
 }
