@@ -23,8 +23,12 @@ namespace {
 
 int run_command(const Options &options)
 {
-    if (options.command == Command::import) return import_network(options);
-    return options.command == Command::check ? check(options) : adjust(options);
+    switch (options.command) {
+    case Command::import: return import_network(options);
+    case Command::check: return check(options);
+    case Command::compare: return compare_epochs(options);
+    default: return adjust(options);
+    }
 }
 
 int command(int argc, char **argv)

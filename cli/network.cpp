@@ -1,8 +1,10 @@
-// What both commands do before and after a run.
+// What the commands do before and after a run.
 
 #include <errno.h>
 #include <stdio.h>
 #include <unistd.h>
+
+#include <filesystem>
 
 #include "commands.h"
 #include "host/formats/import.h"
@@ -54,6 +56,39 @@ bool read_input(const Options &options, Model &model, Faults &faults)
     if (good) return apply(options, model);
     show_lines(faults.lines());
     return false;
+}
+
+bool overwrites_input(const Options &options, const std::vector<Model> &networks)
+{
+    for (const std::string &output : {options.report, options.json})
+        for (const Model &model : networks)
+            for (const std::string &input : model.files) {
+                std::error_code error;
+                if (output.empty() || !std::filesystem::equivalent(output, input, error) || error) continue;
+                fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", output.c_str());
+                return true;
+            }
+    return false;
+}
+
+namespace {
+
+void write_text(const std::string &path, const std::string &text)
+{
+    if (path.empty() || path == "-")
+        fwrite(text.data(), 1, text.size(), stdout);
+    else
+        write_file(path, text);
+}
+
+} // namespace
+
+void write_texts(const Options &options, const std::string &report, const std::string &json)
+{
+    const bool silent = options.json == "-" && options.report.empty();
+    if (!report.empty() && !silent) write_text(options.report, report);
+    if (!options.json.empty()) write_text(options.json, json);
+    flush_standard_output();
 }
 
 void show_lines(const std::vector<std::string> &lines)

@@ -3,6 +3,8 @@
 #include <stdio.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "vorn/version.h"
@@ -45,6 +47,12 @@ const char import_footer[] =
     "  vorn adjust bridge.gkf              adjusted without a network file\n\n"
     "What was left out or assumed stands on standard error and at the head of the network file.\n"
     "Exit status: 0 imported, 2 bad input or usage, 3 the system failed.";
+
+const char compare_footer[] = "Examples:\n"
+                              "  vorn compare may.inp june.inp\n"
+                              "  vorn compare may.inp june.inp july.inp --json moved.json\n\n"
+                              "Exit status: 0 compared, whether points moved or not, 1 an epoch cannot be adjusted,\n"
+                              "2 bad input or usage, 3 the system failed, 130 interrupted.";
 
 // Without the addresses of enumerators in its texts, unlike the transformers of the library.
 template <class Word>
@@ -140,6 +148,57 @@ void add_check(CLI::App &app, Options &options)
     check->callback([&options] { options.command = Command::check; });
 }
 
+void add_outputs(CLI::App *command, Options &options)
+{
+    command->add_option("-o", options.report, "report in this file; - is standard output, as without it")
+        ->check(not_empty)
+        ->type_name("REPORT");
+    command
+        ->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")
+        ->check(not_empty)
+        ->type_name("FILE");
+    command->add_option("-C", options.folder, "work in this folder: output paths start from it")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR");
+    command->add_flag("--quiet", options.console.quiet, "only errors on standard error");
+}
+
+void add_level(CLI::App *command, double &level)
+{
+    command->add_option("--level", level, "probability of a false alarm of each test, above 0 and below 1")
+        ->check(CLI::Validator(
+            [](std::string &text) {
+                char *end = nullptr;
+                const double x = strtod(text.c_str(), &end);
+                return *end == '\0' && x >= 1e-10 && x <= 0.5 ? std::string() : "is not from 1e-10 to 0.5";
+            },
+            "", ""))
+        ->capture_default_str()
+        ->type_name("P");
+}
+
+void add_compare(CLI::App &app, Options &options)
+{
+    CLI::App *compare = app.add_subcommand("compare", "test which points moved between epochs of a network");
+    compare->add_option("EPOCHS", options.networks, "network files, one an epoch, in the order of time")
+        ->required()
+        ->expected(2, 1000)
+        ->type_name("NAME.inp...");
+    vornhost::CompareOptions &c = options.compare;
+    add_outputs(compare, options);
+    add_level(compare, c.level);
+    compare->add_flag("--apriori", c.apriori, "tests with the variance factor 1 instead of that of the epochs");
+    compare->add_flag("--held", c.epochs.held, "coordinates that the files hold stay held; they are free without it");
+    compare->add_option("--points", c.epochs.points, "compare these points alone, names with commas between them")
+        ->delimiter(',')
+        ->type_name("NAMES");
+    compare->add_option("--dates", c.epochs.dates, "dates of the epochs, instead of those in the files")
+        ->delimiter(',')
+        ->type_name("DATES");
+    compare->footer(compare_footer);
+    compare->callback([&options] { options.command = Command::compare; });
+}
+
 std::map<std::string, vornhost::Format> format_words()
 {
     std::map<std::string, vornhost::Format> words;
@@ -167,9 +226,11 @@ void add_import(CLI::App &app, Options &options)
 bool names_command(int argc, char **argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";
-    if (first == "adjust" || first == "check" || first == "import" || first.rfind('-', 0) == 0) return true;
+    static const char *const commands[] = {"adjust", "check", "import", "compare"};
+    if (first.rfind('-', 0) == 0 || std::find(std::begin(commands), std::end(commands), first) != std::end(commands))
+        return true;
     const std::string what = argc > 1 ? "'" + first + "' is no command" : "a command is missing";
-    fprintf(stderr, "vorn: %s; write vorn adjust NAME.inp, vorn check NAME.inp or vorn import FILE\n", what.c_str());
+    fprintf(stderr, "vorn: %s; write vorn adjust NAME.inp, or another command of vorn --help\n", what.c_str());
     return false;
 }
 
@@ -189,6 +250,7 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
     add_adjust(app, options);
     add_check(app, options);
     add_import(app, options);
+    add_compare(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

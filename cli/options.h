@@ -5,7 +5,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "host/epochs/compare.h"
 #include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
@@ -20,12 +22,14 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
-enum class Command { adjust, check, import };
+enum class Command { adjust, check, import, compare };
 
 struct Options {
     Command command = Command::adjust;
-    std::string network; // the network file, or a file of a foreign format
-    bool force = false;  // import may replace a file
+    std::string network;               // the network file, or a file of a foreign format
+    std::vector<std::string> networks; // epochs to compare
+    vornhost::CompareOptions compare;
+    bool force = false; // import may replace a file
     std::optional<vornhost::Format> format;
     std::string report, json, csv, html, folder; // empty: not asked for
     std::string geojson, dxf, svg;               // the same, of the plan

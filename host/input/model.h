@@ -63,6 +63,7 @@ struct Model {
     Model twin() const;
 
     std::string title;
+    std::string date;               // of the observations, as days_of_date() reads it; empty where the file has none
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path
     NameKeys keys;                  // of names that the records have no room for

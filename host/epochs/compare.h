@@ -1,0 +1,89 @@
+// Comparison of the epochs of a network: which points kept their places to one another, and how far the others moved.
+
+#ifndef VORNHOST_COMPARE_H
+#define VORNHOST_COMPARE_H
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/epochs/epoch_networks.h"
+#include "host/epochs/fisher.h"
+#include "host/results/results.h"
+
+namespace vornhost {
+
+struct CompareOptions {
+    EpochSettings epochs;
+    double level = usual_level;        // of each test
+    bool apriori = false;              // the variance factor is 1 instead of that of the epochs
+    std::vector<std::string> strained; // points whose homogeneous strain is wanted
+};
+
+// How far a point moved since the first epoch, against the points that stayed.
+struct Shift {
+    std::optional<double> by[3], deviation[3]; // metres
+    std::optional<EllipseResult> ellipse;      // of confidence 1 - level, in the plane of x and y
+    FisherTest test;                           // that it did not move
+};
+
+// Steady motion of a point through all epochs, metres a year.
+struct Velocity {
+    std::optional<double> by[3], deviation[3];
+    FisherTest moving; // that it is zero
+    FisherTest steady; // that the point kept to it; not made of two epochs
+};
+
+struct PointComparison {
+    std::string name;
+    bool stable = false;
+    std::vector<Shift> shifts; // one for each epoch behind the first
+    std::optional<Velocity> velocity;
+};
+
+// A point that was left out of those that stayed, and the test with it.
+struct Departure {
+    std::string point;
+    FisherTest before;
+};
+
+// Homogeneous strain of a group of points from the first epoch to another one.
+struct Strain {
+    int epoch = 0; // from 1
+    std::vector<std::string> names;
+    std::vector<double> value, deviation; // exx, exy, eyy; in space exx, exy, exz, eyy, eyz, ezz; of heights ezz
+    std::vector<double> principal;        // falling
+    std::optional<double> bearing;        // of the largest, in the plane, from x towards y
+    FisherTest strained;                  // that all are zero
+    FisherTest homogeneous;               // that the points follow it
+};
+
+struct Comparison {
+    std::vector<std::string> words; // why there is none
+    bool bad_input = false, stopped = false;
+    FileUnits units; // of the first file
+    int dimension = 0;
+    double level = usual_level;
+    bool apriori = false;
+    std::vector<EpochResult> epochs;
+    VarianceFactor factor;         // of all epochs together, or 1
+    FisherTest variances;          // that the largest and the smallest of the epochs are the same
+    std::string larger, smaller;   // files of these
+    int coordinates = 0, open = 0; // compared; motions that some epoch leaves open
+    FisherTest congruence;         // of all points
+    std::vector<Departure> departures;
+    FisherTest stable;        // of those that stayed
+    bool stable_found = true; // false: no group of points passed; shifts are then against all of them
+    std::vector<PointComparison> points;
+    std::vector<Strain> strains;
+    std::vector<std::string> elsewhere, notes;
+
+    bool made() const { return words.empty() && !stopped; }
+};
+
+Comparison compare(std::vector<Model> &networks, const CompareOptions &options, const RunWatch &watch = {});
+
+} // namespace vornhost
+
+#endif
