@@ -16,6 +16,8 @@ namespace {
 constexpr double no_information = 1e-9;
 // Singular values of G over some points: below it they do not close a motion.
 constexpr double no_hold = 1e-6;
+// Pivots of full matrices beside their diagonal elements: below it an unknown is a combination of the others.
+constexpr double no_pivot = 1e-12;
 
 SymmetricMatrix full_pattern(int n)
 {
@@ -105,7 +107,9 @@ bool invert_full(int n, std::vector<double> *a)
     const Symbolic symbolic = analyse(s, order);
     Factor factor;
     Inverse inverse;
-    if (!factorize(s, symbolic, factor) || !invert(symbolic, factor, inverse)) return false;
+    FactorOptions options;
+    options.least_pivot = no_pivot;
+    if (!factorize(s, symbolic, factor, options) || !invert(symbolic, factor, inverse)) return false;
     for (int j = 0; j < n; j++)
         for (int i = j; i < n; i++)
             (*a)[(std::size_t)i * n + j] = (*a)[(std::size_t)j * n + i] = *element(symbolic, inverse, i, j);

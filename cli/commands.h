@@ -15,7 +15,9 @@
 int adjust(const Options &options);
 int check(const Options &options);
 int import_network(const Options &options);
-int compare_epochs(const Options &options);
+int compare_epochs(const Options &options); // and of control points
+int transform_list(const Options &options);
+int plan(const Options &options);
 
 // Reads the network file, or a file of another program as one, and applies the options to it. False, with the faults
 // also on standard error, when something is wrong.

@@ -1,4 +1,5 @@
-// vorn compare: tests whether the points of a network kept their places between epochs.
+// vorn compare: tests whether the points of a network kept their places between epochs; vorn control: whether they fit
+// the coordinates at which the file holds them.
 
 #include <stdio.h>
 
@@ -42,7 +43,9 @@ int compare_epochs(const Options &options)
     enter_folder(options);
     if (overwrites_input(options, networks)) return STATUS_USAGE;
     const Interrupts interrupts(true);
-    const Comparison c = compare(networks, options.compare, {&console, interrupts.flag()});
+    const RunWatch watch{&console, interrupts.flag()};
+    const Comparison c = options.command == Command::control ? compare_with_control(networks[0], options.compare, watch)
+                                                             : compare(networks, options.compare, watch);
     if (interrupts.came() || c.stopped) {
         console.finish();
         return interrupted();

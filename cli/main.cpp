@@ -26,7 +26,10 @@ int run_command(const Options &options)
     switch (options.command) {
     case Command::import: return import_network(options);
     case Command::check: return check(options);
-    case Command::compare: return compare_epochs(options);
+    case Command::compare:
+    case Command::control: return compare_epochs(options);
+    case Command::transform: return transform_list(options);
+    case Command::plan: return plan(options);
     default: return adjust(options);
     }
 }

@@ -21,9 +21,16 @@ bool apply(const Options &options, Model &model)
     if (options.mode) model.mode = *options.mode;
     if (options.threads) model.threads = *options.threads;
     model.brief = options.brief;
+    if (options.components) model.components = *options.components;
     model.residual_statistics = !options.no_residual_statistics;
     if (model.solver != Solver::Sparse && (options.brief || options.no_residual_statistics)) {
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
+        return false;
+    }
+    const bool tested = model.solver == Solver::Sparse && model.mode == Mode::Statistics && model.residual_statistics;
+    if (options.components && !tested) {
+        fprintf(stderr,
+                "vorn: --components is for the solver sparse in mode statistics, with statistics of residuals\n");
         return false;
     }
     if (model.solver != Solver::Simplex || model.mode != Mode::Propagation) return true;

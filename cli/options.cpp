@@ -20,6 +20,9 @@ const std::map<std::string, Solver> solvers = {
 const std::map<std::string, Mode> modes = {
     {"statistics", Mode::Statistics}, {"solution", Mode::Solution}, {"propagation", Mode::Propagation}};
 
+const std::map<std::string, vornhost::Components> component_words = {{"propose", vornhost::Components::propose},
+                                                                     {"use", vornhost::Components::use}};
+
 const char overview[] = "Examples:\n"
                         "  vorn check bridge.inp\n"
                         "  vorn adjust bridge.inp -o bridge.txt --json bridge.json\n"
@@ -53,6 +56,12 @@ const char compare_footer[] = "Examples:\n"
                               "  vorn compare may.inp june.inp july.inp --json moved.json\n\n"
                               "Exit status: 0 compared, whether points moved or not, 1 an epoch cannot be adjusted,\n"
                               "2 bad input or usage, 3 the system failed, 130 interrupted.";
+
+const char transform_footer[] = "Examples:\n"
+                                "  vorn transform local.csv national.csv --list moved.csv\n"
+                                "  vorn transform bridge.inp plan.txt --parameters 4 --no-scale\n\n"
+                                "Exit status: 0 transformed, 1 a network cannot be adjusted, 2 bad input or usage, or\n"
+                                "points that do not determine the parameters, 3 the system failed, 130 interrupted.";
 
 // Without the addresses of enumerators in its texts, unlike the transformers of the library.
 template <class Word>
@@ -124,6 +133,8 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_flag("--brief", options.brief, "report without a line for every observation (solver sparse)");
     adjust->add_flag("--no-residual-statistics", options.no_residual_statistics,
                      "no redundancy numbers and tests of residuals (solver sparse)");
+    add_word(adjust, "--components", options.components, component_words,
+             "variance components of kinds and groups (solver sparse)");
     adjust->add_option("--threads", options.threads, "threads of the solver sparse; two where the machine has them")
         ->check(CLI::Range(1, 64))
         ->type_name("N");
@@ -199,6 +210,68 @@ void add_compare(CLI::App &app, Options &options)
     compare->callback([&options] { options.command = Command::compare; });
 }
 
+void add_control(CLI::App &app, Options &options)
+{
+    CLI::App *control = app.add_subcommand("control", "test which control points do not fit a network");
+    control->add_option("NAME.inp", options.networks, "the network file")->required()->expected(1)->type_name("FILE");
+    add_outputs(control, options);
+    add_level(control, options.compare.level);
+    control->add_flag("--apriori", options.compare.apriori, "variance factor 1 instead of that of the free network");
+    control->footer("Example:\n"
+                    "  vorn control bridge.inp\n\n"
+                    "Exit status: 0 tested, whether they fit or not, 1 the free network cannot be adjusted,\n"
+                    "2 bad input or usage, 3 the system failed, 130 interrupted.");
+    control->callback([&options] { options.command = Command::control; });
+}
+
+void add_transform(CLI::App &app, Options &options)
+{
+    CLI::App *transform = app.add_subcommand("transform", "fit one list of coordinates to another");
+    transform
+        ->add_option("LISTS", options.networks,
+                     "two files: a table name x y [z] [sx sy sz], or a network file *.inp for its adjusted points")
+        ->required()
+        ->expected(2)
+        ->type_name("A B");
+    vornhost::TransformOptions &t = options.transform;
+    add_outputs(transform, options);
+    add_level(transform, t.level);
+    transform
+        ->add_option("--parameters", t.parameters,
+                     "3, 4 or 6 (affine) of the plane, 7 of space; 7 where both lists have z, otherwise 4")
+        ->check(CLI::IsMember({3, 4, 6, 7}))
+        ->type_name("N");
+    transform->add_flag("--no-scale", t.no_scale, "the scale is 1");
+    transform->add_flag("--apriori", t.apriori, "variance factor 1 instead of that of the residuals");
+    transform->add_option("--list", options.list, "all points of A in the system of B, as a table with commas")
+        ->check(not_empty)
+        ->type_name("FILE");
+    transform->footer(transform_footer);
+    transform->callback([&options] { options.command = Command::transform; });
+}
+
+void add_plan(CLI::App &app, Options &options)
+{
+    CLI::App *plan =
+        app.add_subcommand("plan", "precision and checks of a planned network, and what would help a point");
+    plan->add_option("NAME.inp", options.network, "the network file; its observations need no values")
+        ->required()
+        ->type_name("FILE");
+    add_outputs(plan, options);
+    plan->add_option("--help-point", options.plan.helped, "the point to help, with --candidates")
+        ->check(not_empty)
+        ->type_name("NAME");
+    plan->add_option("--candidates", options.plan.candidates,
+                     "a table kind from to [at] sigma of observations, one of which might be added")
+        ->check(not_empty)
+        ->type_name("FILE");
+    plan->footer("Example:\n"
+                 "  vorn plan bridge.inp --help-point P7 --candidates more.txt\n\n"
+                 "Exit status: 0 planned, 1 the network is not determined, 2 bad input or usage,\n"
+                 "3 the system failed, 130 interrupted.");
+    plan->callback([&options] { options.command = Command::plan; });
+}
+
 std::map<std::string, vornhost::Format> format_words()
 {
     std::map<std::string, vornhost::Format> words;
@@ -226,7 +299,7 @@ void add_import(CLI::App &app, Options &options)
 bool names_command(int argc, char **argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";
-    static const char *const commands[] = {"adjust", "check", "import", "compare"};
+    static const char *const commands[] = {"adjust", "check", "import", "compare", "control", "transform", "plan"};
     if (first.rfind('-', 0) == 0 || std::find(std::begin(commands), std::end(commands), first) != std::end(commands))
         return true;
     const std::string what = argc > 1 ? "'" + first + "' is no command" : "a command is missing";
@@ -251,6 +324,9 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
     add_check(app, options);
     add_import(app, options);
     add_compare(app, options);
+    add_control(app, options);
+    add_transform(app, options);
+    add_plan(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

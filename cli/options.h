@@ -8,9 +8,11 @@
 #include <vector>
 
 #include "host/epochs/compare.h"
+#include "host/epochs/transform.h"
 #include "host/formats/recognise.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
+#include "host/planning/planning.h"
 #include "host/results/plan.h"
 
 // Exit statuses of the program.
@@ -22,12 +24,15 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
-enum class Command { adjust, check, import, compare };
+enum class Command { adjust, check, import, compare, control, transform, plan };
 
 struct Options {
     Command command = Command::adjust;
     std::string network;               // the network file, or a file of a foreign format
-    std::vector<std::string> networks; // epochs to compare
+    std::vector<std::string> networks; // epochs to compare; the two lists of a transformation
+    std::string list;                  // of transformed coordinates; empty: not asked for
+    vornhost::TransformOptions transform;
+    vornhost::PlanOptions plan;
     vornhost::CompareOptions compare;
     bool force = false; // import may replace a file
     std::optional<vornhost::Format> format;
@@ -39,6 +44,7 @@ struct Options {
     std::optional<int> threads;
     bool brief = false; // report without the tables of observations
     bool no_residual_statistics = false;
+    std::optional<vornhost::Components> components;
     vornhost::ConsoleOptions console;
 };
 

@@ -272,4 +272,14 @@ Comparison compare(std::vector<Model> &networks, const CompareOptions &options, 
     return comparison;
 }
 
+Comparison compare_with_control(Model &network, const CompareOptions &options, const RunWatch &watch)
+{
+    const FileUnits units = file_units(network);
+    const int dimension = network.p.dim;
+    Comparison comparison = Comparing(adjust_to_control(network, watch), options).run();
+    comparison.units = units, comparison.dimension = dimension;
+    comparison.control = true;
+    return comparison;
+}
+
 } // namespace vornhost

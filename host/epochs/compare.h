@@ -16,9 +16,8 @@ namespace vornhost {
 
 struct CompareOptions {
     EpochSettings epochs;
-    double level = usual_level;        // of each test
-    bool apriori = false;              // the variance factor is 1 instead of that of the epochs
-    std::vector<std::string> strained; // points whose homogeneous strain is wanted
+    double level = usual_level; // of each test
+    bool apriori = false;       // the variance factor is 1 instead of that of the epochs
 };
 
 // How far a point moved since the first epoch, against the points that stayed.
@@ -48,21 +47,11 @@ struct Departure {
     FisherTest before;
 };
 
-// Homogeneous strain of a group of points from the first epoch to another one.
-struct Strain {
-    int epoch = 0; // from 1
-    std::vector<std::string> names;
-    std::vector<double> value, deviation; // exx, exy, eyy; in space exx, exy, exz, eyy, eyz, ezz; of heights ezz
-    std::vector<double> principal;        // falling
-    std::optional<double> bearing;        // of the largest, in the plane, from x towards y
-    FisherTest strained;                  // that all are zero
-    FisherTest homogeneous;               // that the points follow it
-};
-
 struct Comparison {
     std::vector<std::string> words; // why there is none
     bool bad_input = false, stopped = false;
-    FileUnits units; // of the first file
+    bool control = false; // the epochs are given control points and the free network
+    FileUnits units;      // of the first file
     int dimension = 0;
     double level = usual_level;
     bool apriori = false;
@@ -76,13 +65,16 @@ struct Comparison {
     FisherTest stable;        // of those that stayed
     bool stable_found = true; // false: no group of points passed; shifts are then against all of them
     std::vector<PointComparison> points;
-    std::vector<Strain> strains;
     std::vector<std::string> elsewhere, notes;
 
     bool made() const { return words.empty() && !stopped; }
 };
 
 Comparison compare(std::vector<Model> &networks, const CompareOptions &options, const RunWatch &watch = {});
+
+// Which control points (fixed or weighted coordinates) do not fit the free network and one another. Of the options
+// level and variance factor count.
+Comparison compare_with_control(Model &network, const CompareOptions &options, const RunWatch &watch = {});
 
 } // namespace vornhost
 

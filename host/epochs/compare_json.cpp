@@ -88,27 +88,6 @@ void put(JsonText &json, const PointComparison &p)
     json.close();
 }
 
-void put(JsonText &json, const Strain &s)
-{
-    json.open_object();
-    json.pair("epoch", s.epoch);
-    json.key("components").open_object();
-    for (size_t i = 0; i < s.value.size(); i++) {
-        json.key(s.names[i]).open_object();
-        json.pair("value", s.value[i]);
-        json.pair("standard_deviation", s.deviation[i]);
-        json.close();
-    }
-    json.close();
-    json.key("principal").open_array();
-    for (const double x : s.principal) json.value(x);
-    json.close();
-    json.pair("bearing", s.bearing);
-    put(json, "strained", s.strained);
-    put(json, "homogeneous", s.homogeneous);
-    json.close();
-}
-
 void put_results(JsonText &json, const Comparison &c)
 {
     json.pair("variance_factor", c.factor.value);
@@ -130,10 +109,6 @@ void put_results(JsonText &json, const Comparison &c)
     json.key("points").open_array();
     for (const PointComparison &p : c.points) put(json, p);
     json.close();
-    if (c.strains.empty()) return;
-    json.key("strains").open_array();
-    for (const Strain &s : c.strains) put(json, s);
-    json.close();
 }
 
 } // namespace
@@ -143,7 +118,7 @@ std::string compare_json(const Comparison &c, const std::string &version)
     std::string text;
     JsonText json([&](std::string_view piece) { text += piece; });
     json.open_object();
-    json.pair("compare", 1);
+    json.pair(c.control ? "control" : "compare", 1);
     json.pair("program", "vorn");
     json.pair("version", version);
     json.pair("compared", c.made());

@@ -39,19 +39,18 @@ public:
 
     std::string text() const
     {
-        return head() + epochs() + congruence() + departures() + shifts() + velocities() + strains() + others() +
-               verdict();
+        return head() + epochs() + congruence() + departures() + shifts() + velocities() + others() + verdict();
     }
 
 private:
     std::string head() const;
     std::string epochs() const;
     std::string congruence() const;
+    std::string control() const;
     std::string departures() const;
     std::string shifts() const;
     std::string shifts_of(size_t epoch) const;
     std::string velocities() const;
-    std::string strains() const;
     std::string others() const;
     std::string verdict() const;
     std::string level() const { return decimal(100.0 * c.level, c.level < 0.001 ? 3 : c.level < 0.01 ? 2 : 1) + " %"; }
@@ -64,18 +63,22 @@ private:
 
 std::string Report::head() const
 {
-    std::string text = underlined("Comparison of " + std::to_string(c.epochs.size()) + " epochs", '=');
+    std::string text = underlined(c.control ? "Control points of " + c.epochs[1].file
+                                            : "Comparison of " + std::to_string(c.epochs.size()) + " epochs",
+                                  '=');
     text += "date   " + date + "\nunits  shifts and precision in " + units.small_length_name() + "\n";
-    text += "tests  at a level of " + level() + "; variance factor " +
-            (c.apriori ? "a priori: 1"
-                       : "a posteriori, of all epochs: sigma " + decimal(std::sqrt(c.factor.value), 4) + " of " +
-                             freedom(c.factor.f) + " degrees of freedom") +
-            "\n";
+    text +=
+        "tests  at a level of " + level() + "; variance factor " +
+        (c.apriori ? "a priori: 1"
+                   : (c.control ? "a posteriori, of the free network: sigma " : "a posteriori, of all epochs: sigma ") +
+                         decimal(std::sqrt(c.factor.value), 4) + " of " + freedom(c.factor.f) + " degrees of freedom") +
+        "\n";
     return text;
 }
 
 std::string Report::epochs() const
 {
+    if (c.control) return {};
     TextTable table({{"epoch", ""},
                      {"file", "", Align::left},
                      {"date", "", Align::left},
@@ -98,11 +101,28 @@ std::string Report::epochs() const
 
 std::string Report::congruence() const
 {
+    if (c.control) return control();
     std::string text = "\n" + underlined("Congruence", '-');
     text += std::to_string(c.points.size()) + " points with " + std::to_string(c.coordinates) +
             " coordinates are compared; " + std::to_string(c.open) +
             " motions are open and were left out of account.\n";
     text += "Did all points keep their places to one another? Growth of v'Pv by the mean of v'Pv: " +
+            words_of(c.congruence) + "\n";
+    return text + (c.congruence.passed() ? "Nothing speaks against it.\n" : "No.\n");
+}
+
+std::string Report::control() const
+{
+    const EpochResult &network = c.epochs[1];
+    const double q = c.congruence.value * c.congruence.h * c.factor.value;
+    std::string text = "\n" + underlined("Free network and control points", '-');
+    text += "free network: " + network.datum + "; v'Pv " + decimal(network.squares, 3) + " of " +
+            std::to_string(network.redundancy) + " degrees of freedom\n";
+    text += "on all control points: v'Pv " + decimal(network.squares + q, 3) + " of " +
+            std::to_string(network.redundancy + c.congruence.h) + "\n";
+    text += std::to_string(c.points.size()) + " points hold " + std::to_string(c.coordinates) + " coordinates; " +
+            std::to_string(c.open) + " motions are open in the free network.\n";
+    text += "Do the control points fit it, and one another? Growth of v'Pv by the variance factor: " +
             words_of(c.congruence) + "\n";
     return text + (c.congruence.passed() ? "Nothing speaks against it.\n" : "No.\n");
 }
@@ -117,10 +137,11 @@ std::string Report::departures() const
         table.add({std::to_string(i + 1), d.point, decimal(d.before.value, 2), decimal(d.before.limit, 2),
                    probability(d.before.p)});
     }
-    return section("Which points moved", table) + "\nThe other points: " + words_of(c.stable) + "\n" +
+    return section(c.control ? "Which control points do not fit" : "Which points moved", table) +
+           "\nThe other points: " + words_of(c.stable) + "\n" +
            (c.stable_found
                 ? ""
-                : "No group of points kept its shape: the shifts below are against the mean of all points.\n");
+                : "No group of points fits together: the shifts below are against the mean of all points.\n");
 }
 
 std::string Report::shifts_of(size_t epoch) const
@@ -136,7 +157,10 @@ std::string Report::shifts_of(size_t epoch) const
     TextTable table(columns);
     for (const PointComparison &p : c.points) {
         const Shift &s = p.shifts[epoch - 1];
-        std::vector<std::string> cells = {p.name, p.stable ? "stable" : c.stable_found ? "moved" : ""};
+        std::vector<std::string> cells = {p.name, p.stable          ? (c.control ? "fits" : "stable")
+                                                  : !c.stable_found ? ""
+                                                  : c.control       ? "does not fit"
+                                                                    : "moved"};
         for (const auto &x : s.by) cells.push_back(small(x));
         for (const auto &x : s.deviation) cells.push_back(small(x));
         cells.push_back(s.ellipse ? units.small_length(s.ellipse->a) : "");
@@ -148,6 +172,7 @@ std::string Report::shifts_of(size_t epoch) const
         cells.push_back(!s.test.made() || s.test.passed() ? "" : "*");
         table.add(cells);
     }
+    if (c.control) return section("Control points: free network less given coordinates", table);
     return section("Shifts from " + c.epochs[0].file + " to " + c.epochs[epoch].file, table);
 }
 
@@ -183,23 +208,6 @@ std::string Report::velocities() const
     return section("Velocities through all epochs", table);
 }
 
-std::string Report::strains() const
-{
-    std::string text;
-    for (const Strain &s : c.strains) {
-        TextTable table({{"strain", "", Align::left}, {"value", "ppm"}, {"standard deviation", "ppm"}});
-        for (size_t i = 0; i < s.value.size(); i++)
-            table.add({s.names[i], decimal(1e6 * s.value[i], 3), decimal(1e6 * s.deviation[i], 3)});
-        text += section("Strain from " + c.epochs[0].file + " to " + c.epochs[(size_t)s.epoch - 1].file, table);
-        text += "principal";
-        for (const double x : s.principal) text += " " + decimal(1e6 * x, 3);
-        text += " ppm" + (s.bearing ? ", the first at bearing " + units.bearing(*s.bearing) : std::string()) + "\n";
-        text += "Is there no strain? " + words_of(s.strained) + "\n";
-        if (s.homogeneous.made()) text += "Do the points follow it? " + words_of(s.homogeneous) + "\n";
-    }
-    return text;
-}
-
 std::string Report::others() const
 {
     std::string text;
@@ -214,12 +222,17 @@ std::string Report::others() const
 std::string Report::verdict() const
 {
     std::string text = "\n" + underlined("Verdict", '-');
-    if (c.congruence.passed()) return text + "At a level of " + level() + " no point moved against the others.\n";
-    if (!c.stable_found) return text + "The points moved, and no group of them kept its shape.\n";
+    if (c.congruence.passed())
+        return text + "At a level of " + level() +
+               (c.control ? " all control points fit.\n" : " no point moved against the others.\n");
+    if (!c.stable_found)
+        return text + (c.control ? "The control points do not fit, and no group of them fits together.\n"
+                                 : "The points moved, and no group of them kept its shape.\n");
     std::string names;
     for (const Departure &d : c.departures) names += (names.empty() ? "" : ", ") + d.point;
     return text + std::to_string(c.departures.size()) + " of " + std::to_string(c.points.size()) +
-           " points moved at a level of " + level() + ": " + names + "\n";
+           (c.control ? " control points do not fit at a level of " : " points moved at a level of ") + level() + ": " +
+           names + "\n";
 }
 
 } // namespace

@@ -5,18 +5,15 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "host/epochs/compared_values.h"
 #include "host/input/date.h"
 #include "host/input/names.h"
-#include "host/own/road.h"
 
 namespace vornhost {
 
 namespace {
 
 namespace va = vornadjust;
-
-// Coefficients of motions of length 1 below it are rounding.
-constexpr double no_motion = 1e-6;
 
 class Silence : public Feedback {
 public:
@@ -58,13 +55,12 @@ private:
     bool take_dates();
     bool choose_names();
     bool few_enough();
+    bool held_alike();
     void make_ready(Model &m);
     void begin_at_first(Model &m);
     bool adjust(size_t epoch);
     bool choose_axes();
     bool collect();
-    void collect_values(size_t epoch);
-    void find_motions();
 
     std::vector<Model> &networks;
     const EpochSettings &settings;
@@ -111,7 +107,7 @@ bool EpochRuns::comparable()
             return refuse(m.path + ": its lumps have epochs of their own",
                           "adjust it alone, or write a file for each epoch without lumps");
     }
-    return take_dates() && choose_names() && few_enough();
+    return take_dates() && choose_names() && few_enough() && held_alike();
 }
 
 bool EpochRuns::take_dates()
@@ -173,6 +169,34 @@ bool EpochRuns::few_enough()
                       std::to_string(count) + " differences of coordinates; at most " + std::to_string(most_compared) +
                       " can be compared at once, as their matrices are full",
                   "name the points to compare with --points; all observations still take part");
+}
+
+// Coordinates that stay held are the same in all epochs.
+bool EpochRuns::held_alike()
+{
+    std::unordered_map<std::string, std::array<double, 3>> first;
+    for (Model &m : networks) {
+        std::vector<std::string> other;
+        each_point(m, [&](auto &p) {
+            const auto at = first.find(shown_name(m, p.name));
+            std::array<double, 3> x{{0, 0, 0}};
+            bool same = true;
+            for (int k = 0; k < 3; k++) {
+                x[(size_t)k] = p.x[k] * metres_per_unit(m.p);
+                const bool held = has_axis(m, k) && is_held(p.ix[k]);
+                if (!held) x[(size_t)k] = NAN;
+                if (held && at != first.end() && !std::isnan(at->second[(size_t)k]))
+                    same &= std::fabs(x[(size_t)k] - at->second[(size_t)k]) < 1e-9;
+            }
+            if (&m == &networks[0]) first.emplace(shown_name(m, p.name), x);
+            if (!same) other.push_back(shown_name(m, p.name));
+        });
+        if (settings.held && !other.empty())
+            return refuse("points that " + m.path + " holds at other coordinates than " + networks[0].path + ": " +
+                              some_names(other),
+                          "hold them at the same coordinates, or leave out --held");
+    }
+    return true;
 }
 
 void EpochRuns::make_ready(Model &m)
@@ -260,102 +284,17 @@ bool EpochRuns::choose_axes()
     return !out.points.empty() || refuse("no coordinate is unknown in all epochs", "free the points to compare");
 }
 
-// The joint cofactors of a run are those of all the names, x, y, z of each.
-void EpochRuns::collect_values(size_t epoch)
-{
-    const OwnOutcome &run = runs[epoch];
-    const std::vector<double> &joint = run.adjustment.statistics.joint;
-    const size_t all = (size_t)std::lround(std::sqrt((double)joint.size()));
-    std::unordered_map<std::string, size_t> row; // of x of a name
-    for (const std::string &name : names)
-        if (places[epoch].count(name) > 0) row.emplace(name, 3 * row.size());
-    va::EpochValues v;
-    std::vector<size_t> at;
-    for (const ComparedPoint &p : out.points)
-        for (const int k : p.axes) {
-            const size_t u = 3 * (size_t)places[epoch].at(p.name) + (size_t)k;
-            v.x.push_back(run.numbers.model.value[u] + run.numbers.origin[k] - runs[0].numbers.origin[k]);
-            at.push_back(row.at(p.name) + (size_t)k);
-        }
-    v.q.reserve(at.size() * at.size());
-    for (const size_t i : at)
-        for (const size_t j : at) v.q.push_back(joint[i * all + j]);
-    out.numbers.values.push_back(std::move(v));
-}
-
-// Seven basic motions of all coordinates of an epoch at the values where its open motions were found.
-va::Dense basic_motions(const va::Similarity &similarity, const Numbers &numbers, const double origin[3])
-{
-    const va::Model &m = numbers.model;
-    va::Dense basic(3 * m.n_points, va::n_motions);
-    for (int u = 0; u < 3 * m.n_points; u++) {
-        if (!m.estimated(u)) continue;
-        double x[3];
-        for (int k = 0; k < 3; k++) x[k] = m.start[(size_t)(u - u % 3 + k)] + numbers.origin[k] - origin[k];
-        for (int c = 0; c < va::n_motions; c++) basic(u, c) = similarity.of_point(c, x, u % 3);
-    }
-    return basic;
-}
-
-// Coefficients of the basic motions that make up the open ones.
-va::Dense coefficients(const va::Dense &basic, const va::Dense &motions)
-{
-    const va::SmallSvd s = va::small_svd(basic);
-    va::Dense c(basic.cols, motions.cols);
-    for (int j = 0; j < motions.cols; j++)
-        for (int k = 0; k < va::count_from(s.s, no_motion * s.s[0]); k++) {
-            double along = 0.0;
-            for (int i = 0; i < basic.rows; i++) along += s.u(i, k) * motions(i, j);
-            for (int i = 0; i < basic.cols; i++) c(i, j) += s.v(i, k) * along / s.s[(size_t)k];
-        }
-    return c;
-}
-
-// Orthonormal columns with the same span, without those below the threshold beside the largest.
-va::Dense spanned(const va::Dense &a)
-{
-    const va::SmallSvd s = va::small_svd(a);
-    return va::column_range(s.u, 0, s.s.empty() ? 0 : va::count_from(s.s, no_motion * std::fmax(s.s[0], 1e-300)));
-}
-
-// All motions that some epoch leaves open, over the compared coordinates.
-void EpochRuns::find_motions()
-{
-    std::vector<int> all((size_t)runs[0].numbers.model.n_points);
-    for (size_t p = 0; p < all.size(); p++) all[p] = (int)p;
-    const va::Similarity similarity = va::similarity(runs[0].numbers.model, all);
-    std::vector<double> columns; // 7 by all open motions
-    for (const OwnOutcome &run : runs) {
-        const va::Dense &open = run.adjustment.determinacy.datum.motions;
-        if (open.cols == 0) continue;
-        const va::Dense c = coefficients(basic_motions(similarity, run.numbers, runs[0].numbers.origin), open);
-        columns.insert(columns.end(), c.a.begin(), c.a.end());
-    }
-    va::Dense c(va::n_motions, (int)columns.size() / va::n_motions);
-    c.a = columns;
-    if (c.cols > 0) c = spanned(c);
-    va::Dense g(out.numbers.n(), c.cols);
-    int row = 0;
-    for (const ComparedPoint &p : out.points) {
-        double x[3];
-        for (size_t k = 0; k < 3; k++) x[k] = p.first[k] - runs[0].numbers.origin[k];
-        for (const int k : p.axes) {
-            for (int j = 0; j < c.cols; j++)
-                for (int i = 0; i < va::n_motions; i++) g(row, j) += c(i, j) * similarity.of_point(i, x, k);
-            row++;
-        }
-    }
-    out.numbers.motions = g.cols > 0 ? spanned(g) : g;
-}
-
 bool EpochRuns::collect()
 {
     if (!choose_axes()) return false;
-    for (size_t e = 0; e < runs.size(); e++) {
-        collect_values(e);
-        runs[e].adjustment.statistics.joint = {};
+    const double *origin = runs[0].numbers.origin;
+    for (OwnOutcome &run : runs) {
+        out.numbers.values.push_back(compared_values(networks[(size_t)(&run - runs.data())], run, out.points, origin));
+        run.adjustment.statistics.joint = {};
     }
-    find_motions();
+    std::vector<const OwnOutcome *> all;
+    for (const OwnOutcome &run : runs) all.push_back(&run);
+    out.numbers.motions = open_motions(all, out.points);
     const int n = out.numbers.n(), d = out.numbers.motions.cols;
     return n > d ||
            refuse("the epochs share " + std::to_string(out.points.size()) + " points with " + std::to_string(n) +

@@ -56,6 +56,10 @@ struct AdjustedEpochs {
 // Adjusts the networks, which are used up. Each file is one epoch, in the order of time.
 AdjustedEpochs adjust_epochs(std::vector<Model> &networks, const EpochSettings &settings, const RunWatch &watch = {});
 
+// The free network on its control points, as two epochs: first the held coordinates of the file, with the cofactors of
+// their standard deviations (0 of fixed ones), then the network that the observations alone make.
+AdjustedEpochs adjust_to_control(Model &network, const RunWatch &watch = {});
+
 } // namespace vornhost
 
 #endif

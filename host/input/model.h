@@ -24,6 +24,7 @@ struct Source {
 
 enum class Solver { Compact, Jordan, Simplex, Sparse };
 enum class Mode { Statistics, Solution, Propagation };
+enum class Components { none, propose, use }; // variance components of the solver sparse, in mode statistics
 
 // Records of one kind with their places, index by index.
 template <class Record> struct List {
@@ -76,7 +77,8 @@ struct Model {
     int steps = 50;                  // most iterations of the solver sparse; p.itmax where the file gives them
     int threads = 0;                 // of the solver sparse; 0: two where the machine has them
     bool residual_statistics = true; // of the solver sparse, in mode statistics: redundancy numbers and tests
-    bool brief = false;              // the report of the solver sparse has no line for each observation
+    Components components = Components::none;
+    bool brief = false; // the report of the solver sparse has no line for each observation
 
     List<station_input> stations;
     std::vector<StationNote> station_notes; // one a station

@@ -442,6 +442,7 @@ void Collection::run()
     orientations();
     residuals();
     kinds();
+    results.components = outcome.components;
     groups();
     cameras();
     lumps();

@@ -5,6 +5,7 @@
 #include <thread>
 #include <unordered_set>
 
+#include "host/own/components.h"
 #include "host/own/covariances.h"
 #include "host/own/exports.h"
 #include "host/own/first_coordinates.h"
@@ -33,6 +34,7 @@ private:
     bool prepare();
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
+    void estimate_components();
     void leave_out();
     void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
@@ -171,6 +173,16 @@ void Road::account_for_image_points()
     }
 }
 
+void Road::estimate_components()
+{
+    if (network.components == Components::none || outcome.adjustment.status != va::Status::adjusted) return;
+    if (outcome.adjustment.statistics.rows.empty() || network.mode != Mode::Statistics) return;
+    std::vector<std::string> notes;
+    outcome.components = find_components(network, outcome.numbers, outcome.adjustment, options(),
+                                         network.components == Components::use, notes);
+    for (const std::string &line : notes) note(line);
+}
+
 void Road::adjust()
 {
     outcome.adjustment = va::adjust(&outcome.numbers.model, options());
@@ -178,6 +190,7 @@ void Road::adjust()
         outcome.ending = Ending::stopped;
         return;
     }
+    estimate_components();
     const va::Iteration &i = outcome.adjustment.iteration;
     if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
     leave_out();

@@ -8,6 +8,7 @@
 
 #include "adjust/adjustment.h"
 #include "host/own/numbers.h"
+#include "host/results/results.h"
 #include "host/run/run_watch.h"
 #include "host/run/runner.h"
 
@@ -35,6 +36,7 @@ struct OwnOutcome {
     double seconds = 0; // of the computation
     Numbers numbers;
     vornadjust::Outcome adjustment;
+    std::vector<ComponentResult> components;
 
     bool adjusted() const { return ending == Ending::adjusted; }
 };

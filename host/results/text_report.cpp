@@ -41,7 +41,7 @@ public:
     std::string text() const
     {
         return head() + summary() + notes() + points() + orientations() + groups() + cameras() + lumps() + pairs() +
-               observations() + left_out() + tests() + refusal() + verdict();
+               observations() + left_out() + tests() + components() + refusal() + verdict();
     }
 
 private:
@@ -58,6 +58,7 @@ private:
     std::string observations_of(const std::string &kind) const;
     std::string left_out() const;
     std::string tests() const;
+    std::string components() const;
     std::string refusal() const;
     std::string verdict() const;
 
@@ -364,6 +365,34 @@ std::string Report::tests() const
                 decimal(normal_limit(significance / (double)results.residuals.size()), 2) + ")\n";
     }
     return text;
+}
+
+std::string Report::components() const
+{
+    TextTable table({{"observations", "", Align::left},
+                     {"number", ""},
+                     {"redundancy", ""},
+                     {"factor", ""},
+                     {"standard deviation", ""},
+                     {"sigma", ""},
+                     {"proposed", ""},
+                     {"", "", Align::left},
+                     {"", "", Align::left}});
+    for (const ComponentResult &c : results.components) {
+        const auto shown = [&](double x) {
+            return c.unit == "m" ? units.small_length(x) : c.unit == "rad" ? units.small_angle(x) : decimal(x, 3);
+        };
+        const std::string unit = c.unit == "m"     ? units.small_length_name()
+                                 : c.unit == "rad" ? units.small_angle_name()
+                                                   : c.unit;
+        table.add({c.name, std::to_string(c.rows), decimal(c.redundancy, 1), c.factor ? decimal(*c.factor, 3) : "",
+                   c.deviation ? decimal(*c.deviation, 3) : "", c.sigma ? shown(*c.sigma) : "",
+                   c.sigma && c.factor ? shown(*c.sigma * *c.factor) : "", c.sigma ? unit : "",
+                   !c.factor ? "too little redundancy"
+                   : c.used  ? "used"
+                             : ""});
+    }
+    return section("Variance components: factors of the standard deviations", table);
 }
 
 // All that is wrong, where the verdict has no room for it.

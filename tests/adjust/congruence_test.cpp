@@ -160,7 +160,8 @@ TEST(Congruence, SaysWhereCofactorsAreNotPositiveDefinite)
 {
     Plane plane(41, 4, 2);
     for (EpochValues &v : plane.epochs.values)
-        for (int j = 0; j < 8; j++) v.q[j] = v.q[(size_t)j * 8] = 0.0;
+        for (int i = 0; i < 4; i++) // more coordinates without errors than motions
+            for (int j = 0; j < 8; j++) v.q[(size_t)i * 8 + j] = v.q[(size_t)j * 8 + i] = 0.0;
     EXPECT_FALSE(Congruence(plane.epochs).good());
 }
 

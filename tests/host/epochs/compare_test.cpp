@@ -8,83 +8,11 @@
 #include <random>
 
 #include "host/epochs/compare_report.h"
-#include "host/own/own_run.h"
+#include "host/epochs/field.h"
 
 using namespace vornhost;
 
 namespace {
-
-struct Place {
-    const char *name;
-    double x, y;
-};
-
-// Four pillars and three points, metres.
-const std::vector<Place> truth = {{"P1", 0, 0},   {"P2", 180, -40}, {"P3", 240, 150}, {"P4", 30, 190},
-                                  {"D1", 80, 40}, {"D2", 110, 60},  {"D3", 140, 80}};
-
-std::string number(double x)
-{
-    char text[40];
-    snprintf(text, sizeof text, "%.9f", x);
-    return text;
-}
-
-// Distances (0.6 mm) and directions (0.4 mgon) from the pillars to all points, with errors.
-class Field {
-public:
-    explicit Field(unsigned seed) : engine(seed) {}
-
-    std::string rows[2]; // distances, directions
-
-    // `words` stand behind each row.
-    void observe(const std::vector<Place> &places, const std::string &words = "", bool distances = true)
-    {
-        const double gon = 200.0 / M_PI;
-        for (size_t s = 0; s < 4; s++) {
-            const double turn = std::uniform_real_distribution<double>(0, 400)(engine);
-            for (size_t q = 0; q < places.size(); q++) {
-                if (q == s) continue;
-                const double dx = places[q].x - places[s].x, dy = places[q].y - places[s].y;
-                const std::string ends = std::string(places[s].name) + " " + places[q].name + " ";
-                const double distance = std::hypot(dx, dy) + normal(0.0006),
-                             direction = std::atan2(dy, dx) * gon - turn + normal(0.0004);
-                if (distances) rows[0] += ends + number(distance) + words + "\n";
-                rows[1] += ends + number(std::fmod(direction + 800, 400)) + words + "\n";
-            }
-        }
-    }
-
-    double normal(double sigma) { return std::normal_distribution<double>(0, sigma)(engine); }
-
-    std::string text(const std::string &code = "free", double off = 0, const std::string &heading = "",
-                     const std::string &run = "") const
-    {
-        std::string all = "[run]\ndimension = 2\n" + run +
-                          "[sigma]\ndistances = 0.0006\ndirections = 0.0004\n[tables]\nstations = '''\nname x y code\n";
-        for (size_t p = 0; p < truth.size(); p++) {
-            if (p == 4) all += "'''\ntargets = '''\nname x y\n";
-            all += truth[p].name + (" " + number(truth[p].x + off)) + " " + number(truth[p].y - off * (p % 2)) + " " +
-                   (p < 2   ? code
-                    : p < 4 ? "free"
-                            : "") +
-                   "\n";
-        }
-        if (!rows[0].empty()) all += "'''\ndistances = '''\nfrom to value" + heading + "\n" + rows[0];
-        return all + "'''\ndirections = '''\nfrom to value" + heading + "\n" + rows[1] + "'''\n";
-    }
-
-private:
-    std::mt19937 engine;
-};
-
-std::vector<Place> moved(const std::string &name, double dx, double dy)
-{
-    std::vector<Place> places = truth;
-    for (Place &p : places)
-        if (p.name == name) p.x += dx, p.y += dy;
-    return places;
-}
 
 std::string epoch(unsigned seed, const std::vector<Place> &places, const std::string &run = "")
 {
@@ -117,13 +45,6 @@ std::string words(const Comparison &c)
     std::string all;
     for (const std::string &w : c.words) all += w + "\n";
     return all;
-}
-
-double squares(const std::string &text)
-{
-    const SolvedNetwork solved = solve_text(text);
-    EXPECT_TRUE(solved.adjusted()) << solved.words();
-    return solved.results().variance_test->squares;
 }
 
 } // namespace
@@ -205,19 +126,24 @@ TEST(Compare, TakesOutTheMotionsThatOneEpochLeavesOpen)
     EXPECT_FALSE(compared({a.text(), seen.text()}).congruence.passed());
 }
 
-// Of held files the scale is not open, and held points are not compared.
+// Held points are not compared, and the motion is that against them.
 TEST(Compare, KeepsHeldCoordinatesWhereItIsAsked)
 {
     Field a(9), b(10);
     a.observe(truth);
-    b.observe(moved("P2", 0.01, 0));
+    b.observe(moved("D2", 0.01, 0));
     CompareOptions options;
     options.epochs.held = true;
     const Comparison c = compared({a.text("fixed"), b.text("fixed")}, options);
     ASSERT_TRUE(c.made()) << words(c);
     EXPECT_EQ(c.open, 0);
     EXPECT_EQ(c.points.size(), 5u);
-    EXPECT_FALSE(c.congruence.passed());
+    ASSERT_EQ(c.departures.size(), 1u);
+    EXPECT_EQ(c.departures[0].point, "D2");
+    EXPECT_EQ(c.congruence.h, 10);
+    EXPECT_EQ(words(compared({a.text("fixed"), b.text("fixed", 0.5)}, options)),
+              "points that epoch2.inp holds at other coordinates than epoch1.inp: P1, P2\n"
+              "hold them at the same coordinates, or leave out --held\n");
 }
 
 TEST(Compare, GivesVelocitiesOfThreeEpochs)
