@@ -4,6 +4,9 @@
 #ifndef VORN_CLI_COMMANDS_H
 #define VORN_CLI_COMMANDS_H
 
+#include <string>
+#include <vector>
+
 #include "host/input/faults.h"
 #include "host/input/model.h"
 #include "options.h"
@@ -13,6 +16,9 @@ int adjust(const Options &options);
 int check(const Options &options);
 int import_network(const Options &options);
 int export_to(const Options &options);
+int compare_epochs(const Options &options); // and of control points
+int transform_list(const Options &options);
+int plan(const Options &options);
 
 // Reads the network file, or a file of another program as one, and applies the options to it. False, with the faults
 // also on standard error, when something is wrong.
@@ -23,6 +29,13 @@ bool may_write(const Options &options, const std::string &target);
 
 // Says that the run was interrupted; returns its exit status.
 int interrupted();
+
+// Whether an output of the options is one of the files that were read, which a line then says.
+bool overwrites_input(const Options &options, const std::vector<vornhost::Model> &networks);
+
+// The report, where there is one, and the JSON go where the options say: to files, or to standard output, which takes
+// the JSON alone where the options ask for that.
+void write_texts(const Options &options, const std::string &report, const std::string &json);
 
 // Lines on standard error.
 void show_lines(const std::vector<std::string> &lines);

@@ -23,9 +23,16 @@ namespace {
 
 int run_command(const Options &options)
 {
-    if (options.command == Command::import) return import_network(options);
-    if (options.command == Command::export_to) return export_to(options);
-    return options.command == Command::check ? check(options) : adjust(options);
+    switch (options.command) {
+    case Command::import: return import_network(options);
+    case Command::export_to: return export_to(options);
+    case Command::check: return check(options);
+    case Command::compare:
+    case Command::control: return compare_epochs(options);
+    case Command::transform: return transform_list(options);
+    case Command::plan: return plan(options);
+    default: return adjust(options);
+    }
 }
 
 int command(int argc, char **argv)

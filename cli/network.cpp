@@ -1,4 +1,4 @@
-// What both commands do before and after a run.
+// What the commands do before and after a run.
 
 #include <errno.h>
 #include <stdio.h>
@@ -50,12 +50,18 @@ bool apply(const Options &options, Model &model)
     if (options.mode) model.mode = *options.mode;
     if (options.threads) model.threads = *options.threads;
     model.brief = options.brief;
+    if (options.components) model.components = *options.components;
     model.residual_statistics = !options.no_residual_statistics;
     if (model.solver != Solver::Sparse && (options.brief || options.no_residual_statistics)) {
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
         return false;
     }
     if (!apply_tests(options, model)) return false;
+    const bool tested = model.solver == Solver::Sparse && model.mode == Mode::Statistics && model.residual_statistics;
+    if (options.components && !tested)
+        return refuse("--components is for the solver sparse in mode statistics, with statistics of residuals");
+    if (options.components && (model.tests.snoop || model.tests.robust != Robust::none))
+        return refuse("--components does not go with --snoop and --robust; leave out first, then estimate");
     if (model.solver != Solver::Simplex || model.mode != Mode::Propagation) return true;
     fprintf(stderr, "vorn: the solver simplex has no mode propagation; choose --solver compact or --mode solution\n");
     return false;
@@ -110,6 +116,39 @@ bool read_input(const Options &options, Model &model, Faults &faults)
     if (good) return apply(options, model);
     show_lines(faults.lines());
     return false;
+}
+
+bool overwrites_input(const Options &options, const std::vector<Model> &networks)
+{
+    for (const std::string &output : {options.report, options.json})
+        for (const Model &model : networks)
+            for (const std::string &input : model.files) {
+                std::error_code error;
+                if (output.empty() || !std::filesystem::equivalent(output, input, error) || error) continue;
+                fprintf(stderr, "vorn: %s is an input of this run; write to another file\n", output.c_str());
+                return true;
+            }
+    return false;
+}
+
+namespace {
+
+void write_text(const std::string &path, const std::string &text)
+{
+    if (path.empty() || path == "-")
+        fwrite(text.data(), 1, text.size(), stdout);
+    else
+        write_file(path, text);
+}
+
+} // namespace
+
+void write_texts(const Options &options, const std::string &report, const std::string &json)
+{
+    const bool silent = options.json == "-" && options.report.empty();
+    if (!report.empty() && !silent) write_text(options.report, report);
+    if (!options.json.empty()) write_text(options.json, json);
+    flush_standard_output();
 }
 
 void show_lines(const std::vector<std::string> &lines)

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "host/earth/reference.h"
@@ -23,6 +24,8 @@ const std::map<std::string, Mode> modes = {
 
 const std::map<std::string, vornhost::Robust> estimators = {
     {"huber", vornhost::Robust::huber}, {"danish", vornhost::Robust::danish}, {"l1", vornhost::Robust::l1}};
+const std::map<std::string, vornhost::Components> component_words = {{"propose", vornhost::Components::propose},
+                                                                     {"use", vornhost::Components::use}};
 
 const char overview[] = "Examples:\n"
                         "  vorn check bridge.inp\n"
@@ -60,6 +63,17 @@ const char export_footer[] = "Examples:\n"
                              "  vorn export bridge.inp --to lines -o -      on standard output\n\n"
                              "Exit status: 0 written, 2 bad input or usage, or what the format cannot say,\n"
                              "3 the system failed.";
+const char compare_footer[] = "Examples:\n"
+                              "  vorn compare may.inp june.inp\n"
+                              "  vorn compare may.inp june.inp july.inp --json moved.json\n\n"
+                              "Exit status: 0 compared, whether points moved or not, 1 an epoch cannot be adjusted,\n"
+                              "2 bad input or usage, 3 the system failed, 130 interrupted.";
+
+const char transform_footer[] = "Examples:\n"
+                                "  vorn transform local.csv national.csv --list moved.csv\n"
+                                "  vorn transform bridge.inp plan.txt --parameters 4 --no-scale\n\n"
+                                "Exit status: 0 transformed, 1 a network cannot be adjusted, 2 bad input or usage, or\n"
+                                "points that do not determine the parameters, 3 the system failed, 130 interrupted.";
 
 // Without the addresses of enumerators in its texts, unlike the transformers of the library.
 template <class Word>
@@ -220,6 +234,8 @@ void add_adjust(CLI::App &app, Options &options)
         ->delimiter(',')
         ->check(CLI::IsMember({"test", "suspects", "unchecked"}))
         ->type_name("WORDS");
+    add_word(adjust, "--components", options.components, component_words,
+             "variance components of kinds and groups (solver sparse)");
     adjust->add_option("--threads", options.threads, "threads of the solver sparse; two where the machine has them")
         ->check(CLI::Range(1, 64))
         ->type_name("N");
@@ -242,6 +258,119 @@ void add_check(CLI::App &app, Options &options)
         ->type_name("FILE");
     check->footer(check_footer);
     check->callback([&options] { options.command = Command::check; });
+}
+
+void add_outputs(CLI::App *command, Options &options)
+{
+    command->add_option("-o", options.report, "report in this file; - is standard output, as without it")
+        ->check(not_empty)
+        ->type_name("REPORT");
+    command
+        ->add_option("--json", options.json, "results as JSON in this file; - is standard output, without the report")
+        ->check(not_empty)
+        ->type_name("FILE");
+    command->add_option("-C", options.folder, "work in this folder: output paths start from it")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR");
+    command->add_flag("--quiet", options.console.quiet, "only errors on standard error");
+}
+
+void add_level(CLI::App *command, double &level)
+{
+    command->add_option("--level", level, "probability of a false alarm of each test, above 0 and below 1")
+        ->check(CLI::Validator(
+            [](std::string &text) {
+                char *end = nullptr;
+                const double x = strtod(text.c_str(), &end);
+                return *end == '\0' && x >= 1e-10 && x <= 0.5 ? std::string() : "is not from 1e-10 to 0.5";
+            },
+            "", ""))
+        ->capture_default_str()
+        ->type_name("P");
+}
+
+void add_compare(CLI::App &app, Options &options)
+{
+    CLI::App *compare = app.add_subcommand("compare", "test which points moved between epochs of a network");
+    compare->add_option("EPOCHS", options.networks, "network files, one an epoch, in the order of time")
+        ->required()
+        ->expected(2, 1000)
+        ->type_name("NAME.inp...");
+    vornhost::CompareOptions &c = options.compare;
+    add_outputs(compare, options);
+    add_level(compare, c.level);
+    compare->add_flag("--apriori", c.apriori, "tests with the variance factor 1 instead of that of the epochs");
+    compare->add_flag("--held", c.epochs.held, "coordinates that the files hold stay held; they are free without it");
+    compare->add_option("--points", c.epochs.points, "compare these points alone, names with commas between them")
+        ->delimiter(',')
+        ->type_name("NAMES");
+    compare->add_option("--dates", c.epochs.dates, "dates of the epochs, instead of those in the files")
+        ->delimiter(',')
+        ->type_name("DATES");
+    compare->footer(compare_footer);
+    compare->callback([&options] { options.command = Command::compare; });
+}
+
+void add_control(CLI::App &app, Options &options)
+{
+    CLI::App *control = app.add_subcommand("control", "test which control points do not fit a network");
+    control->add_option("NAME.inp", options.networks, "the network file")->required()->expected(1)->type_name("FILE");
+    add_outputs(control, options);
+    add_level(control, options.compare.level);
+    control->add_flag("--apriori", options.compare.apriori, "variance factor 1 instead of that of the free network");
+    control->footer("Example:\n"
+                    "  vorn control bridge.inp\n\n"
+                    "Exit status: 0 tested, whether they fit or not, 1 the free network cannot be adjusted,\n"
+                    "2 bad input or usage, 3 the system failed, 130 interrupted.");
+    control->callback([&options] { options.command = Command::control; });
+}
+
+void add_transform(CLI::App &app, Options &options)
+{
+    CLI::App *transform = app.add_subcommand("transform", "fit one list of coordinates to another");
+    transform
+        ->add_option("LISTS", options.networks,
+                     "two files: a table name x y [z] [sx sy sz], or a network file *.inp for its adjusted points")
+        ->required()
+        ->expected(2)
+        ->type_name("A B");
+    vornhost::TransformOptions &t = options.transform;
+    add_outputs(transform, options);
+    add_level(transform, t.level);
+    transform
+        ->add_option("--parameters", t.parameters,
+                     "3, 4 or 6 (affine) of the plane, 7 of space; 7 where both lists have z, otherwise 4")
+        ->check(CLI::IsMember({3, 4, 6, 7}))
+        ->type_name("N");
+    transform->add_flag("--no-scale", t.no_scale, "the scale is 1");
+    transform->add_flag("--apriori", t.apriori, "variance factor 1 instead of that of the residuals");
+    transform->add_option("--list", options.list, "all points of A in the system of B, as a table with commas")
+        ->check(not_empty)
+        ->type_name("FILE");
+    transform->footer(transform_footer);
+    transform->callback([&options] { options.command = Command::transform; });
+}
+
+void add_plan(CLI::App &app, Options &options)
+{
+    CLI::App *plan =
+        app.add_subcommand("plan", "precision and checks of a planned network, and what would help a point");
+    plan->add_option("NAME.inp", options.network, "the network file; its observations need no values")
+        ->required()
+        ->type_name("FILE");
+    add_outputs(plan, options);
+    plan->add_option("--help-point", options.plan.helped, "the point to help, with --candidates")
+        ->check(not_empty)
+        ->type_name("NAME");
+    plan->add_option("--candidates", options.plan.candidates,
+                     "a table kind from to [at] sigma of observations, one of which might be added")
+        ->check(not_empty)
+        ->type_name("FILE");
+    plan->footer("Example:\n"
+                 "  vorn plan bridge.inp --help-point P7 --candidates more.txt\n\n"
+                 "Exit status: 0 planned, 1 the network is not determined, 2 bad input or usage,\n"
+                 "3 the system failed, 130 interrupted.");
+    plan->callback([&options] { options.command = Command::plan; });
 }
 
 void add_import(CLI::App &app, Options &options)
@@ -288,13 +417,12 @@ void add_export(CLI::App &app, Options &options)
 bool names_command(int argc, char **argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";
-    if (first == "adjust" || first == "check" || first == "import" || first == "export" || first.rfind('-', 0) == 0)
+    static const char *const commands[] = {"adjust",  "check",   "import",    "export",
+                                           "compare", "control", "transform", "plan"};
+    if (first.rfind('-', 0) == 0 || std::find(std::begin(commands), std::end(commands), first) != std::end(commands))
         return true;
     const std::string what = argc > 1 ? "'" + first + "' is no command" : "a command is missing";
-    fprintf(stderr,
-            "vorn: %s; write vorn adjust NAME.inp, vorn check NAME.inp, vorn import FILE or "
-            "vorn export NAME.inp --to WORD\n",
-            what.c_str());
+    fprintf(stderr, "vorn: %s; write vorn adjust NAME.inp, or another command of vorn --help\n", what.c_str());
     return false;
 }
 
@@ -316,6 +444,10 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
     add_check(app, options);
     add_import(app, options);
     add_export(app, options);
+    add_compare(app, options);
+    add_control(app, options);
+    add_transform(app, options);
+    add_plan(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -7,10 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "host/epochs/compare.h"
+#include "host/epochs/transform.h"
 #include "host/formats/export.h"
 #include "host/formats/import_options.h"
 #include "host/run/console.h"
 #include "host/input/model.h"
+#include "host/planning/planning.h"
 #include "host/results/plan.h"
 
 // Exit statuses of the program.
@@ -23,11 +26,16 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
-enum class Command { adjust, check, import, export_to };
+enum class Command { adjust, check, import, compare, control, transform, plan, export_to };
 
 struct Options {
     Command command = Command::adjust;
-    std::string network;                         // the network file, or a file of a foreign format
+    std::string network;               // the network file, or a file of a foreign format
+    std::vector<std::string> networks; // epochs to compare; the two lists of a transformation
+    std::string list;                  // of transformed coordinates; empty: not asked for
+    vornhost::TransformOptions transform;
+    vornhost::PlanOptions plan;
+    vornhost::CompareOptions compare;
     bool force = false;                          // import and export may replace a file
     vornhost::ImportOptions foreign;             // what is said of a file of a foreign format
     std::optional<vornhost::Target> target;      // of export
@@ -43,6 +51,7 @@ struct Options {
     bool snoop = false;
     std::optional<vornhost::Robust> robust;
     std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
+    std::optional<vornhost::Components> components;
     vornhost::ConsoleOptions console;
 };
 

@@ -28,6 +28,7 @@ struct Source {
 
 enum class Solver { Compact, Jordan, Simplex, Sparse };
 enum class Mode { Statistics, Solution, Propagation };
+enum class Components { none, propose, use }; // variance components of the solver sparse, in mode statistics
 
 // Records of one kind with their places, index by index.
 template <class Record> struct List {
@@ -67,6 +68,7 @@ struct Model {
     Model twin() const;
 
     std::string title;
+    std::string date;               // of the observations, as days_of_date() reads it; empty where the file has none
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path
     NameKeys keys;                  // of names that the records have no room for
@@ -83,6 +85,7 @@ struct Model {
     bool residual_statistics = true; // of the solver sparse, in mode statistics: redundancy numbers and tests
     TestSettings tests;              // of the solver sparse
     bool brief = false;              // the report of the solver sparse has no line for each observation
+    Components components = Components::none;
 
     List<station_input> stations;
     std::vector<StationNote> station_notes; // one a station

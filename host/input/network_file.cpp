@@ -10,6 +10,7 @@
 #include "host/earth/reference.h"
 #include "host/input/angle.h"
 #include "host/input/covariances.h"
+#include "host/input/date.h"
 #include "host/preparation/lump_checks.h"
 #include "host/input/network_tables.h"
 #include "host/input/open_text.h"
@@ -50,7 +51,7 @@ struct SectionKeys {
 const std::vector<SectionKeys> &all_sections()
 {
     static const std::vector<SectionKeys> sections = {
-        {"run", {"title", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
+        {"run", {"title", "date", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
         {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
         {"crs", {"network", "stations", "targets", "heights", "geoid", "height", "scale", "epoch"}},
@@ -315,6 +316,10 @@ void NetworkReader::read_run(const toml::table &root)
                                 {"propagation", (int)Mode::Propagation}};
     Section run(root, "run", faults);
     net.model.title = run.text("title");
+    net.model.date = run.text("date");
+    if (!net.model.date.empty() && !days_of_date(net.model.date))
+        run.fault(*run.find("date"), run.name("date") + " is not a date",
+                  "write it like \"2026-05-01\" or \"2026-05-01 14:30\"");
     if (!run.find("dimension")) faults.add(run.place(), "dimension is missing in [run]", "write dimension = 1, 2 or 3");
     p.dim = run.whole("dimension", 0, 1, 3);
     net.model.solver = (Solver)run.word("solver", (int)Solver::Sparse, solvers);

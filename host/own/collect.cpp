@@ -686,6 +686,7 @@ void Collection::run()
     orientations();
     residuals();
     kinds();
+    results.components = outcome.components;
     groups();
     cameras();
     lumps();

@@ -8,6 +8,7 @@
 
 #include "adjust/robust.h"
 
+#include "host/own/components.h"
 #include "host/own/covariances.h"
 #include "host/own/derived.h"
 #include "host/own/deselect.h"
@@ -47,6 +48,7 @@ private:
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     std::vector<std::string> adjust_by_weights();
+    void estimate_components();
     void leave_out();
     void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
@@ -228,6 +230,16 @@ void Road::place_again()
     }
 }
 
+void Road::estimate_components()
+{
+    if (network.components == Components::none || outcome.adjustment.status != va::Status::adjusted) return;
+    if (outcome.adjustment.statistics.rows.empty() || network.mode != Mode::Statistics) return;
+    std::vector<std::string> notes;
+    outcome.components = find_components(network, outcome.numbers, outcome.adjustment, options(),
+                                         network.components == Components::use, notes);
+    for (const std::string &line : notes) note(line);
+}
+
 void Road::adjust()
 {
     std::vector<std::string> steps;
@@ -245,6 +257,7 @@ void Road::adjust()
         return;
     }
     for (const std::string &line : steps) note(line);
+    estimate_components();
     const va::Iteration &i = outcome.adjustment.iteration;
     if (i.steps > 0) tell(std::to_string(i.steps) + (i.steps == 1 ? " iteration" : " iterations"));
     leave_out();

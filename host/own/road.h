@@ -38,11 +38,12 @@ struct OwnOutcome {
     std::string datum;  // what the search for open motions found, one line; empty when it was not made
     double seconds = 0; // of the computation
     Numbers numbers;
-    std::vector<closures::Closures> closures; // before the adjustment
+    std::vector<closures::Closures> closures;   // before the adjustment
     std::shared_ptr<const Reference> reference; // of the coordinates; null where the file gives none
     vornadjust::Outcome adjustment;
     std::vector<SnoopStep> snooping;
     std::vector<double> weights; // [observations] of robust estimation; empty for least squares
+    std::vector<ComponentResult> components;
 
     bool adjusted() const { return ending == Ending::adjusted; }
 };

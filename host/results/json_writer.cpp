@@ -98,6 +98,18 @@ void put_text(JsonText &json, const char *key, const std::string &text)
     if (!text.empty()) json.pair(key, text);
 }
 
+void put(JsonText &json, const ComponentResult &c)
+{
+    json.pair("name", c.name);
+    json.pair("rows", c.rows);
+    json.pair("redundancy", c.redundancy);
+    json.pair("factor", c.factor);
+    json.pair("standard_deviation", c.deviation);
+    json.pair("sigma", c.sigma);
+    if (c.sigma) json.pair("unit", c.unit);
+    json.pair("used", c.used);
+}
+
 void put(JsonText &json, const OrientationResult &o)
 {
     json.pair("station", o.name);
@@ -493,6 +505,7 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_list(json, "orientations", results.orientations);
     put_residuals(json, results);
     put_list(json, "kinds", results.kinds);
+    if (!results.components.empty()) put_list(json, "components", results.components);
     put_list(json, "groups", results.groups);
     put_list(json, "cameras", results.cameras);
     put_list(json, "lumps", results.lumps);

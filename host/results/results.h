@@ -127,6 +127,17 @@ struct KindResult {
     int suspicious = 0, unchecked = 0; // of the solver sparse
 };
 
+// Variance component of a class of observations: the factor of its standard deviations.
+struct ComponentResult {
+    std::string name; // "distance", "distance, group TS15", "covariance week12"
+    int rows = 0;
+    double redundancy = 0;
+    std::optional<double> factor, deviation; // absent with too little redundancy
+    std::optional<double> sigma;             // mean of the standard deviations of the file
+    std::string unit;                        // of sigma
+    bool used = false;                       // the results are those with the factor
+};
+
 struct GroupResult {
     std::string name;
     std::optional<double> value[3], deviation[3]; // additive constant, scale, refraction: those adjusted
@@ -283,6 +294,7 @@ struct Results {
     std::vector<ResidualResult> residuals;
     std::vector<RowWords> row_words;
     std::vector<KindResult> kinds;
+    std::vector<ComponentResult> components; // where they were asked for
     std::vector<GroupResult> groups;
     std::vector<CameraResult> cameras;
     std::vector<LumpResult> lumps;

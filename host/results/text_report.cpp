@@ -42,7 +42,7 @@ public:
     {
         return head() + summary() + notes() + closures() + points() + earth() + orientations() + groups() + cameras() +
                lumps() + pairs() + observations() + reductions() + left_out() + tests() + suspects() + together() +
-               weights() + snooping() + derived() + weakest() + refusal() + verdict();
+               weights() + snooping() + derived() + weakest() + components() + refusal() + verdict();
     }
 
 private:
@@ -68,6 +68,7 @@ private:
     std::string snooping() const;
     std::string derived() const;
     std::string weakest() const;
+    std::string components() const;
     std::string refusal() const;
     std::string verdict() const;
 
@@ -597,6 +598,34 @@ std::string Report::weakest() const
     TextTable table({{"point", "", Align::left}, {"within, 95 %", units.small_length_name()}});
     for (size_t i = 0; i < most; i++) table.add({worst[i]->name, units.small_length(*worst[i]->uncertainty)});
     return section("Weakest points", table);
+}
+
+std::string Report::components() const
+{
+    TextTable table({{"observations", "", Align::left},
+                     {"number", ""},
+                     {"redundancy", ""},
+                     {"factor", ""},
+                     {"standard deviation", ""},
+                     {"sigma", ""},
+                     {"proposed", ""},
+                     {"", "", Align::left},
+                     {"", "", Align::left}});
+    for (const ComponentResult &c : results.components) {
+        const auto shown = [&](double x) {
+            return c.unit == "m" ? units.small_length(x) : c.unit == "rad" ? units.small_angle(x) : decimal(x, 3);
+        };
+        const std::string unit = c.unit == "m"     ? units.small_length_name()
+                                 : c.unit == "rad" ? units.small_angle_name()
+                                                   : c.unit;
+        table.add({c.name, std::to_string(c.rows), decimal(c.redundancy, 1), c.factor ? decimal(*c.factor, 3) : "",
+                   c.deviation ? decimal(*c.deviation, 3) : "", c.sigma ? shown(*c.sigma) : "",
+                   c.sigma && c.factor ? shown(*c.sigma * *c.factor) : "", c.sigma ? unit : "",
+                   !c.factor ? "too little redundancy"
+                   : c.used  ? "used"
+                             : ""});
+    }
+    return section("Variance components: factors of the standard deviations", table);
 }
 
 // All that is wrong, where the verdict has no room for it.

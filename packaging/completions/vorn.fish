@@ -4,6 +4,10 @@ complete -c vorn -n __fish_use_subcommand -a adjust -d "adjust a network and rep
 complete -c vorn -n __fish_use_subcommand -a check -d "say what its adjustment would be"
 complete -c vorn -n __fish_use_subcommand -a import -d "make a network file of a file of another program"
 complete -c vorn -n __fish_use_subcommand -a export -d "write a network for another program"
+complete -c vorn -n __fish_use_subcommand -a compare -d "test which points moved between epochs"
+complete -c vorn -n __fish_use_subcommand -a control -d "test which control points do not fit"
+complete -c vorn -n __fish_use_subcommand -a transform -d "fit one list of coordinates to another"
+complete -c vorn -n __fish_use_subcommand -a plan -d "what a planned network is worth"
 complete -c vorn -n __fish_use_subcommand -l version -d "show the version"
 complete -c vorn -s h -l help -d "show a help text"
 
@@ -29,6 +33,7 @@ complete -c vorn -n "$adjust" -l no-residual-statistics -d "no redundancy number
 complete -c vorn -n "$adjust" -l snoop -d "leave out what is suspicious, step by step"
 complete -c vorn -n "$adjust" -l robust -x -a "huber danish l1" -d "weights that fall with the residuals"
 complete -c vorn -n "$adjust" -l fail-on -x -a "test suspects unchecked" -d "exit status 4 where these fail"
+complete -c vorn -n "$adjust" -l components -x -a "propose use" -d "variance components"
 complete -c vorn -n "$adjust" -l threads -x -d "threads of the solver sparse"
 complete -c vorn -n "$adjust" -l times -d "how long the steps took"
 complete -c vorn -n "$adjust" -l recompute -d "compute new approximate values"
@@ -60,3 +65,23 @@ complete -c vorn -n "$export" -s o -r -F -d "file to write"
 complete -c vorn -n "$export" -l to -x -a "gkf lines dynaml json sinex landxml points" -d "format"
 complete -c vorn -n "$export" -l force -d "replace the file where there is one"
 complete -c vorn -n "$export" -l quiet -d "only errors on standard error"
+set -l files __fish_seen_subcommand_from compare control plan
+complete -c vorn -n "$files" -a "(__fish_complete_suffix .inp)"
+complete -c vorn -n "__fish_seen_subcommand_from transform" -F
+set -l reported __fish_seen_subcommand_from compare control transform plan
+complete -c vorn -n "$reported" -s o -r -F -d "report in this file"
+complete -c vorn -n "$reported" -l json -r -F -d "results as JSON in this file"
+complete -c vorn -n "$reported" -s C -x -a "(__fish_complete_directories)" -d "work in this folder"
+complete -c vorn -n "$reported" -l quiet -d "only errors on standard error"
+set -l tested __fish_seen_subcommand_from compare control transform
+complete -c vorn -n "$tested" -l level -x -d "probability of a false alarm of each test"
+complete -c vorn -n "$tested" -l apriori -d "variance factor 1"
+complete -c vorn -n "__fish_seen_subcommand_from compare" -l held -d "held coordinates stay held"
+complete -c vorn -n "__fish_seen_subcommand_from compare" -l points -x -d "compare these points alone"
+complete -c vorn -n "__fish_seen_subcommand_from compare" -l dates -x -d "of the epochs"
+set -l transform __fish_seen_subcommand_from transform
+complete -c vorn -n "$transform" -l parameters -x -a "3 4 6 7" -d "of the transformation"
+complete -c vorn -n "$transform" -l no-scale -d "the scale is 1"
+complete -c vorn -n "$transform" -l list -r -F -d "all points of A in the system of B"
+complete -c vorn -n "__fish_seen_subcommand_from plan" -l help-point -x -d "the point to help"
+complete -c vorn -n "__fish_seen_subcommand_from plan" -l candidates -r -F -d "observations that might be added"
