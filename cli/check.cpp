@@ -13,19 +13,13 @@
 #include "host/results/output_file.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
+#include "host/run/silence.h"
 #include "host/system/temporary_file.h"
 #include "vorn/version.h"
 
 using namespace vornhost;
 
 namespace {
-
-// Keeps the engine's progress to itself; why it stopped is in the outcome of the run.
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 using File = std::unique_ptr<FILE, int (*)(FILE *)>;
 

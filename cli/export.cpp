@@ -12,6 +12,7 @@
 #include "host/formats/export.h"
 #include "host/results/output_file.h"
 #include "host/run/network_run.h"
+#include "host/run/silence.h"
 #include "host/system/temporary_file.h"
 #include "interrupt.h"
 #include "vorn/version.h"
@@ -28,13 +29,6 @@ std::string target_of(const Options &options)
             return std::filesystem::path(options.network).replace_extension(target.ending).string();
     return "-";
 }
-
-// Takes the words of the engine and asks nothing.
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 std::vector<std::string> all_points(const Model &model)
 {

@@ -130,8 +130,10 @@ const char *const foreign_options[] = {"--from",         "--sets",   "--sigma", 
 // Whether one of them is there.
 bool says_foreign(const CLI::App &command)
 {
-    return std::any_of(std::begin(foreign_options), std::end(foreign_options),
-                       [&](const char *name) { return command.count(name) > 0; });
+    return std::any_of(std::begin(foreign_options), std::end(foreign_options), [&](const char *name) {
+        const CLI::Option *option = command.get_option_no_throw(name);
+        return option && option->count() > 0;
+    });
 }
 
 // What is said of a file of another program.

@@ -14,6 +14,7 @@
 #include "host/results/html_page.h"
 #include "host/results/json_writer.h"
 #include "host/run/network_run.h"
+#include "host/run/silence.h"
 #include "host/system/temporary_file.h"
 #include "vorn/version.h"
 
@@ -34,13 +35,6 @@ Fault fault_of(const vornhost::Fault &fault)
 {
     return {fault.file, fault.at.line, fault.at.column, fault.what, fault.remedy};
 }
-
-// Nobody sees notes and nobody is asked; notes are in the results.
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 class Steps : public vornhost::Progress {
 public:
@@ -163,7 +157,7 @@ Result adjust_model(vornhost::Model model, bool from_file, const Options &option
     model.covariance_points = options.covariances;
     const File report(vornhost::temporary_file(), [](FILE *f) { return f ? fclose(f) : 0; });
     if (!report) return refused(model.path, "the system gives no temporary file for the report");
-    Silence silence;
+    vornhost::Silence silence;
     Steps steps(options.progress);
     vornhost::NetworkRun run =
         run_network(model, report.get(), silence, VORN_VERSION, {options.progress ? &steps : nullptr, options.cancel});

@@ -6,18 +6,13 @@
 #include "host/epochs/compared_values.h"
 #include "host/epochs/epoch_networks.h"
 #include "host/input/names.h"
+#include "host/run/silence.h"
 
 namespace vornhost {
 
 namespace {
 
 namespace va = vornadjust;
-
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 // A point with its held coordinates, and their variances.
 struct ControlPoint {

@@ -9,6 +9,7 @@
 #include "host/input/network_file.h"
 #include "host/input/row.h"
 #include "host/own/road.h"
+#include "host/run/silence.h"
 
 namespace vornhost {
 
@@ -17,12 +18,6 @@ namespace {
 enum { NAME, X, Y, Z, SX, SY, SZ };
 
 const std::vector<Column> columns = {{"name", true}, {"x", true}, {"y", true}, {"z"}, {"sx"}, {"sy"}, {"sz"}};
-
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 // Of the first line that is neither empty nor a comment; 0 for blanks.
 char separator_of(const std::string &text)

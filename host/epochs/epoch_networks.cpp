@@ -8,18 +8,13 @@
 #include "host/epochs/compared_values.h"
 #include "host/input/date.h"
 #include "host/input/names.h"
+#include "host/run/silence.h"
 
 namespace vornhost {
 
 namespace {
 
 namespace va = vornadjust;
-
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 bool has_axis(const Model &m, int k) { return m.p.dim == 3 || (m.p.dim == 1 ? k == 2 : k < 2); }
 

@@ -11,6 +11,7 @@
 #include "host/own/road.h"
 #include "host/planning/candidates.h"
 #include "host/results/test_limits.h"
+#include "host/run/silence.h"
 
 namespace vornhost {
 
@@ -22,12 +23,6 @@ constexpr int most_unknowns_seen = 3000; // by all candidates together: their co
 // What a test of one observation at a level of 0.001 finds with a probability of 0.80, in standard deviations of its
 // residual (Baarda, A testing procedure for use in geodetic networks, 1968): 3.2905 + 0.8416.
 const double found = normal_limit(0.001) + normal_limit(0.4);
-
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 class Plan {
 public:

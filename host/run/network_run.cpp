@@ -5,6 +5,7 @@
 #include "host/own/collect.h"
 #include "host/own/road.h"
 #include "host/results/text_report.h"
+#include "host/run/silence.h"
 #include "host/system/utc.h"
 
 namespace vornhost {
@@ -24,12 +25,6 @@ NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::st
     fwrite(text.data(), 1, text.size(), report);
     return run;
 }
-
-class Silence : public Feedback {
-public:
-    void feedback(char *) override {}
-    int decision(char *, char *) override { return 0; }
-};
 
 // What nothing determines in a network that the engine, which counts observations, has loaded.
 std::vector<std::string> open_in(Model &model)

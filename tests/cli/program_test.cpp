@@ -514,7 +514,7 @@ TEST_F(Program, WritesJsonOnStandardOutput)
 TEST_F(Program, ReportsInItsOwnWordsWithTheSolverSparse)
 {
     EXPECT_EQ(run("adjust net.inp --solver sparse --csv tables"), 0);
-    EXPECT_EQ(out.find("Triangle\n========\nfile     net.inp\n"), 0u) << out;
+    EXPECT_EQ(out.find("Triangle\n========\nfile       net.inp\n"), 0u) << out;
     EXPECT_TRUE(contains(out, "B      free   101.23300  "));
     EXPECT_TRUE(contains(out, "A to C") || contains(out, "height differences  A     C"));
     EXPECT_TRUE(contains(err, "height differences: read 4 = used 3 + left out 1\n"));

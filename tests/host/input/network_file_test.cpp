@@ -329,9 +329,10 @@ TEST(NetworkFile, RefusesAMissingDimension)
 TEST(NetworkFile, RefusesUnknownSectionsAndKeys)
 {
     EXPECT_EQ(setting("unit", "length = \"m\""), Lines{"net.inp:3:2: unknown section \"unit\"; did you mean [units]?"});
-    EXPECT_EQ(setting("weather", "wind = 1"),
-              Lines{"net.inp:3:2: unknown section \"weather\"; known sections: [run], [units], [earth], [reductions], "
-                    "[apriori], [sigma], [baselines], [lumps], [connected_net], [csv], [tests], [covariances], [tables]"});
+    EXPECT_EQ(
+        setting("weather", "wind = 1"),
+        Lines{"net.inp:3:2: unknown section \"weather\"; known sections: [run], [units], [earth], [crs], [reductions], "
+              "[apriori], [sigma], [baselines], [lumps], [connected_net], [csv], [tests], [covariances], [tables]"});
     EXPECT_EQ(run_setting("dimention = 3"),
               Lines{"net.inp:3:1: unknown key \"dimention\" in [run]; did you mean dimension?"});
     EXPECT_EQ(setting("units", "temperature = 1"),
