@@ -37,7 +37,7 @@ std::vector<double> rows_at(FitModel model, const double matrix[9], const double
     for (int k = 0; k < dim; k++) a[(std::size_t)k * n + k] = 1.0;
     if (affine(model)) {
         for (int i = 0; i < dim; i++)
-            for (int k = 0; k < dim; k++) a[(std::size_t)i * n + dim + i * dim + k] = d[k];
+            for (int k = 0; k < dim; k++) a[(std::size_t)i * (n + dim) + dim + k] = d[k];
         return a;
     }
     double y[3];
@@ -63,9 +63,10 @@ void turn(const double axis[3], double m[9])
     const double r[9] = {c + x * x * v,     x * y * v - z * s, x * z * v + y * s, y * x * v + z * s, c + y * y * v,
                          y * z * v - x * s, z * x * v - y * s, z * y * v + x * s, c + z * z * v};
     double out[9];
-    for (int i = 0; i < 3; i++)
-        for (int k = 0; k < 3; k++)
-            out[3 * i + k] = r[3 * i] * m[k] + r[3 * i + 1] * m[3 + k] + r[3 * i + 2] * m[6 + k];
+    for (int i = 0; i < 3; i++) {
+        const double *row = r + (std::ptrdiff_t)i * 3;
+        for (int k = 0; k < 3; k++) out[3 * i + k] = row[0] * m[k] + row[1] * m[3 + k] + row[2] * m[6 + k];
+    }
     std::copy(out, out + 9, m);
 }
 

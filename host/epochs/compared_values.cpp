@@ -22,7 +22,8 @@ va::Dense basic_motions(const va::Similarity &similarity, const Numbers &numbers
     for (int u = 0; u < 3 * m.n_points; u++) {
         if (!m.estimated(u)) continue;
         double x[3];
-        for (int k = 0; k < 3; k++) x[k] = m.start[(size_t)(u - u % 3 + k)] + numbers.origin[k] - origin[k];
+        for (int k = 0; k < 3; k++)
+            x[k] = m.start[(size_t)u - (size_t)u % 3 + (size_t)k] + numbers.origin[k] - origin[k];
         for (int c = 0; c < va::n_motions; c++) basic(u, c) = similarity.of_point(c, x, u % 3);
     }
     return basic;

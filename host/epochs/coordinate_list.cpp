@@ -54,7 +54,7 @@ bool read_row(const Table &table, size_t i, CoordinateList &list, Faults &faults
         if (k == 2 && !list.has_z) continue;
         if (!row.given(SX + k)) row.missing(SX + k, "write a standard deviation, or leave the columns out");
         const double s = row.positive(SX + k, 1.0);
-        p.q[(size_t)(4 * k)] = s * s;
+        p.q[(size_t)k * 4] = s * s;
     }
     list.points.push_back(p);
     return true;

@@ -118,10 +118,10 @@ void Transforming::parameters()
     double q[9];
     va::apply(out.fit, out.model, origin, out.shift, q);
     const int dim = va::dimension_of(out.model), n = va::parameters_of(out.model);
-    for (int k = 0; k < dim; k++) out.shift_deviation[k] = deviation(q[4 * k]);
+    for (int k = 0; k < dim; k++) out.shift_deviation[k] = deviation(q[(size_t)k * 4]);
     if (dim == 2) out.shift[2] = 0.0;
     const double *m = out.fit.matrix;
-    const auto variance = [&](int k) { return deviation(out.fit.cofactors[(size_t)(k * n + k)]); };
+    const auto variance = [&](int k) { return deviation(out.fit.cofactors[(size_t)k * (size_t)(n + 1)]); };
     if (out.model == va::FitModel::plane_affine) return;
     out.angle[2] = std::atan2(m[3], m[0]);
     if (dim == 3) {
@@ -143,7 +143,7 @@ void Transforming::judge_points()
         const va::FitResidual &r = out.fit.points[i];
         FittedPoint p;
         p.name = names[i];
-        for (int k = 0; k < 3; k++) p.residual[k] = r.v[k], p.deviation[k] = deviation(r.q[4 * k]);
+        for (int k = 0; k < 3; k++) p.residual[k] = r.v[k], p.deviation[k] = deviation(r.q[(size_t)k * 4]);
         VarianceFactor others = out.factor;
         if (!out.apriori) others = {std::fmax(0.0, out.fit.squares - r.share) / (f - r.rank), (double)(f - r.rank)};
         if (out.apriori || f > r.rank) p.test = fisher_test(r.share, r.rank, others, out.point_level);
@@ -164,10 +164,11 @@ void Transforming::transform_all()
         t.common = common.count(p.name) > 0;
         va::apply(out.fit, out.model, p.x, t.x, q);
         for (int k = 0; k < dim; k++) {
+            const double *row = m + (std::ptrdiff_t)k * 3;
             double own = 0.0; // M Q M^T
             for (int i = 0; i < dim; i++)
-                for (int j = 0; j < dim; j++) own += m[3 * k + i] * p.q[(size_t)(3 * i + j)] * m[3 * k + j];
-            t.deviation[k] = deviation(q[4 * k] + (out.weighted ? own : 0.0));
+                for (int j = 0; j < dim; j++) own += row[i] * p.q[(size_t)i * 3 + (size_t)j] * row[j];
+            t.deviation[k] = deviation(q[(size_t)k * 4] + (out.weighted ? own : 0.0));
         }
         out.transformed.push_back(t);
     }

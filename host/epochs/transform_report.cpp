@@ -80,7 +80,7 @@ std::string Report::parameters() const
         const size_t n = 6;
         for (int i = 0; i < 2; i++)
             for (int k = 0; k < 2; k++) {
-                const size_t at = (size_t)(2 + 2 * i + k);
+                const size_t at = 2 + 2 * (size_t)i + (size_t)k;
                 add(std::string("m") + axes[i] + axes[k], t.fit.matrix[3 * i + k],
                     std::sqrt(t.factor.value * t.fit.cofactors[at * n + at]), "");
             }

@@ -19,7 +19,7 @@ std::string stations_beside(const std::string &path, const std::string &measures
             for (char &c : *text)
                 if (capitals) c = (char)std::toupper((unsigned char)c);
         if (path.size() < from.size() || path.compare(path.size() - from.size(), from.size(), from) != 0) continue;
-        const std::string other = path.substr(0, path.size() - from.size()) + to;
+        std::string other = path.substr(0, path.size() - from.size()) + to;
         std::error_code ignored;
         if (std::filesystem::is_regular_file(other, ignored)) return other;
     }

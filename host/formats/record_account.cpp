@@ -36,8 +36,7 @@ void RecordAccount::close(Draft &draft)
     for (auto &[reason, places] : left_out) {
         lost += places.size();
         std::stable_sort(places.begin(), places.end(), before);
-        const std::string others = other_lines(places);
-        notes.push_back({places[0], "left out: " + reason + others});
+        notes.push_back({places[0], std::string("left out: ").append(reason).append(other_lines(places))});
     }
     std::stable_sort(notes.begin(), notes.end(),
                      [](const DraftNote &a, const DraftNote &b) { return before(a.at, b.at); });

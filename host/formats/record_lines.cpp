@@ -62,7 +62,7 @@ std::string utf8_text(std::string_view bytes)
 
 std::string point_name(std::string_view bytes, Source at, Faults &faults)
 {
-    const std::string name = utf8_text(trimmed(bytes));
+    std::string name = utf8_text(trimmed(bytes));
     if (name.empty())
         faults.add(at, "a name is missing", "write one");
     else if (utf8_count(name) > longest_name)

@@ -17,10 +17,7 @@ double number_of(const XmlElement &element, Faults &faults)
 
 } // namespace
 
-std::string text_of(const XmlElement &element)
-{
-    return std::string(without_space(element.text));
-}
+std::string text_of(const XmlElement &element) { return std::string(without_space(element.text)); }
 
 std::string text_of(const XmlElement &element, std::string_view child)
 {

@@ -190,24 +190,23 @@ void Plan::judge(Candidate &c, const va::Observation &o) const
     if (!c.possible) return;
     int list[va::most_unknowns];
     const int n = va::seen_unknowns(m, o, list), k = va::components(o.kind, m.frame.space);
-    std::vector<double> s((size_t)(k * k), 0.0), pa((size_t)(3 * k), 0.0); // S + A Q A^T, Q_pA
+    const auto at = [k](int row, int column) { return (size_t)row * (size_t)k + (size_t)column; };
+    std::vector<double> s((size_t)k * (size_t)k, 0.0), pa((size_t)k * 3, 0.0); // S + A Q A^T, Q_pA
     for (int a = 0; a < k; a++) {
         for (int i = 0; i < n; i++) {
             for (int axis = 0; axis < 3; axis++)
-                pa[(size_t)(axis * k + a)] += cofactor(3 * helped + axis, list[i]) * l.slope[a][i];
+                pa[at(axis, a)] += cofactor(3 * helped + axis, list[i]) * l.slope[a][i];
             for (int b = 0; b < k; b++)
-                for (int j = 0; j < n; j++)
-                    s[(size_t)(a * k + b)] += l.slope[a][i] * cofactor(list[i], list[j]) * l.slope[b][j];
+                for (int j = 0; j < n; j++) s[at(a, b)] += l.slope[a][i] * cofactor(list[i], list[j]) * l.slope[b][j];
         }
-        s[(size_t)(a * k + a)] += c.sigma * c.sigma;
+        s[at(a, a)] += c.sigma * c.sigma;
     }
     if (!va::invert_full(k, &s)) return;
-    for (int a = 0; a < k; a++) c.redundancy += c.sigma * c.sigma * s[(size_t)(a * k + a)] / k;
+    for (int a = 0; a < k; a++) c.redundancy += c.sigma * c.sigma * s[at(a, a)] / k;
     for (int axis = 0; axis < 3; axis++) {
         double gain = 0.0;
         for (int a = 0; a < k; a++)
-            for (int b = 0; b < k; b++)
-                gain += pa[(size_t)(axis * k + a)] * s[(size_t)(a * k + b)] * pa[(size_t)(axis * k + b)];
+            for (int b = 0; b < k; b++) gain += pa[at(axis, a)] * s[at(a, b)] * pa[at(axis, b)];
         c.deviation[axis] = std::sqrt(std::fmax(0.0, cofactor(3 * helped + axis, 3 * helped + axis) - gain));
     }
     c.position = position(c.deviation);
