@@ -20,6 +20,12 @@ adjust_both() { # FILE SOLVER
 exe=$1
 count=0
 for file in *.inp; do
+    if grep -q '^network *= *"EPSG' "$file"; then # reference systems are not in the program for Windows
+        windows_status=0
+        timeout 100 "$wine" "$exe" adjust "$file" >/dev/null 2>"$work/log" || windows_status=$?
+        [ $windows_status != 0 ] && grep -q PROJ "$work/log" || { echo "$file: $windows_status"; cat "$work/log"; exit 1; }
+        continue
+    fi
     for solver in sparse compact; do
         native_status=0 windows_status=0
         rm -f "$work"/*.json
