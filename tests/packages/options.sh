@@ -23,7 +23,7 @@ for command in $commands; do
         long=${option#--} short=${option#-}
         plain "$page" | grep -qE "^\.BI?R? (.*[ \"])?$option( |\"|\$)" || fail "$page does not name $option"
         grep -qE "(^|[ \"])$option( |\"|\$)" "$packaging/completions/vorn.bash" || fail "vorn.bash does not know $option"
-        grep -qE "['{,(]$option[][{},' )]" "$packaging/completions/_vorn" || fail "_vorn does not know $option"
+        grep -qE "['{,(*]$option[][{},' )]" "$packaging/completions/_vorn" || fail "_vorn does not know $option"
         grep -qE -- "-(l $long|s $short)( |\$)" "$packaging/completions/vorn.fish" || fail "vorn.fish does not know $option"
     done
     for option in $(plain "$page" | sed -n '/^.SH OPTIONS/,/^.SH EXIT/p' | grep -oE '^\.BI? +-[-a-zA-Z]+' | grep -oE -- '-.*'); do
