@@ -14,6 +14,7 @@
 
 #include "faults/engine_run.h"
 #include "host/folder.h"
+#include "host/network_files.h"
 #include "host/preparation/simplex_input.h"
 #include "support/faults.h"
 
@@ -155,16 +156,6 @@ std::string last_line(const Ended &bad)
     const std::string text = bad.all();
     const size_t end = text.find_last_not_of('\n'), begin = text.rfind('\n', end);
     return end == std::string::npos ? text : text.substr(begin == std::string::npos ? 0 : begin + 1, end - begin);
-}
-
-std::vector<std::string> networks()
-{
-    std::vector<std::string> paths;
-    for (const char *folder : {SOURCE_DIR "/examples", SOURCE_DIR "/tests/runs"})
-        for (const auto &entry : std::filesystem::directory_iterator(folder))
-            if (entry.path().extension() == ".inp") paths.push_back(entry.path().string());
-    std::sort(paths.begin(), paths.end());
-    return paths;
 }
 
 // Runs work in a folder of their own: some write files beside the report.
@@ -375,7 +366,7 @@ TEST_F(Stage, OfTheCofactorsOfStationsFailsInTurn)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Allocations, testing::ValuesIn(networks()),
+INSTANTIATE_TEST_SUITE_P(Of, Allocations, testing::ValuesIn(network_files()),
                          [](const auto &one) { return std::filesystem::path(one.param).stem().string(); });
 
 } // namespace

@@ -10,22 +10,13 @@
 #include <map>
 
 #include "host/folder.h"
+#include "host/network_files.h"
 #include "runs/outputs.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using vornhost::Solver;
-
-std::vector<std::string> networks()
-{
-    std::vector<std::string> all;
-    for (const char *folder : {SOURCE_DIR "/examples", SOURCE_DIR "/tests/runs"})
-        for (const auto &entry : fs::directory_iterator(folder))
-            if (entry.path().extension() == ".inp") all.push_back(entry.path().string());
-    std::sort(all.begin(), all.end());
-    return all;
-}
 
 class Repeated : public testing::TestWithParam<std::string> {
 protected:
@@ -73,7 +64,7 @@ TEST_P(Repeated, GivesTheSameBytesInTwoProcesses)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Networks, Repeated, testing::ValuesIn(networks()),
+INSTANTIATE_TEST_SUITE_P(Networks, Repeated, testing::ValuesIn(network_files()),
                          [](const auto &one) { return fs::path(one.param).stem().string(); });
 
 } // namespace
