@@ -77,7 +77,7 @@ struct Network {
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
 
-    std::unique_ptr<PlacesInput> places;         // of points in other reference systems; null: the file names none
+    std::unique_ptr<PlacesInput> places; // of points in other reference systems; null: the file names none
 
     // Whether a value may be unknown: in a plan, which the model then remembers.
     bool planned(Source at);

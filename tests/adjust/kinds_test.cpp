@@ -51,7 +51,10 @@ TEST(SlopeLength, RaisesEachEndAlongItsOwnVertical)
                 1e-8);
 }
 
-TEST(PlaneLength, LeavesTheThirdCoordinateOut) { EXPECT_DOUBLE_EQ(plane_length(Frame(), V{1, 1, 7}, V{4, 5, -9}), 5.0); }
+TEST(PlaneLength, LeavesTheThirdCoordinateOut)
+{
+    EXPECT_DOUBLE_EQ(plane_length(Frame(), V{1, 1, 7}, V{4, 5, -9}), 5.0);
+}
 
 TEST(BarLength, IsThatOfTheSpaceThatThePointsLiveIn)
 {

@@ -61,8 +61,8 @@ std::string landxml(const char *schema)
             set = 0;
         }
         if (s.set != set)
-            text += std::string(set ? "</ObservationGroup>\n" : "") +
-                    field::format("<ObservationGroup id='g%d'>\n", s.set);
+            text +=
+                std::string(set ? "</ObservationGroup>\n" : "") + field::format("<ObservationGroup id='g%d'>\n", s.set);
         set = s.set;
         text +=
             field::format("<RawObservation horizAngle='%.6f' zenithAngle=' %.6f ' slopeDistance='%.6f' "

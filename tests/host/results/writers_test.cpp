@@ -194,10 +194,11 @@ TEST(JsonWriter, WritesEveryPart)
 TEST(CsvWriter, QuotesAsNeededAndEndsRowsWithBothCharacters)
 {
     const std::string text = table(levelling(), "residuals.csv");
-    EXPECT_EQ(text, "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
-                    "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised,at,"
-                    "setup,set,id,remark,raw,checked,p_value,rejected,detectable,bias_to_noise,shift\r\n"
-                    "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,,,,,,,,\r\n");
+    EXPECT_EQ(text,
+              "kind,from,to,file,line,value,sigma,residual,standard_deviation,outside_histogram,normal_test,"
+              "normal_test_divided,tau_test,tau_test_divided,component,unit,adjusted,redundancy,normalised,at,"
+              "setup,set,id,remark,raw,checked,p_value,rejected,detectable,bias_to_noise,shift\r\n"
+              "height difference,\"A,1\",\"B\"\"\",net.inp,12,1.25,0.001,-5e-04,,no,yes,,,,,m,,,,,,,,,,,,,,,\r\n");
 }
 
 namespace {
