@@ -216,7 +216,7 @@ void check(const Updater &updater, const std::string &text)
         stand(updater, model, model.targets, updater.model.targets))
         return;
     throw UpdateError("the tables of points are written in a way that cannot be changed safely; write plain rows of "
-                      "blanks without escapes");
+                      "blanks without escapes, in the coordinates of the network");
 }
 
 } // namespace
