@@ -199,7 +199,7 @@ void vertical_by_position(const Sight &s, ByPosition *out)
 {
     const auto e =
         instrument_sight(s.frame, variables<10>(s.end[0], 0), variables<10>(s.end[1], 3), s.heights, axes_of<10>(s, 6));
-    Jet<10> refraction;
+    Jet<10> refraction(s.o.refraction);
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
     out->usable = has_direction(e);
     take(vertical_angle(s.frame, e, refraction), 0, out);

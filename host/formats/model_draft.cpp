@@ -1,6 +1,7 @@
 #include "host/formats/model_draft.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "host/formats/number_text.h"
@@ -170,6 +171,9 @@ private:
                 row.value[0] = *row.value[0] + m.h1 - m.h2; // between the marks
             if (heights_count(kind)) set_heights(m, row);
             if (kind == DraftKind::direction) set_round(note_at(list.notes.setup, i), i, row);
+            if (!std::isnan(note_at(list.notes.refraction, i, unknown_note)))
+                refuse(row.where, "a refraction of its own cannot be written in another format",
+                       "take it out of the row");
             if (std::abs(m.typ) == KIND_DISTANCE_CONSTANTS)
                 refuse(row.where, "a distance with constants of its instrument cannot be written in another format",
                        "take the constants out of the row");

@@ -62,7 +62,7 @@ const std::vector<SectionKeys> &all_sections()
         {"sigma",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "horizontal_distances",
           "bearings", "angles", "scale_bars", "distances_ppm", "height_difference_km", "height_difference_setup",
-          "centring_instrument", "centring_target", "height_instrument", "height_target"}},
+          "centring_instrument", "centring_target", "height_instrument", "height_target", "centring"}},
         {"baselines", {"datum_rule", "sigma_factor"}},
         {"lumps", {"method"}},
         {"connected_net", {"file"}},
@@ -568,6 +568,10 @@ void NetworkReader::read_weights(const toml::table &root)
                                                           {"height_instrument", &c.instrument_height},
                                                           {"height_target", &c.target_height}};
     for (const auto &[key, value] : centring) *value = sigma.number(key, 0.0, above_zero, "above 0") * net.sigma_metres;
+    c.shared = sigma.word("centring", 0, {{"each_sight", 0}, {"each_stand", 1}}) == 1;
+    if (c.shared && !c.any())
+        sigma.fault(*sigma.find("centring"), "[sigma] centring shares out standard deviations that are not there",
+                    "write centring_instrument or centring_target");
 }
 
 // Horizontal distances belong into the plane: in space they would be compared with slopes.

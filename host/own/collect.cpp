@@ -188,6 +188,7 @@ void Collection::moves(int point, PointResult &p) const
     const PointPlace &place = numbers.points[(size_t)point];
     const int lump = place.station ? network.stations.records[(size_t)place.record].ilump
                                    : network.targets.records[(size_t)place.record].ilump;
+    if (lump == 0) return;
     const double *x = &values.value[3 * (size_t)point];
     for (size_t m = 0; m < values.motions.size(); m++) {
         if (numbers.motions[m].lump != lump) continue;
@@ -636,6 +637,7 @@ void Collection::lumps()
     for (size_t m = 0; m < values.motions.size(); m++) {
         const int first = values.motions[m].first;
         const MotionPlace &place = numbers.motions[m];
+        if (place.lump == 0) continue; // centring
         LumpResult lump;
         lump.lump = place.lump;
         lump.epoch = place.epoch;

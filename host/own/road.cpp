@@ -8,6 +8,7 @@
 
 #include "adjust/robust.h"
 
+#include "host/own/centring.h"
 #include "host/own/components.h"
 #include "host/own/covariances.h"
 #include "host/own/derived.h"
@@ -122,6 +123,7 @@ bool Road::prepare()
     if (network.crs.given() &&
         stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
         return false;
+    share_centring(network, outcome.numbers);
     for (const std::string &line : outcome.numbers.notes) note(line);
     return true;
 }
