@@ -14,6 +14,7 @@
 #include "host/preparation/lump_checks.h"
 #include "host/input/network_tables.h"
 #include "host/input/open_text.h"
+#include "host/input/toml_texts.h"
 
 // The parser's own checks would end the program. Some input makes them fail, so they
 // throw instead; the check of a key's first letter is left to the code that follows it,
@@ -865,13 +866,16 @@ void NetworkReader::check_exports()
 bool check_depth(const TextFile &file, Faults &faults)
 {
     constexpr int most = 1000;
-    int points = 0;
     const std::string &text = file.text();
-    for (size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '\n') points = 0;
-        if (text[i] != '.' || ++points <= most) continue;
-        faults.add(file.place(i), "line has more than " + std::to_string(most) + " points", "break it into lines");
-        return false;
+    for (size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = std::min(text.find('\n', begin), text.size());
+        if (end - begin <= (size_t)most) continue;
+        int points = 0;
+        for (size_t i = begin; i < end; i++) {
+            if (text[i] != '.' || ++points <= most) continue;
+            faults.add(file.place(i), "line has more than " + std::to_string(most) + " points", "break it into lines");
+            return false;
+        }
     }
     return true;
 }
@@ -895,6 +899,14 @@ std::string run_name(const std::string &path)
     return stem + ".inp";
 }
 
+// What of the file is not rows, for the parser; tables and matrices are read from the file itself.
+std::string settings_of(const TextFile &file)
+{
+    std::vector<std::string_view> keys(table_names, table_names + TABLE_COUNT);
+    keys.emplace_back("matrix");
+    return without_rows(file.text(), keys);
+}
+
 // Reads the network out of its text, which is in memory.
 bool read_text(const std::string &path, const TextFile &file, Model &model, Faults &faults)
 {
@@ -904,7 +916,7 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
     network.p.imixed = -1;
     copy_text(network.p.filename, sizeof network.p.filename, run_name(path));
     try {
-        const toml::table root = toml::parse(std::string_view(file.text()), std::string_view(path));
+        const toml::table root = toml::parse(std::string_view(settings_of(file)), std::string_view(path));
         NetworkReader(network, faults).read(file, root);
     } catch (const toml::parse_error &error) {
         if (!tell_open_text(file, faults))
