@@ -16,6 +16,7 @@
 #include "host/input/network_tables.h"
 #include "host/input/open_text.h"
 #include "host/input/toml_parser.h"
+#include "host/input/toml_texts.h"
 
 namespace vornhost {
 
@@ -855,13 +856,16 @@ void NetworkReader::check_exports()
 bool check_depth(const TextFile &file, Faults &faults)
 {
     constexpr int most = 1000;
-    int points = 0;
     const std::string &text = file.text();
-    for (size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '\n') points = 0;
-        if (text[i] != '.' || ++points <= most) continue;
-        faults.add(file.place(i), "line has more than " + std::to_string(most) + " points", "break it into lines");
-        return false;
+    for (size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = std::min(text.find('\n', begin), text.size());
+        if (end - begin <= (size_t)most) continue;
+        int points = 0;
+        for (size_t i = begin; i < end; i++) {
+            if (text[i] != '.' || ++points <= most) continue;
+            faults.add(file.place(i), "line has more than " + std::to_string(most) + " points", "break it into lines");
+            return false;
+        }
     }
     return true;
 }
@@ -885,6 +889,14 @@ std::string run_name(const std::string &path)
     return stem + ".inp";
 }
 
+// What of the file is not rows, for the parser; tables and matrices are read from the file itself.
+std::string settings_of(const TextFile &file)
+{
+    std::vector<std::string_view> keys(table_names, table_names + TABLE_COUNT);
+    keys.emplace_back("matrix");
+    return without_rows(file.text(), keys);
+}
+
 using TakeTable = std::function<void(const Table &)>;
 
 // Reads the network out of its text, which is in memory. Where there is one, `take` gets the tables.
@@ -897,7 +909,7 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
     network.p.imixed = -1;
     copy_text(network.p.filename, sizeof network.p.filename, run_name(path));
     try {
-        const toml::table root = toml::parse(std::string_view(file.text()), std::string_view(path));
+        const toml::table root = toml::parse(std::string_view(settings_of(file)), std::string_view(path));
         NetworkReader reader(network, faults);
         reader.read(file, root);
         if (take && faults.empty()) reader.visit(take);

@@ -24,8 +24,8 @@ struct Part {
     double by[3]; // derivative of each component of the sum
 };
 
-// Covariance of a sum of these parts.
-void add_covariances(const vornadjust::Model &model, std::vector<Part> parts, Sum *sum);
+// Covariance of a sum of these parts, which are sorted.
+void add_covariances(const vornadjust::Model &model, std::vector<Part> *parts, Sum *sum);
 
 // Length of w, signed where it has one component, and the largest that its covariance allows in its direction. False
 // where the covariance is not positive definite.
@@ -52,7 +52,7 @@ struct LegGraph {
         links.push_back({a, b});
         legs.push_back(leg);
     }
-    Sum sum(const vornadjust::Model &model, const Loop &loop) const;
+    Sum sum(const vornadjust::Model &model, const Loop &loop, std::vector<Part> *work) const;
     std::vector<int> observations(const Loop &loop) const;
 };
 
