@@ -716,7 +716,7 @@ ClosureResult closure_of(const Model &network, const Numbers &numbers, const clo
 
 void collect_closures(const Model &network, const OwnOutcome &outcome, Results &results)
 {
-    static const char *const words[] = {"levelling", "baselines", "horizon", "angles", "traverse"};
+    static const char *const words[] = {"levelling", "heights", "baselines", "horizon", "angles", "traverse"};
     for (const closures::Closures &c : outcome.closures) {
         ClosuresResult r;
         r.kind = words[(int)c.kind];

@@ -263,7 +263,7 @@ struct ClosureResult {
 };
 
 struct ClosuresResult {
-    std::string kind; // "levelling", "baselines", "horizon", "angles", "traverse"
+    std::string kind; // "levelling", "heights", "baselines", "horizon", "angles", "traverse"
     std::string unit; // "m", "rad"
     size_t found = 0, beyond = 0;
     size_t missed = 0; // too long to be formed
