@@ -262,6 +262,7 @@ void Collection::corrections(int observation, ResidualResult &r) const
 
 void Collection::points()
 {
+    results.points.reserve((size_t)values.n_points);
     for (int i = 0; i < values.n_points; i++) {
         const PointPlace &place = numbers.points[(size_t)i];
         const int *codes = place.station ? network.stations.records[(size_t)place.record].ix
@@ -279,7 +280,7 @@ void Collection::points()
         point_precision(i, p);
         moves(i, p);
         on_earth(i, p);
-        results.points.push_back(p);
+        results.points.push_back(std::move(p));
     }
 }
 

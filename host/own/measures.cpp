@@ -178,6 +178,10 @@ void add_measures(Builder &b)
         {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
         {Item::azimuth, va::Kind::azimuth, m.azimuths, p.saz, plan},
     };
+    size_t rows = 0;
+    for (const Table &table : tables) rows += table.list.size();
+    b.numbers.model.observations.reserve(rows);
+    b.numbers.items.reserve(rows);
     for (const Table &table : tables)
         for (size_t i = 0; i < table.list.size(); i++) add_measure(b, table, (int)i);
 }

@@ -89,6 +89,7 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
 // Closures, and what looks wrong, before anything is adjusted. `placed`: all points have first coordinates.
 void Road::look_over(bool placed)
 {
+    watch.begin("closures");
     outcome.closures = closures::find_closures(outcome.numbers.model, placed);
     for (const std::string &line : doubt_notes(network, outcome.numbers, placed && computed.empty())) note(line);
 }
