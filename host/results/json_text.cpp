@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "host/system/decimal.h"
+
 namespace vornhost {
 
 namespace {
@@ -25,7 +27,7 @@ struct Digits {
 Digits digits_of(double positive)
 {
     char all[40];
-    const char *end = std::to_chars(all, all + sizeof all, positive, std::chars_format::scientific).ptr;
+    const char *end = to_chars(all, all + sizeof all, positive, std::chars_format::scientific).ptr;
     Digits d;
     const char *c = all;
     for (; c != end && *c != 'e'; c++)

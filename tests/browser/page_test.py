@@ -293,6 +293,35 @@ class Page(unittest.TestCase):
         self.browser.click_on("#layer-moves")
         self.assertLess(self.ink(), with_arrows)
 
+    def compare(self, *epochs):
+        """The page of a comparison, opened, and the same as JSON."""
+        out = Path(self.folder.name) / "epochs"
+        subprocess.run([PROGRAM, "compare", *(f"examples/{e}.inp" for e in epochs), "--quiet", "--html", f"{out}.html", "--json", f"{out}.json", "-o", f"{out}.txt"],
+                       cwd=HOUSE, check=True)
+        self.browser.open(f"{out}.html")
+        return json.loads(Path(f"{out}.json").read_text())
+
+    def test_a_comparison_shows_the_epochs_over_one_another(self):
+        results = self.compare("dam_may_2026", "dam_november_2026", "dam_may_2027")
+        self.assertEqual(self.browser.run("document.querySelector('#verdict p').textContent").split(": ")[1].split(", "), [d["point"] for d in results["left_out"]])
+        self.open_table("Shifts")
+        self.assertEqual(self.rows(), 2 * len(results["points"]))
+        shifts = {(p["name"], str(s["epoch"])): s for p in results["points"] for s in p["shifts"]}
+        for name, epoch, dx, a, beyond in zip(*(self.cells(c) for c in ("point", "epoch", "dx", "a", "beyond"))):
+            s = shifts[name, epoch]
+            self.assertAlmostEqual(float(dx), 1e3 * s["by"]["x"], delta=0.0051)
+            self.assertAlmostEqual(float(a), 1e3 * s["confidence_ellipse"]["semi_major_axis"], delta=0.0051)
+            self.assertEqual(beyond, "" if s["test"]["passed"] else "*")
+        everything = self.ink()
+        self.browser.click_on("#epoch-2")
+        one = self.ink()
+        self.assertLess(one, everything)
+        self.browser.click_on("#layer-moves")
+        self.assertLess(self.ink(), one)
+        self.browser.click(*self.in_window(self.screen("D2")))
+        self.assertIn("moved", self.browser.run("document.getElementById('details').textContent"))
+        self.assertTrue(self.browser.run("document.querySelector('a[href=\"#spread\"]').hidden"))
+
     def test_zoom_pan_and_the_whole_again(self):
         self.example("niemeier_distance_direction")
         start = self.screen("Z108")

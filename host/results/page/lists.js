@@ -15,7 +15,7 @@ function pointColumns(data) {
     { title: "point", left: true, text: (p) => p.name, names: ["name"] },
     { title: "role", left: true, text: (p) => p.role + (p.station ? ", instrument" : "") },
   ];
-  for (const k of data.axes) columns.push(lengthColumn(AXES[k], data, (p) => p.x[k], `adjusted ${AXES[k]}`));
+  for (const k of data.axes) columns.push(lengthColumn(AXES[k], data, (p) => p.x[k], data.comparison ? `${AXES[k]} in the first epoch` : `adjusted ${AXES[k]}`));
   if (data.has.shift) for (const k of data.axes) columns.push(smallColumn(`d${AXES[k]}`, data, (p) => p.shift[k], `adjusted less approximate ${AXES[k]}`));
   if (data.has.deviation) for (const k of data.axes) columns.push(smallColumn(`s${AXES[k]}`, data, (p) => p.deviation[k], `standard deviation of ${AXES[k]}`));
   if (data.points.some((p) => p.ellipse[0])) {
@@ -168,6 +168,7 @@ function makeTables(data, choosePoint, chooseObservation) {
   const f = data.format, tables = [];
   const number = (title, key, unit) => ({ title, unit, text: key, key: (row) => (key(row) === "" ? null : Number(key(row))) });
   const add = (name, columns, rows, choose) => { if (rows.length) tables.push(new Table(name, columns, rows, choose)); };
+  if (data.comparison) addComparisonTables(data, add, choosePoint);
   add("Points", pointColumns(data), data.points, choosePoint);
   add("Observations", observationColumns(data), data.observations, chooseObservation);
   add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);

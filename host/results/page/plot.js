@@ -20,11 +20,12 @@ class Plot {
   constructor(canvas, data) {
     this.canvas = canvas;
     this.data = data;
-    this.lines = collectLines(data.observations);
+    this.lines = collectLines(data);
     this.shown = { ellipses: data.has.ellipse, pairs: data.pairs.length > 0, shifts: false, moves: data.has.moves, names: true };
     this.measure = data.has.w ? "w" : data.has.ratio ? "ratio" : "r";
     this.kinds = new Set(data.kindNames);
     this.confidence = 1;
+    this.epochs = new Set(data.points.flatMap((p) => p.moves.map((m) => m.epoch))); // whose movements are shown
     this.size = 1; // of ellipses and vectors, over the automatic one
     this.chosen = { point: -1, line: null };
     this.yUp = startsWithYUp(data);
@@ -65,7 +66,7 @@ class Plot {
     const worse = this.classes.falling ? Math.min : Math.max;
     this.byClass = [[], [], [], [], []]; // the last: without a value
     for (const line of this.lines) {
-      let worst = null, any = false;
+      let worst = null, any = line.observations.length === 0;
       for (const o of line.observations) {
         if (!this.kinds.has(o.kind)) continue;
         any = true;
@@ -91,7 +92,7 @@ class Plot {
     this.large = {
       ellipses: large(axes),
       shifts: large(points.map((p) => length(p.shift))),
-      moves: large(points.flatMap((p) => p.moves.map((m) => length(m.by)))),
+      moves: large(points.flatMap((p) => p.moves.map((m) => Math.max(length(m.by), plane === 0 && m.ellipse ? m.ellipse.a : 0)))),
     };
   }
 
