@@ -341,6 +341,25 @@ class Page(unittest.TestCase):
         for place, before in zip(self.screen("Z108"), start):
             self.assertAlmostEqual(place, before, delta=1e-6)
 
+    def test_windows_of_another_size_show_as_much(self):
+        self.example("niemeier_levelling_free")
+        start = [self.screen("1"), self.screen("5")]
+        for zoomed in (False, True):
+            self.browser.resize(700, 500)
+            self.browser.frames(4)
+            size = self.browser.run("(() => { const p = document.getElementById('plot').plot; return [p.width, p.height]; })()")
+            if not zoomed:
+                for name in "123456":
+                    for place, most in zip(self.screen(name), size):
+                        self.assertTrue(0 < place < most)
+            self.browser.resize(1400, 950)
+            self.browser.frames(4)
+            for place, before in zip([self.screen("1"), self.screen("5")], start):
+                for now, then in zip(place, before):
+                    self.assertAlmostEqual(now, then, delta=1e-6)
+            self.browser.run("document.getElementById('plot').plot.zoom(2)")
+            start = [self.screen("1"), self.screen("5")]
+
     def test_the_keyboard_moves_zooms_and_finds(self):
         self.example("niemeier_levelling_free")
         self.browser.run("document.getElementById('plot').focus()")

@@ -46,10 +46,10 @@ function observationColumns(data) {
   if (data.has.w) columns.push({ ...number("w", (o) => (isNumber(o.w) ? f.sign(o) * o.w : null), 2, "normalised residual", ["normalised"]), strong: suspicious });
   else if (data.has.ratio) columns.push(number("v/sigma", (o) => (isNumber(o.ratio) ? f.sign(o) * o.ratio : null), 2, "residual by standard deviation of the observation"));
   if (data.has.detectable) {
-    columns.push(number("p", (o) => o.p, 4, "probability of a residual of this size or larger where nothing is wrong"));
+    columns.push({ ...number("p", (o) => o.p, 4, "probability of a residual of this size or larger where nothing is wrong"), screen: true });
     columns.push({ title: "detectable", about: "bias that the test finds with the power asked for, in the unit of the residual", text: (o) => f.smallValue(o, o.detectable), key: (o) => o.detectable });
-    columns.push(number("bias/noise", (o) => o.noise, 1, "what that bias does to the unknowns, beside their standard deviations"));
-    columns.push({ title: "moves", unit: f.length.small, about: "largest shift of the observation's own points by that bias", text: (o) => (isNumber(o.pointShift) ? f.small(o.pointShift) : ""), key: (o) => o.pointShift });
+    columns.push({ ...number("bias/noise", (o) => o.noise, 1, "what that bias does to the unknowns, beside their standard deviations"), screen: true });
+    columns.push({ title: "moves", screen: true, unit: f.length.small, about: "largest shift of the observation's own points by that bias", text: (o) => (isNumber(o.pointShift) ? f.small(o.pointShift) : ""), key: (o) => o.pointShift });
   }
   if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "suspicious: the test rejects it; not checked: others do not control it", text: (o) => (suspicious(o) ? "suspicious" : o.unchecked ? "not checked" : ""), strong: suspicious });
   for (const [key, title] of [["setup", "set-up"], ["set", "set"], ["id", "id"]]) if (data.has[key]) columns.push(plain(title, (o) => o[key]));

@@ -23,7 +23,7 @@ function figures(data) {
   if (isNumber(data.degrees_of_freedom)) all.push(["degrees of freedom", String(data.degrees_of_freedom)]);
   if (isNumber(data.sigma_a_posteriori)) all.push(["sigma of unit weight", decimal(data.sigma_a_posteriori, 3)]);
   const t = data.variance_test;
-  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${decimal(t.p, 3)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
+  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${t.p < 0.001 ? "<0.001" : decimal(t.p, 3)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
   else if (typeof data.one_tailed_test === "boolean") all.push(["test of sigma", passed(data.one_tailed_test), data.one_tailed_test ? "good" : "bad"]);
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (data.tests) all.push(["not checked", String(data.tests.unchecked), data.tests.unchecked ? "bad" : "good"], ["test", data.tests.words, "wide"]);

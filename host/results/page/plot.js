@@ -116,16 +116,20 @@ class Plot {
     this.setSize(Math.max(50, box.width), Math.max(50, box.height), Math.min(window.devicePixelRatio || 1, 2));
   }
 
-  // What was in sight stays in sight.
+  // The whole stays whole; of a part the middle stays, as large as the window, and as before when that is as before.
   setSize(width, height, ratio) {
-    const t = this.transform, k = t ? Math.min(width / t.width, height / t.height) : 1;
+    const t = this.transform, k = t ? Math.min(width, height) / Math.min(t.width, t.height) : 1;
     Object.assign(this, { width, height, ratio });
     this.canvas.width = Math.round(width * ratio);
     this.canvas.height = Math.round(height * ratio);
-    if (t) this.transform = new Transform(t.cu, t.cv, t.scale * k, width, height);
-    if (t) this.fitted *= k;
+    if (!t) return;
+    if (this.whole) return this.fit();
+    this.fitted *= k;
+    this.setTransform(t.cu, t.cv, t.scale * k);
     this.repaint();
   }
+
+  setTransform(cu, cv, scale) { this.transform = new Transform(cu, cv, scale, this.width, this.height); }
 
   fit() {
     let [u0, u1, v0, v1] = [Infinity, -Infinity, Infinity, -Infinity];
@@ -138,25 +142,25 @@ class Plot {
     const border = Math.min(90, 0.12 * this.width);
     const scale = Math.min((this.width - 2 * border) / (u1 - u0 || 1e-9), (this.height - 2 * Math.min(60, border)) / (v1 - v0 || 1e-9), 1e6);
     this.fitted = scale;
-    this.transform = new Transform((u0 + u1) / 2, (v0 + v1) / 2, scale, this.width, this.height);
+    this.whole = true;
+    this.setTransform((u0 + u1) / 2, (v0 + v1) / 2, scale);
     this.repaint();
   }
 
   pan(dx, dy) {
     const t = this.transform;
-    this.transform = new Transform(t.cu - dx / t.scale, t.cv + dy / t.scale, t.scale, t.width, t.height);
-    this.request();
+    this.centre(t.cu - dx / t.scale, t.cv + dy / t.scale);
   }
 
   zoom(factor, x = this.width / 2, y = this.height / 2) {
     const t = this.transform, scale = Math.min(Math.max(t.scale * factor, this.fitted / 20), this.fitted * 1e5);
     const u = t.u(x), v = t.v(y);
-    this.transform = new Transform(u - (x - t.width / 2) / scale, v + (y - t.height / 2) / scale, scale, t.width, t.height);
-    this.request();
+    this.centre(u - (x - t.width / 2) / scale, v + (y - t.height / 2) / scale, scale);
   }
 
   centre(u, v, scale = this.transform.scale) {
-    this.transform = new Transform(u, v, scale, this.width, this.height);
+    this.whole = false;
+    this.setTransform(u, v, scale);
     this.request();
   }
 
