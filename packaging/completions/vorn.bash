@@ -24,8 +24,8 @@ _vorn()
     [ "$command" != import ] || common="--force --quiet --help -o -h"
     [ "$command" != export ] || { common="--to --force --quiet --help -o -h"; foreign=; }
     case $command in
-    compare) common="--level --apriori --held --points --dates --json --quiet --help -o -C -h" foreign= ;;
-    control) common="--level --apriori --json --quiet --help -o -C -h" foreign= ;;
+    compare) common="--level --apriori --held --points --dates --html --json --quiet --help -o -C -h" foreign= ;;
+    control) common="--level --apriori --html --json --quiet --help -o -C -h" foreign= ;;
     transform) common="--parameters --no-scale --list --level --apriori --json --quiet --help -o -C -h" foreign= ;;
     plan) common="--help-point --candidates --json --quiet --help -o -C -h" foreign= ;;
     esac

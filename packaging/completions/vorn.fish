@@ -76,6 +76,7 @@ complete -c vorn -n "$reported" -l quiet -d "only errors on standard error"
 set -l tested __fish_seen_subcommand_from compare control transform
 complete -c vorn -n "$tested" -l level -x -d "probability of a false alarm of each test"
 complete -c vorn -n "$tested" -l apriori -d "variance factor 1"
+complete -c vorn -n "__fish_seen_subcommand_from compare control" -l html -r -F -d "page for a browser"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l held -d "held coordinates stay held"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l points -x -d "compare these points alone"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l dates -x -d "of the epochs"
