@@ -11,10 +11,7 @@ Cofactors::Cofactors(const System &s, const FreeDatum &d)
     for (int h : s.held) held[h] = 1;
 }
 
-bool Cofactors::invert(const InverseOptions &options)
-{
-    return vornadjust::invert(system.symbolic, system.factor, inverse, options);
-}
+bool Cofactors::invert(const InverseOptions &options) { return vornadjust::invert(system, inverse, options); }
 
 void Cofactors::block(int k, const int *columns, double *q) const
 {
@@ -31,28 +28,30 @@ void Cofactors::block(int k, const int *columns, double *q) const
 // Q = T Q- T^T with T = I - G C.
 void Cofactors::multiply(double *x) const
 {
+    const Share &share = system.share;
     std::vector<double> y(system.n());
     for (int j = 0; j < system.n(); j++) y[j] = x[system.columns.unknown[j]];
+    contribute(share, y.data());
     transform_back(datum, y.data());
     for (int h : system.held) y[h] = 0.0;
-    solve(system.symbolic, system.factor, y.data());
+    solve(system, 1, y.data());
     for (int h : system.held) y[h] = 0.0;
     const std::vector<double> start(system.n(), 0.0);
     transform(datum, start.data(), y.data());
+    contribute(share, y.data());
     std::fill(x, x + system.columns.of.size(), 0.0);
     for (int j = 0; j < system.n(); j++) x[system.columns.unknown[j]] = y[j];
+    if (share.shared()) share.ranks->sum(x, system.columns.of.size());
 }
 
-void Cofactors::solved(int k, const int *columns, int m, const int *others, double *q) const
+void Cofactors::solved(int k, const int *unknowns, int m, const int *others, double *q) const
 {
-    std::vector<double> x(system.n());
+    std::vector<double> x(system.columns.of.size());
     for (int b = 0; b < m; b++) {
         std::fill(x.begin(), x.end(), 0.0);
-        if (!held[others[b]]) x[others[b]] = 1.0;
-        solve(system.symbolic, system.factor, x.data());
-        for (int a = 0; a < k; a++)
-            q[(std::size_t)a * m + b] =
-                transformed(datum, change, columns[a], others[b], held[columns[a]] ? 0.0 : x[columns[a]]);
+        x[others[b]] = 1.0;
+        multiply(x.data());
+        for (int a = 0; a < k; a++) q[(std::size_t)a * m + b] = x[unknowns[a]];
     }
 }
 
