@@ -28,7 +28,7 @@ public:
     virtual bool alone() const = 0; // after that
 
     // Sums, and the largest, of what all ranks have in each of n places.
-    //   x  in/out  [n]; a NaN makes any result of its place a NaN
+    //   x  in/out  [n]; a NaN makes its sum a NaN and counts as infinite among the largest
     virtual void sum(double *x, std::size_t n) = 0;
     virtual void most(double *x, std::size_t n) = 0;
 

@@ -150,6 +150,7 @@ va::Options Road::options() const
 {
     va::Options o;
     o.watch = told();
+    o.ranks = watch.ranks;
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
     o.residuals = network.mode != Mode::Solution && network.residual_statistics;
@@ -274,6 +275,7 @@ OwnOutcome Road::run()
     const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
     if (prepare()) adjust();
+    if (watch.ranks) watch.ranks->leave_to_first(); // it alone has words and files to write
     if (watch.stopped()) outcome.ending = Ending::stopped;
     if (outcome.ending == Ending::stopped) return std::move(outcome);
     watch.begin("writing");

@@ -81,7 +81,7 @@ public:
     {
         for (const std::vector<double> &one : table.meet(self, std::vector<double>(x, x + n)))
             for (std::size_t i = 0; i < n; i++)
-                x[i] = std::isnan(one[i]) || std::isnan(x[i]) ? NAN : std::fmax(x[i], one[i]);
+                x[i] = std::fmax(x[i], std::isnan(one[i]) ? INFINITY : one[i]);
     }
 
     void set_boundary(int count, const std::vector<int> &own_ones) override
