@@ -1,6 +1,6 @@
 #include "adjust/system.h"
 
-#include <algorithm>
+#include <stdexcept>
 
 #include "adjust/division.h"
 #include "adjust/order.h"
@@ -8,6 +8,34 @@
 namespace vornadjust {
 
 namespace {
+
+// Ranks whose networks differ (a file that is another one on another machine) would find a wrong result together.
+void agree(const Model &model, Ranks *ranks)
+{
+    std::vector<double> told = {(double)model.n_unknowns(), (double)model.observations.size(), 0.0, 0.0};
+    for (const double x : model.value) told[2] += x;
+    for (const Observation &o : model.observations) told[3] += o.use ? o.value[0] + o.sigma[0] : 0.0;
+    const std::size_t n = told.size();
+    for (std::size_t i = 0; i < n; i++) told.push_back(-told[i]);
+    ranks->most(told.data(), told.size());
+    for (std::size_t i = 0; i < n; i++)
+        if (told[i] != -told[n + i])
+            throw std::runtime_error("the processes have read different networks; give them the same files");
+}
+
+// Part of each observation. The first rank divides: without memory METIS does other than with it, and ranks that divide
+// in different ways would not know.
+std::vector<int> agreed_parts(const Model &model, Ranks *ranks)
+{
+    agree(model, ranks);
+    std::vector<double> told(model.observations.size(), 0.0);
+    if (ranks->own() == 0) {
+        const std::vector<int> part = divide(model, ranks->size());
+        told.assign(part.begin(), part.end());
+    }
+    ranks->sum(told.data(), told.size());
+    return std::vector<int>(told.begin(), told.end());
+}
 
 // Elements of the boundary among those of the factor or the inverse: [m][m] by columns, m the columns of the boundary.
 std::size_t boundary_block(const Symbolic &symbolic)
@@ -60,7 +88,7 @@ System make_system(const Model &model, const Watch &watch, Ranks *ranks)
     System s;
     s.watch = watch;
     watch.tell(Step::equations);
-    s.equations = ranks ? pattern(model, divide(model, ranks->size()), ranks->own()) : pattern(model);
+    s.equations = ranks ? pattern(model, agreed_parts(model, ranks), ranks->own()) : pattern(model);
     s.columns = ranks ? columns_of_share(model, s.equations) : columns(model, s.equations);
     s.share = make_share(model, s.columns, ranks);
     s.rows = weighted_pattern(model, s.equations, s.columns);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 extern "C" {
 void Cblacs_get(int context, int what, int *value);
@@ -14,6 +15,8 @@ void descinit_(int *descriptor, const int *m, const int *n, const int *mb, const
 void pdpotrf_(const char *uplo, const int *n, double *a, const int *ia, const int *ja, const int *desc, int *info);
 void pdpotrs_(const char *uplo, const int *n, const int *nrhs, const double *a, const int *ia, const int *ja,
               const int *desca, double *b, const int *ib, const int *jb, const int *descb, int *info);
+void dsyrk_(const char *uplo, const char *trans, const int *n, const int *k, const double *alpha, const double *a,
+            const int *lda, const double *beta, double *c, const int *ldc);
 void pdpotri_(const char *uplo, const int *n, double *a, const int *ia, const int *ja, const int *desc, int *info);
 }
 
@@ -34,11 +37,22 @@ void describe(int *descriptor, int rows, int columns, int tile, int context, int
     descinit_(descriptor, &rows, &columns, &tile, &tile, &zero, &zero, &context, &lld, &info);
 }
 
+// OpenBLAS takes its work space at its first call, keeps it, and asks for it forever where there is none.
+void take_work_space()
+{
+    const std::size_t enough = (std::size_t)160 << 20; // bytes; it takes 128 MiB
+    std::unique_ptr<char[]>(new char[enough]).reset(); // throws std::bad_alloc
+    const double unit = 1.0, a[1] = {1.0};
+    double c[1] = {0.0};
+    dsyrk_("L", "N", &one, &one, &unit, a, &one, &unit, c, &one);
+}
+
 } // namespace
 
 // A grid as square as the number of processes allows.
 Boundary::Boundary()
 {
+    take_work_space();
     MPI_Comm_rank(MPI_COMM_WORLD, &self);
     MPI_Comm_size(MPI_COMM_WORLD, &size);
     for (int r = 1; r * r <= size; r++)

@@ -1,6 +1,7 @@
 #include "ranks/mpi_ranks.h"
 
 #include <mpi.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,9 +31,14 @@ MpiRanks::MpiRanks()
     MPI_Comm_size(MPI_COMM_WORLD, &processes);
 }
 
+// The first process may take long before it calls: the others wait without keeping a processor busy.
 int MpiRanks::call(int go)
 {
-    MPI_Bcast(&go, 1, MPI_INT, 0, MPI_COMM_WORLD);
+    MPI_Request request;
+    int done = 0;
+    MPI_Ibcast(&go, 1, MPI_INT, 0, MPI_COMM_WORLD, &request);
+    for (MPI_Test(&request, &done, MPI_STATUS_IGNORE); !done; MPI_Test(&request, &done, MPI_STATUS_IGNORE))
+        usleep(2000);
     return go;
 }
 

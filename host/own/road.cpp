@@ -115,7 +115,8 @@ bool Road::prepare()
     FirstNumbers first = make_first_numbers(network, outcome.reference.get());
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
-    if (network.mode != Mode::Propagation) look_over(first.words.empty());
+    const bool speaks = !watch.ranks || watch.ranks->own() == 0;
+    if (network.mode != Mode::Propagation && speaks) look_over(first.words.empty());
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");
