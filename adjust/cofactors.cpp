@@ -26,22 +26,29 @@ void Cofactors::block(int k, const int *columns, double *q) const
 }
 
 // Q = T Q- T^T with T = I - G C.
-void Cofactors::multiply(double *x) const
+void Cofactors::multiply(int m, double *x) const
 {
     const Share &share = system.share;
-    std::vector<double> y(system.n());
-    for (int j = 0; j < system.n(); j++) y[j] = x[system.columns.unknown[j]];
-    contribute(share, y.data());
-    transform_back(datum, y.data());
-    for (int h : system.held) y[h] = 0.0;
-    solve(system, 1, y.data());
-    for (int h : system.held) y[h] = 0.0;
-    const std::vector<double> start(system.n(), 0.0);
-    transform(datum, start.data(), y.data());
-    contribute(share, y.data());
-    std::fill(x, x + system.columns.of.size(), 0.0);
-    for (int j = 0; j < system.n(); j++) x[system.columns.unknown[j]] = y[j];
-    if (share.shared()) share.ranks->sum(x, system.columns.of.size());
+    const std::size_t n = system.n(), all = system.columns.of.size();
+    std::vector<double> y(m * n);
+    for (int v = 0; v < m; v++) {
+        double *yv = &y[v * n];
+        for (std::size_t j = 0; j < n; j++) yv[j] = x[v * all + system.columns.unknown[j]];
+        contribute(share, yv);
+        transform_back(datum, yv);
+        for (int h : system.held) yv[h] = 0.0;
+    }
+    solve(system, m, y.data());
+    const std::vector<double> start(n, 0.0);
+    std::fill(x, x + m * all, 0.0);
+    for (int v = 0; v < m; v++) {
+        double *yv = &y[v * n];
+        for (int h : system.held) yv[h] = 0.0;
+        transform(datum, start.data(), yv);
+        contribute(share, yv);
+        for (std::size_t j = 0; j < n; j++) x[v * all + system.columns.unknown[j]] = yv[j];
+    }
+    if (share.shared()) share.ranks->sum(x, m * all);
 }
 
 void Cofactors::solved(int k, const int *unknowns, int m, const int *others, double *q) const

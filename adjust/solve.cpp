@@ -74,7 +74,7 @@ static void solve_batch(const Symbolic &symbolic, const Factor &factor, Half hal
 
 static void solve_half(const Symbolic &symbolic, const Factor &factor, Half half, int m, double *b)
 {
-    const int BATCH = 8;
+    const int BATCH = 8, PAIR = 2;
     const std::size_t n = (std::size_t)symbolic.n, wide = (std::size_t)std::min(m, BATCH);
     int most = 0;
     for (int s = 0; s < symbolic.nsuper; s++) most = std::max(most, symbolic.below(s));
@@ -82,6 +82,8 @@ static void solve_half(const Symbolic &symbolic, const Factor &factor, Half half
     int done = 0;
     for (; m - done >= BATCH; done += BATCH)
         solve_batch<BATCH>(symbolic, factor, half, b + done * n, x.data(), below.data());
+    for (; m - done >= PAIR; done += PAIR)
+        solve_batch<PAIR>(symbolic, factor, half, b + done * n, x.data(), below.data());
     for (; done < m; done++) solve_batch<1>(symbolic, factor, half, b + done * n, x.data(), below.data());
 }
 

@@ -12,7 +12,7 @@ cd "$folder"
 failed=0
 fail() { echo "$*"; failed=1; }
 
-python3 "$ladder" make plane 20000 grid.inp >/dev/null
+python3 "$ladder" make plane 40000 grid.inp >/dev/null
 mkdir out other
 
 # Runs with an order of the shell for the second process; wants a status (or any but 0), words, and no file.
@@ -30,6 +30,8 @@ ends() {
 outputs="--brief -o out/report.txt --json out/results.json"
 ends 3 'process 1: out of memory' 'ulimit -v 400000' grid.inp $outputs
 ends any '' 'ulimit -t 1' grid.inp $outputs
+ends 2 'cannot read standard input' true -
+ends 2 'solver sparse' true grid.inp --solver compact
 ends 3 'cannot write' true grid.inp --brief -o out/missing/report.txt
 ends 3 'No space left' true grid.inp --brief -o /dev/full
 sed 's/ 3\./ 4./' grid.inp >other/grid.inp
