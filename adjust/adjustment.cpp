@@ -40,6 +40,7 @@ private:
     Status judge_failure(const std::vector<double> &first);
     void find_hardly_determined();
     void count();
+    void make_whole();
 
     Model &model;
     const Options &options;
@@ -53,17 +54,18 @@ Status Adjustment::choose_datum()
 {
     options.watch.tell(Step::equations);
     fill(model, Derivatives::invariant, &system.equations);
-    if (system.equations.usable_rows() == 0) return Status::no_observations;
+    if (system.share.sum(system.equations.usable_rows()) == 0) return Status::no_observations;
     options.watch.tell(Step::datum);
-    outcome.determinacy.datum = find_datum(unit_rows(model, system.equations));
+    outcome.determinacy.datum = find_datum(&model, system);
     const Datum &found = outcome.determinacy.datum;
+    if (system.share.shared() && has_isolated_point()) return Status::undetermined;
     if (has_isolated_point() && has_findings(model.value, options.made)) return Status::undetermined;
     switch (found.state) {
     case DatumState::loose: return Status::no_datum;
     case DatumState::not_carried: has_findings(model.value, options.made); return Status::datum_points;
     case DatumState::held: break;
     case DatumState::by_points:
-        datum = free_datum(system.columns, found);
+        datum = free_datum(system.columns, found, system.share);
         system.held = held_columns(model, system.columns, found);
         system.derivatives = Derivatives::invariant;
     }
@@ -82,8 +84,8 @@ bool Adjustment::has_isolated_point() const
 // Whether the weighted factor shows that all unknowns are determined, so that no movement need be searched.
 bool Adjustment::clearly_determined() const
 {
-    return std::all_of(system.factor.pivot.begin(), system.factor.pivot.end(),
-                       [](double p) { return p >= clear_pivot; });
+    return !system.share.any(!std::all_of(system.factor.pivot.begin(), system.factor.pivot.end(),
+                                          [](double p) { return p >= clear_pivot; }));
 }
 
 // The same of the rows with parallel verticals: what only the curvature of the earth tells, or the convergence of the
@@ -122,6 +124,8 @@ bool Adjustment::has_findings(const std::vector<double> &values, const std::vect
 Status Adjustment::judge_factor(const std::vector<double> &first)
 {
     if (system.factor.stopped) return Status::stopped;
+    if (system.share.shared() && !system.whole) return Status::singular;
+    gather_values(system.share, system.columns, &model);
     if (outcome.iteration.singular_start && has_findings(first, options.made)) return Status::undetermined;
     if (clearly_determined() && clear_without_curvature()) return Status::adjusted;
     if (has_findings(model.value, {})) return Status::undetermined;
@@ -167,6 +171,7 @@ void Adjustment::find_hardly_determined()
 Status Adjustment::judge_failure(const std::vector<double> &first)
 {
     if (outcome.iteration.ending == Ending::stopped) return Status::stopped;
+    if (system.share.shared()) return Status::no_convergence;
     if (has_findings(first, options.made)) return Status::undetermined;
     find_hardly_determined();
     std::vector<double> last = first;
@@ -197,7 +202,7 @@ Status Adjustment::find_values()
         status = ended ? judge_factor(first) : judge_failure(first);
     } else {
         outcome.iteration.squares = fill_rows(model, &system);
-        if (system.bad_group >= 0) return bad_covariance();
+        if (system.share.any(system.bad_group >= 0)) return bad_covariance();
         fill_normal(&system);
         factorize(&system, 0.0, factor_options);
         status = judge_factor(first);
@@ -208,15 +213,24 @@ Status Adjustment::find_values()
 
 void Adjustment::count()
 {
-    const Equations &e = system.equations;
-    for (int r = 0; r < e.rows(); r++)
-        if (!e.usable[r] && e.component[r] == 0) outcome.left_out.push_back(e.observation[r]);
-    outcome.rows = e.usable_rows();
-    outcome.unknowns = system.n();
+    outcome.rows = (int)system.share.sum(system.equations.usable_rows());
+    outcome.unknowns = system.share.shared() ? system.share.unknowns : system.n();
     outcome.open = datum.open;
     outcome.redundancy = outcome.rows - outcome.unknowns + outcome.open;
     if (options.iterate && outcome.redundancy > 0)
         outcome.variance_factor = outcome.iteration.squares / outcome.redundancy;
+}
+
+// Brings the equations of all ranks together, and names those that have no derivative.
+void Adjustment::make_whole()
+{
+    if (system.share.shared()) {
+        system.equations = whole_equations(model, system.derivatives);
+        system.rows.members = group_members(model, system.equations);
+    }
+    const Equations &e = system.equations;
+    for (int r = 0; r < e.rows(); r++)
+        if (!e.usable[r] && e.component[r] == 0) outcome.left_out.push_back(e.observation[r]);
 }
 
 void Adjustment::suspect(const Cofactors &cofactors)
@@ -231,7 +245,7 @@ void Adjustment::suspect(const Cofactors &cofactors)
 Status Adjustment::find_precision()
 {
     options.watch.tell(Step::datum);
-    if (datum.open > 0) set_motions(system.columns, find_datum(unit_rows(model, system.equations)).motions, &datum);
+    if (datum.open > 0) set_motions(system.columns, find_datum(&model, system).motions, &datum);
     Cofactors cofactors(system, datum);
     InverseOptions inverse_options;
     inverse_options.threads = options.threads;
@@ -249,6 +263,7 @@ Status Adjustment::find_precision()
     s.together = options.together;
     if (options.forms) s.forms = options.forms(model);
     outcome.statistics = statistics(model, system, cofactors, s);
+    make_whole();
     suspect(cofactors);
     if (!options.classes.empty() && options.residuals)
         outcome.traces =
@@ -257,7 +272,7 @@ Status Adjustment::find_precision()
     const double variance = std::fmin(1.0, outcome.variance_factor); // a gross error makes no geometry weak
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
         cofactors.multiply(x);
-        for (int u : system.columns.unknown) x[u] *= variance;
+        for (int u = 0; u < model.n_unknowns(); u++) x[u] *= variance;
     });
     return Status::adjusted;
 }
@@ -265,11 +280,14 @@ Status Adjustment::find_precision()
 Outcome Adjustment::run()
 {
     const std::vector<double> first = model.value;
-    system = make_system(model, options.watch);
+    system = make_system(model, options.watch, options.ranks);
     outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
     if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();
-    if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
+    if (outcome.status == Status::adjusted && options.statistics)
+        outcome.status = find_precision();
+    else
+        make_whole();
     if (outcome.status == Status::stopped) model.value = first;
     outcome.equations = std::move(system.equations);
     return std::move(outcome);
@@ -277,6 +295,22 @@ Outcome Adjustment::run()
 
 } // namespace
 
-Outcome adjust(Model *model, const Options &options) { return Adjustment(model, options).run(); }
+Outcome adjust(Model *model, const Options &options)
+{
+    if (!options.ranks) return Adjustment(model, options).run();
+    if (!options.ranks->alone() && options.ranks->size() > 1) {
+        Options together = options;
+        together.watch.stop = nullptr;
+        const std::vector<double> first = model->value;
+        options.ranks->begin();
+        Outcome outcome = Adjustment(model, together).run();
+        if (outcome.status == Status::adjusted) return outcome;
+        options.ranks->leave_to_first();
+        model->value = first;
+    }
+    Options alone = options;
+    alone.ranks = nullptr;
+    return Adjustment(model, alone).run();
+}
 
 } // namespace vornadjust

@@ -34,7 +34,8 @@ struct Options {
     std::vector<char> made; // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
-    Watch watch;
+    Watch watch;            // with ranks nothing stops
+    Ranks *ranks = nullptr; // that share the work; they need the same model and the same options
 };
 
 enum class Status {
@@ -72,6 +73,9 @@ struct Outcome {
         weak; // turns and scale that the observations determine badly, where statistics are asked for
 };
 
+// With ranks, each factors, inverts and tests its part of the network; model and outcome are whole on all of them. A
+// network that cannot be adjusted is left to the first rank, which finds out by itself why not.
+//
 // Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration
 // after no_convergence, and untouched otherwise. Throws std::bad_alloc; the values are then those of any step.
 Outcome adjust(Model *model, const Options &options);

@@ -11,10 +11,7 @@ Cofactors::Cofactors(const System &s, const FreeDatum &d)
     for (int h : s.held) held[h] = 1;
 }
 
-bool Cofactors::invert(const InverseOptions &options)
-{
-    return vornadjust::invert(system.symbolic, system.factor, inverse, options);
-}
+bool Cofactors::invert(const InverseOptions &options) { return vornadjust::invert(system, inverse, options); }
 
 void Cofactors::block(int k, const int *columns, double *q) const
 {
@@ -31,35 +28,37 @@ void Cofactors::block(int k, const int *columns, double *q) const
 // Q = T Q- T^T with T = I - G C.
 void Cofactors::multiply(int m, double *x) const
 {
+    const Share &share = system.share;
     const std::size_t n = system.n(), all = system.columns.of.size();
     std::vector<double> y(m * n);
     for (int v = 0; v < m; v++) {
         double *yv = &y[v * n];
         for (std::size_t j = 0; j < n; j++) yv[j] = x[v * all + system.columns.unknown[j]];
+        contribute(share, yv);
         transform_back(datum, yv);
         for (int h : system.held) yv[h] = 0.0;
     }
-    solve(system.symbolic, system.factor, m, y.data());
+    solve(system, m, y.data());
     const std::vector<double> start(n, 0.0);
     std::fill(x, x + m * all, 0.0);
     for (int v = 0; v < m; v++) {
         double *yv = &y[v * n];
         for (int h : system.held) yv[h] = 0.0;
         transform(datum, start.data(), yv);
+        contribute(share, yv);
         for (std::size_t j = 0; j < n; j++) x[v * all + system.columns.unknown[j]] = yv[j];
     }
+    if (share.shared()) share.ranks->sum(x, m * all);
 }
 
-void Cofactors::solved(int k, const int *columns, int m, const int *others, double *q) const
+void Cofactors::solved(int k, const int *unknowns, int m, const int *others, double *q) const
 {
-    std::vector<double> x(system.n());
+    std::vector<double> x(system.columns.of.size());
     for (int b = 0; b < m; b++) {
         std::fill(x.begin(), x.end(), 0.0);
-        if (!held[others[b]]) x[others[b]] = 1.0;
-        solve(system.symbolic, system.factor, x.data());
-        for (int a = 0; a < k; a++)
-            q[(std::size_t)a * m + b] =
-                transformed(datum, change, columns[a], others[b], held[columns[a]] ? 0.0 : x[columns[a]]);
+        x[others[b]] = 1.0;
+        multiply(x.data());
+        for (int a = 0; a < k; a++) q[(std::size_t)a * m + b] = x[unknowns[a]];
     }
 }
 

@@ -1,6 +1,8 @@
 // Elements of the cofactor matrix of the estimated unknowns, in the datum that was chosen.
 //
-// Elements on the pattern of the factor come from the inverse on that pattern; any others from solves.
+// Elements on the pattern of the factor come from the inverse on that pattern; any others from solves. Where ranks
+// share the system, each has the elements of its own columns; what is made by solves, and the construction, is the work
+// of all.
 
 #ifndef VORNADJUST_COFACTORS_H
 #define VORNADJUST_COFACTORS_H
@@ -25,9 +27,9 @@ public:
     //   q  out  [k][k]
     void block(int k, const int *columns, double *q) const;
 
-    // Cofactors of k columns with m others, by m solves.
+    // Cofactors of k estimated unknowns of the model with m others, by m solves.
     //   q  out  [k][m]
-    void solved(int k, const int *columns, int m, const int *others, double *q) const;
+    void solved(int k, const int *unknowns, int m, const int *others, double *q) const;
 
     // Multiplies a vector by the cofactors.
     //   x  in/out  [unknowns of the model]; entries of unknowns that are not estimated do not count, and become 0

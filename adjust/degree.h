@@ -21,6 +21,10 @@ std::vector<int> library_degree(const Graph &graph);
 // Nested dissection by METIS. Empty where the build did not find it, and where it fails.
 std::vector<int> library_dissection(const Graph &graph);
 
+// Parts of a graph of about equal weight with few edges between them, 0 to parts - 1 by vertex, by METIS. Empty where
+// the build did not find it, and where it fails.
+std::vector<int> library_parts(const Graph &graph, int parts);
+
 bool has_library_degree();
 bool has_library_dissection();
 

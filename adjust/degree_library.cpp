@@ -51,9 +51,10 @@ std::vector<int> library_degree(const Graph &) { return std::vector<int>(); }
 bool has_library_dissection() { return true; }
 
 // METIS keeps the state of its random numbers for the whole program: one call at a time.
+static std::mutex one_at_a_time;
+
 static bool dissect(idx_t n, idx_t *start, idx_t *neighbour, idx_t *weight, idx_t *order, idx_t *place)
 {
-    static std::mutex one_at_a_time;
     const std::lock_guard<std::mutex> lock(one_at_a_time);
     idx_t options[METIS_NOPTIONS];
     METIS_SetDefaultOptions(options);
@@ -75,10 +76,35 @@ std::vector<int> library_dissection(const Graph &graph)
     return std::vector<int>(order.begin(), order.end());
 }
 
+static bool part(idx_t n, idx_t *start, idx_t *neighbour, idx_t *weight, idx_t parts, idx_t *part_of)
+{
+    const std::lock_guard<std::mutex> lock(one_at_a_time);
+    idx_t options[METIS_NOPTIONS], constraints = 1, cut = 0;
+    METIS_SetDefaultOptions(options);
+    options[METIS_OPTION_NUMBERING] = 0;
+    options[METIS_OPTION_SEED] = 1;
+    return METIS_PartGraphRecursive(&n, &constraints, start, neighbour, weight, nullptr, nullptr, &parts, nullptr,
+                                    nullptr, options, &cut, part_of) == METIS_OK;
+}
+
+std::vector<int> library_parts(const Graph &graph, int parts)
+{
+    const std::size_t n = (std::size_t)graph.n;
+    if (parts == 1) return std::vector<int>(n, 0);
+    if (graph.n < parts || graph.start[n] > std::numeric_limits<idx_t>::max()) return std::vector<int>();
+    std::vector<idx_t> start(graph.start.begin(), graph.start.end());
+    std::vector<idx_t> neighbour(graph.neighbour.begin(), graph.neighbour.end());
+    std::vector<idx_t> weight(graph.weight.begin(), graph.weight.end()), part_of(n);
+    if (!part((idx_t)n, start.data(), neighbour.data(), weight.data(), (idx_t)parts, part_of.data()))
+        return std::vector<int>();
+    return std::vector<int>(part_of.begin(), part_of.end());
+}
+
 #else
 
 bool has_library_dissection() { return false; }
 std::vector<int> library_dissection(const Graph &) { return std::vector<int>(); }
+std::vector<int> library_parts(const Graph &, int) { return std::vector<int>(); }
 
 #endif
 

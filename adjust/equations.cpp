@@ -88,14 +88,16 @@ bool is_blind(const Model &model, const Observation &o, int unknown)
 
 int Equations::usable_rows() const { return (int)std::count(usable.begin(), usable.end(), 1); }
 
-Equations pattern(const Model &model)
+Equations pattern(const Model &model) { return pattern(model, {}, 0); }
+
+Equations pattern(const Model &model, const std::vector<int> &part_of, int part)
 {
     Equations e;
     e.begin.push_back(0);
     int columns[most_unknowns];
     for (int i = 0; i < (int)model.observations.size(); i++) {
         const Observation &o = model.observations[i];
-        if (!o.use) continue;
+        if (!o.use || (!part_of.empty() && part_of[i] != part)) continue;
         const int n = row_columns(model, o, columns);
         for (int c = 0; c < components(o.kind, model.frame.space); c++) append_row(model, i, c, columns, n, &e);
     }

@@ -47,8 +47,10 @@ struct Equations {
     int usable_rows() const;
 };
 
-// Pattern of a model's equations, coefficients 0.
+// Pattern of a model's equations, coefficients 0; or of those of one part of the observations.
+//   part_of  [observations]
 Equations pattern(const Model &model);
+Equations pattern(const Model &model, const std::vector<int> &part_of, int part);
 
 // Coefficients, misclosures and usable rows at the model's present values.
 void fill(const Model &model, Derivatives derivatives, Equations *equations);

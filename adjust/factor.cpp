@@ -68,9 +68,10 @@ static std::size_t panel_size(const Symbolic &s, int i)
 
 static void enlarge(DeskSize &desk, const Symbolic &s, int i)
 {
+    desk.index = std::max(desk.index, (std::size_t)s.height(i)); // no child has more rows below
+    if (i == s.boundary) return;
     desk.panel = std::max(desk.panel, panel_size(s, i));
     desk.pivots = std::max(desk.pivots, (std::size_t)whole_columns(s.width(i)));
-    desk.index = std::max(desk.index, (std::size_t)s.height(i)); // no child has more rows below
 }
 
 static Layout plan_layout(const Symbolic &symbolic, const Schedule &plan, int threads)
@@ -273,9 +274,16 @@ static void make_update(const Job &job, const Front &f, const Crew &crew)
     });
 }
 
+static void keep_boundary(const Job &job, const Front &f)
+{
+    for (int place = job.symbolic.first[f.s]; place < job.symbolic.first[f.s + 1]; place++)
+        job.factor.reciprocal[place] = job.factor.pivot[job.symbolic.unknown[place]] = 1.0;
+}
+
 static void factor_front(const Job &job, const Front &f, const Crew &crew)
 {
     add_children(job, f, crew, job.layout.desks[crew.thread].index);
+    if (f.s == job.symbolic.boundary) return keep_boundary(job, f);
     crew.share(f.nown + f.nbelow, [&](int t, int) { load_strip(f, t); });
     factor_panel(job, f, crew);
     if (f.u) make_update(job, f, crew);

@@ -5,7 +5,7 @@
 // of the matrix it is a number without unit between 0 (not determined) and 1 (nothing to do with
 // the others). A pivot that falls short of the limit, or is not a number, fails: its unknown is
 // held at zero, is reported, and the rest is factored without it. Results do not depend on the
-// number of threads, bit by bit.
+// number of threads, bit by bit. Unknowns of a boundary (symbolic.h) are not eliminated: their pivots stand, as 1.
 
 #ifndef VORNADJUST_FACTOR_H
 #define VORNADJUST_FACTOR_H
@@ -51,6 +51,12 @@ void solve(const Symbolic &symbolic, const Factor &factor, double *b);
 
 // The same for m right-hand sides, b being n by m, one right-hand side behind the other.
 void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b);
+
+// The two halves of a solution around a boundary: reduce() leaves there what the elimination of the others makes of the
+// right-hand sides; with the solution of the boundary in its place, complete() finds that of the others.
+//   b  in/out  [m][n] by unknown, between the halves what the first left
+void reduce(const Symbolic &symbolic, const Factor &factor, int m, double *b);
+void complete(const Symbolic &symbolic, const Factor &factor, int m, double *b);
 
 } // namespace vornadjust
 

@@ -14,6 +14,11 @@ double dot(int n, const double *x, const double *y)
     return sum;
 }
 
+void sum(const FreeDatum &datum, std::vector<double> *x)
+{
+    if (datum.ranks) datum.ranks->sum(x->data(), x->size());
+}
+
 // Inverse of a small matrix (d x d by rows), d at most 7, by elimination with the largest pivot.
 std::vector<double> small_inverse(int d, std::vector<double> a)
 {
@@ -49,13 +54,23 @@ std::vector<double> over_columns(const Columns &columns, const Dense &m)
 
 } // namespace
 
-FreeDatum free_datum(const Columns &columns, const Datum &found)
+Datum find_datum(Model *model, const System &system)
+{
+    if (!system.share.shared()) return find_datum(unit_rows(*model, system.equations));
+    gather_values(system.share, system.columns, model);
+    const Equations whole = whole_equations(*model, Derivatives::invariant);
+    return find_datum(unit_rows(*model, whole));
+}
+
+FreeDatum free_datum(const Columns &columns, const Datum &found, const Share &share)
 {
     FreeDatum d;
+    d.ranks = share.ranks;
     d.n = columns.count();
     d.open = found.motions.cols;
     d.size = found.similarity.size;
     d.condition = over_columns(columns, found.conditions);
+    for (int k = 0; k < d.open; k++) contribute(share, &d.condition[(std::size_t)k * d.n]);
     set_motions(columns, found.motions, &d);
     return d;
 }
@@ -63,7 +78,8 @@ FreeDatum free_datum(const Columns &columns, const Datum &found)
 std::vector<int> held_columns(const Model &model, const Columns &columns, const Datum &found)
 {
     std::vector<int> held;
-    for (int u : minimal_datum(model, found.motions)) held.push_back(columns.of[u]);
+    for (int u : minimal_datum(model, found.motions))
+        if (columns.of[u] >= 0) held.push_back(columns.of[u]);
     return held;
 }
 
@@ -75,6 +91,7 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++)
             bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &datum->motion[(std::size_t)k * n]);
+    sum(*datum, &bg);
     datum->closing = small_inverse(d, bg);
 }
 
@@ -86,6 +103,7 @@ void transform(const FreeDatum &datum, const double *from_start, double *dx)
         const double *condition = &datum.condition[(std::size_t)k * n];
         b[k] = dot(n, condition, dx) + dot(n, condition, from_start);
     }
+    sum(datum, &b);
     for (int k = 0; k < d; k++) {
         const double c = dot(d, &datum.closing[(std::size_t)k * d], b.data()), *g = &datum.motion[(std::size_t)k * n];
         for (int j = 0; j < n; j++) dx[j] -= c * g[j];
@@ -97,6 +115,7 @@ void transform_back(const FreeDatum &datum, double *x)
     const int d = datum.open, n = datum.n;
     std::vector<double> gx(d);
     for (int k = 0; k < d; k++) gx[k] = dot(n, &datum.motion[(std::size_t)k * n], x);
+    sum(datum, &gx);
     for (int i = 0; i < d; i++) {
         const double *condition = &datum.condition[(std::size_t)i * n];
         double c = 0.0;
@@ -117,10 +136,11 @@ CofactorTransform cofactor_transform(const FreeDatum &datum, const System &syste
     const std::vector<double> c = t.w;
     for (int k = 0; k < d; k++)
         for (int h : system.held) t.w[(std::size_t)k * n + h] = 0.0;
-    solve(system.symbolic, system.factor, d, t.w.data());
+    solve(system, d, t.w.data());
     t.cw.resize((std::size_t)d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++) t.cw[i * d + k] = dot(n, &c[(std::size_t)i * n], &t.w[(std::size_t)k * n]);
+    sum(datum, &t.cw);
     return t;
 }
 

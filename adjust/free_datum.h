@@ -25,12 +25,17 @@ struct FreeDatum {
     std::vector<double> condition; // [d][n] B0
     std::vector<double> motion;    // [d][n] G
     std::vector<double> closing;   // [d][d] (B0^T G)^-1 by rows
+    Ranks *ranks = nullptr;        // that share the columns; B0 is 0 on each where others own a column
 };
 
-// Of the open motions found at the first values, which come with the conditions.
-FreeDatum free_datum(const Columns &columns, const Datum &found);
+// Open motions of the network at the model's present values, with the system's rows filled there; with ranks of the
+// whole network, whose values the model gets.
+Datum find_datum(Model *model, const System &system);
 
-// Columns to be held in its place.
+// Of the open motions found at the first values, which come with the conditions.
+FreeDatum free_datum(const Columns &columns, const Datum &found, const Share &share = {});
+
+// Columns to be held in its place, those that this rank has.
 std::vector<int> held_columns(const Model &model, const Columns &columns, const Datum &found);
 
 // The same motions at later values.
@@ -38,10 +43,10 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
 
 // x- to x.
 //   from_start  in      [n] present values - first values
-//   dx          in/out  [n] corrections of the minimal datum; becomes those of the wanted one
+//   dx          in/out  [n] corrections of the minimal datum; becomes those of the wanted one. A solution
 void transform(const FreeDatum &datum, const double *from_start, double *dx);
 
-// x to (I - C^T G^T) x, the transposed of what transform() does to corrections.
+// x to (I - C^T G^T) x, the transposed of what transform() does to corrections. A contribution
 void transform_back(const FreeDatum &datum, double *x);
 
 // Cofactors of the wanted datum out of those of the minimal one.

@@ -114,29 +114,34 @@ Groups find_groups(const Graph &graph)
     return groups_by_first(order, first);
 }
 
-Groups find_groups(const Graph &graph, const std::vector<int> &order)
+Groups find_groups(const Graph &graph, const std::vector<int> &order, int boundary)
 {
     std::vector<int> first((std::size_t)graph.n);
-    for (int k = 0; k < graph.n; k++) {
+    const int inside = graph.n - boundary;
+    for (int k = 0; k < inside; k++) {
         const int v = order[k];
         first[v] = k > 0 && alike(graph, first[order[k - 1]], v) ? first[order[k - 1]] : v;
     }
+    for (int k = inside; k < graph.n; k++) first[order[k]] = order[inside];
     return groups_by_first(order, first);
 }
 
-Graph join(const Graph &graph, const Groups &groups)
+Graph join(const Graph &graph, const Groups &groups, bool boundary)
 {
     Graph joined;
     joined.n = (int)groups.start.size() - 1;
     std::vector<int> seen((std::size_t)joined.n, -1);
     for (int v = 0; v < joined.n; v++) {
-        const int u = groups.member[groups.start[v]];
+        const int members = boundary && v == joined.n - 1 ? groups.start[v + 1] - groups.start[v] : 1;
         seen[v] = v;
-        for (std::int64_t p = graph.start[u]; p < graph.start[u + 1]; p++) {
-            const int w = groups.of[graph.neighbour[p]];
-            if (seen[w] == v) continue;
-            seen[w] = v;
-            joined.neighbour.push_back(w);
+        for (int m = 0; m < members; m++) {
+            const int u = groups.member[groups.start[v] + m];
+            for (std::int64_t p = graph.start[u]; p < graph.start[u + 1]; p++) {
+                const int w = groups.of[graph.neighbour[p]];
+                if (seen[w] == v) continue;
+                seen[w] = v;
+                joined.neighbour.push_back(w);
+            }
         }
         joined.start.push_back((std::int64_t)joined.neighbour.size());
         joined.weight.push_back(groups.start[v + 1] - groups.start[v]);

@@ -33,11 +33,13 @@ struct Groups {
 // Groups of a graph of unknowns, each of as many as possible, in the order of their first members.
 Groups find_groups(const Graph &graph);
 
-// The same, but only of unknowns that stand side by side in an order; groups and members keep it.
-Groups find_groups(const Graph &graph, const std::vector<int> &order);
+// The same, but only of unknowns that stand side by side in an order; groups and members keep it. The last `boundary`
+// unknowns of the order are one group, the last, whatever their neighbours.
+Groups find_groups(const Graph &graph, const std::vector<int> &order, int boundary = 0);
 
-// The graph with a vertex for each group.
-Graph join(const Graph &graph, const Groups &groups);
+// The graph with a vertex for each group. The neighbours of a group are those of its first member, or of all of them
+// where the last group is a boundary.
+Graph join(const Graph &graph, const Groups &groups, bool boundary = false);
 
 } // namespace vornadjust
 

@@ -301,6 +301,14 @@ static void invert_square(const Job &job, const Square &f, const double *stair, 
     crew.share(f.slots / LANES, [&](int t, int) { store_strip(f, t); });
 }
 
+// A boundary, whose inverse is given.
+static void load_square(const Square &f)
+{
+    for (int j = 0; j < f.w; j++)
+        for (int i = 0; i < f.w; i++)
+            f.column(f.slot(i) / LANES, f.slot(j))[f.slot(i) % LANES] = f.value[(std::size_t)j * f.m + i];
+}
+
 // ---- the tree ----
 
 // A stack of parts for children.
@@ -328,7 +336,10 @@ static void hand_down(Job &job, int s, const Square &f, const Crew &crew, Stack 
 static void work_off(Job &job, int s, const Crew &crew, Stack &stack)
 {
     const Square f = make_square(job, s, job.layout.desks[crew.thread]);
-    invert_square(job, f, job.below[s], crew);
+    if (s == job.symbolic.boundary)
+        load_square(f);
+    else
+        invert_square(job, f, job.below[s], crew);
     const int p = job.symbolic.parent[s];
     if (p >= 0 && job.plan.in_crown[p] == job.plan.in_crown[s]) stack.top -= stair_size(f.r);
     hand_down(job, s, f, crew, stack);

@@ -6,7 +6,8 @@
 //   Z(R,J) = - Z(R,R) Y,   Z(J,J) = L(J,J)^-T D(J)^-1 L(J,J)^-1 - Z(J,R) Y,   Y = L(R,J) L(J,J)^-1,
 // and Z(R,R) is known by then
 // (Takahashi, Fagan and Chin, 1973; Erisman and Tinney, Comm. ACM 18, 1975, 177-179). Unknowns
-// whose pivots failed have zeros. Results do not depend on the number of threads, bit by bit.
+// whose pivots failed have zeros. Results do not depend on the number of threads, bit by bit. The inverse over a
+// boundary (symbolic.h) is given.
 
 #ifndef VORNADJUST_INVERSE_H
 #define VORNADJUST_INVERSE_H
@@ -29,7 +30,8 @@ struct Inverse {
     bool stopped = false;      // by the watch: nothing else holds then
 };
 
-// The inverse on the pattern of the factor.
+// The inverse on the pattern of the factor. With a boundary, inverse.value has values() numbers before, and those of
+// the boundary's block are the inverse there, both triangles; they stay.
 // Returns whether it was not stopped. Throws std::bad_alloc, with nothing of value in inverse.
 bool invert(const Symbolic &symbolic, const Factor &factor, Inverse &inverse, const InverseOptions &options = {});
 

@@ -76,8 +76,8 @@ bool Iterator::find_step()
     if (!factorize(&system, damping, options)) return false;
     dx = system.normal.right;
     for (int h : system.held) dx[h] = 0.0;
-    solve(system.symbolic, system.factor, dx.data());
-    foreseen = squares - foreseen_squares(system.rows, dx.data());
+    solve(system, 1, dx.data());
+    foreseen = squares - system.share.sum(foreseen_squares(system.rows, dx.data()));
     if (datum.open > 0) {
         std::vector<double> from_start(dx.size());
         for (std::size_t j = 0; j < dx.size(); j++) {
@@ -86,7 +86,7 @@ bool Iterator::find_step()
         }
         transform(datum, from_start.data(), dx.data());
     }
-    return std::all_of(dx.begin(), dx.end(), [](double x) { return std::isfinite(x); });
+    return !system.share.any(!std::all_of(dx.begin(), dx.end(), [](double x) { return std::isfinite(x); }));
 }
 
 Size Iterator::size_of_step() const
@@ -99,10 +99,13 @@ Size Iterator::size_of_step() const
         case Meaning::additive: s.length = std::fmax(s.length, d); break;
         case Meaning::angle:
         case Meaning::scale: s.angle = std::fmax(s.angle, d); break;
-        default: s.share = std::fmax(s.share, d * std::sqrt(system.normal.matrix.value[system.normal.matrix.start[j]]));
+        default: s.share = std::fmax(s.share, d * std::sqrt(system.diagonal[j]));
         }
     }
-    return s;
+    if (!system.share.shared()) return s;
+    double most[] = {s.length, s.angle, s.share};
+    system.share.ranks->most(most, 3);
+    return {most[0], most[1], most[2]};
 }
 
 // What the step takes from the sum of squares, without rows that have a derivative only behind it: a sight straight up
@@ -112,7 +115,7 @@ double Iterator::comparable_change(double after) const
 {
     const Equations &e = system.equations;
     const bool upwards = model.frame.space == Space::space || model.frame.space == Space::sphere;
-    if (!upwards || e.usable == usable_before) return squares - after;
+    if (!upwards || !system.share.any(e.usable != usable_before)) return squares - after;
     const auto is_new = [&](int r) { return e.usable[r] && !usable_before[r]; };
     std::vector<char> changed(model.groups.size(), 0);
     for (int r = 0; r < e.rows(); r++)
@@ -123,7 +126,7 @@ double Iterator::comparable_change(double after) const
         const double u = misclosure_before[r], v = system.rows.misclosure[r];
         change += u * u - v * v;
     }
-    return change;
+    return system.share.sum(change);
 }
 
 // Moves by the step, makes the rows there, and keeps the step when it pays.
@@ -179,7 +182,7 @@ void Iterator::follow_motions(double length)
     moved += length;
     if (datum.open == 0 || moved <= follow * datum.size) return;
     system.watch.tell(Step::datum);
-    const Datum found = find_datum(unit_rows(model, system.equations));
+    const Datum found = find_datum(&model, system);
     if (found.motions.cols == datum.open) set_motions(system.columns, found.motions, &datum);
     moved = 0.0;
 }
@@ -195,7 +198,7 @@ Iteration Iterator::run()
 {
     squares = fill_rows(model, &system);
     result.squares = squares;
-    if (system.bad_group >= 0) {
+    if (system.share.any(system.bad_group >= 0)) {
         result.ending = Ending::bad_covariance;
         return result;
     }
@@ -203,7 +206,7 @@ Iteration Iterator::run()
     while (result.steps < limits.steps) {
         const bool undamped = damping == 0.0;
         const bool found = find_step();
-        if (result.steps == 0 && undamped && !system.factor.failed.empty()) result.singular_start = true;
+        if (result.steps == 0 && undamped && !system.whole) result.singular_start = true;
         if (system.factor.stopped || system.watch.stopped()) {
             result.ending = Ending::stopped;
             break;

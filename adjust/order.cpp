@@ -144,4 +144,28 @@ Order fill_reducing_order(const SymmetricMatrix &a, Ordering ordering)
     return result;
 }
 
+std::vector<int> order_inside(const SymmetricMatrix &a, const std::vector<char> &at_boundary)
+{
+    std::vector<int> inside, last, name((std::size_t)a.n, -1);
+    for (int j = 0; j < a.n; j++) {
+        if (at_boundary[j]) {
+            last.push_back(j);
+            continue;
+        }
+        name[j] = (int)inside.size();
+        inside.push_back(j);
+    }
+    SymmetricMatrix own;
+    own.n = (int)inside.size();
+    for (const int j : inside) {
+        for (std::int64_t p = a.start[j]; p < a.start[j + 1]; p++)
+            if (name[a.row[p]] >= 0) own.row.push_back(name[a.row[p]]);
+        own.start.push_back((std::int64_t)own.row.size());
+    }
+    std::vector<int> order = fill_reducing_order(own).unknown;
+    for (int &k : order) k = inside[k];
+    order.insert(order.end(), last.begin(), last.end());
+    return order;
+}
+
 } // namespace vornadjust

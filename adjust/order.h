@@ -34,6 +34,10 @@ struct Order {
 // Throws std::bad_alloc.
 Order fill_reducing_order(const SymmetricMatrix &a, Ordering ordering = Ordering::best);
 
+// The same for the unknowns inside a boundary; those of the boundary follow as they stand.
+//   at_boundary  [n] 1 for an unknown of the boundary
+std::vector<int> order_inside(const SymmetricMatrix &a, const std::vector<char> &at_boundary);
+
 // Whether the build found a library for an ordering; true for those of the program.
 bool is_available(Ordering ordering);
 

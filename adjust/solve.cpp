@@ -1,6 +1,6 @@
 // Solutions with a factor: forward through the supernodes, division by the pivots, backward.
 //
-// Several right-hand sides are taken BATCH at a time, side by side, by places.
+// Several right-hand sides are taken BATCH at a time, side by side, by places. A boundary is passed over.
 
 #include "adjust/factor.h"
 
@@ -14,6 +14,7 @@ namespace vornadjust {
 template <int N> static void forward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
 {
     for (int s = 0; s < symbolic.nsuper; s++) {
+        if (s == symbolic.boundary) continue;
         const int w = symbolic.width(s), r = symbolic.below(s);
         const int *row = symbolic.row.data() + symbolic.rowstart[s];
         const double *v = factor.value.data() + symbolic.valuestart[s];
@@ -34,6 +35,7 @@ template <int N> static void forward(const Symbolic &symbolic, const Factor &fac
 template <int N> static void backward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
 {
     for (int s = symbolic.nsuper - 1; s >= 0; s--) {
+        if (s == symbolic.boundary) continue;
         const int w = symbolic.width(s), r = symbolic.below(s);
         const int *row = symbolic.row.data() + symbolic.rowstart[s];
         double *own = x + (std::size_t)symbolic.first[s] * N;
@@ -51,24 +53,26 @@ template <int N> static void backward(const Symbolic &symbolic, const Factor &fa
     }
 }
 
+enum class Half { first, second, both };
+
 // Right-hand sides b[c], n apart from each other.
 template <int N>
-static void solve_batch(const Symbolic &symbolic, const Factor &factor, double *b, double *x, double *below)
+static void solve_batch(const Symbolic &symbolic, const Factor &factor, Half half, double *b, double *x, double *below)
 {
     const std::size_t n = (std::size_t)symbolic.n;
     for (std::size_t k = 0; k < n; k++)
         for (int c = 0; c < N; c++) x[k * N + c] = b[c * n + symbolic.unknown[k]];
-    forward<N>(symbolic, factor, x, below);
-    for (std::size_t k = 0; k < n; k++)
-        for (int c = 0; c < N; c++) x[k * N + c] *= factor.reciprocal[k];
-    backward<N>(symbolic, factor, x, below);
+    if (half != Half::second) {
+        forward<N>(symbolic, factor, x, below);
+        for (std::size_t k = 0; k < n; k++)
+            for (int c = 0; c < N; c++) x[k * N + c] *= factor.reciprocal[k];
+    }
+    if (half != Half::first) backward<N>(symbolic, factor, x, below);
     for (std::size_t k = 0; k < n; k++)
         for (int c = 0; c < N; c++) b[c * n + symbolic.unknown[k]] = x[k * N + c];
 }
 
-void solve(const Symbolic &symbolic, const Factor &factor, double *b) { solve(symbolic, factor, 1, b); }
-
-void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b)
+static void solve_half(const Symbolic &symbolic, const Factor &factor, Half half, int m, double *b)
 {
     const int BATCH = 8, PAIR = 2;
     const std::size_t n = (std::size_t)symbolic.n, wide = (std::size_t)std::min(m, BATCH);
@@ -76,9 +80,28 @@ void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b)
     for (int s = 0; s < symbolic.nsuper; s++) most = std::max(most, symbolic.below(s));
     std::vector<double> x(n * wide), below((std::size_t)most * wide);
     int done = 0;
-    for (; m - done >= BATCH; done += BATCH) solve_batch<BATCH>(symbolic, factor, b + done * n, x.data(), below.data());
-    for (; m - done >= PAIR; done += PAIR) solve_batch<PAIR>(symbolic, factor, b + done * n, x.data(), below.data());
-    for (; done < m; done++) solve_batch<1>(symbolic, factor, b + done * n, x.data(), below.data());
+    for (; m - done >= BATCH; done += BATCH)
+        solve_batch<BATCH>(symbolic, factor, half, b + done * n, x.data(), below.data());
+    for (; m - done >= PAIR; done += PAIR)
+        solve_batch<PAIR>(symbolic, factor, half, b + done * n, x.data(), below.data());
+    for (; done < m; done++) solve_batch<1>(symbolic, factor, half, b + done * n, x.data(), below.data());
+}
+
+void solve(const Symbolic &symbolic, const Factor &factor, double *b) { solve(symbolic, factor, 1, b); }
+
+void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b)
+{
+    solve_half(symbolic, factor, Half::both, m, b);
+}
+
+void reduce(const Symbolic &symbolic, const Factor &factor, int m, double *b)
+{
+    solve_half(symbolic, factor, Half::first, m, b);
+}
+
+void complete(const Symbolic &symbolic, const Factor &factor, int m, double *b)
+{
+    solve_half(symbolic, factor, Half::second, m, b);
 }
 
 } // namespace vornadjust

@@ -302,16 +302,17 @@ void RowTests::test(const Bundle &b, const std::vector<std::size_t> &members, Jo
     }
 }
 
-// Columns of the coordinates of a point and which axes they are.
-int point_columns(const System &s, int point, int columns[3], int axes[3])
+// Estimated coordinates of a point and which axes they are.
+int point_unknowns(const System &s, int point, int unknowns[3], int axes[3])
 {
     int n = 0;
-    for (int k = 0; k < 3; k++) {
-        const int c = s.columns.of[3 * (std::size_t)point + k];
-        if (c >= 0) columns[n] = c, axes[n++] = k;
-    }
+    for (int k = 0; k < 3; k++)
+        if (s.takes_part(3 * point + k)) unknowns[n] = 3 * point + k, axes[n++] = k;
     return n;
 }
+
+// Whether a column counts on this rank.
+bool is_own(const System &s, int column) { return !s.share.shared() || s.share.own[column]; }
 
 const int place_of[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
 
@@ -329,9 +330,10 @@ Covariance point_cofactors(const System &s, const Cofactors &cofactors, int poin
 {
     int columns[3], axes[3];
     double q[9];
-    const int n = point_columns(s, point, columns, axes);
+    const int n = point_unknowns(s, point, columns, axes);
+    for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
     Covariance c = {};
-    if (n == 0) return c;
+    if (n == 0 || columns[0] < 0 || !is_own(s, columns[0])) return c;
     cofactors.block(n, columns, q);
     add(n, axes, n, axes, q, 1.0, &c);
     return c;
@@ -342,7 +344,7 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
 {
     int cp[3], cq[3], ap[3], aq[3];
     double cross[9];
-    const int np = point_columns(s, p, cp, ap), nq = point_columns(s, q, cq, aq);
+    const int np = point_unknowns(s, p, cp, ap), nq = point_unknowns(s, q, cq, aq);
     cofactors.solved(np, cp, nq, cq, cross);
     Covariance c;
     for (int k = 0; k < 6; k++) c[k] = result.points[p][k] + result.points[q][k];
@@ -401,16 +403,16 @@ std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const C
 // Full covariance of some unknowns, 0 for held ones.
 std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns)
 {
-    std::vector<int> columns;
+    std::vector<int> estimated;
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < unknowns.size(); i++) {
-        if (s.columns.of[unknowns[i]] < 0) continue;
-        columns.push_back(s.columns.of[unknowns[i]]);
+        if (!s.takes_part(unknowns[i])) continue;
+        estimated.push_back(unknowns[i]);
         places.push_back(i);
     }
-    const std::size_t n = columns.size();
+    const std::size_t n = estimated.size();
     std::vector<double> q(n * n), joint(unknowns.size() * unknowns.size(), 0.0);
-    cofactors.solved((int)n, columns.data(), (int)n, columns.data(), q.data());
+    cofactors.solved((int)n, estimated.data(), (int)n, estimated.data(), q.data());
     for (std::size_t a = 0; a < n; a++)
         for (std::size_t b = 0; b < n; b++)
             joint[places[a] * unknowns.size() + places[b]] = 0.5 * (q[a * n + b] + q[b * n + a]);
@@ -439,10 +441,50 @@ void deviations(const System &s, const Cofactors &cofactors, Statistics *result)
 {
     result->deviation.assign(s.columns.of.size(), 0.0);
     for (int c = 0; c < s.n(); c++) {
+        if (!is_own(s, c)) continue;
         double q;
         cofactors.block(1, &c, &q);
         result->deviation[s.columns.unknown[c]] = result->sigma * std::sqrt(std::fmax(0.0, q));
     }
+    s.share.sum(&result->deviation);
+}
+
+// Cofactors of the coordinates of all points.
+std::vector<Covariance> all_points(const Model &model, const System &s, const Cofactors &cofactors)
+{
+    std::vector<Covariance> points;
+    points.reserve((std::size_t)model.n_points);
+    for (int p = 0; p < model.n_points; p++) points.push_back(point_cofactors(s, cofactors, p));
+    if (s.share.shared() && !points.empty()) s.share.ranks->sum(points[0].data(), 6 * points.size());
+    return points;
+}
+
+// Gives every rank the rows of all, as they follow one another in the equations of the whole network, and their sums.
+void gather_rows(const Model &model, const System &s, Statistics *result)
+{
+    if (!s.share.shared()) return;
+    constexpr std::size_t numbers = 7;
+    static_assert(sizeof(RowStatistics) == numbers * sizeof(double), "rows are summed as numbers");
+    std::vector<std::size_t> first; // row of each observation
+    std::size_t rows = 0;
+    first.reserve(model.observations.size());
+    for (const Observation &o : model.observations) {
+        first.push_back(rows);
+        if (o.use) rows += (std::size_t)components(o.kind, model.frame.space);
+    }
+    std::vector<RowStatistics> all(rows);
+    for (int r = 0; r < s.equations.rows(); r++)
+        all[first[s.equations.observation[r]] + s.equations.component[r]] = result->rows[r];
+    if (rows > 0) s.share.ranks->sum(&all[0].residual, numbers * rows);
+    result->rows = std::move(all);
+
+    std::vector<double> sums;
+    for (const KindStatistics &k : result->kinds) sums.insert(sums.end(), {(double)k.rows, k.squares, k.redundancy});
+    for (const JointStatistics &j : result->together) sums.insert(sums.end(), {(double)j.rank, j.squares});
+    s.share.sum(&sums);
+    const double *at = sums.data();
+    for (KindStatistics &k : result->kinds) k.rows = (int)at[0], k.squares = at[1], k.redundancy = at[2], at += 3;
+    for (JointStatistics &j : result->together) j.rank = (int)at[0], j.squares = at[1], at += 2;
 }
 
 } // namespace
@@ -461,7 +503,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     Statistics s;
     s.sigma = options.sigma;
     deviations(system, cofactors, &s);
-    for (int p = 0; p < model.n_points; p++) s.points.push_back(point_cofactors(system, cofactors, p));
+    s.points = all_points(model, system, cofactors);
     for (const auto &pair : options.pairs)
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
     for (const Form &form : options.forms)
@@ -470,7 +512,10 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);
-    if (options.residuals) RowTests(model, system, cofactors, options, &s).run();
+    if (options.residuals) {
+        RowTests(model, system, cofactors, options, &s).run();
+        gather_rows(model, system, &s);
+    }
     return s;
 }
 

@@ -114,6 +114,7 @@ struct StatisticsOptions {
     std::vector<std::vector<int>> together;
 };
 
+// Where ranks share the system, each gets the statistics of the whole network.
 Statistics statistics(const Model &model, const System &system, const Cofactors &cofactors,
                       const StatisticsOptions &options);
 

@@ -31,12 +31,12 @@ static const Limit LIMITS[] = {{8, 0.7}, {24, 0.4}, {48, 0.15}, {1 << 30, 0.05}}
 
 // Supernode of each place: a run of places of which each is the parent of the one before, without new
 // rows.
-static std::vector<int> runs(const Graph &graph, const Elimination &e)
+static std::vector<int> runs(const Graph &graph, const Elimination &e, bool boundary)
 {
     std::vector<int> of((std::size_t)graph.n);
     for (int k = 0; k < graph.n; k++) {
-        const bool goes_on =
-            k > 0 && e.parent[k - 1] == k && e.count[k] == e.count[k - 1] - graph.weight[e.order[k - 1]];
+        const bool goes_on = k > 0 && !(boundary && k == graph.n - 1) && e.parent[k - 1] == k &&
+                             e.count[k] == e.count[k - 1] - graph.weight[e.order[k - 1]];
         of[k] = k == 0 ? 0 : of[k - 1] + (goes_on ? 0 : 1);
     }
     return of;
@@ -96,13 +96,15 @@ static std::vector<int> parents_of(const std::vector<Candidate> &all)
 }
 
 // The supernode that each one is merged into, itself for those that stay.
-static std::vector<int> merge_all(std::vector<Candidate> &all)
+// The last one takes none where it is a boundary.
+static std::vector<int> merge_all(std::vector<Candidate> &all, bool boundary)
 {
+    const std::size_t closed = boundary ? all.size() - 1 : all.size();
     const Children children = children_of(parents_of(all));
     std::vector<int> into(all.size());
     for (std::size_t s = 0; s < all.size(); s++) {
         into[s] = (int)s;
-        for (int c = children.first[s]; c != -1; c = children.next[c]) {
+        for (int c = children.first[s]; c != -1 && s != closed; c = children.next[c]) {
             const Candidate merged = merge(all[c], all[s]);
             if (!worth_merging(merged)) continue;
             all[s] = merged;
@@ -153,11 +155,11 @@ static std::vector<int> stack_postorder(const std::vector<Candidate> &all, const
     return order;
 }
 
-Supernodes find_supernodes(const Graph &graph, const Elimination &elimination)
+Supernodes find_supernodes(const Graph &graph, const Elimination &elimination, bool boundary)
 {
-    const std::vector<int> of = runs(graph, elimination);
+    const std::vector<int> of = runs(graph, elimination, boundary);
     std::vector<Candidate> all = candidates(graph, elimination, of);
-    const std::vector<int> into = merge_all(all);
+    const std::vector<int> into = merge_all(all, boundary);
     std::vector<int> parent(all.size());
     for (std::size_t s = 0; s < all.size(); s++)
         parent[s] = into[s] != (int)s ? (int)s : all[s].parent < 0 ? -1 : into[all[s].parent];

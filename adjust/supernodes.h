@@ -19,7 +19,8 @@ struct Supernodes {
 };
 
 // Supernodes of an elimination. Merging fills some zeros in: many in small ones, few in large ones.
-Supernodes find_supernodes(const Graph &graph, const Elimination &elimination);
+// With a boundary, the vertex that is eliminated last is a supernode of its own.
+Supernodes find_supernodes(const Graph &graph, const Elimination &elimination, bool boundary = false);
 
 } // namespace vornadjust
 

@@ -28,16 +28,28 @@ static void number_columns(const Supernodes &nodes, const Groups &groups, Symbol
     s.parent = nodes.parent;
 }
 
+static int members_of(const Groups &groups, int v) { return groups.start[v + 1] - groups.start[v]; }
+
 // Places that s.row gets for supernodes, while they are found.
 struct RowSearch {
     std::vector<int> met;                   // [n] supernode by which a place was met last
     std::vector<std::vector<int>> children; // [nsuper]
+    std::vector<int> at;                    // [vertices] first place
+};
+
+// What the rows are found in. A vertex inside meets those unknowns of the boundary that are its neighbours, and not
+// all.
+struct Pattern {
+    const Graph &unknowns, &graph;
+    const Groups &groups;
+    int boundary; // vertex, or -1
 };
 
 // Rows below the columns of supernode i: those of the matrix and those of its children.
-static void find_rows(const Graph &graph, const Supernodes &nodes, const std::vector<int> &at, RowSearch &search, int i,
-                      Symbolic &s)
+static void find_rows(const Pattern &pattern, const Supernodes &nodes, RowSearch &search, int i, Symbolic &s)
 {
+    const Graph &graph = pattern.graph, &unknowns = pattern.unknowns;
+    const Groups &groups = pattern.groups;
     const int end = s.first[i + 1];
     const std::size_t begin = s.row.size();
     const auto meet = [&](int place) {
@@ -47,29 +59,36 @@ static void find_rows(const Graph &graph, const Supernodes &nodes, const std::ve
     };
     for (int k = nodes.start[i]; k < nodes.start[i + 1]; k++) {
         const int v = nodes.vertex[k];
-        for (std::int64_t p = graph.start[v]; p < graph.start[v + 1]; p++)
-            for (int w = 0; w < graph.weight[graph.neighbour[p]]; w++) meet(at[graph.neighbour[p]] + w);
+        bool at_boundary = false;
+        for (std::int64_t p = graph.start[v]; p < graph.start[v + 1]; p++) {
+            const int w = graph.neighbour[p];
+            at_boundary |= w == pattern.boundary;
+            for (int m = 0; m < members_of(groups, w) && w != pattern.boundary; m++) meet(search.at[w] + m);
+        }
+        const int u = groups.member[groups.start[v]]; // all members have the same neighbours
+        for (std::int64_t p = unknowns.start[u]; p < unknowns.start[u + 1] && at_boundary; p++)
+            if (groups.of[unknowns.neighbour[p]] == pattern.boundary) meet(s.place[unknowns.neighbour[p]]);
     }
     for (const int c : search.children[i])
         for (std::int64_t p = s.rowstart[c]; p < s.rowstart[c + 1]; p++) meet(s.row[p]);
     std::sort(s.row.begin() + (std::ptrdiff_t)begin, s.row.end());
 }
 
-static void find_all_rows(const Graph &graph, const Supernodes &nodes, Symbolic &s)
+static void find_all_rows(const Pattern &pattern, const Supernodes &nodes, Symbolic &s)
 {
-    std::vector<int> at((std::size_t)graph.n); // first place of a vertex
+    RowSearch search;
+    search.at.resize((std::size_t)pattern.graph.n);
     int next = 0;
     for (const int v : nodes.vertex) {
-        at[v] = next;
-        next += graph.weight[v];
+        search.at[v] = next;
+        next += members_of(pattern.groups, v);
     }
-    RowSearch search;
     search.met.assign((std::size_t)s.n, -1);
     search.children.resize((std::size_t)s.nsuper);
     s.rowstart = {0};
     s.valuestart = {0};
     for (int i = 0; i < s.nsuper; i++) {
-        find_rows(graph, nodes, at, search, i, s);
+        find_rows(pattern, nodes, search, i, s);
         s.rowstart.push_back((std::int64_t)s.row.size());
         s.valuestart.push_back(s.valuestart.back() + (std::int64_t)s.height(i) * s.width(i));
         if (s.parent[i] >= 0) search.children[s.parent[i]].push_back(i);
@@ -120,11 +139,12 @@ static void find_targets(const SymmetricMatrix &a, Symbolic &s)
     }
 }
 
-Symbolic analyse(const SymmetricMatrix &a, const std::vector<int> &order)
+Symbolic analyse(const SymmetricMatrix &a, const std::vector<int> &order, int boundary)
 {
     const Graph unknowns = graph_of(a);
-    const Groups groups = find_groups(unknowns, order);
-    const Graph graph = join(unknowns, groups);
+    const Groups groups = find_groups(unknowns, order, boundary);
+    Graph graph = join(unknowns, groups, boundary > 0);
+    if (boundary > 0) graph.weight.back() = 1; // supernodes are chosen by what is eliminated
     std::vector<int> vertices((std::size_t)graph.n);
     for (int v = 0; v < graph.n; v++) vertices[v] = v; // groups keep the order
     const Elimination elimination = eliminate(graph, vertices);
@@ -133,9 +153,10 @@ Symbolic analyse(const SymmetricMatrix &a, const std::vector<int> &order)
     s.n = a.n;
     s.elements = size.elements;
     s.operations = size.operations;
-    const Supernodes nodes = find_supernodes(graph, elimination);
+    const Supernodes nodes = find_supernodes(graph, elimination, boundary > 0);
     number_columns(nodes, groups, s);
-    find_all_rows(graph, nodes, s);
+    if (boundary > 0) s.boundary = s.super[s.place[order.back()]];
+    find_all_rows({unknowns, graph, groups, boundary > 0 ? graph.n - 1 : -1}, nodes, s);
     find_targets(a, s);
     return s;
 }

@@ -6,6 +6,8 @@
 // rows below them, row[rowstart[s]] to row[rowstart[s + 1] - 1], ascending places. Its values are a
 // block of height(s) rows, own columns first, by width(s) columns, column by column from
 // valuestart[s] on; what lies above the diagonal is not used.
+// A boundary, where there is one, is a supernode of unknowns that are not eliminated: the factor keeps there, in the
+// lower triangle, what the elimination of all others leaves of the matrix (its Schur complement).
 // Example, 4 places with L(1,0), L(3,1) and L(3,2): first 0 1 2 4, row 1 3; rowstart 0 1 2 2.
 
 #ifndef VORNADJUST_SYMBOLIC_H
@@ -22,6 +24,7 @@ namespace vornadjust {
 struct Symbolic {
     int n = 0;
     int nsuper = 0;
+    int boundary = -1;                    // supernode, or -1
     std::vector<int> unknown;             // [n] unknown at a place
     std::vector<int> place;               // [n] place of an unknown
     std::vector<int> first = {0};         // [nsuper + 1] first column of a supernode
@@ -42,9 +45,10 @@ struct Symbolic {
 
 // Analyses the pattern of a for an order of elimination. Places follow a postorder of the
 // elimination tree of that order: the same factor, but other places within it.
-//   order  [n] order[k] is the unknown to be eliminated as the k-th
+//   order     [n] order[k] is the unknown to be eliminated as the k-th
+//   boundary  so many of the last ones are not eliminated; the counts of elements and operations leave them out
 // Throws std::bad_alloc.
-Symbolic analyse(const SymmetricMatrix &a, const std::vector<int> &order);
+Symbolic analyse(const SymmetricMatrix &a, const std::vector<int> &order, int boundary = 0);
 
 // Elements of the factor for an order, diagonal included.
 std::int64_t count_elements(const SymmetricMatrix &a, const std::vector<int> &order);

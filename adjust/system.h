@@ -1,5 +1,5 @@
 // All that one linearization of a network holds, from the rows to the factor of the normal matrix: made once for a
-// pattern, refilled at every step.
+// pattern, refilled at every step. Where ranks share a system (share.h), each has its own rows and columns.
 
 #ifndef VORNADJUST_SYSTEM_H
 #define VORNADJUST_SYSTEM_H
@@ -9,6 +9,8 @@
 #include "adjust/assembly.h"
 #include "adjust/equations.h"
 #include "adjust/factor.h"
+#include "adjust/inverse.h"
+#include "adjust/share.h"
 #include "adjust/symbolic.h"
 #include "adjust/watch.h"
 #include "adjust/weighted.h"
@@ -21,8 +23,11 @@ struct System {
     Columns columns;
     WeightedRows rows;
     NormalSystem normal;
+    std::vector<double> diagonal; // [n] of the normal matrix, summed over the ranks
     Symbolic symbolic;
     Factor factor;
+    bool whole = false; // all pivots of the last factor stand, those of all ranks
+    Share share;
     std::vector<int> held; // columns that keep their values: the minimal datum. Their rows and columns of the normal
                            // matrix are those of the identity, so that they have correction 0.
     Watch watch;           // of all that is done with the system
@@ -30,21 +35,34 @@ struct System {
     int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }
+    // Whether an unknown of the model is estimated, here or on another rank.
+    bool takes_part(int unknown) const
+    {
+        return share.shared() ? share.takes_part[unknown] != 0 : columns.of[unknown] >= 0;
+    }
 };
 
 // Patterns, columns and order of elimination; nothing is filled.
 // Throws std::bad_alloc.
-System make_system(const Model &model, const Watch &watch = {});
+System make_system(const Model &model, const Watch &watch = {}, Ranks *ranks = nullptr);
 
-// Rows at the model's present values, weighted, held columns 0. Returns the sum of squares of weighted misclosures.
+// Rows at the model's present values, weighted, held columns 0. Returns the sum of squares of weighted misclosures, of
+// all ranks.
 double fill_rows(const Model &model, System *system);
 
 // Normal matrix and right side of the filled rows.
 void fill_normal(System *system);
 
 // Factors N + damping diag(N).
-// Returns whether all pivots stand; otherwise system->factor names those that fail.
+// Returns whether all pivots stand; otherwise system->factor names those that fail (without ranks).
 bool factorize(System *system, double damping, const FactorOptions &options);
+
+// Solves with the factor.
+//   b  in/out  [m][n] right-hand sides, contributions of this rank; become solutions
+void solve(const System &system, int m, double *b);
+
+// Inverse on the pattern of the factor. False when the watch stopped it. Throws std::bad_alloc.
+bool invert(const System &system, Inverse &inverse, const InverseOptions &options);
 
 } // namespace vornadjust
 

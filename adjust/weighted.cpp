@@ -20,16 +20,6 @@ int estimated_columns(const Equations &e, const Columns &columns, int row, int *
     return n;
 }
 
-std::vector<std::vector<int>> group_members(const Model &model, const Equations &e)
-{
-    std::vector<std::vector<int>> members(model.groups.size());
-    for (int r = 0; r < e.rows(); r++)
-        if (e.group[r] >= 0) members[e.group[r]].push_back(r);
-    for (std::vector<int> &m : members)
-        std::sort(m.begin(), m.end(), [&](int a, int b) { return e.place[a] < e.place[b]; });
-    return members;
-}
-
 // Calls visit(row, columns) for the members of a group, with the columns of all members up to the row.
 template <class Visit>
 void for_members(const Equations &e, const Columns &columns, const std::vector<int> &members, const Visit &visit)
@@ -114,6 +104,16 @@ bool weigh_group(const Model &model, const Equations &e, const Columns &columns,
 }
 
 } // namespace
+
+std::vector<std::vector<int>> group_members(const Model &model, const Equations &e)
+{
+    std::vector<std::vector<int>> members(model.groups.size());
+    for (int r = 0; r < e.rows(); r++)
+        if (e.group[r] >= 0) members[e.group[r]].push_back(r);
+    for (std::vector<int> &m : members)
+        std::sort(m.begin(), m.end(), [&](int a, int b) { return e.place[a] < e.place[b]; });
+    return members;
+}
 
 WeightedRows weighted_pattern(const Model &model, const Equations &e, const Columns &columns)
 {

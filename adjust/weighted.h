@@ -29,6 +29,9 @@ struct WeightedRows {
     int rows() const { return (int)misclosure.size(); }
 };
 
+// Rows of each group, in the order of their places.
+std::vector<std::vector<int>> group_members(const Model &model, const Equations &equations);
+
 // Pattern for equations of the model; coefficients 0.
 WeightedRows weighted_pattern(const Model &model, const Equations &equations, const Columns &columns);
 

@@ -297,6 +297,10 @@ int adjust(const Options &options)
     Model model;
     Faults faults;
     if (!read_input(options, model, faults)) return STATUS_USAGE;
+    if (options.ranks && model.solver != Solver::Sparse) {
+        fprintf(stderr, "vorn: ranks share the solver sparse alone; run vorn, or choose --solver sparse\n");
+        return STATUS_USAGE;
+    }
     const std::vector<std::filesystem::path> inputs = sources(model);
     const Inputs texts = read_again(options, model);
     if (update_refused(options, model)) return STATUS_USAGE;
@@ -304,8 +308,8 @@ int adjust(const Options &options)
     if (would_overwrite(options, inputs) || cannot_be_drawn(options, model)) return STATUS_USAGE;
 
     Outputs outputs(options);
-    const Interrupts interrupts(model.solver == Solver::Sparse);
-    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
+    const Interrupts interrupts(model.solver == Solver::Sparse && !options.ranks);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag(), options.ranks});
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {

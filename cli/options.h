@@ -16,6 +16,10 @@
 #include "host/planning/planning.h"
 #include "host/results/plan.h"
 
+namespace vornadjust {
+class Ranks;
+}
+
 // Exit statuses of the program.
 enum Status {
     STATUS_ADJUSTED = 0,
@@ -55,6 +59,7 @@ struct Options {
     std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
     std::optional<vornhost::Components> components;
     vornhost::ConsoleOptions console;
+    vornadjust::Ranks *ranks = nullptr; // processes that share the run, of the program vorn-mpi
 };
 
 // Reads the command line. Returns no options when the program has to end with *status: after

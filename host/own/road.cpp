@@ -118,11 +118,12 @@ bool Road::prepare()
     FirstNumbers first = make_first_numbers(network, outcome.reference.get());
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
+    const bool speaks = !watch.ranks || watch.ranks->own() == 0;
     const bool placed = first.words.empty(), on_earth = network.crs.given();
     if (on_earth && placed &&
         stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
         return false;
-    if (network.mode != Mode::Propagation && (placed || !on_earth)) look_over(placed);
+    if (speaks && network.mode != Mode::Propagation && (placed || !on_earth)) look_over(placed);
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");
@@ -155,6 +156,7 @@ va::Options Road::options() const
 {
     va::Options o;
     o.watch = told();
+    o.ranks = watch.ranks;
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
     o.residuals = network.mode != Mode::Solution && network.residual_statistics;
@@ -280,6 +282,7 @@ OwnOutcome Road::run()
     const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
     if (prepare()) adjust();
+    if (watch.ranks) watch.ranks->leave_to_first(); // it alone has words and files to write
     if (watch.stopped()) outcome.ending = Ending::stopped;
     if (outcome.ending == Ending::stopped) return std::move(outcome);
     watch.begin("writing");

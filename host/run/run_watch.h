@@ -5,6 +5,10 @@
 
 #include <atomic>
 
+namespace vornadjust {
+class Ranks;
+}
+
 namespace vornhost {
 
 // Takes note of the steps of a run.
@@ -15,10 +19,11 @@ public:
     virtual void share(double done) = 0;      // of the step, 0 to 1
 };
 
-// Neither need be there. A stop that is set ends a run of the solver sparse at its next look.
+// None need be there. A stop that is set ends a run of the solver sparse at its next look.
 struct RunWatch {
     Progress *progress = nullptr;
     const std::atomic<bool> *stop = nullptr;
+    vornadjust::Ranks *ranks = nullptr; // processes that share the run; all but the first end within it
 
     void begin(const char *step) const
     {

@@ -29,13 +29,22 @@ std::string file_name(const json &path)
 
 bool is_file(const std::string &place) { return place.substr(place.rfind('/') + 1) == "file"; }
 
+// An ellipse whose axes differ by rounding points anywhere.
+bool is_round(const json &ellipse)
+{
+    if (!ellipse.contains("semi_major_axis")) return false;
+    const double a = ellipse["semi_major_axis"], b = ellipse["semi_minor_axis"];
+    return a - b <= 1e-7 * a;
+}
+
 void compare(const std::string &place, const json &a, const json &b)
 {
     if (a.is_number() && b.is_number()) {
         if (!near(a.get<double>(), b.get<double>())) differ(place, a, b);
     } else if (a.is_object() && b.is_object() && a.size() == b.size()) {
         for (const auto &[key, value] : a.items())
-            if (key != "seconds") b.contains(key) ? compare(place + "/" + key, value, b[key]) : differ(place, a, b);
+            if (key != "seconds" && !(key == "bearing" && is_round(a)))
+                b.contains(key) ? compare(place + "/" + key, value, b[key]) : differ(place, a, b);
     } else if (a.is_array() && b.is_array() && a.size() == b.size()) {
         for (size_t i = 0; i < a.size(); i++) compare(place + "/" + std::to_string(i), a[i], b[i]);
     } else if (is_file(place) && a.is_string() && b.is_string()) {

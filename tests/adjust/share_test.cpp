@@ -1,0 +1,270 @@
+// Adjustments that several ranks share, against the same ones alone.
+
+#include "adjust/share.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "adjust/adjustment.h"
+#include "adjust/degree.h"
+#include "adjust/division.h"
+#include "adjust/snoop.h"
+#include "random_networks.h"
+#include "scattered.h"
+#include "small_net.h"
+#include "thread_ranks.h"
+
+using namespace vornadjust;
+
+namespace {
+
+Options tight()
+{
+    Options o;
+    o.limits.length = 1e-8;
+    o.limits.angle = 1e-11;
+    o.suspects.most = 3;
+    o.suspects.limit = [](int, int, double) { return 1.0; };
+    o.pairs = {{0, 1}, {1, 2}};
+    o.joint = {0, 1, 2, 5};
+    o.forms = [](const Model &m) { return std::vector<Form>{{{m.n_unknowns() - 1, 1.0}, {2, 0.5}, {0, -1.0}}}; };
+    return o;
+}
+
+void expect_near_relative(double found, double wanted, double size, const std::string &what)
+{
+    EXPECT_NEAR(found, wanted, 1e-9 * std::fabs(wanted) + 1e-9 * size) << what;
+}
+
+void expect_same_precision(const Statistics &found, const Statistics &wanted)
+{
+    ASSERT_EQ(found.deviation.size(), wanted.deviation.size());
+    for (size_t u = 0; u < wanted.deviation.size(); u++)
+        expect_near_relative(found.deviation[u], wanted.deviation[u], 0, "deviation " + std::to_string(u));
+    for (const auto list : {&Statistics::points, &Statistics::pairs}) {
+        ASSERT_EQ((found.*list).size(), (wanted.*list).size());
+        for (size_t i = 0; i < (wanted.*list).size(); i++)
+            for (int k = 0; k < 6; k++)
+                expect_near_relative((found.*list)[i][k], (wanted.*list)[i][k],
+                                     (wanted.*list)[i][0] + (wanted.*list)[i][3] + (wanted.*list)[i][5], "covariance");
+    }
+    ASSERT_EQ(found.joint.size(), wanted.joint.size());
+    for (size_t i = 0; i < wanted.joint.size(); i++)
+        expect_near_relative(found.joint[i], wanted.joint[i],
+                             wanted.joint[0] + wanted.joint[5] + wanted.joint[10] + wanted.joint[15], "joint");
+    for (size_t i = 0; i < wanted.forms.size(); i++) expect_near_relative(found.forms[i], wanted.forms[i], 0, "form");
+    for (int k = 0; k < n_kinds; k++) {
+        EXPECT_EQ(found.kinds[k].rows, wanted.kinds[k].rows);
+        expect_near_relative(found.kinds[k].redundancy, wanted.kinds[k].redundancy, 1.0, "redundancy of kind");
+    }
+}
+
+void expect_same(const Outcome &found, const Outcome &wanted)
+{
+    ASSERT_EQ(found.status, wanted.status);
+    EXPECT_EQ(found.rows, wanted.rows);
+    EXPECT_EQ(found.unknowns, wanted.unknowns);
+    EXPECT_EQ(found.open, wanted.open);
+    EXPECT_EQ(found.left_out, wanted.left_out);
+    EXPECT_EQ(found.iteration.steps, wanted.iteration.steps);
+    expect_near_relative(found.variance_factor, wanted.variance_factor, 0, "variance factor");
+    expect_same_precision(found.statistics, wanted.statistics);
+    ASSERT_EQ(found.statistics.rows.size(), wanted.statistics.rows.size());
+    for (size_t r = 0; r < wanted.statistics.rows.size(); r++) {
+        const RowStatistics &a = found.statistics.rows[r], &b = wanted.statistics.rows[r];
+        const double sigma = wanted.equations.sigma[r];
+        expect_near_relative(a.residual, b.residual, sigma, "residual");
+        expect_near_relative(a.redundancy, b.redundancy, 1.0, "redundancy");
+        expect_near_relative(a.effect, b.effect, 1.0, "effect");
+        if (b.share() > 1e-3) {
+            expect_near_relative(a.normalised, b.normalised, 10.0, "normalised");
+        }
+    }
+    ASSERT_EQ(found.suspects.size(), wanted.suspects.size());
+    for (size_t i = 0; i < wanted.suspects.size(); i++) {
+        const int row = found.suspects[i].row, other = wanted.suspects[i].row;
+        if (row != other) { // equally bad ones may change places
+            EXPECT_NEAR(std::fabs(wanted.statistics.rows[row].normalised),
+                        std::fabs(wanted.statistics.rows[other].normalised), 1e-9);
+            continue;
+        }
+        expect_near_relative(found.suspects[i].shift, wanted.suspects[i].shift, 1e-3, "shift");
+        EXPECT_EQ(found.suspects[i].alike.size(), wanted.suspects[i].alike.size());
+    }
+}
+
+// Every rank has the whole of what one machine finds.
+void expect_shared(const Model &given, const std::string &name)
+{
+    SCOPED_TRACE(name);
+    Model alone = given;
+    const Outcome wanted = adjust(&alone, tight());
+    ASSERT_EQ(wanted.status, Status::adjusted);
+    for (const int count : {2, 4}) {
+        std::vector<Model> model(count, given);
+        std::vector<Outcome> outcome(count);
+        std::vector<size_t> boundary(count);
+        on_ranks(count, [&](ThreadRanks &ranks) {
+            Options o = tight();
+            o.ranks = &ranks;
+            outcome[ranks.own()] = adjust(&model[ranks.own()], o);
+            boundary[ranks.own()] = ranks.boundary();
+        });
+        EXPECT_GT(boundary[0], 0u);
+        for (int r = 0; r < count; r++) {
+            SCOPED_TRACE("rank " + std::to_string(r) + " of " + std::to_string(count));
+            expect_same(outcome[r], wanted);
+            for (int u = 0; u < alone.n_unknowns(); u++)
+                EXPECT_NEAR(model[r].value[u], alone.value[u], 1e-9 + 1e-7 * wanted.statistics.deviation[u]) << u;
+            EXPECT_EQ(model[r].value, model[0].value); // bit by bit
+        }
+    }
+}
+
+std::string name(const char *what, Hold how, unsigned seed)
+{
+    return std::string(what) + ", hold " + std::to_string((int)how) + ", seed " + std::to_string(seed);
+}
+
+// Statuses that the first rank ends with, and whether the others were left.
+Status shared_status(const Model &given, int count)
+{
+    Status status = Status::adjusted;
+    std::atomic<int> ended{0};
+    on_ranks(count, [&](ThreadRanks &ranks) {
+        Model m = given;
+        Options o;
+        o.ranks = &ranks;
+        const Outcome outcome = adjust(&m, o);
+        ended++;
+        status = outcome.status;
+    });
+    EXPECT_EQ(ended, 1);
+    return status;
+}
+
+} // namespace
+
+TEST(Share, OfPlaneNetworksIsTheWhole)
+{
+    for (const Hold how : every_hold)
+        for (const bool distances : {true, false}) expect_shared(plane(1, how, distances).model, name("plane", how, 1));
+}
+
+TEST(Share, OfLevellingIsTheWhole)
+{
+    for (const Hold how : every_hold) expect_shared(levelling(2, how).model, name("levelling", how, 2));
+}
+
+TEST(Share, OfSpaceNetworksIsTheWhole)
+{
+    for (const Hold how : every_hold)
+        for (const bool levelled : {true, false})
+            expect_shared(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
+}
+
+TEST(Share, OfCorrelatedGroupsIsTheWhole)
+{
+    for (const Hold how : every_hold) expect_shared(baselines(1, how).model, name("baselines", how, 1));
+    expect_shared(sessions(1).model, "sessions");
+}
+
+TEST(Share, OfUnknownsThatEveryPartSeesIsTheWhole)
+{
+    expect_shared(constants(1, Hold::fixed, true).model, "constants");
+    expect_shared(images(1, Hold::fixed).model, "images");
+    expect_shared(movement(1, Hold::fixed).model, "movement");
+}
+
+TEST(Share, IsRepeatable)
+{
+    const Model given = plane(4, Hold::free_all, true).model;
+    std::vector<double> first;
+    for (int trial = 0; trial < 2; trial++) {
+        std::vector<double> value;
+        on_ranks(3, [&](ThreadRanks &ranks) {
+            Model m = given;
+            Options o = tight();
+            o.ranks = &ranks;
+            const Outcome outcome = adjust(&m, o);
+            if (ranks.own() == 0) value = outcome.statistics.deviation;
+        });
+        if (trial == 0) first = value;
+        EXPECT_EQ(value, first);
+    }
+}
+
+TEST(Share, LeavesWhatCannotBeAdjustedToTheFirstRank)
+{
+    const Model held = plane(1, Hold::fixed, true).model;
+    SmallNet hanging(Space::plane); // the last point is seen by one distance
+    for (const double x : {0.0, 10.0, 20.0, 30.0}) hanging.plane_point(x, x * x / 7, x < 25 ? Code::fixed : Code::free);
+    hanging.all_distances_among(3), hanging.distance(0, 3);
+    EXPECT_EQ(shared_status(hanging.model, 2), Status::undetermined);
+
+    SmallNet loose(Space::heights);
+    for (const double z : {1.0, 2.0, 3.0, 4.0}) loose.height(z, Code::free);
+    loose.level(0, 1), loose.level(2, 3);
+    EXPECT_EQ(shared_status(loose.model, 2), Status::no_datum);
+
+    Model none = held;
+    for (Observation &o : none.observations) o.use = false;
+    EXPECT_EQ(shared_status(none, 3), Status::no_observations);
+
+    Model bad = baselines(1, Hold::fixed).model;
+    std::fill(bad.covariance.begin() + 9, bad.covariance.begin() + 18, 1.0);
+    EXPECT_EQ(shared_status(bad, 2), Status::bad_covariance);
+}
+
+TEST(Share, LeavesOutTheSameObservationsOneByOne)
+{
+    Network n = plane(3, Hold::fixed, true);
+    n.model.observations[7].value[0] += 40 * n.model.observations[7].sigma[0];
+    std::vector<int> unit(n.model.observations.size());
+    for (size_t i = 0; i < unit.size(); i++) unit[i] = (int)i;
+    Options o;
+    o.suspects.most = 3;
+    o.suspects.limit = [](int, int, double) { return 4.0; };
+    Model alone = n.model;
+    const Snooped wanted = snoop(&alone, o, unit);
+    ASSERT_EQ(wanted.left_out, std::vector<int>{7});
+    on_ranks(3, [&](ThreadRanks &ranks) {
+        Model m = n.model;
+        Options own = o;
+        own.ranks = &ranks;
+        EXPECT_EQ(snoop(&m, own, unit).left_out, wanted.left_out);
+    });
+}
+
+TEST(Division, KeepsGroupsAndStationsTogether)
+{
+    for (const Model &m : {sessions(1).model, plane(2, Hold::fixed, true).model, baselines(2, Hold::fixed).model}) {
+        const std::vector<int> part = divide(m, 3);
+        ASSERT_EQ(part.size(), m.observations.size());
+        std::vector<int> of_group(m.groups.size(), -1), of_station(m.n_points, -1), rows(3, 0);
+        for (size_t i = 0; i < part.size(); i++) {
+            const Observation &o = m.observations[i];
+            rows[part[i]]++;
+            int &known = o.group >= 0 ? of_group[o.group] : o.from >= 0 ? of_station[o.from] : rows[0];
+            if (&known == &rows[0]) continue;
+            if (known < 0) known = part[i];
+            EXPECT_EQ(part[i], known);
+        }
+        EXPECT_EQ(divide(m, 3), part);
+    }
+}
+
+TEST(Division, CutsALongLineInTwo)
+{
+    if (!has_library_dissection()) GTEST_SKIP() << "without METIS points are cut as they stand";
+    SmallNet line(Space::heights);
+    for (int p = 0; p < 200; p++) line.height(p);
+    for (int p = 1; p < 200; p++) line.level((37 * p) % 200, (37 * (p - 1)) % 200); // neighbours by another numbering
+    const std::vector<int> part = divide(line.model, 2);
+    int changes = 0, first = 0;
+    for (size_t i = 1; i < part.size(); i++) changes += part[i] != part[i - 1];
+    for (const int p : part) first += p == 0;
+    EXPECT_LE(changes, 2);
+    EXPECT_NEAR(first, 100, 10);
+}
