@@ -46,6 +46,7 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(raw, others.raw, unknown_note);
     take(h1, others.h1, 0.0);
     take(h2, others.h2, 0.0);
+    take(transformation, others.transformation, -1);
 }
 
 Model Model::twin() const

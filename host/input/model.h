@@ -105,6 +105,8 @@ struct Model {
     List<SightRow> angles, horizontal_distances, bearings, scale_bars;
     List<VectorRow> coordinates, coordinate_differences;
     List<DerivedRow> derived;
+    List<DeflectionRow> deflections;
+    List<TransformationRow> transformations;
     List<CovarianceRecord> covariances;
     struct Centring {
         double instrument = 0, target = 0;               // along each horizontal axis

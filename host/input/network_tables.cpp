@@ -12,12 +12,13 @@
 
 namespace vornhost {
 
-const char *const table_names[TABLE_COUNT] = {"stations",   "targets",         "distances",   "height_differences",
-                                              "directions", "vertical_angles", "azimuths",    "baselines",
-                                              "groups",     "cameras",         "images",      "lumps",
-                                              "pairs",      "derived",         "setups",      "horizontal_distances",
-                                              "bearings",   "angles",          "coordinates", "coordinate_differences",
-                                              "scale_bars"};
+const char *const table_names[TABLE_COUNT] = {
+    "stations",   "targets",         "distances",      "height_differences",
+    "directions", "vertical_angles", "azimuths",       "baselines",
+    "groups",     "cameras",         "images",         "lumps",
+    "pairs",      "derived",         "setups",         "horizontal_distances",
+    "bearings",   "angles",          "coordinates",    "coordinate_differences",
+    "scale_bars", "deflections",     "transformations"};
 
 bool Network::planned(Source at)
 {

@@ -21,7 +21,8 @@ Source deselect(Model &network, const ItemPlace &item)
     case Item::bearing: return unused(network.bearings);
     case Item::angle: return unused(network.angles);
     case Item::scale_bar: return unused(network.scale_bars);
-    case Item::observed_coordinate: return unused(network.coordinates);
+    case Item::observed_coordinate:
+    case Item::observed_point: return unused(network.coordinates);
     case Item::coordinate_difference: return unused(network.coordinate_differences);
     case Item::distance: return off(network.distances);
     case Item::height_difference: return off(network.heightdiffs);
