@@ -87,6 +87,20 @@ template <class T> Horizon<T> horizon_at(const Ellipsoid &e, const Vec3<T> &x)
     return horizon<T>(latitude_of(e, x), atan2(x.y, x.x));
 }
 
+// Deflection of the vertical, radians: its latitude is xi north of that of the normal, its longitude eta / cos B east
+// of it (W. Torge, J. Mueller, Geodesy, 2012, section 6.7).
+template <class T> struct Lean {
+    T xi, eta;
+};
+
+// The horizon at the vertical of a geocentric place: north is that of its astronomic meridian.
+template <class T> Horizon<T> horizon_at(const Ellipsoid &e, const Vec3<T> &x, const Lean<T> &lean)
+{
+    using std::atan2, std::cos;
+    const T latitude = latitude_of(e, x);
+    return horizon<T>(latitude + lean.xi, atan2(x.y, x.x) + lean.eta / cos(latitude));
+}
+
 } // namespace vornadjust
 
 #endif

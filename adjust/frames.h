@@ -93,19 +93,19 @@ template <class T> Vec3<T> position(const Frame &frame, const Vec3<T> &c)
 }
 
 // From the centre of the sphere or ellipsoid to a position, and up at the position: away from the centre of the sphere,
-// along the normal of the ellipsoid.
+// along the normal of the ellipsoid, or along the vertical that leans from it.
 template <class T> Vec3<T> from_centre(const Frame &frame, const Vec3<T> &p)
 {
     if (frame.ellipsoidal()) return {p.x + frame.centre.x, p.y + frame.centre.y, p.z + frame.centre.z};
     return {p.x, p.y, p.z + frame.origin_radius()};
 }
 
-template <class T> Vec3<T> up(const Frame &frame, const Vec3<T> &p)
+template <class T> Vec3<T> up(const Frame &frame, const Vec3<T> &p, const Lean<T> *lean = nullptr)
 {
     using std::sqrt;
     if (!frame.curved()) return {T(0.0), T(0.0), T(1.0)};
     const Vec3<T> a = from_centre(frame, p);
-    if (frame.ellipsoidal()) return horizon_at(frame.ellipsoid, a).up;
+    if (frame.ellipsoidal()) return lean ? horizon_at(frame.ellipsoid, a, *lean).up : horizon_at(frame.ellipsoid, a).up;
     return (1.0 / sqrt(dot(a, a))) * a;
 }
 
@@ -119,9 +119,10 @@ template <class T> T rise(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q
 }
 
 // d as seen at a place on the ellipsoid: along the grid's north, across it, along up.
-template <class T> Vec3<T> in_horizon(const Frame &frame, const Vec3<T> &p, const Vec3<T> &d)
+template <class T> Vec3<T> in_horizon(const Frame &frame, const Vec3<T> &p, const Vec3<T> &d, const Lean<T> *lean)
 {
-    const Horizon<T> h = horizon_at(frame.ellipsoid, from_centre(frame, p));
+    const Vec3<T> place = from_centre(frame, p);
+    const Horizon<T> h = lean ? horizon_at(frame.ellipsoid, place, *lean) : horizon_at(frame.ellipsoid, place);
     const T north = dot(h.north, d), east = dot(h.east, d);
     const double c = std::cos(frame.azimuth_rotation), s = std::sin(frame.azimuth_rotation);
     return {c * north + s * east, c * east - s * north, dot(h.up, d)};
@@ -129,13 +130,14 @@ template <class T> Vec3<T> in_horizon(const Frame &frame, const Vec3<T> &p, cons
 
 // d as seen at p in axes turned the shortest way from x3 to up at p (on the ellipsoid from the grid's north):
 // horizontal components and the one along up.
-template <class T> Vec3<T> levelled(const Frame &frame, const Vec3<T> &p, const Vec3<T> &d)
+template <class T>
+Vec3<T> levelled(const Frame &frame, const Vec3<T> &p, const Vec3<T> &d, const Lean<T> *lean = nullptr)
 {
     if (!frame.curved()) return d;
-    if (frame.ellipsoidal()) return in_horizon(frame, p, d);
+    if (frame.ellipsoidal()) return in_horizon(frame, p, d, lean);
     const Vec3<T> n = up(frame, p);
-    const T lean = d.z + (n.x * d.x + n.y * d.y) / (1.0 + n.z);
-    return {d.x - n.x * lean, d.y - n.y * lean, dot(n, d)};
+    const T along = d.z + (n.x * d.x + n.y * d.y) / (1.0 + n.z);
+    return {d.x - n.x * along, d.y - n.y * along, dot(n, d)};
 }
 
 } // namespace vornadjust

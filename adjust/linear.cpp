@@ -35,7 +35,7 @@ struct Ends {
 Ends ends_of(const Observation &o)
 {
     if (o.kind == Kind::unknown || o.kind == Kind::difference) return {0, {}, {}};
-    const int count = o.kind == Kind::angle ? 3 : 2;
+    const int count = o.kind == Kind::angle ? 3 : o.kind == Kind::position ? 1 : 2;
     return {count, {o.from, o.to, o.third}, {o.motion_from, o.motion_to, o.motion_third}};
 }
 
@@ -75,6 +75,28 @@ int parameters_of(const Model &model, const Observation &o, int *unknowns)
     return n;
 }
 
+// Whether a kind is observed along the vertical of one of its ends.
+bool uses_verticals(Kind kind)
+{
+    switch (kind) {
+    case Kind::slope_distance:
+    case Kind::horizontal_distance:
+    case Kind::direction:
+    case Kind::angle:
+    case Kind::vertical_angle:
+    case Kind::azimuth: return true;
+    default: return false;
+    }
+}
+
+// The deflection of the vertical at an end; -1 where its first unknown does not exist.
+int deflection_of(const Model &model, const Observation &o, int point)
+{
+    if (model.deflection_at.empty() || !uses_verticals(o.kind)) return -1;
+    const int at = model.deflection_at[(std::size_t)point];
+    return at < 0 ? -1 : model.deflections[(std::size_t)at].first;
+}
+
 // Whether a kind sees an axis of the coordinates of an end; a motion turns every axis into the others.
 bool sees_axis(const Frame &frame, Kind kind, int motion, int axis)
 {
@@ -94,18 +116,53 @@ Vec3<double> coordinates(const Model &model, int point)
 
 template <class T> Moved<T> motion_of(const T *m) { return {{m[0], m[1], m[2]}, {m[3], m[4], m[5]}, m[6]}; }
 
+template <class T> Vec3<T> moved_about(const Vec3<double> &a, const Vec3<T> &p, const T *m)
+{
+    const Vec3<T> x = moved(Vec3<T>{p.x + a.x, p.y + a.y, p.z + a.z}, motion_of(m));
+    return {x.x - a.x, x.y - a.y, x.z - a.z};
+}
+
 // Kinds of which coordinates are compared as they stand in the network, whatever is up.
 bool of_coordinates(const Frame &frame, Kind kind)
 {
     return frame.ellipsoidal() && (kind == Kind::height_difference || kind == Kind::bearing);
 }
 
-Vec3<double> end_position(const Model &model, const Frame &frame, int point, int motion)
+// Grid coordinates and height in geocentric axes, with the horizon of one place for all points.
+template <class T> Vec3<T> geocentric_axes(const Site &site, const Vec3<T> &c)
 {
-    const Vec3<double> c = coordinates(model, point);
-    const Vec3<double> p =
-        frame.ellipsoidal() ? position(frame, model.sites[(std::size_t)point], c) : position(frame, c);
-    return motion < 0 ? p : moved(p, motion_of(&model.value[model.motions[motion].first]));
+    const Horizon<double> h = horizon(site.latitude, site.longitude);
+    const double cosine = std::cos(site.convergence), sine = std::sin(site.convergence);
+    const Vec3<double> x = cosine * h.north + sine * h.east, y = cosine * h.east - sine * h.north;
+    return {x.x * c.x + y.x * c.y + h.up.x * c.z, x.y * c.x + y.y * c.y + h.up.y * c.z,
+            x.z * c.x + y.z * c.y + h.up.z * c.z};
+}
+
+// Kinds whose components are along geocentric axes on the ellipsoid, whatever is up.
+bool of_vectors(Kind kind) { return kind == Kind::baseline || kind == Kind::position; }
+
+// Position of an end with the coordinates c, before its motion.
+template <class T>
+Vec3<T> unmoved(const Model &model, const Frame &frame, const Observation &o, int point, const Vec3<T> &c)
+{
+    if (frame.ellipsoidal()) return position(frame, model.sites[(std::size_t)point], c);
+    if (frame.space == Space::ellipsoid && of_vectors(o.kind))
+        return geocentric_axes(model.sites[(std::size_t)o.from], c);
+    return position(frame, c);
+}
+
+// Where positions count from in a motion; with parallel verticals from the origin of the coordinates.
+Vec3<double> origin_of(const Frame &frame, const Motion &m)
+{
+    return frame.parallel ? Vec3<double>{0, 0, 0} : m.origin;
+}
+
+Vec3<double> end_position(const Model &model, const Frame &frame, const Observation &o, int point, int motion)
+{
+    const Vec3<double> p = unmoved(model, frame, o, point, coordinates(model, point));
+    if (motion < 0) return p;
+    const Motion &m = model.motions[motion];
+    return moved_about(origin_of(frame, m), p, &model.value[m.first]);
 }
 
 template <int N> Vec3<Jet<N>> variables(const Vec3<double> &p, int first)
@@ -133,18 +190,35 @@ struct Sight {
     const Observation &o;
     Vec3<double> end[most_ends];
     Heights heights;
+    bool leaning;                 // one of the verticals is not the normal
+    Lean<double> lean[most_ends]; // of the vertical at each end
 };
+
+// The verticals of a sight from the first end to another one.
+template <class T> struct Verticals {
+    Lean<T> lean[most_ends];
+    bool leaning;
+
+    Leans<T> to(int end) const { return leaning ? Leans<T>{&lean[0], &lean[end]} : Leans<T>{}; }
+};
+
+template <class T> Verticals<T> verticals(const Sight &s)
+{
+    Verticals<T> v{{}, s.leaning};
+    for (int e = 0; e < most_ends && s.leaning; e++) v.lean[e] = {T(s.lean[e].xi), T(s.lean[e].eta)};
+    return v;
+}
 
 template <class T> bool has_direction(const Vec3<T> &e) { return std::hypot(value_of(e.x), value_of(e.y)) >= shortest; }
 
-template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3<T> &q)
+template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3<T> &q, const Leans<T> &leans)
 {
     switch (s.o.kind) {
     case Kind::plane_distance:
-    case Kind::horizontal_distance: return plane_length(s.frame, p, q);
+    case Kind::horizontal_distance: return plane_length(s.frame, p, q, leans.from);
     case Kind::level_distance: return level_length(s.frame, p, q, s.heights);
     case Kind::scale_bar: return bar_length(s.frame, p, q);
-    default: return slope_length(s.frame, p, q, s.heights);
+    default: return slope_length(s.frame, p, q, s.heights, leans);
     }
 }
 
@@ -155,7 +229,8 @@ template <bool slopes> void distance_by_position(const Sight &s, ByPosition *out
     const Vec3<J> p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
     J constants[2] = {J(0.0), J(1.0)};
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first, 2, 6, constants);
-    const J l = length_of_kind(s, p, q);
+    const Verticals<J> v = verticals<J>(s);
+    const J l = length_of_kind(s, p, q, v.to(1));
     out->usable = l.v >= shortest;
     take(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
 }
@@ -183,8 +258,9 @@ template <int N> Axes<Jet<N>> axes_of(const Sight &s, int first)
 template <bool slopes> void direction_by_position(const Sight &s, ByPosition *out)
 {
     constexpr int n = slopes ? 9 : 0;
-    const auto e =
-        instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
+    const auto v = verticals<Jet<n>>(s);
+    const auto e = instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights,
+                                    axes_of<n>(s, 6), v.to(1));
     out->usable = has_direction(e);
     take(direction(e), 0, out);
 }
@@ -194,8 +270,9 @@ template <bool slopes> void angle_by_position(const Sight &s, ByPosition *out)
     constexpr int n = slopes ? 12 : 0;
     const auto p = variables<n>(s.end[0], 0);
     const auto axes = axes_of<n>(s, 9);
-    const auto left = instrument_sight(s.frame, p, variables<n>(s.end[1], 3), s.heights, axes);
-    const auto right = instrument_sight(s.frame, p, variables<n>(s.end[2], 6), s.heights, axes);
+    const auto v = verticals<Jet<n>>(s);
+    const auto left = instrument_sight(s.frame, p, variables<n>(s.end[1], 3), s.heights, axes, v.to(1));
+    const auto right = instrument_sight(s.frame, p, variables<n>(s.end[2], 6), s.heights, axes, v.to(2));
     out->usable = has_direction(left) && has_direction(right);
     take(horizontal_angle(left, right), 0, out);
 }
@@ -203,8 +280,9 @@ template <bool slopes> void angle_by_position(const Sight &s, ByPosition *out)
 template <bool slopes> void vertical_by_position(const Sight &s, ByPosition *out)
 {
     constexpr int n = slopes ? 10 : 0;
-    const auto e =
-        instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
+    const auto v = verticals<Jet<n>>(s);
+    const auto e = instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights,
+                                    axes_of<n>(s, 6), v.to(1));
     Jet<n> refraction(s.o.refraction);
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
     out->usable = has_direction(e);
@@ -215,8 +293,9 @@ template <bool slopes> void azimuth_by_position(const Sight &s, ByPosition *out)
 {
     constexpr int n = slopes ? 6 : 0;
     const auto p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
+    const auto v = verticals<Jet<n>>(s);
     out->usable = has_direction(levelled(s.frame, p, sight(s.frame, p, q, s.heights)));
-    take(azimuth(s.frame, p, q, s.heights), 0, out);
+    take(azimuth(s.frame, p, q, s.heights, v.to(1)), 0, out);
 }
 
 template <bool slopes> void bearing_by_position(const Sight &s, ByPosition *out)
@@ -227,27 +306,24 @@ template <bool slopes> void bearing_by_position(const Sight &s, ByPosition *out)
     take(bearing(p, q), 0, out);
 }
 
-// A difference of grid coordinates and heights in geocentric axes, with the horizon of one place for both ends.
-template <class T> Vec3<T> geocentric_axes(const Site &site, const Vec3<T> &d)
-{
-    const Horizon<double> h = horizon(site.latitude, site.longitude);
-    const double c = std::cos(site.convergence), s = std::sin(site.convergence);
-    const Vec3<double> x = c * h.north + s * h.east, y = c * h.east - s * h.north;
-    return {x.x * d.x + y.x * d.y + h.up.x * d.z, x.y * d.x + y.y * d.y + h.up.y * d.z,
-            x.z * d.x + y.z * d.y + h.up.z * d.z};
-}
-
 template <bool slopes> void baseline_by_position(const Sight &s, ByPosition *out)
 {
     constexpr int n = slopes ? 6 : 0;
-    auto d = variables<n>(s.end[1], 3) - variables<n>(s.end[0], 0);
+    const auto d = variables<n>(s.end[1], 3) - variables<n>(s.end[0], 0);
     out->usable = true;
-    if (s.frame.space == Space::ellipsoid && s.frame.parallel)
-        d = geocentric_axes(s.model.sites[(std::size_t)s.o.from], d);
     if (s.frame.space == Space::heights) return take(d.z, 0, out);
     take(d.x, 0, out);
     take(d.y, 1, out);
     take(d.z, 2, out);
+}
+
+template <bool slopes> void position_by_position(const Sight &s, ByPosition *out)
+{
+    const auto p = variables < slopes ? 3 : 0 > (s.end[0], 0);
+    out->usable = true;
+    take(p.x, 0, out);
+    take(p.y, 1, out);
+    take(p.z, 2, out);
 }
 
 template <bool slopes> void image_by_position(const Sight &s, ByPosition *out)
@@ -265,14 +341,27 @@ template <bool slopes> void image_by_position(const Sight &s, ByPosition *out)
     take(uv.v, 1, out);
 }
 
+// Without its positions.
+Sight sight_of(const Model &model, const Frame &frame, const Observation &o, const Ends &ends)
+{
+    Sight s{model, frame, o, {}, {o.h1, o.h2}, false, {}};
+    for (int e = 0; e < ends.count && frame.ellipsoidal(); e++) {
+        const int first = deflection_of(model, o, ends.point[e]);
+        if (first < 0) continue;
+        s.leaning = true;
+        s.lean[e] = {model.value[(std::size_t)first], model.value[(std::size_t)first + 1]};
+    }
+    return s;
+}
+
 // Without `slopes` the values alone.
 template <bool slopes> void by_position(const Model &model, const Frame &frame, const Observation &o, ByPosition *out)
 {
-    Sight s{model, frame, o, {}, {o.h1, o.h2}};
     const Ends ends = ends_of(o);
+    Sight s = sight_of(model, frame, o, ends);
     for (int e = 0; e < ends.count; e++)
         s.end[e] = of_coordinates(frame, o.kind) ? coordinates(model, ends.point[e])
-                                                 : end_position(model, frame, ends.point[e], ends.motion[e]);
+                                                 : end_position(model, frame, o, ends.point[e], ends.motion[e]);
     switch (o.kind) {
     case Kind::slope_distance:
     case Kind::plane_distance:
@@ -286,6 +375,7 @@ template <bool slopes> void by_position(const Model &model, const Frame &frame, 
     case Kind::azimuth: return azimuth_by_position<slopes>(s, out);
     case Kind::bearing: return bearing_by_position<slopes>(s, out);
     case Kind::baseline: return baseline_by_position<slopes>(s, out);
+    case Kind::position: return position_by_position<slopes>(s, out);
     case Kind::image: return image_by_position<slopes>(s, out);
     case Kind::difference:
         out->usable = true;
@@ -307,18 +397,19 @@ struct EndSlopes {
     double d[3][10];
 };
 
-EndSlopes end_slopes(const Model &model, const Frame &frame, Kind kind, int point, int motion)
+EndSlopes end_slopes(const Model &model, const Frame &frame, const Observation &o, int point, int motion)
 {
     using J = Jet<10>;
+    const bool turned = frame.ellipsoidal() || (frame.curved() && frame.mixed) ||
+                        (frame.space == Space::ellipsoid && of_vectors(o.kind));
     EndSlopes s;
-    s.plain = motion < 0 && (!(frame.ellipsoidal() || (frame.curved() && frame.mixed)) || of_coordinates(frame, kind));
+    s.plain = motion < 0 && (!turned || of_coordinates(frame, o.kind));
     if (s.plain) return s;
-    const Vec3<J> c = variables<10>(coordinates(model, point), 0);
-    Vec3<J> p = frame.ellipsoidal() ? position(frame, model.sites[(std::size_t)point], c) : position(frame, c);
+    Vec3<J> p = unmoved(model, frame, o, point, variables<10>(coordinates(model, point), 0));
     if (motion >= 0) {
         J m[7];
         parameters(model, model.motions[motion].first, 7, 3, m);
-        p = moved(p, motion_of(m));
+        p = moved_about(origin_of(frame, model.motions[motion]), p, m);
     }
     for (int k = 0; k < 10; k++) s.d[0][k] = p.x.d[k], s.d[1][k] = p.y.d[k], s.d[2][k] = p.z.d[k];
     return s;
@@ -330,15 +421,61 @@ double through(const EndSlopes &s, const double *by_position, int k)
     return by_position[0] * s.d[0][k] + by_position[1] * s.d[1][k] + by_position[2] * s.d[2][k];
 }
 
-// Derivatives by unknowns in the order of seen_unknowns.
-void by_unknowns(const Model &model, const Frame &frame, const Observation &o, const ByPosition &by, Linear *linear)
+// The value of a sight by the deflections of its verticals, all else held.
+template <class T> T by_verticals(const Sight &s, const Verticals<T> &v)
+{
+    const auto held = [](const Vec3<double> &p) { return Vec3<T>{T(p.x), T(p.y), T(p.z)}; };
+    const Vec3<T> p = held(s.end[0]), q = held(s.end[1]);
+    const auto seen = [&](const Vec3<T> &to, int end) {
+        Axes<T> axes{{T(0.0), T(0.0), T(0.0)}, true, false};
+        if (s.o.setup >= 0) {
+            const Setup &setup = s.model.setups[s.o.setup];
+            const double *a = &s.model.value[setup.first];
+            axes = {held({a[0], a[1], a[2]}), setup.levelled, a[0] != 0.0 || a[1] != 0.0};
+        }
+        return instrument_sight(s.frame, p, to, s.heights, axes, v.to(end));
+    };
+    const auto constant = [&](int k, double without) {
+        return T(s.o.constants < 0 ? without : s.model.value[s.model.constants[s.o.constants].first + k]);
+    };
+    switch (s.o.kind) {
+    case Kind::direction: return direction(seen(q, 1));
+    case Kind::angle: return horizontal_angle(seen(q, 1), seen(held(s.end[2]), 2));
+    case Kind::vertical_angle: return vertical_angle(s.frame, seen(q, 1), constant(2, 0.0));
+    case Kind::azimuth: return azimuth(s.frame, p, q, s.heights, v.to(1));
+    default:
+        return measured(DistanceConstants<T>{constant(0, 0.0), constant(1, 1.0)}, length_of_kind(s, p, q, v.to(1)));
+    }
+}
+
+// Derivatives by the deflections, behind those of the other unknowns.
+void add_deflections(const Model &model, const Frame &frame, const Observation &o, int n, Linear *linear)
+{
+    constexpr int most = 2 * most_ends;
+    using J = Jet<most>;
+    const Ends ends = ends_of(o);
+    Sight s = sight_of(model, frame, o, ends);
+    Verticals<J> v = verticals<J>(s);
+    for (int e = 0; e < ends.count; e++) {
+        s.end[e] = end_position(model, frame, o, ends.point[e], ends.motion[e]);
+        v.lean[e] = {J::variable(s.lean[e].xi, 2 * e), J::variable(s.lean[e].eta, 2 * e + 1)};
+    }
+    const J value = s.leaning ? by_verticals(s, v) : J(0.0);
+    for (int e = 0; e < ends.count; e++) {
+        if (deflection_of(model, o, ends.point[e]) < 0) continue;
+        for (int k = 0; k < 2; k++) linear->slope[0][n++] = value.d[2 * e + k];
+    }
+}
+
+// Derivatives by unknowns in the order of seen_unknowns, without those of deflections; returns their number.
+int by_unknowns(const Model &model, const Frame &frame, const Observation &o, const ByPosition &by, Linear *linear)
 {
     const Ends ends = ends_of(o);
     int unused[most_parameters];
     const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind, frame.space);
     int n = 0;
     for (int e = 0; e < ends.count; e++) {
-        const EndSlopes slopes = end_slopes(model, frame, o.kind, ends.point[e], ends.motion[e]);
+        const EndSlopes slopes = end_slopes(model, frame, o, ends.point[e], ends.motion[e]);
         for (int k = 0; k < (ends.motion[e] >= 0 ? 10 : 3); k++) {
             if (k < 3 && !sees_axis(model.frame, o.kind, ends.motion[e], k)) continue;
             for (int c = 0; c < n_components; c++)
@@ -348,6 +485,7 @@ void by_unknowns(const Model &model, const Frame &frame, const Observation &o, c
     }
     for (int k = 0; k < n_parameters; k++, n++)
         for (int c = 0; c < n_components; c++) linear->slope[c][n] = by.slope[c][3 * ends.count + k];
+    return n;
 }
 
 } // namespace
@@ -361,7 +499,12 @@ int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_un
             if (sees_axis(model.frame, o.kind, ends.motion[e], k)) unknowns[n++] = 3 * ends.point[e] + k;
         for (int k = 0; k < 7 && ends.motion[e] >= 0; k++) unknowns[n++] = model.motions[ends.motion[e]].first + k;
     }
-    return n + parameters_of(model, o, unknowns + n);
+    n += parameters_of(model, o, unknowns + n);
+    for (int e = 0; e < ends.count && !model.deflections.empty(); e++) {
+        const int first = deflection_of(model, o, ends.point[e]);
+        for (int k = 0; k < 2 && first >= 0; k++) unknowns[n++] = first + k;
+    }
+    return n;
 }
 
 // The frame as an observation sees it.
@@ -378,7 +521,8 @@ void linearize(const Model &model, const Observation &o, bool invariant, Linear 
     const Frame frame = frame_of(model, o), seen = invariant ? frame.flat() : frame;
     ByPosition by{};
     by_position<true>(model, seen, o, &by);
-    by_unknowns(model, seen, o, by, linear);
+    const int n = by_unknowns(model, seen, o, by, linear);
+    if (!model.deflections.empty() && uses_verticals(o.kind)) add_deflections(model, frame, o, n, linear);
     linear->usable = by.usable;
     if (seen.curved() != frame.curved()) by_position<false>(model, frame, o, &by);
     for (int c = 0; c < components(o.kind, frame.space); c++) linear->value[c] = by.value[c];

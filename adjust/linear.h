@@ -7,12 +7,14 @@
 
 namespace vornadjust {
 
-// Most unknowns of one observation: an image between two moved ends, 2 (3 + 7) + 3 + 10.
-constexpr int most_unknowns = 33;
+// Most unknowns of one observation: an image between two moved ends, 2 (3 + 7) + 3 + 10, with the deflections of three
+// verticals, which no image has.
+constexpr int most_unknowns = 39;
 
 // The unknowns that the rows of an observation hold, in a fixed order: coordinates, then motion, of each end; then
-// angles of the set-up, constants, camera. Axes that a kind never sees (x, y of a height difference on parallel
-// verticals) are left out. An unknown that two ends share stands there twice. Returns their number.
+// angles of the set-up, constants, camera; then deflections of the verticals of the ends. Axes that a kind never sees
+// (x, y of a height difference on parallel verticals) are left out. An unknown that two ends share stands there twice.
+// Returns their number.
 int seen_unknowns(const Model &model, const Observation &observation, int unknowns[most_unknowns]);
 
 struct Linear {

@@ -9,6 +9,7 @@ namespace vornadjust {
 int components(Kind kind, Space space)
 {
     if (kind == Kind::baseline) return space == Space::heights ? 1 : space == Space::plane ? 2 : 3;
+    if (kind == Kind::position) return 3;
     return kind == Kind::image ? 2 : 1;
 }
 
@@ -56,6 +57,15 @@ int Model::add_motion(const double values[7], const Code codes[7])
     const std::vector<Meaning> meanings(7, Meaning::motion);
     motions.push_back({add_unknowns(7, values, codes, meanings.data())});
     return (int)motions.size() - 1;
+}
+
+int Model::add_deflection(int point, const double values[2], const Code codes[2])
+{
+    const Meaning meanings[2] = {Meaning::angle, Meaning::angle};
+    if (deflection_at.empty()) deflection_at.assign((std::size_t)n_points, -1);
+    deflection_at[(std::size_t)point] = (int)deflections.size();
+    deflections.push_back({point, add_unknowns(2, values, codes, meanings)});
+    return (int)deflections.size() - 1;
 }
 
 int Model::add_group(int size, const double *entries)

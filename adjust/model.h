@@ -6,6 +6,7 @@
 //   Constants  3: additive constant (metres), scale, coefficient of refraction of an instrument group
 //   Camera    10: c, x0, y0, a, b, k1, k2, k3, p1, p2
 //   Motion     7: tx, ty, tz, rx, ry, rz, scale of a group of points at an epoch other than its reference
+//   Deflection 2: xi, eta of the vertical at a point, on the ellipsoid
 // Example, 2 points, 1 set-up: 6 coordinates 0..5, angles 6..8.
 //
 // Every parameter that exists has an unknown, a held one too; its code says what becomes of it. A weighted unknown is
@@ -49,6 +50,13 @@ struct Camera {
 
 struct Motion {
     int first; // tx, ty, tz, rx, ry, rz, scale: position = scale R(rx, ry, rz) (plain position) + t
+    // Metres; positions count from here: scale R (plain position + origin) + t - origin.
+    Vec3<double> origin{0, 0, 0};
+};
+
+struct Deflection {
+    int point;
+    int first; // xi, eta
 };
 
 enum class Kind : unsigned char {
@@ -65,6 +73,7 @@ enum class Kind : unsigned char {
     azimuth,             // of the line between the marks
     bearing,             // of the first two coordinates, from the first axis towards the second
     baseline,   // to - from in the axes of the network: 3 components, in the plane 2, of heights the third alone
+    position,   // of the point `from` in those axes, 3 components (space only)
     difference, // of one coordinate, to - from, as it is an unknown
     image,      // 2 components u, v, pixels
     unknown     // an unknown itself: weighted or imported coordinates, angles, constants
@@ -119,6 +128,8 @@ struct Model {
     std::vector<Constants> constants;
     std::vector<Camera> cameras;
     std::vector<Motion> motions;
+    std::vector<Deflection> deflections; // in the order in which they were added
+    std::vector<int> deflection_at;      // [points] in deflections, -1: the vertical is the normal; or empty
 
     std::vector<Observation> observations;
     std::vector<Group> groups;
@@ -134,6 +145,7 @@ struct Model {
     int add_constants(const double values[3], const Code codes[3]);
     int add_camera(const double values[10], const Code codes[10], double pu, double pv, double cu, double cv);
     int add_motion(const double values[7], const Code codes[7]);
+    int add_deflection(int point, const double values[2], const Code codes[2]);
     int add_group(int size, const double *covariance);
     int observe(const Observation &observation);
 

@@ -125,8 +125,8 @@ void read_sigma(const std::string &text, std::map<std::string, double> &sigma)
     sigma[key] = value;
 }
 
-const char *const foreign_options[] = {"--from",         "--sets",   "--sigma", "--station",
-                                       "--station-code", "--points", "--fix",   "--datum"};
+const char *const foreign_options[] = {"--from",   "--sets", "--sigma", "--station", "--station-code",
+                                       "--points", "--fix",  "--datum", "--geoid"};
 
 // Whether one of them is there.
 bool says_foreign(const CLI::App &command)
@@ -174,6 +174,9 @@ void add_foreign(CLI::App *command, vornhost::ImportOptions &foreign)
         ->delimiter(',')
         ->type_name("NAMES")
         ->allow_extra_args(false);
+    command->add_option("--geoid", foreign.geoid, "DynAdjust: height of the geoid, a grid file or metres")
+        ->check(not_empty)
+        ->type_name("FILE");
     for (const char *name : foreign_options) command->get_option(name)->group("Files of other programs");
 }
 

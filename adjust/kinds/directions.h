@@ -23,12 +23,13 @@ template <class T> T horizontal_angle(const Vec3<T> &left, const Vec3<T> &right)
 
 // Direction at p in the horizon there, turned to the network's north, less the convergence of the meridians
 //   tan(latitude) x / (radius + height),  x the first coordinate of p in the axes turned likewise.
-template <class T> T azimuth(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h)
+template <class T>
+T azimuth(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Leans<T> &leans = {})
 {
     const double t = frame.azimuth_rotation;
     const T x = placed(frame, std::cos(t) * p.x - std::sin(t) * p.y);
     const T convergence = std::tan(frame.latitude) / frame.origin_radius() * x;
-    return direction(levelled(frame, p, sight(frame, p, q, h))) + t - convergence;
+    return direction(levelled(frame, p, sight(frame, p, q, h, leans), leans.from)) + t - convergence;
 }
 
 // Of the first two coordinates, whatever is up.

@@ -14,15 +14,16 @@ template <class T> struct DistanceConstants {
 template <class T> T measured(const DistanceConstants<T> &c, const T &length) { return c.additive + c.scale * length; }
 
 // Straight line from the instrument above p to the target above q.
-template <class T> T slope_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h)
+template <class T>
+T slope_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Leans<T> &leans = {})
 {
-    return length(sight(frame, p, q, h));
+    return length(sight(frame, p, q, h, leans));
 }
 
 // Between the marks, without the third coordinate; on the ellipsoid in the horizon of the first.
-template <class T> T plane_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q)
+template <class T> T plane_length(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Lean<T> *lean = nullptr)
 {
-    return horizontal_length(frame.ellipsoidal() ? levelled(frame, p, q - p) : q - p);
+    return horizontal_length(frame.ellipsoidal() ? levelled(frame, p, q - p, lean) : q - p);
 }
 
 // Between the marks: in the plane without the third coordinate.

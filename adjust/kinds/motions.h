@@ -1,4 +1,5 @@
-// Where a point of a moved group stands at the group's epoch: scale R(rx, ry, rz) x + t (metres).
+// Where a point of a moved group stands at the group's epoch: scale R(rx, ry, rz) x + t (metres). The same takes a
+// point into another reference system.
 
 #ifndef VORNADJUST_KINDS_MOTIONS_H
 #define VORNADJUST_KINDS_MOTIONS_H

@@ -45,12 +45,18 @@ struct Heights {
     double instrument = 0.0, target = 0.0;
 };
 
+// How the verticals at both ends lean; null where they are the normals.
+template <class T> struct Leans {
+    const Lean<T> *from = nullptr, *to = nullptr;
+};
+
 // From the instrument above p to the target above q, each raised along its own vertical.
-template <class T> Vec3<T> sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h)
+template <class T>
+Vec3<T> sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Leans<T> &leans = {})
 {
     Vec3<T> u = q - p;
-    if (h.target != 0.0) u = u + h.target * up(frame, q);
-    if (h.instrument != 0.0) u = u - h.instrument * up(frame, p);
+    if (h.target != 0.0) u = u + h.target * up(frame, q, leans.to);
+    if (h.instrument != 0.0) u = u - h.instrument * up(frame, p, leans.from);
     return u;
 }
 
@@ -72,10 +78,11 @@ template <class T> struct Axes {
 
 // The sight from p to q in the axes of the instrument at p.
 template <class T>
-Vec3<T> instrument_sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Axes<T> &axes)
+Vec3<T> instrument_sight(const Frame &frame, const Vec3<T> &p, const Vec3<T> &q, const Heights &h, const Axes<T> &axes,
+                         const Leans<T> &leans = {})
 {
-    Vec3<T> u = sight(frame, p, q, h);
-    if (axes.levelled) u = levelled(frame, p, u);
+    Vec3<T> u = sight(frame, p, q, h, leans);
+    if (axes.levelled) u = levelled(frame, p, u, leans.from);
     return axes.tilted ? turned_back(rotation(axes.angles), u) : turned_back(axes.angles.z, u);
 }
 

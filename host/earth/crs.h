@@ -22,6 +22,7 @@ struct Geoid {
 struct Crs {
     std::string network;           // "EPSG:25832", or "local"; empty: coordinates are plain numbers
     std::string stations, targets; // of these tables, where it is another one
+    std::string coordinates;       // geocentric, of observed coordinates; empty: they are the grid's
     bool ellipsoidal = false;      // heights count from the ellipsoid, not from the geoid
     Geoid geoid;
     std::optional<double> height; // metres, of points in the plane that have none; of the level of a local system

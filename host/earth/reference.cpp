@@ -242,12 +242,15 @@ struct Conversion::Parts {
     Object pj; // null: geographic coordinates of the network's own system
     bool geographic = true, geocentric = false;
     double unit = degree;
+    double epoch = HUGE_VAL; // year
 };
 
-std::optional<Conversion> Conversion::open(const Reference &network, const std::string &from, std::string *fault)
+std::optional<Conversion> Conversion::open(const Reference &network, const std::string &from, std::string *fault,
+                                           double epoch)
 {
     auto parts = std::make_unique<Parts>();
     parts->network = network.parts.get();
+    parts->epoch = epoch > 0 ? epoch : network.parts->epoch;
     if (from.empty()) return Conversion(std::move(parts));
     PJ_CONTEXT *context = network.parts->context.get();
     Object crs = horizontal_system(context, from);
@@ -276,8 +279,7 @@ bool Conversion::geocentric() const { return parts->geocentric; }
 std::optional<Place3> Conversion::operator()(double first, double second, double third) const
 {
     if (!parts->pj) return Place3{{second, first}, third};
-    const auto c =
-        taken(parts->pj.get(), PJ_FWD, first / parts->unit, second / parts->unit, third, parts->network->epoch);
+    const auto c = taken(parts->pj.get(), PJ_FWD, first / parts->unit, second / parts->unit, third, parts->epoch);
     if (!c) return std::nullopt;
     return Place3{{c->xyz.y * degree, c->xyz.x * degree}, c->xyz.z};
 }
@@ -305,7 +307,7 @@ std::optional<GridPlace> Reference::grid(LatLon) const { return std::nullopt; }
 std::optional<double> Reference::undulation(LatLon) const { return std::nullopt; }
 Geodesic Reference::geodesic(LatLon, LatLon) const { return {}; }
 std::optional<LatLon> Reference::on_map(LatLon) const { return std::nullopt; }
-std::optional<Conversion> Conversion::open(const Reference &, const std::string &, std::string *)
+std::optional<Conversion> Conversion::open(const Reference &, const std::string &, std::string *, double)
 {
     return std::nullopt;
 }

@@ -82,8 +82,10 @@ private:
 // From another system to the geographic coordinates of a network's.
 class Conversion {
 public:
-    // Of coordinates in the system of that name; empty: geographic ones in the network's own.
-    static std::optional<Conversion> open(const Reference &network, const std::string &from, std::string *fault);
+    // Of coordinates in the system of that name; empty: geographic ones in the network's own. Their epoch is a year, 0
+    // that of the network.
+    static std::optional<Conversion> open(const Reference &network, const std::string &from, std::string *fault,
+                                          double epoch = 0);
 
     Conversion(Conversion &&) noexcept;
     Conversion &operator=(Conversion &&) noexcept;

@@ -6,6 +6,7 @@
 #include <map>
 #include <unordered_map>
 
+#include "host/formats/dna_terrestrial.h"
 #include "host/formats/draft_builder.h"
 #include "host/formats/plate_motion.h"
 #include "host/input/number.h"
@@ -48,31 +49,53 @@ Matrix square(const std::array<double, 9> &c) { return {{{c[0], c[1], c[2]}, {c[
 // Makes the draft of one network; the members are what its steps share.
 class DnaDrafter {
 public:
-    DnaDrafter(const DnaNetwork &its_network, Source its_file, Draft &draft, Faults &all)
-        : network(its_network), file(its_file), builder(draft, all), faults(all)
+    DnaDrafter(const DnaNetwork &its_network, Source its_file, const std::string &its_geoid, Draft &draft, Faults &all)
+        : network(its_network), file(its_file), geoid(its_geoid), builder(draft, all), faults(all)
     {
     }
 
     bool make()
     {
-        choose();
+        if (!choose()) return false;
         builder.draft.units.length = "m";
         builder.draft.units.angle = "dms";
         builder.draft.units.sigma_angle = "arc_second";
         builder.draft.units.dms = true;
         for (const DnaStation &station : network.stations) add_station(station);
+        std::optional<DnaTerrestrial> sights;
+        if (earth) terrestrial = &sights.emplace(builder, *earth, located);
         for (const DnaMeasure &measure : network.measures) add_measure(measure);
+        if (terrestrial) terrestrial->finish();
         note_frames();
         builder.finish(file);
         return faults.empty();
     }
 
 private:
-    // GNSS networks are adjusted in geocentric coordinates, levelling in heights.
-    void choose()
+    // Networks are adjusted on the ellipsoid, levelling in heights; without projections vectors in geocentric
+    // coordinates. False after a fault.
+    bool choose()
     {
-        for (const DnaMeasure &m : network.measures)
-            if (!m.ignored && is_satellite(m.type)) geocentric_network = true;
+        bool heights_only = true;
+        for (const DnaMeasure &m : network.measures) {
+            if (m.ignored) continue;
+            geocentric_network = geocentric_network || is_satellite(m.type);
+            heights_only = heights_only && (m.type == 'L' || m.type == 'H');
+        }
+        if (heights_only || !has_proj()) return true;
+        std::string fault;
+        earth = DnaPlaces::open(network, geoid, &fault);
+        if (!earth) faults.add(file, fault, "name another geoid with --geoid, or none");
+        if (!earth) return false;
+        builder.draft.crs = earth->keys();
+        const std::string system = geocentric_system(network.frame);
+        for (const DnaMeasure &m : network.measures) {
+            if (m.ignored || m.type != 'Y') continue;
+            builder.draft.crs.emplace_back(
+                "coordinates", '"' + (system.empty() ? "+proj=geocent +ellps=GRS80 +units=m +no_defs" : system) + '"');
+            break;
+        }
+        return true;
     }
 
     // Stations.
@@ -94,10 +117,37 @@ private:
                        "write C or F for each coordinate");
             return;
         }
-        if (geocentric_network)
+        if (earth)
+            locate_station(station, codes, point);
+        else if (geocentric_network)
             place_station(station, codes, point);
         else
             raise_station(station, codes, point);
+    }
+
+    // Latitude, longitude and height; constraints are in that order, of UTM east before north.
+    void locate_station(const DnaStation &station, const std::string &codes, DraftPoint &point)
+    {
+        const std::optional<std::array<double, 3>> at = earth->place(station);
+        if (!at && station.type != "ENU")
+            return faults.add(station.where, "station " + quote(station.name) + " lies outside the geoid or its zone",
+                              "check its coordinates and the zone, like S55");
+        const bool utm = station.type == "UTM";
+        for (size_t axis = 0; axis < 3; axis++) {
+            const char code = codes[utm && axis < 2 ? 1 - axis : axis];
+            if (code == 'C' && !at)
+                return faults.add(station.where, "station " + quote(station.name) + " is held in " + station.type,
+                                  "write its coordinates as LLH, LLh, UTM or XYZ");
+            point.code[axis] = code == 'C' ? CODE_FIXED : CODE_FREE;
+            if (at) point.value[axis] = (*at)[axis];
+        }
+        if (!at) return;
+        if (codes[0] != codes[1]) partly_held++;
+        if (station.type == "LLH" || station.type == "UTM") orthometric++;
+        located.emplace(station.name, *at);
+        const double h = (*at)[2] + earth->undulation((*at)[0], (*at)[1]).value_or(0.0);
+        places[station.name] = {(*at)[0] * radian, (*at)[1] * radian, h};
+        known.emplace(station.name, true);
     }
 
     // In heights the third coordinate counts, where it is one.
@@ -162,12 +212,20 @@ private:
     {
         if (m.ignored) return leave_out(m, "it is marked as ignored");
         if (is_satellite(m.type)) return add_satellite(m);
+        for (const DnaDirection &d : m.directions)
+            if (!d.ignored && !(d.sigma > 0.0))
+                return faults.add(d.where, "the standard deviation of a direction of " + words(m) + " is not above 0",
+                                  "write one");
         if (!(m.sigma > 0.0) && m.type != 'D')
             return faults.add(m.where, "the standard deviation of " + words(m) + " is not above 0", "write one");
-        if (geocentric_network)
+        if (terrestrial) {
+            const std::string why = terrestrial->add(m);
+            if (!why.empty()) leave_out(m, why);
+        } else if (geocentric_network) {
             add_chord(m);
-        else
+        } else {
             add_height(m);
+        }
     }
 
     DraftRow row_of(const DnaMeasure &m) const
@@ -187,8 +245,11 @@ private:
     {
         const bool chord = m.type == 'C' || (m.type == 'S' && m.instrument_height == 0.0 && m.target_height == 0.0);
         if (!chord)
-            return leave_out(m, m.type == 'S' ? "heights of instrument and target need verticals in a reference system"
-                                              : "beside GNSS vectors its type needs a reference system");
+            return leave_out(
+                m,
+                m.type == 'S'
+                    ? "heights of instrument and target need a reference system, and the program was built without PROJ"
+                    : "beside GNSS vectors its type needs a reference system, and the program was built without PROJ");
         if (!(m.value > 0.0)) return faults.add(m.where, "a distance is not above 0", "write the observed one");
         builder.add(DraftKind::scale_bar, row_of(m));
     }
@@ -196,7 +257,8 @@ private:
     void add_height(const DnaMeasure &m)
     {
         if (m.type != 'L' && m.type != 'H')
-            return leave_out(m, "without GNSS vectors heights alone are taken, and its type needs a reference system");
+            return leave_out(m,
+                             "without GNSS vectors heights alone are taken where the program was built without PROJ");
         DraftRow row = row_of(m);
         if (m.type == 'L') return builder.add(DraftKind::height_difference, std::move(row));
         row.to.clear();
@@ -209,7 +271,7 @@ private:
     void add_satellite(const DnaMeasure &m)
     {
         const bool points = m.type == 'Y';
-        if (points && m.coordinates != "XYZ" && m.coordinates != "LLh")
+        if (points && m.coordinates != "XYZ" && m.coordinates != "LLh" && !(earth && m.coordinates == "LLH"))
             return leave_out(m,
                              "its coordinates are of type " + m.coordinates + ", which needs a geoid or a projection");
         for (const double scalar : m.scalar)
@@ -237,8 +299,23 @@ private:
         const std::string frame = m.frame.empty() ? network.frame : m.frame,
                           epoch = m.epoch.empty() ? network.epoch : m.epoch;
         change.reset();
+        transformation.clear();
         if (frame != network.frame && m.type != 'Y') change = frame_change(frame, epoch, network.frame);
-        (change ? turned_frames : frames)[{frame, epoch}] += values_of(m);
+        if (frame != network.frame && !change && earth) transformation = transformation_from(frame, epoch, m.where);
+        (change || !transformation.empty() ? turned_frames : frames)[{frame, epoch}] += values_of(m);
+    }
+
+    // Name of the transformation by PROJ from a frame at an epoch; empty where PROJ does not know one of the frames.
+    std::string transformation_from(const std::string &frame, const std::string &epoch, Source where)
+    {
+        const std::string system = geocentric_system(frame);
+        if (system.empty() || geocentric_system(network.frame).empty()) return {};
+        if (builder.draft.crs[0].second.find("EPSG") == std::string::npos) return {}; // the grid has no datum
+        std::string name = epoch.empty() ? frame : frame + "@" + epoch;
+        for (const Draft::Transformation &t : builder.draft.transformations)
+            if (t.name == name) return name;
+        builder.draft.transformations.push_back({name, system, year_of(epoch), where});
+        return name;
     }
 
     // Where scalars along latitude, longitude and height are turned; null where it is not known.
@@ -267,7 +344,7 @@ private:
         }
         for (auto &row : out)
             for (double &element : row) element *= v;
-        if (m.coordinates != "LLh" || m.type != 'Y') return out;
+        if (m.coordinates == "XYZ" || m.type != 'Y') return out;
         const Geodetic place = {member.value[0] * radian, member.value[1] * radian, member.value[2]};
         const Matrix axes = local_axes(place);
         const std::array<double, 2> metres = radii(place);
@@ -290,9 +367,12 @@ private:
         row.from = member.first;
         row.to = member.second;
         row.covariance = group;
+        row.transformation = transformation;
         std::array<double, 3> value = member.value;
-        if (kind == DraftKind::coordinates && m.coordinates == "LLh")
-            value = geocentric({value[0] * radian, value[1] * radian, value[2]});
+        if (kind == DraftKind::coordinates && m.coordinates != "XYZ") {
+            const double up = m.coordinates == "LLH" ? earth->undulation(value[0], value[1]).value_or(0.0) : 0.0;
+            value = geocentric({value[0] * radian, value[1] * radian, value[2] + up});
+        }
         if (change) value = changed(value, *change);
         for (size_t axis = 0; axis < 3; axis++) row.value[axis] = value[axis];
         if (group.empty()) {
@@ -331,7 +411,19 @@ private:
 
     void note_frames()
     {
-        if (orthometric > 0 && geocentric_network)
+        if (earth && earth->orthometric() && geoid.empty())
+            builder.note(file, "no geoid is named: heights above the geoid count from the ellipsoid; name a grid file "
+                               "or metres with --geoid, or write it in [crs]");
+        if (partly_held > 0)
+            builder.note(file,
+                         std::to_string(partly_held) +
+                             " stations are held in latitude or longitude alone: in the north or east of the grid "
+                             "here, which its convergence turns against them");
+        if (orthometric > 0 && earth && !earth->orthometric())
+            builder.note(file,
+                         std::to_string(orthometric) +
+                             " stations have heights above the geoid: they serve as first values of ellipsoidal ones");
+        if (orthometric > 0 && geocentric_network && !earth)
             builder.note(file,
                          std::to_string(orthometric) +
                              " stations have heights above the geoid: they serve as first values of ellipsoidal ones");
@@ -348,9 +440,15 @@ private:
 
     const DnaNetwork &network;
     Source file;
+    const std::string geoid;
     DraftBuilder builder;
     Faults &faults;
     bool geocentric_network = false;
+    std::optional<DnaPlaces> earth;        // where projections are at hand
+    DnaTerrestrial *terrestrial = nullptr; // with them
+    DnaTerrestrial::Places located;        // stations, in degrees
+    std::string transformation;            // of the record in hand
+    size_t partly_held = 0;
     std::unordered_map<std::string, Geodetic> places;                            // of the stations
     std::unordered_map<std::string, bool> known;                                 // those with coordinates
     std::optional<FrameChange> change;                                           // of the record in hand
@@ -381,9 +479,9 @@ bool read_packed(std::string_view text, double &degrees)
     return true;
 }
 
-bool draft_dna(const DnaNetwork &network, Source file, Draft &draft, Faults &faults)
+bool draft_dna(const DnaNetwork &network, Source file, const std::string &geoid, Draft &draft, Faults &faults)
 {
-    return DnaDrafter(network, file, draft, faults).make();
+    return DnaDrafter(network, file, geoid, draft, faults).make();
 }
 
 } // namespace vornhost

@@ -16,6 +16,7 @@ namespace vornhost {
 
 struct DnaStation {
     std::string name, constraints, type; // type LLH, LLh, UTM, XYZ, ENU
+    std::string zone;                    // of UTM, with its hemisphere: "S55"
     std::array<double, 3> value = {};    // as the type says; latitude and longitude in degrees
     Source where;
 };
@@ -56,8 +57,8 @@ struct DnaNetwork {
     std::vector<DnaMeasure> measures;
 };
 
-// Makes the draft; all faults in one pass. False after a fault.
-bool draft_dna(const DnaNetwork &network, Source file, Draft &draft, Faults &faults);
+// Makes the draft; all faults in one pass. False after a fault. geoid: a grid file, metres, or empty.
+bool draft_dna(const DnaNetwork &network, Source file, const std::string &geoid, Draft &draft, Faults &faults);
 
 // Degrees of D.MMSSsss, whatever number of digits; false where it is none.
 bool read_packed(std::string_view text, double &degrees);

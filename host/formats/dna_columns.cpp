@@ -15,7 +15,7 @@ struct Place {
 };
 
 struct StationPlaces {
-    Place name, constraints, type, value[3];
+    Place name, constraints, type, value[3], zone;
 };
 
 struct MeasurePlaces {
@@ -23,9 +23,9 @@ struct MeasurePlaces {
     Place component, variance[3], scalar[4], frame, epoch, id;
 };
 
-const StationPlaces stations_3_01 = {{1, 20}, {21, 23}, {25, 27}, {{28, 47}, {48, 67}, {68, 87}}},
-                    stations_3_00 = {{1, 20}, {21, 23}, {25, 27}, {{28, 41}, {42, 55}, {56, 69}}},
-                    stations_1_00 = {{1, 10}, {11, 13}, {15, 17}, {{18, 31}, {32, 45}, {46, 59}}};
+const StationPlaces stations_3_01 = {{1, 20}, {21, 23}, {25, 27}, {{28, 47}, {48, 67}, {68, 87}}, {88, 90}},
+                    stations_3_00 = {{1, 20}, {21, 23}, {25, 27}, {{28, 41}, {42, 55}, {56, 69}}, {70, 72}},
+                    stations_1_00 = {{1, 10}, {11, 13}, {15, 17}, {{18, 31}, {32, 45}, {46, 59}}, {60, 62}};
 
 const MeasurePlaces measures_3_01 = {{3, 22},
                                      {23, 42},
@@ -203,6 +203,7 @@ private:
         station.name = word(p.name);
         station.constraints = word(p.constraints);
         station.type = word(p.type);
+        if (station.type == "UTM") station.zone = word(p.zone);
         const bool geodetic = station.type == "LLH" || station.type == "LLh";
         static const char *const types[] = {"LLH", "LLh", "UTM", "XYZ", "ENU"};
         if (station.name.empty()) return void(next++);

@@ -27,12 +27,13 @@ std::string stations_beside(const std::string &path, const std::string &measures
 }
 
 // What was found in the other file has no line in this one.
-bool finish(const DnaNetwork &network, const std::string &stations, Draft &draft, Faults &faults)
+bool finish(const DnaNetwork &network, const std::string &stations, const std::string &geoid, Draft &draft,
+            Faults &faults)
 {
     if (network.measures.empty() && faults.empty())
         faults.add({0, 0, 0}, "the file holds no measurements",
                    "name the file of measurements, beside which its stations stand");
-    if (!faults.empty() || !draft_dna(network, {0, 0, 0}, draft, faults)) return false;
+    if (!faults.empty() || !draft_dna(network, {0, 0, 0}, geoid, draft, faults)) return false;
     for (DraftPoint &point : draft.points)
         if (point.where.file != 0) point.where = Source();
     for (DraftNote &note : draft.notes) {
@@ -53,7 +54,7 @@ void note_missing_stations(const std::string &stations, const DnaNetwork &networ
 
 } // namespace
 
-bool import_dna_columns(const std::string &path, Draft &draft, Faults &faults)
+bool import_dna_columns(const std::string &path, const std::string &geoid, Draft &draft, Faults &faults)
 {
     DnaNetwork network;
     TextFile measures, other;
@@ -66,10 +67,11 @@ bool import_dna_columns(const std::string &path, Draft &draft, Faults &faults)
         if (!frame.empty()) network.frame = frame, network.epoch = epoch;
     }
     note_missing_stations(stations, network, draft);
-    return finish(network, stations, draft, faults);
+    return finish(network, stations, geoid, draft, faults);
 }
 
-bool import_dynaml(const std::string &path, const XmlElement &root, Draft &draft, Faults &faults)
+bool import_dynaml(const std::string &path, const XmlElement &root, const std::string &geoid, Draft &draft,
+                   Faults &faults)
 {
     DnaNetwork network;
     read_dynaml(root, network, faults);
@@ -81,7 +83,7 @@ bool import_dynaml(const std::string &path, const XmlElement &root, Draft &draft
         if (!frame.empty()) network.frame = frame, network.epoch = epoch;
     }
     note_missing_stations(stations, network, draft);
-    return finish(network, stations, draft, faults);
+    return finish(network, stations, geoid, draft, faults);
 }
 
 } // namespace vornhost

@@ -13,8 +13,9 @@ namespace vornhost {
 
 // Measurements in fixed columns (NAME.msr, with the stations in NAME.stn), or in DynaML (NAMEmsr.xml, with NAMEstn.xml;
 // or one file with both). False after a fault.
-bool import_dna_columns(const std::string &path, Draft &draft, Faults &faults);
-bool import_dynaml(const std::string &path, const XmlElement &root, Draft &draft, Faults &faults);
+bool import_dna_columns(const std::string &path, const std::string &geoid, Draft &draft, Faults &faults);
+bool import_dynaml(const std::string &path, const XmlElement &root, const std::string &geoid, Draft &draft,
+                   Faults &faults);
 
 } // namespace vornhost
 

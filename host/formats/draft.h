@@ -59,7 +59,8 @@ struct DraftRow {
     std::array<MaybeNumber, 6> product; // of baselines: xx, yy, zz, xy, xz, yz in squared units of sigma
     MaybeNumber h1, h2;                 // heights of instrument and target
     MaybeNumber length;                 // of a levelling line
-    std::string setup, set, id, covariance;
+    std::string setup, set, id, covariance, transformation;
+    std::string level; // of horizontal distances that were reduced: "ellipsoid", "geoid"
     bool use = true;
     Source where;
 };
@@ -97,6 +98,15 @@ struct Draft {
     std::vector<std::string> description; // lines
     int dimension = 0;
     DraftUnits units;
+    // Keys of [crs] with their values as TOML; empty: coordinates are plain numbers. With it x and y of points are
+    // latitude and longitude in degrees, and observed coordinates are geocentric where `coordinates` is among the keys.
+    std::vector<std::pair<std::string, std::string>> crs;
+    struct Transformation {
+        std::string name, system; // geocentric, as PROJ knows it
+        MaybeNumber epoch;        // year
+        Source where;
+    };
+    std::vector<Transformation> transformations;
     MaybeNumber azimuth_rotation;
     MaybeNumber sigma_per_root_km;                     // of height differences with a length and without a sigma
     std::vector<std::pair<std::string, double>> sigma; // further keys of [sigma]

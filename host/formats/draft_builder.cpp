@@ -119,7 +119,10 @@ void DraftBuilder::leave_out(Source at, const std::string &words, const std::str
 
 void DraftBuilder::settle_dimension()
 {
-    draft.dimension = any_plan && any_height ? 3 : any_plan ? 2 : 1;
+    if (draft.crs.empty())
+        draft.dimension = any_plan && any_height ? 3 : any_plan ? 2 : 1;
+    else
+        draft.dimension = 3;
     if (draft.dimension == 2) flatten_distances(draft);
 }
 

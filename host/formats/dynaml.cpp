@@ -64,6 +64,7 @@ private:
                               "write LLH, LLh, UTM or XYZ");
         if (!coordinates)
             return faults.add(element.at, "station " + quote(station.name) + " has no StationCoord", "add it");
+        station.zone = text_of(*coordinates, "HemisphereZone");
         const bool angles = station.type == "LLH" || station.type == "LLh";
         const char *const names[] = {"XAxis", "YAxis", "Height"};
         for (size_t i = 0; i < 3; i++)

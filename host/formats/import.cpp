@@ -46,12 +46,12 @@ void wrong_root(const XmlElement &root, const char *wanted, const char *what, Fa
                results ? "import the .gkf beside it" : std::string("import a file of ") + what);
 }
 
-bool import_xml(Format format, const std::string &path, Draft &draft, Faults &faults)
+bool import_xml(Format format, const std::string &path, const std::string &geoid, Draft &draft, Faults &faults)
 {
     XmlElement root;
     if (!read_xml(path, root, faults)) return false;
     if (format == Format::dynaml) {
-        if (root.name == "DnaXmlFormat") return import_dynaml(path, root, draft, faults);
+        if (root.name == "DnaXmlFormat") return import_dynaml(path, root, geoid, draft, faults);
         wrong_root(root, "DnaXmlFormat", "DynAdjust", faults);
     } else if (format == Format::gvx) {
         if (root.name == "GVX") return read_gvx(root, draft, faults);
@@ -119,9 +119,10 @@ bool check_sizes(const Draft &draft, Faults &faults)
 // A format of lines or elements that says what it knows of standard deviations itself.
 bool import_network(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
 {
-    const bool good = format == Format::dna                                ? import_dna_columns(path, draft, faults)
-                      : format == Format::sinex || format == Format::lines ? import_lines(format, path, draft, faults)
-                                                                           : import_xml(format, path, draft, faults);
+    const bool good = format == Format::dna ? import_dna_columns(path, options.geoid, draft, faults)
+                      : format == Format::sinex || format == Format::lines
+                          ? import_lines(format, path, draft, faults)
+                          : import_xml(format, path, options.geoid, draft, faults);
     if (good) apply_usual_sigmas(options.sigma, draft, faults);
     return good && faults.empty();
 }

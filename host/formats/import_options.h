@@ -26,6 +26,7 @@ struct ImportOptions {
     std::string points;                                   // file with coordinates of points
     std::vector<std::string> fixed;                       // names of points that are held
     std::vector<std::string> datum;                       // names of points that alone hold a free network
+    std::string geoid; // of DynAdjust: a grid file that PROJ reads, or metres above the ellipsoid
 
     bool given = false; // whether the user named any of them
 };

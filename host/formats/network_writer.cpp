@@ -87,6 +87,7 @@ public:
         write_points(true);
         write_points(false);
         write_setups();
+        write_transformations();
         for (size_t kind = 0; kind < draft_kinds; kind++)
             if (!draft.rows[kind].empty()) write_rows((DraftKind)kind);
         for (const DraftCovariance &group : draft.covariances) write_covariance(group);
@@ -145,12 +146,21 @@ private:
         line("dimension = " + std::to_string(draft.dimension));
         blank();
         write_units();
+        write_crs();
         if (draft.azimuth_rotation) {
             line("[earth]");
             line("azimuth_rotation = " + angle_text(*draft.azimuth_rotation, true));
             blank();
         }
         write_sigmas();
+    }
+
+    void write_crs()
+    {
+        if (draft.crs.empty()) return;
+        line("[crs]");
+        for (const auto &[key, value] : draft.crs) line(key + " = " + value);
+        blank();
     }
 
     bool has_angles() const
@@ -204,8 +214,9 @@ private:
         WriterTable cells(points.size());
         cells.add("name", CellKind::word, column(points, [](const DraftPoint &p) { return word_cell(p.name); }));
         for (size_t axis = 0; axis < 3; axis++)
-            cells.add(std::string(1, "xyz"[axis]), CellKind::number,
-                      column(points, [axis](const DraftPoint &p) { return maybe_text(p.value[axis]); }));
+            cells.add(
+                axis < 2 && !draft.crs.empty() ? (axis == 0 ? "latitude" : "longitude") : std::string(1, "xyz"[axis]),
+                CellKind::number, column(points, [axis](const DraftPoint &p) { return maybe_text(p.value[axis]); }));
         for (size_t axis = 0; axis < 3; axis++)
             cells.add(std::string("s") + "xyz"[axis], CellKind::number,
                       column(points, [axis](const DraftPoint &p) { return maybe_text(p.sigma[axis]); }));
@@ -249,6 +260,19 @@ private:
         blank();
     }
 
+    void write_transformations()
+    {
+        const std::vector<Draft::Transformation> &rows = draft.transformations;
+        if (rows.empty()) return;
+        using Row = Draft::Transformation;
+        WriterTable cells(rows.size());
+        cells.add("name", CellKind::word, column(rows, [](const Row &t) { return word_cell(t.name); }));
+        cells.add("system", CellKind::word, column(rows, [](const Row &t) { return word_cell(t.system); }));
+        cells.add("epoch", CellKind::number, column(rows, [](const Row &t) { return maybe_text(t.epoch); }));
+        table("transformations", cells, rows);
+        blank();
+    }
+
     void write_rows(DraftKind kind)
     {
         const std::vector<DraftRow> &rows = draft.of(kind);
@@ -270,6 +294,8 @@ private:
         word("setup", &DraftRow::setup);
         word("set", &DraftRow::set);
         word("covariance", &DraftRow::covariance);
+        word("transformation", &DraftRow::transformation);
+        word("level", &DraftRow::level);
         cells.add("use", CellKind::word,
                   column(rows, [](const DraftRow &r) { return std::string(r.use ? "" : "no"); }));
         word("id", &DraftRow::id);

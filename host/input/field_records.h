@@ -23,9 +23,10 @@ struct RowNotes {
     std::vector<int> covariance; // in Model::covariances
     std::vector<int> place;      // of the first component in its covariance
     std::vector<std::string> id, remark;
-    std::vector<double> raw;        // readings that were reduced, metres or radians
-    std::vector<double> h1, h2;     // of the antennas of baselines above the marks, metres
-    std::vector<double> refraction; // coefficients of single vertical angles, unknown_note where the row gives none
+    std::vector<double> raw;         // readings that were reduced, metres or radians
+    std::vector<double> h1, h2;      // of the antennas of baselines above the marks, metres
+    std::vector<double> refraction;  // coefficients of single vertical angles, unknown_note where the row gives none
+    std::vector<int> transformation; // of baselines and observed points, in Model::transformations
 
     // What row i of the others says, as row `to`.
     void copy(const RowNotes &others, size_t i, size_t to);
@@ -66,11 +67,15 @@ struct SetupRecord {
     int group = -1;             // of instruments
 };
 
+// Where a horizontal distance lies: between the marks, or as an arc on the ellipsoid or the geoid.
+enum class Level { marks, ellipsoid, geoid };
+
 // An angle (at, from, to are from, to, third here), horizontal distance, bearing or scale bar.
 struct SightRow {
     int from = -1, to = -1, third = -1;
     double value = 0, sigma = 0; // sigma 0: from a covariance
     bool constants = false;      // horizontal distances: takes those of its instrument group
+    Level level = Level::marks;  // horizontal distances
     bool use = true;
 };
 
@@ -90,6 +95,22 @@ struct VectorRow {
     bool use = true;
 
     int components() const { return given[0] + given[1] + given[2]; }
+};
+
+// Deflection of the vertical at a point: xi towards north, eta towards east; a standard deviation of 0 holds it.
+struct DeflectionRow {
+    int point = -1;
+    double value[2] = {0, 0}, sigma[2] = {0, 0};
+};
+
+// From the reference system of the network into that of the baselines and points that name it: geocentric shifts,
+// rotations of the axes, scale (EPSG method 1032). Or what PROJ knows of the system at the epoch.
+struct TransformationRow {
+    std::string name;
+    std::string system;                                     // of the observations, for PROJ; empty: the network's
+    double epoch = 0;                                       // year; 0: none
+    double value[7] = {0, 0, 0, 0, 0, 0, 1}, sigma[7] = {}; // tx, ty, tz, rx, ry, rz, scale
+    int code[7] = {CODE_FIXED, CODE_FIXED, CODE_FIXED, CODE_FIXED, CODE_FIXED, CODE_FIXED, CODE_FIXED};
 };
 
 // The covariance of the observations that name it, by rows of its upper triangle as far as `width` columns behind the

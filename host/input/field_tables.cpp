@@ -10,12 +10,27 @@ namespace {
 
 // ---- one value between two or three points ----
 
-enum { FROM, TO, VALUE, SIGMA, USE, ID, REMARK, COVARIANCE, AT, SETUP = AT, THIRD_SETUP, CONSTANTS = THIRD_SETUP };
+enum {
+    FROM,
+    TO,
+    VALUE,
+    SIGMA,
+    USE,
+    ID,
+    REMARK,
+    COVARIANCE,
+    AT,
+    SETUP = AT,
+    THIRD_SETUP,
+    CONSTANTS = THIRD_SETUP,
+    LEVEL
+};
 
 const std::vector<Column> two_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},
                                          {"use"},        {"id"},       {"remark"},      {"covariance"}};
-const std::vector<Column> distance_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"}, {"use"},
-                                              {"id"},         {"remark"},   {"covariance"},  {"setup"}, {"constants"}};
+const std::vector<Column> distance_columns = {{"from", true}, {"to", true},  {"value", true}, {"sigma"},
+                                              {"use"},        {"id"},        {"remark"},      {"covariance"},
+                                              {"setup"},      {"constants"}, {"level"}};
 const std::vector<Column> angle_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},    {"use"},
                                            {"id"},         {"remark"},   {"covariance"},  {"at", true}, {"setup"}};
 
@@ -75,6 +90,20 @@ void read_constants(Network &net, Row &row, int setup, SightRow &sight)
                   "name its group in table stations");
 }
 
+// An arc needs to know where the ellipsoid is.
+void read_level(const Network &net, Row &row, SightRow &sight)
+{
+    static const Words levels = {
+        {"marks", (int)Level::marks}, {"ellipsoid", (int)Level::ellipsoid}, {"geoid", (int)Level::geoid}};
+    sight.level = (Level)row.word(LEVEL, (int)Level::marks, levels);
+    if (sight.level == Level::marks) return;
+    if (!net.model.crs.given() || net.model.crs.local())
+        row.fault(LEVEL, "an arc on the " + std::string(row.text(LEVEL)) + " needs a reference system",
+                  "write network = \"EPSG:25832\" in [crs], or marks");
+    if (sight.constants)
+        row.fault(LEVEL, "a reduced distance has no constants of an instrument", "leave constants or level out");
+}
+
 void read_sight(Network &net, Row &row, const SightTable &table)
 {
     const bool angles = table.id == TABLE_ANGLES, distances = table.id == TABLE_HORIZONTAL_DISTANCES;
@@ -90,6 +119,7 @@ void read_sight(Network &net, Row &row, const SightTable &table)
     const NoteColumns columns{ID, REMARK, COVARIANCE, angles ? THIRD_SETUP : distances ? SETUP : -1};
     const int setup = read_notes(net, row, columns, angles ? sight.third : sight.from, list.notes, list.size());
     if (distances) read_constants(net, row, setup, sight);
+    if (distances) read_level(net, row, sight);
     if (angles) { // the record begins where the instrument stands
         const int from = sight.from, to = sight.to;
         sight.from = sight.third;
@@ -109,11 +139,13 @@ enum {
     VECTOR_ID,
     VECTOR_REMARK,
     VECTOR_COVARIANCE,
-    SECOND // of differences
+    SECOND, // of differences
+    TRANSFORMATION = SECOND
 };
 
-const std::vector<Column> coordinate_columns = {{"name", true}, {"x"},   {"y"},  {"z"},      {"sx"},        {"sy"},
-                                                {"sz"},         {"use"}, {"id"}, {"remark"}, {"covariance"}};
+const std::vector<Column> coordinate_columns = {{"name", true}, {"x"},      {"y"},          {"z"},
+                                                {"sx"},         {"sy"},     {"sz"},         {"use"},
+                                                {"id"},         {"remark"}, {"covariance"}, {"transformation"}};
 const std::vector<Column> difference_columns = {{"from", true}, {"dx"},     {"dy"},         {"dz"},
                                                 {"sx"},         {"sy"},     {"sz"},         {"use"},
                                                 {"id"},         {"remark"}, {"covariance"}, {"to", true}};
@@ -134,6 +166,18 @@ void read_components(Network &net, Row &row, VectorRow &vector)
     net.faults.add(row.at(), "the row holds no coordinate", "write x, y or z");
 }
 
+// Geocentric coordinates are observed whole; only they can be transformed. Others are those of the grid and heights.
+void read_frame(Network &net, Row &row, const VectorRow &vector, RowNotes &notes, size_t index)
+{
+    const bool geocentric = !net.model.crs.coordinates.empty();
+    const int transformation = read_transformation(net, row, TRANSFORMATION);
+    if (transformation < 0) return;
+    if (!geocentric || vector.components() < 3)
+        row.fault(TRANSFORMATION, "only geocentric coordinates are transformed",
+                  "write coordinates = \"EPSG:4936\" (or the system that they are in) in [crs]");
+    set_note(notes.transformation, index, transformation, -1);
+}
+
 void read_vector(Network &net, Row &row, List<VectorRow> &list, bool difference)
 {
     VectorRow vector;
@@ -144,6 +188,7 @@ void read_vector(Network &net, Row &row, List<VectorRow> &list, bool difference)
     read_components(net, row, vector);
     vector.use = row.yes(VECTOR_USE, true);
     read_notes(net, row, {VECTOR_ID, VECTOR_REMARK, VECTOR_COVARIANCE}, vector.from, list.notes, list.size());
+    if (!difference) read_frame(net, row, vector, list.notes, list.size());
     list.add(vector, row.at());
 }
 

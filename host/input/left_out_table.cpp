@@ -20,8 +20,7 @@ const Words &observation_tables()
     static const Words words = [] {
         Words all;
         for (int id = 0; id < TABLE_COUNT; id++)
-            if (Model none; with_rows(none, (TableId)id, [](const auto &) {}))
-                all.push_back({table_names[id], id});
+            if (Model none; with_rows(none, (TableId)id, [](const auto &) {})) all.push_back({table_names[id], id});
         return all;
     }();
     return words;

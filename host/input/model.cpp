@@ -47,6 +47,7 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(refraction, others.refraction, unknown_note);
     take(h1, others.h1, 0.0);
     take(h2, others.h2, 0.0);
+    take(transformation, others.transformation, -1);
 }
 
 Model Model::twin() const

@@ -116,6 +116,8 @@ struct Model {
     List<VectorRow> coordinates, coordinate_differences;
     List<DerivedRow> derived;
     List<LeftOutRow> left_out;
+    List<DeflectionRow> deflections;
+    List<TransformationRow> transformations;
     List<CovarianceRecord> covariances;
     struct Centring {
         double instrument = 0, target = 0;               // along each horizontal axis

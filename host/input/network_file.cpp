@@ -34,7 +34,7 @@ const std::vector<SectionKeys> &all_sections()
         {"run", {"title", "date", "dimension", "solver", "mode", "iterations", "convergence", "trace"}},
         {"units", {"length", "angle", "vertical", "sigma_length", "sigma_angle"}},
         {"earth", {"model", "radius", "origin", "height", "latitude", "azimuth_rotation"}},
-        {"crs", {"network", "stations", "targets", "heights", "geoid", "height", "scale", "epoch"}},
+        {"crs", {"network", "stations", "targets", "coordinates", "heights", "geoid", "height", "scale", "epoch"}},
         {"reductions", {"distances", "atmosphere", "prism"}},
         {"apriori",
          {"distances", "height_differences", "directions", "vertical_angles", "azimuths", "baselines", "images",
@@ -428,6 +428,7 @@ void NetworkReader::read_crs(const toml::table &root)
     c.network = crs.text("network");
     c.stations = crs.text("stations");
     c.targets = crs.text("targets");
+    c.coordinates = crs.text("coordinates");
     c.ellipsoidal = crs.word("heights", 0, heights) == 1;
     if (crs.find("height")) c.height = crs.number("height", 0.0, sensible_length, "of metres");
     if (crs.find("epoch")) c.epoch = crs.number("epoch", 0.0, sensible_year, "of a year");
@@ -491,8 +492,10 @@ void NetworkReader::check_crs(const toml::table &root, Section &crs)
                    c.ellipsoidal ? "leave it out" : "write geoid = 47.2 or a file; 0 neglects it");
     if (p.dim == 3 && crs.find("height"))
         faults.add(at("height"), "height in [crs] is for points of the plane", "write z for each point");
+    if (p.dim == 2 && crs.find("coordinates"))
+        faults.add(at("coordinates"), "geocentric coordinates are observed in space", "write dimension = 3 in [run]");
     if (!c.local()) return;
-    for (const char *key : {"stations", "targets", "heights", "geoid", "epoch"})
+    for (const char *key : {"stations", "targets", "coordinates", "heights", "geoid", "epoch"})
         if (crs.find(key))
             faults.add(at(key), std::string(key) + " in [crs] has no meaning for a local system", "leave it out");
     if (p.dim == 3) faults.add(at("network"), "a local system is for the plane", "leave [crs] out, or see [earth]");
@@ -519,6 +522,12 @@ void NetworkReader::open_crs(Section &crs)
         fault.clear();
         net.places->set_table(k == 0, tables[k].second, &fault);
         if (!fault.empty()) fails(tables[k].first);
+    }
+    if (c.coordinates.empty()) return;
+    fault.clear();
+    if (const std::string word = net.places->no_geocentric(c.coordinates); !word.empty()) {
+        fault = word;
+        fails("coordinates");
     }
 }
 
@@ -790,6 +799,8 @@ void NetworkReader::read_tables()
     read_targets(net);
     read_setups(net);
     read_measures(net);
+    read_deflections(net);
+    read_transformations(net);
     read_baselines(net);
     read_field_kinds(net);
     read_cameras(net);
@@ -808,7 +819,7 @@ void NetworkReader::check_network()
         faults.add({0, 0, 0}, "no points", "list them in table stations or targets");
     bool observed = named(TABLE_IMAGES) || named(TABLE_BASELINES);
     for (int id = TABLE_DISTANCES; id <= TABLE_AZIMUTHS; id++) observed = observed || named((TableId)id);
-    for (int id = TABLE_HORIZONTAL_DISTANCES; id < TABLE_COUNT; id++) observed = observed || named((TableId)id);
+    for (int id = TABLE_HORIZONTAL_DISTANCES; id <= TABLE_SCALE_BARS; id++) observed = observed || named((TableId)id);
     if (!observed) faults.add({0, 0, 0}, "no observations", "list them in a table such as distances");
     if (net.model.images.size() > 0 && (p.dim == 1 || p.dim == 2))
         faults.add(net.model.images.where[0], "images need three dimensions", "write dimension = 3 in [run]");

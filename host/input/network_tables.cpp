@@ -33,7 +33,9 @@ const char *const table_names[TABLE_COUNT] = {"stations",
                                               "angles",
                                               "coordinates",
                                               "coordinate_differences",
-                                              "scale_bars"};
+                                              "scale_bars",
+                                              "deflections",
+                                              "transformations"};
 
 bool Network::planned(Source at)
 {

@@ -43,6 +43,8 @@ enum TableId {
     TABLE_COORDINATES,
     TABLE_COORDINATE_DIFFERENCES,
     TABLE_SCALE_BARS,
+    TABLE_DEFLECTIONS,
+    TABLE_TRANSFORMATIONS,
     TABLE_COUNT
 };
 
@@ -73,7 +75,8 @@ struct Network {
     NameIndex points;                     // stations, then targets
     size_t station_names = 0;             // how many of them are stations
     std::vector<bool> in_group;           // the station of this number belongs to a group
-    NameIndex groups, cameras, covariances;
+    std::vector<bool> leaning;            // the point of this number has a deflection of the vertical
+    NameIndex groups, cameras, covariances, transformations;
     std::unordered_map<std::string, int> setups; // index by number of the station and word
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
@@ -103,6 +106,8 @@ void read_lumps(Network &net);
 void read_pairs(Network &net);
 void read_derived(Network &net);
 void read_left_out(Network &net); // when all rows of observations have been read
+void read_deflections(Network &net);
+void read_transformations(Network &net); // before the rows that name them
 
 // Cuts the table into cells, if it is in the file, and reads its whole rows.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));
@@ -123,6 +128,9 @@ std::string_view new_name(Row &row, int column);
 
 // A code, one of free, no_datum, weighted, fixed, absent or its number.
 int read_code(Row &row, int column, int otherwise);
+
+// Index of the transformation that a cell names, -1 where it names none.
+int read_transformation(Network &net, Row &row, int column);
 
 // An angle in the unit of the records; 0, with its fault, when it cannot be read, and otherwise when it is not known.
 double read_raw_angle(Network &net, Row &row, int column, double otherwise);

@@ -280,13 +280,14 @@ enum {
     BASELINE_COVARIANCE,
     BASELINE_H1,
     BASELINE_H2,
-    BASELINE_FACTOR
+    BASELINE_FACTOR,
+    BASELINE_TRANSFORMATION
 };
 
 const std::vector<Column> baseline_columns = {
-    {"from", true}, {"to", true}, {"dx", true},   {"dy", true}, {"dz", true}, {"cxx"},
-    {"cxy"},        {"cxz"},      {"cyy"},        {"cyz"},      {"czz"},      {"use"},
-    {"id"},         {"remark"},   {"covariance"}, {"h1"},       {"h2"},       {"sigma_factor"}};
+    {"from", true}, {"to", true}, {"dx", true}, {"dy", true},     {"dz", true},      {"cxx"}, {"cxy"},
+    {"cxz"},        {"cyy"},      {"cyz"},      {"czz"},          {"use"},           {"id"},  {"remark"},
+    {"covariance"}, {"h1"},       {"h2"},       {"sigma_factor"}, {"transformation"}};
 
 constexpr bool is_variance(int element) { return element == 0 || element == 3 || element == 5; }
 
@@ -349,6 +350,8 @@ void read_baseline(Network &net, Row &row)
     read_antennas(net, row, list.notes, list.size());
     g.status = row.yes(BASELINE_USE, true) ? 1 : -1;
     read_notes(net, row, {BASELINE_ID, BASELINE_REMARK, BASELINE_COVARIANCE}, from, list.notes, list.size());
+    const int transformation = read_transformation(net, row, BASELINE_TRANSFORMATION);
+    if (transformation >= 0) set_note(list.notes.transformation, list.size(), transformation, -1);
     list.add(g, row.at());
 }
 

@@ -15,6 +15,14 @@ bool PlacesInput::converts(bool station, bool geographic) const
 
 bool PlacesInput::geographic(bool station) const { return of(station)->geographic(); }
 
+std::string PlacesInput::no_geocentric(const std::string &system) const
+{
+    std::string fault;
+    const std::optional<Conversion> way = Conversion::open(network, system, &fault);
+    if (way && !way->geocentric()) fault = system + " is no geocentric reference system";
+    return fault;
+}
+
 // Of a physical height the place counts, and the height stays. Heights above the ellipsoid of another datum change.
 std::string PlacesInput::into_network(bool station, PointPlan &point) const
 {

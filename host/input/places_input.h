@@ -31,6 +31,9 @@ public:
     bool converts(bool station, bool geographic) const;
     bool geographic(bool station) const; // a table is in latitude and longitude
 
+    // Why a system is no geocentric one from which there is a way; nothing where it is one.
+    std::string no_geocentric(const std::string &system) const;
+
     // Returns what is wrong, nothing when nothing is.
     std::string into_network(bool station, PointPlan &point) const;
 

@@ -35,6 +35,7 @@ struct Builder {
     const Reference *reference = nullptr;        // of the coordinates; null where the file gives none
     std::vector<CovarianceMember> members;       // components that share a covariance
     std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch
+    std::vector<int> transformations;            // [records of transformations] motion or -1
 
     int point(const char *name) const;
     int first_point(const char *name);                // the same, for names that come again and again
@@ -54,12 +55,18 @@ void add_setups(Builder &b);
 void add_constants(Builder &b);
 void add_cameras(Builder &b);
 void add_motions(Builder &b);
+void add_transformations(Builder &b);
+void add_deflections(Builder &b);
 
 void add_measures(Builder &b);
 void add_baselines(Builder &b);
 void add_field_kinds(Builder &b);
+void add_observed_points(Builder &b);
+bool is_geocentric(const Model &network, size_t row); // of observed coordinates
 void add_images(Builder &b);
 void add_weighted(Builder &b);
+void observe_unknown(Builder &b, int unknown, double sigma, const ItemPlace &place); // a weighted one, at its value
+void add_weighted_on_earth(Builder &b);
 void add_imports(Builder &b);
 void add_covariances(Builder &b);
 void add_centring(Builder &b);

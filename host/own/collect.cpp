@@ -62,6 +62,7 @@ private:
     void orientations();
     void residuals();
     void residual(int row);
+    double counted_from(const va::Observation &o, int component) const;
     int words_of(const ItemPlace &item, const ItemName &name);
     void mark(const va::RowStatistics &s, ResidualResult &r) const;
     double weight(int row) const;
@@ -74,6 +75,8 @@ private:
     void groups();
     void cameras();
     void lumps();
+    void deflections();
+    void transformations();
     void pairs();
     void weak_pairs();
 
@@ -202,7 +205,7 @@ void Collection::moves(int point, PointResult &p) const
     if (lump == 0) return;
     const double *x = &values.value[3 * (size_t)point];
     for (size_t m = 0; m < values.motions.size(); m++) {
-        if (numbers.motions[m].lump != lump) continue;
+        if (numbers.motions[m].transformation >= 0 || numbers.motions[m].lump != lump) continue;
         const double *u = &values.value[(size_t)values.motions[m].first];
         const va::Vec3<double> at{x[0], x[1], x[2]},
             there = va::moved(at, va::Moved<double>{{u[0], u[1], u[2]}, {u[3], u[4], u[5]}, u[6]});
@@ -319,6 +322,7 @@ void Collection::orientations()
 const char *component_name(const va::Model &model, const va::Observation &o, int component)
 {
     static const char *const axes[3] = {"x", "y", "z"}, *const pixels[2] = {"u", "v"};
+    if (o.kind == va::Kind::position) return axes[component];
     if (o.kind == va::Kind::baseline) return axes[model.frame.space == va::Space::heights ? 2 : component];
     return o.kind == va::Kind::image ? pixels[component] : "";
 }
@@ -335,6 +339,9 @@ const char *unit_of(const va::Model &model, const va::Observation &o)
     case va::Kind::unknown: break;
     default: return "m";
     }
+    for (const va::Motion &m : model.motions) // of a transformation
+        if (o.unknown >= m.first && o.unknown < m.first + 7)
+            return o.unknown < m.first + 3 ? "m" : o.unknown < m.first + 6 ? "rad" : "1";
     switch (model.meaning[(size_t)o.unknown]) {
     case va::Meaning::angle: return "rad";
     case va::Meaning::scale:
@@ -390,6 +397,15 @@ void Collection::test(const va::RowStatistics &s, double weight, ResidualResult 
     r.test = t;
 }
 
+// Where the values of an observation count from.
+double Collection::counted_from(const va::Observation &o, int component) const
+{
+    if (o.kind == va::Kind::unknown && o.unknown < 3 * values.n_points) return numbers.origin[o.unknown % 3];
+    const va::Vec3<double> &c = values.frame.centre;
+    const double centre[3] = {c.x, c.y, c.z};
+    return o.kind == va::Kind::position ? centre[component] : 0.0;
+}
+
 void Collection::residual(int row)
 {
     const va::Equations &e = adjustment.equations;
@@ -405,8 +421,7 @@ void Collection::residual(int row)
     r.file = std::move(name.file);
     r.line = name.line;
     r.observed = !planned;
-    const bool coordinate = o.kind == va::Kind::unknown && o.unknown < 3 * values.n_points;
-    r.value = o.value[component] + (coordinate ? numbers.origin[o.unknown % 3] : 0.0);
+    r.value = o.value[component] + counted_from(o, component);
     r.sigma = e.sigma[(size_t)row];
     r.residual = e.misclosure[(size_t)row];
     if (!planned) r.adjusted = is_circle(o) ? on_circle(r.value - r.residual) : r.value - r.residual;
@@ -583,6 +598,7 @@ void Collection::kinds()
         {"azimuth", va::Kind::azimuth, va::Kind::azimuth, p.saz},
         {"bearing", va::Kind::bearing, va::Kind::bearing, own.bearing},
         {"baseline", va::Kind::baseline, va::Kind::baseline, p.sgps},
+        {"observed point", va::Kind::position, va::Kind::position, own.coordinate},
         {"coordinate difference", va::Kind::difference, va::Kind::difference, own.coordinate_difference},
         {"image point", va::Kind::image, va::Kind::image, p.suv},
         {coordinates ? "observed, weighted or imported" : "weighted or imported", va::Kind::unknown, va::Kind::unknown,
@@ -649,7 +665,7 @@ void Collection::lumps()
     for (size_t m = 0; m < values.motions.size(); m++) {
         const int first = values.motions[m].first;
         const MotionPlace &place = numbers.motions[m];
-        if (place.lump == 0) continue; // centring
+        if (place.lump == 0) continue; // centring, transformations
         LumpResult lump;
         lump.lump = place.lump;
         lump.epoch = place.epoch;
@@ -663,6 +679,44 @@ void Collection::lumps()
         lump.scale = values.value[(size_t)first + 6];
         lump.scale_deviation = deviation(first + 6);
         results.lumps.push_back(lump);
+    }
+}
+
+void Collection::deflections()
+{
+    if (!outcome.adjusted() || planned) return;
+    for (const va::Deflection &d : values.deflections) {
+        DeflectionResult r;
+        r.point = shown_name(network, point_name(network, numbers.points[(size_t)d.point]));
+        for (int k = 0; k < 2; k++) {
+            r.value[k] = values.value[(size_t)d.first + (size_t)k];
+            r.deviation[k] = deviation(d.first + k);
+        }
+        results.deflections.push_back(r);
+    }
+}
+
+// A shift t of positions x - c with scale s and rotation R is one of t + c - s R c of positions x.
+void Collection::transformations()
+{
+    if (!outcome.adjusted() || planned) return;
+    for (size_t m = 0; m < values.motions.size(); m++) {
+        const int record = numbers.motions[m].transformation, first = values.motions[m].first;
+        if (record < 0) continue;
+        TransformationResult r;
+        r.name = network.transformations.records[(size_t)record].name;
+        const double *u = &values.value[(size_t)first];
+        std::copy(u, u + 7, r.value);
+        for (int k = 0; k < 7; k++) r.deviation[k] = deviation(first + k);
+        const va::Vec3<double> c = values.frame.centre, o = values.motions[m].origin,
+                               from{c.x - o.x, c.y - o.y, c.z - o.z};
+        if (dot(from, from) > 0.0) {
+            const auto turned = va::moved(from, va::Moved<double>{{0, 0, 0}, {u[3], u[4], u[5]}, u[6]});
+            r.here = {u[0], u[1], u[2]};
+            const double shift[3] = {from.x - turned.x, from.y - turned.y, from.z - turned.z};
+            for (int k = 0; k < 3; k++) r.value[k] += shift[k];
+        }
+        results.transformations.push_back(r);
     }
 }
 
@@ -722,6 +776,8 @@ void Collection::run()
     groups();
     cameras();
     lumps();
+    deflections();
+    transformations();
     pairs();
     weak_pairs();
     collect_derived(network, outcome, results);

@@ -17,7 +17,8 @@ std::optional<TableId> table_of(const ItemPlace &item)
     case Item::bearing: return TABLE_BEARINGS;
     case Item::angle: return TABLE_ANGLES;
     case Item::scale_bar: return TABLE_SCALE_BARS;
-    case Item::observed_coordinate: return TABLE_COORDINATES;
+    case Item::observed_coordinate:
+    case Item::observed_point: return TABLE_COORDINATES;
     case Item::coordinate_difference: return TABLE_COORDINATE_DIFFERENCES;
     default: return std::nullopt;
     }

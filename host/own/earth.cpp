@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "adjust/ellipsoid.h"
+#include "adjust/linear.h"
 #include "host/earth/line.h"
 #include "host/input/names.h"
 #include "host/own/item_names.h"
@@ -19,13 +20,6 @@ GridPlace grid_of(const Numbers &n, int point)
 {
     const double *x = &n.model.value[3 * (size_t)point];
     return {x[0] + n.origin[0], x[1] + n.origin[1]};
-}
-
-// The vector between the marks of a baseline between antennas, h above these along the normals.
-V between_marks(const gps_input &g, double from, double to, const V &up_from, const V &up_to)
-{
-    const V d{g.dx[0], g.dx[1], g.dx[2]};
-    return d + from * up_from - to * up_to;
 }
 
 class OnEarth {
@@ -45,8 +39,17 @@ private:
     void reduce_distance(int i, bool level);
     void reduce_direction(int i, bool azimuth);
     void reduce_angle(int i);
+    void reduce_arc(int i, Level level);
+    Level level_of(int i) const
+    {
+        const ItemPlace &item = numbers.items[(size_t)i];
+        return item.item == Item::horizontal_distance ? network.horizontal_distances.records[(size_t)item.record].level
+                                                      : Level::marks;
+    }
     void reduce_baseline(int i);
     void return_baseline(int i);
+    void return_point(int i);
+    void set_centre();
     std::optional<Line> line(const va::Observation &o, int to) const;
     double height(int point) const { return points[(size_t)point].height; }
     bool has_height(int point) const
@@ -101,7 +104,7 @@ void OnEarth::locate(int p)
     }
     site.latitude = at->latitude;
     site.longitude = at->longitude;
-    site.undulation = *undulation;
+    site.undulation = *undulation + numbers.origin[2]; // heights of the model count from there
     site.convergence = axes->convergence;
     values.sites[(size_t)p] = site;
 }
@@ -186,7 +189,24 @@ void OnEarth::reduce_angle(int i)
     take(i, {right->skew - left->skew, 0.0, left->arc_to_chord - right->arc_to_chord, 0.0}, before);
 }
 
-// A baseline between the marks, geocentric.
+// An arc S on the ellipsoid, or on the geoid N above it, S / (1 + N / R): in space to the horizontal distance in the
+// horizon of the first point, by what the two differ between the present coordinates.
+void OnEarth::reduce_arc(int i, Level level)
+{
+    const va::Observation &o = values.observations[(size_t)i];
+    const std::optional<Line> l = line(o, o.to);
+    if (!l) return;
+    const double before = o.value[0] - correction_sum(numbers.reductions[i]);
+    double above = 0;
+    for (const int p : {o.from, o.to}) above += 0.5 * reference->undulation(points[(size_t)p].at).value_or(0.0);
+    const double arc = level == Level::geoid ? before / (1.0 + above / l->radius) : before;
+    if (network.p.dim == 2) return take(i, {arc - before, arc * (l->straight / l->geodesic - 1.0), 0.0, 0.0}, before);
+    va::Linear present;
+    va::linearize(values, o, false, &present);
+    take(i, {arc - before + present.value[0] - l->geodesic, 0.0, 0.0, 0.0}, before);
+}
+
+// A baseline between the marks, geocentric; antennas stand above these along the normals.
 V OnEarth::lowered(int i) const
 {
     const va::Observation &o = values.observations[(size_t)i];
@@ -195,8 +215,10 @@ V OnEarth::lowered(int i) const
     const auto up = [&](int p) {
         return va::horizon(points[(size_t)p].at.latitude, points[(size_t)p].at.longitude).up;
     };
-    return between_marks(list.records[row], note_at(list.notes.h1, row, 0.0), note_at(list.notes.h2, row, 0.0),
-                         up(o.from), up(o.to));
+    const auto framed = numbers.framed.find(i);
+    const double *dx = framed != numbers.framed.end() ? framed->second.data() : list.records[row].dx;
+    return V{dx[0], dx[1], dx[2]} + note_at(list.notes.h1, row, 0.0) * up(o.from) -
+           note_at(list.notes.h2, row, 0.0) * up(o.to);
 }
 
 // In space: geocentric components, as they were observed.
@@ -207,6 +229,32 @@ void OnEarth::return_baseline(int i)
     o.value[0] = d.x;
     o.value[1] = d.y;
     o.value[2] = d.z;
+}
+
+// In space: geocentric coordinates, as they were observed, from the origin of positions.
+void OnEarth::return_point(int i)
+{
+    const std::array<double, 3> &x = numbers.framed.at(i);
+    const V &c = values.frame.centre;
+    double *value = values.observations[(size_t)i].value;
+    value[0] = x[0] - c.x;
+    value[1] = x[1] - c.y;
+    value[2] = x[2] - c.z;
+}
+
+// Positions count from the foot of the first point. Transformations count from the geocentre; where their shifts are
+// free they count from that foot, which keeps them apart from the rotations.
+void OnEarth::set_centre()
+{
+    const EarthPoint &p = points[0];
+    values.frame.centre =
+        va::geocentric(values.frame.ellipsoid, va::GeographicPlace<double>{p.at.latitude, p.at.longitude, 0.0});
+    for (size_t m = 0; m < values.motions.size(); m++) {
+        const int t = numbers.motions[m].transformation;
+        const int *code = t < 0 ? nullptr : network.transformations.records[(size_t)t].code;
+        const bool free = code && code[0] == CODE_FREE && code[1] == CODE_FREE && code[2] == CODE_FREE;
+        if (t >= 0 && !free) values.motions[m].origin = values.frame.centre;
+    }
 }
 
 // Into the grid: from the place of the first mark to where the vector leads. The covariance is turned into the axes of
@@ -246,6 +294,7 @@ void OnEarth::reduce_baseline(int i)
 void OnEarth::reduce(int i)
 {
     if (!values.observations[(size_t)i].use) return;
+    if (level_of(i) != Level::marks) return reduce_arc(i, level_of(i));
     switch (numbers.items[(size_t)i].item) {
     case Item::distance: return network.between_marks ? (void)0 : reduce_distance(i, false);
     case Item::horizontal_distance:
@@ -266,18 +315,22 @@ std::vector<std::string> OnEarth::set(bool first)
     if (space) values.sites.assign((size_t)values.n_points, {});
     for (int p = 0; p < values.n_points; p++) locate(p);
     if (!words.empty()) return words;
+    if (space && !points.empty()) {
+        values.frame.space = va::Space::ellipsoid;
+        values.frame.ellipsoid = reference->ellipsoid();
+        if (first) set_centre();
+    }
     for (int i = 0; i < (int)values.observations.size(); i++) {
         if (!space)
             reduce(i);
         else if (numbers.items[(size_t)i].item == Item::baseline)
             return_baseline(i);
+        else if (numbers.items[(size_t)i].item == Item::observed_point)
+            return_point(i);
+        else if (level_of(i) != Level::marks && values.observations[(size_t)i].use)
+            reduce_arc(i, level_of(i));
     }
     if (!space || points.empty()) return words;
-    values.frame.space = va::Space::ellipsoid;
-    values.frame.ellipsoid = reference->ellipsoid();
-    const EarthPoint &p = points[0];
-    values.frame.centre =
-        va::geocentric(values.frame.ellipsoid, va::GeographicPlace<double>{p.at.latitude, p.at.longitude, 0.0});
     if (first) orient_setups(numbers);
     return words;
 }
@@ -338,6 +391,7 @@ GridHorizon middle_horizon(const Builder &b)
     h.scale = 1.0 / std::hypot(va::meridian_radius(e, sine) * axes->latitude[0],
                                va::prime_vertical_radius(e, sine) * std::cos(at->latitude) * axes->longitude[0]);
     h.undulation = b.reference->undulation(*at).value_or(0.0);
+    h.place = va::geocentric(e, va::GeographicPlace<double>{at->latitude, at->longitude, 0.0});
     return h;
 }
 

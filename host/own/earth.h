@@ -18,8 +18,9 @@ std::optional<Place3> place_of(const Numbers &numbers, const Reference &referenc
 // Horizontal axes of the grid and up, near the middle of the points that are given; those of the earth where none is.
 struct GridHorizon {
     vornadjust::Vec3<double> north{1, 0, 0}, east{0, 1, 0}, up{0, 0, 1};
-    double scale = 1;      // of the grid against the ellipsoid
-    double undulation = 0; // metres
+    double scale = 1;                              // of the grid against the ellipsoid
+    double undulation = 0;                         // metres
+    vornadjust::Vec3<double> place{6378137, 0, 0}; // geocentric
 
     vornadjust::Vec3<double> seen(const double geocentric[3]) const
     {
@@ -29,6 +30,9 @@ struct GridHorizon {
 };
 
 GridHorizon middle_horizon(const Builder &b);
+
+// Baselines that stand in a system of their own at an epoch, by PROJ; the transformation in the middle counts for all.
+void set_frames_of_baselines(Builder &b, const GridHorizon &middle);
 
 // Distances of the plane as those of the grid near the middle, for first coordinates.
 void reduce_roughly(Builder &b);

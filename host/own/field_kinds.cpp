@@ -103,7 +103,7 @@ void add_field_kinds(Builder &b)
     for (const SightTable &table : tables)
         for (size_t i = 0; i < table.list.size(); i++) add_sight(b, table, (int)i);
     for (size_t i = 0; i < m.coordinates.size(); i++)
-        add_vector(b, m.coordinates, (int)i, Item::observed_coordinate, m.apriori.coordinate);
+        if (!is_geocentric(m, i)) add_vector(b, m.coordinates, (int)i, Item::observed_coordinate, m.apriori.coordinate);
     for (size_t i = 0; i < m.coordinate_differences.size(); i++)
         add_vector(b, m.coordinate_differences, (int)i, Item::coordinate_difference, m.apriori.coordinate_difference);
 }

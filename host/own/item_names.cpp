@@ -6,6 +6,7 @@ namespace vornhost {
 
 namespace {
 
+const char *const parameters[7] = {"tx", "ty", "tz", "rx", "ry", "rz", "scale"};
 const char *const axes[3] = {"x", "y", "z"};
 const char *const rotations[3] = {"rx1", "rx2", "rx3"};
 const char *const constants[3] = {"additive constant", "scale", "refraction"};
@@ -118,6 +119,32 @@ ItemName centring_name(const Model &network, const Numbers &numbers, const ItemP
     return name;
 }
 
+ItemName deflection_name(const Model &network, const ItemPlace &item)
+{
+    static const char *const parts[] = {"xi", "eta"};
+    const DeflectionRow &row = network.deflections.records[(size_t)item.record];
+    ItemName name{
+        "weighted deflection", shown_name(network, record_name(network, row.point)), "", parts[item.part], "", 0, ""};
+    set_place(network, network.deflections.where[(size_t)item.record], name);
+    return name;
+}
+
+ItemName parameter_name(const Model &network, const ItemPlace &item)
+{
+    const TransformationRow &row = network.transformations.records[(size_t)item.record];
+    ItemName name{"weighted parameter", row.name, "", parameters[item.part], "", 0, ""};
+    set_place(network, network.transformations.where[(size_t)item.record], name);
+    return name;
+}
+
+// Geocentric coordinates are one observation of three components.
+ItemName observed_point_name(const Model &network, const ItemPlace &item)
+{
+    ItemName name = vector_name(network, "observed point", network.coordinates, item);
+    name.part.clear();
+    return name;
+}
+
 // Unknowns of one kind of block: which block and which of its numbers an unknown is.
 template <class Block> bool find(const std::vector<Block> &blocks, int size, int unknown, int *block, int *part)
 {
@@ -135,7 +162,6 @@ template <class Block> bool find(const std::vector<Block> &blocks, int size, int
 std::string unknown_name(const Model &network, const Numbers &numbers, int unknown)
 {
     static const char *const inner[10] = {"c", "x0", "y0", "a", "b", "k1", "k2", "k3", "p1", "p2"};
-    static const char *const movement[7] = {"tx", "ty", "tz", "rx", "ry", "rz", "scale"};
     const vornadjust::Model &m = numbers.model;
     int i = 0, k = 0;
     if (unknown < 3 * m.n_points)
@@ -152,10 +178,16 @@ std::string unknown_name(const Model &network, const Numbers &numbers, int unkno
     if (find(m.cameras, 10, unknown, &i, &k))
         return inner[k] + std::string(" of camera ") +
                shown_name(network, network.cameras.records[(size_t)numbers.camera_records[(size_t)i]].name);
+    if (find(m.deflections, 2, unknown, &i, &k))
+        return std::string(k == 0 ? "xi" : "eta") + " of the vertical at " +
+               shown_name(network, point_name(network, numbers.points[(size_t)m.deflections[(size_t)i].point]));
     if (!find(m.motions, 7, unknown, &i, &k)) return "an unknown";
     const MotionPlace &motion = numbers.motions[(size_t)i];
+    if (motion.transformation >= 0)
+        return parameters[k] + std::string(" of transformation ") +
+               network.transformations.records[(size_t)motion.transformation].name;
     if (motion.lump == 0) return "centring " + std::string(axes[k]) + " of " + centred_end(network, numbers, motion);
-    return movement[k] + std::string(" of lump ") + std::to_string(motion.lump) + " at epoch " +
+    return parameters[k] + std::string(" of lump ") + std::to_string(motion.lump) + " at epoch " +
            std::to_string(motion.epoch);
 }
 
@@ -178,6 +210,9 @@ ItemName item_name(const Model &network, const Numbers &numbers, int observation
     case Item::angle: return sight_name(network, "angle", network.angles, item.record);
     case Item::scale_bar: return sight_name(network, "scale bar", network.scale_bars, item.record);
     case Item::observed_coordinate: return vector_name(network, "observed coordinate", network.coordinates, item);
+    case Item::observed_point: return observed_point_name(network, item);
+    case Item::weighted_deflection: return deflection_name(network, item);
+    case Item::weighted_parameter: return parameter_name(network, item);
     case Item::coordinate_difference:
         return vector_name(network, "coordinate difference", network.coordinate_differences, item);
     case Item::weighted_constant: return constant_name(network, item);
@@ -200,7 +235,8 @@ ItemNotes item_notes(const Model &m, const ItemPlace &item)
     case Item::bearing: return of(m.bearings);
     case Item::angle: return of(m.angles);
     case Item::scale_bar: return of(m.scale_bars);
-    case Item::observed_coordinate: return of(m.coordinates);
+    case Item::observed_coordinate:
+    case Item::observed_point: return of(m.coordinates);
     case Item::coordinate_difference: return of(m.coordinate_differences);
     default: return {};
     }

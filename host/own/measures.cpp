@@ -158,6 +158,8 @@ void add_baseline(Builder &b, const GridHorizon &middle, int record)
     o.factor = b.network.p.sgps;
     std::copy(g.dx + first, g.dx + first + n, o.value);
     if (b.reference) turn_to_grid(middle, g, o);
+    const int transformation = note_at(list.notes.transformation, (size_t)record);
+    if (transformation >= 0) o.motion_from = o.motion_to = b.transformations[(size_t)transformation];
     const bool antennas = lower_to_marks(b, list.notes, (size_t)record, o);
     b.observe(o, {Item::baseline, record, 0});
     if (antennas) std::copy(g.dx + first, g.dx + first + n, b.numbers.raw[(int)b.numbers.items.size() - 1].begin());
@@ -191,6 +193,7 @@ void add_baselines(Builder &b)
     if (b.network.baselines.size() == 0 || b.network.p.igps == 0) return;
     const GridHorizon middle = b.reference ? middle_horizon(b) : GridHorizon();
     for (size_t i = 0; i < b.network.baselines.size(); i++) add_baseline(b, middle, (int)i);
+    if (b.reference && b.network.transformations.size() > 0) set_frames_of_baselines(b, middle);
 }
 
 } // namespace vornhost

@@ -109,9 +109,12 @@ Numbers make_numbers(Model &network, const Reference *reference)
     add_constants(b);
     add_cameras(b);
     add_motions(b);
+    add_transformations(b);
+    add_deflections(b);
     add_measures(b);
     add_baselines(b);
     add_field_kinds(b);
+    add_observed_points(b);
     add_images(b);
     add_weighted(b);
     add_imports(b);

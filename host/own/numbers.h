@@ -29,11 +29,14 @@ enum class Item {
     angle,
     scale_bar,
     observed_coordinate,
+    observed_point, // geocentric, of the table of observed coordinates
     coordinate_difference,
     image_point,
     weighted_coordinate,
     weighted_rotation,
     weighted_constant,
+    weighted_deflection,
+    weighted_parameter, // of a transformation
     imported_coordinate,
     centring
 };
@@ -63,6 +66,7 @@ struct SetupPlace {
 struct MotionPlace {
     int lump = 0, epoch = 0, reference = 0;
     int instrument = -1, target = -1; // points
+    int transformation = -1;          // record; then it is no lump
 };
 
 // What the reduction into the grid added to an observation, metres or radians.
@@ -86,6 +90,9 @@ struct Numbers {
     std::vector<int> covariances;             // [groups] of the file's, -1
     std::unordered_set<int> absent;           // coordinates that a point has not, though the dimension does
     std::map<int, std::array<double, 3>> raw; // by observation: baselines between antennas, metres
+    // By observation: baselines and observed points as PROJ takes them into the network's system, metres.
+    std::map<int, std::array<double, 3>> framed;
+    std::vector<int> deflections;                      // [deflections] record of each
     std::unordered_map<int, GridReduction> reductions; // by observation, in the plane of a grid
     std::vector<std::pair<int, double>> uncentred; // observations with their sigma without centring, metres or radians
     Reasons left_out;                              // rows that the file selects and that take no part

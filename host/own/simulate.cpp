@@ -7,6 +7,7 @@
 #include "adjust/weighted.h"
 #include "host/input/angle.h"
 #include "host/input/names.h"
+#include "host/own/earth.h"
 #include "host/own/item_names.h"
 #include "host/own/refusals.h"
 
@@ -41,6 +42,8 @@ std::vector<std::string> refusals_of(const Model &network, double noise)
         return {"the noise is not a number of 0 or more", "1 draws the errors of the standard deviations"};
     if (network.solver != Solver::Sparse)
         return {"only networks of the solver sparse are simulated", "leave solver out"};
+    if (network.crs.given() && network.p.dim == 2)
+        return {"readings that are reduced into a grid are not simulated", "write dimension = 3, or leave [crs] out"};
     if (network.images.size() > 0) return {"image coordinates are not simulated", "leave the images out"};
     if (has_imports(network.stations) || has_imports(network.targets))
         return {"imported points are not simulated", "make them fixed or weighted"};
@@ -116,16 +119,20 @@ public:
         case Item::direction: return measure(network.directions, i, circle(value));
         case Item::azimuth: return measure(network.azimuths, i, circle(value));
         case Item::vertical_angle: return measure(network.verticals, i, vertical(value));
-        case Item::horizontal_distance: return sight(network.horizontal_distances, i, value);
+        case Item::horizontal_distance:
+            return sight(network.horizontal_distances, i, network.horizontal_distances.records[i].value + change);
         case Item::scale_bar: return sight(network.scale_bars, i, value);
         case Item::bearing: return sight(network.bearings, i, on_circle(value));
         case Item::angle: return sight(network.angles, i, on_circle(value));
         case Item::baseline: return baseline(i, component, change);
         case Item::observed_coordinate: return vector(network.coordinates, i, place.part, change);
+        case Item::observed_point: return vector(network.coordinates, i, component, change);
         case Item::coordinate_difference: return vector(network.coordinate_differences, i, place.part, change);
         case Item::weighted_coordinate: return coordinate(i, place.part, change / metres);
         case Item::weighted_rotation: return rotation(numbers.setups[i], place.part, change);
         case Item::weighted_constant: network.groups.records[i].c[place.part] += change; return;
+        case Item::weighted_deflection: network.deflections.records[i].value[place.part] += change; return;
+        case Item::weighted_parameter: network.transformations.records[i].value[place.part] += change; return;
         case Item::centring: // sights are drawn with it in their standard deviations
         case Item::image_point:
         case Item::imported_coordinate: return; // refused
@@ -194,8 +201,16 @@ std::vector<std::string> simulate(Model &network, std::uint64_t seed, double noi
     Model planned = network.twin(); // its records lose what does not take part
     planned.mode = Mode::Propagation;
     if (std::vector<std::string> words = refusals_of(planned, noise); !words.empty()) return words;
-    const Numbers numbers = make_numbers(planned);
+    std::optional<Reference> reference;
+    if (planned.crs.given()) {
+        std::string fault;
+        reference = Reference::open(planned.crs, &fault);
+        if (!reference) return {fault};
+    }
+    Numbers numbers = make_numbers(planned, reference ? &*reference : nullptr);
     if (!numbers.words.empty()) return numbers.words;
+    if (reference)
+        if (std::vector<std::string> words = set_on_earth(planned, &*reference, numbers); !words.empty()) return words;
     va::Equations rows = va::pattern(numbers.model);
     va::fill(numbers.model, va::Derivatives::exact, &rows);
     std::vector<double> errors;

@@ -63,6 +63,7 @@ const char *word_of(Kind kind)
     case Kind::scale_bar: return "scale bar";
     case Kind::difference: return "coordinate difference";
     case Kind::baseline: return "baseline";
+    case Kind::position: return "observed point";
     case Kind::image: return "image point";
     case Kind::unknown: return nullptr;
     default: return "distance";

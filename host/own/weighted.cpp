@@ -13,16 +13,6 @@ namespace {
 
 namespace va = vornadjust;
 
-void observe_unknown(Builder &b, int unknown, double sigma, const ItemPlace &place)
-{
-    va::Observation o;
-    o.kind = va::Kind::unknown;
-    o.unknown = unknown;
-    o.value[0] = b.numbers.model.value[(size_t)unknown];
-    o.sigma[0] = sigma;
-    b.observe(o, place);
-}
-
 template <class Record> void add_coordinates(Builder &b, const List<Record> &list, int before)
 {
     for (size_t i = 0; i < list.size(); i++) {
@@ -108,12 +98,23 @@ template <class Record> int count_imports(const List<Record> &list)
 
 } // namespace
 
+void observe_unknown(Builder &b, int unknown, double sigma, const ItemPlace &place)
+{
+    va::Observation o;
+    o.kind = va::Kind::unknown;
+    o.unknown = unknown;
+    o.value[0] = b.numbers.model.value[(size_t)unknown];
+    o.sigma[0] = sigma;
+    b.observe(o, place);
+}
+
 void add_weighted(Builder &b)
 {
     add_coordinates(b, b.network.stations, 0);
     add_coordinates(b, b.network.targets, (int)b.network.stations.size());
     add_rotations(b);
     add_group_constants(b);
+    add_weighted_on_earth(b);
 }
 
 void add_imports(Builder &b)

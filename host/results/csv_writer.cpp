@@ -239,6 +239,26 @@ std::string lumps(const Results &results)
     return sheet.text;
 }
 
+std::string deflections(const Results &results)
+{
+    Sheet sheet({"name", "xi", "eta", "sxi", "seta"});
+    for (const DeflectionResult &d : results.deflections)
+        sheet.cell(d.point).cells(d.value).cells(d.deviation).end_row();
+    return sheet.text;
+}
+
+std::string transformations(const Results &results)
+{
+    Sheet sheet({"name", "tx", "ty", "tz", "rx", "ry", "rz", "scale", "stx", "sty", "stz", "srx", "sry", "srz",
+                 "sscale", "tx_here", "ty_here", "tz_here"});
+    for (const TransformationResult &t : results.transformations) {
+        sheet.cell(t.name).cells(t.value).cells(t.deviation);
+        for (size_t k = 0; k < 3; k++) sheet.cell(t.here ? std::optional<double>((*t.here)[k]) : std::nullopt);
+        sheet.end_row();
+    }
+    return sheet.text;
+}
+
 std::string pairs(const Results &results)
 {
     Sheet sheet({"from", "to", "sdx", "sdy", "sdz", "a_xy", "b_xy", "bearing_xy", "a_xz", "b_xz", "bearing_xz", "a_yz",
@@ -264,6 +284,8 @@ std::vector<CsvTable> to_csv(const Results &results)
     if (!results.groups.empty()) tables.push_back({"groups.csv", groups(results)});
     if (!results.cameras.empty()) tables.push_back({"cameras.csv", cameras(results)});
     if (!results.lumps.empty()) tables.push_back({"lumps.csv", lumps(results)});
+    if (!results.deflections.empty()) tables.push_back({"deflections.csv", deflections(results)});
+    if (!results.transformations.empty()) tables.push_back({"transformations.csv", transformations(results)});
     if (!results.pairs.empty()) tables.push_back({"pairs.csv", pairs(results)});
     return tables;
 }

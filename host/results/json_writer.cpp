@@ -241,6 +241,27 @@ void put(JsonText &json, const LumpResult &l)
     json.pair("scale_standard_deviation", l.scale_deviation);
 }
 
+void put(JsonText &json, const DeflectionResult &d)
+{
+    json.pair("name", d.point);
+    json.pair("xi", d.value[0]);
+    json.pair("eta", d.value[1]);
+    json.pair("xi_standard_deviation", d.deviation[0]);
+    json.pair("eta_standard_deviation", d.deviation[1]);
+}
+
+void put(JsonText &json, const TransformationResult &t)
+{
+    static const char *const names[] = {"tx", "ty", "tz", "rx", "ry", "rz", "scale"};
+    json.pair("name", t.name);
+    for (int k = 0; k < 7; k++) json.pair(names[k], t.value[k]);
+    put_axes(json, "standard_deviation", t.deviation, names);
+    if (!t.here) return;
+    json.key("shift_at_first_point").open_object();
+    for (int k = 0; k < 3; k++) json.pair(axes[k], (*t.here)[(size_t)k]);
+    json.close();
+}
+
 void put(JsonText &json, const PairResult &p)
 {
     json.pair("from", p.from);
@@ -540,6 +561,8 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_list(json, "groups", results.groups);
     put_list(json, "cameras", results.cameras);
     put_list(json, "lumps", results.lumps);
+    if (!results.deflections.empty()) put_list(json, "deflections", results.deflections);
+    if (!results.transformations.empty()) put_list(json, "transformations", results.transformations);
     put_list(json, "pairs", results.pairs);
     if (!results.weak_pairs.empty()) put_list(json, "weak_pairs", results.weak_pairs);
     put_suspicious(json, results);

@@ -155,6 +155,22 @@ void check_lumps(const Results &r, Lines &lines)
     for (const Collector *all : {&motion, &deviation}) all->give(lines);
 }
 
+void check_earth(const Results &r, Lines &lines)
+{
+    Collector value("deflections and transformations"), deviation("their standard deviations");
+    for (const DeflectionResult &d : r.deflections)
+        for (int k = 0; k < 2; k++) {
+            value.check("deflection " + d.point, d.value[k]);
+            deviation.check("deflection " + d.point, d.deviation[k]);
+        }
+    for (const TransformationResult &t : r.transformations)
+        for (int k = 0; k < 7; k++) {
+            value.check("transformation " + t.name, t.value[k]);
+            deviation.check("transformation " + t.name, t.deviation[k]);
+        }
+    for (const Collector *all : {&value, &deviation}) all->give(lines);
+}
+
 void check_pairs(const Results &r, Lines &lines)
 {
     Collector deviation("standard deviations of pairs"), ellipse("ellipses of pairs");
@@ -171,7 +187,7 @@ Lines not_numbers(const Results &results)
 {
     Lines lines;
     for (const auto check : {check_variance, check_points, check_orientations, check_observations, check_groups,
-                             check_cameras, check_lumps, check_pairs})
+                             check_cameras, check_lumps, check_earth, check_pairs})
         check(results, lines);
     return lines;
 }

@@ -156,6 +156,21 @@ struct LumpResult {
     std::optional<double> translation_deviation[3], rotation_deviation[3], scale_deviation;
 };
 
+// Deflection of the vertical at a point, radians.
+struct DeflectionResult {
+    std::string point;
+    double value[2] = {0, 0};           // xi, eta
+    std::optional<double> deviation[2]; // of those that were estimated
+};
+
+// From the network's reference system into that of observations, about the geocentre; metres, radians, factor.
+struct TransformationResult {
+    std::string name;
+    double value[7] = {0, 0, 0, 0, 0, 0, 1};   // tx, ty, tz, rx, ry, rz, scale
+    std::optional<double> deviation[7];        // of those that were estimated; of shifts where they count from
+    std::optional<std::array<double, 3>> here; // the shift at the first point, where it counts from there
+};
+
 struct CameraResult {
     std::string name;
     std::optional<double> value[10], deviation[10]; // c, x0, y0, a, b, k1, k2, k3, p1, p2: those adjusted
@@ -317,6 +332,8 @@ struct Results {
     std::vector<GroupResult> groups;
     std::vector<CameraResult> cameras;
     std::vector<LumpResult> lumps;
+    std::vector<DeflectionResult> deflections;
+    std::vector<TransformationResult> transformations; // those of which something acts
     std::vector<PairResult> pairs;
     std::vector<WeakPairResult> weak_pairs; // the worst first
     std::vector<size_t> suspicious;         // residuals that the test rejects, the worst first

@@ -41,9 +41,9 @@ public:
     std::string text() const
     {
         return head() + summary() + notes() + closures() + points() + earth() + orientations() + groups() + cameras() +
-               lumps() + pairs() + ellipsoids() + observations() + reductions() + left_out() + tests() + suspects() +
-               together() + weights() + snooping() + derived() + weakest() + weak_pairs() + components() + refusal() +
-               verdict();
+               lumps() + deflections() + transformations() + pairs() + ellipsoids() + observations() + reductions() +
+               left_out() + tests() + suspects() + together() + weights() + snooping() + derived() + weakest() +
+               weak_pairs() + components() + refusal() + verdict();
     }
 
 private:
@@ -58,6 +58,8 @@ private:
     std::string groups() const;
     std::string cameras() const;
     std::string lumps() const;
+    std::string deflections() const;
+    std::string transformations() const;
     std::string pairs() const;
     std::string observations() const;
     std::string observations_of(const std::string &kind) const;
@@ -341,6 +343,45 @@ std::string Report::lumps() const
             l.scale_deviation ? decimal(*l.scale_deviation * 1e6, 2) : "", "ppm");
     }
     return section("Movements of lumps", table);
+}
+
+constexpr double arc_second = 3.14159265358979323846 / 648000.0;
+
+std::string Report::deflections() const
+{
+    TextTable table({{"point", "", Align::left}, {"xi", "\""}, {"eta", "\""}, {"sxi", "\""}, {"seta", "\""}});
+    for (const DeflectionResult &d : results.deflections) {
+        std::vector<std::string> cells = {d.point};
+        for (const double v : d.value) cells.push_back(decimal(v / arc_second, 3));
+        for (const auto &sd : d.deviation) cells.push_back(sd ? decimal(*sd / arc_second, 3) : "");
+        table.add(cells);
+    }
+    return section("Deflections of the vertical", table);
+}
+
+// Shifts in metres, rotations in arc seconds, scale in millionths.
+std::string Report::transformations() const
+{
+    static const char *const names[] = {"tx", "ty", "tz", "rx", "ry", "rz", "scale - 1"};
+    TextTable table({{"transformation", "", Align::left},
+                     {"parameter", "", Align::left},
+                     {"value", ""},
+                     {"standard deviation", ""},
+                     {"unit", "", Align::left}});
+    for (const TransformationResult &t : results.transformations)
+        for (int k = 0; k < 7; k++) {
+            const double unit = k < 3 ? 1.0 : k < 6 ? arc_second : 1e-6;
+            const int digits = k < 3 ? 4 : k < 6 ? 6 : 5;
+            const bool here = k < 3 && t.here;
+            const double value = here ? (*t.here)[(size_t)k] : (k == 6 ? t.value[k] - 1.0 : t.value[k]) / unit;
+            table.add({t.name, here ? std::string(names[k]) + " at the first point" : names[k], decimal(value, digits),
+                       t.deviation[k] ? decimal(*t.deviation[k] / unit, digits) : "",
+                       k < 3   ? "m"
+                       : k < 6 ? "\""
+                               : "ppm"});
+            if (here) table.add({t.name, names[k], decimal(t.value[k], digits), "", "m"});
+        }
+    return section("Transformations into the systems of observations", table);
 }
 
 std::string Report::pairs() const

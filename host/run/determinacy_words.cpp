@@ -55,6 +55,7 @@ const char *noun(Kind kind)
     case Kind::azimuth: return "azimuth";
     case Kind::bearing: return "bearing";
     case Kind::baseline: return "baseline";
+    case Kind::position: return "observed point";
     case Kind::difference: return "coordinate difference";
     case Kind::image: return "image point";
     case Kind::unknown: return "weighted value";

@@ -2,7 +2,7 @@
 _vorn()
 {
     local word=$2 before=$3 command=${COMP_WORDS[1]} common="--solver --mode --help -C -h"
-    local foreign="--from --sets --sigma --station --station-code --points --fix --datum"
+    local foreign="--from --sets --sigma --station --station-code --points --fix --datum --geoid"
     if [ "$COMP_CWORD" -eq 1 ]; then
         COMPREPLY=($(compgen -W "adjust check import export compare control transform plan --help --version" -- "$word"))
         return

@@ -87,6 +87,57 @@ const va::Kind kinds[] = {va::Kind::slope_distance, va::Kind::horizontal_distanc
                           va::Kind::vertical_angle, va::Kind::azimuth,
                           va::Kind::bearing,        va::Kind::baseline};
 
+// The same with verticals that lean by up to 40" at A and B, and a transformation about the geocentre.
+Built leaning()
+{
+    Built b = built();
+    const va::Code codes[7] = {va::Code::free, va::Code::free, va::Code::free, va::Code::free,
+                               va::Code::free, va::Code::free, va::Code::free};
+    const double at_a[2] = {1.9e-4, -1.1e-4}, at_b[2] = {-0.8e-4, 1.5e-4},
+                 motion[7] = {0.3, -0.2, 0.5, 2e-5, -1e-5, 3e-5, 1.00002};
+    b.points[0].xi = at_a[0];
+    b.points[0].eta = at_a[1];
+    b.points[1].xi = at_b[0];
+    b.points[1].eta = at_b[1];
+    b.model.add_deflection(0, at_a, codes);
+    b.model.add_deflection(1, at_b, codes);
+    b.model.add_motion(motion, codes);
+    b.model.motions[0].origin = b.model.frame.centre;
+    return b;
+}
+
+// Each derivative against a difference quotient.
+void expect_quotients(Built &b, const va::Observation &o)
+{
+    va::Linear linear, up, down;
+    int seen[va::most_unknowns];
+    const int n = va::seen_unknowns(b.model, o, seen);
+    va::linearize(b.model, o, false, &linear);
+    for (int k = 0; k < n; k++) {
+        if (b.model.code[(size_t)seen[k]] == va::Code::absent) continue; // upright: no derivative by its tilts
+        double &x = b.model.value[(size_t)seen[k]];
+        const double at = x, step = seen[k] < 9 ? 1.0 : 1e-4;
+        x = at + step;
+        va::linearize(b.model, o, false, &up);
+        x = at - step;
+        va::linearize(b.model, o, false, &down);
+        x = at;
+        for (int c = 0; c < va::components(o.kind, va::Space::ellipsoid); c++) {
+            const double quotient = (up.value[c] - down.value[c]) / (2.0 * step);
+            double sum = 0; // of the places of an unknown that two ends share
+            for (int l = 0; l < n; l++) sum += seen[l] == seen[k] ? linear.slope[c][l] : 0.0;
+            // Values of 40 km carry 1e-11 m, over steps of a metre; third derivatives are below 1e-12. Geocentric
+            // positions, which transformations turn, carry 1e-9 m over steps of 1e-4.
+            EXPECT_NEAR(sum, quotient,
+                        1e-8 * std::fmax(1.0, std::fabs(quotient)) *
+                            (o.motion_from >= 0 ? 1000
+                             : step < 1         ? 100
+                                                : 1))
+                << "kind " << (int)o.kind << " unknown " << seen[k];
+        }
+    }
+}
+
 } // namespace
 
 TEST(Ellipsoid, TurnsGeocentricCoordinatesBack)
@@ -129,27 +180,74 @@ TEST(EllipsoidKinds, HaveTheDerivativesOfTheirValues)
         Built b = built();
         va::Observation o = observation(kind);
         if (kind == va::Kind::vertical_angle || kind == va::Kind::slope_distance) o.constants = 0;
-        va::Linear linear, up, down;
-        int seen[va::most_unknowns];
-        const int n = va::seen_unknowns(b.model, o, seen);
-        va::linearize(b.model, o, false, &linear);
-        for (int k = 0; k < n; k++) {
-            if (b.model.code[(size_t)seen[k]] == va::Code::absent) continue; // upright: no derivative by its tilts
-            double &x = b.model.value[(size_t)seen[k]];
-            const double at = x, step = seen[k] < 9 ? 1.0 : 1e-4;
-            x = at + step;
-            va::linearize(b.model, o, false, &up);
-            x = at - step;
-            va::linearize(b.model, o, false, &down);
-            x = at;
-            for (int c = 0; c < va::components(kind, va::Space::ellipsoid); c++) {
-                const double quotient = (up.value[c] - down.value[c]) / (2.0 * step);
-                // Values of 40 km carry 1e-11 m, over steps of a metre; third derivatives are below 1e-12.
-                EXPECT_NEAR(linear.slope[c][k], quotient,
-                            1e-8 * std::fmax(1.0, std::fabs(quotient)) * (step < 1 ? 100 : 1))
-                    << "kind " << (int)kind << " unknown " << seen[k];
-            }
+        expect_quotients(b, o);
+    }
+}
+
+TEST(EllipsoidKinds, HaveTheDerivativesOfTheirValuesByDeflectionsAndTransformations)
+{
+    for (const bool tilted : {false, true}) {
+        Built b = leaning();
+        if (tilted) {
+            const int first = b.model.setups[0].first;
+            b.model.value[(size_t)first] = 2e-3;
+            b.model.code[(size_t)first] = b.model.code[(size_t)first + 1] = va::Code::free;
         }
+        for (const va::Kind kind : kinds) {
+            va::Observation o = observation(kind);
+            if (kind == va::Kind::vertical_angle || kind == va::Kind::slope_distance) o.constants = 0;
+            expect_quotients(b, o);
+        }
+        for (const va::Kind kind : {va::Kind::baseline, va::Kind::position}) {
+            va::Observation o = observation(kind);
+            if (kind == va::Kind::position) o.to = -1;
+            expect_quotients(b, o);
+            o.motion_from = 0;
+            if (o.to >= 0) o.motion_to = 0;
+            expect_quotients(b, o);
+        }
+    }
+}
+
+TEST(EllipsoidKinds, CountFromTheVerticalThatLeans)
+{
+    const Built b = leaning();
+    const va::Ellipsoid &e = b.model.frame.ellipsoid;
+    const truth::Sight seen = truth::sight(e, b.points[0], b.points[1], 1.6, 2.3),
+                       marks = truth::sight(e, b.points[0], b.points[1]);
+    EXPECT_NEAR(value(b, observation(va::Kind::slope_distance)), seen.length, 1e-8);
+    EXPECT_NEAR(value(b, observation(va::Kind::vertical_angle)), seen.elevation, 1e-13);
+    EXPECT_NEAR(value(b, observation(va::Kind::azimuth)), seen.azimuth, 1e-13);
+    EXPECT_NEAR(value(b, observation(va::Kind::direction)), seen.azimuth - 0.01 + 0.3, 1e-13);
+    EXPECT_NEAR(value(b, observation(va::Kind::horizontal_distance)), marks.length * std::cos(marks.elevation), 1e-8);
+    // Laplace: azimuths change by what the deflection turns the horizon (first order, 1e-7 rad here).
+    const double azimuth = value(built(), observation(va::Kind::azimuth)), latitude = b.points[0].latitude;
+    EXPECT_NEAR(seen.azimuth - azimuth,
+                -1.1e-4 * std::tan(latitude) +
+                    (1.9e-4 * std::sin(azimuth) + 1.1e-4 * std::cos(azimuth)) * std::tan(seen.elevation),
+                1e-7);
+}
+
+// Published parameters count rotations and scale from the geocentre.
+TEST(EllipsoidKinds, TransformPointsAndVectorsAboutTheGeocentre)
+{
+    const Built b = leaning();
+    const va::Ellipsoid &e = b.model.frame.ellipsoid;
+    const double *m = &b.model.value[(size_t)b.model.motions[0].first];
+    const auto there = [&](const truth::Point &p) { // small angles: second orders are 6400 km times 1e-9
+        const truth::Vector x = truth::geocentric(e, p);
+        const double s = m[6] - 1.0;
+        return truth::Vector{x.x + m[0] + s * x.x + m[5] * x.y - m[4] * x.z,
+                             x.y + m[1] + s * x.y - m[5] * x.x + m[3] * x.z,
+                             x.z + m[2] + s * x.z + m[4] * x.x - m[3] * x.y};
+    };
+    const truth::Vector p = there(b.points[0]), q = there(b.points[1]);
+    va::Observation o = observation(va::Kind::position), v = observation(va::Kind::baseline);
+    o.to = -1;
+    o.motion_from = v.motion_from = v.motion_to = 0;
+    for (int k = 0; k < 3; k++) {
+        EXPECT_NEAR(value(b, o, k) + (&b.model.frame.centre.x)[k], (&p.x)[k], 0.01);
+        EXPECT_NEAR(value(b, v, k), (&q.x)[k] - (&p.x)[k], 1e-4);
     }
 }
 

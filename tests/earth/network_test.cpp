@@ -220,6 +220,25 @@ TEST(EarthNetwork, GivesThePlacesInSpaceOfEveryKind)
     }
 }
 
+// Heights that are alike are counted from one nearby; lengths are still those of their height.
+TEST(EarthNetwork, KnowsHowHighAPlateauLies)
+{
+    const Reference r = truth::open("EPSG:25832");
+    std::vector<truth::Point> points = five(areas[0]);
+    for (size_t k = 0; k < points.size(); k++) points[k].height = 4000.0 + 10.0 * (double)k;
+    const Tables t = observe(r, points, 3.0, 1);
+    const SolvedNetwork solved =
+        solve_text(head("EPSG:25832", 3) + t.plane() + Tables::table("vertical_angles", t.zeniths));
+    ASSERT_TRUE(solved.adjusted()) << solved.words();
+    for (size_t i = 0; i < points.size(); i++) // one fixed point: the network turns around it
+        for (size_t k = 0; k < i; k++) {
+            const auto &p = *solved.point(points[i].name).earth->geocentric;
+            const auto &q = *solved.point(points[k].name).earth->geocentric;
+            EXPECT_NEAR(std::hypot(std::hypot(p[0] - q[0], p[1] - q[1]), p[2] - q[2]),
+                        truth::sight(r.ellipsoid(), points[i], points[k]).length, 1e-3);
+        }
+}
+
 // A chain of 300 km with heights above a geoid that is a tilted plane: the truth comes back within its noise.
 TEST(EarthNetwork, RecoversAChainOfThreeHundredKilometresWithinItsNoise)
 {

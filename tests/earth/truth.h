@@ -21,6 +21,7 @@ constexpr double degree = pi / 180.0, gon = pi / 200.0;
 struct Point {
     std::string name;
     double latitude, longitude, height; // radians, above the ellipsoid
+    double xi = 0, eta = 0;             // deflection of the vertical, radians
 };
 
 struct Vector {
@@ -36,6 +37,13 @@ inline Vector geocentric(const vornadjust::Ellipsoid &e, const Point &p, double 
             (n + h) * std::cos(p.latitude) * std::sin(p.longitude), (n * (1.0 - e.e2) + h) * std::sin(p.latitude)};
 }
 
+// Up along the vertical: that of astronomic latitude and longitude.
+inline Vector up(const Point &p)
+{
+    const double b = p.latitude + p.xi, l = p.longitude + p.eta / std::cos(p.latitude);
+    return {std::cos(b) * std::cos(l), std::cos(b) * std::sin(l), std::sin(b)};
+}
+
 // From an instrument h1 above p to a target h2 above q, in the horizon of p.
 struct Sight {
     double length, azimuth, elevation;
@@ -44,12 +52,13 @@ struct Sight {
 
 inline Sight sight(const vornadjust::Ellipsoid &e, const Point &p, const Point &q, double h1 = 0.0, double h2 = 0.0)
 {
-    const Vector a = geocentric(e, p, h1), b = geocentric(e, q, h2), d{b.x - a.x, b.y - a.y, b.z - a.z};
-    const double sb = std::sin(p.latitude), cb = std::cos(p.latitude), sl = std::sin(p.longitude),
-                 cl = std::cos(p.longitude);
-    const double north = dot({-sb * cl, -sb * sl, cb}, d), east = dot({-sl, cl, 0.0}, d),
-                 up = dot({cb * cl, cb * sl, sb}, d);
-    return {std::sqrt(dot(d, d)), std::atan2(east, north), std::atan2(up, std::hypot(north, east)), d};
+    const Vector a = geocentric(e, p), b = geocentric(e, q), u = up(p), v = up(q);
+    const Vector d{b.x - a.x + h2 * v.x - h1 * u.x, b.y - a.y + h2 * v.y - h1 * u.y, b.z - a.z + h2 * v.z - h1 * u.z};
+    const double latitude = p.latitude + p.xi, longitude = p.longitude + p.eta / std::cos(p.latitude);
+    const double sb = std::sin(latitude), sl = std::sin(longitude), cl = std::cos(longitude);
+    const double north = dot({-sb * cl, -sb * sl, std::cos(latitude)}, d), east = dot({-sl, cl, 0.0}, d),
+                 rise = dot(u, d);
+    return {std::sqrt(dot(d, d)), std::atan2(east, north), std::atan2(rise, std::hypot(north, east)), d};
 }
 
 inline std::string text(const char *format, double x)

@@ -169,7 +169,7 @@ SigmaRange sigma_range(Kind kind)
     if (is_angle(kind)) return {1e-8, 0.02};
     if (is_length(kind)) return {1e-7, 1.0};
     if (kind == Kind::height_difference) return {1e-7, 1.0};
-    if (kind == Kind::baseline) return {1e-7, 10.0};
+    if (kind == Kind::baseline || kind == Kind::position) return {1e-7, 10.0};
     return {0.0, 0.0};
 }
 

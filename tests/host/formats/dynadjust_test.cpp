@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "host/earth/reference.h"
 #include "host/formats/dna.h"
 #include "host/formats/geocentric.h"
 #include "host/formats/plate_motion.h"
@@ -51,6 +52,12 @@ protected:
     }
 };
 
+// X, Y, Z of an adjusted point; in a program without projections they are its coordinates.
+double geocentric_of(const PointResult &p, size_t axis)
+{
+    return p.earth && p.earth->geocentric ? (*p.earth->geocentric)[axis] : *p.adjusted[axis];
+}
+
 const std::string two_stations = station("ALFA", "CCC", "XYZ", "-4000000.0000", "2500000.0000", "-4300000.0000") +
                                  station("BETA", "FFF", "XYZ", "-4000300.0000", "2500400.0000", "-4299900.0000");
 
@@ -90,10 +97,10 @@ TEST_F(Dna, TakesBaselinesWithTheirScaledCovarianceAndChords)
     EXPECT_EQ(*row.value[1], 400.001);
     EXPECT_NEAR(*row.product[2], 16e-6, 1e-18);
     EXPECT_NEAR(*row.product[3], -4e-6, 1e-18);
-    EXPECT_EQ(rows(DraftKind::scale_bar).size(), (size_t)1);
+    EXPECT_EQ(rows(has_proj() ? DraftKind::distance : DraftKind::scale_bar).size(), (size_t)1);
     const SolvedNetwork solved = solve_text(write_network(draft).text);
     ASSERT_TRUE(solved.adjusted()) << solved.words();
-    EXPECT_NEAR(*solved.point("BETA").adjusted[0], -4000300.001, 1e-4);
+    EXPECT_NEAR(geocentric_of(solved.point("BETA"), 0), -4000300.001, 1e-4);
     EXPECT_EQ(*solved.results().degrees_of_freedom, 1);
 }
 
@@ -140,15 +147,12 @@ TEST_F(Dna, TiesTheMembersOfAClusterByTheirCovariances)
 
 TEST_F(Dna, AdjustsLevellingInHeights)
 {
-    EXPECT_EQ(
-        measures(
-            columns({{1, "L ALFA"}, {23, "BETA"}, {63, "1.2500"}, {91, "0.0020"}}) +
-                columns({{1, "H BETA"}, {63, "11.2530"}, {91, "0.0020"}}) +
-                columns(
-                    {{1, "A ALFA"}, {23, "BETA"}, {43, "GAMA"}, {77, " 10"}, {81, "20"}, {83, "30.00"}, {91, "1.000"}}),
-            station("ALFA", "FFC", "LLH", "-42.0", "147.0", "10.0") +
-                station("BETA", "FFF", "LLH", "-42.0", "147.0", "11.0")),
-        Lines());
+    EXPECT_EQ(measures(columns({{1, "L ALFA"}, {23, "BETA"}, {63, "1.2500"}, {91, "0.0020"}}) +
+                           columns({{1, "H BETA"}, {63, "11.2530"}, {91, "0.0020"}}) +
+                           columns({{1, "H*ALFA"}, {63, "99.9999"}, {91, "0.0020"}}),
+                       station("ALFA", "FFC", "LLH", "-42.0", "147.0", "10.0") +
+                           station("BETA", "FFF", "LLH", "-42.0", "147.0", "11.0")),
+              Lines());
     EXPECT_EQ(draft.dimension, 1);
     const SolvedNetwork solved = solve_text(write_network(draft).text);
     ASSERT_TRUE(solved.adjusted()) << solved.words();
@@ -160,14 +164,15 @@ TEST_F(Dna, SaysWhatItLeavesOut)
 {
     const std::string baseline = columns({{1, "G ALFA"}, {23, "BETA"}}) + component(-300, {"4e-06"}) +
                                  component(400, {"0", "4e-06"}) + component(100, {"0", "0", "4e-06"});
-    EXPECT_EQ(measures(baseline +
-                           columns({{1, "B ALFA"}, {23, "BETA"}, {77, " 10"}, {81, "20"}, {83, "30"}, {91, "1"}}) +
+    EXPECT_EQ(measures(baseline + columns({{1, "I ALFA"}, {63, "-42.5"}, {91, "1"}}) +
                            columns({{1, "C*ALFA"}, {23, "BETA"}, {63, "509.9"}, {91, "0.01"}}),
                        two_stations),
               Lines());
     EXPECT_EQ(notes(),
-              Lines({"net.msr:6: measurement B of ALFA to BETA is left out: beside GNSS vectors its type needs a "
-                     "reference system",
+              Lines({has_proj() ? "net.msr:6: measurement I of ALFA is left out: astronomic latitudes and longitudes "
+                                  "tell the deflection of the vertical, which the file has not"
+                                : "net.msr:6: measurement I of ALFA is left out: beside GNSS vectors its type needs a "
+                                  "reference system, and the program was built without PROJ",
                      "net.msr:7: measurement C of ALFA to BETA is left out: it is marked as ignored",
                      "net.msr: observations read 5 = taken 3 + left out 2"}));
 }
@@ -252,7 +257,14 @@ TEST_F(Dna, MeetsTheResultsOfThatProgram)
     for (; std::getline(expected, line) && line.size() > 100; count++) {
         const PointResult &point = solved.point(line.substr(0, line.find(' ')));
         for (size_t axis = 0; axis < 3; axis++)
-            EXPECT_NEAR(*point.adjusted[axis], std::stod(line.substr(76 + 15 * axis, 15)), 1.0e-4) << point.name;
+            EXPECT_NEAR(geocentric_of(point, axis), std::stod(line.substr(76 + 15 * axis, 15)), 1.0e-4) << point.name;
+        if (!point.earth) continue;
+        double latitude = 0, longitude = 0; // printed to 0.3 mm and 0.1 mm
+        EXPECT_TRUE(read_packed(line.substr(26, 13), latitude));
+        EXPECT_TRUE(read_packed(line.substr(41, 13), longitude));
+        EXPECT_NEAR(point.earth->latitude, latitude, 5e-9) << point.name;
+        EXPECT_NEAR(point.earth->longitude, longitude, 5e-9) << point.name;
+        EXPECT_NEAR(*point.earth->height, std::stod(line.substr(66, 11)), 1.0e-4) << point.name;
     }
     EXPECT_EQ(count, (size_t)43);
 }
