@@ -106,6 +106,13 @@ std::to_chars_result c_to_chars(char *first, char *last, double value, std::char
     return put(first, last, format == std::chars_format::fixed ? fixed(value) : scientific(value));
 }
 
+std::to_chars_result c_to_chars(char *first, char *last, double value, std::chars_format format, int places)
+{
+    char text[800];
+    const int size = snprintf(text, sizeof text, format == std::chars_format::fixed ? "%.*f" : "%.*e", places, value);
+    return put(first, last, std::string(text, std::min((size_t)size, sizeof text - 1)));
+}
+
 std::to_chars_result c_to_chars(char *first, char *last, double value)
 {
     const std::string plain = fixed(value), with_exponent = scientific(value);

@@ -14,6 +14,7 @@ namespace vornhost {
 std::from_chars_result c_from_chars(const char *first, const char *last, double &value);
 std::to_chars_result c_to_chars(char *first, char *last, double value);
 std::to_chars_result c_to_chars(char *first, char *last, double value, std::chars_format format);
+std::to_chars_result c_to_chars(char *first, char *last, double value, std::chars_format format, int places);
 
 using std::from_chars; // also for whole numbers
 #ifdef __cpp_lib_to_chars
@@ -27,6 +28,10 @@ inline std::to_chars_result to_chars(char *first, char *last, double value) { re
 inline std::to_chars_result to_chars(char *first, char *last, double value, std::chars_format format)
 {
     return c_to_chars(first, last, value, format);
+}
+inline std::to_chars_result to_chars(char *first, char *last, double value, std::chars_format format, int places)
+{
+    return c_to_chars(first, last, value, format, places);
 }
 #endif
 

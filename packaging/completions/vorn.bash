@@ -13,7 +13,7 @@ _vorn()
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --robust) COMPREPLY=($(compgen -W "huber danish l1" -- "$word")); return ;;
     --fail-on) COMPREPLY=($(compgen -W "test suspects unchecked test,suspects,unchecked" -- "$word")); return ;;
-    --from) COMPREPLY=($(compgen -W "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv" -- "$word")); return ;;
+    --from) COMPREPLY=($(compgen -W "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv json" -- "$word")); return ;;
     --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
     --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --components) COMPREPLY=($(compgen -W "propose use" -- "$word")); return ;;

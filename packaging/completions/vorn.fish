@@ -48,7 +48,7 @@ complete -c vorn -n "$import" -F
 complete -c vorn -n "$import" -s o -r -F -d "network file"
 
 set -l foreign "__fish_seen_subcommand_from adjust check import"
-complete -c vorn -n "$foreign" -l from -x -a "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv" -d "format of a file of another program"
+complete -c vorn -n "$foreign" -l from -x -a "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv json" -d "format of a file of another program"
 complete -c vorn -n "$foreign" -l sets -x -a "mean keep" -d "sets of a field book"
 complete -c vorn -n "$foreign" -l sigma -x -d "standard deviation of a field book, KEY=VALUE"
 complete -c vorn -n "$foreign" -l station -x -d "where the sights before any set-up were taken"

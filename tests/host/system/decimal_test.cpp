@@ -48,6 +48,8 @@ TEST(Decimal, WritesNumbersAsTheStandardLibraryDoes)
         EXPECT_EQ(written(value), standard(value));
         EXPECT_EQ(written(value, Format::scientific), standard(value, Format::scientific));
         EXPECT_EQ(written(value, Format::fixed), standard(value, Format::fixed));
+        EXPECT_EQ(written(value, Format::fixed, 5), standard(value, Format::fixed, 5));
+        EXPECT_EQ(written(value, Format::scientific, 5), standard(value, Format::scientific, 5));
     }
 }
 
