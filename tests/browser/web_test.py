@@ -127,8 +127,8 @@ class Web(unittest.TestCase):
         self.assertIn("Verdict", self.saved("report.txt"))
 
     def test_files_beside_the_network_are_found(self):
-        table = "from to value sigma\nA B 1.002 0.001\nA B 1.004 0.001\n"
-        network = LEVELLING[:LEVELLING.index("height_differences")] + 'height_differences = "rows.txt"\n'
+        table = "from,to,value,sigma\nA,B,1.002,0.001\nA,B,1.004,0.001\n"
+        network = LEVELLING[:LEVELLING.index("height_differences")] + '[tables.height_differences]\nfile = "rows.txt"\n'
         self.drop(net_inp=network, rows_txt=table)
         self.assertAlmostEqual(json.loads(self.saved("results.json"))["points"][1]["adjusted"]["z"], 101.003, delta=1e-9)
 
