@@ -115,7 +115,8 @@ function run() {
     ended(3, []);
   };
   byId("stop").disabled = false;
-  worker.postMessage({ files, words: ["adjust", `./${byId("network").value}`, ...outputs, ...options] });
+  const network = byId("network").value.replace(/^-/, "./-"); // no option
+  worker.postMessage({ files, words: ["adjust", network, ...outputs, ...options] });
 }
 
 // Controls

@@ -44,10 +44,21 @@ function takeFiles(system, folder, files = []) {
   return files;
 }
 
-onmessage = async ({ data: { files, words } }) => {
+async function run(files, words) {
   const told = lines((progress) => postMessage({ progress }));
   const program = await vornProgram({ stdin: () => null, stdout: told, stderr: told });
+  program.FS.ignorePermissions = true; // nobody else is here
   putFiles(program.FS, files);
   const status = program.callMain([...words, "-C", OUTPUT]);
-  postMessage({ status, outputs: takeFiles(program.FS, OUTPUT) });
+  return { status, outputs: takeFiles(program.FS, OUTPUT) };
+}
+
+// What ends early, as without memory, has the status of a system that failed.
+onmessage = async ({ data: { files, words } }) => {
+  try {
+    postMessage(await run(files, words));
+  } catch (error) {
+    postMessage({ progress: String(error.message || error) });
+    postMessage({ status: 3, outputs: [] });
+  }
 };

@@ -2,6 +2,8 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#elif defined(__EMSCRIPTEN__)
+#include <emscripten/heap.h>
 #else
 #include <stdio.h>
 #include <sys/resource.h>
@@ -24,6 +26,13 @@ unsigned long long machine_memory()
 }
 
 // The system hands out no more than it has.
+void limit_memory() {}
+
+#elif defined(__EMSCRIPTEN__)
+
+unsigned long long machine_memory() { return emscripten_get_heap_max(); }
+
+// The browser hands out no more than that.
 void limit_memory() {}
 
 #else

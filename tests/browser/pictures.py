@@ -20,13 +20,16 @@ def choose(browser, name):
 
 
 def main(program):
-    with tempfile.TemporaryDirectory() as folder, Chromium(1280, 860) as browser:
-        def show(example, dark=False, width=1280, height=1010, solver="sparse"):
-            page = Path(folder) / f"{example}.html"
-            subprocess.run([program, "adjust", f"examples/{example}.inp", "--quiet", "--solver", solver, "--html", page, "-o", f"{page}.txt"], cwd=HOUSE, check=True)
+    with tempfile.TemporaryDirectory() as folder, Chromium(1200, 860) as browser:
+        def look(page, dark, width, height):
             browser.resize(width, height)
             browser.dark(dark)
             browser.open(page)
+
+        def show(example, dark=False, width=1200, height=880, solver="sparse"):
+            page = Path(folder) / f"{example}.html"
+            subprocess.run([program, "adjust", f"examples/{example}.inp", "--quiet", "--solver", solver, "--html", page, "-o", f"{page}.txt"], cwd=HOUSE, check=True)
+            look(page, dark, width, height)
 
         show("gross_error")
         browser.click_on("#details tbody tr")
@@ -43,6 +46,12 @@ def main(program):
 
         show("niemeier_levelling_free")
         browser.picture(FOLDER / "page_levelling.png")
+
+        page = Path(folder) / "epochs.html"
+        epochs = [f"examples/dam_{month}.inp" for month in ("may_2026", "november_2026", "may_2027")]
+        subprocess.run([program, "compare", *epochs, "--quiet", "--html", page, "-o", f"{page}.txt"], cwd=HOUSE, check=True)
+        look(page, False, 1200, 880)
+        browser.picture(FOLDER / "page_epochs.png")
 
         show("total_station_heights", height=900)
         browser.click_on("#tabs button:nth-child(2)")
