@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <iterator>
 #include <numeric>
+#include <set>
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
 #include "host/own/item_names.h"
+#include "host/own/start_words.h"
 #include "host/preparation/lump_checks.h"
 #include "host/run/determinacy_words.h"
 
@@ -63,6 +65,19 @@ std::string failed_names(const Model &network, const OwnOutcome &outcome)
     return names;
 }
 
+// Points that are open along a circle or a line, of those whose unknowns failed.
+std::vector<std::string> open_along_curves(const Model &network, const OwnOutcome &outcome)
+{
+    std::set<int> points;
+    const va::Model &model = outcome.numbers.model;
+    for (const int u : outcome.adjustment.failed) {
+        if (u < 3 * model.n_points) points.insert(u / 3);
+        for (const va::Setup &setup : model.setups)
+            if (u >= setup.first && u < setup.first + 3) points.insert(setup.point);
+    }
+    return degenerate_words(network, outcome.numbers, {points.begin(), points.end()});
+}
+
 std::vector<std::string> divergence_words(const Model &network, const OwnOutcome &outcome)
 {
     const va::Outcome &a = outcome.adjustment;
@@ -73,6 +88,7 @@ std::vector<std::string> divergence_words(const Model &network, const OwnOutcome
                         : "the adjustment does not converge: no step makes the residuals smaller");
     if (!a.failed.empty())
         words.push_back("hardly determined: " + failed_names(network, outcome) + "; hold this or observe more of it");
+    for (const std::string &line : open_along_curves(network, outcome)) words.push_back(line);
     for (const va::Misfit &m : a.misfits) words.push_back(misfit_line(network, outcome.numbers, m));
     words.push_back(a.misfits.empty() ? "look for wrong first coordinates, exchanged point names and wrong units"
                                       : "correct or leave out what does not fit the first coordinates");
@@ -105,6 +121,8 @@ std::vector<std::string> open_words(const Model &network, const OwnOutcome &outc
 // The normal matrix gave out though no movement was found that the rows do not feel.
 std::vector<std::string> singular_words(const Model &network, const OwnOutcome &outcome)
 {
+    std::vector<std::string> words = open_along_curves(network, outcome);
+    if (!words.empty()) return words;
     return {failed_names(network, outcome) + ": hardly anything determines this, the normal equations have no solution",
             "observe more of it, or look for standard deviations that are very far apart"};
 }

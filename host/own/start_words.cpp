@@ -17,6 +17,7 @@ namespace va = vornadjust;
 using va::Kind;
 
 constexpr size_t most_lines = 20; // of one kind
+const char *const remedy = "observe a distance, or a direction to or from a point that does not lie on it";
 
 std::string number(double x, int digits)
 {
@@ -105,14 +106,31 @@ std::string where(const Model &network, const Numbers &numbers, int point)
     return place(network, point_source(network, numbers.points[(size_t)point]));
 }
 
+// "lies on the circle through A, B and C, and its directions fit anywhere on it".
+std::string degenerate_text(const Model &network, const Numbers &numbers, const start::Degenerate &d)
+{
+    const auto name = [&](int k) { return name_of(network, numbers, d.through[k]); };
+    if (d.through[2] < 0)
+        return "lies on the line through " + name(0) + " and " + name(1) + ", and its directions fit anywhere on it";
+    return "lies on the circle through " + name(0) + ", " + name(1) + " and " + name(2) +
+           ", and its directions fit anywhere on it";
+}
+
 std::vector<std::string> missing_lines(const Model &network, const Numbers &numbers, const start::Start &start)
 {
     std::vector<std::string> lines;
     const std::map<int, Counts> counts = sights_of(numbers.model, start.missing);
+    std::map<int, std::string> reasons;
+    for (const start::Degenerate &d : start.degenerate) reasons[d.point] = degenerate_text(network, numbers, d);
     for (const int p : start.missing)
         lines.push_back("first coordinates of " + name_of(network, numbers, p) + " could not be computed (" +
-                        where(network, numbers, p) + "): " + sights_text(counts.at(p)));
+                        where(network, numbers, p) +
+                        "): " + (reasons.count(p) > 0 ? "it " + reasons[p] : sights_text(counts.at(p))));
     cut(&lines, "points");
+    if (!reasons.empty()) {
+        lines.emplace_back(std::string("no approximate coordinates help there: ") + remedy);
+        if (reasons.size() == start.missing.size()) return lines;
+    }
     lines.push_back(
         "give their approximate coordinates, or observations that place them: directions from two stations, "
         "a direction and a distance, or for a station directions to three points");
@@ -161,6 +179,17 @@ std::string reading_text(const Model &network, const va::Observation &o, double 
 std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start)
 {
     return start.missing.empty() ? doubt_lines(network, numbers, start) : missing_lines(network, numbers, start);
+}
+
+std::vector<std::string> degenerate_words(const Model &network, const Numbers &numbers, const std::vector<int> &points)
+{
+    const std::vector<char> all((size_t)numbers.model.n_points, 1);
+    std::vector<std::string> lines;
+    for (const start::Degenerate &d : start::find_degenerate(numbers.model, all, points))
+        lines.push_back(name_of(network, numbers, d.point) + " " + degenerate_text(network, numbers, d) + " (" +
+                        where(network, numbers, d.point) + "): " + remedy);
+    cut(&lines, "points");
+    return lines;
 }
 
 std::vector<std::string> start_notes(const Model &network, const Numbers &numbers, const start::Start &start)

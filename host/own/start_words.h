@@ -14,6 +14,9 @@ namespace vornhost {
 // Why there are none for all points, with a remedy.
 std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start);
 
+// Of these points, those that their directions leave open along a circle or a line, with a remedy.
+std::vector<std::string> degenerate_words(const Model &network, const Numbers &numbers, const std::vector<int> &points);
+
 // A value of an observation (metres, radians) as the file would have it, with its unit.
 std::string reading_text(const Model &network, const vornadjust::Observation &observation, double value);
 

@@ -540,10 +540,11 @@ TEST(SimulatedNetworks, StartWhereTheyAreWide)
 // and no observation is wrong.
 TEST(SimulatedNetworks, StartLongTraversesWithoutBlamingTheirEnds)
 {
-    Maker m(3);
+    Maker m(1);
     m.space(va::Space::plane);
-    const int n = 2000;
-    for (int i = 0; i < n; i++) m.point(80.0 * i + m.uniform(-20, 20), m.uniform(-60, 60), 0, i < 2 || i == n - 1);
+    const int n = 5000;
+    for (int i = 0; i < n; i++)
+        m.point(80.0 * i + m.uniform(-20, 20), m.uniform(-60, 60) + 300 * std::sin(i / 50.0), 0, i < 2 || i == n - 1);
     for (int i = 1; i < n - 1; i++) {
         const int s = m.setup(i);
         m.polar(s, i - 1);

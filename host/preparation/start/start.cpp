@@ -185,6 +185,11 @@ Start Search::run()
     }
     Start start;
     start.missing = best.missing;
+    if (!best.missing.empty()) {
+        va::Model all = model;
+        all.value = best.model.value;
+        start.degenerate = find_degenerate(all, best.placed, best.missing);
+    }
     start.scale = best.fit.scale;
     tell_misfits(&start);
     if (start.missing.empty()) tell_doubts(&start);

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "host/preparation/start/degenerate.h"
 #include "host/preparation/start/sightings.h"
 #include "host/preparation/start/trial.h"
 
@@ -32,7 +33,8 @@ struct Displaced {
 };
 
 struct Start {
-    std::vector<int> missing; // points without a place; where there are any, the model keeps its values
+    std::vector<int> missing;           // points without a place; where there are any, the model keeps its values
+    std::vector<Degenerate> degenerate; // of these, those that their sights leave open along a circle or a line
     std::vector<Misfit> misfits;
     std::vector<Doubt> doubts;
     std::vector<Displaced> displaced;
