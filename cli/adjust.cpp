@@ -276,8 +276,8 @@ int adjust(const Options &options)
     if (would_overwrite(options, inputs) || cannot_be_drawn(options, model)) return STATUS_USAGE;
 
     Outputs outputs(options);
-    const Interrupts interrupts(model.solver == Solver::Sparse);
-    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag()});
+    Interrupts interrupts(model.solver == Solver::Sparse, &console);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, interrupts.watch());
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {
