@@ -3,11 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -15,9 +15,9 @@
 #include <sstream>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
+#include "cli/interrupt.h"
 #include "host/folder.h"
 
 namespace {
@@ -95,19 +95,6 @@ protected:
     Folder folder;
 };
 
-// Seconds before the order of elimination is sought and while it is, of the lines of --times.
-std::pair<double, double> until_order(const std::string &times)
-{
-    std::istringstream lines(times);
-    double before = 0.0;
-    for (std::string line; std::getline(lines, line);) {
-        const double seconds = std::stod(line.substr(line.find("  ")));
-        if (line.find("time: order") == 0) return {before, seconds};
-        before += seconds;
-    }
-    return {before, 0.0};
-}
-
 const std::vector<std::string> with_files = {"adjust", "net.inp", "-o", "report.txt", "--json", "results.json"};
 
 } // namespace
@@ -131,28 +118,32 @@ TEST_F(Interrupt, EndsALongRunWithNothingHalfWritten)
     EXPECT_EQ(text, "of the run before");
 }
 
-TEST_F(Interrupt, EndsAtOnceWhileTheOrderIsSought)
+// A process that takes these steps and is interrupted within the last but one: its status.
+static int interrupted_in(const std::vector<const char *> &steps)
 {
-    folder.write("net.inp", grid(220));
-    std::vector<std::string> arguments = with_files;
-    arguments.insert(arguments.end(), {"--times", "--quiet"});
-    bool at_once = false; // one that is waited for tells the times
-    for (int trial = 0; trial < 20 && !at_once; trial++) {
-        const auto begun = std::chrono::steady_clock::now();
-        EXPECT_EQ(status_of(start(arguments)), 0);
-        const std::chrono::duration<double> whole = std::chrono::steady_clock::now() - begun;
-        const auto [before, order] = until_order(err());
-        std::filesystem::remove(folder.file("report.txt"));
-        std::filesystem::remove(folder.file("results.json"));
-        const pid_t child = start(arguments);
-        std::this_thread::sleep_for(std::chrono::duration<double>(std::min(before + 0.5 * order, whole.count())));
-        kill(child, SIGINT);
-        EXPECT_EQ(status_of(child), 130);
-        EXPECT_EQ(files(), (std::set<std::string>{"net.inp", "err"}));
-        EXPECT_NE(err().find("vorn: interrupted; nothing was written\n"), std::string::npos) << err();
-        at_once = err().find("time: ") == std::string::npos;
+    const pid_t child = fork();
+    if (child == 0) {
+        fclose(stderr);
+        signal(SIGINT, SIG_DFL);
+        catch_interrupts();
+        Interrupts interrupts(true);
+        for (size_t i = 0; i < steps.size(); i++) {
+            interrupts.begin(steps[i]);
+            if (i + 2 == steps.size()) raise(SIGINT);
+        }
+        _exit(interrupts.came() ? 1 : 2);
     }
-    EXPECT_TRUE(at_once);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+TEST(Interrupts, EndAtOnceWhileTheOrderIsSought)
+{
+    EXPECT_EQ(interrupted_in({"equations", "factor", "inverse"}), 1);
+    EXPECT_EQ(interrupted_in({"equations", "order", "factor"}), 130);
+    EXPECT_EQ(interrupted_in({"order", "factor", "inverse"}), 1);
+    EXPECT_EQ(interrupted_in({"equations", "order"}), 130); // came before
 }
 
 TEST_F(Interrupt, EndsARunOfTheEngineAtOnce)

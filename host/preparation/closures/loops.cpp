@@ -34,7 +34,6 @@ private:
     };
 
     void make_forest(int root);
-    void renumber();
     void grow_tree(int root);
     bool shortest(int from, int to, Loop *loop);
     bool over_tree(int from, int to, Loop *loop);
@@ -48,9 +47,9 @@ private:
     std::vector<Half> halves;              // those of each node behind one another
     std::vector<std::pair<int, int>> both; // [links] the two halves
     std::vector<Arrival> tree;             // [nodes] from the parent
-    std::vector<int> depth, order;         // order: the nodes of the forest from its roots on
-    std::vector<Visit> visits;             // [nodes]
-    std::vector<int> reached;              // by the present search, in order
+    std::vector<int> depth, order;
+    std::vector<Visit> visits; // [nodes]
+    std::vector<int> reached;  // by the present search, in order
     int search = 0;
 };
 
@@ -102,38 +101,6 @@ void Search::make_forest(int root)
     if (root >= 0) grow_tree(root);
     for (int node = 0; node < (int)depth.size(); node++)
         if (depth[(size_t)node] < 0) grow_tree(node);
-}
-
-// Numbers the nodes in the order of the forest, so that neighbours lie near each other in memory.
-void Search::renumber()
-{
-    std::vector<int> number(order.size()), begins = {0};
-    for (size_t i = 0; i < order.size(); i++) number[(size_t)order[i]] = (int)i;
-    std::vector<Half> moved;
-    moved.reserve(halves.size());
-    std::vector<std::pair<int, int>> places(both.size());
-    std::vector<Arrival> branches;
-    std::vector<int> depths;
-    begins.reserve(first.size());
-    branches.reserve(order.size());
-    depths.reserve(order.size());
-    for (const int node : order) {
-        for (int h = first[(size_t)node]; h < first[(size_t)node + 1]; h++) {
-            const size_t link = (size_t)halves[(size_t)h].link;
-            (both[link].first == h ? places[link].first : places[link].second) = (int)moved.size();
-            moved.push_back(halves[(size_t)h]);
-            moved.back().end = number[(size_t)moved.back().end];
-        }
-        begins.push_back((int)moved.size());
-        const Arrival &a = tree[(size_t)node];
-        branches.push_back({a.node < 0 ? -1 : number[(size_t)a.node], a.step});
-        depths.push_back(depth[(size_t)node]);
-    }
-    first.swap(begins);
-    halves.swap(moved);
-    both.swap(places);
-    tree.swap(branches);
-    depth.swap(depths);
 }
 
 bool Search::spend(size_t steps)
@@ -191,18 +158,17 @@ bool Search::over_tree(int from, int to, Loop *loop)
 size_t Search::run(int root, const std::function<void(const Loop &)> &take)
 {
     make_forest(root);
-    renumber();
     size_t missed = 0;
     Loop loop;
-    for (int node = 0; node < (int)depth.size(); node++)
+    for (const int node : order)
         for (const Half *h = begin(node), *end = begin(node + 1); h != end; h++) {
-            if (h->joined || h->end == node) continue;
-            const int a = h->forward ? node : h->end, b = h->forward ? h->end : node;
+            const Link &l = links[(size_t)h->link];
+            if (h->joined || l.a == l.b) continue;
             loop.clear();
-            bool found = shortest(b, a, &loop);
+            bool found = shortest(l.b, l.a, &loop);
             if (!found) {
                 loop.clear();
-                found = over_tree(b, a, &loop);
+                found = over_tree(l.b, l.a, &loop);
             }
             join(*h);
             missed += !found;
