@@ -205,7 +205,7 @@ template <bool slopes> void vertical_by_position(const Sight &s, ByPosition *out
     constexpr int n = slopes ? 10 : 0;
     const auto e =
         instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
-    Jet<n> refraction;
+    Jet<n> refraction(s.o.refraction);
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
     out->usable = has_direction(e);
     take(vertical_angle(s.frame, e, refraction), 0, out);

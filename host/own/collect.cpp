@@ -188,6 +188,7 @@ void Collection::moves(int point, PointResult &p) const
     const PointPlace &place = numbers.points[(size_t)point];
     const int lump = place.station ? network.stations.records[(size_t)place.record].ilump
                                    : network.targets.records[(size_t)place.record].ilump;
+    if (lump == 0) return;
     const double *x = &values.value[3 * (size_t)point];
     for (size_t m = 0; m < values.motions.size(); m++) {
         if (numbers.motions[m].lump != lump) continue;
@@ -637,6 +638,7 @@ void Collection::lumps()
     for (size_t m = 0; m < values.motions.size(); m++) {
         const int first = values.motions[m].first;
         const MotionPlace &place = numbers.motions[m];
+        if (place.lump == 0) continue; // centring
         LumpResult lump;
         lump.lump = place.lump;
         lump.epoch = place.epoch;
@@ -715,7 +717,7 @@ ClosureResult closure_of(const Model &network, const Numbers &numbers, const clo
 
 void collect_closures(const Model &network, const OwnOutcome &outcome, Results &results)
 {
-    static const char *const words[] = {"levelling", "baselines", "horizon", "angles", "traverse"};
+    static const char *const words[] = {"levelling", "heights", "baselines", "horizon", "angles", "traverse"};
     for (const closures::Closures &c : outcome.closures) {
         ClosuresResult r;
         r.kind = words[(int)c.kind];

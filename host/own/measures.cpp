@@ -61,6 +61,11 @@ void set_instrument(const Builder &b, const Table &table, int record, va::Observ
     if (table.item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
     const bool constants = table.list.records[(size_t)record].typ == KIND_DISTANCE_CONSTANTS;
     if (table.item == Item::vertical_angle || constants) o.constants = b.constants[(size_t)stand];
+    if (table.item != Item::vertical_angle) return;
+    const double own = note_at(table.list.notes.refraction, (size_t)record, unknown_note);
+    if (std::isnan(own)) return;
+    o.refraction = own; // before that of the group
+    o.constants = -1;
 }
 
 void add_measure(Builder &b, const Table &table, int record)

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "host/system/decimal.h"
+
 namespace vornhost {
 
 namespace {
@@ -23,7 +25,7 @@ char *write_number(double number, char *text)
     constexpr double least = 1e-4, beyond = 1e15; // sizes without an exponent, of which every whole digit counts
     const double size = std::fabs(number);
     const bool plain = number == 0.0 || (size >= least && size < beyond);
-    char *end = std::to_chars(text, text + longest_number, number,
+    char *end = to_chars(text, text + longest_number, number,
                               plain ? std::chars_format::fixed : std::chars_format::scientific)
                     .ptr;
     if (!plain || std::find(text, end, '.') != end) return end;

@@ -57,6 +57,20 @@ struct OverPoints {
     }
 };
 
+// Loops over points with a vertical angle in them; the others are those of levelling.
+struct OverSights {
+    OverPoints points;
+    Closures *levelling;
+
+    void missed(size_t n) const { points.missed(n); }
+    Closures &of(const Loop &loop) const
+    {
+        const auto sight = [this](const Step &s) { return points.graph.legs[(size_t)s.link].second >= 0; };
+        return std::any_of(loop.begin(), loop.end(), sight) ? *points.closures : *levelling;
+    }
+    void operator()(const Loop &loop, Closure *made) const { points(loop, made); }
+};
+
 // Loops over circles and lines.
 struct OverLines {
     const AngleGraph &angles;
@@ -162,12 +176,14 @@ void Closures::list(Closure closure)
 
 std::vector<Closures> find_closures(const va::Model &model, bool placed)
 {
-    Closures levelling = of(ClosureKind::levelling), baselines = of(ClosureKind::baselines),
+    Closures levelling = of(ClosureKind::levelling), heights = of(ClosureKind::heights),
+             again = of(ClosureKind::levelling), baselines = of(ClosureKind::baselines),
              horizon = of(ClosureKind::horizon), angles = of(ClosureKind::angles);
-    const LegGraph levels = level_graph(model), vectors = baseline_graph(model);
+    const LegGraph levels = level_graph(model), vectors = baseline_graph(model), sights = height_graph(model, levels);
     close_loops(model, levels, OverPoints{levels, &levelling});
+    close_loops(model, sights, OverSights{{sights, &heights}, &again});
     close_loops(model, vectors, OverPoints{vectors, &baselines});
-    std::vector<Closures> all = {std::move(levelling), std::move(baselines)};
+    std::vector<Closures> all = {std::move(levelling), std::move(heights), std::move(baselines)};
     if (model.frame.space != va::Space::heights) {
         const std::vector<char> nothing(model.observations.size(), 0);
         const start::Sightings sightings = start::sightings_of(model, heights_of(model, placed), nothing);

@@ -100,9 +100,10 @@ Sum LegGraph::sum(const va::Model &model, const Loop &loop, std::vector<Part> *w
             s.w[k] += sign * leg.value[k];
             if (leg.observation[k] < 0) continue;
             Part part = {leg.observation[k], leg.component[k], {0, 0, 0}};
-            part.by[k] = sign;
+            part.by[k] = k == 0 ? sign * leg.by[0] : sign;
             parts.push_back(part);
         }
+        if (leg.second >= 0) parts.push_back({leg.second, 0, {sign * leg.by[1], 0, 0}});
     }
     if (circular) s.w[0] = std::remainder(s.w[0], turn);
     add_covariances(model, &parts, &s);
@@ -112,11 +113,14 @@ Sum LegGraph::sum(const va::Model &model, const Loop &loop, std::vector<Part> *w
 std::vector<int> LegGraph::observations(const Loop &loop) const
 {
     std::vector<int> all;
-    for (const Step &step : loop)
-        for (int k = 0; k < n; k++) {
-            const int o = legs[(size_t)step.link].observation[k];
-            if (o >= 0 && (all.empty() || all.back() != o)) all.push_back(o);
-        }
+    const auto add = [&all](int o) {
+        if (o >= 0 && (all.empty() || all.back() != o)) all.push_back(o);
+    };
+    for (const Step &step : loop) {
+        const Leg &leg = legs[(size_t)step.link];
+        for (int k = 0; k < n; k++) add(leg.observation[k]);
+        add(leg.second);
+    }
     return all;
 }
 

@@ -37,6 +37,8 @@ struct Leg {
     int observation[3] = {-1, -1, -1}; // of each component; -1: known
     int component[3] = {0, 0, 0};      // of the observation
     int station = -1;                  // where an angle or direction was read
+    int second = -1;                   // of a height by a distance (above) and a vertical angle: the latter
+    double by[2] = {1, 1};             // derivatives of the first component by these two
 };
 
 // A graph of legs of n components; values of angles count up to full circles.

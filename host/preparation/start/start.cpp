@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "adjust/linear.h"
+#include "host/preparation/start/sharp.h"
 
 namespace vornhost::start {
 
@@ -20,7 +21,10 @@ constexpr double elsewhere = 0.02; // of a typical sight: apart enough to be ano
 
 class Search {
 public:
-    Search(va::Model *its_model, const Given &its_given) : model(*its_model), given(its_given) {}
+    Search(va::Model *its_model, const Given &its_given)
+        : target(*its_model), model(with_sharp_sigmas(*its_model)), given(its_given)
+    {
+    }
 
     Start run();
 
@@ -37,7 +41,8 @@ private:
     void tell_doubts(Start *start) const;
     void write();
 
-    va::Model &model;
+    va::Model &target;     // gets the values
+    const va::Model model; // on which they are found
     const Given &given;
     Trial best;
     bool any = false;
@@ -147,10 +152,10 @@ void Search::write()
 {
     for (int p = 0; p < 3 * model.n_points; p++)
         if (given.coordinate[(size_t)p] == Known::wanted)
-            model.value[(size_t)p] = model.start[(size_t)p] = best.model.value[(size_t)p];
+            target.value[(size_t)p] = target.start[(size_t)p] = best.model.value[(size_t)p];
     for (size_t c = 0; c < model.setups.size(); c++) {
         const size_t turn = (size_t)model.setups[c].first + 2;
-        if (!given.setup[c]) model.value[turn] = model.start[turn] = best.model.value[turn];
+        if (!given.setup[c]) target.value[turn] = target.start[turn] = best.model.value[turn];
     }
 }
 
