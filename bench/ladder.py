@@ -3,6 +3,9 @@
 
   ladder.py make KIND UNKNOWNS FILE [--seed N]        writes a network file, its points in random order
   ladder.py run PROGRAM KIND:UNKNOWNS ... [--repeat N] makes networks, runs the program, prints a table
+  ladder.py whole PROGRAM SPARSE_BENCH [--million]     the table of docs/performance.md: all kinds with 10,000
+                                                       unknowns, planes with 100,000 (and 1,000,000: 9 GB, half an
+                                                       hour), each plane beside CHOLMOD in the same run
 
 Kinds, with their unknowns:
   levelling  a grid of heights, height differences to the neighbours in rows and columns; 1 a point
@@ -12,11 +15,12 @@ Kinds, with their unknowns:
              walls; 3 a target; four targets are fixed
   gnss       a grid of points in space, baselines with covariances to 4 neighbours; 3 a point
 
-A run writes the brief report and the JSON, with statistics and one thread. The table has the least of the
-repetitions: processor time, peak memory and the steps in seconds of processor time.
+A run writes the brief report and the JSON, with statistics. The table has the least of the repetitions: processor
+time of one thread, time on the clock with two, peak memory and the steps in seconds of processor time of one thread.
 """
 
 import argparse
+import json
 import math
 import os
 import random
@@ -24,6 +28,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 
 GON = math.pi / 200.0
 STEPS = ["reading", "first coordinates", "closures", "equations", "datum", "order", "factor", "inverse", "statistics", "writing"]
@@ -166,32 +171,50 @@ def make(kind, unknowns, path, seed):
         KINDS[kind](out, unknowns, random.Random(seed))
 
 
-def run(program, network, folder):
-    """Seconds, megabytes and the seconds of each step."""
+def start(program, network, folder, threads):
+    """Seconds of processor time and on the clock, megabytes and the processor seconds of each step."""
     errors = os.path.join(folder, "errors.txt")
+    begun = time.monotonic()
     with open(errors, "w") as err:
         child = subprocess.Popen(
-            [program, "adjust", network, "--brief", "--times", "--threads", "1", "-o", os.path.join(folder, "report.txt"),
-             "--json", os.path.join(folder, "results.json")], stderr=err)
+            [program, "adjust", network, "--brief", "--times", "--threads", str(threads),
+             "-o", os.path.join(folder, "report.txt"), "--json", os.path.join(folder, "results.json")], stderr=err)
         _, status, used = os.wait4(child.pid, 0)
+    clock = time.monotonic() - begun
     text = open(errors).read()
     if status != 0:
         sys.exit(f"{network}: status {status}\n{text}")
     steps = {name: float(s) for name, s in re.findall(r"^time: (.*?)\s+[\d.]+ s, processor\s+([\d.]+) s", text, re.MULTILINE)}
-    return used.ru_utime + used.ru_stime, used.ru_maxrss / 1000.0, steps
+    return used.ru_utime + used.ru_stime, clock, used.ru_maxrss / 1000.0, steps
 
 
-def ladder(program, rungs, repeat, seed):
-    print("| network | seconds | MB | " + " | ".join(STEPS) + " |")
-    print("|---" * (3 + len(STEPS)) + "|")
+def cholmod(bench, unknowns):
+    """Seconds of processor time that CHOLMOD takes to analyse and factor the matrix of a plane network."""
+    one = dict(os.environ, OMP_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1")
+    out = subprocess.run([bench, f"--benchmark_filter=CholmodBoth/{unknowns}/", "--benchmark_format=json"],
+                         env=one, check=True, capture_output=True).stdout
+    return min((b["cpu_time"] for b in json.loads(out)["benchmarks"] if b["name"].endswith("_least")), default=0.0) / 1000.0
+
+
+def rung(program, kind, unknowns, repeat, seed, folder, bench):
+    network = os.path.join(folder, "network.inp")
+    make(kind, unknowns, network, seed)
+    seconds, _, megabytes, steps = min((start(program, network, folder, 1) for _ in range(repeat)), key=lambda r: r[0])
+    clock = min(start(program, network, folder, 2)[1] for _ in range(repeat))
+    cells = [f"{kind} {unknowns:,}", f"{seconds:.3f}", f"{clock:.3f}", f"{megabytes:.0f}"]
+    if bench:
+        beside = cholmod(bench, unknowns) if kind == "plane" else 0.0
+        cells.append(f"{beside:.3f}, {seconds / beside:.1f}" if beside > 0.0 else "")
+    return cells + [f"{steps.get(s, 0.0):.3f}" for s in STEPS]
+
+
+def ladder(program, rungs, repeat, seed, bench=None):
+    heads = ["network", "seconds", "clock", "MB"] + (["CHOLMOD, ratio"] if bench else []) + STEPS
+    print("| " + " | ".join(heads) + " |\n" + "|---" * len(heads) + "|")
     with tempfile.TemporaryDirectory() as folder:
-        for rung in rungs:
-            kind, unknowns = rung.split(":")
-            network = os.path.join(folder, "network.inp")
-            make(kind, int(unknowns), network, seed)
-            seconds, megabytes, steps = min(run(program, network, folder) for _ in range(repeat))
-            cells = [f"{steps.get(s, 0.0):.3f}" for s in STEPS]
-            print(f"| {kind} {int(unknowns):,} | {seconds:.3f} | {megabytes:.0f} | " + " | ".join(cells) + " |", flush=True)
+        for kind, unknowns in rungs:
+            often = repeat if unknowns < 100000 else 1
+            print("| " + " | ".join(rung(program, kind, unknowns, often, seed, folder, bench)) + " |", flush=True)
 
 
 def main():
@@ -204,14 +227,23 @@ def main():
     many = commands.add_parser("run")
     many.add_argument("program")
     many.add_argument("rungs", nargs="+")
-    many.add_argument("--repeat", type=int, default=3)
-    for p in (one, many):
+    whole = commands.add_parser("whole")
+    whole.add_argument("program")
+    whole.add_argument("bench")
+    whole.add_argument("--million", action="store_true")
+    for p in (many, whole):
+        p.add_argument("--repeat", type=int, default=5)
+    for p in (one, many, whole):
         p.add_argument("--seed", type=int, default=1)
     call = parser.parse_args()
     if call.command == "make":
         make(call.kind, call.unknowns, call.file, call.seed)
+        return
+    if call.command == "run":
+        rungs = [(kind, int(unknowns)) for kind, unknowns in (r.split(":") for r in call.rungs)]
     else:
-        ladder(os.path.abspath(call.program), call.rungs, call.repeat, call.seed)
+        rungs = [(kind, 10000) for kind in KINDS] + [("plane", 100000)] + [("plane", 1000000)] * call.million
+    ladder(os.path.abspath(call.program), rungs, call.repeat, call.seed, getattr(call, "bench", None))
 
 
 if __name__ == "__main__":

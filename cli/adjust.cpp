@@ -308,8 +308,10 @@ int adjust(const Options &options)
     if (would_overwrite(options, inputs) || cannot_be_drawn(options, model)) return STATUS_USAGE;
 
     Outputs outputs(options);
-    const Interrupts interrupts(model.solver == Solver::Sparse && !options.ranks);
-    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, {&console, interrupts.flag(), options.ranks});
+    Interrupts interrupts(model.solver == Solver::Sparse && !options.ranks, &console);
+    RunWatch watch = interrupts.watch();
+    watch.ranks = options.ranks;
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch);
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {

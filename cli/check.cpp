@@ -131,8 +131,8 @@ int check(const Options &options)
 
     const File report = temporary_report();
     Silence silence;
-    const Interrupts interrupts(model.solver == Solver::Sparse);
-    const NetworkRun run = check_network(model, report.get(), silence, VORN_VERSION, {nullptr, interrupts.flag()});
+    Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = check_network(model, report.get(), silence, VORN_VERSION, interrupts.watch());
     if (interrupts.came()) return interrupted();
     const RunOutcome &outcome = run.outcome;
     const Results &results = run.results;

@@ -42,8 +42,8 @@ int compare_epochs(const Options &options)
     if (!read_epochs(options, networks)) return STATUS_USAGE;
     enter_folder(options);
     if (overwrites_input(options, networks)) return STATUS_USAGE;
-    const Interrupts interrupts(true);
-    const RunWatch watch{&console, interrupts.flag()};
+    Interrupts interrupts(true, &console);
+    const RunWatch watch = interrupts.watch();
     const Comparison c = options.command == Command::control ? compare_with_control(networks[0], options.compare, watch)
                                                              : compare(networks, options.compare, watch);
     if (interrupts.came() || c.stopped) {

@@ -57,8 +57,8 @@ int adjusted_text(const Options &options, Model &model, std::string &text, std::
     const std::unique_ptr<FILE, int (*)(FILE *)> report(temporary_file(), fclose);
     if (!report) throw OutputError(errno, "a temporary file");
     Silence silence;
-    const Interrupts interrupts(model.solver == Solver::Sparse);
-    const NetworkRun run = run_network(model, report.get(), silence, VORN_VERSION, {nullptr, interrupts.flag()});
+    Interrupts interrupts(model.solver == Solver::Sparse);
+    const NetworkRun run = run_network(model, report.get(), silence, VORN_VERSION, interrupts.watch());
     if (interrupts.came()) return interrupted();
     if (!run.outcome.adjusted()) return close_run(run.outcome);
     text = export_results(run.results, *options.target, time(nullptr), notes, faults);

@@ -20,9 +20,9 @@ int plan(const Options &options)
     Faults faults;
     if (!read_input(options, networks[0], faults)) return STATUS_USAGE;
     if (overwrites_input(options, networks)) return STATUS_USAGE;
-    const Interrupts interrupts(true);
+    Interrupts interrupts(true);
     Faults of_candidates;
-    const Planning p = plan_network(networks[0], options.plan, of_candidates, {nullptr, interrupts.flag()});
+    const Planning p = plan_network(networks[0], options.plan, of_candidates, interrupts.watch());
     if (interrupts.came() || p.stopped) return interrupted();
     if (!of_candidates.empty()) {
         show_lines(of_candidates.lines());

@@ -47,8 +47,8 @@ bool overwrites(const Options &options)
 
 int transform_list(const Options &options)
 {
-    const Interrupts interrupts(true);
-    const RunWatch watch{nullptr, interrupts.flag()};
+    Interrupts interrupts(true);
+    const RunWatch watch = interrupts.watch();
     CoordinateList lists[2];
     for (int k = 0; k < 2; k++)
         if (const int status = read_list(options.networks[(size_t)k], lists[k], watch)) return status;

@@ -35,9 +35,19 @@ double tau_probability(double tau, double f)
 
 double chi_square_limit(double probability, double f) { return bm::quantile(bm::chi_squared(f), probability); }
 
-double chi_square_above(double squares, double f) { return bm::cdf(bm::complement(bm::chi_squared(f), squares)); }
+// Whether a sum lies so far below its mean f that no number is small enough for the probability of one below it, which
+// is at most (e squares / f)^(f / 2): 1e-513 from here on.
+static bool far_below(double squares, double f) { return f >= 400.0 && squares < 1e-3 * f; }
 
-double chi_square_below(double squares, double f) { return bm::cdf(bm::chi_squared(f), squares); }
+double chi_square_above(double squares, double f)
+{
+    return far_below(squares, f) ? 1.0 : bm::cdf(bm::complement(bm::chi_squared(f), squares));
+}
+
+double chi_square_below(double squares, double f)
+{
+    return far_below(squares, f) ? 0.0 : bm::cdf(bm::chi_squared(f), squares);
+}
 
 double fisher_above(double ratio, double f1, double f2)
 {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "cli/interrupt.h"
 #include "host/folder.h"
 
 namespace {
@@ -114,6 +116,34 @@ TEST_F(Interrupt, EndsALongRunWithNothingHalfWritten)
     std::string text;
     std::getline(report, text);
     EXPECT_EQ(text, "of the run before");
+}
+
+// A process that takes these steps and is interrupted within the last but one: its status.
+static int interrupted_in(const std::vector<const char *> &steps)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        fclose(stderr);
+        signal(SIGINT, SIG_DFL);
+        catch_interrupts();
+        Interrupts interrupts(true);
+        for (size_t i = 0; i < steps.size(); i++) {
+            interrupts.begin(steps[i]);
+            if (i + 2 == steps.size()) raise(SIGINT);
+        }
+        _exit(interrupts.came() ? 1 : 2);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+TEST(Interrupts, EndAtOnceWhileTheOrderIsSought)
+{
+    EXPECT_EQ(interrupted_in({"equations", "factor", "inverse"}), 1);
+    EXPECT_EQ(interrupted_in({"equations", "order", "factor"}), 130);
+    EXPECT_EQ(interrupted_in({"order", "factor", "inverse"}), 1);
+    EXPECT_EQ(interrupted_in({"equations", "order"}), 130); // came before
 }
 
 TEST_F(Interrupt, EndsARunOfTheEngineAtOnce)

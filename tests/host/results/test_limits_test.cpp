@@ -103,3 +103,15 @@ TEST(TestLimits, TauFindsWhatTheNormalTestFinds)
     }
     EXPECT_NEAR((double)found / n, 0.80, 4 * std::sqrt(0.16 / n));
 }
+
+TEST(ChiSquare, HasAProbabilityFarBelowItsMean)
+{
+    for (const double f : {400.0, 48180.0, 5e6}) {
+        for (const double squares : {0.0, 1e-25, 0.99e-3 * f}) {
+            EXPECT_EQ(chi_square_below(squares, f), 0.0) << f << " " << squares;
+            EXPECT_EQ(chi_square_above(squares, f), 1.0) << f << " " << squares;
+        }
+        EXPECT_LT(chi_square_below(1.01e-3 * f, f), 1e-300) << f;
+        EXPECT_NEAR(chi_square_below(f, f), 0.5, 0.02) << f;
+    }
+}
