@@ -314,6 +314,14 @@ int point_unknowns(const System &s, int point, int unknowns[3], int axes[3])
 // Whether a column counts on this rank.
 bool is_own(const System &s, int column) { return !s.share.shared() || s.share.own[column]; }
 
+// Columns of the coordinates of a point that this rank has, and which axes they are.
+int point_columns(const System &s, int point, int columns[3], int axes[3])
+{
+    const int n = point_unknowns(s, point, columns, axes);
+    for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
+    return n > 0 && columns[0] < 0 ? 0 : n; // all of them or none
+}
+
 const int place_of[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
 
 // Adds f times cofactors of n by m coordinates, symmetrised, to a covariance.
@@ -330,10 +338,9 @@ Covariance point_cofactors(const System &s, const Cofactors &cofactors, int poin
 {
     int columns[3], axes[3];
     double q[9];
-    const int n = point_unknowns(s, point, columns, axes);
-    for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
+    const int n = point_columns(s, point, columns, axes);
     Covariance c = {};
-    if (n == 0 || columns[0] < 0 || !is_own(s, columns[0])) return c;
+    if (n == 0 || !is_own(s, columns[0])) return c;
     cofactors.block(n, columns, q);
     add(n, axes, n, axes, q, 1.0, &c);
     return c;
@@ -382,12 +389,36 @@ std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations 
     return pairs;
 }
 
+bool worse(const WeakPair &p, const WeakPair &q) { return p.a > q.a; }
+
+// The worst of those of all ranks, of which several may have one pair.
+void gather_pairs(const System &s, std::vector<WeakPair> *weak, int most)
+{
+    if (!s.share.shared()) return;
+    constexpr std::size_t numbers = 4;
+    const std::size_t room = numbers * (std::size_t)most, first = room * (std::size_t)s.share.ranks->own();
+    std::vector<double> all(room * (std::size_t)s.share.ranks->size(), 0.0);
+    for (std::size_t i = 0; i < weak->size(); i++) {
+        const WeakPair &p = (*weak)[i];
+        const double words[numbers] = {p.from + 1.0, p.to + 1.0, p.a, p.b}; // nothing is 0
+        std::copy(words, words + numbers, &all[first + numbers * i]);
+    }
+    s.share.sum(&all);
+    weak->clear();
+    for (std::size_t i = 0; i < all.size(); i += numbers) {
+        const WeakPair p{(int)all[i] - 1, (int)all[i + 1] - 1, all[i + 2], all[i + 3]};
+        const auto same = [&p](const WeakPair &q) { return p.from == q.from && p.to == q.to; };
+        if (p.from < 0 || std::any_of(weak->begin(), weak->end(), same)) continue;
+        weak->insert(std::upper_bound(weak->begin(), weak->end(), p, worse), p);
+    }
+    if (weak->size() > (std::size_t)most) weak->resize((std::size_t)most);
+}
+
 // Cofactors need `points`; semi-axes with sigma.
 std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const Cofactors &cofactors,
                                     const Statistics &result, int most)
 {
     std::vector<WeakPair> weak;
-    const auto worse = [](const WeakPair &p, const WeakPair &q) { return p.a > q.a; };
     for (const auto &pair : neighbours(model, s.equations)) {
         const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
         const bool heights = model.frame.space == Space::heights;
@@ -397,6 +428,7 @@ std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const C
         weak.insert(std::upper_bound(weak.begin(), weak.end(), found, worse), found);
         if ((int)weak.size() > most) weak.pop_back();
     }
+    gather_pairs(s, &weak, most);
     return weak;
 }
 
