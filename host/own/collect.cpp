@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "adjust/kinds/motions.h"
@@ -339,9 +340,12 @@ const char *unit_of(const va::Model &model, const va::Observation &o)
     case va::Kind::unknown: break;
     default: return "m";
     }
-    for (const va::Motion &m : model.motions) // of a transformation
-        if (o.unknown >= m.first && o.unknown < m.first + 7)
-            return o.unknown < m.first + 3 ? "m" : o.unknown < m.first + 6 ? "rad" : "1";
+    if (model.meaning[(size_t)o.unknown] == va::Meaning::motion) {
+        const auto after = std::upper_bound(model.motions.begin(), model.motions.end(), o.unknown,
+                                            [](int unknown, const va::Motion &m) { return unknown < m.first; });
+        const int part = o.unknown - std::prev(after)->first;
+        return part < 3 ? "m" : part < 6 ? "rad" : "1";
+    }
     switch (model.meaning[(size_t)o.unknown]) {
     case va::Meaning::angle: return "rad";
     case va::Meaning::scale:

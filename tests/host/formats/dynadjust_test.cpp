@@ -52,12 +52,6 @@ protected:
     }
 };
 
-// X, Y, Z of an adjusted point; in a program without projections they are its coordinates.
-double geocentric_of(const PointResult &p, size_t axis)
-{
-    return p.earth && p.earth->geocentric ? (*p.earth->geocentric)[axis] : *p.adjusted[axis];
-}
-
 const std::string two_stations = station("ALFA", "CCC", "XYZ", "-4000000.0000", "2500000.0000", "-4300000.0000") +
                                  station("BETA", "FFF", "XYZ", "-4000300.0000", "2500400.0000", "-4299900.0000");
 

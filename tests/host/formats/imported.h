@@ -11,6 +11,13 @@
 #include "host/formats/import.h"
 #include "host/formats/network_writer.h"
 #include "host/formats/xml.h"
+#include "host/results/results.h"
+
+// X, Y, Z of an adjusted point; in a program without projections they are its coordinates.
+inline double geocentric_of(const vornhost::PointResult &p, size_t axis)
+{
+    return p.earth && p.earth->geocentric ? (*p.earth->geocentric)[axis] : *p.adjusted[axis];
+}
 
 // Tests that need the parser of XML.
 class Formats : public ::testing::Test {
