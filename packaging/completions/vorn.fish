@@ -31,6 +31,8 @@ complete -c vorn -n "$adjust" -l csv -x -a "(__fish_complete_directories)" -d "r
 complete -c vorn -n "$adjust" -l brief -d "no line for every observation in the report"
 complete -c vorn -n "$adjust" -l no-residual-statistics -d "no redundancy numbers and tests of residuals"
 complete -c vorn -n "$adjust" -l snoop -d "leave out what is suspicious, step by step"
+complete -c vorn -n "$adjust" -l left-out -r -d "what snooping leaves out, as a table"
+complete -c vorn -n "$adjust" -l covariance -r -d "covariances of points, in a file"
 complete -c vorn -n "$adjust" -l robust -x -a "huber danish l1" -d "weights that fall with the residuals"
 complete -c vorn -n "$adjust" -l fail-on -x -a "test suspects unchecked" -d "exit status 4 where these fail"
 complete -c vorn -n "$adjust" -l components -x -a "propose use" -d "variance components"
@@ -78,6 +80,7 @@ complete -c vorn -n "$tested" -l level -x -d "probability of a false alarm of ea
 complete -c vorn -n "$tested" -l apriori -d "variance factor 1"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l held -d "held coordinates stay held"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l points -x -d "compare these points alone"
+complete -c vorn -n "__fish_seen_subcommand_from compare" -l strain -x -d "strain of the group of these points"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l dates -x -d "of the epochs"
 set -l transform __fish_seen_subcommand_from transform
 complete -c vorn -n "$transform" -l parameters -x -a "3 4 6 7" -d "of the transformation"
