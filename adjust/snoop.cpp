@@ -24,8 +24,9 @@ private:
     Outcome adjusted();
     void use(int which, bool on);
     int most() const;
-    int unit_of(int row) const { return unit[result.outcome.equations.observation[row]]; }
-    const Suspect *worst() const;
+    int unit_of(int row) const { return unit_of(result.outcome, row); }
+    int unit_of(const Outcome &outcome, int row) const { return unit[outcome.equations.observation[row]]; }
+    const Suspect *worst(const Outcome &outcome) const;
     bool leave_out();
     void try_again();
 
@@ -53,17 +54,18 @@ void Snooping::use(int which, bool on)
 
 int Snooping::most() const { return std::min(limits.most, (int)(limits.largest_share * (double)members.size())); }
 
-const Suspect *Snooping::worst() const
+// Of those that may be left out.
+const Suspect *Snooping::worst(const Outcome &outcome) const
 {
-    for (const Suspect &s : result.outcome.suspects)
-        if (!keep[unit_of(s.row)]) return &s;
+    for (const Suspect &s : outcome.suspects)
+        if (!keep[unit_of(outcome, s.row)]) return &s;
     return nullptr;
 }
 
 // One step; false where there is none.
 bool Snooping::leave_out()
 {
-    const Suspect *s = worst();
+    const Suspect *s = worst(result.outcome);
     if (!s) return false;
     if ((int)result.left_out.size() >= most()) {
         result.ended = false;
@@ -103,7 +105,7 @@ void Snooping::try_again()
     for (int which : candidates) {
         use(which, true);
         Outcome with = adjusted();
-        if (with.status == Status::adjusted && with.suspects.empty()) {
+        if (with.status == Status::adjusted && !worst(with)) {
             result.steps.push_back({SnoopStep::Action::taken_again, which, 0.0, with.variance_factor, {}});
             result.left_out.erase(std::find(result.left_out.begin(), result.left_out.end(), which));
             result.outcome = std::move(with);
@@ -120,7 +122,7 @@ Snooped Snooping::run()
     if (result.outcome.status != Status::adjusted) return std::move(result);
     while (leave_out()) {
     }
-    if (result.outcome.status == Status::adjusted && result.ended && !worst()) try_again();
+    if (result.outcome.status == Status::adjusted && result.ended && !worst(result.outcome)) try_again();
     if (!result.steps.empty() && !options.watch.stopped()) result.outcome = adjusted(); // the values of the last run
     return std::move(result);
 }

@@ -47,7 +47,7 @@ ComparedPoint point_of(const vornhost::PointComparison &from)
 Comparison refused(const std::string &sentence, const std::string &remedy)
 {
     Comparison c;
-    c.faults = why_not("", {sentence, remedy});
+    c.faults = why_not("compare", {sentence, remedy});
     return c;
 }
 
@@ -56,7 +56,7 @@ Comparison comparison_of(const vornhost::Comparison &from)
     Comparison c;
     c.outcome = from.made() ? Outcome::adjusted : from.stopped ? Outcome::cancelled : Outcome::refused;
     c.notes = from.notes;
-    if (!from.made()) c.faults = why_not("", from.words);
+    if (!from.made()) c.faults = why_not("compare", from.words);
     if (!from.made()) return c;
     c.congruent = from.congruence.passed();
     c.p = from.congruence.p;

@@ -24,14 +24,14 @@ _vorn()
     [ "$command" != import ] || common="--force --quiet --help -o -h"
     [ "$command" != export ] || { common="--to --force --quiet --help -o -h"; foreign=; }
     case $command in
-    compare) common="--level --apriori --held --points --dates --html --json --quiet --help -o -C -h" foreign= ;;
+    compare) common="--level --apriori --held --points --dates --strain --html --json --quiet --help -o -C -h" foreign= ;;
     control) common="--level --apriori --html --json --quiet --help -o -C -h" foreign= ;;
     transform) common="--parameters --no-scale --list --level --apriori --json --quiet --help -o -C -h" foreign= ;;
     plan) common="--help-point --candidates --json --quiet --help -o -C -h" foreign= ;;
     esac
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --robust --fail-on --components --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --left-out --covariance --robust --fail-on --components --threads --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)

@@ -21,7 +21,7 @@ for command in $commands; do
     [ "$(wc -w <<<"$options")" -ge 5 ] || fail "no options in the help text of $command"
     for option in $options; do
         long=${option#--} short=${option#-}
-        plain "$page" | grep -qE "^\.BI?R? (.*[ \"])?$option( |\"|\$)" || fail "$page does not name $option"
+        grep -qE "^\.BI?R? (.*[ \"])?$option( |\"|\$)" <<<"$(plain "$page")" || fail "$page does not name $option"
         grep -qE "(^|[ \"])$option( |\"|\$)" "$packaging/completions/vorn.bash" || fail "vorn.bash does not know $option"
         grep -qE "['{,(*]$option[][{},' )]" "$packaging/completions/_vorn" || fail "_vorn does not know $option"
         grep -qE -- "-(l $long|s $short)( |\$)" "$packaging/completions/vorn.fish" || fail "vorn.fish does not know $option"

@@ -47,6 +47,43 @@ def tangle(points, lines, seed=1):
                         height_differences={"from": names[first], "to": names[second], "value": value, "sigma": 0.001})
 
 
+class Comparisons(unittest.TestCase):
+    """Levelled rings of three points, twice the same but for B, which rises by 20 mm."""
+
+    lines = {"from": ["A", "B", "C", "A"], "to": ["B", "C", "A", "B"], "sigma": 0.001}
+
+    def epoch(self, rise, **more):
+        points = {"name": ["A", "B", "C"], "z": [100.0, 101.0, 102.0]}
+        value = [1.0 + rise, 1.0 - rise, -2.0, 1.0 + rise]
+        return vorn.Network(dimension=1, targets=points, height_differences=dict(self.lines, value=value), **more)
+
+    def test_find_what_moved(self):
+        c = vorn.compare(self.epoch(0.0), self.epoch(0.02), apriori=True)
+        self.assertEqual((c.moved, c.stable, c.congruent), (["B"], ["A", "C"], False))
+        self.assertEqual(c.variance_factor, 1.0)
+        self.assertEqual(list(c.shifts["name"]), ["A", "B", "C"])
+        np.testing.assert_allclose(c.shifts["dz"], [0.0, 0.02, 0.0], atol=1e-12)
+        self.assertTrue(np.isnan(c.shifts["dx"]).all())
+        self.assertEqual(list(c.shifts["significant"]), [False, True, False])
+        # A-B twice, B-C, C-A with 1 mm each; B against the mean of A and C, in both epochs
+        normal, against = np.array([[3.0, -2, -1], [-2, 3, -1], [-1, -1, 2]]), np.array([-0.5, 1, -0.5])
+        self.assertAlmostEqual(c.shifts["sz"][1], 1e-3 * np.sqrt(2 * against @ np.linalg.pinv(normal) @ against), places=9)
+        self.assertIn("B", c.report)
+        self.assertEqual(vorn.compare(self.epoch(0.0), self.epoch(0.0), apriori=True).moved, [])
+
+    def test_give_velocities_of_dated_epochs(self):
+        run = {"2026-01-01": 0.0, "2027-01-01": 0.01, "2028-01-01": 0.02}
+        c = vorn.compare(*(self.epoch(x) for x in run.values()), dates=run, apriori=True)
+        b = list(c.velocities["name"]).index("B")
+        self.assertAlmostEqual(c.velocities["vz"][b], 0.01, places=4)
+
+    def test_say_what_is_wrong(self):
+        with self.assertRaisesRegex(vorn.AdjustmentError, "one epoch cannot be compared"):
+            vorn.compare(self.epoch(0.0))
+        with self.assertRaisesRegex(vorn.AdjustmentError, "not all epochs have in use: X"):
+            vorn.compare(self.epoch(0.0), self.epoch(0.0), points=["X"])
+
+
 class Results(unittest.TestCase):
     def test_are_the_published_ones(self):
         result = vorn.adjust(FREE)
@@ -336,7 +373,7 @@ class Plot(unittest.TestCase):
 
 
 def load_tests(loader, tests, pattern):
-    for module in ("vorn", "vorn._errors", "vorn._network", "vorn._result"):
+    for module in ("vorn", "vorn._compare", "vorn._errors", "vorn._network", "vorn._result"):
         tests.addTests(doctest.DocTestSuite(importlib.import_module(module)))
     return tests
 

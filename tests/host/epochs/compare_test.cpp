@@ -319,3 +319,62 @@ TEST(FisherTest, HasThePublishedLimits)
     EXPECT_EQ(fisher_test(1e-9, 2, {0, 5}, 0.05).p, 0.0); // exact observations, and a motion
     EXPECT_TRUE(fisher_test(0, 2, {0, 5}, 0.05).passed());
 }
+
+// The whole road of a group: stretched by 30 ppm along x and turned, of which free epochs tell the stretch alone.
+TEST(Compare, TellsTheStrainOfAGroup)
+{
+    std::vector<Place> places = truth;
+    for (Place &p : places) {
+        const double x = p.x, y = p.y;
+        p.x = x + 30e-6 * x - 1e-4 * y;
+        p.y = y + 1e-4 * x;
+    }
+    CompareOptions options;
+    options.groups = {{"P1", "P2", "P3", "P4", "D1"}, {"D1", "D2", "D3"}};
+    const Comparison c = compared({epoch(8, truth), epoch(9, places)}, options);
+    ASSERT_TRUE(c.made()) << words(c);
+    ASSERT_EQ(c.strains.size(), 2u);
+    const Strain &s = c.strains[0].epochs[0];
+    ASSERT_TRUE(s.made());
+    EXPECT_LT(s.elements[0].deviation, 5e-6);
+    EXPECT_NEAR(s.elements[0].value, 30e-6, 4 * s.elements[0].deviation);
+    EXPECT_NEAR(s.elements[1].value, 0.0, 4 * s.elements[1].deviation);
+    EXPECT_NEAR(s.elements[2].value, 0.0, 4 * s.elements[2].deviation);
+    EXPECT_TRUE(s.mean.has_value());
+    EXPECT_FALSE(s.turns[0]); // directions and distances leave the turn open
+    EXPECT_FALSE(s.strained.passed());
+    EXPECT_TRUE(s.homogeneous.passed());
+    const std::string report = compare_report(c, ""), json = compare_json(c, "");
+    EXPECT_NE(report.find("Strain of P1, P2, P3, P4, D1 from epoch1.inp to epoch2.inp"), std::string::npos);
+    EXPECT_NE(json.find("\"strains\""), std::string::npos);
+    CompareOptions unknown;
+    unknown.groups = {{"P1", "P2", "X"}};
+    const Comparison refused = compared({epoch(8, truth), epoch(9, places)}, unknown);
+    EXPECT_EQ(words(refused).find("the strain of a group needs shifts in x and y of point X"), 0u);
+    EXPECT_TRUE(refused.bad_input);
+}
+
+// Whatever comes back, the points that are stable in the end are those that pass together, as a comparison of them
+// alone says; and all that stayed out would fail with them.
+TEST(Compare, TriesPointsAgainWithTheOthers)
+{
+    int again = 0;
+    for (unsigned seed = 1; seed <= 12; seed++) {
+        std::vector<Place> places = truth;
+        for (const size_t p : {3, 4, 5}) places[p].x += 0.0015, places[p].y -= 0.001;
+        const std::vector<std::string> texts = {epoch(2 * seed, truth), epoch(2 * seed + 1, places)};
+        const Comparison c = compared(texts);
+        ASSERT_TRUE(c.made()) << words(c);
+        again += (int)c.taken_again.size();
+        if (!c.stable_found || c.departures.empty()) continue;
+        CompareOptions options;
+        for (const PointComparison &p : c.points)
+            if (p.stable) options.epochs.points.push_back(p.name);
+        EXPECT_EQ(options.epochs.points.size(), c.points.size() - c.departures.size() + c.taken_again.size());
+        const Comparison alone = compared(texts, options);
+        EXPECT_TRUE(c.stable.passed());
+        EXPECT_NEAR(alone.congruence.value, c.stable.value, 1e-3 * c.stable.value + 1e-6) << seed;
+        EXPECT_EQ(alone.congruence.h, c.stable.h);
+    }
+    RecordProperty("taken_again", again);
+}
