@@ -97,6 +97,7 @@ function showOutputs(outputs) {
 
 function ended(status, outputs) {
   stop();
+  if (status === 0) byId("messages").hidden = true; // what they say stands in the report
   say(`${byId("network").value}: ${OUTCOMES[status] || `status ${status}`}`, status !== 0);
   showOutputs(outputs);
 }

@@ -1,13 +1,13 @@
 #include "host/results/side_tables.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 
 #include "adjust/weighted.h"
 #include "host/input/names.h"
 #include "host/input/observation_rows.h"
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -25,7 +25,7 @@ std::string quoted(const std::string &word)
 std::string digits(double x)
 {
     char text[40];
-    return std::string(text, std::to_chars(text, text + sizeof text, x, std::chars_format::general, 15).ptr);
+    return std::string(text, to_chars(text, text + sizeof text, x, std::chars_format::general, 15).ptr);
 }
 
 // Cells of a row of a table in a file of its own.

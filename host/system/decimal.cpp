@@ -108,8 +108,11 @@ std::to_chars_result c_to_chars(char *first, char *last, double value, std::char
 
 std::to_chars_result c_to_chars(char *first, char *last, double value, std::chars_format format, int places)
 {
+    const char *pattern = format == std::chars_format::fixed        ? "%.*f"
+                          : format == std::chars_format::scientific ? "%.*e"
+                                                                    : "%.*g";
     char text[800];
-    const int size = snprintf(text, sizeof text, format == std::chars_format::fixed ? "%.*f" : "%.*e", places, value);
+    const int size = snprintf(text, sizeof text, pattern, places, value);
     return put(first, last, std::string(text, std::min((size_t)size, sizeof text - 1)));
 }
 

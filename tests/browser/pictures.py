@@ -21,10 +21,11 @@ def choose(browser, name):
 
 def main(program):
     with tempfile.TemporaryDirectory() as folder, Chromium(1200, 860) as browser:
-        def look(page, dark, width, height):
+        def look(page, dark, width, height, plot=360):
             browser.resize(width, height)
             browser.dark(dark)
             browser.open(page)
+            browser.run("document.querySelector('.canvas').style.height = '%dpx'" % plot)  # all of it in the picture
 
         def show(example, dark=False, width=1200, height=880, solver="sparse"):
             page = Path(folder) / f"{example}.html"
@@ -50,7 +51,7 @@ def main(program):
         page = Path(folder) / "epochs.html"
         epochs = [f"examples/dam_{month}.inp" for month in ("may_2026", "november_2026", "may_2027")]
         subprocess.run([program, "compare", *epochs, "--quiet", "--html", page, "-o", f"{page}.txt"], cwd=HOUSE, check=True)
-        look(page, False, 1200, 880)
+        look(page, False, 1200, 880, plot=470)
         browser.picture(FOLDER / "page_epochs.png")
 
         show("total_station_heights", height=900)

@@ -74,6 +74,14 @@ TEST(Decimal, WritesNumbersThatAreTooSmallForAllDigitsSoThatTheyReadBack)
     }
 }
 
+TEST(Decimal, RoundsToTheDigitsThatAreAskedFor)
+{
+    for (const double value : {0.1, 2.0 / 3.0, -123456.789, 1e-12, 6.5e20, 0.0})
+        for (const Format format : {Format::general, Format::fixed, Format::scientific})
+            for (const int digits : {1, 6, 15})
+                EXPECT_EQ(written(value, format, digits), standard(value, format, digits));
+}
+
 TEST(Decimal, SaysWhenThereIsNoRoom)
 {
     char text[4];
