@@ -66,8 +66,11 @@ void expect_quotients(const Model &m)
         Linear linear;
         linearize(m, o, false, &linear);
         ASSERT_TRUE(linear.usable);
+        double alone[3]; // without derivatives
+        EXPECT_TRUE(compute(m, o, alone));
         const int n = seen_unknowns(m, o, seen);
         for (int c = 0; c < components(o.kind, m.frame.space); c++) {
+            EXPECT_EQ(alone[c], linear.value[c]);
             for (int k = 0; k < n; k++) {
                 double sum = 0.0; // of the places of an unknown that two ends share
                 for (int l = 0; l < n; l++) sum += seen[l] == seen[k] ? linear.slope[c][l] : 0.0;
