@@ -244,11 +244,15 @@ Status Adjustment::find_precision()
     s.residuals = options.residuals;
     s.watch = options.watch;
     s.pairs = options.pairs;
+    s.weak_pairs = options.weak_pairs;
     s.joint = options.joint;
     s.together = options.together;
     if (options.forms) s.forms = options.forms(model);
     outcome.statistics = statistics(model, system, cofactors, s);
     suspect(cofactors);
+    if (!options.classes.empty() && options.residuals)
+        outcome.traces =
+            redundancy_traces(system, outcome.statistics, options.classes, options.class_count, options.watch);
     if (options.watch.stopped()) return Status::stopped;
     const double variance = std::fmin(1.0, outcome.variance_factor); // a gross error makes no geometry weak
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {

@@ -350,6 +350,54 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
     return c;
 }
 
+// The same of two points that a row sees, whose columns share it: without a solve.
+Covariance neighbour_cofactors(const System &s, const Cofactors &cofactors, const Statistics &result, int p, int q)
+{
+    int columns[6], axes_p[3], axes_q[3];
+    double all[36], cross[9];
+    const int np = point_columns(s, p, columns, axes_p), nq = point_columns(s, q, columns + np, axes_q), n = np + nq;
+    cofactors.block(n, columns, all);
+    for (int i = 0; i < np; i++)
+        for (int j = 0; j < nq; j++) cross[i * nq + j] = all[i * n + np + j];
+    Covariance c;
+    for (int k = 0; k < 6; k++) c[k] = result.points[p][k] + result.points[q][k];
+    add(np, axes_p, nq, axes_q, cross, -2.0, &c);
+    return c;
+}
+
+// Pairs of points that usable rows see, each once.
+std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations &e)
+{
+    std::vector<std::pair<int, int>> pairs;
+    pairs.reserve(e.rows());
+    for (int r = 0; r < e.rows(); r++) {
+        const Observation &o = model.observations[e.observation[r]];
+        if (!e.usable[r] || e.component[r] > 0 || o.kind == Kind::unknown) continue;
+        if (o.from >= 0 && o.to >= 0 && o.from != o.to) pairs.push_back(std::minmax(o.from, o.to));
+    }
+    std::sort(pairs.begin(), pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    return pairs;
+}
+
+// Cofactors need `points`; semi-axes with sigma.
+std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const Cofactors &cofactors,
+                                    const Statistics &result, int most)
+{
+    std::vector<WeakPair> weak;
+    const auto worse = [](const WeakPair &p, const WeakPair &q) { return p.a > q.a; };
+    for (const auto &pair : neighbours(model, s.equations)) {
+        const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
+        const bool heights = model.frame.space == Space::heights;
+        const Ellipse e = heights ? Ellipse{std::sqrt(std::fmax(0.0, c[5])), 0.0, 0.0} : ellipse(c[0], c[1], c[3]);
+        if ((int)weak.size() == most && !(e.a * result.sigma > weak.back().a)) continue;
+        const WeakPair found{pair.first, pair.second, e.a * result.sigma, e.b * result.sigma};
+        weak.insert(std::upper_bound(weak.begin(), weak.end(), found, worse), found);
+        if ((int)weak.size() > most) weak.pop_back();
+    }
+    return weak;
+}
+
 // Full covariance of some unknowns, 0 for held ones.
 std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns)
 {
@@ -418,6 +466,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
     for (const Form &form : options.forms)
         s.forms.push_back(s.sigma * std::sqrt(form_cofactor(model, cofactors, form)));
+    if (options.weak_pairs > 0) s.weak_pairs = weakest_pairs(model, system, cofactors, s, options.weak_pairs);
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);

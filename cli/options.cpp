@@ -65,7 +65,8 @@ const char export_footer[] = "Examples:\n"
                              "3 the system failed.";
 const char compare_footer[] = "Examples:\n"
                               "  vorn compare may.inp june.inp\n"
-                              "  vorn compare may.inp june.inp july.inp --json moved.json\n\n"
+                              "  vorn compare may.inp june.inp july.inp --json moved.json\n"
+                              "  vorn compare may.inp june.inp --html moved.html\n\n"
                               "Exit status: 0 compared, whether points moved or not, 1 an epoch cannot be adjusted,\n"
                               "2 bad input or usage, 3 the system failed, 130 interrupted.";
 
@@ -228,6 +229,17 @@ void add_adjust(CLI::App &app, Options &options)
                      "no redundancy numbers and tests of residuals (solver sparse)");
     adjust->add_flag("--snoop", options.snoop,
                      "leave out the worst observation and adjust again, until none is suspicious (solver sparse)");
+    adjust->add_option("--left-out", options.left_out, "what --snoop leaves out, as a table that network files read")
+        ->check(not_empty)
+        ->type_name("FILE");
+    adjust
+        ->add_option(
+            "--covariance", options.covariance,
+            "covariances of these points, names with commas between, in FILE, and their coordinates in a table "
+            "beside it, for another network file (solver sparse)")
+        ->expected(2)
+        ->check(not_empty)
+        ->type_name("NAMES FILE");
     add_word(adjust, "--robust", options.robust, estimators, "weights that fall with the residuals (solver sparse)");
     adjust
         ->add_option("--fail-on", options.fail_on,
@@ -277,6 +289,13 @@ void add_outputs(CLI::App *command, Options &options)
     command->add_flag("--quiet", options.console.quiet, "only errors on standard error");
 }
 
+void add_page(CLI::App *command, Options &options)
+{
+    command->add_option("--html", options.html, "page for a browser: shifts with their ellipses in a plot, tables")
+        ->check(not_empty)
+        ->type_name("FILE");
+}
+
 void add_level(CLI::App *command, double &level)
 {
     command->add_option("--level", level, "probability of a false alarm of each test, above 0 and below 1")
@@ -300,11 +319,21 @@ void add_compare(CLI::App &app, Options &options)
         ->type_name("NAME.inp...");
     vornhost::CompareOptions &c = options.compare;
     add_outputs(compare, options);
+    add_page(compare, options);
     add_level(compare, c.level);
     compare->add_flag("--apriori", c.apriori, "tests with the variance factor 1 instead of that of the epochs");
     compare->add_flag("--held", c.epochs.held, "coordinates that the files hold stay held; they are free without it");
     compare->add_option("--points", c.epochs.points, "compare these points alone, names with commas between them")
         ->delimiter(',')
+        ->type_name("NAMES");
+    compare
+        ->add_option_function<std::vector<std::string>>(
+            "--strain",
+            [&c](const std::vector<std::string> &groups) {
+                for (const std::string &group : groups) c.groups.push_back(CLI::detail::split(group, ','));
+            },
+            "extension, shear and turn of the group of these points, names with commas between; may be repeated")
+        ->allow_extra_args(false)
         ->type_name("NAMES");
     compare->add_option("--dates", c.epochs.dates, "dates of the epochs, instead of those in the files")
         ->delimiter(',')
@@ -318,6 +347,7 @@ void add_control(CLI::App &app, Options &options)
     CLI::App *control = app.add_subcommand("control", "test which control points do not fit a network");
     control->add_option("NAME.inp", options.networks, "the network file")->required()->expected(1)->type_name("FILE");
     add_outputs(control, options);
+    add_page(control, options);
     add_level(control, options.compare.level);
     control->add_flag("--apriori", options.compare.apriori, "variance factor 1 instead of that of the free network");
     control->footer("Example:\n"

@@ -5,19 +5,23 @@
 
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/epochs/epoch_networks.h"
 #include "host/epochs/fisher.h"
+#include "host/epochs/strain.h"
 #include "host/results/results.h"
 
 namespace vornhost {
 
 struct CompareOptions {
     EpochSettings epochs;
-    double level = usual_level; // of each test
-    bool apriori = false;       // the variance factor is 1 instead of that of the epochs
+    double level = usual_level;                   // of each test
+    bool apriori = false;                         // the variance factor is 1 instead of that of the epochs
+    std::vector<std::vector<std::string>> groups; // of points whose strain is wanted
 };
 
 // How far a point moved since the first epoch, against the points that stayed.
@@ -36,6 +40,7 @@ struct Velocity {
 
 struct PointComparison {
     std::string name;
+    std::optional<double> place[3]; // compared coordinates in the first epoch, metres
     bool stable = false;
     std::vector<Shift> shifts; // one for each epoch behind the first
     std::optional<Velocity> velocity;
@@ -45,6 +50,11 @@ struct PointComparison {
 struct Departure {
     std::string point;
     FisherTest before;
+};
+
+struct GroupStrain {
+    std::vector<std::string> points;
+    std::vector<Strain> epochs; // one for each behind the first
 };
 
 struct Comparison {
@@ -62,9 +72,12 @@ struct Comparison {
     int coordinates = 0, open = 0; // compared; motions that some epoch leaves open
     FisherTest congruence;         // of all points
     std::vector<Departure> departures;
-    FisherTest stable;        // of those that stayed
-    bool stable_found = true; // false: no group of points passed; shifts are then against all of them
+    std::vector<std::string> taken_again; // departures that fit the others after all: they count as stable
+    FisherTest stable;                    // of those that stayed
+    bool stable_found = true;             // false: no group of points passed; shifts are then against all of them
     std::vector<PointComparison> points;
+    std::set<std::pair<int, int>> sights; // pairs of points with an observation between them in some epoch
+    std::vector<GroupStrain> strains;
     std::vector<std::string> elsewhere, notes;
 
     bool made() const { return words.empty() && !stopped; }
