@@ -10,6 +10,7 @@
 
 #include "host/input/angle.h"
 #include "host/input/names.h"
+#include "host/own/round_cuts.h"
 #include "host/own/stands.h"
 
 namespace vornhost {
@@ -17,16 +18,6 @@ namespace vornhost {
 namespace {
 
 const double turn = 8.0 * std::atan(1.0);
-constexpr double most_sigmas = 20.0; // by which readings of one target differ under one zero
-
-struct Reading {
-    int record, set;
-    std::string target;
-    double angle, sigma;
-};
-
-using Readings = std::vector<Reading>;
-
 // Readings by sets; those of none are cut where a target comes again.
 std::vector<Readings> cut(const Readings &all)
 {
@@ -46,7 +37,7 @@ std::vector<Readings> cut(const Readings &all)
         }
         rounds[o.round].push_back(r);
     }
-    return rounds;
+    return open.size() == 1 && open.count(-1) > 0 ? cut_again(rounds) : rounds;
 }
 
 // The first reading of each target under one zero.
@@ -79,7 +70,7 @@ Comparison compare(const Readings &round, const Zero &zero)
         const auto found = zero.find(r.target);
         if (found == zero.end()) continue;
         const Reading &s = found->second;
-        all.push_back({std::remainder(r.angle - s.angle, turn), most_sigmas * (r.sigma + s.sigma)});
+        all.push_back({std::remainder(r.angle - s.angle, turn), reading_sigmas * (r.sigma + s.sigma)});
     }
     Comparison c;
     c.common = (int)all.size();
@@ -125,29 +116,46 @@ public:
 
     void divide(Rounds &rounds)
     {
-        for (const Readings &round : cut(readings)) {
-            const size_t zero = zero_of(round, rounds);
-            if (zero == zeros.size()) zeros.emplace_back();
-            for (const Reading &r : round) {
-                zeros[zero].emplace(r.target, r);
-                rounds.orientation[(size_t)r.record] = (int)zero;
-            }
-        }
+        std::vector<Readings> later; // that have no target in common with those before them
+        for (const Readings &round : cut(readings))
+            if (zeros.empty() || has_common(round))
+                number(round, rounds);
+            else
+                later.push_back(round);
+        for (const Readings &round : later) number(round, rounds);
         rounds.count[stand] = std::max(1, (int)zeros.size());
     }
 
 private:
+    bool has_common(const Readings &round) const
+    {
+        return std::any_of(zeros.begin(), zeros.end(), [&](const Zero &z) { return compare(round, z).common > 0; });
+    }
+
+    void number(const Readings &round, Rounds &rounds)
+    {
+        const size_t zero = zero_of(round, rounds);
+        if (zero == zeros.size()) zeros.emplace_back();
+        for (const Reading &r : round) {
+            zeros[zero].emplace(r.target, r);
+            rounds.orientation[(size_t)r.record] = (int)zero;
+        }
+    }
+
     // The zero that a round was read under; a new one only where two targets or more say so.
     size_t zero_of(const Readings &round, Rounds &rounds)
     {
-        bool apart = !zeros.empty();
+        bool apart = true, any = false;
         double offset = 0;
         for (size_t z = 0; z < zeros.size(); z++) {
             const Comparison c = compare(round, zeros[z]);
             if (c.common > 0 && c.same) return z;
-            if (z == 0) offset = c.offset;
-            apart &= c.constant;
+            if (c.constant && !any) offset = c.offset;
+            any |= c.constant;
+            apart &= c.constant || c.common < 2;
         }
+        apart &= any || zeros.empty();
+        if (zeros.empty()) return 0;
         if (apart) tell(round, offset, rounds);
         return apart ? zeros.size() : 0;
     }

@@ -1,6 +1,7 @@
 // Rounds of directions under different zeros at one stand.
 //
-// A round is a set of the file, or ends where a target comes again. Where the file says which rounds share a zero, they
+// A round is a set of the file, or ends where a target comes again, or before that where targets are missing
+// (round_cuts.h). Where the file says which rounds share a zero, they
 // do. Otherwise, where two or more targets of a round were read before, and their readings (at least two thirds of
 // them) differ by the same angle, the circle was turned in between: the round gets an orientation of its own.
 
