@@ -29,18 +29,25 @@ void Cofactors::block(int k, const int *columns, double *q) const
 }
 
 // Q = T Q- T^T with T = I - G C.
-void Cofactors::multiply(double *x) const
+void Cofactors::multiply(int m, double *x) const
 {
-    std::vector<double> y(system.n());
-    for (int j = 0; j < system.n(); j++) y[j] = x[system.columns.unknown[j]];
-    transform_back(datum, y.data());
-    for (int h : system.held) y[h] = 0.0;
-    solve(system.symbolic, system.factor, y.data());
-    for (int h : system.held) y[h] = 0.0;
-    const std::vector<double> start(system.n(), 0.0);
-    transform(datum, start.data(), y.data());
-    std::fill(x, x + system.columns.of.size(), 0.0);
-    for (int j = 0; j < system.n(); j++) x[system.columns.unknown[j]] = y[j];
+    const std::size_t n = system.n(), all = system.columns.of.size();
+    std::vector<double> y(m * n);
+    for (int v = 0; v < m; v++) {
+        double *yv = &y[v * n];
+        for (std::size_t j = 0; j < n; j++) yv[j] = x[v * all + system.columns.unknown[j]];
+        transform_back(datum, yv);
+        for (int h : system.held) yv[h] = 0.0;
+    }
+    solve(system.symbolic, system.factor, m, y.data());
+    const std::vector<double> start(n, 0.0);
+    std::fill(x, x + m * all, 0.0);
+    for (int v = 0; v < m; v++) {
+        double *yv = &y[v * n];
+        for (int h : system.held) yv[h] = 0.0;
+        transform(datum, start.data(), yv);
+        for (std::size_t j = 0; j < n; j++) x[v * all + system.columns.unknown[j]] = yv[j];
+    }
 }
 
 void Cofactors::solved(int k, const int *columns, int m, const int *others, double *q) const

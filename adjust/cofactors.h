@@ -31,7 +31,10 @@ public:
 
     // Multiplies a vector by the cofactors.
     //   x  in/out  [unknowns of the model]; entries of unknowns that are not estimated do not count, and become 0
-    void multiply(double *x) const;
+    void multiply(double *x) const { multiply(1, x); }
+
+    // The same of m vectors, one behind the other.
+    void multiply(int m, double *x) const;
 
 private:
     const System &system;

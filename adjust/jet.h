@@ -28,6 +28,19 @@ template <int N> struct Jet {
     }
 };
 
+// A number alone, for formulas whose derivatives are not wanted.
+template <> struct Jet<0> {
+    double v = 0.0;
+
+    Jet() = default;
+    Jet(double value) : v(value) {}
+
+    static Jet variable(double value, int) { return value; }
+};
+
+inline Jet<0> chain(double v, double, const Jet<0> &) { return v; }
+inline Jet<0> chain(double v, double, const Jet<0> &, double, const Jet<0> &) { return v; }
+
 // value v, derivatives a x'
 template <int N> Jet<N> chain(double v, double a, const Jet<N> &x)
 {

@@ -48,10 +48,10 @@ std::size_t Layout::bytes() const { return numbers() * sizeof(double) + places()
 
 void Layout::take()
 {
-    space.resize(numbers());
+    space.reset(new double[numbers()]); // not cleared: what is read was written
     indexes.resize(places());
-    const std::size_t line = LINE * sizeof(double), at = (std::size_t)(std::uintptr_t)space.data() % line;
-    double *next = space.data() + (line - at) % line / sizeof(double);
+    const std::size_t line = LINE * sizeof(double), at = (std::size_t)(std::uintptr_t)space.get() % line;
+    double *next = space.get() + (line - at) % line / sizeof(double);
     int *index = indexes.data();
     const auto deal = [&](std::size_t size) {
         double *part = next;

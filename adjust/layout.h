@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "adjust/schedule.h"
@@ -43,7 +44,7 @@ private:
 
     std::vector<DeskSize> sizes;
     std::size_t held_size;
-    std::vector<double> space;
+    std::unique_ptr<double[]> space;
     std::vector<int> indexes;
 };
 

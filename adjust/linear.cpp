@@ -122,7 +122,8 @@ template <int N> void parameters(const Model &model, int unknown, int n, int fir
 template <int N> void take(const Jet<N> &x, int component, ByPosition *out)
 {
     out->value[component] = x.v;
-    for (int k = 0; k < N; k++) out->slope[component][k] = x.d[k];
+    if constexpr (N > 0)
+        for (int k = 0; k < N; k++) out->slope[component][k] = x.d[k];
 }
 
 // What every kind is evaluated with.
@@ -147,10 +148,11 @@ template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3
     }
 }
 
-void distance_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void distance_by_position(const Sight &s, ByPosition *out)
 {
-    using J = Jet<8>;
-    const Vec3<J> p = variables<8>(s.end[0], 0), q = variables<8>(s.end[1], 3);
+    constexpr int n = slopes ? 8 : 0;
+    using J = Jet<n>;
+    const Vec3<J> p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
     J constants[2] = {J(0.0), J(1.0)};
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first, 2, 6, constants);
     const J l = length_of_kind(s, p, q);
@@ -158,12 +160,13 @@ void distance_by_position(const Sight &s, ByPosition *out)
     take(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
 }
 
-void height_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void height_by_position(const Sight &s, ByPosition *out)
 {
+    constexpr int n = slopes ? 6 : 0;
     // On the ellipsoid the ends are coordinates, and heights among them.
     const Frame frame = s.frame.ellipsoidal() ? s.frame.flat() : s.frame;
     out->usable = true;
-    take(height_difference(frame, variables<6>(s.end[0], 0), variables<6>(s.end[1], 3), s.heights), 0, out);
+    take(height_difference(frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights), 0, out);
 }
 
 // Axes of the set-up of an observation, variables `first` on; upright without one.
@@ -177,44 +180,49 @@ template <int N> Axes<Jet<N>> axes_of(const Sight &s, int first)
     return {{a[0], a[1], a[2]}, setup.levelled, !upright(setup.first) || !upright(setup.first + 1)};
 }
 
-void direction_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void direction_by_position(const Sight &s, ByPosition *out)
 {
+    constexpr int n = slopes ? 9 : 0;
     const auto e =
-        instrument_sight(s.frame, variables<9>(s.end[0], 0), variables<9>(s.end[1], 3), s.heights, axes_of<9>(s, 6));
+        instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
     out->usable = has_direction(e);
     take(direction(e), 0, out);
 }
 
-void angle_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void angle_by_position(const Sight &s, ByPosition *out)
 {
-    const auto p = variables<12>(s.end[0], 0);
-    const auto axes = axes_of<12>(s, 9);
-    const auto left = instrument_sight(s.frame, p, variables<12>(s.end[1], 3), s.heights, axes);
-    const auto right = instrument_sight(s.frame, p, variables<12>(s.end[2], 6), s.heights, axes);
+    constexpr int n = slopes ? 12 : 0;
+    const auto p = variables<n>(s.end[0], 0);
+    const auto axes = axes_of<n>(s, 9);
+    const auto left = instrument_sight(s.frame, p, variables<n>(s.end[1], 3), s.heights, axes);
+    const auto right = instrument_sight(s.frame, p, variables<n>(s.end[2], 6), s.heights, axes);
     out->usable = has_direction(left) && has_direction(right);
     take(horizontal_angle(left, right), 0, out);
 }
 
-void vertical_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void vertical_by_position(const Sight &s, ByPosition *out)
 {
+    constexpr int n = slopes ? 10 : 0;
     const auto e =
-        instrument_sight(s.frame, variables<10>(s.end[0], 0), variables<10>(s.end[1], 3), s.heights, axes_of<10>(s, 6));
-    Jet<10> refraction;
+        instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
+    Jet<n> refraction(s.o.refraction);
     if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
     out->usable = has_direction(e);
     take(vertical_angle(s.frame, e, refraction), 0, out);
 }
 
-void azimuth_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void azimuth_by_position(const Sight &s, ByPosition *out)
 {
-    const auto p = variables<6>(s.end[0], 0), q = variables<6>(s.end[1], 3);
+    constexpr int n = slopes ? 6 : 0;
+    const auto p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
     out->usable = has_direction(levelled(s.frame, p, sight(s.frame, p, q, s.heights)));
     take(azimuth(s.frame, p, q, s.heights), 0, out);
 }
 
-void bearing_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void bearing_by_position(const Sight &s, ByPosition *out)
 {
-    const auto p = variables<6>(s.end[0], 0), q = variables<6>(s.end[1], 3);
+    constexpr int n = slopes ? 6 : 0;
+    const auto p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
     out->usable = has_direction(q - p);
     take(bearing(p, q), 0, out);
 }
@@ -229,9 +237,10 @@ template <class T> Vec3<T> geocentric_axes(const Site &site, const Vec3<T> &d)
             x.z * d.x + y.z * d.y + h.up.z * d.z};
 }
 
-void baseline_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void baseline_by_position(const Sight &s, ByPosition *out)
 {
-    auto d = variables<6>(s.end[1], 3) - variables<6>(s.end[0], 0);
+    constexpr int n = slopes ? 6 : 0;
+    auto d = variables<n>(s.end[1], 3) - variables<n>(s.end[0], 0);
     out->usable = true;
     if (s.frame.space == Space::ellipsoid && s.frame.parallel)
         d = geocentric_axes(s.model.sites[(std::size_t)s.o.from], d);
@@ -241,9 +250,9 @@ void baseline_by_position(const Sight &s, ByPosition *out)
     take(d.z, 2, out);
 }
 
-void image_by_position(const Sight &s, ByPosition *out)
+template <bool slopes> void image_by_position(const Sight &s, ByPosition *out)
 {
-    constexpr int n = 19;
+    constexpr int n = slopes ? 19 : 0;
     const Camera &camera = s.model.cameras[s.o.camera];
     const auto e =
         instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights, axes_of<n>(s, 6));
@@ -256,7 +265,8 @@ void image_by_position(const Sight &s, ByPosition *out)
     take(uv.v, 1, out);
 }
 
-void by_position(const Model &model, const Frame &frame, const Observation &o, ByPosition *out)
+// Without `slopes` the values alone.
+template <bool slopes> void by_position(const Model &model, const Frame &frame, const Observation &o, ByPosition *out)
 {
     Sight s{model, frame, o, {}, {o.h1, o.h2}};
     const Ends ends = ends_of(o);
@@ -268,15 +278,15 @@ void by_position(const Model &model, const Frame &frame, const Observation &o, B
     case Kind::plane_distance:
     case Kind::level_distance:
     case Kind::horizontal_distance:
-    case Kind::scale_bar: return distance_by_position(s, out);
-    case Kind::height_difference: return height_by_position(s, out);
-    case Kind::direction: return direction_by_position(s, out);
-    case Kind::angle: return angle_by_position(s, out);
-    case Kind::vertical_angle: return vertical_by_position(s, out);
-    case Kind::azimuth: return azimuth_by_position(s, out);
-    case Kind::bearing: return bearing_by_position(s, out);
-    case Kind::baseline: return baseline_by_position(s, out);
-    case Kind::image: return image_by_position(s, out);
+    case Kind::scale_bar: return distance_by_position<slopes>(s, out);
+    case Kind::height_difference: return height_by_position<slopes>(s, out);
+    case Kind::direction: return direction_by_position<slopes>(s, out);
+    case Kind::angle: return angle_by_position<slopes>(s, out);
+    case Kind::vertical_angle: return vertical_by_position<slopes>(s, out);
+    case Kind::azimuth: return azimuth_by_position<slopes>(s, out);
+    case Kind::bearing: return bearing_by_position<slopes>(s, out);
+    case Kind::baseline: return baseline_by_position<slopes>(s, out);
+    case Kind::image: return image_by_position<slopes>(s, out);
     case Kind::difference:
         out->usable = true;
         out->value[0] = model.value[3 * (std::size_t)o.to + o.axis] - model.value[3 * (std::size_t)o.from + o.axis];
@@ -354,18 +364,33 @@ int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_un
     return n + parameters_of(model, o, unknowns + n);
 }
 
-void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
+// The frame as an observation sees it.
+static Frame frame_of(const Model &model, const Observation &o)
 {
     Frame frame = model.frame;
     if (frame.space == Space::ellipsoid && o.from >= 0)
         frame.azimuth_rotation = model.sites[(std::size_t)o.from].convergence;
-    const Frame seen = invariant ? frame.flat() : frame;
+    return frame;
+}
+
+void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
+{
+    const Frame frame = frame_of(model, o), seen = invariant ? frame.flat() : frame;
     ByPosition by{};
-    by_position(model, seen, o, &by);
+    by_position<true>(model, seen, o, &by);
     by_unknowns(model, seen, o, by, linear);
     linear->usable = by.usable;
-    if (seen.curved() != frame.curved()) by_position(model, frame, o, &by);
+    if (seen.curved() != frame.curved()) by_position<false>(model, frame, o, &by);
     for (int c = 0; c < components(o.kind, frame.space); c++) linear->value[c] = by.value[c];
+}
+
+bool compute(const Model &model, const Observation &o, double value[3])
+{
+    const Frame frame = frame_of(model, o);
+    ByPosition by;
+    by_position<false>(model, frame, o, &by);
+    for (int c = 0; c < components(o.kind, frame.space); c++) value[c] = by.value[c];
+    return by.usable;
 }
 
 } // namespace vornadjust

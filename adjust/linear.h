@@ -24,6 +24,9 @@ struct Linear {
 // In the model's frame, or with the derivatives of flat() when `invariant`; the values are always those of the frame.
 void linearize(const Model &model, const Observation &observation, bool invariant, Linear *linear);
 
+// The computed values alone, [components]. Returns whether the geometry has a derivative here.
+bool compute(const Model &model, const Observation &observation, double value[3]);
+
 } // namespace vornadjust
 
 #endif

@@ -88,12 +88,13 @@ struct Observation {
     int motion_from = -1, motion_to = -1, motion_third = -1; // motions of the ends at the observation's epoch
     int unknown = -1;                                        // kind unknown only: which
     double value[3] = {};                                    // metres, radians, pixels
-    double sigma[3] = {}; // standard deviations of the components, > 0; not read of members of a group
-    double h1 = 0.0;      // metres, height of the instrument above from
-    double h2 = 0.0;      // metres, height of the target above to (and above third)
-    int group = -1;       // correlated group
-    int place = 0;        // row of the first component in the group's covariance; the others follow
-    double factor = 1.0;  // a-priori factor of the kind: weight = (factor / sigma)^2
+    double sigma[3] = {};    // standard deviations of the components, > 0; not read of members of a group
+    double h1 = 0.0;         // metres, height of the instrument above from
+    double h2 = 0.0;         // metres, height of the target above to (and above third)
+    double refraction = 0.0; // vertical_angle without constants only: the coefficient of this sight
+    int group = -1;          // correlated group
+    int place = 0;           // row of the first component in the group's covariance; the others follow
+    double factor = 1.0;     // a-priori factor of the kind: weight = (factor / sigma)^2
 };
 
 // Components whose errors are correlated: a baseline alone (size 3), baselines of a session, imported coordinates.

@@ -70,13 +70,14 @@ void solve(const Symbolic &symbolic, const Factor &factor, double *b) { solve(sy
 
 void solve(const Symbolic &symbolic, const Factor &factor, int m, double *b)
 {
-    const int BATCH = 8;
+    const int BATCH = 8, PAIR = 2;
     const std::size_t n = (std::size_t)symbolic.n, wide = (std::size_t)std::min(m, BATCH);
     int most = 0;
     for (int s = 0; s < symbolic.nsuper; s++) most = std::max(most, symbolic.below(s));
     std::vector<double> x(n * wide), below((std::size_t)most * wide);
     int done = 0;
     for (; m - done >= BATCH; done += BATCH) solve_batch<BATCH>(symbolic, factor, b + done * n, x.data(), below.data());
+    for (; m - done >= PAIR; done += PAIR) solve_batch<PAIR>(symbolic, factor, b + done * n, x.data(), below.data());
     for (; done < m; done++) solve_batch<1>(symbolic, factor, b + done * n, x.data(), below.data());
 }
 

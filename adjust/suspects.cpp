@@ -20,9 +20,9 @@ public:
 
 private:
     std::vector<int> usable_members(int group) const;
-    std::vector<double> weighted_row(int row) const;
-    void find_shift(const std::vector<double> &x, Suspect *suspect) const;
-    void take_out(const std::vector<double> &x, std::size_t k, std::size_t n);
+    void add_weighted_row(int row, double *x) const;
+    void find_shift(const double *x, Suspect *suspect) const;
+    void take_out(const std::vector<double> &x, std::size_t first, std::size_t m, std::size_t n);
     void weigh(std::size_t n);
 
     const Model &model;
@@ -58,8 +58,8 @@ std::vector<int> Search::usable_members(int group) const
     return rows;
 }
 
-// A^T P e over all unknowns.
-std::vector<double> Search::weighted_row(int row) const
+// A^T P e to a vector over all unknowns.
+void Search::add_weighted_row(int row, double *x) const
 {
     const Equations &e = system.equations;
     std::vector<int> rows = {row};
@@ -74,31 +74,32 @@ std::vector<double> Search::weighted_row(int row) const
         forward_substitute(n, l.data(), 1, pe.data());
         back_substitute(n, l.data(), 1, pe.data());
     }
-    std::vector<double> x(model.n_unknowns(), 0.0);
     for (std::size_t i = 0; i < rows.size(); i++)
         for (std::size_t k = e.begin[rows[i]]; k < e.begin[rows[i] + 1]; k++)
             x[e.column[k]] += pe[i] * e.coefficient[k];
-    return x;
 }
 
-void Search::find_shift(const std::vector<double> &x, Suspect *suspect) const
+void Search::find_shift(const double *x, Suspect *suspect) const
 {
     for (int p = 0; p < model.n_points; p++) {
-        const double *d = &x[3 * (std::size_t)p];
+        const double *d = x + 3 * (std::size_t)p;
         const double shift = std::fabs(suspect->error) * std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
         if (shift > suspect->shift) suspect->shift = shift, suspect->point = p;
     }
 }
 
-// Column k of e - A x.
-void Search::take_out(const std::vector<double> &x, std::size_t k, std::size_t n)
+// Columns first to first + m - 1 of e - A x, of m vectors x.
+void Search::take_out(const std::vector<double> &x, std::size_t first, std::size_t m, std::size_t n)
 {
     const Equations &e = system.equations;
-    for (int r = 0; r < e.rows(); r++) {
-        double sum = 0.0;
-        for (std::size_t at = e.begin[r]; at < e.begin[r + 1]; at++) sum += e.coefficient[at] * x[e.column[at]];
-        left[(std::size_t)r * n + k] -= sum;
-    }
+    const std::size_t size = model.n_unknowns();
+    for (int r = 0; r < e.rows(); r++)
+        for (std::size_t i = 0; i < m; i++) {
+            const double *xi = &x[i * size];
+            double sum = 0.0;
+            for (std::size_t at = e.begin[r]; at < e.begin[r + 1]; at++) sum += e.coefficient[at] * xi[e.column[at]];
+            left[(std::size_t)r * n + first + i] -= sum;
+        }
 }
 
 // Multiplies all columns by P.
@@ -126,14 +127,19 @@ void Search::weigh(std::size_t n)
 void Search::find_effects(std::vector<Suspect> *suspects, const Watch &watch)
 {
     const std::size_t n = suspects->size();
+    const std::size_t at_once = 8; // that solve() takes side by side
     left.assign(system.equations.rows() * n, 0.0);
-    for (std::size_t k = 0; k < n && !watch.stopped(); k++) {
-        Suspect &s = (*suspects)[k];
-        std::vector<double> x = weighted_row(s.row);
-        cofactors.multiply(x.data());
-        find_shift(x, &s);
-        left[s.row * n + k] = 1.0;
-        take_out(x, k, n);
+    for (std::size_t first = 0; first < n && !watch.stopped(); first += at_once) {
+        const std::size_t m = std::min(n - first, at_once), size = model.n_unknowns();
+        std::vector<double> x(m * size, 0.0);
+        for (std::size_t i = 0; i < m; i++) add_weighted_row((*suspects)[first + i].row, &x[i * size]);
+        cofactors.multiply((int)m, x.data());
+        for (std::size_t i = 0; i < m; i++) {
+            Suspect &s = (*suspects)[first + i];
+            find_shift(&x[i * size], &s);
+            left[s.row * n + first + i] = 1.0;
+        }
+        take_out(x, first, m, n);
     }
     weigh(n);
 }

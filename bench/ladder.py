@@ -26,7 +26,7 @@ import sys
 import tempfile
 
 GON = math.pi / 200.0
-STEPS = ["reading", "first coordinates", "equations", "datum", "order", "factor", "inverse", "statistics", "writing"]
+STEPS = ["reading", "first coordinates", "closures", "equations", "datum", "order", "factor", "inverse", "statistics", "writing"]
 
 
 def grid(count, rng):

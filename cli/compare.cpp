@@ -57,7 +57,9 @@ int compare_epochs(const Options &options)
         close_run(refused);
         if (c.bad_input) return STATUS_USAGE;
     }
-    write_texts(options, c.made() ? compare_report(c, utc_now()) : std::string(), compare_json(c, VORN_VERSION));
+    const std::string date = utc_now();
+    if (!options.html.empty() && c.made()) write_file(options.html, compare_html(c, VORN_VERSION, date));
+    write_texts(options, c.made() ? compare_report(c, date) : std::string(), compare_json(c, VORN_VERSION));
     console.finish();
     return c.made() ? STATUS_ADJUSTED : STATUS_REFUSED;
 }

@@ -10,6 +10,9 @@
 
 #include "commands.h"
 #include "host/formats/export.h"
+#include "host/formats/import.h"
+#include "host/formats/network_json.h"
+#include "host/input/text_file.h"
 #include "host/results/output_file.h"
 #include "host/run/network_run.h"
 #include "host/run/silence.h"
@@ -62,6 +65,19 @@ int adjusted_text(const Options &options, Model &model, std::string &text, std::
     return faults.empty() ? STATUS_ADJUSTED : STATUS_USAGE;
 }
 
+// The file itself as JSON, or the network file that is made of a foreign one.
+std::string network_as_json(const Options &options, std::vector<std::string> &notes, Faults &faults)
+{
+    const std::string &path = options.network;
+    if (options.foreign.format || recognise_file(path)) {
+        MadeText made;
+        const bool good = import_text(path, options.foreign, made, notes, faults);
+        return good ? write_network_json(path, made.text, faults) : std::string();
+    }
+    TextFile file;
+    return file.read(path, Source(), faults) ? write_network_json(path, file.text(), faults) : std::string();
+}
+
 } // namespace
 
 int export_to(const Options &options)
@@ -75,7 +91,9 @@ int export_to(const Options &options)
     std::vector<std::string> notes;
     std::string text;
     int status = STATUS_ADJUSTED;
-    if (holds_results(*options.target))
+    if (*options.target == Target::json)
+        text = network_as_json(options, notes, faults);
+    else if (holds_results(*options.target))
         status = adjusted_text(options, model, text, notes, faults);
     else
         text = export_network(model, *options.target, notes, faults);

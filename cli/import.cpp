@@ -7,7 +7,6 @@
 
 #include "commands.h"
 #include "host/formats/import.h"
-#include "host/formats/network_writer.h"
 #include "host/results/output_file.h"
 
 using namespace vornhost;
@@ -27,18 +26,18 @@ int import_network(const Options &options)
     const std::string target = target_of(options);
     const bool shown = target == "-";
     if (!shown && !may_write(options, target)) return STATUS_USAGE;
-    Draft draft;
+    MadeText network;
+    std::vector<std::string> notes;
     Faults faults;
-    if (!import_file(options.network, options.foreign, draft, faults)) {
+    if (!import_text(options.network, options.foreign, network, notes, faults)) {
         show_lines(faults.lines());
         return STATUS_USAGE;
     }
-    const WrittenNetwork network = write_network(draft);
     if (shown)
         fwrite(network.text.data(), 1, network.text.size(), stdout);
     else
         write_file(target, network.text);
-    if (!options.console.quiet) show_lines(note_lines(draft));
+    if (!options.console.quiet) show_lines(notes);
     flush_standard_output();
     return STATUS_ADJUSTED;
 }

@@ -156,7 +156,7 @@ bool read_input(const Options &options, Model &model, Faults &faults)
 
 bool overwrites_input(const Options &options, const std::vector<Model> &networks)
 {
-    for (const std::string &output : {options.report, options.json})
+    for (const std::string &output : {options.report, options.json, options.html})
         for (const Model &model : networks)
             for (const std::string &input : model.files) {
                 std::error_code error;

@@ -65,7 +65,8 @@ const char export_footer[] = "Examples:\n"
                              "3 the system failed.";
 const char compare_footer[] = "Examples:\n"
                               "  vorn compare may.inp june.inp\n"
-                              "  vorn compare may.inp june.inp july.inp --json moved.json\n\n"
+                              "  vorn compare may.inp june.inp july.inp --json moved.json\n"
+                              "  vorn compare may.inp june.inp --html moved.html\n\n"
                               "Exit status: 0 compared, whether points moved or not, 1 an epoch cannot be adjusted,\n"
                               "2 bad input or usage, 3 the system failed, 130 interrupted.";
 
@@ -288,6 +289,13 @@ void add_outputs(CLI::App *command, Options &options)
     command->add_flag("--quiet", options.console.quiet, "only errors on standard error");
 }
 
+void add_page(CLI::App *command, Options &options)
+{
+    command->add_option("--html", options.html, "page for a browser: shifts with their ellipses in a plot, tables")
+        ->check(not_empty)
+        ->type_name("FILE");
+}
+
 void add_level(CLI::App *command, double &level)
 {
     command->add_option("--level", level, "probability of a false alarm of each test, above 0 and below 1")
@@ -311,6 +319,7 @@ void add_compare(CLI::App &app, Options &options)
         ->type_name("NAME.inp...");
     vornhost::CompareOptions &c = options.compare;
     add_outputs(compare, options);
+    add_page(compare, options);
     add_level(compare, c.level);
     compare->add_flag("--apriori", c.apriori, "tests with the variance factor 1 instead of that of the epochs");
     compare->add_flag("--held", c.epochs.held, "coordinates that the files hold stay held; they are free without it");
@@ -338,6 +347,7 @@ void add_control(CLI::App &app, Options &options)
     CLI::App *control = app.add_subcommand("control", "test which control points do not fit a network");
     control->add_option("NAME.inp", options.networks, "the network file")->required()->expected(1)->type_name("FILE");
     add_outputs(control, options);
+    add_page(control, options);
     add_level(control, options.compare.level);
     control->add_flag("--apriori", options.compare.apriori, "variance factor 1 instead of that of the free network");
     control->footer("Example:\n"

@@ -2,7 +2,7 @@
 #   cmake -DFOLDER=host/results/page -DOUTPUT=page_text.cpp -P page.cmake
 # Modules stand in the order of use; each declares functions and classes only, but for the last.
 cmake_minimum_required(VERSION 3.25)
-set(MODULES dom format data colours layout scene paint plot drawing table lists distribution details search page)
+set(MODULES dom format data colours layout scene paint plot drawing table lists epochs distribution details search page)
 
 file(READ ${FOLDER}/page.html page)
 file(READ ${FOLDER}/style.css style)

@@ -10,10 +10,4 @@ add_link_options(-static -static-libgcc -static-libstdc++)
 set_source_files_properties(src/numerics/tiles.cpp PROPERTIES
   COMPILE_OPTIONS -Wa,-muse-unaligned-vector-move COMPILE_DEFINITIONS VORN_UNALIGNED_MOVES)
 
-# Libraries of headers alone are those of this machine; its other headers are not for Windows.
-set(header_libraries ${PROJECT_BINARY_DIR}/headers)
-file(MAKE_DIRECTORY ${header_libraries})
-foreach(library toml++ nlohmann CLI boost)
-  file(CREATE_LINK /usr/include/${library} ${header_libraries}/${library} SYMBOLIC)
-endforeach()
-include_directories(SYSTEM ${header_libraries})
+include(cmake/header_libraries.cmake)

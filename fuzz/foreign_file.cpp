@@ -1,5 +1,5 @@
 // The bytes are a file of another program. What is imported is written as a network file, which must be read without a
-// fault.
+// fault; a network in JSON may have faults of its own.
 
 #include <stdlib.h>
 
@@ -19,6 +19,13 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     write_bytes("net.gkf", data, size);
     Draft draft;
     Faults faults;
+    if (recognise_file("net.gkf") == Format::json) {
+        Model model;
+        std::vector<std::string> notes;
+        read_any_network("net.gkf", model, notes, faults);
+        faults.lines();
+        return 0;
+    }
     if (!import_file("net.gkf", std::nullopt, draft, faults)) {
         faults.lines();
         return 0;

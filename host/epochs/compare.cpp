@@ -215,6 +215,7 @@ void Comparing::shifts()
     for (size_t p = 0; p < epochs.points.size(); p++) {
         PointComparison point;
         point.name = epochs.points[p].name;
+        for (const int axis : epochs.points[p].axes) point.place[axis] = epochs.points[p].first[(size_t)axis];
         point.stable = stayed[p] && out.stable_found;
         out.points.push_back(point);
     }
@@ -335,6 +336,7 @@ Comparison Comparing::run()
     out.epochs = epochs.epochs;
     out.notes = epochs.notes;
     out.elsewhere = epochs.elsewhere;
+    out.sights = epochs.sights;
     if (!out.made()) return std::move(out);
     out.coordinates = numbers.n(), out.open = numbers.motions.cols;
     find_variance();

@@ -5,7 +5,9 @@
 
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/epochs/epoch_networks.h"
@@ -38,6 +40,7 @@ struct Velocity {
 
 struct PointComparison {
     std::string name;
+    std::optional<double> place[3]; // compared coordinates in the first epoch, metres
     bool stable = false;
     std::vector<Shift> shifts; // one for each epoch behind the first
     std::optional<Velocity> velocity;
@@ -73,6 +76,7 @@ struct Comparison {
     FisherTest stable;                    // of those that stayed
     bool stable_found = true;             // false: no group of points passed; shifts are then against all of them
     std::vector<PointComparison> points;
+    std::set<std::pair<int, int>> sights; // pairs of points with an observation between them in some epoch
     std::vector<GroupStrain> strains;
     std::vector<std::string> elsewhere, notes;
 

@@ -35,14 +35,16 @@ std::string words_of(const FisherTest &t)
            freedom(t.f) + "), p " + probability(t.p);
 }
 
+std::string level_text(double level) { return decimal(100.0 * level, level < 0.001 ? 3 : level < 0.01 ? 2 : 1) + " %"; }
+
 class Report {
 public:
     Report(const Comparison &all, const std::string &day) : c(all), units(all.units), date(day) {}
 
     std::string text() const
     {
-        return head() + epochs() + congruence() + departures() + shifts() + velocities() + strains() + others() +
-               verdict();
+        return head() + epochs() + congruence() + departures() + shifts() + velocities() + strains() + others() + "\n" +
+               underlined("Verdict", '-') + compare_verdict(c) + "\n";
     }
 
 private:
@@ -57,8 +59,7 @@ private:
     std::string strains() const;
     std::string strain(const Strain &s) const;
     std::string others() const;
-    std::string verdict() const;
-    std::string level() const { return decimal(100.0 * c.level, c.level < 0.001 ? 3 : c.level < 0.01 ? 2 : 1) + " %"; }
+    std::string level() const { return level_text(c.level); }
     std::string small(const std::optional<double> &x) const { return x ? units.small_length(*x) : ""; }
 
     const Comparison &c;
@@ -274,15 +275,17 @@ std::string Report::others() const
     return text;
 }
 
-std::string Report::verdict() const
+} // namespace
+
+std::string compare_verdict(const Comparison &c)
 {
-    std::string text = "\n" + underlined("Verdict", '-');
+    const std::string level = " at a level of " + level_text(c.level);
     if (c.congruence.passed())
-        return text + "At a level of " + level() +
-               (c.control ? " all control points fit.\n" : " no point moved against the others.\n");
+        return "At a level of " + level_text(c.level) +
+               (c.control ? " all control points fit." : " no point moved against the others.");
     if (!c.stable_found)
-        return text + (c.control ? "The control points do not fit, and no group of them fits together.\n"
-                                 : "The points moved, and no group of them kept its shape.\n");
+        return c.control ? "The control points do not fit, and no group of them fits together."
+                         : "The points moved, and no group of them kept its shape.";
     std::string names;
     size_t count = 0;
     for (const Departure &d : c.departures) {
@@ -290,12 +293,9 @@ std::string Report::verdict() const
         names += (names.empty() ? "" : ", ") + d.point;
         count++;
     }
-    return text + std::to_string(count) + " of " + std::to_string(c.points.size()) +
-           (c.control ? " control points do not fit at a level of " : " points moved at a level of ") + level() + ": " +
-           names + "\n";
+    return std::to_string(count) + " of " + std::to_string(c.points.size()) +
+           (c.control ? " control points do not fit" : " points moved") + level + ": " + names;
 }
-
-} // namespace
 
 std::string compare_report(const Comparison &comparison, const std::string &date)
 {

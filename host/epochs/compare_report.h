@@ -11,8 +11,14 @@ namespace vornhost {
 
 std::string compare_report(const Comparison &comparison, const std::string &date);
 
+// The judgement as sentences.
+std::string compare_verdict(const Comparison &comparison);
+
 // The same for scripts; keys in docs/epochs.md.
 std::string compare_json(const Comparison &comparison, const std::string &version);
+
+// The same for people with a browser: a page with the epochs over one another.
+std::string compare_html(const Comparison &comparison, const std::string &version, const std::string &date);
 
 } // namespace vornhost
 

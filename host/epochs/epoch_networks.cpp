@@ -55,6 +55,7 @@ private:
     void begin_at_first(Model &m);
     bool adjust(size_t epoch);
     bool choose_axes();
+    void collect_sights(size_t epoch, const std::unordered_map<std::string, int> &compared);
     bool collect();
 
     std::vector<Model> &networks;
@@ -279,9 +280,27 @@ bool EpochRuns::choose_axes()
     return !out.points.empty() || refuse("no coordinate is unknown in all epochs", "free the points to compare");
 }
 
+// compared: points by name. An angle has two sights, from its station.
+void EpochRuns::collect_sights(size_t epoch, const std::unordered_map<std::string, int> &compared)
+{
+    std::vector<int> number(runs[epoch].numbers.points.size(), -1);
+    for (const auto &[name, place] : places[epoch]) {
+        const auto at = compared.find(name);
+        if (at != compared.end()) number[(size_t)place] = at->second;
+    }
+    for (const va::Observation &o : runs[epoch].numbers.model.observations)
+        for (const int end : {o.to, o.third}) {
+            const int a = o.from < 0 ? -1 : number[(size_t)o.from], b = end < 0 ? -1 : number[(size_t)end];
+            if (o.use && a >= 0 && b >= 0 && a != b) out.sights.insert(std::minmax(a, b));
+        }
+}
+
 bool EpochRuns::collect()
 {
     if (!choose_axes()) return false;
+    std::unordered_map<std::string, int> compared;
+    for (size_t p = 0; p < out.points.size(); p++) compared.emplace(out.points[p].name, (int)p);
+    for (size_t e = 0; e < runs.size(); e++) collect_sights(e, compared);
     const double *origin = runs[0].numbers.origin;
     for (OwnOutcome &run : runs) {
         out.numbers.values.push_back(compared_values(networks[(size_t)(&run - runs.data())], run, out.points, origin));

@@ -10,7 +10,9 @@
 
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adjust/congruence.h"
@@ -48,8 +50,9 @@ struct AdjustedEpochs {
     bool stopped = false;           // by the watch
     std::vector<EpochResult> epochs;
     std::vector<ComparedPoint> points;
-    std::vector<std::string> elsewhere; // names of points that not all epochs have
-    std::vector<std::string> notes;     // of the runs
+    std::vector<std::string> elsewhere;   // names of points that not all epochs have
+    std::vector<std::string> notes;       // of the runs
+    std::set<std::pair<int, int>> sights; // pairs of points with an observation between them in some epoch
     vornadjust::Epochs numbers;
 };
 

@@ -6,7 +6,6 @@
 #include "host/formats/gkf_writer.h"
 #include "host/formats/lines_writer.h"
 #include "host/formats/model_draft.h"
-#include "host/formats/network_json.h"
 #include "host/formats/network_writer.h"
 #include "host/formats/result_writers.h"
 #include "host/system/utc.h"
@@ -18,7 +17,7 @@ const std::vector<TargetWord> &export_targets()
     static const std::vector<TargetWord> targets = {{Target::gkf, "gkf", ".gkf", "network of GNU Gama"},
                                                     {Target::lines, "lines", ".dat", "coded lines of STAR*NET"},
                                                     {Target::dynaml, "dynaml", ".xml", "DynaML of DynAdjust"},
-                                                    {Target::json, "json", ".network.json", "the tables as JSON"},
+                                                    {Target::json, "json", ".network.json", "the network file as JSON"},
                                                     {Target::sinex, "sinex", ".snx", "results with covariance"},
                                                     {Target::landxml, "landxml", ".landxml.xml", "adjusted CgPoints"},
                                                     {Target::points, "points", ".points.csv", "adjusted points"}};
@@ -38,8 +37,7 @@ std::string export_network(const Model &network, Target target, std::vector<std:
     switch (target) {
     case Target::gkf: text = write_gkf(draft, faults); break;
     case Target::lines: text = write_lines(draft, faults); break;
-    case Target::dynaml: text = write_dynaml(draft, faults); break;
-    default: text = write_network_json(draft); break;
+    default: text = write_dynaml(draft, faults); break;
     }
     notes = note_lines(draft);
     return faults.empty() ? text : std::string();

@@ -13,6 +13,7 @@
 #include "host/formats/landxml.h"
 #include "host/formats/lines.h"
 #include "host/formats/m5.h"
+#include "host/formats/network_json.h"
 #include "host/formats/network_writer.h"
 #include "host/formats/number_text.h"
 #include "host/formats/sdr.h"
@@ -62,7 +63,7 @@ bool import_xml(Format format, const std::string &path, Draft &draft, Faults &fa
     return false;
 }
 
-bool import_text(Format format, const std::string &path, Draft &draft, Faults &faults)
+bool import_lines(Format format, const std::string &path, Draft &draft, Faults &faults)
 {
     TextFile file;
     if (!file.read(path, Source(), faults)) return false;
@@ -119,7 +120,7 @@ bool check_sizes(const Draft &draft, Faults &faults)
 bool import_network(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
 {
     const bool good = format == Format::dna                                ? import_dna_columns(path, draft, faults)
-                      : format == Format::sinex || format == Format::lines ? import_text(format, path, draft, faults)
+                      : format == Format::sinex || format == Format::lines ? import_lines(format, path, draft, faults)
                                                                            : import_xml(format, path, draft, faults);
     if (good) apply_usual_sigmas(options.sigma, draft, faults);
     return good && faults.empty();
@@ -157,6 +158,19 @@ bool import_file(const std::string &path, const ImportOptions &options, Draft &d
            add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
 }
 
+bool import_text(const std::string &path, const ImportOptions &options, MadeText &made, std::vector<std::string> &notes,
+                 Faults &faults)
+{
+    if (options.format.value_or(recognise_file(path).value_or(Format::gkf)) == Format::json)
+        return read_network_json(path, made, faults);
+    Draft draft;
+    if (!import_file(path, options, draft, faults)) return false;
+    WrittenNetwork network = write_network(draft);
+    notes = note_lines(draft);
+    made = {std::move(network.text), std::move(network.origins), {}};
+    return true;
+}
+
 bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,
                       const ImportOptions &options)
 {
@@ -166,11 +180,8 @@ bool read_any_network(const std::string &path, Model &model, std::vector<std::st
         return false;
     }
     if (!format) return read_network(path, model, faults);
-    Draft draft;
-    if (!import_file(path, options, draft, faults)) return false;
-    WrittenNetwork network = write_network(draft);
-    notes = note_lines(draft);
-    return read_network_text(path, {std::move(network.text), std::move(network.origins), {}}, model, faults);
+    MadeText made;
+    return import_text(path, options, made, notes, faults) && read_network_text(path, std::move(made), model, faults);
 }
 
 } // namespace vornhost

@@ -1,6 +1,7 @@
 #include "host/formats/model_draft.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "host/formats/number_text.h"
@@ -51,27 +52,17 @@ private:
             bool there;
             const char *what;
         } beyond[] = {
+            {network.crs.given(), "a reference system ([crs])"},
             {p.iearth != 0, "an earth model"},
             {p.iredux == 9 || (p.iredux == 2) || (p.iredux != 0 && p.dim == 2), "this reduction of distances"},
             {!network.images.records.empty(), "images"},
             {!network.lumpdefs.records.empty(), "lumps"},
             {network.centring.any(), "errors of centring"},
             {network.unknown_value.line > 0, "a plan with values that are not known"},
-            {p.confile[0] != '\0', "a connected net"},
-            {weighted_kinds(), "weights of kinds ([apriori])"}};
+            {p.confile[0] != '\0', "a connected net"}};
         for (const auto &[there, what] : beyond)
             if (there)
                 refuse(Source(), std::string(what) + " cannot be written in another format", "take it out of the file");
-    }
-
-    bool weighted_kinds() const
-    {
-        const project &p = network.p;
-        const Model::Apriori &a = network.apriori;
-        for (const double factor : {p.sdist, p.sdifh, p.sdir1, p.sdir2, p.saz, p.sgps, a.angle, a.horizontal_distance,
-                                    a.bearing, a.scale_bar, a.coordinate, a.coordinate_difference})
-            if (factor != 1.0) return true;
-        return false;
     }
 
     std::string name(int point) const { return std::string(network.keys.name(record_name(network, point))); }
@@ -117,31 +108,37 @@ private:
         draft.points.push_back(std::move(point));
     }
 
-    // Rows.
+    // Rows. A kind with a factor in [apriori] has weights as if its standard deviations were smaller by it.
 
     void add_all_rows()
     {
-        add_measures(DraftKind::distance, network.distances);
-        add_sights(DraftKind::horizontal_distance, network.horizontal_distances);
-        add_measures(DraftKind::height_difference, network.heightdiffs);
-        add_measures(DraftKind::direction, network.directions);
-        add_measures(DraftKind::vertical_angle, network.verticals);
-        add_measures(DraftKind::azimuth, network.azimuths);
-        add_sights(DraftKind::azimuth, network.bearings);
-        add_sights(DraftKind::angle, network.angles);
+        const project &p = network.p;
+        const Model::Apriori &own = network.apriori;
+        add_measures(DraftKind::distance, network.distances, p.sdist);
+        add_sights(DraftKind::horizontal_distance, network.horizontal_distances, own.horizontal_distance);
+        add_measures(DraftKind::height_difference, network.heightdiffs, p.sdifh);
+        add_measures(DraftKind::direction, network.directions, p.sdir1);
+        add_measures(DraftKind::vertical_angle, network.verticals, p.sdir2);
+        add_measures(DraftKind::azimuth, network.azimuths, p.saz);
+        add_sights(DraftKind::azimuth, network.bearings, own.bearing);
+        add_sights(DraftKind::angle, network.angles, own.angle);
         for (size_t i = 0; i < network.baselines.size(); i++) add_baseline(i);
-        add_vectors(DraftKind::coordinates, network.coordinates);
-        add_vectors(DraftKind::coordinate_difference, network.coordinate_differences);
-        add_sights(DraftKind::distance, network.scale_bars);
+        add_vectors(DraftKind::coordinates, network.coordinates, own.coordinate);
+        add_vectors(DraftKind::coordinate_difference, network.coordinate_differences, own.coordinate_difference);
+        add_sights(DraftKind::distance, network.scale_bars, own.scale_bar);
         for (const CovarianceRecord &record : network.covariances.records) add_covariance(record);
     }
 
-    template <class Record> DraftRow row_of(DraftKind kind, const List<Record> &list, size_t i)
+    template <class Record> DraftRow row_of(DraftKind kind, const List<Record> &list, size_t i, double factor)
     {
         DraftRow row;
         row.where = list.where[i];
         row.id = note_at(list.notes.id, i);
         const int group = note_at(list.notes.covariance, i);
+        if (group >= 0 && factor != 1.0)
+            refuse(row.where,
+                   "a covariance of observations that have a weight in [apriori] cannot be written in another format",
+                   "take the weight out of the file");
         if (group >= 0) {
             row.covariance = network.covariances.records[(size_t)group].name;
             row_places.push_back({group, note_at(list.notes.place, i), kind, draft.of(kind).size()});
@@ -151,17 +148,17 @@ private:
 
     double gon(double raw) const { return in_angle_unit(ANGLE_GON, network.p.iangle, raw); }
 
-    void add_measures(DraftKind kind, const List<measure_input> &list)
+    void add_measures(DraftKind kind, const List<measure_input> &list, double factor)
     {
         for (size_t i = 0; i < list.size(); i++) {
             const measure_input &m = list.records[i];
-            DraftRow row = row_of(kind, list, i);
+            DraftRow row = row_of(kind, list, i, factor);
             row.from = name(m.from);
             row.to = name(m.to);
             row.use = m.typ > 0;
             const bool angle = kind != DraftKind::distance && kind != DraftKind::height_difference;
             row.value[0] = angle ? gon(m.val) : m.val * metres;
-            if (m.sig > 0.0) row.sigma[0] = angle ? gon(m.sig) : m.sig * metres;
+            if (m.sig > 0.0) row.sigma[0] = (angle ? gon(m.sig) : m.sig * metres) / factor;
             if (kind == DraftKind::vertical_angle && network.p.izenith == 0)
                 row.value[0] = tidy(100.0 - *row.value[0], 100.0);
             if (kind == DraftKind::azimuth)
@@ -170,6 +167,9 @@ private:
                 row.value[0] = *row.value[0] + m.h1 - m.h2; // between the marks
             if (heights_count(kind)) set_heights(m, row);
             if (kind == DraftKind::direction) set_round(note_at(list.notes.setup, i), i, row);
+            if (!std::isnan(note_at(list.notes.refraction, i, unknown_note)))
+                refuse(row.where, "a refraction of its own cannot be written in another format",
+                       "take it out of the row");
             if (std::abs(m.typ) == KIND_DISTANCE_CONSTANTS)
                 refuse(row.where, "a distance with constants of its instrument cannot be written in another format",
                        "take the constants out of the row");
@@ -197,18 +197,18 @@ private:
         if (zero > 0) row.set = std::to_string(zero);
     }
 
-    void add_sights(DraftKind kind, const List<SightRow> &list)
+    void add_sights(DraftKind kind, const List<SightRow> &list, double factor)
     {
         const bool angle = kind == DraftKind::angle || kind == DraftKind::azimuth;
         for (size_t i = 0; i < list.size(); i++) {
             const SightRow &s = list.records[i];
-            DraftRow row = row_of(kind, list, i);
+            DraftRow row = row_of(kind, list, i, factor);
             if (kind == DraftKind::angle) row.at = name(s.from);
             row.from = name(kind == DraftKind::angle ? s.to : s.from);
             row.to = name(kind == DraftKind::angle ? s.third : s.to);
             row.use = s.use;
             row.value[0] = angle ? from_radians(ANGLE_GON, s.value) : s.value;
-            if (s.sigma > 0.0) row.sigma[0] = angle ? from_radians(ANGLE_GON, s.sigma) : s.sigma;
+            if (s.sigma > 0.0) row.sigma[0] = (angle ? from_radians(ANGLE_GON, s.sigma) : s.sigma) / factor;
             if (s.constants)
                 refuse(row.where, "a distance with constants of its instrument cannot be written in another format",
                        "take the constants out of the row");
@@ -219,7 +219,7 @@ private:
     void add_baseline(size_t i)
     {
         const gps_input &g = network.baselines.records[i];
-        DraftRow row = row_of(DraftKind::baseline, network.baselines, i);
+        DraftRow row = row_of(DraftKind::baseline, network.baselines, i, network.p.sgps);
         row.from = name(g.from);
         row.to = name(g.to);
         row.use = g.status > 0 && network.p.igps != 0;
@@ -227,22 +227,23 @@ private:
         for (size_t axis = 0; axis < 3; axis++) row.value[axis] = g.dx[axis];
         // The verticals of a network without an earth model are parallel to z.
         if (network.p.dim != 2 && (h1 != 0.0 || h2 != 0.0)) row.value[2] = *row.value[2] + h1 - h2;
-        for (size_t k = 0; k < 6 && row.covariance.empty(); k++) row.product[k] = g.cov[covariance_place[k]];
+        for (size_t k = 0; k < 6 && row.covariance.empty(); k++)
+            row.product[k] = g.cov[covariance_place[k]] / (network.p.sgps * network.p.sgps);
         draft.of(DraftKind::baseline).push_back(std::move(row));
     }
 
-    void add_vectors(DraftKind kind, const List<VectorRow> &list)
+    void add_vectors(DraftKind kind, const List<VectorRow> &list, double factor)
     {
         for (size_t i = 0; i < list.size(); i++) {
             const VectorRow &v = list.records[i];
-            DraftRow row = row_of(kind, list, i);
+            DraftRow row = row_of(kind, list, i, factor);
             row.from = name(v.from);
             if (v.to >= 0) row.to = name(v.to);
             row.use = v.use;
             for (size_t axis = 0; axis < 3; axis++) {
                 if (!v.given[axis]) continue;
                 row.value[axis] = v.value[axis];
-                if (v.sigma[axis] > 0.0) row.sigma[axis] = v.sigma[axis];
+                if (v.sigma[axis] > 0.0) row.sigma[axis] = v.sigma[axis] / factor;
             }
             draft.of(kind).push_back(std::move(row));
         }

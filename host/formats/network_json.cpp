@@ -1,130 +1,95 @@
 #include "host/formats/network_json.h"
 
+#include <algorithm>
+#include <array>
+
+#include "host/input/number.h"
+#include "host/input/row.h"
+#include "host/input/table.h"
+#include "host/input/toml_parser.h"
 #include "host/results/json_text.h"
 
 namespace vornhost {
 
 namespace {
 
-const char *const tables[draft_kinds] = {"distances",
-                                         "horizontal_distances",
-                                         "height_differences",
-                                         "directions",
-                                         "vertical_angles",
-                                         "azimuths",
-                                         "bearings",
-                                         "angles",
-                                         "baselines",
-                                         "coordinates",
-                                         "coordinate_differences",
-                                         "scale_bars"};
-
-bool by_axis(DraftKind kind)
+// Columns of which every cell is a text, one of figures too.
+bool holds_words(std::string_view column)
 {
-    return kind == DraftKind::baseline || kind == DraftKind::coordinates || kind == DraftKind::coordinate_difference;
+    static constexpr std::array<std::string_view, 13> words = {
+        "name", "from", "to", "at", "third", "setup", "set", "id", "group", "remark", "file", "camera", "covariance"};
+    return column == "station" || std::find(words.begin(), words.end(), column) != words.end();
 }
 
-const char *code_word(int code)
+void write_node(JsonText &json, const toml::node &node);
+
+void write_table(JsonText &json, const toml::table &table)
 {
-    switch (code) {
-    case CODE_FIXED: return "fixed";
-    case CODE_WEIGHTED: return "weighted";
-    case CODE_NO_DATUM: return "no_datum";
-    case CODE_ABSENT: return "absent";
-    default: return "free";
+    for (const auto &[key, node] : table) {
+        json.key(key.str());
+        write_node(json, node);
     }
 }
 
-void write_point(JsonText &json, const DraftPoint &point)
+// A setting, whatever it holds.
+void write_node(JsonText &json, const toml::node &node)
 {
-    static const char *const names[] = {"x", "y", "z"}, *const sigmas[] = {"sx", "sy", "sz"},
-                             *const codes[] = {"code_x", "code_y", "code_z"};
-    json.open_object();
-    json.pair("name", point.name);
-    json.pair("station", point.station);
-    for (size_t axis = 0; axis < 3; axis++) json.pair(names[axis], point.value[axis]);
-    for (size_t axis = 0; axis < 3; axis++) json.pair(sigmas[axis], point.sigma[axis]);
-    for (size_t axis = 0; axis < 3; axis++) json.pair(codes[axis], code_word(point.code[axis]));
-    if (point.off) json.pair("status", "off");
-    json.close();
-}
-
-void write_word(JsonText &json, const char *key, const std::string &word)
-{
-    if (!word.empty()) json.pair(key, word);
-}
-
-void write_row(JsonText &json, DraftKind kind, const DraftRow &row)
-{
-    static const char *const coordinates[] = {"x", "y", "z"}, *const differences[] = {"dx", "dy", "dz"},
-                             *const sigmas[] = {"sx", "sy", "sz"}, *const products[] = {"cxx", "cyy", "czz",
-                                                                                        "cxy", "cxz", "cyz"};
-    const bool one = kind == DraftKind::coordinates;
-    json.open_object();
-    write_word(json, "at", row.at);
-    json.pair(one ? "name" : "from", row.from);
-    write_word(json, "to", row.to);
-    if (by_axis(kind)) {
-        for (size_t axis = 0; axis < 3; axis++) json.pair(one ? coordinates[axis] : differences[axis], row.value[axis]);
-        for (size_t axis = 0; axis < 3; axis++) json.pair(sigmas[axis], row.sigma[axis]);
-        for (size_t i = 0; i < 6; i++) json.pair(products[i], row.product[i]);
-    } else {
-        json.pair("value", row.value[0]);
-        json.pair("sigma", row.sigma[0]);
+    if (const auto *text = node.as_string()) return json.value(text->get());
+    if (const auto *whole = node.as_integer()) return json.value((int)whole->get()); // all are small
+    if (const auto *number = node.as_floating_point()) return json.value(number->get());
+    if (const auto *truth = node.as_boolean()) return json.value(truth->get());
+    if (const auto *list = node.as_array()) {
+        json.open_array();
+        for (const toml::node &element : *list) write_node(json, element);
+        return json.close();
     }
-    json.pair("h1", row.h1);
-    json.pair("h2", row.h2);
-    write_word(json, "setup", row.setup);
-    write_word(json, "set", row.set);
-    write_word(json, "id", row.id);
-    write_word(json, "covariance", row.covariance);
-    if (!row.use) json.pair("use", false);
+    json.open_object();
+    if (const toml::table *table = node.as_table()) write_table(json, *table);
     json.close();
 }
 
-void write_covariance(JsonText &json, const DraftCovariance &group)
+void write_rows(JsonText &json, const Table &table, Faults &faults)
 {
-    json.open_object();
-    json.pair("name", group.name);
-    json.pair("form", "band");
-    json.pair("width", (int)group.width);
-    json.key("matrix").open_array();
-    for (const double element : group.elements) json.value(element);
-    json.close();
+    json.key(table.name());
+    json.open_array();
+    for (size_t i = 0; i < table.rows(); i++) {
+        const Row row(table, i, faults);
+        json.open_object();
+        for (int c = 0; c < table.columns(); c++) {
+            const char *column = table.column_name(c);
+            const bool quoted = table.cell(i, c) && table.quoted(i, c);
+            if (!row.given(c) && !quoted) continue;
+            double number = 0.0;
+            if (!quoted && !holds_words(column) && read_number(row.figures(c), number) == Reading::Number)
+                json.pair(column, number);
+            else
+                json.pair(column, quoted ? row.name(c) : row.text(c));
+        }
+        json.close();
+    }
     json.close();
 }
 
 } // namespace
 
-std::string write_network_json(const Draft &draft)
+std::string write_network_json(const std::string &name, std::string_view text, Faults &faults)
 {
-    std::string text;
-    JsonText json([&text](std::string_view piece) { text += piece; });
+    std::string out;
+    JsonText json([&out](std::string_view piece) { out += piece; });
     json.open_object();
-    write_word(json, "title", draft.title);
-    json.pair("dimension", draft.dimension);
-    json.key("units").open_object();
-    json.pair("length", "m");
-    json.pair("angle", "gon");
-    json.pair("vertical", "zenith");
-    json.close();
-    json.key("points").open_array();
-    for (const DraftPoint &point : draft.points) write_point(json, point);
-    json.close();
-    for (size_t k = 0; k < draft_kinds; k++) {
-        if (draft.rows[k].empty()) continue;
-        json.key(tables[k]).open_array();
-        for (const DraftRow &row : draft.rows[k]) write_row(json, (DraftKind)k, row);
-        json.close();
+    json.pair("vorn_network", 1);
+    for (const auto &[key, node] : toml::parse(text, name)) {
+        if (key == "tables" || key == "csv") continue; // tables are no files any more
+        json.key(key.str());
+        write_node(json, node);
     }
-    if (!draft.covariances.empty()) {
-        json.key("covariances").open_array();
-        for (const DraftCovariance &group : draft.covariances) write_covariance(json, group);
-        json.close();
-    }
+    json.key("tables");
+    json.open_object();
+    const bool read = visit_tables(name, text, faults, [&](const Table &table) { write_rows(json, table, faults); });
+    json.close();
     json.close();
     json.finish();
-    return text;
+    return read && faults.empty() ? out : std::string();
 }
 
 } // namespace vornhost

@@ -2,9 +2,10 @@
 
 #include <stdio.h>
 
-#include <charconv>
 #include <cmath>
 #include <limits>
+
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -20,8 +21,8 @@ std::string number_text(double value)
     const double size = std::fabs(value);
     const bool plain = size == 0.0 || (size >= smallest_plain && size < largest_plain);
     char text[64];
-    const std::to_chars_result end = plain ? std::to_chars(text, text + sizeof text, value, std::chars_format::fixed)
-                                           : std::to_chars(text, text + sizeof text, value);
+    const std::to_chars_result end = plain ? to_chars(text, text + sizeof text, value, std::chars_format::fixed)
+                                           : to_chars(text, text + sizeof text, value);
     const std::string out(text, end.ptr);
     return out == "-0" ? "0" : out;
 }

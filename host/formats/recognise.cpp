@@ -93,7 +93,8 @@ const std::vector<FormatWord> &importable_formats()
                                                     {Format::m5, "m5", "Trimble or Zeiss M5"},
                                                     {Format::jobxml, "jobxml", "Trimble JobXML"},
                                                     {Format::landxml, "landxml", "LandXML"},
-                                                    {Format::csv, "csv", "list of coordinates"}};
+                                                    {Format::csv, "csv", "list of coordinates"},
+                                                    {Format::json, "json", "network of vorn export as JSON"}};
     return formats;
 }
 
@@ -107,6 +108,7 @@ std::optional<Format> recognise(std::string_view beginning)
     const std::string_view name = root.substr(root.find(':') + 1); // with any prefix
     if (name == "JOBFile") return Format::jobxml;
     if (name == "LandXML") return Format::landxml;
+    if (begins(first_line(beginning), "{")) return Format::json;
     if (begins(beginning, "!#=DNA")) return Format::dna;
     if (begins(beginning, "%=SNX")) return Format::sinex;
     const std::optional<Format> records = recognise_lines(beginning);

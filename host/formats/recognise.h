@@ -10,7 +10,7 @@
 
 namespace vornhost {
 
-enum class Format { gkf, gama_results, dna, dynaml, sinex, gvx, lines, gsi, sdr, m5, csv, jobxml, landxml };
+enum class Format { gkf, gama_results, dna, dynaml, sinex, gvx, lines, gsi, sdr, m5, csv, jobxml, landxml, json };
 
 struct FormatWord {
     Format format;

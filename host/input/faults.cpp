@@ -42,8 +42,9 @@ bool before(Source a, Source b) { return std::tie(a.file, a.line, a.column) < st
 
 std::string printable(std::string_view text)
 {
-    std::string out;
-    for (size_t offset = 0; offset < text.size();) offset += append_printable(out, text, offset);
+    const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
+    std::string out(text.begin(), std::find_if_not(text.begin(), text.end(), plain));
+    for (size_t offset = out.size(); offset < text.size();) offset += append_printable(out, text, offset);
     return out;
 }
 

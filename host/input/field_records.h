@@ -23,8 +23,9 @@ struct RowNotes {
     std::vector<int> covariance; // in Model::covariances
     std::vector<int> place;      // of the first component in its covariance
     std::vector<std::string> id, remark;
-    std::vector<double> raw;    // readings that were reduced, metres or radians
-    std::vector<double> h1, h2; // of the antennas of baselines above the marks, metres
+    std::vector<double> raw;        // readings that were reduced, metres or radians
+    std::vector<double> h1, h2;     // of the antennas of baselines above the marks, metres
+    std::vector<double> refraction; // coefficients of single vertical angles, unknown_note where the row gives none
 
     // What row i of the others says, as row `to`.
     void copy(const RowNotes &others, size_t i, size_t to);

@@ -44,6 +44,7 @@ void RowNotes::copy(const RowNotes &others, size_t i, size_t to)
     take(id, others.id, std::string());
     take(remark, others.remark, std::string());
     take(raw, others.raw, unknown_note);
+    take(refraction, others.refraction, unknown_note);
     take(h1, others.h1, 0.0);
     take(h2, others.h2, 0.0);
 }

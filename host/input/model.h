@@ -120,6 +120,7 @@ struct Model {
     struct Centring {
         double instrument = 0, target = 0;               // along each horizontal axis
         double instrument_height = 0, target_height = 0; // of the heights above the marks
+        bool shared = false;                             // sights from one stand share their errors: these are unknowns
 
         bool any() const { return instrument > 0 || target > 0 || instrument_height > 0 || target_height > 0; }
     } centring;           // standard deviations, metres

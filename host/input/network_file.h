@@ -4,6 +4,7 @@
 #ifndef VORNHOST_NETWORK_FILE_H
 #define VORNHOST_NETWORK_FILE_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,12 @@ struct MadeText {
 
 // The same for such a text: places are those of its origins.
 bool read_network_text(const std::string &name, MadeText made, Model &model, Faults &faults);
+
+class Table;
+
+// Hands on the tables of the text of a network file as they are cut into cells; false after a fault of the file.
+bool visit_tables(const std::string &name, std::string_view text, Faults &faults,
+                  const std::function<void(const Table &)> &take);
 
 } // namespace vornhost
 

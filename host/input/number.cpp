@@ -1,8 +1,9 @@
 #include "host/input/number.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -20,7 +21,7 @@ template <class Number> Reading convert(std::string_view text, Number &value)
     text = without_plus(text);
     Number read = 0;
     const char *end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, read);
+    const std::from_chars_result result = from_chars(text.data(), end, read);
     if (result.ptr != end || result.ec == std::errc::invalid_argument) return Reading::None;
     if (result.ec == std::errc::result_out_of_range) return Reading::OutOfRange;
     value = read;

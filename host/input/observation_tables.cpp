@@ -29,6 +29,7 @@ enum {
     SETUP,
     SET, // directions and vertical angles
     FACE,
+    REFRACTION,      // vertical angles
     CONSTANTS = SET, // distances
     PPM,
     ATMOSPHERE,
@@ -50,7 +51,8 @@ std::vector<Column> with(std::vector<Column> columns, std::initializer_list<cons
 const std::vector<Column> distance_columns =
     with(measure_columns, {"setup", "constants", "ppm", "atmosphere", "prism"});
 const std::vector<Column> height_columns = with(measure_columns, {"length", "setups"});
-const std::vector<Column> sight_columns = with(measure_columns, {"setup", "set", "face"});
+const std::vector<Column> direction_columns = with(measure_columns, {"setup", "set", "face"});
+const std::vector<Column> vertical_columns = with(direction_columns, {"refraction"});
 
 const double pi = 4.0 * atan(1.0);
 
@@ -116,7 +118,8 @@ const std::vector<Column> &columns_of(int kind)
 {
     if (kind == KIND_DISTANCE) return distance_columns;
     if (kind == KIND_HEIGHT_DIFFERENCE) return height_columns;
-    return kind == KIND_DIRECTION || kind == KIND_VERTICAL ? sight_columns : measure_columns;
+    if (kind == KIND_VERTICAL) return vertical_columns;
+    return kind == KIND_DIRECTION ? direction_columns : measure_columns;
 }
 
 NoteColumns notes_of(int kind)
@@ -208,6 +211,18 @@ int distance_kind(Network &net, Row &row, int from, int setup)
     return KIND_DISTANCE_CONSTANTS;
 }
 
+// The coefficient of refraction of a single sight.
+void read_refraction(Row &row, RowNotes &notes, size_t index)
+{
+    constexpr double most = 10.0;
+    if (!row.given(REFRACTION)) return;
+    const double k = row.number(REFRACTION, 0.0);
+    if (std::fabs(k) > most)
+        row.fault(REFRACTION, row.cell(REFRACTION) + " is no coefficient of refraction",
+                  "write a number between -10 and 10, like 0.13");
+    set_note(notes.refraction, index, k, unknown_note);
+}
+
 void read_measure(Network &net, Row &row, const ListKind &list)
 {
     measure_input m = measure_input();
@@ -219,6 +234,7 @@ void read_measure(Network &net, Row &row, const ListKind &list)
     m.val = read_value(net, row, list.kind, from, to, measures.notes, measures.size());
     m.sig = read_sigma(net, row, list.id, list.kind, m.val);
     const int setup = read_notes(net, row, notes_of(list.kind), from, measures.notes, measures.size());
+    if (list.kind == KIND_VERTICAL) read_refraction(row, measures.notes, measures.size());
     m.h1 = row.length(H1, 0.0) * net.metres;
     if (setup >= 0 && !row.given(H1)) m.h1 = net.model.setups.records[(size_t)setup].h;
     m.h2 = row.length(H2, 0.0) * net.metres;

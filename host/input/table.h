@@ -79,6 +79,7 @@ public:
     const std::string &name() const { return label; }
     char decimal() const { return form.decimal; } // mark of decimals
     const char *column_name(int column) const { return (*known)[(size_t)column].name; }
+    int columns() const { return (int)position.size(); } // that the table may have
     size_t rows() const { return row_begin.size(); }
 
     // False when the row has too few or too many cells; only cells that it has are given.

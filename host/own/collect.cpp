@@ -199,6 +199,7 @@ void Collection::moves(int point, PointResult &p) const
     const PointPlace &place = numbers.points[(size_t)point];
     const int lump = place.station ? network.stations.records[(size_t)place.record].ilump
                                    : network.targets.records[(size_t)place.record].ilump;
+    if (lump == 0) return;
     const double *x = &values.value[3 * (size_t)point];
     for (size_t m = 0; m < values.motions.size(); m++) {
         if (numbers.motions[m].lump != lump) continue;
@@ -272,6 +273,7 @@ void Collection::corrections(int observation, ResidualResult &r) const
 
 void Collection::points()
 {
+    results.points.reserve((size_t)values.n_points);
     for (int i = 0; i < values.n_points; i++) {
         const PointPlace &place = numbers.points[(size_t)i];
         const int *codes = place.station ? network.stations.records[(size_t)place.record].ix
@@ -289,7 +291,7 @@ void Collection::points()
         point_precision(i, p);
         moves(i, p);
         on_earth(i, p);
-        results.points.push_back(p);
+        results.points.push_back(std::move(p));
     }
 }
 
@@ -647,6 +649,7 @@ void Collection::lumps()
     for (size_t m = 0; m < values.motions.size(); m++) {
         const int first = values.motions[m].first;
         const MotionPlace &place = numbers.motions[m];
+        if (place.lump == 0) continue; // centring
         LumpResult lump;
         lump.lump = place.lump;
         lump.epoch = place.epoch;
@@ -744,7 +747,7 @@ ClosureResult closure_of(const Model &network, const Numbers &numbers, const clo
 
 void collect_closures(const Model &network, const OwnOutcome &outcome, Results &results)
 {
-    static const char *const words[] = {"levelling", "baselines", "horizon", "angles", "traverse"};
+    static const char *const words[] = {"levelling", "heights", "baselines", "horizon", "angles", "traverse"};
     for (const closures::Closures &c : outcome.closures) {
         ClosuresResult r;
         r.kind = words[(int)c.kind];

@@ -1,5 +1,6 @@
 #include "host/own/doubt_words.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <unordered_map>
@@ -125,10 +126,16 @@ void add_circles(const Model &network, const List<measure_input> &list, const ch
 std::vector<int> labels_of(const Model &network, const Numbers &numbers)
 {
     std::unordered_map<std::string, int> label;
+    const int silent = label.emplace(std::string(), 0).first->second;
     std::vector<int> labels;
     labels.reserve(numbers.items.size());
     for (const ItemPlace &item : numbers.items) {
         const ItemNotes n = item_notes(network, item);
+        if (n.notes && n.row >= std::max({n.notes->set.size(), n.notes->setup.size(), n.notes->id.size(),
+                                          n.notes->remark.size()})) {
+            labels.push_back(silent);
+            continue;
+        }
         const std::string text = n.notes ? std::to_string(note_at(n.notes->set, n.row)) + " " +
                                                std::to_string(note_at(n.notes->setup, n.row)) + " " +
                                                note_at(n.notes->id, n.row) + "\n" + note_at(n.notes->remark, n.row)

@@ -95,6 +95,29 @@ ItemName constant_name(const Model &network, const ItemPlace &item)
     return name;
 }
 
+std::string shown_point(const Model &network, const Numbers &numbers, int point)
+{
+    return shown_name(network, point_name(network, numbers.points[(size_t)point]));
+}
+
+// "the instrument at A", "the target B seen from A"
+std::string centred_end(const Model &network, const Numbers &numbers, const MotionPlace &end)
+{
+    const std::string stand = shown_point(network, numbers, end.instrument);
+    return end.target < 0 ? "the instrument at " + stand
+                          : "the target " + shown_point(network, numbers, end.target) + " seen from " + stand;
+}
+
+// Of an instrument, or of the target of a sight.
+ItemName centring_name(const Model &network, const Numbers &numbers, const ItemPlace &item)
+{
+    const MotionPlace &end = numbers.motions[(size_t)item.record];
+    ItemName name{"centring", shown_point(network, numbers, end.instrument), "", axes[item.part], "", 0, ""};
+    if (end.target >= 0) name.to = shown_point(network, numbers, end.target);
+    set_place(network, point_source(network, numbers.points[(size_t)end.instrument]), name);
+    return name;
+}
+
 // Unknowns of one kind of block: which block and which of its numbers an unknown is.
 template <class Block> bool find(const std::vector<Block> &blocks, int size, int unknown, int *block, int *part)
 {
@@ -131,6 +154,7 @@ std::string unknown_name(const Model &network, const Numbers &numbers, int unkno
                shown_name(network, network.cameras.records[(size_t)numbers.camera_records[(size_t)i]].name);
     if (!find(m.motions, 7, unknown, &i, &k)) return "an unknown";
     const MotionPlace &motion = numbers.motions[(size_t)i];
+    if (motion.lump == 0) return "centring " + std::string(axes[k]) + " of " + centred_end(network, numbers, motion);
     return movement[k] + std::string(" of lump ") + std::to_string(motion.lump) + " at epoch " +
            std::to_string(motion.epoch);
 }
@@ -157,6 +181,7 @@ ItemName item_name(const Model &network, const Numbers &numbers, int observation
     case Item::coordinate_difference:
         return vector_name(network, "coordinate difference", network.coordinate_differences, item);
     case Item::weighted_constant: return constant_name(network, item);
+    case Item::centring: return centring_name(network, numbers, item);
     default: return coordinate_name(network, "imported coordinate", item);
     }
 }

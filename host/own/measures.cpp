@@ -61,6 +61,11 @@ void set_instrument(const Builder &b, const Table &table, int record, va::Observ
     if (table.item == Item::direction) o.setup += b.rounds.orientation[(size_t)record];
     const bool constants = table.list.records[(size_t)record].typ == KIND_DISTANCE_CONSTANTS;
     if (table.item == Item::vertical_angle || constants) o.constants = b.constants[(size_t)stand];
+    if (table.item != Item::vertical_angle) return;
+    const double own = note_at(table.list.notes.refraction, (size_t)record, unknown_note);
+    if (std::isnan(own)) return;
+    o.refraction = own; // before that of the group
+    o.constants = -1;
 }
 
 void add_measure(Builder &b, const Table &table, int record)
@@ -173,6 +178,10 @@ void add_measures(Builder &b)
         {Item::vertical_angle, va::Kind::vertical_angle, m.verticals, p.sdir2, space},
         {Item::azimuth, va::Kind::azimuth, m.azimuths, p.saz, plan},
     };
+    size_t rows = 0;
+    for (const Table &table : tables) rows += table.list.size();
+    b.numbers.model.observations.reserve(rows);
+    b.numbers.items.reserve(rows);
     for (const Table &table : tables)
         for (size_t i = 0; i < table.list.size(); i++) add_measure(b, table, (int)i);
 }

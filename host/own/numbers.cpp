@@ -22,14 +22,13 @@ struct Turns {
 std::vector<Turns> turns_of(const va::Model &model)
 {
     std::vector<Turns> turns(model.setups.size());
-    va::Linear linear;
+    double value[3];
     for (const va::Observation &o : model.observations) {
         if (!o.use || o.kind != va::Kind::direction) continue;
-        va::linearize(model, o, false, &linear);
-        if (!linear.usable) continue;
+        if (!va::compute(model, o, value)) continue;
         Turns &t = turns[(size_t)o.setup];
-        t.sine += std::sin(o.value[0] - linear.value[0]);
-        t.cosine += std::cos(o.value[0] - linear.value[0]);
+        t.sine += std::sin(o.value[0] - value[0]);
+        t.cosine += std::cos(o.value[0] - value[0]);
         t.any = true;
     }
     return turns;

@@ -34,14 +34,15 @@ enum class Item {
     weighted_coordinate,
     weighted_rotation,
     weighted_constant,
-    imported_coordinate
+    imported_coordinate,
+    centring
 };
 
 // What an observation was made of.
 struct ItemPlace {
     Item item;
     int record = 0; // of its table; stations, then targets, for weighted and imported coordinates; set-up of the
-                    // numbers for weighted rotations
+                    // numbers for weighted rotations, motion of the numbers for centring
     int part = 0;   // axis, rotation or constant of items that are such; line in the file of an image point
 };
 
@@ -57,8 +58,11 @@ struct SetupPlace {
     bool orientation_given = false;
 };
 
+// A lump at an epoch; or, with lump 0, how an instrument (no target) or a target seen from there stands beside its
+// mark.
 struct MotionPlace {
     int lump = 0, epoch = 0, reference = 0;
+    int instrument = -1, target = -1; // points
 };
 
 // What the reduction into the grid added to an observation, metres or radians.
@@ -83,9 +87,10 @@ struct Numbers {
     std::unordered_set<int> absent;           // coordinates that a point has not, though the dimension does
     std::map<int, std::array<double, 3>> raw; // by observation: baselines between antennas, metres
     std::unordered_map<int, GridReduction> reductions; // by observation, in the plane of a grid
-    Reasons left_out;                                  // rows that the file selects and that take no part
-    std::vector<std::string> notes;                    // one line each
-    std::vector<std::string> words;                    // why there are none, for the user; empty when there are
+    std::vector<std::pair<int, double>> uncentred; // observations with their sigma without centring, metres or radians
+    Reasons left_out;                              // rows that the file selects and that take no part
+    std::vector<std::string> notes;                // one line each
+    std::vector<std::string> words;                // why there are none, for the user; empty when there are
 };
 
 // What a point or observation is called: "P", its table and place.

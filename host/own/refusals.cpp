@@ -151,6 +151,10 @@ std::vector<std::string> not_adjusted_here(const Model &network)
             network.path + ")"};
     if (network.crs.given() && (has_lumps(network) || network.images.size() > 0))
         return {"images and lumps need coordinates without a reference system: leave out [crs] (" + network.path + ")"};
+    if (network.centring.shared && (has_lumps(network) || (network.crs.given() && network.p.dim == 3)))
+        return {"centring of each stand does not go with " +
+                std::string(has_lumps(network) ? "lumps" : "[crs] in three dimensions") +
+                ": write centring = \"each_sight\" in [sigma] (" + network.path + ")"};
     if (const std::string unknown = unknown_value(network); !unknown.empty()) return {unknown};
     return {};
 }

@@ -8,6 +8,7 @@
 
 #include "adjust/robust.h"
 
+#include "host/own/centring.h"
 #include "host/own/components.h"
 #include "host/own/covariances.h"
 #include "host/own/derived.h"
@@ -89,6 +90,7 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
 // Closures, and what looks wrong, before anything is adjusted. `placed`: all points have first coordinates.
 void Road::look_over(bool placed)
 {
+    watch.begin("closures");
     outcome.closures = closures::find_closures(outcome.numbers.model, placed);
     for (const std::string &line : doubt_notes(network, outcome.numbers, placed && computed.empty())) note(line);
 }
@@ -116,13 +118,15 @@ bool Road::prepare()
     FirstNumbers first = make_first_numbers(network, outcome.reference.get());
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
-    if (network.mode != Mode::Propagation) look_over(first.words.empty());
+    const bool placed = first.words.empty(), on_earth = network.crs.given();
+    if (on_earth && placed &&
+        stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
+        return false;
+    if (network.mode != Mode::Propagation && (placed || !on_earth)) look_over(placed);
     if (stop(Ending::no_first_coordinates, first.words)) return false;
     for (const std::string &line : first.notes) note(line);
     watch.begin("equations");
-    if (network.crs.given() &&
-        stop(Ending::not_available, set_on_earth(network, outcome.reference.get(), outcome.numbers)))
-        return false;
+    share_centring(network, outcome.numbers);
     for (const std::string &line : outcome.numbers.notes) note(line);
     return true;
 }

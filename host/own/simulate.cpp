@@ -126,6 +126,7 @@ public:
         case Item::weighted_coordinate: return coordinate(i, place.part, change / metres);
         case Item::weighted_rotation: return rotation(numbers.setups[i], place.part, change);
         case Item::weighted_constant: network.groups.records[i].c[place.part] += change; return;
+        case Item::centring: // sights are drawn with it in their standard deviations
         case Item::image_point:
         case Item::imported_coordinate: return; // refused
         }

@@ -1,12 +1,12 @@
 #include "host/results/csv_writer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <initializer_list>
 
 #include "host/results/output_file.h"
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -37,7 +37,7 @@ public:
     {
         separate();
         char digits[40];
-        if (std::isfinite(value)) text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+        if (std::isfinite(value)) text.append(digits, to_chars(digits, digits + sizeof digits, value).ptr);
         return *this;
     }
     Sheet &cell(int value) { return cell(std::to_string(value)); }

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/results/closure_json.h"
-#include "host/results/page_text.h"
+#include "host/results/page_file.h"
 #include "host/results/test_limits.h"
 #include "host/results/verdict.h"
 
@@ -386,44 +386,12 @@ std::string data(const Results &results, const InputLines &lines, const std::str
     return all.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
-// In JSON a "<" stands in texts alone, where it may be written as an escape: then nothing ends the script element.
-std::string escaped_for_script(const std::string &text)
-{
-    std::string out;
-    out.reserve(text.size());
-    for (const char c : text) {
-        if (c == '<')
-            out += "\\u003c";
-        else
-            out += c;
-    }
-    return out;
-}
-
-std::string escaped_for_html(const std::string &text)
-{
-    std::string out;
-    for (const char c : text) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else
-            out += c;
-    }
-    return out;
-}
-
 } // namespace
 
 std::string to_html(const Results &results, const InputLines &lines, const std::string &date)
 {
-    const std::string page = page_text, title_mark = "@title@", data_mark = "@data@";
-    const size_t title = page.find(title_mark), at = page.find(data_mark);
-    const std::string name = results.title.empty() ? "Adjustment of " + results.file : results.title;
-    return page.substr(0, title) + escaped_for_html(name) +
-           page.substr(title + title_mark.size(), at - title - title_mark.size()) +
-           escaped_for_script(data(results, lines, date)) + page.substr(at + data_mark.size());
+    return page_file(results.title.empty() ? "Adjustment of " + results.file : results.title,
+                     data(results, lines, date));
 }
 
 } // namespace vornhost

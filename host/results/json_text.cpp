@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
+
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -15,90 +16,22 @@ bool is_plain(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
 }
 
-// Shortest decimal digits that read back as the number, and where its point stands:
-// 0.digits times 10 to the power of `point`.
-struct Digits {
-    char text[24];
-    int count = 0, point = 0;
-};
+constexpr size_t longest_number = 40; // bytes
 
-Digits digits_of(double positive)
+// 1.0, 12.5, 0.00125, 1.25e-05: the shortest digits that read back as the number, with a point or an exponent, so that
+// it is read as one that need not be whole. Returns the end.
+char *write_number(double number, char *text)
 {
-    char all[40];
-    const char *end = std::to_chars(all, all + sizeof all, positive, std::chars_format::scientific).ptr;
-    Digits d;
-    const char *c = all;
-    for (; c != end && *c != 'e'; c++)
-        if (*c != '.') d.text[d.count++] = *c;
-    int exponent = 0;
-    for (const char *e = c + 2; e < end; e++) exponent = 10 * exponent + (*e - '0'); // behind e and its sign
-    d.point = (c[1] == '-' ? -exponent : exponent) + 1;
-    return d;
-}
-
-// A short text of its own: no number takes more.
-struct Number {
-    char text[40];
-    size_t size = 0;
-
-    Number &operator+=(char c)
-    {
-        text[size++] = c;
-        return *this;
-    }
-    Number &operator+=(const char *words)
-    {
-        while (*words != 0) *this += *words++;
-        return *this;
-    }
-    void append(const char *from, size_t n)
-    {
-        for (size_t i = 0; i < n; i++) *this += from[i];
-    }
-    void append(size_t n, char c)
-    {
-        for (size_t i = 0; i < n; i++) *this += c;
-    }
-};
-
-void append_exponent(int exponent, Number &text)
-{
-    text += exponent < 0 ? "e-" : "e+";
-    const int size = std::abs(exponent);
-    if (size >= 100) text += (char)('0' + size / 100);
-    text += (char)('0' + size / 10 % 10);
-    text += (char)('0' + size % 10);
-}
-
-// 1.0, 12.5, 0.00125, 1.25e-05: with a point or an exponent, so that it is read as a number that need not be whole.
-void append_number(double number, Number &text)
-{
-    constexpr int longest = 15, smallest = -4; // places of the point without an exponent
-    if (std::signbit(number)) text += '-';
-    if (number == 0.0) {
-        text += "0.0";
-        return;
-    }
-    const Digits d = digits_of(std::fabs(number));
-    const auto zeros = [&](int n) { text.append((size_t)n, '0'); };
-    if (d.point > longest || d.point <= smallest) {
-        text += d.text[0];
-        if (d.count > 1) text += '.';
-        text.append(d.text + 1, (size_t)d.count - 1);
-        append_exponent(d.point - 1, text);
-    } else if (d.point <= 0) {
-        text += "0.";
-        zeros(-d.point);
-        text.append(d.text, (size_t)d.count);
-    } else if (d.point < d.count) {
-        text.append(d.text, (size_t)d.point);
-        text += '.';
-        text.append(d.text + d.point, (size_t)(d.count - d.point));
-    } else {
-        text.append(d.text, (size_t)d.count);
-        zeros(d.point - d.count);
-        text += ".0";
-    }
+    constexpr double least = 1e-4, beyond = 1e15; // sizes without an exponent, of which every whole digit counts
+    const double size = std::fabs(number);
+    const bool plain = number == 0.0 || (size >= least && size < beyond);
+    char *end = to_chars(text, text + longest_number, number,
+                              plain ? std::chars_format::fixed : std::chars_format::scientific)
+                    .ptr;
+    if (!plain || std::find(text, end, '.') != end) return end;
+    *end++ = '.';
+    *end++ = '0';
+    return end;
 }
 
 } // namespace
@@ -135,9 +68,20 @@ void JsonText::separate()
 JsonText &JsonText::key(std::string_view name)
 {
     separate();
-    add('"');
-    add(name);
-    add("\": ");
+    const size_t marks = 4; // and the blank
+    if (name.size() + marks > room - used) {
+        add('"');
+        add(name);
+        add("\": ");
+    } else {
+        char *to = text.data() + used;
+        *to++ = '"';
+        to = std::copy(name.begin(), name.end(), to);
+        *to++ = '"';
+        *to++ = ':';
+        *to++ = ' ';
+        used += name.size() + marks;
+    }
     keyed = true;
     return *this;
 }
@@ -164,9 +108,8 @@ void JsonText::value(double number)
 {
     separate();
     if (!std::isfinite(number)) return add("null");
-    Number digits;
-    append_number(number, digits);
-    add({digits.text, digits.size});
+    if (room - used < longest_number) hand_on();
+    used = (size_t)(write_number(number, text.data() + used) - text.data());
 }
 
 void JsonText::null()

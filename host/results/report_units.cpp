@@ -1,9 +1,10 @@
 #include "host/results/report_units.h"
 
 #include <cmath>
-#include <cstdio>
+#include <string_view>
 
 #include "host/input/angle.h"
+#include "host/system/decimal.h"
 
 namespace vornhost {
 
@@ -41,10 +42,10 @@ const AngleUnit angles[] = {{"gon", "mgon", pi / 200.0e3, 5, 3},         {"degre
 std::string decimal(double value, int decimals)
 {
     char text[400];
-    std::snprintf(text, sizeof text, "%.*f", decimals, value);
-    const std::string number = text;
+    const char *end = to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr;
+    const std::string_view number(text, (size_t)(end - text));
     const bool zero = number.find_first_of("123456789n") == std::string::npos; // inf and nan hold an n
-    return zero && number[0] == '-' ? number.substr(1) : number;
+    return std::string(zero && number[0] == '-' ? number.substr(1) : number);
 }
 
 const char *ReportUnits::length_name() const { return lengths[units.length].name; }

@@ -96,7 +96,7 @@ struct ResidualResult {
     std::string kind;       // "distance", "height difference", "direction", "vertical angle", "azimuth", "baseline",
                             // "image point", "weighted coordinate", "weighted rotation", "weighted constant",
                             // "imported coordinate", "horizontal distance", "bearing", "angle", "scale bar",
-                            // "observed coordinate", "coordinate difference"
+                            // "observed coordinate", "coordinate difference", "centring"
     std::string component;  // "x", "y", "z" of baselines, coordinates and their differences, "u", "v" of image points,
                             // which value of a weighted or imported item; empty otherwise
     std::string unit = "m"; // of value, sigma and residual: "m", "rad", "pixel", "1"
@@ -282,7 +282,7 @@ struct ClosureResult {
 };
 
 struct ClosuresResult {
-    std::string kind; // "levelling", "baselines", "horizon", "angles", "traverse"
+    std::string kind; // "levelling", "heights", "baselines", "horizon", "angles", "traverse"
     std::string unit; // "m", "rad"
     size_t found = 0, beyond = 0;
     size_t missed = 0; // too long to be formed

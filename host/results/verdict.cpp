@@ -38,12 +38,13 @@ std::string of_sigma(const Results &results)
            sigma;
 }
 
-// Beyond the limit for the largest of all. Only the solver sparse lists them in order.
+// Rejected by the test of the solver sparse, which lists them in order; of the other solvers those beyond the limit for
+// the largest of all.
 std::vector<const ResidualResult *> suspicious(const Results &results)
 {
     std::vector<const ResidualResult *> all;
     for (const size_t i : results.suspicious) all.push_back(&results.residuals[i]);
-    if (!all.empty()) return all;
+    if (results.solver == "sparse") return all;
     for (const ResidualResult &r : results.residuals)
         if (r.normal_divided.value_or(false)) all.push_back(&r);
     const auto size = [](const ResidualResult *r) { return std::fabs(r->residual) / r->deviation.value_or(r->sigma); };

@@ -1,5 +1,7 @@
 // What a network may ask for and this version cannot do.
 
+#include <cmath>
+
 #include "host/input/faults.h"
 #include "host/input/image_file.h"
 #include "host/input/names.h"
@@ -70,6 +72,11 @@ std::string own_matter(const Model &m)
         found.push_back(
             first_said(m, list->where, list->notes.covariance, std::string("column covariance of table ") + name));
     }
+    for (size_t i = 0; i < m.verticals.size(); i++)
+        if (!std::isnan(note_at(m.verticals.notes.refraction, i, unknown_note))) {
+            found.push_back("column refraction of table vertical_angles (" + place(m, m.verticals.where[i]) + ")");
+            break;
+        }
     for (size_t i = 0; i < m.baselines.size(); i++)
         if (note_at(m.baselines.notes.h1, i, 0.0) != 0.0 || note_at(m.baselines.notes.h2, i, 0.0) != 0.0) {
             found.push_back("heights of antennas in table baselines (" + place(m, m.baselines.where[i]) + ")");

@@ -13,7 +13,7 @@ _vorn()
     --csv | -C) COMPREPLY=($(compgen -d -- "$word")); return ;;
     --robust) COMPREPLY=($(compgen -W "huber danish l1" -- "$word")); return ;;
     --fail-on) COMPREPLY=($(compgen -W "test suspects unchecked test,suspects,unchecked" -- "$word")); return ;;
-    --from) COMPREPLY=($(compgen -W "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv" -- "$word")); return ;;
+    --from) COMPREPLY=($(compgen -W "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv json" -- "$word")); return ;;
     --to) COMPREPLY=($(compgen -W "gkf lines dynaml json sinex landxml points" -- "$word")); return ;;
     --sets) COMPREPLY=($(compgen -W "mean keep" -- "$word")); return ;;
     --components) COMPREPLY=($(compgen -W "propose use" -- "$word")); return ;;
@@ -24,8 +24,8 @@ _vorn()
     [ "$command" != import ] || common="--force --quiet --help -o -h"
     [ "$command" != export ] || { common="--to --force --quiet --help -o -h"; foreign=; }
     case $command in
-    compare) common="--level --apriori --held --points --dates --strain --json --quiet --help -o -C -h" foreign= ;;
-    control) common="--level --apriori --json --quiet --help -o -C -h" foreign= ;;
+    compare) common="--level --apriori --held --points --dates --strain --html --json --quiet --help -o -C -h" foreign= ;;
+    control) common="--level --apriori --html --json --quiet --help -o -C -h" foreign= ;;
     transform) common="--parameters --no-scale --list --level --apriori --json --quiet --help -o -C -h" foreign= ;;
     plan) common="--help-point --candidates --json --quiet --help -o -C -h" foreign= ;;
     esac

@@ -50,7 +50,7 @@ complete -c vorn -n "$import" -F
 complete -c vorn -n "$import" -s o -r -F -d "network file"
 
 set -l foreign "__fish_seen_subcommand_from adjust check import"
-complete -c vorn -n "$foreign" -l from -x -a "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv" -d "format of a file of another program"
+complete -c vorn -n "$foreign" -l from -x -a "gkf dynadjust dynaml sinex gvx lines gsi sdr m5 jobxml landxml csv json" -d "format of a file of another program"
 complete -c vorn -n "$foreign" -l sets -x -a "mean keep" -d "sets of a field book"
 complete -c vorn -n "$foreign" -l sigma -x -d "standard deviation of a field book, KEY=VALUE"
 complete -c vorn -n "$foreign" -l station -x -d "where the sights before any set-up were taken"
@@ -78,6 +78,7 @@ complete -c vorn -n "$reported" -l quiet -d "only errors on standard error"
 set -l tested __fish_seen_subcommand_from compare control transform
 complete -c vorn -n "$tested" -l level -x -d "probability of a false alarm of each test"
 complete -c vorn -n "$tested" -l apriori -d "variance factor 1"
+complete -c vorn -n "__fish_seen_subcommand_from compare control" -l html -r -F -d "page for a browser"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l held -d "held coordinates stay held"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l points -x -d "compare these points alone"
 complete -c vorn -n "__fish_seen_subcommand_from compare" -l strain -x -d "strain of the group of these points"

@@ -293,6 +293,35 @@ class Page(unittest.TestCase):
         self.browser.click_on("#layer-moves")
         self.assertLess(self.ink(), with_arrows)
 
+    def compare(self, *epochs):
+        """The page of a comparison, opened, and the same as JSON."""
+        out = Path(self.folder.name) / "epochs"
+        subprocess.run([PROGRAM, "compare", *(f"examples/{e}.inp" for e in epochs), "--quiet", "--html", f"{out}.html", "--json", f"{out}.json", "-o", f"{out}.txt"],
+                       cwd=HOUSE, check=True)
+        self.browser.open(f"{out}.html")
+        return json.loads(Path(f"{out}.json").read_text())
+
+    def test_a_comparison_shows_the_epochs_over_one_another(self):
+        results = self.compare("dam_may_2026", "dam_november_2026", "dam_may_2027")
+        self.assertEqual(self.browser.run("document.querySelector('#verdict p').textContent").split(": ")[1].split(", "), [d["point"] for d in results["left_out"]])
+        self.open_table("Shifts")
+        self.assertEqual(self.rows(), 2 * len(results["points"]))
+        shifts = {(p["name"], str(s["epoch"])): s for p in results["points"] for s in p["shifts"]}
+        for name, epoch, dx, a, beyond in zip(*(self.cells(c) for c in ("point", "epoch", "dx", "a", "beyond"))):
+            s = shifts[name, epoch]
+            self.assertAlmostEqual(float(dx), 1e3 * s["by"]["x"], delta=0.0051)
+            self.assertAlmostEqual(float(a), 1e3 * s["confidence_ellipse"]["semi_major_axis"], delta=0.0051)
+            self.assertEqual(beyond, "" if s["test"]["passed"] else "*")
+        everything = self.ink()
+        self.browser.click_on("#epoch-2")
+        one = self.ink()
+        self.assertLess(one, everything)
+        self.browser.click_on("#layer-moves")
+        self.assertLess(self.ink(), one)
+        self.browser.click(*self.in_window(self.screen("D2")))
+        self.assertIn("moved", self.browser.run("document.getElementById('details').textContent"))
+        self.assertTrue(self.browser.run("document.querySelector('a[href=\"#spread\"]').hidden"))
+
     def test_zoom_pan_and_the_whole_again(self):
         self.example("niemeier_distance_direction")
         start = self.screen("Z108")
@@ -311,6 +340,25 @@ class Page(unittest.TestCase):
         self.browser.click_on("#all")
         for place, before in zip(self.screen("Z108"), start):
             self.assertAlmostEqual(place, before, delta=1e-6)
+
+    def test_windows_of_another_size_show_as_much(self):
+        self.example("niemeier_levelling_free")
+        start = [self.screen("1"), self.screen("5")]
+        for zoomed in (False, True):
+            self.browser.resize(700, 500)
+            self.browser.frames(4)
+            size = self.browser.run("(() => { const p = document.getElementById('plot').plot; return [p.width, p.height]; })()")
+            if not zoomed:
+                for name in "123456":
+                    for place, most in zip(self.screen(name), size):
+                        self.assertTrue(0 < place < most)
+            self.browser.resize(1400, 950)
+            self.browser.frames(4)
+            for place, before in zip([self.screen("1"), self.screen("5")], start):
+                for now, then in zip(place, before):
+                    self.assertAlmostEqual(now, then, delta=1e-6)
+            self.browser.run("document.getElementById('plot').plot.zoom(2)")
+            start = [self.screen("1"), self.screen("5")]
 
     def test_the_keyboard_moves_zooms_and_finds(self):
         self.example("niemeier_levelling_free")

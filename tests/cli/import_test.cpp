@@ -181,7 +181,7 @@ TEST_F(Import, HasItsCounterpartInExport)
     EXPECT_EQ(run("export line.inp --to lines"), 2);
     EXPECT_TRUE(contains(err, "line.dat exists"));
     EXPECT_EQ(run("export line.inp --to json -o -"), 0);
-    EXPECT_EQ(nlohmann::json::parse(out)["height_differences"][0]["value"], 1.25);
+    EXPECT_EQ(nlohmann::json::parse(out)["tables"]["height_differences"][0]["value"], 1.25);
     EXPECT_EQ(run("export line.inp --to points -o -"), 0);
     EXPECT_TRUE(contains(out, "B,,,101.2500"));
     EXPECT_EQ(run("export line.inp --to sinex -o none.snx"), 2);

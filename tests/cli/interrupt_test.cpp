@@ -156,6 +156,8 @@ TEST_F(Interrupt, SaysHowLongEachStepTook)
     std::string steps;
     std::istringstream lines(err());
     for (std::string line; std::getline(lines, line);) steps += line.substr(0, line.find("  ")) + ";";
-    EXPECT_EQ(steps, "time: reading;time: first coordinates;time: equations;time: order;time: datum;time: factor;"
-                     "time: inverse;time: statistics;time: writing;");
+    EXPECT_EQ(
+        steps,
+        "time: reading;time: first coordinates;time: closures;time: equations;time: order;time: datum;time: factor;"
+        "time: inverse;time: statistics;time: writing;");
 }

@@ -37,11 +37,11 @@ Network far_control(unsigned seed, int gross)
 
 // A wide grid of stations that see their neighbours, fixed in three corners: what is carried from one of them has gone
 // far where it meets another.
-Network wide(unsigned seed)
+Network wide(unsigned seed, int side, int gross)
 {
     Maker m(seed);
     m.space(va::Space::plane);
-    const int side = 30, n = side * side;
+    const int n = side * side;
     for (int i = 0; i < n; i++) {
         const bool fixed = i == 0 || i == 1 || i == side || i == n - 1;
         m.point(100.0 * (i % side) + m.uniform(-20, 20), 100.0 * (i / side) + m.uniform(-20, 20), 0, fixed);
@@ -53,7 +53,7 @@ Network wide(unsigned seed)
         if (i >= side) m.polar(s, i - side);
         if (i + side < n) m.polar(s, i + side);
     }
-    return m.finish(0);
+    return m.finish(gross);
 }
 
 // A traverse from A to B without any orientation.
@@ -267,6 +267,132 @@ Network pillar(unsigned seed, int gross)
     return m.finish(gross);
 }
 
+// Stations and targets in the plane that see one another, nothing given; directions or distances alone.
+Network free_figure(unsigned seed, int gross, bool directions)
+{
+    Maker m(seed);
+    m.space(va::Space::plane);
+    const int side = m.whole(3, 5), n = side * side;
+    for (int i = 0; i < n; i++)
+        m.point(300.0 * (i % side) + m.uniform(-80, 80), 300.0 * (i / side) + m.uniform(-80, 80), 0, false);
+    for (int i = 0; i < n; i++) {
+        const int s = directions ? m.setup(i) : -1;
+        for (int j = 0; j < n; j++) {
+            if (i == j || m.distance(i, j) > 700.0) continue;
+            if (directions)
+                m.direction(s, j);
+            else if (j > i)
+                m.observe(Kind::plane_distance, i, j, 0.002);
+        }
+    }
+    return m.finish(gross);
+}
+
+Network free_directions(unsigned seed, int gross) { return free_figure(seed, gross, true); }
+Network free_distances(unsigned seed, int gross) { return free_figure(seed, gross, false); }
+
+// Azimuths and distances from one known point, no circle that has to be oriented.
+Network azimuths(unsigned seed, int gross)
+{
+    Maker m(seed);
+    m.space(va::Space::plane);
+    const int side = m.whole(3, 5), n = side * side;
+    for (int i = 0; i < n; i++)
+        m.point(200.0 * (i % side) + m.uniform(-50, 50), 200.0 * (i / side) + m.uniform(-50, 50), 0, i == n / 2);
+    for (int i = 0; i < n; i++)
+        for (int j = i + 1; j < n; j++) {
+            if (m.distance(i, j) > 300.0) continue;
+            m.observe(Kind::azimuth, i, j, 0.005 * gon);
+            m.observe(Kind::plane_distance, i, j, 0.005);
+        }
+    return m.finish(gross);
+}
+
+// Theodolites in a hall: directions and vertical angles, four fixed targets or none, a scale bar.
+Network theodolites(unsigned seed, int gross, bool fixed)
+{
+    Maker m(seed);
+    m.space(va::Space::space);
+    const int n = m.whole(3, 5), targets = m.whole(12, 25);
+    for (int i = 0; i < n; i++) m.point(m.uniform(2, 28), m.uniform(2, 18), m.uniform(1, 2), false);
+    for (int i = 0; i < targets; i++) m.point(m.uniform(8, 22), m.uniform(6, 14), m.uniform(0, 5), fixed && i < 4);
+    for (int i = 0; i < n; i++) {
+        const int s = m.setup(i);
+        for (int t = 0; t < n + targets; t++) {
+            if (t == i) continue;
+            m.direction(s, t);
+            m.observe(Kind::vertical_angle, i, t, 0.001 * gon, s);
+        }
+    }
+    if (!fixed) m.observe(Kind::scale_bar, n, n + 1, 0.0002);
+    return m.finish(gross);
+}
+
+Network theodolites_fixed(unsigned seed, int gross) { return theodolites(seed, gross, true); }
+Network theodolites_free(unsigned seed, int gross) { return theodolites(seed, gross, false); }
+
+// Slope distances alone from known stations at different heights to targets.
+Network multilateration(unsigned seed, int gross)
+{
+    Maker m(seed);
+    m.space(va::Space::space);
+    const int known = m.whole(5, 7), n = m.whole(6, 20);
+    for (int i = 0; i < known; i++) {
+        const double t = 2 * pi * i / known + m.uniform(-0.2, 0.2);
+        m.point(60 * std::cos(t), 60 * std::sin(t), i % 2 ? m.uniform(0, 10) : m.uniform(30, 50), true);
+    }
+    for (int i = 0; i < n; i++) m.point(m.uniform(-40, 40), m.uniform(-40, 40), m.uniform(0, 40), false);
+    for (int i = 0; i < known; i++)
+        for (int j = known; j < known + n; j++) m.observe(Kind::slope_distance, i, j, 0.001);
+    return m.finish(gross);
+}
+
+// Slope distances and vertical angles without horizontal circles, over known and new points of different heights.
+Network zeniths(unsigned seed, int gross)
+{
+    Maker m(seed);
+    m.space(va::Space::space);
+    const int side = 4, n = side * side;
+    for (int i = 0; i < n; i++)
+        m.point(200.0 * (i % side) + m.uniform(-50, 50), 200.0 * (i / side) + m.uniform(-50, 50), m.uniform(0, 60),
+                i == 0 || i == side - 1 || i == n - 1);
+    for (int i = 0; i < n; i++) {
+        const int s = m.setup(i);
+        for (int j = 0; j < n; j++) {
+            if (i == j || m.distance(i, j) > 460.0) continue;
+            m.observe(Kind::slope_distance, i, j, 0.003);
+            m.observe(Kind::vertical_angle, i, j, 0.001 * gon, s);
+        }
+    }
+    return m.finish(gross);
+}
+
+// Control that was observed with its coordinates, not fixed, under a polar network.
+Network observed_control(unsigned seed, int gross)
+{
+    Maker m(seed);
+    m.space(va::Space::plane);
+    const int side = m.whole(3, 5), n = side * side;
+    for (int i = 0; i < n; i++)
+        m.point(5000 + 100.0 * (i % side) + m.uniform(-25, 25), 9000 + 100.0 * (i / side) + m.uniform(-25, 25), 0,
+                false);
+    for (int i = 0; i < n; i++) {
+        const int s = m.setup(i);
+        for (int j = 0; j < n; j++)
+            if (i != j && m.distance(i, j) < 160.0) m.polar(s, j);
+    }
+    for (const int p : {0, side - 1, n - side, n - 1})
+        for (int k = 0; k < 2; k++) {
+            va::Observation o;
+            o.kind = Kind::unknown;
+            o.unknown = 3 * p + k;
+            o.sigma[0] = 0.01;
+            m.net.model.code[(size_t)o.unknown] = Code::free;
+            m.net.model.observe(o);
+        }
+    return m.finish(gross);
+}
+
 double squares(const va::Outcome &o) { return o.iteration.squares; }
 
 // Whether two adjusted models are the same network; free ones may lie elsewhere.
@@ -293,13 +419,28 @@ struct NetworkKind {
     Network (*make)(unsigned seed, int gross);
 };
 
-const NetworkKind kinds[] = {{"plane, far control", far_control}, {"traverse", traverse},
-                             {"rings of traverses", rings},       {"hall", hall_fixed},
-                             {"hall, tilted", hall_tilted},       {"free hall", hall_free},
-                             {"resections only", resections},     {"trilateration", trilateration},
-                             {"triangulation", triangulation},    {"angles, distances", angles},
-                             {"trigonometric heights", heights},  {"levelling", levelling},
-                             {"GNSS, terrestrial", gnss},         {"pillar", pillar}};
+const NetworkKind kinds[] = {{"plane, far control", far_control},
+                             {"traverse", traverse},
+                             {"rings of traverses", rings},
+                             {"hall", hall_fixed},
+                             {"hall, tilted", hall_tilted},
+                             {"free hall", hall_free},
+                             {"resections only", resections},
+                             {"trilateration", trilateration},
+                             {"triangulation", triangulation},
+                             {"angles, distances", angles},
+                             {"trigonometric heights", heights},
+                             {"levelling", levelling},
+                             {"GNSS, terrestrial", gnss},
+                             {"pillar", pillar},
+                             {"free directions", free_directions},
+                             {"free distances", free_distances},
+                             {"azimuths, distances", azimuths},
+                             {"theodolites", theodolites_fixed},
+                             {"free theodolites", theodolites_free},
+                             {"multilateration", multilateration},
+                             {"zenith angles", zeniths},
+                             {"observed control", observed_control}};
 
 enum class Verdict { right, named, wrong, not_started, hopeless };
 
@@ -391,6 +532,55 @@ TEST(SimulatedNetworks, StartWhereTheyAreWide)
 {
     for (unsigned seed = 1; seed < 3; seed++) {
         std::string told;
-        EXPECT_EQ(judge(wide(seed), &told), Verdict::right) << seed << told;
+        EXPECT_EQ(judge(wide(seed, 30, 0), &told), Verdict::right) << seed << told;
+    }
+}
+
+// A traverse that is oriented at its first point and known at its last: what is carried is tens of metres off there,
+// and no observation is wrong.
+TEST(SimulatedNetworks, StartLongTraversesWithoutBlamingTheirEnds)
+{
+    Maker m(3);
+    m.space(va::Space::plane);
+    const int n = 2000;
+    for (int i = 0; i < n; i++) m.point(80.0 * i + m.uniform(-20, 20), m.uniform(-60, 60), 0, i < 2 || i == n - 1);
+    for (int i = 1; i < n - 1; i++) {
+        const int s = m.setup(i);
+        m.polar(s, i - 1);
+        m.polar(s, i + 1);
+    }
+    Network net = m.finish(0);
+    const vornhost::start::Start start = vornhost::start::find_start(&net.model, net.given);
+    EXPECT_TRUE(start.found());
+    EXPECT_TRUE(start.misfits.empty());
+    EXPECT_EQ(adjusted(&net.model).status, va::Status::adjusted);
+}
+
+// So many observations that the values are not adjusted before the adjustment: what is named is wrong, and the corner
+// that everything was carried to is not.
+TEST(SimulatedNetworks, StartWhereTheyAreLarge)
+{
+    Network net = wide(5, 115, 6);
+    const vornhost::start::Start start = vornhost::start::find_start(&net.model, net.given);
+    ASSERT_TRUE(start.found());
+    EXPECT_GE(start.misfits.size(), 3u);
+    for (const vornhost::start::Misfit &m : start.misfits)
+        EXPECT_EQ(std::count(net.wrong.begin(), net.wrong.end(), m.observation), 1) << m.observation;
+    for (const int i : net.wrong) net.model.observations[(size_t)i].use = false;
+    EXPECT_EQ(adjusted(&net.model).status, va::Status::adjusted);
+    for (size_t u = 0; u < net.truth.size(); u++)
+        if (net.model.meaning[u] == va::Meaning::coordinate) ASSERT_NEAR(net.model.value[u], net.truth[u], 0.1);
+}
+
+// Files that give every observation the standard deviation 1 mean weights by it, in whatever unit.
+TEST(SimulatedNetworks, StartWithWeightsInsteadOfStandardDeviations)
+{
+    const vector<Network (*)(unsigned, int)> some = {far_control, resections, traverse, hall_fixed};
+    for (size_t k = 0; k < some.size(); k++) {
+        Network n = some[k](60 + (unsigned)k, 0);
+        for (va::Observation &o : n.model.observations)
+            for (double &sigma : o.sigma) sigma *= 2000.0;
+        std::string told;
+        EXPECT_EQ(judge(n, &told), Verdict::right) << k << told;
     }
 }

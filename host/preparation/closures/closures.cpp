@@ -13,24 +13,24 @@ namespace {
 
 namespace va = vornadjust;
 
-// Evaluates every loop of a graph; `describe` makes what is listed of one.
+// Evaluates every loop of a graph. `describe` says to which closures one belongs and makes what is listed of it, which
+// is little of what there is.
 template <class Describe> void close_loops(const va::Model &model, const LegGraph &graph, const Describe &describe)
 {
+    std::vector<Part> parts;
     const auto close = [&](const Loop &loop) {
         Closure closure;
-        const Sum sum = graph.sum(model, loop);
+        const Sum sum = graph.sum(model, loop, &parts);
         if (!judge(sum, &closure.misclosure, &closure.limit)) return;
+        Closures &closures = describe.of(loop);
+        closures.count(closure.ratio());
+        if (!closures.wants(closure.ratio())) return;
         closure.components = sum.n;
         std::copy(sum.w, sum.w + sum.n, closure.off);
-        describe(loop, std::move(closure));
+        describe(loop, &closure);
+        closures.list(std::move(closure));
     };
     describe.missed(find_loops(graph.nodes, graph.links, graph.known, close));
-}
-
-void add_to(Closures *closures, Closure closure)
-{
-    closures->count(closure.ratio());
-    if (closures->wants(closure.ratio())) closures->list(std::move(closure));
 }
 
 // Loops over points; those through the node of what is known begin and end at known points.
@@ -39,8 +39,10 @@ struct OverPoints {
     Closures *closures;
 
     void missed(size_t n) const { closures->missed = n; }
-    void operator()(Loop loop, Closure closure) const
+    Closures &of(const Loop &) const { return *closures; }
+    void operator()(Loop loop, Closure *made) const
     {
+        Closure &closure = *made;
         begin_at(graph.links, graph.known, &loop);
         const bool known = begin_of(graph.links, loop.front()) == graph.known;
         for (const Step &step : loop) {
@@ -52,8 +54,21 @@ struct OverPoints {
         }
         if (!known || closure.points.size() == 1) closure.points.push_back(closure.points.front());
         closure.observations = graph.observations(loop);
-        add_to(closures, std::move(closure));
     }
+};
+
+// Loops over points with a vertical angle in them; the others are those of levelling.
+struct OverSights {
+    OverPoints points;
+    Closures *levelling;
+
+    void missed(size_t n) const { points.missed(n); }
+    Closures &of(const Loop &loop) const
+    {
+        const auto sight = [this](const Step &s) { return points.graph.legs[(size_t)s.link].second >= 0; };
+        return std::any_of(loop.begin(), loop.end(), sight) ? *points.closures : *levelling;
+    }
+    void operator()(const Loop &loop, Closure *made) const { points(loop, made); }
 };
 
 // Loops over circles and lines.
@@ -62,9 +77,11 @@ struct OverLines {
     Closures *horizon, *stations;
 
     void missed(size_t n) const { stations->missed = n; }
-    void operator()(Loop loop, Closure closure) const;
+    Closures &of(const Loop &loop) const { return at_one_station(loop) ? *horizon : *stations; }
+    void operator()(Loop loop, Closure *made) const;
 
 private:
+    bool at_one_station(const Loop &loop) const;
     using Line = std::pair<int, int>;
     const Line *line_of(int node) const
     {
@@ -73,9 +90,26 @@ private:
     static int other(const Line &line, int end) { return line.first == end ? line.second : line.first; }
 };
 
-void OverLines::operator()(Loop loop, Closure closure) const
+// Whether all that was read stands at one station; what is known is read at none.
+bool OverLines::at_one_station(const Loop &loop) const
 {
     const LegGraph &graph = angles.graph;
+    int station = -1;
+    for (const Step &step : loop) {
+        const Link &link = graph.links[(size_t)step.link];
+        if (link.a == graph.known || link.b == graph.known) return false;
+        const int at = graph.legs[(size_t)step.link].station;
+        if (station >= 0 && at >= 0 && at != station) return false;
+        if (at >= 0) station = at;
+    }
+    return station >= 0;
+}
+
+void OverLines::operator()(Loop loop, Closure *made) const
+{
+    Closure &closure = *made;
+    const LegGraph &graph = angles.graph;
+    const bool one_station = at_one_station(loop);
     begin_at(graph.links, graph.known, &loop);
     const bool known = begin_of(graph.links, loop.front()) == graph.known;
     std::vector<int> at;
@@ -87,10 +121,10 @@ void OverLines::operator()(Loop loop, Closure closure) const
     }
     if (!known && at.size() > 1 && at.front() == at.back()) at.pop_back();
     closure.observations = graph.observations(loop);
-    if (!known && at.size() == 1) {
+    if (one_station) {
         closure.at = at[0];
         for (const Line *line : lines) closure.points.push_back(other(*line, at[0]));
-        return add_to(horizon, std::move(closure));
+        return;
     }
     closure.points = at;
     if (known && at.empty()) closure.points = {lines[0]->first, lines[0]->second};
@@ -99,7 +133,6 @@ void OverLines::operator()(Loop loop, Closure closure) const
         closure.points.push_back(other(*lines.back(), at.back()));
     }
     if (!known) closure.points.push_back(at.front());
-    add_to(stations, std::move(closure));
 }
 
 // No number where a height is not known.
@@ -143,12 +176,14 @@ void Closures::list(Closure closure)
 
 std::vector<Closures> find_closures(const va::Model &model, bool placed)
 {
-    Closures levelling = of(ClosureKind::levelling), baselines = of(ClosureKind::baselines),
+    Closures levelling = of(ClosureKind::levelling), heights = of(ClosureKind::heights),
+             again = of(ClosureKind::levelling), baselines = of(ClosureKind::baselines),
              horizon = of(ClosureKind::horizon), angles = of(ClosureKind::angles);
-    const LegGraph levels = level_graph(model), vectors = baseline_graph(model);
+    const LegGraph levels = level_graph(model), vectors = baseline_graph(model), sights = height_graph(model, levels);
     close_loops(model, levels, OverPoints{levels, &levelling});
+    close_loops(model, sights, OverSights{{sights, &heights}, &again});
     close_loops(model, vectors, OverPoints{vectors, &baselines});
-    std::vector<Closures> all = {std::move(levelling), std::move(baselines)};
+    std::vector<Closures> all = {std::move(levelling), std::move(heights), std::move(baselines)};
     if (model.frame.space != va::Space::heights) {
         const std::vector<char> nothing(model.observations.size(), 0);
         const start::Sightings sightings = start::sightings_of(model, heights_of(model, placed), nothing);

@@ -17,6 +17,7 @@ namespace vornhost::closures {
 
 enum class ClosureKind {
     levelling, // height differences
+    heights,   // those of vertical angles and distances too
     baselines, // baselines and differences of coordinates
     horizon,   // directions and angles at one station
     angles,    // directions, angles, azimuths and bearings of several stations

@@ -24,7 +24,7 @@ Leg observed(const va::Observation &o, int i, double value)
 }
 
 // Heights add up along the verticals; the third coordinate is one where these are parallel or it is a height.
-bool third_is_height(const va::Frame &frame) { return !frame.curved() || frame.mixed; }
+bool third_is_height(const va::Frame &frame) { return !frame.curved() || frame.mixed || frame.ellipsoidal(); }
 
 void add_level(const va::Model &model, int i, LegGraph *graph)
 {
@@ -36,6 +36,57 @@ void add_level(const va::Model &model, int i, LegGraph *graph)
         graph->add(o.from, o.to, observed(o, i, o.value[0]));
     else if (o.kind == Kind::unknown && o.unknown < 3 * model.n_points && o.unknown % 3 == 2 && third)
         graph->add(graph->known, o.unknown / 3, observed(o, i, o.value[0]));
+}
+
+long long sight_key(const va::Observation &o) { return ((long long)o.from << 32) | (unsigned)o.to; }
+
+// Distances that go with vertical angles: between the same points, and in a slope from the same heights above them.
+class Lengths {
+public:
+    explicit Lengths(const va::Model &m) : model(m)
+    {
+        for (int i = 0; i < (int)m.observations.size(); i++) {
+            const va::Observation &o = m.observations[(size_t)i];
+            const bool length = o.kind == Kind::slope_distance || o.kind == Kind::horizontal_distance;
+            if (length && o.use && !moves(o) && o.constants < 0) by_sight.emplace(sight_key(o), i);
+        }
+    }
+
+    int of(const va::Observation &vertical) const
+    {
+        const auto [begin, end] = by_sight.equal_range(sight_key(vertical));
+        for (auto at = begin; at != end; ++at) {
+            const va::Observation &o = model.observations[(size_t)at->second];
+            if (o.kind == Kind::horizontal_distance || (o.h1 == vertical.h1 && o.h2 == vertical.h2)) return at->second;
+        }
+        return -1;
+    }
+
+private:
+    const va::Model &model;
+    std::unordered_multimap<long long, int> by_sight;
+};
+
+// The coefficient of refraction of a sight; none where it is unknown.
+double refraction_of(const va::Model &model, const va::Observation &o)
+{
+    return o.constants < 0 ? o.refraction : model.value[(size_t)model.constants[(size_t)o.constants].first + 2];
+}
+
+// By the elevation e over a slope s or a horizontal length d: s sin e or d tan e, the heights of instrument and target,
+// and what curvature and refraction make of the sight.
+Leg trigonometric(const va::Model &model, int length, int vertical)
+{
+    const va::Observation &l = model.observations[(size_t)length], &v = model.observations[(size_t)vertical];
+    const double e = v.value[0], c = std::cos(e), t = std::tan(e);
+    const bool slope = l.kind == Kind::slope_distance;
+    const double d = slope ? l.value[0] * c : l.value[0];
+    const double curvature = (model.frame.curved() ? 1.0 : 0.0) - refraction_of(model, v);
+    Leg leg = observed(v, length, d * t + v.h1 - v.h2 + curvature * d * d / (2.0 * model.frame.radius));
+    leg.second = vertical;
+    leg.by[0] = slope ? std::sin(e) : t;
+    leg.by[1] = slope ? d : d / (c * c);
+    return leg;
 }
 
 // A baseline, or the difference of the first coordinate with those of the others, which follow it.
@@ -184,6 +235,24 @@ LegGraph level_graph(const va::Model &model)
     return graph;
 }
 
+LegGraph height_graph(const va::Model &model, const LegGraph &levels)
+{
+    LegGraph graph;
+    const va::Space space = model.frame.space;
+    if (space == va::Space::heights || space == va::Space::plane || !third_is_height(model.frame)) return graph;
+    const Lengths lengths(model);
+    for (int i = 0; i < (int)model.observations.size(); i++) {
+        const va::Observation &o = model.observations[(size_t)i];
+        if (o.kind != Kind::vertical_angle || !o.use || moves(o) || !is_upright(model, o.setup)) continue;
+        const bool open = o.constants >= 0 && model.estimated(model.constants[(size_t)o.constants].first + 2);
+        const int length = open ? -1 : lengths.of(o);
+        if (length < 0) continue;
+        if (graph.legs.empty()) graph = levels;
+        graph.add(o.from, o.to, trigonometric(model, length, i));
+    }
+    return graph;
+}
+
 LegGraph baseline_graph(const va::Model &model)
 {
     LegGraph graph;
@@ -199,7 +268,9 @@ LegGraph baseline_graph(const va::Model &model)
     for (int p = 0; p < model.n_points; p++) {
         if (!is_fixed(model, p, 0, graph.n - 1)) continue;
         const double *c = &model.value[3 * (size_t)p];
-        const va::Vec3<double> x = va::position(model.frame, va::Vec3<double>{c[0], c[1], c[2]});
+        const va::Vec3<double> at{c[0], c[1], c[2]}, x = model.frame.ellipsoidal()
+                                                             ? va::position(model.frame, model.sites[(size_t)p], at)
+                                                             : va::position(model.frame, at);
         Leg leg;
         leg.value[0] = x.x;
         leg.value[1] = x.y;

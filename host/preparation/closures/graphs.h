@@ -10,6 +10,10 @@ namespace vornhost::closures {
 
 // Points and, as the node behind them, what is known: fixed coordinates.
 LegGraph level_graph(const vornadjust::Model &model);
+
+// The same with heights by a vertical angle and a distance of the same sight, in space; no graph where there are none.
+LegGraph height_graph(const vornadjust::Model &model, const LegGraph &levels);
+
 LegGraph baseline_graph(const vornadjust::Model &model);
 
 // Circles and the lines that they sight: a circle leads to a line by a direction, one line of a station to another by

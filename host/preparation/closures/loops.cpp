@@ -9,6 +9,14 @@ namespace {
 constexpr size_t work_per_item = 60;      // steps for each node and link
 constexpr size_t work_per_search = 20000; // steps
 
+// A link as it is seen from one of its ends.
+struct Half {
+    int end; // node at the other one
+    int link;
+    bool forward; // leaves from a
+    bool joined;  // may be walked
+};
+
 class Search {
 public:
     Search(int nodes, const std::vector<Link> &all);
@@ -20,30 +28,34 @@ private:
         int node = -1; // from which a node was reached
         Step step{-1, true};
     };
+    struct Visit {
+        int search = 0; // number of the search that reached the node last
+        Arrival by;
+    };
 
     void make_forest(int root);
     void grow_tree(int root);
     bool shortest(int from, int to, Loop *loop);
     bool over_tree(int from, int to, Loop *loop);
     bool spend(size_t steps);
-    Step step_from(int node, int link) const { return {link, links[(size_t)link].a == node}; }
-    int end_of(const Step &s) const { return s.forward ? links[(size_t)s.link].b : links[(size_t)s.link].a; }
+    void join(const Half &half);
+    const Half *begin(int node) const { return halves.data() + first[(size_t)node]; }
 
     const std::vector<Link> &links;
     size_t budget;
-    std::vector<int> first, at; // links of each node, one behind the other
-    std::vector<char> joined;   // [links] may be walked
-    std::vector<Arrival> tree;  // [nodes] from the parent
+    std::vector<int> first;                // [nodes + 1] where the halves of a node begin
+    std::vector<Half> halves;              // those of each node behind one another
+    std::vector<std::pair<int, int>> both; // [links] the two halves
+    std::vector<Arrival> tree;             // [nodes] from the parent
     std::vector<int> depth, order;
-    std::vector<Arrival> way; // [nodes] of the last search
-    std::vector<int> seen;    // [nodes] number of the search that reached it last
+    std::vector<Visit> visits; // [nodes]
+    std::vector<int> reached;  // by the present search, in order
     int search = 0;
 };
 
 Search::Search(int nodes, const std::vector<Link> &all)
     : links(all), budget(work_per_item * ((size_t)nodes + all.size()) + work_per_search), first((size_t)nodes + 1, 0),
-      at(2 * all.size()), joined(all.size(), 0), tree((size_t)nodes), depth((size_t)nodes, -1), way((size_t)nodes),
-      seen((size_t)nodes, 0)
+      halves(2 * all.size()), both(all.size()), tree((size_t)nodes), depth((size_t)nodes, -1), visits((size_t)nodes)
 {
     for (const Link &l : links) {
         first[(size_t)l.a + 1]++;
@@ -52,10 +64,19 @@ Search::Search(int nodes, const std::vector<Link> &all)
     for (size_t i = 1; i < first.size(); i++) first[i] += first[i - 1];
     std::vector<int> next(first.begin(), first.end() - 1);
     for (size_t i = 0; i < links.size(); i++) {
-        at[(size_t)next[(size_t)links[i].a]++] = (int)i;
-        at[(size_t)next[(size_t)links[i].b]++] = (int)i;
+        const Link &l = links[i];
+        both[i].first = next[(size_t)l.a]++;
+        both[i].second = next[(size_t)l.b]++;
+        halves[(size_t)both[i].first] = {l.b, (int)i, true, false};
+        halves[(size_t)both[i].second] = {l.a, (int)i, l.a == l.b, false};
     }
     order.reserve((size_t)nodes);
+}
+
+void Search::join(const Half &half)
+{
+    const auto [one, other] = both[(size_t)half.link];
+    halves[(size_t)one].joined = halves[(size_t)other].joined = true;
 }
 
 void Search::grow_tree(int root)
@@ -65,14 +86,12 @@ void Search::grow_tree(int root)
     order.push_back(root);
     for (; next < order.size(); next++) {
         const int node = order[next];
-        for (int k = first[(size_t)node]; k < first[(size_t)node + 1]; k++) {
-            const Step s = step_from(node, at[(size_t)k]);
-            const int end = end_of(s);
-            if (depth[(size_t)end] >= 0) continue;
-            depth[(size_t)end] = depth[(size_t)node] + 1;
-            tree[(size_t)end] = {node, s};
-            joined[(size_t)s.link] = 1;
-            order.push_back(end);
+        for (const Half *h = begin(node), *end = begin(node + 1); h != end; h++) {
+            if (depth[(size_t)h->end] >= 0) continue;
+            depth[(size_t)h->end] = depth[(size_t)node] + 1;
+            tree[(size_t)h->end] = {node, {h->link, h->forward}};
+            order.push_back(h->end);
+            join(*h);
         }
     }
 }
@@ -94,24 +113,25 @@ bool Search::spend(size_t steps)
 // Breadth first over the joined links; false where it takes too long.
 bool Search::shortest(int from, int to, Loop *loop)
 {
-    std::vector<int> reached = {from};
-    seen[(size_t)from] = ++search;
+    reached.assign(1, from);
+    visits[(size_t)from].search = ++search;
     size_t steps = 0;
-    for (size_t next = 0; next < reached.size() && seen[(size_t)to] != search; next++) {
+    for (size_t next = 0; next < reached.size() && visits[(size_t)to].search != search; next++) {
         const int node = reached[next];
-        const size_t degree = (size_t)(first[(size_t)node + 1] - first[(size_t)node]);
+        const Half *h = begin(node), *const end = begin(node + 1);
+        const size_t degree = (size_t)(end - h);
         steps += degree;
         if (steps > work_per_search || !spend(degree)) return false;
-        for (int k = first[(size_t)node]; k < first[(size_t)node + 1]; k++) {
-            const Step s = step_from(node, at[(size_t)k]);
-            const int end = end_of(s);
-            if (!joined[(size_t)s.link] || seen[(size_t)end] == search) continue;
-            seen[(size_t)end] = search;
-            way[(size_t)end] = {node, s};
-            reached.push_back(end);
+        for (; h != end; h++) {
+            Visit &visit = visits[(size_t)h->end];
+            if (!h->joined || visit.search == search) continue;
+            visit = {search, {node, {h->link, h->forward}}};
+            if (h->end == to) break;
+            reached.push_back(h->end);
         }
     }
-    for (int node = to; node != from; node = way[(size_t)node].node) loop->push_back(way[(size_t)node].step);
+    for (int node = to; node != from; node = visits[(size_t)node].by.node)
+        loop->push_back(visits[(size_t)node].by.step);
     std::reverse(loop->begin(), loop->end());
     return true;
 }
@@ -139,21 +159,21 @@ size_t Search::run(int root, const std::function<void(const Loop &)> &take)
 {
     make_forest(root);
     size_t missed = 0;
+    Loop loop;
     for (const int node : order)
-        for (int k = first[(size_t)node]; k < first[(size_t)node + 1]; k++) {
-            const int link = at[(size_t)k];
-            const Link &l = links[(size_t)link];
-            if (joined[(size_t)link] || l.a == l.b) continue;
-            Loop loop;
+        for (const Half *h = begin(node), *end = begin(node + 1); h != end; h++) {
+            const Link &l = links[(size_t)h->link];
+            if (h->joined || l.a == l.b) continue;
+            loop.clear();
             bool found = shortest(l.b, l.a, &loop);
             if (!found) {
                 loop.clear();
                 found = over_tree(l.b, l.a, &loop);
             }
-            joined[(size_t)link] = 1;
+            join(*h);
             missed += !found;
             if (!found) continue;
-            loop.push_back({link, true});
+            loop.push_back({h->link, true});
             take(loop);
         }
     return missed;

@@ -66,8 +66,9 @@ bool judge(const Sum &sum, double *misclosure, double *limit)
     return q >= 0.0 && std::isfinite(*limit) && std::isfinite(length) && *limit > 0.0;
 }
 
-void add_covariances(const va::Model &model, std::vector<Part> parts, Sum *sum)
+void add_covariances(const va::Model &model, std::vector<Part> *all, Sum *sum)
 {
+    std::vector<Part> &parts = *all;
     const auto group = [&](const Part &p) { return model.observations[(size_t)p.observation].group; };
     const auto before = [&](const Part &a, const Part &b) {
         const int g = group(a), h = group(b);
@@ -86,12 +87,12 @@ void add_covariances(const va::Model &model, std::vector<Part> parts, Sum *sum)
     }
 }
 
-Sum LegGraph::sum(const va::Model &model, const Loop &loop) const
+Sum LegGraph::sum(const va::Model &model, const Loop &loop, std::vector<Part> *work) const
 {
     Sum s;
     s.n = n;
-    std::vector<Part> parts;
-    parts.reserve(loop.size() * (size_t)n);
+    std::vector<Part> &parts = *work;
+    parts.clear();
     for (const Step &step : loop) {
         const Leg &leg = legs[(size_t)step.link];
         const double sign = step.forward ? 1.0 : -1.0;
@@ -99,23 +100,27 @@ Sum LegGraph::sum(const va::Model &model, const Loop &loop) const
             s.w[k] += sign * leg.value[k];
             if (leg.observation[k] < 0) continue;
             Part part = {leg.observation[k], leg.component[k], {0, 0, 0}};
-            part.by[k] = sign;
+            part.by[k] = k == 0 ? sign * leg.by[0] : sign;
             parts.push_back(part);
         }
+        if (leg.second >= 0) parts.push_back({leg.second, 0, {sign * leg.by[1], 0, 0}});
     }
     if (circular) s.w[0] = std::remainder(s.w[0], turn);
-    add_covariances(model, std::move(parts), &s);
+    add_covariances(model, &parts, &s);
     return s;
 }
 
 std::vector<int> LegGraph::observations(const Loop &loop) const
 {
     std::vector<int> all;
-    for (const Step &step : loop)
-        for (int k = 0; k < n; k++) {
-            const int o = legs[(size_t)step.link].observation[k];
-            if (o >= 0 && (all.empty() || all.back() != o)) all.push_back(o);
-        }
+    const auto add = [&all](int o) {
+        if (o >= 0 && (all.empty() || all.back() != o)) all.push_back(o);
+    };
+    for (const Step &step : loop) {
+        const Leg &leg = legs[(size_t)step.link];
+        for (int k = 0; k < n; k++) add(leg.observation[k]);
+        add(leg.second);
+    }
     return all;
 }
 

@@ -24,8 +24,8 @@ struct Part {
     double by[3]; // derivative of each component of the sum
 };
 
-// Covariance of a sum of these parts.
-void add_covariances(const vornadjust::Model &model, std::vector<Part> parts, Sum *sum);
+// Covariance of a sum of these parts, which are sorted.
+void add_covariances(const vornadjust::Model &model, std::vector<Part> *parts, Sum *sum);
 
 // Length of w, signed where it has one component, and the largest that its covariance allows in its direction. False
 // where the covariance is not positive definite.
@@ -37,6 +37,8 @@ struct Leg {
     int observation[3] = {-1, -1, -1}; // of each component; -1: known
     int component[3] = {0, 0, 0};      // of the observation
     int station = -1;                  // where an angle or direction was read
+    int second = -1;                   // of a height by a distance (above) and a vertical angle: the latter
+    double by[2] = {1, 1};             // derivatives of the first component by these two
 };
 
 // A graph of legs of n components; values of angles count up to full circles.
@@ -52,7 +54,7 @@ struct LegGraph {
         links.push_back({a, b});
         legs.push_back(leg);
     }
-    Sum sum(const vornadjust::Model &model, const Loop &loop) const;
+    Sum sum(const vornadjust::Model &model, const Loop &loop, std::vector<Part> *work) const;
     std::vector<int> observations(const Loop &loop) const;
 };
 

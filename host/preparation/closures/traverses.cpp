@@ -72,12 +72,13 @@ private:
     Course walk(const Way &way, const std::vector<Corner> &corners, double bearing) const;
     void add_corner_parts(const Corner &corner, const Xy &at, const Xy &end, std::vector<Part> *parts) const;
     Sum sum_of(const Way &way, bool oriented, Course *course) const;
-    std::optional<Closure> close(const Loop &loop) const;
+    void close(const Loop &loop, Closures *closures) const;
 
     const va::Model &model;
     const start::Sightings &s;
     const start::Elevations elevations;
-    std::vector<Sight> sights; // sorted
+    std::vector<Sight> sights;      // sorted
+    std::vector<size_t> first_from; // [points + 1] of them
     std::vector<Link> links;
     std::vector<Side> sides; // [links]
     int known = -1;
@@ -108,6 +109,9 @@ void Traverses::sort_rays()
         if (flat && is_free_of_motion(r.observation)) sights.push_back({key(r.from, r.to), (int)i});
     }
     std::sort(sights.begin(), sights.end());
+    first_from.assign((size_t)model.n_points + 1, 0);
+    for (const Sight &sight : sights) first_from[(size_t)(sight.ends >> 32) + 1]++;
+    for (size_t p = 1; p < first_from.size(); p++) first_from[p] += first_from[p - 1];
 }
 
 // Between points at which circles stand or that are fixed.
@@ -152,7 +156,9 @@ std::pair<std::vector<Traverses::Sight>::const_iterator, std::vector<Traverses::
 Traverses::rays(int from, int to) const
 {
     const long long ends = key(from, to);
-    return std::equal_range(sights.begin(), sights.end(), Sight{ends, 0},
+    const auto begin = sights.begin();
+    return std::equal_range(begin + (std::ptrdiff_t)first_from[(size_t)from],
+                            begin + (std::ptrdiff_t)first_from[(size_t)from + 1], Sight{ends, 0},
                             [](const Sight &a, const Sight &b) { return a.ends < b.ends; });
 }
 
@@ -316,25 +322,27 @@ Sum Traverses::sum_of(const Way &way, bool oriented, Course *course) const
     return sum;
 }
 
-std::optional<Closure> Traverses::close(const Loop &loop) const
+void Traverses::close(const Loop &loop, Closures *closures) const
 {
     Way way = way_of(loop);
     double bearing = 0.0;
     std::optional<Corner> start;
-    if (way.sides.empty() || !turn_to_a_start(&way, &start, &bearing)) return std::nullopt;
+    if (way.sides.empty() || !turn_to_a_start(&way, &start, &bearing)) return;
     const std::vector<Corner> corners = corners_of(way, start);
-    if (corners.empty()) return std::nullopt;
+    if (corners.empty()) return;
     Course course = walk(way, corners, bearing);
-    Closure closure;
-    closure.points = way.points;
-    closure.length = course.length;
-    for (const Part &p : course.parts) closure.observations.push_back(p.observation);
     Sum sum = sum_of(way, start.has_value(), &course);
-    add_covariances(model, std::move(course.parts), &sum);
+    Closure closure;
+    add_covariances(model, &course.parts, &sum);
+    if (!judge(sum, &closure.misclosure, &closure.limit)) return;
+    closures->count(closure.ratio());
+    if (!closures->wants(closure.ratio())) return;
+    for (const Part &p : walk(way, corners, bearing).parts) closure.observations.push_back(p.observation);
+    closure.points = std::move(way.points);
+    closure.length = course.length;
     closure.components = sum.n;
     std::copy(sum.w, sum.w + sum.n, closure.off);
-    if (!judge(sum, &closure.misclosure, &closure.limit)) return std::nullopt;
-    return closure;
+    closures->list(std::move(closure));
 }
 
 Closures Traverses::run()
@@ -343,12 +351,7 @@ Closures Traverses::run()
     closures.kind = ClosureKind::traverse;
     sort_rays();
     add_sides();
-    closures.missed = find_loops(model.n_points + 1, links, known, [&](const Loop &loop) {
-        std::optional<Closure> closure = close(loop);
-        if (!closure) return;
-        closures.count(closure->ratio());
-        if (closures.wants(closure->ratio())) closures.list(std::move(*closure));
-    });
+    closures.missed = find_loops(model.n_points + 1, links, known, [&](const Loop &loop) { close(loop, &closures); });
     return closures;
 }
 

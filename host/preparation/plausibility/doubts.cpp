@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <tuple>
-#include <unordered_map>
 
 #include "adjust/linear.h"
 
@@ -46,10 +45,9 @@ size_t hash_of(const va::Observation &o)
 
 double computed(const va::Model &model, const va::Observation &o, int component, bool *usable)
 {
-    va::Linear linear;
-    va::linearize(model, o, false, &linear);
-    *usable = linear.usable && std::isfinite(linear.value[component]);
-    return linear.value[component];
+    double value[3];
+    *usable = va::compute(model, o, value) && std::isfinite(value[component]);
+    return value[component];
 }
 
 double median(std::vector<double> values)
@@ -69,10 +67,10 @@ Deviation deviation_of(const va::Model &model, const va::Observation &o)
 {
     Deviation d;
     if (!o.use || o.kind == Kind::unknown || o.kind == Kind::image) return d;
-    va::Linear linear;
-    va::linearize(model, o, false, &linear);
-    for (int k = 0; k < va::components(o.kind, model.frame.space) && linear.usable; k++) {
-        const double by = o.value[k] - linear.value[k];
+    double value[3];
+    const bool usable = va::compute(model, o, value);
+    for (int k = 0; k < va::components(o.kind, model.frame.space) && usable; k++) {
+        const double by = o.value[k] - value[k];
         if (k > 0 && std::fabs(by) <= std::fabs(d.by)) continue;
         d = {is_angle(o.kind) ? std::remainder(by, turn) : by, k};
     }
@@ -177,22 +175,27 @@ SigmaRange sigma_range(Kind kind)
 
 std::vector<Finding> find_repeated(const va::Model &model, const std::vector<int> &label)
 {
-    std::unordered_multimap<size_t, int> rows;
+    std::vector<std::pair<size_t, int>> rows; // hashes of the contents
+    rows.reserve(model.observations.size());
+    for (int i = 0; i < (int)model.observations.size(); i++)
+        if (is_compared(model.observations[(size_t)i])) rows.emplace_back(hash_of(model.observations[(size_t)i]), i);
+    std::sort(rows.begin(), rows.end());
     std::vector<Finding> findings;
-    for (int i = 0; i < (int)model.observations.size(); i++) {
+    std::vector<int> firsts; // of one hash, those that repeat none
+    for (size_t at = 0; at < rows.size(); at++) {
+        const int i = rows[at].second;
         const va::Observation &o = model.observations[(size_t)i];
-        if (!is_compared(o)) continue;
-        const size_t hash = hash_of(o);
-        const auto [first, last] = rows.equal_range(hash);
-        const auto same = std::find_if(first, last, [&](const auto &row) {
-            return label[(size_t)row.second] == label[(size_t)i] &&
-                   content(model.observations[(size_t)row.second]) == content(o);
+        if (at == 0 || rows[at].first != rows[at - 1].first) firsts.clear();
+        const auto same = std::find_if(firsts.begin(), firsts.end(), [&](int f) {
+            return label[(size_t)f] == label[(size_t)i] && content(model.observations[(size_t)f]) == content(o);
         });
-        if (same == last)
-            rows.emplace(hash, i);
+        if (same == firsts.end())
+            firsts.push_back(i);
         else
-            findings.push_back({Doubt::repeated, i, same->second, o.value[0], 0});
+            findings.push_back({Doubt::repeated, i, *same, o.value[0], 0});
     }
+    std::sort(findings.begin(), findings.end(),
+              [](const Finding &a, const Finding &b) { return a.observation < b.observation; });
     return findings;
 }
 

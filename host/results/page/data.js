@@ -3,7 +3,8 @@
 
 const AXES = ["x", "y", "z"];
 const PLANES = [[0, 1], [0, 2], [1, 2]];
-const ROLES = ["fixed", "partly fixed", "weighted", "free", "free, not in the datum"];
+const ROLES = ["fixed", "partly fixed", "weighted", "free", "free, not in the datum", "stable", "fits", "compared", "moved", "does not fit"];
+const FILLED = ["fixed", "free", "stable", "fits", "compared"];
 const MARKS = [
   [1, "outside the histogram (5 standard deviations)"],
   [2, "beyond the limit for one residual"],
@@ -34,7 +35,7 @@ function readPoints(t) {
     const start = [0, 1, 2].map((k) => at(t.approximate[k], i));
     const adjusted = [0, 1, 2].map((k) => at(t.adjusted[k], i));
     return {
-      index: i, name, station: Boolean(t.station[i]), code, role: roleOf(code), start, adjusted, ellipse,
+      index: i, name, station: Boolean(t.station[i]), code, role: at(t.role, i) || roleOf(code), start, adjusted, ellipse,
       x: adjusted.map((x, k) => (isNumber(x) ? x : start[k])),
       shift: adjusted.map((x, k) => (isNumber(x) && isNumber(start[k]) && code[k] !== "fixed" ? x - start[k] : null)),
       deviation: [0, 1, 2].map((k) => at(t.deviation[k], i)),

@@ -18,7 +18,19 @@ function observationTable(data, observations, choose) {
   return element("div", { class: "pickable" }, table(["observation", "", "residual", worth[0]], rows), rest > 0 ? element("p", { class: "place" }, `and ${rest} more`) : null);
 }
 
+// How far a point of a comparison moved until each epoch, beside the standard deviation and the test.
+function comparedPointDetails(data, p) {
+  const f = data.format, rows = p.moves.flatMap((m) => data.axes.map((k, i) => row(
+    [i === 0 ? String(m.epoch) : "", AXES[k], f.small(m.by[k]), f.small(m.deviation[k]), i === 0 && m.test ? `${decimal(m.test.value / m.test.limit, 2)}` : ""], { class: m.test && !m.test.passed ? "mark" : null })));
+  return [
+    element("h3", {}, `${p.name} `, element("small", { class: "place" }, p.role)),
+    table(["", f.length.name], data.axes.map((k) => row([AXES[k], f.metric(p.x[k])]))),
+    table(["epoch", "", `shift ${f.length.small}`, `s ${f.length.small}`, "test by limit"], rows),
+  ];
+}
+
 function pointDetails(data, p, choose) {
+  if (data.comparison) return comparedPointDetails(data, p);
   const f = data.format;
   const rows = data.axes.map((k) => row([AXES[k], p.code[k].replace("_", " "), f.metric(p.x[k]), f.small(p.shift[k]), f.small(p.deviation[k])]));
   const ellipses = PLANES.map(([i, j], plane) => [`${AXES[i]}${AXES[j]}`, p.ellipse[plane]]).filter(([, e]) => e)
@@ -85,7 +97,7 @@ function swatch(act) {
 }
 
 function pointSwatch(role, station) {
-  const fill = role === "fixed" || role === "free" ? "var(--point)" : "var(--paper)";
+  const fill = FILLED.includes(role) ? "var(--point)" : "var(--paper)";
   const more = { fill, stroke: "var(--point)", "stroke-width": 1.4 };
   const shape = role.endsWith("fixed") ? drawn("path", { d: "M17 2.6 22 11.4H12Z", ...more }) : role === "weighted" ? drawn("rect", { x: 13, y: 4, width: 8, height: 8, ...more }) : drawn("circle", { cx: 17, cy: 8, r: 3.6, ...more });
   return swatch(() => (station ? [drawn("circle", { cx: 17, cy: 8, r: 7, fill: "none", stroke: "var(--point)" }), shape] : [shape]));
@@ -96,12 +108,17 @@ function showLegend(plot) {
   const add = (image, words) => items.push(element("li", {}, image, words));
   const line = (colour, width, dash) => swatch(() => [drawn("line", { x1: 2, x2: 32, y1: 8, y2: 8, stroke: colour, "stroke-width": width, "stroke-dasharray": dash || "none", "stroke-linecap": "round" })]);
   classes.words.forEach((words, c) => { if (plot.byClass[c].length) add(line(`var(--class${c})`, WIDTHS[c] * 1.3), `${words} (${plot.byClass[c].length})`); });
-  if (plot.byClass[4].length) add(line("var(--none)", 1.3, "3 4"), `no value (${plot.byClass[4].length})`);
+  if (plot.byClass[4].length) add(line("var(--none)", 1.3, "3 4"), data.comparison ? "observed" : `no value (${plot.byClass[4].length})`);
   for (const role of ROLES) if (data.points.some((p) => p.role === role)) add(pointSwatch(role, false), role);
   if (data.points.some((p) => p.station)) add(pointSwatch("none", true), "instrument");
   if (plot.shown.ellipses && plot.view.plane >= 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--ellipse)", "stroke-width": 1.4 })]), plot.confidence > 1 ? "95 % ellipse" : "standard ellipse");
-  const arrow = (colour) => swatch(() => [drawn("path", { d: "M3 8H31M25 4 31 8 25 12", fill: "none", stroke: colour, "stroke-width": 1.8 })]);
+  const arrow = (colour, dash) => swatch(() => [drawn("path", { d: "M3 8H31M25 4 31 8 25 12", fill: "none", stroke: colour, "stroke-width": dash ? 1.1 : 1.8, "stroke-dasharray": dash || "none" })]);
   if (plot.shown.shifts) add(arrow("var(--shift)"), "shift");
-  if (plot.shown.moves) add(arrow("var(--epoch)"), "movement to other epochs");
-  byId("legend").replaceChildren(element("h3", {}, `Lines by ${MEASURES[plot.measure].title}`), element("ul", { class: "legend" }, ...items));
+  if (plot.shown.moves && !data.comparison) add(arrow("var(--epoch)"), "movement to other epochs");
+  if (plot.shown.moves && data.comparison) {
+    add(arrow("var(--epoch)"), "shift beyond its limit");
+    add(arrow("var(--soft)", "3 3"), "shift within its limit");
+    if (plot.view.plane === 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--epoch)", "stroke-width": 1.1 })]), `confidence ellipse of a shift, ${decimal(100 * (1 - data.comparison.level), 1)} %`);
+  }
+  byId("legend").replaceChildren(element("h3", {}, data.comparison ? "Epochs over one another" : `Lines by ${MEASURES[plot.measure].title}`), element("ul", { class: "legend" }, ...items));
 }

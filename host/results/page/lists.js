@@ -15,7 +15,7 @@ function pointColumns(data) {
     { title: "point", left: true, text: (p) => p.name, names: ["name"] },
     { title: "role", left: true, text: (p) => p.role + (p.station ? ", instrument" : "") },
   ];
-  for (const k of data.axes) columns.push(lengthColumn(AXES[k], data, (p) => p.x[k], `adjusted ${AXES[k]}`));
+  for (const k of data.axes) columns.push(lengthColumn(AXES[k], data, (p) => p.x[k], data.comparison ? `${AXES[k]} in the first epoch` : `adjusted ${AXES[k]}`));
   if (data.has.shift) for (const k of data.axes) columns.push(smallColumn(`d${AXES[k]}`, data, (p) => p.shift[k], `adjusted less approximate ${AXES[k]}`));
   if (data.has.deviation) for (const k of data.axes) columns.push(smallColumn(`s${AXES[k]}`, data, (p) => p.deviation[k], `standard deviation of ${AXES[k]}`));
   if (data.points.some((p) => p.ellipse[0])) {
@@ -46,10 +46,10 @@ function observationColumns(data) {
   if (data.has.w) columns.push({ ...number("w", (o) => (isNumber(o.w) ? f.sign(o) * o.w : null), 2, "normalised residual", ["normalised"]), strong: suspicious });
   else if (data.has.ratio) columns.push(number("v/sigma", (o) => (isNumber(o.ratio) ? f.sign(o) * o.ratio : null), 2, "residual by standard deviation of the observation"));
   if (data.has.detectable) {
-    columns.push(number("p", (o) => o.p, 4, "probability of a residual of this size or larger where nothing is wrong"));
+    columns.push({ ...number("p", (o) => o.p, 4, "probability of a residual of this size or larger where nothing is wrong"), screen: true });
     columns.push({ title: "detectable", about: "bias that the test finds with the power asked for, in the unit of the residual", text: (o) => f.smallValue(o, o.detectable), key: (o) => o.detectable });
-    columns.push(number("bias/noise", (o) => o.noise, 1, "what that bias does to the unknowns, beside their standard deviations"));
-    columns.push({ title: "moves", unit: f.length.small, about: "largest shift of the observation's own points by that bias", text: (o) => (isNumber(o.pointShift) ? f.small(o.pointShift) : ""), key: (o) => o.pointShift });
+    columns.push({ ...number("bias/noise", (o) => o.noise, 1, "what that bias does to the unknowns, beside their standard deviations"), screen: true });
+    columns.push({ title: "moves", screen: true, unit: f.length.small, about: "largest shift of the observation's own points by that bias", text: (o) => (isNumber(o.pointShift) ? f.small(o.pointShift) : ""), key: (o) => o.pointShift });
   }
   if (data.observations.some((o) => o.tested)) columns.push({ title: "test", left: true, about: "suspicious: the test rejects it; not checked: others do not control it", text: (o) => (suspicious(o) ? "suspicious" : o.unchecked ? "not checked" : ""), strong: suspicious });
   for (const [key, title] of [["setup", "set-up"], ["set", "set"], ["id", "id"]]) if (data.has[key]) columns.push(plain(title, (o) => o[key]));
@@ -168,6 +168,7 @@ function makeTables(data, choosePoint, chooseObservation) {
   const f = data.format, tables = [];
   const number = (title, key, unit) => ({ title, unit, text: key, key: (row) => (key(row) === "" ? null : Number(key(row))) });
   const add = (name, columns, rows, choose) => { if (rows.length) tables.push(new Table(name, columns, rows, choose)); };
+  if (data.comparison) addComparisonTables(data, add, choosePoint);
   add("Points", pointColumns(data), data.points, choosePoint);
   add("Observations", observationColumns(data), data.observations, chooseObservation);
   add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);

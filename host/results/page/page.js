@@ -2,27 +2,28 @@
 
 function showHead(data) {
   document.title = byId("title").textContent = data.title || `Adjustment of ${data.file}`;
-  byId("subtitle").textContent = `${data.file} · ${data.date} · ${data.program} ${data.version}, solver ${data.solver}, mode ${data.mode}`;
+  byId("subtitle").textContent = `${data.file} · ${data.date} · ${data.program} ${data.version}${data.comparison ? "" : `, solver ${data.solver}, mode ${data.mode}`}`;
   byId("origin").textContent = `Lengths in ${data.format.length.name}, angles in ${data.format.angle.name}, residuals and precision in ${data.format.length.small} and ${data.format.angle.small}. `
-    + `Residuals are observed less adjusted. Made by ${data.program} ${data.version}, ${data.date}; this page asks nothing of any other computer.`;
+    + `${data.comparison ? "" : "Residuals are observed less adjusted. "}Made by ${data.program} ${data.version}, ${data.date}; this page asks nothing of any other computer.`;
 }
 
 function showVerdict(data, chooseObservation) {
   const box = byId("verdict"), t = data.variance_test;
-  const bad = !data.adjusted || (t && t.squares > t.upper) || data.one_tailed_test === false || data.suspicious.length > 0;
+  const bad = !data.adjusted || (data.comparison && !data.comparison.congruence.passed) || (t && t.squares > t.upper) || data.one_tailed_test === false || data.suspicious.length > 0;
   box.classList.toggle("bad", Boolean(bad));
   box.replaceChildren(...data.verdict.map((line) => element("p", {}, line)));
   if (data.suspicious.length) box.append(element("p", {}, element("button", { type: "button", click: () => chooseObservation(data.suspicious[0]) }, "Show the worst in the plot")));
 }
 
 function figures(data) {
+  if (data.comparison) return comparisonFigures(data);
   const all = [["points", String(data.points.length)], ["observations", String(data.observations.length)]];
   const leftOut = data.accounts.reduce((n, a) => n + a.left_out.length, 0);
   if (leftOut) all.push(["left out", String(leftOut)]);
   if (isNumber(data.degrees_of_freedom)) all.push(["degrees of freedom", String(data.degrees_of_freedom)]);
   if (isNumber(data.sigma_a_posteriori)) all.push(["sigma of unit weight", decimal(data.sigma_a_posteriori, 3)]);
   const t = data.variance_test;
-  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${decimal(t.p, 3)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
+  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${t.p < 0.001 ? "<0.001" : decimal(t.p, 3)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
   else if (typeof data.one_tailed_test === "boolean") all.push(["test of sigma", passed(data.one_tailed_test), data.one_tailed_test ? "good" : "bad"]);
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (data.tests) all.push(["not checked", String(data.tests.unchecked), data.tests.unchecked ? "bad" : "good"], ["test", data.tests.words, "wide"]);
@@ -47,8 +48,8 @@ function showSummary(data, chooseObservation) {
 }
 
 function showMethods(data) {
-  const squares = data.solver !== "simplex";
-  const holds = { squares, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, closures: data.closures.length > 0, diagram: data.dimension === 1 };
+  const squares = data.solver !== "simplex", compared = Boolean(data.comparison);
+  const holds = { compared, squares: squares && !compared, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, closures: data.closures.length > 0, diagram: data.dimension === 1 };
   for (const part of document.querySelectorAll("[data-if]")) part.hidden = !holds[part.dataset.if];
   byId("limit-one").textContent = decimal(data.limits.one, 2);
   byId("limit-largest").textContent = decimal(data.limits.largest, 2);
@@ -90,8 +91,10 @@ function layerControls(plot) {
   else if (data.dimension === 1 && data.has.deviation) { plot.shown.ellipses = true; parts.push(layer("ellipses", "standard deviations")); }
   if (data.pairs.length) parts.push(layer("pairs", "relative ellipses"));
   if (data.has.shift && data.dimension > 1) parts.push(layer("shifts", "shifts"));
-  if (data.has.moves) parts.push(layer("moves", "movements"));
-  if (data.has.ellipse || data.has.shift)
+  if (data.has.moves) parts.push(layer("moves", data.comparison ? "shifts" : "movements"));
+  if (plot.epochs.size > 1)
+    for (const epoch of plot.epochs) parts.push(check(`epoch ${epoch}`, true, (on) => { plot.epochs[on ? "add" : "delete"](epoch); plot.repaint(); }, `epoch-${epoch}`));
+  if (data.has.ellipse || data.has.shift || data.has.moves)
     parts.push(element("label", { title: "Size of ellipses and arrows" }, "size ", element("input", { type: "range", id: "size", min: -2, max: 2, step: 0.1, value: 0, "aria-label": "Size of ellipses and arrows",
       input: (e) => { plot.size = 10 ** Number(e.target.value / 2); plot.repaint(); } })));
   if (data.kindNames.length > 1)
@@ -226,7 +229,7 @@ function start() {
     plot.choose(-1, line);
     details(lineDetails(data, line, chooseObservation));
   };
-  const clear = () => { plot.choose(-1, null); details(worstDetails(data, chooseObservation)); };
+  const clear = () => { plot.choose(-1, null); details(data.comparison ? shiftDetails(data, choosePoint) : worstDetails(data, chooseObservation)); };
   const tables = makeTables(data, choosePoint, chooseObservation);
   const openTable = tableControls(data, tables);
 
@@ -265,6 +268,7 @@ function start() {
   });
 
   byId("spread").hidden = !data.observations.some((o) => isNumber(o.w));
+  document.querySelector('a[href="#spread"]').hidden = byId("spread").hidden;
   if (byId("spread").hidden) return;
   const kinds = data.kindNames.filter((k) => data.observations.some((o) => o.kind === k && isNumber(o.w)));
   byId("spread-kind").replaceChildren(element("option", { value: "" }, "all kinds"), ...kinds.map((k) => element("option", { value: k }, `${k}s`)));

@@ -19,7 +19,7 @@ function* paintScene(ctx, plot, t) {
   if (plot.shown.pairs) yield* paintPairs(ctx, plot, t, colours);
   if (plot.shown.ellipses) yield* paintEllipses(ctx, plot, t, colours);
   if (plot.shown.shifts) yield* paintVectors(ctx, plot, t, colours.shift, (p) => [p.shift], plot.vectorScale("shifts", t));
-  if (plot.shown.moves) yield* paintVectors(ctx, plot, t, colours.epoch, (p) => p.moves.map((m) => m.by), plot.vectorScale("moves", t));
+  if (plot.shown.moves) yield* paintMoves(ctx, plot, t, colours, plot.vectorScale("moves", t));
   yield* paintLines(ctx, plot, t, colours, [3]);
   yield* paintPoints(ctx, plot, t, colours);
   if (plot.shown.names) yield* paintNames(ctx, plot, t, colours);
@@ -128,6 +128,43 @@ function* paintVectors(ctx, plot, t, colour, vectorsOf, scale) {
   }
 }
 
+// Where other epochs have the points: an arrow and a dot, dashed where the test says that it may be chance, with the
+// confidence ellipse of the movement, and with several epochs the number of each.
+function* paintMoves(ctx, plot, t, colours, scale) {
+  ctx.lineJoin = "round";
+  ctx.font = FONT;
+  ctx.textBaseline = "middle";
+  ctx.textAlign = "center";
+  let drawn = 0;
+  for (const p of plot.data.points) {
+    const place = plot.at[p.index];
+    if (!place || !inWindow(t, place, 80)) continue;
+    for (const m of p.moves) if (plot.epochs.has(m.epoch)) paintMove(ctx, plot, m, t.x(place[0]), t.y(place[1]), scale, colours);
+    if (++drawn % BATCH === 0) yield;
+  }
+  ctx.setLineDash([]);
+}
+
+function paintMove(ctx, plot, m, x, y, scale, colours) {
+  const [du, dv] = plot.view.vector(m.by), dx = du * scale, dy = -dv * scale, chance = m.test && m.test.passed;
+  ctx.strokeStyle = ctx.fillStyle = chance ? colours.soft : colours.epoch;
+  ctx.lineWidth = chance ? 1.1 : 1.8;
+  ctx.setLineDash(chance ? [3, 3] : []);
+  ctx.beginPath();
+  strokeArrow(ctx, x, y, dx, dy);
+  ctx.stroke();
+  ctx.lineWidth = 1.1;
+  if (m.ellipse && plot.view.plane === 0) strokeEllipse(ctx, plot, x + dx, y + dy, m.ellipse, scale / plot.confidence);
+  if (!m.test || Math.hypot(dx, dy) < 1.5) return;
+  ctx.setLineDash([]);
+  ctx.beginPath();
+  ctx.arc(x + dx, y + dy, 2.2, 0, TURN);
+  ctx.fill();
+  if (plot.data.comparison.epochs.length < 3) return;
+  const off = 10 / Math.hypot(dx, dy);
+  ctx.fillText(String(m.epoch), x + dx * (1 + off), y + dy * (1 + off));
+}
+
 // Triangles are held, filled or half; squares are weighted; circles are free, hollow outside the datum. An instrument
 // stands in a ring.
 function pathOf(ctx, role, x, y, r) {
@@ -140,7 +177,7 @@ function pathOf(ctx, role, x, y, r) {
 }
 
 function paintPoint(ctx, p, x, y, r, colours) {
-  const filled = p.role === "fixed" || p.role === "free";
+  const filled = FILLED.includes(p.role);
   pathOf(ctx, p.role, x, y, r);
   ctx.fillStyle = filled ? colours.point : colours.paper;
   ctx.fill();
@@ -269,7 +306,7 @@ function paintScales(ctx, plot, colours) {
   const measure = plot.view.bar === 2 ? " standard deviation" : " in ellipses";
   add("ellipses", plot.shown.ellipses || plot.shown.pairs, colours.ellipse, measure);
   add("shifts", plot.shown.shifts, colours.shift, " in shifts");
-  add("moves", plot.shown.moves, colours.epoch, " in movements");
+  add("moves", plot.shown.moves, colours.epoch, plot.data.comparison ? " in shifts and ellipses" : " in movements");
   let y = plot.height - 12;
   for (const [scale, colour, words] of bars) y -= paintBar(ctx, 14, y, scale, colour, words, colours.paper);
 }

@@ -20,11 +20,12 @@ class Plot {
   constructor(canvas, data) {
     this.canvas = canvas;
     this.data = data;
-    this.lines = collectLines(data.observations);
+    this.lines = collectLines(data);
     this.shown = { ellipses: data.has.ellipse, pairs: data.pairs.length > 0, shifts: false, moves: data.has.moves, names: true };
     this.measure = data.has.w ? "w" : data.has.ratio ? "ratio" : "r";
     this.kinds = new Set(data.kindNames);
     this.confidence = 1;
+    this.epochs = new Set(data.points.flatMap((p) => p.moves.map((m) => m.epoch))); // whose movements are shown
     this.size = 1; // of ellipses and vectors, over the automatic one
     this.chosen = { point: -1, line: null };
     this.yUp = startsWithYUp(data);
@@ -65,7 +66,7 @@ class Plot {
     const worse = this.classes.falling ? Math.min : Math.max;
     this.byClass = [[], [], [], [], []]; // the last: without a value
     for (const line of this.lines) {
-      let worst = null, any = false;
+      let worst = null, any = line.observations.length === 0;
       for (const o of line.observations) {
         if (!this.kinds.has(o.kind)) continue;
         any = true;
@@ -91,7 +92,7 @@ class Plot {
     this.large = {
       ellipses: large(axes),
       shifts: large(points.map((p) => length(p.shift))),
-      moves: large(points.flatMap((p) => p.moves.map((m) => length(m.by)))),
+      moves: large(points.flatMap((p) => p.moves.map((m) => Math.max(length(m.by), plane === 0 && m.ellipse ? m.ellipse.a : 0)))),
     };
   }
 
@@ -115,16 +116,20 @@ class Plot {
     this.setSize(Math.max(50, box.width), Math.max(50, box.height), Math.min(window.devicePixelRatio || 1, 2));
   }
 
-  // What was in sight stays in sight.
+  // The whole stays whole; of a part the middle stays, as large as the window, and as before when that is as before.
   setSize(width, height, ratio) {
-    const t = this.transform, k = t ? Math.min(width / t.width, height / t.height) : 1;
+    const t = this.transform, k = t ? Math.min(width, height) / Math.min(t.width, t.height) : 1;
     Object.assign(this, { width, height, ratio });
     this.canvas.width = Math.round(width * ratio);
     this.canvas.height = Math.round(height * ratio);
-    if (t) this.transform = new Transform(t.cu, t.cv, t.scale * k, width, height);
-    if (t) this.fitted *= k;
+    if (!t) return;
+    if (this.whole) return this.fit();
+    this.fitted *= k;
+    this.setTransform(t.cu, t.cv, t.scale * k);
     this.repaint();
   }
+
+  setTransform(cu, cv, scale) { this.transform = new Transform(cu, cv, scale, this.width, this.height); }
 
   fit() {
     let [u0, u1, v0, v1] = [Infinity, -Infinity, Infinity, -Infinity];
@@ -137,25 +142,25 @@ class Plot {
     const border = Math.min(90, 0.12 * this.width);
     const scale = Math.min((this.width - 2 * border) / (u1 - u0 || 1e-9), (this.height - 2 * Math.min(60, border)) / (v1 - v0 || 1e-9), 1e6);
     this.fitted = scale;
-    this.transform = new Transform((u0 + u1) / 2, (v0 + v1) / 2, scale, this.width, this.height);
+    this.whole = true;
+    this.setTransform((u0 + u1) / 2, (v0 + v1) / 2, scale);
     this.repaint();
   }
 
   pan(dx, dy) {
     const t = this.transform;
-    this.transform = new Transform(t.cu - dx / t.scale, t.cv + dy / t.scale, t.scale, t.width, t.height);
-    this.request();
+    this.centre(t.cu - dx / t.scale, t.cv + dy / t.scale);
   }
 
   zoom(factor, x = this.width / 2, y = this.height / 2) {
     const t = this.transform, scale = Math.min(Math.max(t.scale * factor, this.fitted / 20), this.fitted * 1e5);
     const u = t.u(x), v = t.v(y);
-    this.transform = new Transform(u - (x - t.width / 2) / scale, v + (y - t.height / 2) / scale, scale, t.width, t.height);
-    this.request();
+    this.centre(u - (x - t.width / 2) / scale, v + (y - t.height / 2) / scale, scale);
   }
 
   centre(u, v, scale = this.transform.scale) {
-    this.transform = new Transform(u, v, scale, this.width, this.height);
+    this.whole = false;
+    this.setTransform(u, v, scale);
     this.request();
   }
 

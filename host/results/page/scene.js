@@ -1,10 +1,12 @@
 // What the plot shows of the results: lines between points with the observations on them, and views, each of which says
 // where a point lies on the paper.
 
-// One line for each pair of points with observations between them.
-function collectLines(observations) {
+// One line for each pair of points with observations between them; of a comparison, which has none of its own, with
+// observations in some epoch.
+function collectLines(data) {
+  if (data.comparison) return data.comparison.sights.map(([a, b]) => ({ a, b, observations: [] }));
   const lines = new Map();
-  for (const o of observations)
+  for (const o of data.observations)
     for (const [a, b] of o.ends) {
       if (a < 0 || b < 0 || a === b) continue;
       const key = Math.min(a, b) * 4294967296 + Math.max(a, b);
@@ -49,4 +51,4 @@ function makeViews(data, lines, yUp, raised) {
 }
 
 // Instruments turn from x to y clockwise, so x is drawn upwards; networks without them have x to the right.
-function startsWithYUp(data) { return !data.kindNames.some((k) => ["direction", "azimuth", "bearing", "angle"].includes(k)); }
+function startsWithYUp(data) { return !data.comparison && !data.kindNames.some((k) => ["direction", "azimuth", "bearing", "angle"].includes(k)); }

@@ -1,6 +1,6 @@
 // A table of which only the rows in sight are elements of the page, so that a hundred thousand rows scroll as ten do.
 // Columns: { title, unit, text(row), key(row) for sorting and comparing, left, width in characters, names in filters,
-// strong(row) }.
+// strong(row), screen: not on paper }.
 
 const ROW = 26;           // pixels
 const SPARE = 12;         // rows above and below the window
@@ -84,10 +84,10 @@ class Table {
     if (this.changed) this.changed();
   }
 
-  cells(row) {
-    return this.columns.map((c) => {
+  cells(row, columns = this.columns) {
+    return columns.map((c) => {
       const text = c.text(row);
-      return element("td", { class: [c.left ? "text" : "", c.strong && c.strong(row) ? "strong" : ""].join(" ").trim() || null, title: text.length > (c.width || 26) ? text : null }, text);
+      return element("td", { class: [c.left ? "text" : "", c.width ? "long" : "", c.strong && c.strong(row) ? "strong" : ""].join(" ").trim() || null, title: text.length > (c.width || 26) ? text : null }, text);
     });
   }
 
@@ -131,12 +131,13 @@ class Table {
   }
 
   // For print the window becomes a plain table.
+  // On paper is no room for columns without anything in them, and for some others.
   print() {
-    const rows = this.shown.slice(0, PRINTED_ROWS);
-    const head = this.columns.map((c) => element("th", { class: c.left ? "text" : null }, c.title, c.unit ? ` ${c.unit}` : ""));
+    const rows = this.shown.slice(0, PRINTED_ROWS), columns = this.columns.filter((c) => !c.screen && rows.some((row) => c.text(row) !== ""));
+    const head = columns.map((c) => element("th", { class: c.left ? "text" : null }, c.title, c.unit ? ` ${c.unit}` : ""));
     const rest = this.shown.length - rows.length;
     this.printed.replaceChildren(element("h3", {}, this.name),
-      element("table", {}, element("thead", {}, element("tr", {}, ...head)), element("tbody", {}, ...rows.map((row) => element("tr", {}, ...this.cells(row))))),
+      element("table", {}, element("thead", {}, element("tr", {}, ...head)), element("tbody", {}, ...rows.map((row) => element("tr", {}, ...this.cells(row, columns))))),
       ...(rest > 0 ? [element("p", {}, `${rest} more rows are in the page, the report and the CSV tables.`)] : []));
   }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <random>
 
 #include "host/epochs/compare_report.h"
@@ -263,6 +264,51 @@ TEST(CompareReport, NamesThePointsThatMoved)
 }
 
 // Textbook quantiles: F 0.95 of 8 and 24 is 2.36, chi-square 0.95 of 10 is 18.307.
+namespace {
+
+// What stands in a page between its marks of data.
+nlohmann::json data_of(const std::string &page)
+{
+    const std::string mark = "id=\"results\">";
+    const size_t at = page.find(mark) + mark.size();
+    return nlohmann::json::parse(page.substr(at, page.find("</script>", at) - at));
+}
+
+} // namespace
+
+TEST(ComparePage, HoldsTheShiftsOfTheComparison)
+{
+    const Comparison c = compared({epoch(1, truth), epoch(2, moved("D2", 0.01, 0.004))});
+    const nlohmann::json data = data_of(compare_html(c, "0.1", "2026-05-01 12:00 UTC")), &points = data["points"];
+    ASSERT_EQ(points["name"].size(), c.points.size());
+    EXPECT_EQ(data["verdict"][0], compare_verdict(c));
+    for (size_t i = 0; i < c.points.size(); i++) {
+        const PointComparison &p = c.points[i];
+        EXPECT_EQ(points["name"][i], p.name);
+        EXPECT_EQ(points["role"][i], p.name == "D2" ? "moved" : "stable");
+        for (const Place &t : truth)
+            if (t.name == p.name) {
+                EXPECT_NEAR(points["adjusted"][0][i].get<double>(), t.x, 0.01) << p.name;
+            }
+        const nlohmann::json &move = points["moves"][i][0];
+        EXPECT_EQ(move["by"][1], *p.shifts[0].by[1]);
+        EXPECT_TRUE(move["by"][2].is_null());
+        EXPECT_EQ(move["ellipse"]["a"], p.shifts[0].ellipse->a);
+        EXPECT_EQ(move["test"]["passed"], p.shifts[0].test.passed());
+    }
+}
+
+// Every pillar sees all points but itself.
+TEST(ComparePage, KnowsBetweenWhichPointsWasObserved)
+{
+    const Comparison c = compared({epoch(1, truth), epoch(2, truth)});
+    EXPECT_EQ(c.sights.size(), 4u * 3 / 2 + 4u * 3);
+    for (const auto &[a, b] : c.sights) {
+        EXPECT_LT(a, b);
+        EXPECT_TRUE(c.points[(size_t)a].name[0] == 'P' || c.points[(size_t)b].name[0] == 'P');
+    }
+}
+
 TEST(FisherTest, HasThePublishedLimits)
 {
     EXPECT_NEAR(fisher_limit(0.05, 8, 24), 2.36, 0.005);

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "host/earth/reference.h"
 #include "host/formats/export.h"
 #include "host/own/own_run.h"
 #include "imported.h"
@@ -200,5 +201,30 @@ TEST_F(Export, WritesTheExamplesSoThatTheyAdjustToTheSame)
             EXPECT_EQ(lost.lines(), Lines());
             if (lost.empty()) expect_same(solve_file(path), solved_again(text), 1e-9);
         }
+    }
+}
+
+// A weight in [apriori] is a standard deviation that is smaller by it; what another program would adjust otherwise is
+// refused.
+TEST_F(Export, WritesWeightsOfKindsAsStandardDeviations)
+{
+    const std::string weighted = "[apriori]\ndistances = 0.5\ndirections = 2.0\n" + plane;
+    EXPECT_NE(*solve_text(weighted).point("C").adjusted[0], *solve_text(plane).point("C").adjusted[0]);
+    expect_round_trip(weighted, Target::lines);
+    if (xml_available()) expect_round_trip(weighted, Target::gkf);
+}
+
+TEST_F(Export, RefusesAReferenceSystem)
+{
+    if (!has_proj()) GTEST_SKIP() << "built without projections";
+    Model model;
+    Faults lost;
+    ASSERT_TRUE(read_network(std::string(SOURCE_DIR) + "/examples/utm_traverse.inp", model, lost));
+    for (const Target target : {Target::gkf, Target::lines, Target::dynaml}) {
+        EXPECT_EQ(export_network(model, target, notes, lost), "");
+        ASSERT_FALSE(lost.empty());
+        EXPECT_NE(lost.lines()[0].find("a reference system ([crs]) cannot be written in another format"),
+                  std::string::npos);
+        lost = Faults();
     }
 }

@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "host/earth/reference.h"
 #include "host/own/own_run.h"
 #include "host/preparation/closures/loops.h"
 
@@ -197,6 +198,81 @@ TEST(Closures, TakeWeightedHeightsWithTheirSigmas)
                 "levelling");
     EXPECT_NEAR(std::fabs(c.misclosure), 0.005, 1e-12);
     EXPECT_NEAR(c.limit, limit1 * 0.05, 1e-5);
+}
+
+// Reciprocal sights over 300 m: s sin e + instrument - target, there and back; by the angle an error of s cos e.
+TEST(Closures, OfReciprocalSightsAreTheSumOfTheirHeights)
+{
+    const double there = std::cos(98.5 * gon), back = std::cos(101.4 * gon), across = std::sin(98.5 * gon),
+                 across_back = std::sin(101.4 * gon);
+    const std::string text = network(
+        3, table("stations", "name x y z code\nA 0 0 0 fixed\nB 300 0 7 free\n") +
+               table("targets", "name x y z code\nC 0 100 0 fixed\n") +
+               table("distances", "from to value sigma h1 h2\nA B 300.02 0.003 1.5 1.6\nB A 300.03 0.004 1.4 1.7\n"
+                                  "B A 300.5 0.004 1.4 1.8\n") +
+               table("directions", "from to value sigma\nA B 0 0.001\nA C 100 0.001\n") +
+               table("vertical_angles", "from to value sigma h1 h2\nA B 98.5 0.001 1.5 1.6\n"
+                                        "B A 101.4 0.002 1.4 1.7\n"));
+    const ClosureResult c = only_of(text, "heights");
+    const double sum = 300.02 * there - 0.1 + 300.03 * back - 0.3;
+    EXPECT_NEAR(std::fabs(c.misclosure), std::fabs(sum), 1e-9);
+    const double variance = std::pow(there * 0.003, 2) + std::pow(300.02 * across * 0.001 * gon, 2) +
+                            std::pow(back * 0.004, 2) + std::pow(300.03 * across_back * 0.002 * gon, 2);
+    EXPECT_NEAR(c.limit, limit1 * std::sqrt(variance), 1e-5 * c.limit);
+    EXPECT_EQ(c.rows.size(), 4u);
+}
+
+// A line of levels does not become one of trigonometric heights, though a sight stands beside it.
+TEST(Closures, OfSightsStandBesideThoseOfLevelling)
+{
+    const SolvedNetwork solved = solve_text(
+        network(3, table("stations", "name x y z code\nA 0 0 10 fixed\n") +
+                       table("targets", "name x y z code\nB 300 0 12 fixed\nC 0 300 12 fixed\nP 150 150 11 free\n") +
+                       table("distances", "from to value sigma\nA P 212.135 0.003\n") +
+                       table("directions", "from to value sigma\nA B 0 0.001\nA P 50 0.001\nA C 100 0.001\n") +
+                       table("vertical_angles", "from to value sigma\nA P 99.7 0.001\n") +
+                       table("height_differences", "from to value sigma\nA P 1.001 0.001\nP B 1.001 0.001\n")));
+    EXPECT_NEAR(std::fabs(only(solved.results(), "levelling").misclosure), 0.002, 1e-9);
+    const ClosureResult sight = only(solved.results(), "heights");
+    EXPECT_NEAR(std::fabs(sight.misclosure), std::fabs(212.135 * std::cos(99.7 * gon) - 1.001), 1e-9);
+    EXPECT_EQ(sight.rows.size(), 3u);
+}
+
+// Above a sphere the height is d tan e + (1 - k) d^2 / (2 R), with k the coefficient of refraction.
+TEST(Closures, OfLongSightsTakeTheCurvatureOfTheEarth)
+{
+    const auto closure = [](const char *earth, const char *refraction) {
+        return only_of("[run]\ndimension = 3\n" + std::string(earth) + "[tables]\n" +
+                           table("stations", "name x y z code\nA 0 0 100 fixed\n") +
+                           table("targets", "name x y z code\nB 2000 0 100 fixed\nP 2000 10 100 free\n") +
+                           table("horizontal_distances",
+                                 "from to value sigma\nA B 2000 0.003\nA P 2000 0.003\nB P 10 0.003\n") +
+                           table("vertical_angles", std::string("from to value sigma refraction\nA B 100.001 0.001 ") +
+                                                        refraction + "\n") +
+                           table("height_differences", "from to value sigma\nB P 0 0.001\n"),
+                       "heights")
+            .misclosure;
+    };
+    const double level = 2000 * std::tan(-0.001 * gon), bend = 2000.0 * 2000.0 / (2 * 6371000.0);
+    EXPECT_NEAR(closure("", "-"), level, 1e-9);
+    EXPECT_NEAR(closure("", "0.13"), level - 0.13 * bend, 1e-9);
+    EXPECT_NEAR(closure("[earth]\nmodel = \"mixed\"\n", "0.13"), level + 0.87 * bend, 1e-9);
+}
+
+// Baselines are geocentric and fixed points in a grid, whose scale is another: the example was simulated without gross
+// errors.
+TEST(Closures, OnTheEarthTakeItForWhatItIs)
+{
+    if (!has_proj()) GTEST_SKIP() << "built without PROJ";
+    for (const char *name : {"utm_space", "utm_traverse"}) {
+        const SolvedNetwork solved = solve_file(std::string(SOURCE_DIR) + "/examples/" + name + ".inp");
+        size_t found = 0;
+        for (const ClosuresResult &c : solved.results().closures) {
+            found += c.found;
+            EXPECT_EQ(c.beyond, 0u) << name << " " << c.kind;
+        }
+        EXPECT_GE(found, 4u) << name;
+    }
 }
 
 TEST(Closures, OfBaselinesHaveALimitInTheirDirection)

@@ -1,0 +1,40 @@
+# Writes the page for browsers, one file with the program and the examples in it:
+#   cmake -DHOUSE=. -DPROGRAM=program.js -DVERSION=0.1.0 -DOUTPUT=vorn.html -P web/assemble.cmake
+cmake_minimum_required(VERSION 3.25)
+
+# An element of a script ends at its first end tag, and reads comments of its own.
+function(read_text name path)
+  file(READ ${path} text)
+  if(text MATCHES "</[sS][cC][rR][iI][pP][tT]|<!--")
+    message(FATAL_ERROR "${path} cannot stand in an element of a page")
+  endif()
+  set(${name} "${text}" PARENT_SCOPE)
+endfunction()
+
+# Those that need no register of reference systems, with the files of the folders of their names.
+file(GLOB networks ${HOUSE}/examples/*.inp)
+set(examples "")
+foreach(network IN LISTS networks)
+  read_text(text ${network})
+  if(text MATCHES "\n\\[crs\\]")
+    continue()
+  endif()
+  cmake_path(GET network STEM name)
+  file(GLOB beside ${HOUSE}/examples/${name}/*)
+  foreach(path IN ITEMS ${network} ${beside})
+    read_text(text ${path})
+    cmake_path(RELATIVE_PATH path BASE_DIRECTORY ${HOUSE}/examples OUTPUT_VARIABLE short)
+    string(APPEND examples "<script type=\"text/plain\" data-example=\"${short}\">${text}</script>\n")
+  endforeach()
+endforeach()
+
+file(READ ${HOUSE}/web/page.html page)
+file(READ ${HOUSE}/web/style.css style)
+read_text(script ${HOUSE}/web/page.js)
+read_text(worker ${HOUSE}/web/worker.js)
+read_text(program ${PROGRAM})
+string(REPLACE "@version@" "${VERSION}" page "${page}")
+foreach(part style script worker examples program)
+  string(REPLACE "@${part}@" "${${part}}" page "${page}")
+endforeach()
+file(WRITE ${OUTPUT} "${page}")
