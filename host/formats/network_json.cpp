@@ -16,7 +16,7 @@ namespace {
 // Columns of which every cell is a text, one of figures too.
 bool holds_words(std::string_view column)
 {
-    static constexpr std::array<std::string_view, 13> words = {
+    static constexpr std::array<std::string_view, 15> words = {
         "name", "from", "to", "at", "third", "setup", "set", "id", "group", "remark", "file", "camera", "covariance"};
     return column == "station" || std::find(words.begin(), words.end(), column) != words.end();
 }
