@@ -70,7 +70,7 @@ std::string scientific(double value)
 
 std::string fixed(double value)
 {
-    const std::string digits = scientific(value);
+    std::string digits = scientific(value);
     const size_t e = digits.find('e');
     if (e == std::string::npos) return digits; // not finite
     const size_t point = digits.find('.');
