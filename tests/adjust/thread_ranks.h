@@ -69,19 +69,18 @@ public:
     }
     bool alone() const override { return is_alone; }
 
-    void sum(double *x, std::size_t n) override
+    void sum(double *x, std::size_t count) override
     {
-        const auto all = table.meet(self, std::vector<double>(x, x + n));
-        std::fill_n(x, n, 0.0);
+        const auto all = table.meet(self, std::vector<double>(x, x + count));
+        std::fill_n(x, count, 0.0);
         for (const std::vector<double> &one : all)
-            for (std::size_t i = 0; i < n; i++) x[i] += one[i];
+            for (std::size_t i = 0; i < count; i++) x[i] += one[i];
     }
 
-    void most(double *x, std::size_t n) override
+    void most(double *x, std::size_t count) override
     {
-        for (const std::vector<double> &one : table.meet(self, std::vector<double>(x, x + n)))
-            for (std::size_t i = 0; i < n; i++)
-                x[i] = std::fmax(x[i], std::isnan(one[i]) ? INFINITY : one[i]);
+        for (const std::vector<double> &one : table.meet(self, std::vector<double>(x, x + count)))
+            for (std::size_t i = 0; i < count; i++) x[i] = std::fmax(x[i], std::isnan(one[i]) ? INFINITY : one[i]);
     }
 
     void set_boundary(int count, const std::vector<int> &own_ones) override

@@ -21,8 +21,9 @@ std::vector<double> known_values(const va::Model &model, const Given &given, con
     std::vector<double> known(3 * (size_t)model.n_points, NAN);
     for (size_t i = 0; i < model.observations.size(); i++) {
         const va::Observation &o = model.observations[i];
-        if (o.use && !left_out[i] && o.kind == va::Kind::unknown && o.unknown < 3 * model.n_points)
-            known[(size_t)o.unknown] = o.value[0];
+        if (!o.use || left_out[i]) continue;
+        if (o.kind == va::Kind::unknown && o.unknown < 3 * model.n_points) known[(size_t)o.unknown] = o.value[0];
+        if (o.kind == va::Kind::position) std::copy(o.value, o.value + 3, &known[3 * (size_t)o.from]);
     }
     for (size_t u = 0; u < known.size(); u++) {
         if (given.coordinate[u] == Known::given) known[u] = model.value[u];
