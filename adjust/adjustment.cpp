@@ -258,12 +258,16 @@ Status Adjustment::find_precision()
     s.residuals = options.residuals;
     s.watch = options.watch;
     s.pairs = options.pairs;
+    s.weak_pairs = options.weak_pairs;
     s.joint = options.joint;
     s.together = options.together;
     if (options.forms) s.forms = options.forms(model);
     outcome.statistics = statistics(model, system, cofactors, s);
     make_whole();
     suspect(cofactors);
+    if (!options.classes.empty() && options.residuals)
+        outcome.traces =
+            redundancy_traces(system, outcome.statistics, options.classes, options.class_count, options.watch);
     if (options.watch.stopped()) return Status::stopped;
     const double variance = std::fmin(1.0, outcome.variance_factor); // a gross error makes no geometry weak
     outcome.weak = weak_motions(model, outcome.determinacy.datum, [&](double *x) {
@@ -294,6 +298,7 @@ Outcome Adjustment::run()
 Outcome adjust(Model *model, const Options &options)
 {
     if (!options.ranks) return Adjustment(model, options).run();
+    if (!options.classes.empty()) options.ranks->leave_to_first(); // it has the rows of all classes
     if (!options.ranks->alone() && options.ranks->size() > 1) {
         Options together = options;
         together.watch.stop = nullptr;

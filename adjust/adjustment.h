@@ -10,6 +10,7 @@
 #include "adjust/diagnosis.h"
 #include "adjust/iterate.h"
 #include "adjust/misclosures.h"
+#include "adjust/redundancy_traces.h"
 #include "adjust/statistics.h"
 #include "adjust/suspects.h"
 
@@ -21,7 +22,10 @@ struct Options {
     bool statistics = true; // false: values only
     bool residuals = true;  // false: no cofactors, redundancy numbers and tests of residuals
     std::vector<std::pair<int, int>> pairs; // points whose difference wants a covariance
+    int weak_pairs = 0;                     // how many of the worst known pairs of neighbours are wanted
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
+    std::vector<int> classes;               // [observations] for the redundancy traces, -1 for none; or empty
+    int class_count = 0;
     std::function<std::vector<Form>(const Model &)>
         forms;                              // of the adjusted model, whose standard deviations are wanted
     std::vector<std::vector<int>> together; // observations that are tested together, see StatisticsOptions
@@ -64,6 +68,7 @@ struct Outcome {
     double variance_factor = 1.0; // v^T P v / redundancy; 1 without redundancy or iteration
     Statistics statistics;        // where asked for
     std::vector<Suspect> suspects;
+    RedundancyTraces traces; // of the classes
     std::vector<WeakMotion>
         weak; // turns and scale that the observations determine badly, where statistics are asked for
 };

@@ -49,6 +49,29 @@ void scale(Model *model, const std::vector<int> &of, int c, double f)
     }
 }
 
+// sqrt((h^-1)_cc / 2) of each estimated class, by the rows of the others struck; none where h is singular.
+void find_deviations(const RedundancyTraces &traces, std::vector<Component> *components)
+{
+    std::vector<int> chosen;
+    for (int c = 0; c < traces.count; c++)
+        if ((*components)[c].estimated) chosen.push_back(c);
+    const int n = (int)chosen.size();
+    std::vector<double> l;
+    l.reserve((std::size_t)n * n);
+    for (const int c : chosen)
+        for (const int d : chosen) l.push_back(traces(c, d));
+    if (traces.h.empty() || !cholesky(n, l.data())) return;
+    for (int i = 0; i < n; i++) {
+        std::vector<double> e(n, 0.0);
+        e[i] = 1.0;
+        forward_substitute(n, l.data(), 1, e.data());
+        double inverse = 0.0;
+        for (const double x : e) inverse += x * x;
+        Component &k = (*components)[chosen[i]];
+        k.deviation = k.factor * std::sqrt(0.5 * inverse);
+    }
+}
+
 } // namespace
 
 std::vector<Component> component_sums(const Model &model, const Outcome &outcome, const std::vector<int> &of, int count)
@@ -90,13 +113,16 @@ ComponentEstimate estimate_components(Model *model, Outcome *outcome, const Opti
             scale(model, of, c, f);
             factor[c] *= f;
         }
-        Outcome next = adjust(model, options);
+        Options last = options;
+        if (out.converged || round + 1 == limits.rounds) last.classes = of, last.class_count = count;
+        Outcome next = adjust(model, last);
         out.stopped = next.status != Status::adjusted;
         if (out.stopped) return out;
         *outcome = std::move(next);
         if (out.converged) break;
     }
     for (int c = 0; c < count; c++) out.components[c].factor = factor[c];
+    find_deviations(outcome->traces, &out.components);
     return out;
 }
 

@@ -3,7 +3,9 @@
 //   s_c^2 = (v^T P v)_c / r_c,  r_c = sum of the redundancy numbers of the class,
 // and again with standard deviations times s_c until all s_c are 1 (Foerstner, Ein Verfahren zur Schaetzung von
 // Varianz- und Kovarianzkomponenten, AVN 86, 1979, 446-453: the end of it is that of Helmert's estimation). The
-// standard deviation of a factor is s / sqrt(2 r), as of a variance of r degrees of freedom.
+// standard deviation of a factor is s sqrt((h^-1)_cc / 2), h the redundancy traces of the classes that are estimated:
+// that of restricted maximum likelihood, which the estimate is. s / sqrt(2 r), of a class that shares no redundancy
+// with others, is its least value.
 
 #ifndef VORNADJUST_COMPONENTS_H
 #define VORNADJUST_COMPONENTS_H
@@ -25,6 +27,7 @@ struct Component {
     double redundancy = 0.0; // of the last round
     double squares = 0.0;    // v^T P v of the last round
     double factor = 1.0;     // of the standard deviations of the model as it came
+    double deviation = 0.0;  // of the factor; 0 where the classes cannot be told apart
     bool estimated = false;  // false: too little redundancy, or no errors at all
 };
 

@@ -352,6 +352,76 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
     return c;
 }
 
+// The same of two points that a row sees, whose columns share it: without a solve.
+Covariance neighbour_cofactors(const System &s, const Cofactors &cofactors, const Statistics &result, int p, int q)
+{
+    int columns[6], axes_p[3], axes_q[3];
+    double all[36], cross[9];
+    const int np = point_unknowns(s, p, columns, axes_p), nq = point_unknowns(s, q, columns + np, axes_q), n = np + nq;
+    for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
+    cofactors.block(n, columns, all);
+    for (int i = 0; i < np; i++)
+        for (int j = 0; j < nq; j++) cross[i * nq + j] = all[i * n + np + j];
+    Covariance c;
+    for (int k = 0; k < 6; k++) c[k] = result.points[p][k] + result.points[q][k];
+    add(np, axes_p, nq, axes_q, cross, -2.0, &c);
+    return c;
+}
+
+// Pairs of points that usable rows see, each once.
+std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations &e)
+{
+    std::vector<std::pair<int, int>> pairs;
+    pairs.reserve(e.rows());
+    for (int r = 0; r < e.rows(); r++) {
+        const Observation &o = model.observations[e.observation[r]];
+        if (!e.usable[r] || e.component[r] > 0 || o.kind == Kind::unknown) continue;
+        if (o.from >= 0 && o.to >= 0 && o.from != o.to) pairs.push_back(std::minmax(o.from, o.to));
+    }
+    std::sort(pairs.begin(), pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    return pairs;
+}
+
+// The weakest pairs of all ranks; one that several ranks see stands once.
+void gather_pairs(const Share &share, int most, std::vector<WeakPair> *weak)
+{
+    if (!share.shared()) return;
+    std::vector<double> told((std::size_t)share.ranks->size() * most * 4, 0.0);
+    double *at = told.data() + (std::size_t)share.ranks->own() * most * 4;
+    for (const WeakPair &w : *weak)
+        for (const double x : {w.a, w.b, w.from + 1.0, w.to + 1.0}) *at++ = x;
+    share.sum(&told);
+    weak->clear();
+    for (std::size_t i = 0; i < told.size(); i += 4)
+        if (told[i + 2] > 0.0) weak->push_back({(int)told[i + 2] - 1, (int)told[i + 3] - 1, told[i], told[i + 1]});
+    const auto points = [](const WeakPair &w) { return std::make_pair(w.from, w.to); };
+    std::sort(weak->begin(), weak->end(), [&](const WeakPair &x, const WeakPair &y) { return points(x) < points(y); });
+    const auto same = [&](const WeakPair &x, const WeakPair &y) { return points(x) == points(y); };
+    weak->erase(std::unique(weak->begin(), weak->end(), same), weak->end());
+    std::stable_sort(weak->begin(), weak->end(), [](const WeakPair &x, const WeakPair &y) { return x.a > y.a; });
+    if ((int)weak->size() > most) weak->resize(most);
+}
+
+// Cofactors need `points`; semi-axes with sigma.
+std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const Cofactors &cofactors,
+                                    const Statistics &result, int most)
+{
+    std::vector<WeakPair> weak;
+    const auto worse = [](const WeakPair &p, const WeakPair &q) { return p.a > q.a; };
+    for (const auto &pair : neighbours(model, s.equations)) {
+        const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
+        const bool heights = model.frame.space == Space::heights;
+        const Ellipse e = heights ? Ellipse{std::sqrt(std::fmax(0.0, c[5])), 0.0, 0.0} : ellipse(c[0], c[1], c[3]);
+        if ((int)weak.size() == most && !(e.a * result.sigma > weak.back().a)) continue;
+        const WeakPair found{pair.first, pair.second, e.a * result.sigma, e.b * result.sigma};
+        weak.insert(std::upper_bound(weak.begin(), weak.end(), found, worse), found);
+        if ((int)weak.size() > most) weak.pop_back();
+    }
+    gather_pairs(s.share, most, &weak);
+    return weak;
+}
+
 // Full covariance of some unknowns, 0 for held ones.
 std::vector<double> joint_cofactors(const System &s, const Cofactors &cofactors, const std::vector<int> &unknowns)
 {
@@ -460,6 +530,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
         s.pairs.push_back(pair_cofactors(system, cofactors, s, pair.first, pair.second));
     for (const Form &form : options.forms)
         s.forms.push_back(s.sigma * std::sqrt(form_cofactor(model, cofactors, form)));
+    if (options.weak_pairs > 0) s.weak_pairs = weakest_pairs(model, system, cofactors, s, options.weak_pairs);
     scale(s.sigma * s.sigma, &s.points);
     scale(s.sigma * s.sigma, &s.pairs);
     s.joint = joint_cofactors(system, cofactors, options.joint);

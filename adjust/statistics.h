@@ -73,11 +73,27 @@ Ellipse ellipse(double qxx, double qxy, double qyy);
 // Covariances of three coordinates: xx, xy, xz, yy, yz, zz; 0 for a coordinate that is held.
 using Covariance = std::array<double, 6>;
 
+// Semi-axes in space, the longest first, and their directions as unit vectors.
+struct ErrorEllipsoid {
+    double axis[3] = {0.0, 0.0, 0.0};
+    double direction[3][3] = {};
+};
+
+ErrorEllipsoid error_ellipsoid(const Covariance &c);
+
+// Two points that a row sees, by the semi-axes of their relative ellipse, or by the standard deviation of their height
+// difference (b is 0).
+struct WeakPair {
+    int from, to;
+    double a, b;
+};
+
 struct Statistics {
     double sigma = 1.0;                    // root of the variance factor that the standard deviations below contain
     std::vector<double> deviation;         // [unknowns] standard deviations; 0 for what is held
     std::vector<Covariance> points;        // [points]
     std::vector<Covariance> pairs;         // [pairs] of the difference second - first
+    std::vector<WeakPair> weak_pairs;      // those with the largest a, the worst first
     std::vector<double> forms;             // standard deviations of linear functions of the unknowns, as asked for
     std::vector<double> joint;             // [joint][joint] cofactors (variance factor 1); 0 for what is held
     std::vector<RowStatistics> rows;       // [rows]; empty when not asked for
@@ -90,6 +106,7 @@ struct StatisticsOptions {
     bool residuals = true;
     Watch watch;                            // rows without statistics are missing where it stops
     std::vector<std::pair<int, int>> pairs; // of points
+    int weak_pairs = 0;                     // how many are wanted
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
     std::vector<Form> forms;                // whose standard deviations are wanted; a solve each
     // Observations that are tested together: of one correlated group, or without any; each once, their unknowns with

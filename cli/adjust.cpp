@@ -6,6 +6,7 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "host/formats/recognise.h"
@@ -20,6 +21,7 @@
 #include "host/results/json_writer.h"
 #include "host/results/kml_writer.h"
 #include "host/results/output_file.h"
+#include "host/results/side_tables.h"
 #include "host/results/svg_writer.h"
 #include "host/results/updated_network.h"
 #include "host/results/verdict.h"
@@ -45,24 +47,35 @@ struct Inputs {
 // A text that is made of results beside report and JSON: what, which file, the text.
 struct View {
     const char *words;
-    std::string Options::*file;
+    std::string (*file)(const Options &options);
     std::string (*text)(const Options &options, const Model &model, const Results &results, const Inputs &inputs);
     bool only_adjusted = false; // there is none of a network that was not adjusted
 };
 
 const View views[] = {
-    {"HTML", &Options::html,
+    {"HTML", [](const Options &o) { return o.html; },
      [](const Options &, const Model &, const Results &r, const Inputs &i) { return to_html(r, i.lines, utc_now()); }},
-    {"GeoJSON", &Options::geojson,
+    {"GeoJSON", [](const Options &o) { return o.geojson; },
      [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_geojson(r, o.axes); }},
-    {"KML", &Options::kml, [](const Options &, const Model &, const Results &r, const Inputs &) { return to_kml(r); }},
-    {"DXF", &Options::dxf,
+    {"KML", [](const Options &o) { return o.kml; },
+     [](const Options &, const Model &, const Results &r, const Inputs &) { return to_kml(r); }},
+    {"DXF", [](const Options &o) { return o.dxf; },
      [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_dxf(r, o.axes); }},
-    {"SVG", &Options::svg,
+    {"SVG", [](const Options &o) { return o.svg; },
      [](const Options &o, const Model &, const Results &r, const Inputs &) { return to_svg(r, o.axes); }},
-    {"network file", &Options::update,
+    {"network file", [](const Options &o) { return o.update; },
      [](const Options &, const Model &m, const Results &r, const Inputs &i) {
          return updated_network(i.network, m, r);
+     },
+     true},
+    {"table of rows left out", [](const Options &o) { return o.left_out; },
+     [](const Options &, const Model &m, const Results &r, const Inputs &) { return left_out_table(m, r); }, true},
+    {"covariances", [](const Options &o) { return o.covariance.empty() ? std::string() : o.covariance[1]; },
+     [](const Options &, const Model &m, const Results &r, const Inputs &) { return covariance_matrix(m, r); }, true},
+    {"coordinates",
+     [](const Options &o) { return o.covariance.empty() ? std::string() : coordinates_file(o.covariance[1]); },
+     [](const Options &o, const Model &m, const Results &r, const Inputs &) {
+         return covariance_coordinates(m, r, covariance_name(o.covariance[1]));
      },
      true}};
 
@@ -77,7 +90,7 @@ struct Outputs {
             spool.reset(temporary_file());
         if (!options.json.empty() && !json_shown(options)) json = std::make_unique<OutputFile>(options.json);
         for (const View &view : views)
-            seen.push_back((options.*view.file).empty() ? nullptr : std::make_unique<OutputFile>(options.*view.file));
+            seen.push_back(view.file(options).empty() ? nullptr : std::make_unique<OutputFile>(view.file(options)));
         if (!options.csv.empty()) make_folder(options.csv);
         for (const OutputFile *file : {report.get(), json.get()}) remove_if_interrupted(file);
         for (const auto &file : seen) remove_if_interrupted(file.get());
@@ -169,7 +182,7 @@ std::vector<std::filesystem::path> sources(const Model &model)
 bool would_overwrite(const Options &options, const std::vector<std::filesystem::path> &inputs)
 {
     std::vector<std::pair<std::string, std::string>> outputs = {{"report", options.report}, {"JSON", options.json}};
-    for (const View &view : views) outputs.emplace_back(view.words, options.*view.file);
+    for (const View &view : views) outputs.emplace_back(view.words, view.file(options));
     for (size_t i = 0; i < outputs.size(); i++) {
         const auto &[words, file] = outputs[i];
         if (file.empty()) continue;
@@ -202,17 +215,17 @@ bool cannot_be_drawn(const Options &options, const Model &model)
 
 bool update_refused(const Options &options, const Model &model)
 {
-    if (options.update.empty()) return false;
+    if (options.update.empty() && options.left_out.empty()) return false;
     const char *reason = nullptr;
     if (options.network == "-" || recognise_file(options.network))
         reason = "needs a network file; import it first";
-    else if (model.files.size() > 1 &&
+    else if (!options.update.empty() && model.files.size() > 1 &&
              !same_file(std::filesystem::absolute(std::filesystem::path(options.folder) / options.update)
                             .parent_path()
                             .string(),
                         std::filesystem::absolute(options.network).parent_path()))
         reason = "has to stand beside the network file, which names other files";
-    if (reason) fprintf(stderr, "vorn: --update %s\n", reason);
+    if (reason) fprintf(stderr, "vorn: %s %s\n", options.update.empty() ? "--left-out" : "--update", reason);
     return reason;
 }
 
@@ -251,6 +264,21 @@ bool fails(const Options &options, const Results &results)
     return asked("unchecked") && (!results.tests || results.tests->unchecked > 0);
 }
 
+// A file that cannot be made: nothing is written.
+int refused(Console &console, const std::string &network, const std::runtime_error &error)
+{
+    console.finish();
+    fprintf(stderr, "vorn: %s: %s\n", network.c_str(), error.what());
+    return STATUS_USAGE;
+}
+
+// What the tests left out and the table of --left-out cannot name.
+void show_left_out_elsewhere(const Options &options, const Results &results)
+{
+    if (options.left_out.empty()) return;
+    for (const std::string &line : left_out_elsewhere(results)) fprintf(stderr, "vorn: %s\n", line.c_str());
+}
+
 // Results that are not numbers are no results.
 int check_numbers(const Results &results, const RunOutcome &outcome)
 {
@@ -285,9 +313,9 @@ int adjust(const Options &options)
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {
-        console.finish();
-        fprintf(stderr, "vorn: %s: %s\n", options.network.c_str(), error.what());
-        return STATUS_USAGE;
+        return refused(console, options.network, error);
+    } catch (const SideTableError &error) {
+        return refused(console, options.network, error);
     }
     if (interrupts.came()) {
         console.finish();
@@ -305,6 +333,7 @@ int adjust(const Options &options)
     }
     show_accounts(options, outcome);
     show_verdict(options, results);
+    show_left_out_elsewhere(options, results);
     const int status = close_run(outcome);
     const int numbers = results.adjusted ? check_numbers(results, outcome) : STATUS_ADJUSTED;
     outputs.finish_results(options, results);

@@ -4,12 +4,16 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "commands.h"
 #include "host/formats/import.h"
+#include "host/input/names.h"
 #include "host/input/network_file.h"
 #include "host/results/output_file.h"
+#include "host/results/side_tables.h"
 
 using namespace vornhost;
 
@@ -26,13 +30,15 @@ bool apply_tests(const Options &options, Model &model)
 {
     model.tests.snoop = options.snoop;
     if (options.robust) model.tests.robust = *options.robust;
-    const bool asked = options.snoop || options.robust || !options.fail_on.empty();
+    const bool asked = options.snoop || options.robust || !options.fail_on.empty() || !options.left_out.empty();
     if (model.solver != Solver::Sparse) {
         if (model.tests.given) return refuse("[tests] of the network file is for the solver sparse; leave it out");
         if (model.derived.size() > 0) return refuse("table derived is for the solver sparse; leave it out");
         if (asked) return refuse("--snoop, --robust and --fail-on are for the solver sparse; leave them out");
         return true;
     }
+    if (!options.left_out.empty() && !options.snoop)
+        return refuse("--left-out is what --snoop leaves out; add --snoop");
     if (options.snoop && options.robust) return refuse("--snoop and --robust cannot both be; choose one");
     const bool tested = model.mode == Mode::Statistics && model.residual_statistics;
     if ((options.snoop || !options.fail_on.empty()) && !tested)
@@ -42,6 +48,36 @@ bool apply_tests(const Options &options, Model &model)
     if (options.robust && model.mode == Mode::Propagation)
         return refuse("--robust has no residuals in mode propagation; leave it out");
     return true;
+}
+
+std::vector<std::string> words_of(const std::string &text)
+{
+    std::vector<std::string> words;
+    for (size_t at = 0; at <= text.size();) {
+        const size_t end = std::min(text.find(',', at), text.size());
+        if (end > at) words.push_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    return words;
+}
+
+// The points whose covariances are asked for.
+bool apply_covariance(const Options &options, Model &model)
+{
+    if (options.covariance.empty()) return true;
+    if (model.solver != Solver::Sparse || model.mode != Mode::Statistics)
+        return refuse("--covariance is for the solver sparse in mode statistics; leave it out");
+    std::set<std::string> known;
+    for (const station_input &s : model.stations.records) known.insert(shown_name(model, s.name));
+    for (const target_input &t : model.targets.records) known.insert(shown_name(model, t.name));
+    model.covariance_points = words_of(options.covariance[0]);
+    for (const std::string &name : model.covariance_points)
+        if (known.count(name) == 0)
+            return refuse(("--covariance: there is no point " + name + "; name points of the network").c_str());
+    if (model.covariance_points.size() * (size_t)model.p.dim <= most_covariances) return true;
+    return refuse(("--covariance: more than " + std::to_string(most_covariances) +
+                   " coordinates, whose covariances are a full matrix; name fewer points")
+                      .c_str());
 }
 
 bool apply(const Options &options, Model &model)
@@ -56,7 +92,7 @@ bool apply(const Options &options, Model &model)
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
         return false;
     }
-    if (!apply_tests(options, model)) return false;
+    if (!apply_tests(options, model) || !apply_covariance(options, model)) return false;
     const bool tested = model.solver == Solver::Sparse && model.mode == Mode::Statistics && model.residual_statistics;
     if (options.components && !tested)
         return refuse("--components is for the solver sparse in mode statistics, with statistics of residuals");

@@ -229,6 +229,17 @@ void add_adjust(CLI::App &app, Options &options)
                      "no redundancy numbers and tests of residuals (solver sparse)");
     adjust->add_flag("--snoop", options.snoop,
                      "leave out the worst observation and adjust again, until none is suspicious (solver sparse)");
+    adjust->add_option("--left-out", options.left_out, "what --snoop leaves out, as a table that network files read")
+        ->check(not_empty)
+        ->type_name("FILE");
+    adjust
+        ->add_option(
+            "--covariance", options.covariance,
+            "covariances of these points, names with commas between, in FILE, and their coordinates in a table "
+            "beside it, for another network file (solver sparse)")
+        ->expected(2)
+        ->check(not_empty)
+        ->type_name("NAMES FILE");
     add_word(adjust, "--robust", options.robust, estimators, "weights that fall with the residuals (solver sparse)");
     adjust
         ->add_option("--fail-on", options.fail_on,
@@ -314,6 +325,15 @@ void add_compare(CLI::App &app, Options &options)
     compare->add_flag("--held", c.epochs.held, "coordinates that the files hold stay held; they are free without it");
     compare->add_option("--points", c.epochs.points, "compare these points alone, names with commas between them")
         ->delimiter(',')
+        ->type_name("NAMES");
+    compare
+        ->add_option_function<std::vector<std::string>>(
+            "--strain",
+            [&c](const std::vector<std::string> &groups) {
+                for (const std::string &group : groups) c.groups.push_back(CLI::detail::split(group, ','));
+            },
+            "extension, shear and turn of the group of these points, names with commas between; may be repeated")
+        ->allow_extra_args(false)
         ->type_name("NAMES");
     compare->add_option("--dates", c.epochs.dates, "dates of the epochs, instead of those in the files")
         ->delimiter(',')

@@ -53,6 +53,8 @@ struct Options {
     bool brief = false; // report without the tables of observations
     bool no_residual_statistics = false;
     bool snoop = false;
+    std::string left_out;                // table of the rows that --snoop leaves out
+    std::vector<std::string> covariance; // names of points with commas between, and the file of their covariances
     std::optional<vornhost::Robust> robust;
     std::vector<std::string> fail_on; // "test", "suspects", "unchecked"
     std::optional<vornhost::Components> components;

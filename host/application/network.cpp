@@ -7,6 +7,7 @@
 #include <new>
 
 #include "host/application/array_text.h"
+#include "host/application/read_access.h"
 #include "host/formats/import.h"
 #include "host/input/names.h"
 #include "host/input/network_file.h"
@@ -19,15 +20,6 @@
 #include "vorn/version.h"
 
 namespace vornapi {
-
-struct Network::Read {
-    vornhost::Model model;
-    bool from_file = false; // whose lines can be read again
-};
-
-struct ReadAccess {
-    static Reading finish(vornhost::Model model, const vornhost::Faults &faults, bool read, bool from_file = false);
-};
 
 namespace {
 
@@ -96,16 +88,6 @@ Residual residual_of(const vornhost::Results &results, const vornhost::ResidualR
     r.redundancy = from.redundancy;
     r.normalised = from.normalised;
     return r;
-}
-
-// The first word is what is wrong, the others say what would be right.
-std::vector<Fault> why_not(const std::string &file, const std::vector<std::string> &words)
-{
-    Fault fault;
-    fault.file = file;
-    if (!words.empty()) fault.sentence = words[0];
-    for (size_t i = 1; i < words.size(); i++) fault.remedy += (i > 1 ? "; " : "") + words[i];
-    return {fault};
 }
 
 Result result_of(vornhost::Results &&all)
@@ -179,6 +161,15 @@ Result adjust_model(vornhost::Model model, bool from_file, const Options &option
 }
 
 } // namespace
+
+std::vector<Fault> why_not(const std::string &file, const std::vector<std::string> &words)
+{
+    Fault fault;
+    fault.file = file;
+    if (!words.empty()) fault.sentence = words[0];
+    for (size_t i = 1; i < words.size(); i++) fault.remedy += (i > 1 ? "; " : "") + words[i];
+    return {fault};
+}
 
 std::string Fault::text() const
 {

@@ -6,6 +6,7 @@
 
 #include "adjust/statistics.h"
 #include "host/input/date.h"
+#include "host/results/test_limits.h"
 
 namespace vornhost {
 
@@ -15,6 +16,8 @@ namespace va = vornadjust;
 
 // Eigenvalues of cofactors beside the largest of the block: what is below is rounding.
 constexpr double no_variance = 1e-10;
+// Departures that are tried again; each costs as much as leaving all the others out.
+constexpr size_t most_tried = 20;
 
 // v^T Q^+ v of a block of cofactors by rows, and the rank of Q.
 va::Squares squares_of(const std::vector<double> &v, const std::vector<double> &q, double scale)
@@ -46,6 +49,10 @@ private:
     void find_variance();
     void compare_variances();
     bool localise();
+    void try_again(const va::Congruence &all, const va::Congruence &without);
+    void strains();
+    bool group_of(const std::vector<std::string> &names, std::vector<size_t> *points);
+    Strain strain_of(const std::vector<size_t> &group, size_t epoch) const;
     int next_to_leave(const va::Congruence &congruence) const;
     FisherTest tested(const va::Squares &s) const { return fisher_test(s.q, s.h, out.factor, options.level); }
     void shifts();
@@ -110,11 +117,36 @@ int Comparing::next_to_leave(const va::Congruence &congruence) const
     return best;
 }
 
+// Points that were left out first may only have suffered from the others: one after the other is tried with those that
+// stayed. It is stable when all together pass, and it alone beside the others.
+void Comparing::try_again(const va::Congruence &all, const va::Congruence &without)
+{
+    std::vector<int> away;
+    for (const Departure &d : out.departures)
+        for (int p = 0; p < numbers.points(); p++)
+            if (!without.has(p) && epochs.points[(size_t)p].name == d.point) away.push_back(p);
+    const std::vector<int> candidates(away.begin(), away.begin() + (std::ptrdiff_t)std::min(away.size(), most_tried));
+    for (const int candidate : candidates) {
+        if (candidate == candidates.back() && candidates.size() == away.size() && out.taken_again.empty())
+            break; // with the last one the test failed before
+        va::Congruence with = all;
+        for (const int p : away)
+            if (p != candidate) with.remove(p);
+        const FisherTest together = tested(with.test());
+        if (!together.passed() || !tested(with.share(candidate)).passed()) continue;
+        out.stable = together;
+        stayed[(size_t)candidate] = 1;
+        out.taken_again.push_back(epochs.points[(size_t)candidate].name);
+        away.erase(std::find(away.begin(), away.end(), candidate));
+    }
+}
+
 // False when the cofactors cannot be used.
 bool Comparing::localise()
 {
     va::Congruence congruence(numbers);
     if (!congruence.good()) return false;
+    const va::Congruence all = congruence;
     out.congruence = out.stable = tested(congruence.test());
     while (!out.stable.passed()) {
         const int leaving = next_to_leave(congruence);
@@ -125,6 +157,7 @@ bool Comparing::localise()
         out.stable = tested(congruence.test());
     }
     for (int p = 0; p < numbers.points(); p++) stayed.push_back(congruence.has(p) ? 1 : 0);
+    if (out.stable_found) try_again(all, congruence);
     datum = va::stable_datum(numbers, stayed);
     if (out.stable_found && datum.carried) return true;
     out.stable_found = false;
@@ -241,6 +274,60 @@ void Comparing::velocities()
     for (size_t p = 0; p < out.points.size(); p++) out.points[p].velocity = velocity_of(p);
 }
 
+// The places of the names among the compared points; refuses what cannot be strained.
+bool Comparing::group_of(const std::vector<std::string> &names, std::vector<size_t> *points)
+{
+    for (const std::string &name : names) {
+        const auto at = std::find_if(epochs.points.begin(), epochs.points.end(),
+                                     [&](const ComparedPoint &p) { return p.name == name; });
+        const auto has = [&](int axis) { return std::count(at->axes.begin(), at->axes.end(), axis) > 0; };
+        if (at == epochs.points.end() || !has(0) || !has(1)) {
+            out.words = {"the strain of a group needs shifts in x and y of point " + name +
+                             ", which is not compared in them",
+                         "name points that stand in every file, of networks in plane or space"};
+            out.bad_input = true;
+            return false;
+        }
+        points->push_back((size_t)(at - epochs.points.begin()));
+    }
+    return true;
+}
+
+// Of points in the plane, or in space where all have three coordinates; in the order x, y, z.
+Strain Comparing::strain_of(const std::vector<size_t> &group, size_t epoch) const
+{
+    const int k =
+        std::all_of(group.begin(), group.end(), [&](size_t p) { return epochs.points[p].axes.size() == 3; }) ? 3 : 2;
+    std::vector<size_t> at;
+    std::vector<double> where, by, q;
+    for (const size_t p : group)
+        for (int a = 0; a < k; a++) {
+            at.push_back((size_t)(numbers.first[p] + a));
+            where.push_back(epochs.points[p].first[(size_t)a]);
+        }
+    const size_t n = (size_t)numbers.n();
+    va::Dense motions((int)at.size(), numbers.motions.cols);
+    const va::EpochValues &then = numbers.values[0], &now = numbers.values[epoch];
+    for (size_t i = 0; i < at.size(); i++) {
+        by.push_back(now.x[at[i]] - then.x[at[i]]);
+        for (const size_t j : at) q.push_back(then.q[at[i] * n + j] + now.q[at[i] * n + j]);
+        for (int c = 0; c < motions.cols; c++) motions((int)i, c) = numbers.motions((int)at[i], c);
+    }
+    return find_strain(k, where, by, q, motions, out.factor, options.level);
+}
+
+void Comparing::strains()
+{
+    for (const std::vector<std::string> &names : options.groups) {
+        GroupStrain group;
+        group.points = names;
+        std::vector<size_t> points;
+        if (!group_of(names, &points)) return;
+        for (size_t e = 1; e < numbers.values.size(); e++) group.epochs.push_back(strain_of(points, e));
+        out.strains.push_back(group);
+    }
+}
+
 Comparison Comparing::run()
 {
     out.words = epochs.words;
@@ -260,6 +347,7 @@ Comparison Comparing::run()
     }
     shifts();
     velocities();
+    strains();
     return std::move(out);
 }
 

@@ -12,14 +12,16 @@
 
 #include "host/epochs/epoch_networks.h"
 #include "host/epochs/fisher.h"
+#include "host/epochs/strain.h"
 #include "host/results/results.h"
 
 namespace vornhost {
 
 struct CompareOptions {
     EpochSettings epochs;
-    double level = usual_level; // of each test
-    bool apriori = false;       // the variance factor is 1 instead of that of the epochs
+    double level = usual_level;                   // of each test
+    bool apriori = false;                         // the variance factor is 1 instead of that of the epochs
+    std::vector<std::vector<std::string>> groups; // of points whose strain is wanted
 };
 
 // How far a point moved since the first epoch, against the points that stayed.
@@ -50,6 +52,11 @@ struct Departure {
     FisherTest before;
 };
 
+struct GroupStrain {
+    std::vector<std::string> points;
+    std::vector<Strain> epochs; // one for each behind the first
+};
+
 struct Comparison {
     std::vector<std::string> words; // why there is none
     bool bad_input = false, stopped = false;
@@ -65,10 +72,12 @@ struct Comparison {
     int coordinates = 0, open = 0; // compared; motions that some epoch leaves open
     FisherTest congruence;         // of all points
     std::vector<Departure> departures;
-    FisherTest stable;        // of those that stayed
-    bool stable_found = true; // false: no group of points passed; shifts are then against all of them
+    std::vector<std::string> taken_again; // departures that fit the others after all: they count as stable
+    FisherTest stable;                    // of those that stayed
+    bool stable_found = true;             // false: no group of points passed; shifts are then against all of them
     std::vector<PointComparison> points;
     std::set<std::pair<int, int>> sights; // pairs of points with an observation between them in some epoch
+    std::vector<GroupStrain> strains;
     std::vector<std::string> elsewhere, notes;
 
     bool made() const { return words.empty() && !stopped; }

@@ -88,6 +88,61 @@ void put(JsonText &json, const PointComparison &p)
     json.close();
 }
 
+void put(JsonText &json, const char *key, const StrainValue &v)
+{
+    json.key(key).open_object();
+    json.pair("value", v.value);
+    json.pair("standard_deviation", v.deviation);
+    json.close();
+}
+
+void put(JsonText &json, const Strain &s, size_t epoch)
+{
+    static const char *const plane[] = {"xx", "yy", "xy"}, *const space[] = {"xx", "yy", "zz", "xy", "xz", "yz"};
+    static const char *const turns[] = {"yz", "zx", "xy"};
+    json.open_object();
+    json.pair("epoch", (int)epoch);
+    put_names(json, "words", s.words);
+    if (s.made()) {
+        if (s.mean) put(json, "mean_extension", *s.mean);
+        json.key("elements").open_object();
+        for (size_t i = 0; i < s.elements.size(); i++) put(json, (s.dimension == 2 ? plane : space)[i], s.elements[i]);
+        json.close();
+        json.key("principal").open_array();
+        for (const StrainValue &v : s.principal) {
+            json.open_object();
+            json.pair("value", v.value);
+            json.pair("standard_deviation", v.deviation);
+            json.close();
+        }
+        json.close();
+        if (s.dimension == 2) json.pair("bearing", s.bearing);
+        put(json, "shear", s.shear);
+        json.key("turns").open_object();
+        for (size_t i = 0; i < s.turns.size(); i++)
+            if (s.turns[i]) put(json, turns[s.dimension == 2 ? 2 : i], *s.turns[i]);
+        json.close();
+        put(json, "strained", s.strained);
+        put(json, "homogeneous", s.homogeneous);
+    }
+    json.close();
+}
+
+void put_strains(JsonText &json, const Comparison &c)
+{
+    if (c.strains.empty()) return;
+    json.key("strains").open_array();
+    for (const GroupStrain &g : c.strains) {
+        json.open_object();
+        put_names(json, "points", g.points);
+        json.key("epochs").open_array();
+        for (size_t e = 0; e < g.epochs.size(); e++) put(json, g.epochs[e], e + 2);
+        json.close();
+        json.close();
+    }
+    json.close();
+}
+
 void put_results(JsonText &json, const Comparison &c)
 {
     json.pair("variance_factor", c.factor.value);
@@ -104,11 +159,13 @@ void put_results(JsonText &json, const Comparison &c)
         json.close();
     }
     json.close();
+    put_names(json, "taken_again", c.taken_again);
     put(json, "stable", c.stable);
     json.pair("stable_found", c.stable_found);
     json.key("points").open_array();
     for (const PointComparison &p : c.points) put(json, p);
     json.close();
+    put_strains(json, c);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // A comparison as the data of the page of results: the points at their places in the first epoch, with how far they
 // moved until each other one. The columns of what a comparison has not are empty.
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -108,7 +109,9 @@ json epochs(const Comparison &c)
 json departures(const Comparison &c)
 {
     json all = json::array();
-    for (const Departure &d : c.departures) all.push_back({{"point", d.point}, {"test", test_of(d.before)}});
+    for (const Departure &d : c.departures)
+        if (std::count(c.taken_again.begin(), c.taken_again.end(), d.point) == 0)
+            all.push_back({{"point", d.point}, {"test", test_of(d.before)}});
     return all;
 }
 

@@ -1,9 +1,11 @@
 #include "host/epochs/compare_report.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 #include "host/results/report_units.h"
+#include "host/results/test_limits.h"
 #include "host/results/text_table.h"
 
 namespace vornhost {
@@ -41,7 +43,7 @@ public:
 
     std::string text() const
     {
-        return head() + epochs() + congruence() + departures() + shifts() + velocities() + others() + "\n" +
+        return head() + epochs() + congruence() + departures() + shifts() + velocities() + strains() + others() + "\n" +
                underlined("Verdict", '-') + compare_verdict(c) + "\n";
     }
 
@@ -54,6 +56,8 @@ private:
     std::string shifts() const;
     std::string shifts_of(size_t epoch) const;
     std::string velocities() const;
+    std::string strains() const;
+    std::string strain(const Strain &s) const;
     std::string others() const;
     std::string level() const { return level_text(c.level); }
     std::string small(const std::optional<double> &x) const { return x ? units.small_length(*x) : ""; }
@@ -139,7 +143,10 @@ std::string Report::departures() const
         table.add({std::to_string(i + 1), d.point, decimal(d.before.value, 2), decimal(d.before.limit, 2),
                    probability(d.before.p)});
     }
-    return section(c.control ? "Which control points do not fit" : "Which points moved", table) +
+    std::string again;
+    for (const std::string &name : c.taken_again) again += (again.empty() ? "" : ", ") + name;
+    if (!again.empty()) again = "\nTried again with the others: " + again + " fits them after all.\n";
+    return section(c.control ? "Which control points do not fit" : "Which points moved", table) + again +
            "\nThe other points: " + words_of(c.stable) + "\n" +
            (c.stable_found
                 ? ""
@@ -210,6 +217,53 @@ std::string Report::velocities() const
     return section("Velocities through all epochs", table);
 }
 
+// Strains and turns in millionths.
+std::string Report::strain(const Strain &s) const
+{
+    if (!s.made()) return "  " + s.words[0] + "; " + s.words[1] + "\n";
+    const auto ppm = [](const StrainValue &v) {
+        return std::vector<std::string>{decimal(1e6 * v.value, 2), decimal(1e6 * v.deviation, 2)};
+    };
+    TextTable table({{"", "", Align::left}, {"value", "ppm"}, {"standard deviation", "ppm"}});
+    const auto add = [&](const std::string &what, const StrainValue &v) { table.add({what, ppm(v)[0], ppm(v)[1]}); };
+    static const char *const plane[] = {"exx", "eyy", "exy"}, *const space[] = {"exx", "eyy", "ezz",
+                                                                                "exy", "exz", "eyz"};
+    if (s.mean) add("mean extension", *s.mean);
+    for (size_t i = 0; i < s.elements.size(); i++) add((s.dimension == 2 ? plane : space)[i], s.elements[i]);
+    for (size_t i = 0; i < s.principal.size(); i++)
+        add("extension " + std::to_string(i + 1) +
+                (s.dimension == 2 ? ", bearing " + units.bearing(s.bearing + (i == 1 ? 2.0 * std::atan(1.0) : 0.0)) +
+                                        " " + units.angle_name()
+                                  : ""),
+            s.principal[i]);
+    add("largest shear", s.shear);
+    static const char *const turns[] = {"turn from y to z", "turn from z to x", "turn from x to y"};
+    for (size_t i = 0; i < s.turns.size(); i++)
+        if (s.turns[i]) add(turns[s.dimension == 2 ? 2 : i], *s.turns[i]);
+    std::string text = table.text();
+    if (!s.mean) text += "The scale is open: extensions are those beside the mean one, which nothing tells.\n";
+    text += "Did the group keep its shape? " + words_of(s.strained) + ": " +
+            (s.strained.passed() ? "nothing speaks against it\n" : "no\n");
+    if (!s.homogeneous.made()) return text;
+    return text + "Was it strained alike everywhere? " + words_of(s.homogeneous) + ": " +
+           (s.homogeneous.passed() ? "nothing speaks against it\n" : "no\n");
+}
+
+std::string Report::strains() const
+{
+    std::string text;
+    for (const GroupStrain &g : c.strains) {
+        std::string names;
+        for (const std::string &name : g.points) names += (names.empty() ? "" : ", ") + name;
+        for (size_t e = 0; e < g.epochs.size(); e++)
+            text +=
+                "\n" +
+                underlined("Strain of " + names + " from " + c.epochs[0].file + " to " + c.epochs[e + 1].file, '-') +
+                strain(g.epochs[e]);
+    }
+    return text;
+}
+
 std::string Report::others() const
 {
     std::string text;
@@ -233,8 +287,13 @@ std::string compare_verdict(const Comparison &c)
         return c.control ? "The control points do not fit, and no group of them fits together."
                          : "The points moved, and no group of them kept its shape.";
     std::string names;
-    for (const Departure &d : c.departures) names += (names.empty() ? "" : ", ") + d.point;
-    return std::to_string(c.departures.size()) + " of " + std::to_string(c.points.size()) +
+    size_t count = 0;
+    for (const Departure &d : c.departures) {
+        if (std::count(c.taken_again.begin(), c.taken_again.end(), d.point) > 0) continue;
+        names += (names.empty() ? "" : ", ") + d.point;
+        count++;
+    }
+    return std::to_string(count) + " of " + std::to_string(c.points.size()) +
            (c.control ? " control points do not fit" : " points moved") + level + ": " + names;
 }
 

@@ -1,30 +1,11 @@
 #include "host/epochs/fisher.h"
 
 #include <algorithm>
-#include <boost/math/distributions/chi_squared.hpp>
-#include <boost/math/distributions/fisher_f.hpp>
 #include <cmath>
 
+#include "host/results/test_limits.h"
+
 namespace vornhost {
-
-namespace {
-
-namespace bm = boost::math;
-
-double tail(double value, int h, double f)
-{
-    if (std::isinf(value)) return 0.0;
-    if (std::isinf(f)) return bm::cdf(bm::complement(bm::chi_squared(h), value * h));
-    return bm::cdf(bm::complement(bm::fisher_f(h, f), value));
-}
-
-} // namespace
-
-double fisher_limit(double level, int h, double f)
-{
-    if (std::isinf(f)) return bm::quantile(bm::complement(bm::chi_squared(h), level)) / h;
-    return bm::quantile(bm::complement(bm::fisher_f(h, f), level));
-}
 
 FisherTest fisher_test(double squares, int h, const VarianceFactor &factor, double level)
 {
@@ -34,7 +15,7 @@ FisherTest fisher_test(double squares, int h, const VarianceFactor &factor, doub
     const bool nothing = !(squares > 0.0); // rounding, or exact observations, whose variance factor is 0
     test.value = nothing ? 0.0 : squares / h / factor.value;
     test.limit = fisher_limit(level, h, factor.f);
-    test.p = tail(test.value, h, factor.f);
+    test.p = fisher_above(test.value, h, factor.f);
     return test;
 }
 

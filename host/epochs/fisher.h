@@ -26,9 +26,6 @@ struct FisherTest {
 
 FisherTest fisher_test(double squares, int h, const VarianceFactor &factor, double level);
 
-// Limit of a mean square of h degrees of freedom divided by a variance factor of f.
-double fisher_limit(double level, int h, double f);
-
 // Two-sided test that two variance factors are the same; value and degrees of freedom are those of the larger over the
 // smaller one.
 FisherTest same_variance(const VarianceFactor &a, const VarianceFactor &b, double level);

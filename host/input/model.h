@@ -30,6 +30,14 @@ enum class Solver { Compact, Jordan, Simplex, Sparse };
 enum class Mode { Statistics, Solution, Propagation };
 enum class Components { none, propose, use }; // variance components of the solver sparse, in mode statistics
 
+// A row of a table of observations that the file leaves out by the table left_out.
+struct LeftOutRow {
+    int table = 0;  // TABLE_...
+    size_t row = 0; // from 0
+    std::string reason;
+    Source at; // of the row that is left out
+};
+
 // Records of one kind with their places, index by index.
 template <class Record> struct List {
     std::vector<Record> records;
@@ -71,10 +79,12 @@ struct Model {
     std::string date;               // of the observations, as days_of_date() reads it; empty where the file has none
     std::string path;               // the network file as the user named it
     std::vector<std::string> files; // all files read; files[0] is path
-    NameKeys keys;                  // of names that the records have no room for
+    char separator = ',', decimal = '.'; // of tables in files of their own
+    NameKeys keys;                       // of names that the records have no room for
 
     project p = project();                      // settings; attach() sets its arrays
     std::optional<int> length_unit, angle_unit; // of the file, where the project has other ones
+    std::optional<double> sigma_metres;         // in a unit of standard deviations of lengths, where a file says it
     Solver solver = Solver::Compact;
     Mode mode = Mode::Statistics;
     Crs crs;                                   // reference system of the coordinates, where the file gives one
@@ -105,6 +115,7 @@ struct Model {
     List<SightRow> angles, horizontal_distances, bearings, scale_bars;
     List<VectorRow> coordinates, coordinate_differences;
     List<DerivedRow> derived;
+    List<LeftOutRow> left_out;
     List<CovarianceRecord> covariances;
     struct Centring {
         double instrument = 0, target = 0;               // along each horizontal axis

@@ -340,6 +340,7 @@ void NetworkReader::read_lengths(Section &units)
     if (p.iunit != values) net.model.length_unit = values;
     net.metres = metres_in(values);
     net.sigma_metres = metres_in(sigmas);
+    net.model.sigma_metres = net.sigma_metres;
     net.length = net.metres / metres_in(p.iunit);
     net.sigma_length = net.sigma_metres / metres_in(p.iunit);
 }
@@ -369,6 +370,7 @@ void NetworkReader::read_csv(const toml::table &root)
     Section section(root, "csv", faults);
     csv.separator = (char)section.word("separator", ',', separators);
     csv.decimal = (char)section.word("decimal", '.', decimals);
+    net.model.separator = csv.separator, net.model.decimal = csv.decimal;
 }
 
 void NetworkReader::read_earth(const toml::table &root)
@@ -795,6 +797,7 @@ void NetworkReader::read_tables()
     read_lumps(net);
     read_pairs(net);
     read_derived(net);
+    read_left_out(net);
 }
 
 void NetworkReader::check_network()

@@ -12,11 +12,27 @@
 
 namespace vornhost {
 
-const char *const table_names[TABLE_COUNT] = {"stations",   "targets",         "distances",   "height_differences",
-                                              "directions", "vertical_angles", "azimuths",    "baselines",
-                                              "groups",     "cameras",         "images",      "lumps",
-                                              "pairs",      "derived",         "setups",      "horizontal_distances",
-                                              "bearings",   "angles",          "coordinates", "coordinate_differences",
+const char *const table_names[TABLE_COUNT] = {"stations",
+                                              "targets",
+                                              "distances",
+                                              "height_differences",
+                                              "directions",
+                                              "vertical_angles",
+                                              "azimuths",
+                                              "baselines",
+                                              "groups",
+                                              "cameras",
+                                              "images",
+                                              "lumps",
+                                              "pairs",
+                                              "derived",
+                                              "left_out",
+                                              "setups",
+                                              "horizontal_distances",
+                                              "bearings",
+                                              "angles",
+                                              "coordinates",
+                                              "coordinate_differences",
                                               "scale_bars"};
 
 bool Network::planned(Source at)

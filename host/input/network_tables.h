@@ -35,6 +35,7 @@ enum TableId {
     TABLE_LUMPS,
     TABLE_PAIRS,
     TABLE_DERIVED,
+    TABLE_LEFT_OUT,
     TABLE_SETUPS,
     TABLE_HORIZONTAL_DISTANCES,
     TABLE_BEARINGS,
@@ -101,6 +102,7 @@ void read_images(Network &net);
 void read_lumps(Network &net);
 void read_pairs(Network &net);
 void read_derived(Network &net);
+void read_left_out(Network &net); // when all rows of observations have been read
 
 // Cuts the table into cells, if it is in the file, and reads its whole rows.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));

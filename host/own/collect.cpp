@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "adjust/kinds/motions.h"
 #include "host/input/names.h"
@@ -74,6 +75,7 @@ private:
     void cameras();
     void lumps();
     void pairs();
+    void weak_pairs();
 
     const Model &network;
     const OwnOutcome &outcome;
@@ -118,24 +120,17 @@ void Collection::variance()
     if (!outcome.weights.empty()) return; // weights that follow the residuals make their squares small
     results.sigma_aposteriori = std::sqrt(adjustment.variance_factor);
     if (network.mode != Mode::Statistics) return;
-    VarianceTest t;
-    t.squares = adjustment.variance_factor * f;
-    t.level = rule.global_level();
-    t.lower = chi_square_limit(t.level / 2.0, f);
-    t.upper = chi_square_limit(1.0 - t.level / 2.0, f);
-    t.one_sided_limit = chi_square_limit(1.0 - t.level, f);
-    t.one_sided_probability = chi_square_above(t.squares, f);
-    t.probability = std::fmin(1.0, 2.0 * std::fmin(t.one_sided_probability, chi_square_below(t.squares, f)));
+    const VarianceTest t = variance_test(adjustment.variance_factor * f, f, rule.global_level());
     results.one_tailed_test = t.one_sided_passed();
     results.variance_test = t;
 }
 
-// Semi-axes of an ellipse of that confidence by those of the standard ellipse: by chi-square, or by F where the
-// variance factor of the adjustment is in them.
-double ellipse_factor(double confidence, bool a_priori, int f)
+// Semi-axes of an ellipse or ellipsoid of that confidence by those of the standard one: by chi-square, or by F where
+// the variance factor of the adjustment is in them.
+double axes_factor(double confidence, int dimension, bool a_priori, int f)
 {
-    const double square = a_priori ? chi_square_limit(confidence, 2) : 2.0 * fisher_limit(confidence, 2, f);
-    return std::sqrt(square);
+    const double freedom = a_priori ? std::numeric_limits<double>::infinity() : f;
+    return std::sqrt(dimension * fisher_limit(1.0 - confidence, dimension, freedom));
 }
 
 void Collection::precision()
@@ -146,7 +141,8 @@ void Collection::precision()
     p.sigma = adjustment.statistics.sigma;
     if (network.tests.confidence > 0) {
         p.confidence = network.tests.confidence;
-        p.ellipse_factor = ellipse_factor(network.tests.confidence, p.a_priori, adjustment.redundancy);
+        p.ellipse_factor = axes_factor(*p.confidence, 2, p.a_priori, adjustment.redundancy);
+        p.ellipsoid_factor = axes_factor(*p.confidence, 3, p.a_priori, adjustment.redundancy);
     }
     results.precision = p;
 }
@@ -165,6 +161,20 @@ double circle_radius(double a, double b)
     return a * (1.960790 + c * (0.004071 + c * (0.114276 + c * 0.371625)));
 }
 
+EllipsoidResult ellipsoid_of(const va::Covariance &c)
+{
+    const va::ErrorEllipsoid e = va::error_ellipsoid(c);
+    EllipsoidResult r;
+    for (int k = 0; k < 3; k++) {
+        const double *d = e.direction[k], up = d[2] < 0.0 ? -1.0 : 1.0;
+        r.axis[k] = e.axis[k];
+        r.bearing[k] = std::atan2(up * d[1], up * d[0]);
+        if (r.bearing[k] < 0.0) r.bearing[k] += turn;
+        r.elevation[k] = std::atan2(up * d[2], std::hypot(d[0], d[1]));
+    }
+    return r;
+}
+
 void Collection::point_precision(int point, PointResult &p) const
 {
     static const int plane[3][2] = {{0, 1}, {0, 2}, {1, 2}}, place[3][3] = {{0, 1, 2}, {1, 3, 4}, {2, 4, 5}};
@@ -177,6 +187,7 @@ void Collection::point_precision(int point, PointResult &p) const
         const va::Ellipse q = va::ellipse(c[place[i][i]], c[place[i][j]], c[place[j][j]]);
         p.ellipse[e] = {q.a, q.b, q.bearing};
     }
+    if (p.deviation[0] && p.deviation[1] && p.deviation[2]) p.ellipsoid = ellipsoid_of(c);
     if (p.ellipse[0]) p.uncertainty = circle_radius(p.ellipse[0]->a, p.ellipse[0]->b);
     if (network.p.dim == 1 && p.deviation[2]) p.uncertainty = normal_limit(significance) * *p.deviation[2];
 }
@@ -676,7 +687,25 @@ void Collection::pairs()
             const va::Ellipse q = va::ellipse(c[place[a][a]], c[place[a][b]], c[place[b][b]]);
             pair.ellipse[e] = EllipseResult{q.a, q.b, q.bearing};
         }
+        if (axis[0] && axis[2]) pair.ellipsoid = ellipsoid_of(c);
+        if (pair.ellipse[0]) pair.uncertainty = circle_radius(pair.ellipse[0]->a, pair.ellipse[0]->b);
+        if (network.p.dim == 1) pair.uncertainty = normal_limit(significance) * *pair.deviation[2];
         results.pairs.push_back(pair);
+    }
+}
+
+// The worst known of the pairs that observations join.
+void Collection::weak_pairs()
+{
+    for (const va::WeakPair &w : adjustment.statistics.weak_pairs) {
+        WeakPairResult pair;
+        pair.from = results.points[(size_t)w.from].name;
+        pair.to = results.points[(size_t)w.to].name;
+        pair.uncertainty = network.p.dim == 1 ? normal_limit(significance) * w.a : circle_radius(w.a, w.b);
+        const double *p = &values.value[3 * (size_t)w.from], *q = &values.value[3 * (size_t)w.to];
+        pair.distance =
+            std::sqrt((q[0] - p[0]) * (q[0] - p[0]) + (q[1] - p[1]) * (q[1] - p[1]) + (q[2] - p[2]) * (q[2] - p[2]));
+        results.weak_pairs.push_back(pair);
     }
 }
 
@@ -694,6 +723,7 @@ void Collection::run()
     cameras();
     lumps();
     pairs();
+    weak_pairs();
     collect_derived(network, outcome, results);
 }
 

@@ -127,7 +127,7 @@ std::vector<ComponentResult> find_components(const Model &network, Numbers &numb
         r.used = use && k.estimated;
         if (!k.estimated) continue;
         r.factor = k.factor;
-        r.deviation = k.factor / std::sqrt(2.0 * k.redundancy);
+        if (k.deviation > 0.0) r.deviation = k.deviation;
     }
     if (!use) return results;
     numbers.model = std::move(model);

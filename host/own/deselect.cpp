@@ -1,40 +1,38 @@
 #include "host/own/deselect.h"
 
-#include <cstdlib>
+#include "host/input/observation_rows.h"
 
 namespace vornhost {
 
+std::optional<TableId> table_of(const ItemPlace &item)
+{
+    switch (item.item) {
+    case Item::distance: return TABLE_DISTANCES;
+    case Item::height_difference: return TABLE_HEIGHT_DIFFERENCES;
+    case Item::direction: return TABLE_DIRECTIONS;
+    case Item::vertical_angle: return TABLE_VERTICAL_ANGLES;
+    case Item::azimuth: return TABLE_AZIMUTHS;
+    case Item::baseline: return TABLE_BASELINES;
+    case Item::horizontal_distance: return TABLE_HORIZONTAL_DISTANCES;
+    case Item::bearing: return TABLE_BEARINGS;
+    case Item::angle: return TABLE_ANGLES;
+    case Item::scale_bar: return TABLE_SCALE_BARS;
+    case Item::observed_coordinate: return TABLE_COORDINATES;
+    case Item::coordinate_difference: return TABLE_COORDINATE_DIFFERENCES;
+    default: return std::nullopt;
+    }
+}
+
 Source deselect(Model &network, const ItemPlace &item)
 {
-    const size_t i = (size_t)item.record;
-    const auto off = [&](List<measure_input> &list) {
-        measure_input &m = list.records[i];
-        m.typ = -std::abs(m.typ);
-        return list.where[i];
-    };
-    const auto unused = [&](auto &list) {
-        list.records[i].use = false;
-        return list.where[i];
-    };
-    switch (item.item) {
-    case Item::horizontal_distance: return unused(network.horizontal_distances);
-    case Item::bearing: return unused(network.bearings);
-    case Item::angle: return unused(network.angles);
-    case Item::scale_bar: return unused(network.scale_bars);
-    case Item::observed_coordinate: return unused(network.coordinates);
-    case Item::coordinate_difference: return unused(network.coordinate_differences);
-    case Item::distance: return off(network.distances);
-    case Item::height_difference: return off(network.heightdiffs);
-    case Item::direction: return off(network.directions);
-    case Item::vertical_angle: return off(network.verticals);
-    case Item::azimuth: return off(network.azimuths);
-    case Item::baseline: {
-        gps_input &g = network.baselines.records[i];
-        g.status = -std::abs(g.status);
-        return network.baselines.where[i];
-    }
-    default: return {};
-    }
+    const std::optional<TableId> table = table_of(item);
+    Source at;
+    if (!table) return at;
+    with_rows(network, *table, [&](auto &list) {
+        leave_out(list.records[(size_t)item.record]);
+        at = list.where[(size_t)item.record];
+    });
+    return at;
 }
 
 } // namespace vornhost

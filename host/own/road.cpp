@@ -30,6 +30,7 @@ namespace {
 
 namespace va = vornadjust;
 
+constexpr int weakest_listed = 5; // pairs of points
 const std::string beside_camera = "the point stands in the plane of the camera, across its axis";
 
 class Road {
@@ -166,6 +167,7 @@ va::Options Road::options() const
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);
     if (o.statistics) o.joint = joint_unknowns();
+    o.weak_pairs = weakest_listed;
     o.a_priori = network.tests.a_priori;
     if (o.statistics && network.derived.size() > 0)
         o.forms = [this](const va::Model &adjusted) { return derived_forms(network, outcome.numbers, adjusted); };

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "adjust/snoop.h"
+#include "host/input/observation_rows.h"
 #include "host/own/deselect.h"
 #include "host/own/item_names.h"
 #include "host/results/report_units.h"
@@ -39,6 +40,7 @@ public:
 
     std::string step(const va::SnoopStep &s);
     void leave_out(int unit, const std::string &reason);
+    void set_table(const ItemPlace &item, SnoopStep &step) const;
     std::string name(int unit) const { return item_text(item_name(network, outcome.numbers, first.at(unit))); }
 
 private:
@@ -62,6 +64,7 @@ std::string Telling::step(const va::SnoopStep &s)
     step.to = item.to;
     step.file = item.file;
     step.line = item.line;
+    set_table(outcome.numbers.items[(size_t)first.at(s.unit)], step);
     step.normalised = s.normalised;
     step.sigma = std::sqrt(s.variance_factor);
     outcome.snooping.push_back(step);
@@ -69,6 +72,15 @@ std::string Telling::step(const va::SnoopStep &s)
     std::string text = item_text(item) + ": left out, normalised residual " + w + "; sigma " + sigma + " without it";
     for (const int other : s.alike) text += "; " + name(other) + " could be wrong in its place";
     return text;
+}
+
+void Telling::set_table(const ItemPlace &item, SnoopStep &step) const
+{
+    const std::optional<TableId> table = table_of(item);
+    if (!table) return;
+    step.table = table_names[*table];
+    step.row = (size_t)item.record + 1;
+    with_rows(network, *table, [&](const auto &list) { step.rows = list.size(); });
 }
 
 void Telling::leave_out(int unit, const std::string &reason)

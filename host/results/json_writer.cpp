@@ -24,6 +24,23 @@ void put(JsonText &json, const char *key, const EllipseResult &e)
     json.close();
 }
 
+void put_three(JsonText &json, const char *key, const double (&values)[3])
+{
+    json.key(key).open_array();
+    for (const double x : values) json.value(x);
+    json.close();
+}
+
+void put(JsonText &json, const char *key, const std::optional<EllipsoidResult> &e)
+{
+    if (!e) return;
+    json.key(key).open_object();
+    put_three(json, "semi_axes", e->axis);
+    put_three(json, "bearings", e->bearing);
+    put_three(json, "elevations", e->elevation);
+    json.close();
+}
+
 // An object of the values that are there; nothing when none is.
 template <class Value, int n>
 void put_axes(JsonText &json, const char *key, const std::optional<Value> (&values)[n], const char *const (&names)[n])
@@ -87,6 +104,7 @@ void put(JsonText &json, const PointResult &p)
     put_axes(json, "adjusted", p.adjusted, axes);
     put_axes(json, "standard_deviation", p.deviation, axes);
     put_axes(json, "ellipse", p.ellipse, planes);
+    put(json, "ellipsoid", p.ellipsoid);
     json.pair("uncertainty", p.uncertainty);
     put_earth(json, p);
     put_moves(json, p.moves);
@@ -229,6 +247,16 @@ void put(JsonText &json, const PairResult &p)
     json.pair("to", p.to);
     put_axes(json, "standard_deviation", p.deviation, axes);
     put_axes(json, "ellipse", p.ellipse, planes);
+    put(json, "ellipsoid", p.ellipsoid);
+    json.pair("uncertainty", p.uncertainty);
+}
+
+void put(JsonText &json, const WeakPairResult &p)
+{
+    json.pair("from", p.from);
+    json.pair("to", p.to);
+    json.pair("uncertainty", p.uncertainty);
+    json.pair("distance", p.distance);
 }
 
 void put(JsonText &json, const LeftOut &l)
@@ -250,6 +278,8 @@ void put(JsonText &json, const SnoopStep &s)
     json.pair("to", s.to);
     json.pair("file", s.file);
     json.pair("line", s.line);
+    if (s.table) json.pair("table", s.table);
+    if (s.table) json.pair("row", (int)s.row);
     json.pair("normalised", s.normalised);
     json.pair("sigma_a_posteriori", s.sigma);
 }
@@ -381,6 +411,7 @@ void put_precision(JsonText &json, const PrecisionResult &p)
     json.pair("sigma", p.sigma);
     json.pair("confidence", p.confidence);
     if (p.confidence) json.pair("ellipse_factor", p.ellipse_factor);
+    if (p.confidence) json.pair("ellipsoid_factor", p.ellipsoid_factor);
     json.close();
 }
 
@@ -510,6 +541,7 @@ void write_json(const Results &results, const JsonText::Take &take)
     put_list(json, "cameras", results.cameras);
     put_list(json, "lumps", results.lumps);
     put_list(json, "pairs", results.pairs);
+    if (!results.weak_pairs.empty()) put_list(json, "weak_pairs", results.weak_pairs);
     put_suspicious(json, results);
     put_suspects(json, results);
     put_joint_tests(json, results);

@@ -8,6 +8,8 @@
 
 #include "host/input/names.h"
 #include "host/results/result_parts.h"
+#include "host/results/test_limits.h"
+#include "host/results/test_rule.h"
 
 namespace vornhost {
 
@@ -68,6 +70,23 @@ const char *mode_word(Mode mode)
     return mode == Mode::Statistics ? "statistics" : mode == Mode::Solution ? "solution" : "propagation";
 }
 
+// The engine sums at most 100 terms of the chi-square, which are too few near the mean of some 700 degrees of freedom
+// and more: both of its tests may then say the opposite of what holds.
+constexpr int engine_terms_hold = 500;
+
+std::string beside_engine_test(const VarianceTest &t, int f)
+{
+    char text[500];
+    std::snprintf(
+        text, sizeof text,
+        "the engine's chi-square has too few terms for %d degrees of freedom: its tests of the variance factor "
+        "in this report do not count. Sum of squares %.2f: the two-tailed test at %g %% expects %.2f to %.2f, "
+        "%s; the one-tailed test expects up to %.2f, %s",
+        f, t.squares, 100.0 * t.level, t.lower, t.upper, t.passed() ? "Pass" : "Fail", t.one_sided_limit,
+        t.one_sided_passed() ? "Pass" : "Fail");
+    return text;
+}
+
 // Variance factor of a least-squares run that had observations of the four terrestrial kinds.
 void collect_variance(const ResultSource &from, Results &results)
 {
@@ -77,7 +96,14 @@ void collect_variance(const ResultSource &from, Results &results)
     results.degrees_of_freedom = r.dof;
     results.sigma_apriori = r.sig0;
     if (r.dof > 0) results.sigma_aposteriori = r.sigpost;
-    if (r.itest != 0) results.one_tailed_test = r.itest > 0;
+    if (r.itest == 0) return;
+    results.one_tailed_test = r.itest > 0;
+    if (r.dof <= engine_terms_hold || !(r.sig0 > 0.0)) return;
+    const double factor = r.sigpost / r.sig0;
+    const VarianceTest t = variance_test(factor * factor * r.dof, r.dof, significance);
+    results.one_tailed_test = t.one_sided_passed();
+    results.variance_test = t;
+    results.notes.push_back(beside_engine_test(t, r.dof));
 }
 
 // The constants whose code lets them change, and which a member took part with.

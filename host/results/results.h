@@ -22,6 +22,12 @@ struct EllipseResult {
     double bearing = 0;  // of the major axis, from the first axis of the plane towards the second, radians
 };
 
+// Semi-axes, the longest first, with the direction of each: bearing from x towards y, and elevation above the plane of
+// both, radians.
+struct EllipsoidResult {
+    double axis[3] = {0, 0, 0}, bearing[3] = {0, 0, 0}, elevation[3] = {0, 0, 0};
+};
+
 // Where a point of a lump stands at another epoch, against its adjusted place at the reference epoch.
 struct MoveResult {
     int epoch = 0;
@@ -47,9 +53,10 @@ struct PointResult {
     std::string code[3];                  // "free", "no_datum", "weighted", "fixed"; empty outside the dimension
     std::optional<double> approximate[3]; // x, y, z
     std::optional<double> adjusted[3];
-    std::optional<double> deviation[3];      // standard deviations
-    std::optional<EllipseResult> ellipse[3]; // planes xy, xz, yz
-    std::optional<EarthPlace> earth;         // with a reference system
+    std::optional<double> deviation[3];       // standard deviations
+    std::optional<EllipseResult> ellipse[3];  // planes xy, xz, yz
+    std::optional<EllipsoidResult> ellipsoid; // of points that are adjusted in space
+    std::optional<EarthPlace> earth;          // with a reference system
     std::optional<MapPlace> map;
     std::vector<MoveResult> moves;     // of the lump it belongs to
     std::optional<double> uncertainty; // radius of the circle that holds the position with 95 %
@@ -158,6 +165,15 @@ struct PairResult {
     std::string from, to;
     std::optional<double> deviation[3];
     std::optional<EllipseResult> ellipse[3];
+    std::optional<EllipsoidResult> ellipsoid;
+    std::optional<double> uncertainty; // as of points, of one point against the other
+};
+
+// Two points that observations join, and how well they are known to one another.
+struct WeakPairResult {
+    std::string from, to;
+    double uncertainty = 0; // as of a pair
+    double distance = 0;    // metres
 };
 
 // The reference system of the coordinates.
@@ -196,6 +212,7 @@ struct PrecisionResult {
     double sigma = 1;                 // root of the variance factor that they contain
     std::optional<double> confidence; // of the ellipses in the report; those here are standard ellipses
     double ellipse_factor = 1;        // semi-axes at that confidence by standard ones
+    double ellipsoid_factor = 1;      // the same in space
 };
 
 // Test of the components of an observation together.
@@ -221,8 +238,10 @@ struct SnoopStep {
     bool taken_again = false; // or left out
     std::string kind, at, from, to, file;
     int line = 0;
-    double normalised = 0; // largest of its components in that run
-    double sigma = 0;      // a posteriori, of the run behind the step
+    const char *table = nullptr; // of the network file; null for image points, weighted and imported values
+    size_t row = 0, rows = 0;    // in the table, from 1, and how many it has
+    double normalised = 0;       // largest of its components in that run
+    double sigma = 0;            // a posteriori, of the run behind the step
 };
 
 // Weight of an observation in a robust adjustment, by that of its standard deviation.
@@ -299,7 +318,8 @@ struct Results {
     std::vector<CameraResult> cameras;
     std::vector<LumpResult> lumps;
     std::vector<PairResult> pairs;
-    std::vector<size_t> suspicious; // residuals that the test rejects, the worst first
+    std::vector<WeakPairResult> weak_pairs; // the worst first
+    std::vector<size_t> suspicious;         // residuals that the test rejects, the worst first
     std::vector<SuspectResult> suspects;
     std::vector<JointTestResult> joint_tests;
     std::vector<SnoopStep> snooping;

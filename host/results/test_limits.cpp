@@ -39,11 +39,17 @@ double chi_square_above(double squares, double f) { return bm::cdf(bm::complemen
 
 double chi_square_below(double squares, double f) { return bm::cdf(bm::chi_squared(f), squares); }
 
-double fisher_above(double ratio, double f1, double f2) { return bm::cdf(bm::complement(bm::fisher_f(f1, f2), ratio)); }
-
-double fisher_limit(double probability, double f1, double f2)
+double fisher_above(double ratio, double f1, double f2)
 {
-    return bm::quantile(bm::fisher_f(f1, f2), probability);
+    if (std::isinf(ratio)) return 0.0;
+    if (std::isinf(f2)) return chi_square_above(ratio * f1, f1);
+    return bm::cdf(bm::complement(bm::fisher_f(f1, f2), ratio));
+}
+
+double fisher_limit(double level, double f1, double f2)
+{
+    if (std::isinf(f2)) return bm::quantile(bm::complement(bm::chi_squared(f1), level)) / f1;
+    return bm::quantile(bm::complement(bm::fisher_f(f1, f2), level));
 }
 
 double sidak_level(double level, double n) { return -std::expm1(std::log1p(-level) / n); }

@@ -31,11 +31,12 @@ double chi_square_limit(double probability, double f);
 double chi_square_above(double squares, double f);
 double chi_square_below(double squares, double f);
 
-// Probability of a larger ratio of mean squares.
+// Probability of a larger ratio of mean squares with f1 and f2 degrees of freedom; f2 may be infinite: the second is
+// then known.
 double fisher_above(double ratio, double f1, double f2);
 
-// Ratio that is not passed with the given probability.
-double fisher_limit(double probability, double f1, double f2);
+// Ratio that is passed with the probability `level`.
+double fisher_limit(double level, double f1, double f2);
 
 // Level of each of n tests whose family has the given one (Z. Sidak, JASA 62, 1967): 1 - (1 - level)^(1/n); and the
 // probability by family of that of one test.

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "host/results/results.h"
 #include "host/results/test_limits.h"
 
 namespace vornhost {
@@ -29,6 +30,19 @@ std::string in_words(const TestSettings &s, double alpha, double global)
 }
 
 } // namespace
+
+VarianceTest variance_test(double squares, int f, double level)
+{
+    VarianceTest t;
+    t.squares = squares;
+    t.level = level;
+    t.lower = chi_square_limit(level / 2.0, f);
+    t.upper = chi_square_limit(1.0 - level / 2.0, f);
+    t.one_sided_limit = chi_square_limit(1.0 - level, f);
+    t.one_sided_probability = chi_square_above(squares, f);
+    t.probability = std::fmin(1.0, 2.0 * std::fmin(t.one_sided_probability, chi_square_below(squares, f)));
+    return t;
+}
 
 TestRule::TestRule(const TestSettings &its_settings, int tested, int f, double sigma)
     : settings(its_settings), number(std::max(1, tested)), freedom(f), root(sigma)

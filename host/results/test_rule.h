@@ -9,6 +9,11 @@
 
 namespace vornhost {
 
+struct VarianceTest;
+
+// Both tests of a sum of squares with f degrees of freedom, f > 0.
+VarianceTest variance_test(double squares, int f, double level);
+
 class TestRule {
 public:
     // For a run with so many observations that are tested, f degrees of freedom and the root of its a-posteriori

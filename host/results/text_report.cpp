@@ -41,8 +41,9 @@ public:
     std::string text() const
     {
         return head() + summary() + notes() + closures() + points() + earth() + orientations() + groups() + cameras() +
-               lumps() + pairs() + observations() + reductions() + left_out() + tests() + suspects() + together() +
-               weights() + snooping() + derived() + weakest() + components() + refusal() + verdict();
+               lumps() + pairs() + ellipsoids() + observations() + reductions() + left_out() + tests() + suspects() +
+               together() + weights() + snooping() + derived() + weakest() + weak_pairs() + components() + refusal() +
+               verdict();
     }
 
 private:
@@ -68,6 +69,8 @@ private:
     std::string snooping() const;
     std::string derived() const;
     std::string weakest() const;
+    std::string weak_pairs() const;
+    std::string ellipsoids() const;
     std::string components() const;
     std::string refusal() const;
     std::string verdict() const;
@@ -94,7 +97,7 @@ std::string precision_text(const PrecisionResult &p, bool ellipses)
     if (!ellipses) return text;
     if (!p.confidence) return text + "; standard ellipses";
     return text + "; ellipses of " + decimal(100.0 * *p.confidence, 1) + " %, " + decimal(p.ellipse_factor, 3) +
-           " times the standard ones";
+           " times the standard ones, ellipsoids " + decimal(p.ellipsoid_factor, 3) + " times";
 }
 
 std::string Report::head() const
@@ -177,6 +180,38 @@ std::string Report::points() const
         table.add(cells);
     }
     return section("Points", table);
+}
+
+// Axes in space, the longest first, of points and of the pairs asked for.
+std::string Report::ellipsoids() const
+{
+    const std::string unit = units.small_length_name(), angle = units.angle_name();
+    TextTable table({{"point", "", Align::left},
+                     {"to", "", Align::left},
+                     {"a", unit},
+                     {"bearing", angle},
+                     {"elevation", angle},
+                     {"b", unit},
+                     {"bearing", angle},
+                     {"elevation", angle},
+                     {"c", unit},
+                     {"bearing", angle},
+                     {"elevation", angle}});
+    const double factor = results.precision ? results.precision->ellipsoid_factor : 1.0;
+    const auto add = [&](const std::string &from, const std::string &to, const std::optional<EllipsoidResult> &e) {
+        if (!e) return;
+        std::vector<std::string> cells = {from, to};
+        for (int k = 0; k < 3; k++) {
+            cells.push_back(units.small_length(factor * e->axis[k]));
+            cells.push_back(units.bearing(e->bearing[k]));
+            cells.push_back(units.bearing(e->elevation[k]));
+        }
+        table.add(cells);
+    };
+    for (const PointResult &p : results.points)
+        if (!brief) add(p.name, "", p.ellipsoid);
+    for (const PairResult &p : results.pairs) add(p.from, p.to, p.ellipsoid);
+    return section("Ellipsoids of points, and of one point against another", table);
 }
 
 std::string Report::earth() const
@@ -600,6 +635,20 @@ std::string Report::weakest() const
     return section("Weakest points", table);
 }
 
+// Neighbours, which observations join, whose places to one another are known worst.
+std::string Report::weak_pairs() const
+{
+    TextTable table({{"from", "", Align::left},
+                     {"to", "", Align::left},
+                     {"within, 95 %", units.small_length_name()},
+                     {"distance", units.length_name()},
+                     {"ratio", "ppm"}});
+    for (const WeakPairResult &p : results.weak_pairs)
+        table.add({p.from, p.to, units.small_length(p.uncertainty), units.length(p.distance),
+                   p.distance > 0.0 ? decimal(1e6 * p.uncertainty / p.distance, 1) : ""});
+    return section("Weakest pairs of neighbours", table);
+}
+
 std::string Report::components() const
 {
     TextTable table({{"observations", "", Align::left},
@@ -621,9 +670,10 @@ std::string Report::components() const
         table.add({c.name, std::to_string(c.rows), decimal(c.redundancy, 1), c.factor ? decimal(*c.factor, 3) : "",
                    c.deviation ? decimal(*c.deviation, 3) : "", c.sigma ? shown(*c.sigma) : "",
                    c.sigma && c.factor ? shown(*c.sigma * *c.factor) : "", c.sigma ? unit : "",
-                   !c.factor ? "too little redundancy"
-                   : c.used  ? "used"
-                             : ""});
+                   !c.factor      ? "too little redundancy"
+                   : !c.deviation ? "not told apart from others"
+                   : c.used       ? "used"
+                                  : ""});
     }
     return section("Variance components: factors of the standard deviations", table);
 }

@@ -7,6 +7,7 @@
 #include "host/input/faults.h"
 #include "host/run/image_account.h"
 #include "host/input/names.h"
+#include "host/input/observation_rows.h"
 
 namespace vornhost {
 
@@ -51,12 +52,6 @@ const List<measure_input> &measures(const Model &model, int kind)
                                                              &model.verticals, &model.azimuths};
     return *lists[kind];
 }
-
-bool is_selected(const measure_input &m) { return m.typ > 0; }
-bool is_selected(const gps_input &g) { return g.status > 0; }
-bool is_selected(const image_input &i) { return i.status > 0; }
-bool is_selected(const SightRow &row) { return row.use; }
-bool is_selected(const VectorRow &row) { return row.use; }
 
 template <class Record> std::vector<bool> selection(const List<Record> &list)
 {
@@ -167,27 +162,6 @@ std::string ReasonFinder::of(int, const VectorRow &row) const
     return wrong.empty() && row.to >= 0 ? of_point(record_name(model, row.to)) : wrong;
 }
 
-// Names in the records of the ends.
-struct Ends {
-    std::string from, to, at;
-};
-
-Ends ends_of(const Model &, const measure_input &m) { return {m.from, m.to, ""}; }
-Ends ends_of(const Model &, const gps_input &g) { return {g.from, g.to, ""}; }
-Ends ends_of(const Model &, const image_input &i) { return {i.station, i.camera, ""}; }
-
-Ends ends_of(const Model &model, const SightRow &row)
-{
-    const auto name = [&](int point) { return record_name(model, point); };
-    if (row.third < 0) return {name(row.from), name(row.to), ""};
-    return {name(row.to), name(row.third), name(row.from)};
-}
-
-Ends ends_of(const Model &model, const VectorRow &row)
-{
-    return {record_name(model, row.from), row.to < 0 ? "" : record_name(model, row.to), ""};
-}
-
 template <class Record>
 Account account_of(const Model &model, int kind, const List<Record> &list, const std::vector<bool> &before,
                    const ReasonFinder &finder, const Reasons &known)
@@ -204,11 +178,11 @@ Account account_of(const Model &model, int kind, const List<Record> &list, const
         }
         const Source where = list.where[i];
         const std::string file = (size_t)where.file < model.files.size() ? model.files[(size_t)where.file] : model.path;
-        const Ends ends = ends_of(model, record);
+        const RowEnds ends = ends_of(model, record);
         const auto told = known.find({where.file, where.line});
-        const std::string reason = !before[i]            ? "use = no in the file"
-                                   : told != known.end() ? told->second
-                                                         : finder.of(kind, record);
+        const std::string reason = told != known.end() ? told->second
+                                   : !before[i]        ? "use = no in the file"
+                                                       : finder.of(kind, record);
         account.left_out.push_back({file, where.line, shown_name(model, ends.from), shown_name(model, ends.to), reason,
                                     shown_name(model, ends.at)});
     }
@@ -229,8 +203,10 @@ AccountKeeper::AccountKeeper(const Model &before)
     selected.push_back(selection(before.coordinate_differences));
 }
 
-std::vector<Account> AccountKeeper::close(const Model &after, const Reasons &known) const
+std::vector<Account> AccountKeeper::close(const Model &after, Reasons known) const
 {
+    for (const LeftOutRow &row : after.left_out.records)
+        known[{row.at.file, row.at.line}] = "table left_out" + (row.reason.empty() ? "" : ": " + row.reason);
     const ReasonFinder finder(after);
     std::vector<Account> accounts;
     const auto add = [&](int kind, const auto &list) {

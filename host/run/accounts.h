@@ -38,7 +38,7 @@ public:
 
     // Accounts of the kinds that the file has, after the run on the same model. known has the reasons that the run
     // itself tells.
-    std::vector<Account> close(const Model &after, const Reasons &known = {}) const;
+    std::vector<Account> close(const Model &after, Reasons known = {}) const;
 
 private:
     std::vector<std::vector<bool>> selected; // one list a kind

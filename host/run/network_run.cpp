@@ -40,6 +40,11 @@ NetworkRun engine_run(Model &model, FILE *report, Feedback &feedback, const std:
     NetworkRun run;
     run.outcome = checking ? check(model, report, feedback) : vornhost::run(model, report, feedback);
     run.results = collect(model, run.outcome, version);
+    if (run.results.variance_test) { // the last note says what the report should
+        std::string line = run.results.notes.back();
+        fprintf(report, "\n\n%s\n", line.c_str());
+        feedback.feedback(&line[0]);
+    }
     model.p.freerun(model.p.runresults);
     if (checking && run.results.adjusted) run.results.words = open_in(model);
     return run;

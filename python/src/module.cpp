@@ -11,6 +11,7 @@
 
 #include "columns.h"
 #include "run.h"
+#include "vorn/compare.h"
 
 namespace py = pybind11;
 
@@ -202,6 +203,30 @@ void define_networks(py::module_ &m)
             py::arg("seed"), py::arg("noise"));
 }
 
+// JSON and report of a comparison.
+py::tuple compare(const std::vector<Network> &epochs, double level, bool apriori, bool held,
+                  std::vector<std::string> points, std::vector<std::string> dates,
+                  std::vector<std::vector<std::string>> groups)
+{
+    vornapi::CompareOptions options;
+    options.level = level;
+    options.apriori = apriori;
+    options.held = held;
+    options.points = std::move(points);
+    options.dates = std::move(dates);
+    options.groups = std::move(groups);
+    std::vector<vornapi::Network> networks;
+    networks.reserve(epochs.size());
+    for (const Network &n : epochs) networks.push_back(n.network);
+    vornapi::Comparison c;
+    {
+        const py::gil_scoped_release unlocked;
+        c = vornapi::compare(networks, options);
+    }
+    if (!c.made()) raise("AdjustmentError", c.faults);
+    return py::make_tuple(text(c.json), text(c.report));
+}
+
 } // namespace
 
 PYBIND11_MODULE(_vorn, m)
@@ -212,6 +237,8 @@ PYBIND11_MODULE(_vorn, m)
     m.def("read_file", &read_file, py::arg("path"));
     m.def("read_text", &read_text, py::arg("text"), py::arg("name"));
     m.def("read_arrays", &read_arrays, py::arg("settings"), py::arg("tables"), py::arg("covariances"), py::arg("name"));
+    m.def("compare", &compare, py::arg("epochs"), py::arg("level"), py::arg("apriori"), py::arg("held"),
+          py::arg("points"), py::arg("dates"), py::arg("groups"));
     m.def("version", &vornapi::version);
 }
 

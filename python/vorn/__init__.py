@@ -15,6 +15,7 @@
 Lengths of results are metres, angles radians. ``docs/python.md`` and the notebook ``python/tutorial.ipynb`` say more.
 """
 
+from ._compare import Comparison, compare
 from ._errors import AdjustmentError, Error, Fault, InputError
 from ._network import Network, adjust, read, simulate
 from ._result import Result, Table
@@ -22,6 +23,7 @@ from ._vorn import version as _version
 
 __all__ = [
     "AdjustmentError",
+    "Comparison",
     "Error",
     "Fault",
     "InputError",
@@ -29,10 +31,11 @@ __all__ = [
     "Result",
     "Table",
     "adjust",
+    "compare",
     "read",
     "simulate",
 ]
 __version__ = _version()
 
-for _public in (AdjustmentError, Error, Fault, InputError, Network, Result, Table):
+for _public in (AdjustmentError, Comparison, Error, Fault, InputError, Network, Result, Table):
     _public.__module__ = __name__  # where people find them

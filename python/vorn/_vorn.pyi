@@ -1,4 +1,4 @@
-from typing import Callable, Dict, List, Optional, Sequence
+from typing import Callable, Dict, List, Optional, Sequence, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -49,4 +49,13 @@ def read_arrays(
     covariances: Dict[str, object],
     name: bytes,
 ) -> Network: ...
+def compare(
+    epochs: Sequence[Network],
+    level: float,
+    apriori: bool,
+    held: bool,
+    points: Sequence[str],
+    dates: Sequence[str],
+    groups: Sequence[Sequence[str]],
+) -> Tuple[str, str]: ...
 def version() -> str: ...

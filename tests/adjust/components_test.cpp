@@ -6,6 +6,7 @@
 
 #include "adjust/dense_solution.h"
 #include "adjust/random_networks.h"
+#include "adjust/redundancy_traces.h"
 
 using namespace vornadjust;
 
@@ -136,4 +137,124 @@ TEST(Components, LeaveClassesWithTooLittleRedundancy)
     EXPECT_EQ(e.components[2].factor, 1.0);
     EXPECT_LT(e.components[2].redundancy, 6.0);
     EXPECT_TRUE(e.components[0].estimated);
+}
+
+namespace {
+
+// Traces of R = Qvv P by blocks, dense.
+std::vector<double> dense_traces(const Model &m, const std::vector<int> &of, int count)
+{
+    const DenseSolution d = dense_solution(m, true);
+    const Matrix r = d.qvv * d.system.p;
+    std::vector<double> h((size_t)count * count, 0.0);
+    for (int i = 0; i < r.rows; i++)
+        for (int j = 0; j < r.rows; j++) {
+            const int a = of[d.system.component[i].first], b = of[d.system.component[j].first];
+            if (a >= 0 && b >= 0) h[(size_t)a * count + b] += (double)(r(i, j) * r(j, i));
+        }
+    return h;
+}
+
+Network mixed_kinds()
+{
+    Network net(4, frame_of(Space::space));
+    net.points(6, 100, 30);
+    net.pairs(20, [&](int p, int q) { net.baseline(p, q, 0.003); });
+    net.pairs(14, [&](int p, int q) { net.observe(Kind::slope_distance, p, q, 0.002); });
+    net.hold(Hold::weighted, 2);
+    net.simulate(0.01);
+    return net;
+}
+
+// Classes of baselines and distances; weighted coordinates belong to none.
+std::vector<int> classes_of(const Model &m)
+{
+    std::vector<int> of;
+    for (const Observation &o : m.observations)
+        of.push_back(o.kind == Kind::baseline ? 0 : o.kind == Kind::slope_distance ? 1 : -1);
+    return of;
+}
+
+} // namespace
+
+TEST(RedundancyTraces, EqualDenseOnesOfFreeAndOfWeightedNetworksWithCorrelation)
+{
+    for (const bool free : {true, false}) {
+        Simulated s(3, {1.0, 1.0});
+        Network net = free ? s.net : mixed_kinds();
+        Options options;
+        options.classes = free ? s.of : classes_of(net.model);
+        options.class_count = 2;
+        const Outcome outcome = adjust(&net.model, options);
+        ASSERT_EQ(outcome.status, Status::adjusted);
+        const std::vector<double> wanted = dense_traces(net.model, options.classes, 2);
+        for (size_t k = 0; k < 4; k++) EXPECT_NEAR(outcome.traces.h[k], wanted[k], 1e-7 * wanted[0]) << k;
+    }
+}
+
+TEST(RedundancyTraces, OfDrawnSignsAreThoseOfAllRowsToSomePercent)
+{
+    Network net = mixed_kinds();
+    const std::vector<int> of = classes_of(net.model);
+    const Outcome outcome = adjust(&net.model, Options());
+    System system = make_system(net.model);
+    fill_rows(net.model, &system);
+    fill_normal(&system);
+    ASSERT_TRUE(factorize(&system, 0.0, FactorOptions()));
+    const RedundancyTraces exact = redundancy_traces(system, outcome.statistics, of, 2, Watch()),
+                           drawn = redundancy_traces(system, outcome.statistics, of, 2, Watch(), 0);
+    for (size_t k = 0; k < 4; k++) {
+        EXPECT_NEAR(drawn.h[k], exact.h[k], 0.05 * exact.h[0]) << k;
+        EXPECT_GT(exact.h[k], 0.0);
+    }
+    EXPECT_NE(drawn.h[1], exact.h[1]);
+}
+
+// Factors scatter by their standard deviations, in 120 networks where these are larger than s / sqrt(2 r): lines of
+// the second class all stand beside one of the first.
+TEST(Components, ScatterByTheirStandardDeviations)
+{
+    const int runs = 120;
+    double squares = 0.0, plain = 0.0;
+    for (unsigned run = 0; run < runs; run++) {
+        Network net(500 + run, frame_of(Space::heights));
+        net.points(30, 0, 10);
+        std::vector<int> of;
+        const auto observe = [&](int p, int q, int c) {
+            net.observe(Kind::height_difference, p, q, 0.001);
+            net.model.observations.back().factor = 1, net.model.observations.back().sigma[0] = 0.001;
+            of.push_back(c);
+        };
+        for (int p = 0; p < 30; p++)
+            observe(p, (p + 1) % 30, 0), observe(p, (p + 2) % 30, 0), observe(p, (p + 3) % 30, 0),
+                observe(p, (p + 1) % 30, 1);
+        net.hold(Hold::fixed, 1);
+        net.simulate(0.01);
+        Outcome outcome;
+        const ComponentEstimate e = estimated(net.model, of, 2, &outcome);
+        ASSERT_TRUE(e.converged);
+        const Component &c = e.components[1];
+        ASSERT_GT(c.deviation, 0.0);
+        squares += std::pow((c.factor - 1.0) / c.deviation, 2) / runs;
+        plain += c.deviation / (c.factor / std::sqrt(2.0 * c.redundancy)) / runs;
+    }
+    EXPECT_GT(plain, 1.1);
+    EXPECT_NEAR(squares, 1.0, 4.0 * std::sqrt(2.0 / runs)); // of squares of normal numbers, nearly
+}
+
+// Each line once by either class: residuals are the same to both, and nothing tells the classes apart.
+TEST(Components, ThatNothingTellsApartHaveNoStandardDeviation)
+{
+    Network net(9, frame_of(Space::heights));
+    net.points(30, 0, 10);
+    std::vector<int> of;
+    for (int p = 0; p + 1 < 30; p++)
+        for (int c = 0; c < 2; c++) net.observe(Kind::height_difference, p, p + 1, 0.001), of.push_back(c);
+    for (Observation &o : net.model.observations) o.factor = 1, o.sigma[0] = 0.001;
+    net.hold(Hold::fixed, 1);
+    net.simulate(0.01);
+    Outcome outcome;
+    const ComponentEstimate e = estimated(net.model, of, 2, &outcome);
+    for (const Component &c : e.components) EXPECT_TRUE(c.estimated);
+    for (const Component &c : e.components) EXPECT_EQ(c.deviation, 0.0);
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "adjust/adjustment.h"
 #include "random_networks.h"
 
@@ -115,4 +117,53 @@ TEST(Statistics, ResidualsCanBeLeftOut)
     m.value = m.start;
     options.statistics = false;
     EXPECT_TRUE(adjust(&m, options).statistics.deviation.empty());
+}
+
+// Q = T diag(a^2) T^T with T a product of turns.
+TEST(ErrorEllipsoid, HasTheAxesOfTheCovariance)
+{
+    const double a[3] = {5, 2, 0.5}, s = std::sin(0.7), c = std::cos(0.7), u = std::sin(0.3), v = std::cos(0.3);
+    const double t[3][3] = {{c * v, -s, c * u}, {s * v, c, s * u}, {-u, 0, v}}; // columns are the axes
+    Covariance q;
+    for (int i = 0, at = 0; i < 3; i++)
+        for (int j = i; j < 3; j++, at++) {
+            q[at] = 0;
+            for (int k = 0; k < 3; k++) q[at] += t[i][k] * a[k] * a[k] * t[j][k];
+        }
+    const ErrorEllipsoid e = error_ellipsoid(q);
+    for (int k = 0; k < 3; k++) {
+        EXPECT_NEAR(e.axis[k], a[k], 1e-13);
+        double along = 0;
+        for (int i = 0; i < 3; i++) along += e.direction[k][i] * t[i][k];
+        EXPECT_NEAR(std::fabs(along), 1.0, 1e-12) << k;
+    }
+}
+
+// Neighbours without solves are the pairs with solves; the worst first.
+TEST(Statistics, WeakestPairsAreThoseWithTheLargestRelativeEllipses)
+{
+    for (const Hold hold : {Hold::fixed, Hold::free_all}) {
+        Network net = plane(21, hold, true);
+        Options options;
+        options.weak_pairs = 1000;
+        for (int p = 0; p < net.model.n_points; p++)
+            for (int q = p + 1; q < net.model.n_points; q++) options.pairs.push_back({p, q});
+        const Outcome o = adjust(&net.model, options);
+        ASSERT_EQ(o.status, Status::adjusted);
+        const std::vector<WeakPair> &weak = o.statistics.weak_pairs;
+        ASSERT_GT(weak.size(), 5u);
+        for (size_t i = 0; i < weak.size(); i++) {
+            const auto at = std::find(options.pairs.begin(), options.pairs.end(), std::pair(weak[i].from, weak[i].to));
+            const Covariance &c = o.statistics.pairs[at - options.pairs.begin()];
+            const Ellipse e = ellipse(c[0], c[1], c[3]);
+            EXPECT_NEAR(weak[i].a, e.a, 1e-9 * e.a + 1e-12);
+            EXPECT_NEAR(weak[i].b, e.b, 1e-6 * e.a + 1e-12);
+            if (i > 0) EXPECT_LE(weak[i].a, weak[i - 1].a);
+        }
+        Options few;
+        few.weak_pairs = 3;
+        const Outcome worst = adjust(&net.model, few);
+        ASSERT_EQ(worst.statistics.weak_pairs.size(), 3u);
+        EXPECT_NEAR(worst.statistics.weak_pairs[2].a, weak[2].a, 1e-9);
+    }
 }

@@ -37,11 +37,11 @@ Network far_control(unsigned seed, int gross)
 
 // A wide grid of stations that see their neighbours, fixed in three corners: what is carried from one of them has gone
 // far where it meets another.
-Network wide(unsigned seed)
+Network wide(unsigned seed, int side, int gross)
 {
     Maker m(seed);
     m.space(va::Space::plane);
-    const int side = 30, n = side * side;
+    const int n = side * side;
     for (int i = 0; i < n; i++) {
         const bool fixed = i == 0 || i == 1 || i == side || i == n - 1;
         m.point(100.0 * (i % side) + m.uniform(-20, 20), 100.0 * (i / side) + m.uniform(-20, 20), 0, fixed);
@@ -53,7 +53,7 @@ Network wide(unsigned seed)
         if (i >= side) m.polar(s, i - side);
         if (i + side < n) m.polar(s, i + side);
     }
-    return m.finish(0);
+    return m.finish(gross);
 }
 
 // A traverse from A to B without any orientation.
@@ -532,8 +532,44 @@ TEST(SimulatedNetworks, StartWhereTheyAreWide)
 {
     for (unsigned seed = 1; seed < 3; seed++) {
         std::string told;
-        EXPECT_EQ(judge(wide(seed), &told), Verdict::right) << seed << told;
+        EXPECT_EQ(judge(wide(seed, 30, 0), &told), Verdict::right) << seed << told;
     }
+}
+
+// A traverse that is oriented at its first point and known at its last: what is carried is tens of metres off there,
+// and no observation is wrong.
+TEST(SimulatedNetworks, StartLongTraversesWithoutBlamingTheirEnds)
+{
+    Maker m(3);
+    m.space(va::Space::plane);
+    const int n = 2000;
+    for (int i = 0; i < n; i++) m.point(80.0 * i + m.uniform(-20, 20), m.uniform(-60, 60), 0, i < 2 || i == n - 1);
+    for (int i = 1; i < n - 1; i++) {
+        const int s = m.setup(i);
+        m.polar(s, i - 1);
+        m.polar(s, i + 1);
+    }
+    Network net = m.finish(0);
+    const vornhost::start::Start start = vornhost::start::find_start(&net.model, net.given);
+    EXPECT_TRUE(start.found());
+    EXPECT_TRUE(start.misfits.empty());
+    EXPECT_EQ(adjusted(&net.model).status, va::Status::adjusted);
+}
+
+// So many observations that the values are not adjusted before the adjustment: what is named is wrong, and the corner
+// that everything was carried to is not.
+TEST(SimulatedNetworks, StartWhereTheyAreLarge)
+{
+    Network net = wide(5, 115, 6);
+    const vornhost::start::Start start = vornhost::start::find_start(&net.model, net.given);
+    ASSERT_TRUE(start.found());
+    EXPECT_GE(start.misfits.size(), 3u);
+    for (const vornhost::start::Misfit &m : start.misfits)
+        EXPECT_EQ(std::count(net.wrong.begin(), net.wrong.end(), m.observation), 1) << m.observation;
+    for (const int i : net.wrong) net.model.observations[(size_t)i].use = false;
+    EXPECT_EQ(adjusted(&net.model).status, va::Status::adjusted);
+    for (size_t u = 0; u < net.truth.size(); u++)
+        if (net.model.meaning[u] == va::Meaning::coordinate) ASSERT_NEAR(net.model.value[u], net.truth[u], 0.1);
 }
 
 // Files that give every observation the standard deviation 1 mean weights by it, in whatever unit.

@@ -36,7 +36,7 @@ public:
         own_factor = system.equations.factor;
     }
 
-    void run(int steps);
+    bool run(int steps, Pull pull); // whether it came to an end
 
 private:
     void look();
@@ -104,18 +104,21 @@ bool Settling::step()
     return false;
 }
 
-void Settling::run(int steps)
+bool Settling::run(int steps, Pull pull)
 {
     look();
     std::vector<double> size;
     for (const double x : u) size.push_back(std::fabs(x));
-    width = std::fmax(last_width, 2.0 * quantile(size, 0.75));
+    const double first = pull == Pull::most ? 2.0 * quantile(size, 0.75) : quantile(size, 1.0);
+    const double narrower = pull == Pull::most ? 0.4 : 0.1;
+    width = std::fmax(last_width, first);
     for (int i = 0; i < steps; i++) {
         const bool moved = step();
-        if (width <= last_width && (!moved || still)) return;
-        width = std::fmax(last_width, 0.4 * width);
+        if (width <= last_width && (!moved || still)) return true;
+        width = std::fmax(last_width, narrower * width);
         if (!moved) damping = 1e-3;
     }
+    return false;
 }
 
 } // namespace
@@ -141,11 +144,11 @@ Fit measure_fit(const va::Model &model)
     return fit;
 }
 
-Fit settle(va::Model *model, int steps)
+Fit settle(va::Model *model, int steps, Pull pull)
 {
-    Settling(model).run(steps);
+    const bool ended = Settling(model).run(steps, pull);
     Fit fit = measure_fit(*model);
-    fit.settled = true;
+    fit.ended = ended;
     return fit;
 }
 

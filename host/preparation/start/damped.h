@@ -19,13 +19,16 @@ struct Fit {
     int rows = 0;            // that can be computed
     std::vector<double> off; // [observations] |u|, the largest of its components; 0 where it takes no part
     bool finite = true;
-    bool settled = false; // by the damped adjustment
+    bool ended = false; // the damped adjustment came to an end before its steps were used up
 };
 
 Fit measure_fit(const vornadjust::Model &model);
 
+// What counts at first: what most observations agree on, or all of them.
+enum class Pull { most, together };
+
 // Moves the estimated values of the model; at most so many steps.
-Fit settle(vornadjust::Model *model, int steps);
+Fit settle(vornadjust::Model *model, int steps, Pull pull);
 
 } // namespace vornhost::start
 

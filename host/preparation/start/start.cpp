@@ -12,11 +12,13 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr double work = 400000.0;  // observations in all ways together
-constexpr int most_ways = 14;      // tried on a small network
-constexpr int most_repeats = 3;    // of a way without what did not fit
-constexpr double bad_scale = 8.0;  // of a fit: misclosures this much above their standard deviations
-constexpr double as_good = 10.0;   // difference of two losses that tells nothing
+constexpr double work = 150000.0; // observations in all ways together
+constexpr int most_ways = 14;     // tried on a small network
+constexpr int most_repeats = 3;   // of a way without what did not fit
+constexpr double bad_scale = 8.0; // of a fit: misclosures this much above their standard deviations
+constexpr double as_good = 10.0;  // difference of two losses that tells nothing
+constexpr size_t few_of = 1000;   // observations of a large network that may be wrong without another way being tried
+const double full_turn = 8.0 * std::atan(1.0);
 constexpr double elsewhere = 0.02; // of a typical sight: apart enough to be another place
 
 class Search {
@@ -37,6 +39,7 @@ private:
     void keep_rival(const Trial &t);
     double difference(const Trial &a, const Trial &b, int p) const;
     double typical_sight() const;
+    bool in_one_valley(const Trial &t) const;
     void tell_misfits(Start *start) const;
     void tell_doubts(Start *start) const;
     void write();
@@ -51,7 +54,8 @@ private:
 
 bool Search::clean(const Trial &t) const
 {
-    return t.missing.empty() && t.fit.finite && misfits(t).empty() && t.fit.scale < bad_scale;
+    const size_t few = is_large(model) ? model.observations.size() / few_of : 0;
+    return t.missing.empty() && t.fit.finite && misfits(t).size() <= few && t.fit.scale < bad_scale;
 }
 
 bool Search::better(const Trial &a, const Trial &b) const
@@ -129,6 +133,19 @@ void Search::tell_misfits(Start *start) const
                      [](const Misfit &a, const Misfit &b) { return a.off > b.off; });
 }
 
+// Half way between two ways: it fits as well where both lie in one valley, which weak networks have, and does not
+// between two solutions.
+bool Search::in_one_valley(const Trial &t) const
+{
+    va::Model middle = best.model;
+    for (size_t u = 0; u < middle.value.size(); u++) {
+        double change = t.model.value[u] - middle.value[u];
+        if (middle.meaning[u] == va::Meaning::angle) change = std::remainder(change, full_turn);
+        middle.value[u] += 0.5 * change;
+    }
+    return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + as_good;
+}
+
 // Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
 void Search::tell_doubts(Start *start) const
 {
@@ -138,6 +155,7 @@ void Search::tell_doubts(Start *start) const
     const double least = elsewhere * typical_sight();
     for (const Trial &t : rivals) {
         if (!t.fit.finite || !t.missing.empty() || t.fit.loss > best.fit.loss + as_good) continue;
+        if (in_one_valley(t)) continue;
         for (int p = 0; p < model.n_points; p++) {
             const double apart = difference(best, t, p);
             if (!given.wants_plan(p) || apart <= least) continue;

@@ -12,8 +12,7 @@ namespace {
 namespace va = vornadjust;
 
 constexpr int few_steps = 25, fewer_steps = 6; // of the damped adjustment
-constexpr size_t large = 100000;               // observations above which there are fewer, or none where
-constexpr double rough = 20.0;                 // the scale of the misclosures is below this
+constexpr double rough = 20.0;                 // scale of the misclosures of a large network that needs them
 constexpr double far_off = 20.0;               // standard deviations, times the scale of the fit
 
 // Coordinates that are given or observed, NaN where there is neither.
@@ -107,14 +106,47 @@ void select(Trial *t)
     }
 }
 
+// What was carried far is off where it meets what is known there: that is not to be taken for a gross error, and so
+// everything is pulled together first where anything seems to be one. A large network is left as it is where it fits:
+// its adjustment comes to the same.
 void adjust(Trial *t)
 {
-    const bool much = t->model.observations.size() > large;
-    if (much) t->fit = measure_fit(t->model);
-    if (!much || t->fit.scale > rough) t->fit = settle(&t->model, much ? fewer_steps : few_steps);
+    const std::vector<double> before = t->model.value;
+    if (is_large(t->model)) {
+        t->fit = measure_fit(t->model);
+        if (t->fit.scale > rough) t->fit = settle(&t->model, fewer_steps, Pull::together);
+        return;
+    }
+    t->fit = settle(&t->model, few_steps, Pull::most);
+    if (misfits(*t).empty()) return;
+    Trial pulled = *t;
+    pulled.model.value = before;
+    pulled.fit = settle(&pulled.model, few_steps, Pull::together);
+    if (pulled.fit.finite && misfits(pulled).empty()) *t = std::move(pulled);
+}
+
+// Of observations that are off in values that are not adjusted: those whose ends agree with all else that is observed
+// there. Where what was carried far meets, whole points are off.
+std::vector<int> alone_off(const Trial &t, double limit)
+{
+    const auto &all = t.model.observations;
+    std::vector<int> off((size_t)t.model.n_points, 0), seen = off, alone;
+    for (size_t i = 0; i < all.size(); i++)
+        for (const int p : {all[i].from, all[i].to, all[i].third}) {
+            if (p < 0 || !all[i].use) continue;
+            seen[(size_t)p]++;
+            off[(size_t)p] += t.fit.off[i] > 0.25 * limit;
+        }
+    const auto agrees = [&](int p) { return p < 0 || (seen[(size_t)p] > 3 && off[(size_t)p] == 1); };
+    for (size_t i = 0; i < all.size(); i++)
+        if (t.fit.off[i] > limit && agrees(all[i].from) && agrees(all[i].to) && agrees(all[i].third))
+            alone.push_back((int)i);
+    return alone;
 }
 
 } // namespace
+
+bool is_large(const va::Model &model) { return model.observations.size() > 100000; }
 
 Trial try_way(const va::Model &model, const Given &given, const std::vector<char> &left_out, const Way &way)
 {
@@ -158,7 +190,8 @@ Trial try_values(const va::Model &model)
 std::vector<int> misfits(const Trial &t)
 {
     std::vector<int> all;
-    const double limit = (t.fit.settled ? far_off : 100.0 * far_off) * t.fit.scale;
+    const double limit = far_off * t.fit.scale;
+    if (!t.fit.ended && is_large(t.model)) return alone_off(t, 10.0 * limit);
     for (int i = 0; i < (int)t.fit.off.size(); i++)
         if (t.fit.off[(size_t)i] > limit) all.push_back(i);
     return all;

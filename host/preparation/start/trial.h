@@ -23,6 +23,9 @@ struct Trial {
     std::vector<int> missing; // points that want a place and have none
 };
 
+// Too large for many ways and many steps.
+bool is_large(const vornadjust::Model &model);
+
 // Observations with a 1 in `left_out` place nothing; the adjustment has them.
 Trial try_way(const vornadjust::Model &model, const Given &given, const std::vector<char> &left_out, const Way &way);
 

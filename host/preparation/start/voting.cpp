@@ -24,7 +24,16 @@ struct Xy {
     double x, y;
 };
 
-double wrapped(double angle) { return std::remainder(angle, 2.0 * pi); }
+// Into [-pi, pi]; most angles are within one turn of it.
+double wrapped(double angle)
+{
+    if (angle > pi) angle -= 2.0 * pi;
+    if (angle < -pi) angle += 2.0 * pi;
+    return std::fabs(angle) <= pi ? angle : std::remainder(angle, 2.0 * pi);
+}
+
+// Of lengths in metres, which neither overflow nor vanish when they are squared.
+double root_of_squares(double a, double b) { return std::sqrt(a * a + b * b); }
 
 // Standard deviation of the place at the other end of a sight. Places beside one another are off together: what they
 // are off by as seen from far away says little of a sight between them, and would double from each place to the next.
@@ -76,7 +85,7 @@ void add_lines(const Sightings &s, const Frame &f, int p, Evidence &e)
         if (!from.known || !turn.known) continue;
         const double bearing = r.reading + turn.value;
         e.lines.push_back(
-            {from.x, from.y, std::cos(bearing), std::sin(bearing), std::hypot(r.sigma, turn.sigma), from.sigma});
+            {from.x, from.y, std::cos(bearing), std::sin(bearing), root_of_squares(r.sigma, turn.sigma), from.sigma});
     }
 }
 
@@ -84,7 +93,8 @@ void add_lines(const Sightings &s, const Frame &f, int p, Evidence &e)
 void add_back_line(const Ray &r, const Place &to, const Turn &turn, Evidence &e)
 {
     const double bearing = r.reading + turn.value + pi;
-    e.lines.push_back({to.x, to.y, std::cos(bearing), std::sin(bearing), std::hypot(r.sigma, turn.sigma), to.sigma});
+    e.lines.push_back(
+        {to.x, to.y, std::cos(bearing), std::sin(bearing), root_of_squares(r.sigma, turn.sigma), to.sigma});
 }
 
 // What the point itself sees: back along rays whose circle has a turn, otherwise the angles between them.
@@ -120,7 +130,8 @@ void add_lengths(const Sightings &s, const Frame &f, int p, Evidence &e)
     for (const int *i = s.lengths_at.begin(p); i != s.lengths_at.end(p) && f.scaled; i++) {
         const Length &l = s.lengths[(size_t)*i / 2];
         const Place &end = f.places[(size_t)l.other(p)];
-        if (end.known) e.lengths.push_back({end.x, end.y, l.value, std::hypot(l.sigma, base_of(end.sigma, l.value))});
+        if (end.known)
+            e.lengths.push_back({end.x, end.y, l.value, root_of_squares(l.sigma, base_of(end.sigma, l.value))});
     }
 }
 
@@ -130,7 +141,8 @@ void add_points(const Sightings &s, const Frame &f, int p, Evidence &e)
         const Vector &v = s.vectors[(size_t)*i / 2];
         const double sign = v.to == p ? 1.0 : -1.0;
         const Place &end = f.places[(size_t)(v.to == p ? v.from : v.to)];
-        if (end.known) e.points.push_back({end.x + sign * v.x, end.y + sign * v.y, std::hypot(v.sigma, end.sigma)});
+        if (end.known)
+            e.points.push_back({end.x + sign * v.x, end.y + sign * v.y, root_of_squares(v.sigma, end.sigma)});
     }
 }
 
@@ -148,7 +160,7 @@ Evidence gather(const Sightings &s, const Frame &f, int p)
 Locus arc(const StarRay &a, const StarRay &b)
 {
     const double dx = b.x - a.x, dy = b.y - a.y, angle = b.reading - a.reading, sine = std::sin(angle);
-    const double chord = std::hypot(dx, dy);
+    const double chord = root_of_squares(dx, dy);
     if (std::fabs(sine) < 1e-3) return {Locus::line, a.x, a.y, dx / chord, dy / chord, 0.0};
     const double h = 0.5 * std::cos(angle) / sine; // of the centre over the chord, in chords, to the left
     return {Locus::circle, 0.5 * (a.x + b.x) - h * dy, 0.5 * (a.y + b.y) + h * dx, 0, 0, std::fabs(0.5 * chord / sine)};
@@ -184,7 +196,7 @@ void meet_line(const Locus &line, const Locus &c, std::vector<Xy> &out)
 {
     const double along = (c.x - line.x) * line.ux + (c.y - line.y) * line.uy;
     const double fx = line.x + along * line.ux, fy = line.y + along * line.uy;
-    const double off = std::hypot(fx - c.x, fy - c.y), square = c.r * c.r - off * off;
+    const double off = root_of_squares(fx - c.x, fy - c.y), square = c.r * c.r - off * off;
     if (square < -0.1 * c.r * c.r) return;
     const double half = std::sqrt(std::fmax(square, 0.0));
     out.push_back({fx + half * line.ux, fy + half * line.uy});
@@ -193,7 +205,7 @@ void meet_line(const Locus &line, const Locus &c, std::vector<Xy> &out)
 
 void meet_circles(const Locus &a, const Locus &b, std::vector<Xy> &out)
 {
-    const double dx = b.x - a.x, dy = b.y - a.y, d = std::hypot(dx, dy);
+    const double dx = b.x - a.x, dy = b.y - a.y, d = root_of_squares(dx, dy);
     if (d < 1e-9 * (a.r + b.r)) return;
     const double along = (d * d + a.r * a.r - b.r * b.r) / (2.0 * d), square = a.r * a.r - along * along;
     const double least = std::fmin(a.r, b.r);
@@ -235,15 +247,15 @@ double tolerance(double sigma, double length) { return times * sigma + share * l
 
 Off off_of(const LineEvidence &l, const Xy &p)
 {
-    const double dx = p.x - l.x, dy = p.y - l.y, d = std::hypot(dx, dy);
+    const double dx = p.x - l.x, dy = p.y - l.y, d = root_of_squares(dx, dy);
     const double across = l.ux * dy - l.uy * dx, ahead = l.ux * dx + l.uy * dy;
-    const double t = tolerance(std::hypot(l.angle * d, base_of(l.base, d)), d);
+    const double t = tolerance(root_of_squares(l.angle * d, base_of(l.base, d)), d);
     return {ahead > 0.0 ? across : std::copysign(d + std::fabs(across), across), -l.uy, l.ux, t};
 }
 
 Off off_of(const LengthEvidence &l, const Xy &p)
 {
-    const double dx = p.x - l.x, dy = p.y - l.y, d = std::hypot(dx, dy);
+    const double dx = p.x - l.x, dy = p.y - l.y, d = root_of_squares(dx, dy);
     if (!(d > 0.0)) return {l.r, 1.0, 0.0, tolerance(l.sigma, l.r)};
     return {d - l.r, dx / d, dy / d, tolerance(l.sigma, l.r)};
 }
@@ -259,7 +271,7 @@ std::vector<StarTurn> star_turns(const std::vector<StarRay> &star, const Xy &p)
     for (const StarRay &r : star) {
         const double dx = r.x - p.x, dy = r.y - p.y, d2 = dx * dx + dy * dy, d = std::sqrt(d2);
         if (!(d > 0.0)) return {};
-        const double t = times * std::hypot(r.angle, base_of(r.base, d) / d) + share;
+        const double t = times * root_of_squares(r.angle, base_of(r.base, d) / d) + share;
         if (t > vague) continue;
         turns.push_back({wrapped(std::atan2(dy, dx) - r.reading), t, dy / d2, -dx / d2});
     }
@@ -273,7 +285,8 @@ double best_turn(const std::vector<StarTurn> &turns, double *agreed)
     *agreed = -1.0;
     for (size_t i = 0; i < turns.size() && i < most_rays; i++) {
         double sum = 0.0;
-        for (const StarTurn &b : turns) sum += agreement(wrapped(b.turn - turns[i].turn) / std::hypot(b.t, turns[i].t));
+        for (const StarTurn &b : turns)
+            sum += agreement(wrapped(b.turn - turns[i].turn) / root_of_squares(b.t, turns[i].t));
         if (sum <= *agreed) continue;
         *agreed = sum;
         best = turns[i].turn;
@@ -288,7 +301,7 @@ double agreement_at(const Evidence &e, const Xy &p)
     for (const LineEvidence &l : e.lines) add(off_of(l, p));
     for (const LengthEvidence &l : e.lengths) add(off_of(l, p));
     for (const PointEvidence &v : e.points)
-        sum += 2.0 * agreement(std::hypot(p.x - v.x, p.y - v.y) / tolerance(v.sigma, 0.0));
+        sum += 2.0 * agreement(root_of_squares(p.x - v.x, p.y - v.y) / tolerance(v.sigma, 0.0));
     for (const auto &star : e.stars) {
         double agreed = 0.0;
         best_turn(star_turns(star, p), &agreed);
@@ -335,7 +348,7 @@ Normal normal_at(const Evidence &e, const Xy &p)
     for (const LineEvidence &l : e.lines) add(off_of(l, p));
     for (const LengthEvidence &l : e.lengths) add(off_of(l, p));
     for (const PointEvidence &v : e.points) {
-        const double t = tolerance(v.sigma, 0.0), w = agreement(std::hypot(p.x - v.x, p.y - v.y) / t) / (t * t);
+        const double t = tolerance(v.sigma, 0.0), w = agreement(root_of_squares(p.x - v.x, p.y - v.y) / t) / (t * t);
         n.add(1, 0, v.x - p.x, w);
         n.add(0, 1, v.y - p.y, w);
     }
@@ -346,12 +359,24 @@ Normal normal_at(const Evidence &e, const Xy &p)
 double mean_reach(const Evidence &e, const Xy &p)
 {
     double sum = 0.0, n = 0.0;
-    const auto add = [&](double x, double y) { sum += std::hypot(p.x - x, p.y - y), n += 1.0; };
+    const auto add = [&](double x, double y) { sum += root_of_squares(p.x - x, p.y - y), n += 1.0; };
     for (const LineEvidence &l : e.lines) add(l.x, l.y);
     for (const LengthEvidence &l : e.lengths) add(l.x, l.y);
     for (const auto &star : e.stars)
         for (const StarRay &r : star) add(r.x, r.y);
     return n > 0.0 ? sum / n : 0.0;
+}
+
+// Shortest length of what determines a place; 0 where coordinates do.
+double least_reach(const Evidence &e, const Xy &p)
+{
+    double least = e.points.empty() ? HUGE_VAL : 0.0;
+    const auto add = [&](double x, double y) { least = std::fmin(least, root_of_squares(p.x - x, p.y - y)); };
+    for (const LineEvidence &l : e.lines) add(l.x, l.y);
+    for (const LengthEvidence &l : e.lengths) add(l.x, l.y);
+    for (const auto &star : e.stars)
+        for (const StarRay &r : star) add(r.x, r.y);
+    return least;
 }
 
 // The best place and the next one that is elsewhere.
@@ -360,18 +385,26 @@ struct Ranking {
     double best_sum = -1.0, next_sum = -1.0;
 };
 
+// Proposals that are the same within half of what any observation may be off are looked at once.
 Ranking rank(const Evidence &e, const std::vector<Xy> &all)
 {
     std::vector<std::pair<double, Xy>> sums;
     sums.reserve(all.size());
-    for (const Xy &p : all) sums.emplace_back(agreement_at(e, p), p);
+    const auto near = [&](const Xy &p) {
+        const double same = 0.5 * share * least_reach(e, p);
+        return std::any_of(sums.begin(), sums.end(), [&](const auto &q) {
+            return std::fabs(q.second.x - p.x) <= same && std::fabs(q.second.y - p.y) <= same;
+        });
+    };
+    for (const Xy &p : all)
+        if (!near(p)) sums.emplace_back(agreement_at(e, p), p);
     std::stable_sort(sums.begin(), sums.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
     Ranking r;
     r.best = sums[0].second;
     r.best_sum = sums[0].first;
     const double apart = 0.02 * mean_reach(e, r.best);
     for (const auto &[sum, p] : sums) {
-        if (std::hypot(p.x - r.best.x, p.y - r.best.y) <= apart) continue;
+        if (root_of_squares(p.x - r.best.x, p.y - r.best.y) <= apart) continue;
         r.next = p;
         r.next_sum = sum;
         break;
@@ -446,10 +479,10 @@ Turn vote_turn(const Sightings &s, const Frame &frame, int circle)
     for (const int *i = s.rays_of.begin(circle); i != s.rays_of.end(circle); i++) {
         const Ray &r = s.rays[(size_t)*i];
         const Place &to = frame.places[(size_t)r.to];
-        if (to.known) star.push_back({to.x, to.y, r.reading, r.sigma, std::hypot(at.sigma, to.sigma)});
+        if (to.known) star.push_back({to.x, to.y, r.reading, r.sigma, root_of_squares(at.sigma, to.sigma)});
     }
     star.erase(std::remove_if(star.begin(), star.end(),
-                              [&](const StarRay &r) { return !(std::hypot(r.x - at.x, r.y - at.y) > 0.0); }),
+                              [&](const StarRay &r) { return !(root_of_squares(r.x - at.x, r.y - at.y) > 0.0); }),
                star.end());
     const std::vector<StarTurn> turns = star_turns(star, {at.x, at.y});
     if (turns.empty()) return {};

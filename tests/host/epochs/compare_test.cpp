@@ -10,6 +10,7 @@
 
 #include "host/epochs/compare_report.h"
 #include "host/epochs/field.h"
+#include "host/results/test_limits.h"
 
 using namespace vornhost;
 
