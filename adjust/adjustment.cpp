@@ -298,6 +298,7 @@ Outcome Adjustment::run()
 Outcome adjust(Model *model, const Options &options)
 {
     if (!options.ranks) return Adjustment(model, options).run();
+    if (!options.classes.empty()) options.ranks->leave_to_first(); // it has the rows of all classes
     if (!options.ranks->alone() && options.ranks->size() > 1) {
         Options together = options;
         together.watch.stop = nullptr;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <tuple>
 
 #include "adjust/small_svd.h"
 
@@ -364,7 +365,8 @@ Covariance neighbour_cofactors(const System &s, const Cofactors &cofactors, cons
 {
     int columns[6], axes_p[3], axes_q[3];
     double all[36], cross[9];
-    const int np = point_columns(s, p, columns, axes_p), nq = point_columns(s, q, columns + np, axes_q), n = np + nq;
+    const int np = point_unknowns(s, p, columns, axes_p), nq = point_unknowns(s, q, columns + np, axes_q), n = np + nq;
+    for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
     cofactors.block(n, columns, all);
     for (int i = 0; i < np; i++)
         for (int j = 0; j < nq; j++) cross[i * nq + j] = all[i * n + np + j];
@@ -389,7 +391,12 @@ std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations 
     return pairs;
 }
 
-bool worse(const WeakPair &p, const WeakPair &q) { return p.a > q.a; }
+// Sizes that differ by rounding alone stand in the order of their points.
+bool worse(const WeakPair &p, const WeakPair &q)
+{
+    const auto key = [](const WeakPair &w) { return std::make_tuple(-(float)w.a, w.from, w.to); };
+    return key(p) < key(q);
+}
 
 // The worst of those of all ranks, of which several may have one pair.
 void gather_pairs(const System &s, std::vector<WeakPair> *weak, int most)
@@ -423,8 +430,8 @@ std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const C
         const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
         const bool heights = model.frame.space == Space::heights;
         const Ellipse e = heights ? Ellipse{std::sqrt(std::fmax(0.0, c[5])), 0.0, 0.0} : ellipse(c[0], c[1], c[3]);
-        if ((int)weak.size() == most && !(e.a * result.sigma > weak.back().a)) continue;
         const WeakPair found{pair.first, pair.second, e.a * result.sigma, e.b * result.sigma};
+        if ((int)weak.size() == most && !worse(found, weak.back())) continue;
         weak.insert(std::upper_bound(weak.begin(), weak.end(), found, worse), found);
         if ((int)weak.size() > most) weak.pop_back();
     }
