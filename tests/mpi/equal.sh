@@ -18,7 +18,7 @@ words() { grep -v -E '[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]+ UTC|seconds' "$1" | sed
 
 # What a program says but for its steps, which it tells when it takes long.
 said() {
-    grep -v -x -E '(reading|first coordinates|equations|datum|order|factor|inverse|statistics|writing)( [0-9]+ %)?' "$1" || true
+    grep -v -x -E '(reading|first coordinates|closures|equations|datum|order|factor|inverse|statistics|writing)( [0-9]+ %)?' "$1" || true
 }
 
 # Runs both and compares what they write and say.
