@@ -33,7 +33,7 @@ std::string export_network(const Model &network, Target target, std::vector<std:
 {
     Draft draft;
     std::string text;
-    if (!draft_of(network, draft, faults)) return text;
+    if (!draft_of(network, draft, faults, target == Target::dynaml)) return text;
     switch (target) {
     case Target::gkf: text = write_gkf(draft, faults); break;
     case Target::lines: text = write_lines(draft, faults); break;

@@ -4,8 +4,10 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "host/earth/reference.h"
 #include "host/formats/number_text.h"
 #include "host/input/angle.h"
+#include "host/own/builder.h"
 #include "host/own/rounds.h"
 #include "host/own/stands.h"
 
@@ -18,9 +20,10 @@ constexpr int covariance_place[6] = {0, 3, 5, 1, 2, 4}; // of xx, yy, zz, xy, xz
 // Reads one model; the members are what its steps share.
 class Drafter {
 public:
-    Drafter(const Model &its_network, Draft &its_draft, Faults &all)
+    Drafter(const Model &its_network, Draft &its_draft, Faults &all, bool geocentric)
         : network(its_network), draft(its_draft), faults(all), rounds(find_rounds(its_network))
     {
+        if (geocentric) open_reference();
     }
 
     bool make()
@@ -52,7 +55,7 @@ private:
             bool there;
             const char *what;
         } beyond[] = {
-            {network.crs.given(), "a reference system ([crs])"},
+            {network.crs.given() && !reference, "a reference system ([crs])"},
             {p.iearth != 0, "an earth model"},
             {p.iredux == 9 || (p.iredux == 2) || (p.iredux != 0 && p.dim == 2), "this reduction of distances"},
             {!network.images.records.empty(), "images"},
@@ -89,6 +92,44 @@ private:
                "take it out of the table setups");
     }
 
+    // In three dimensions points of a grid are written in geocentric coordinates.
+    void open_reference()
+    {
+        std::string fault;
+        if (!network.crs.given() || network.crs.local() || network.p.dim != 3) return;
+        reference = Reference::open(network.crs, &fault);
+        if (!fault.empty()) refuse(Source(), fault, "correct [crs]");
+    }
+
+    // A point with all its coordinates, in metres.
+    void move_from_grid(DraftPoint &point, Source at)
+    {
+        if (!reference || !point.value[0] || !point.value[1] || !point.value[2]) return;
+        const auto place = reference->geographic({*point.value[0], *point.value[1]});
+        const auto undulation = place ? reference->undulation(*place) : std::nullopt;
+        if (!undulation) {
+            refuse(at, "point " + quote(point.name) + " lies where the reference system does not reach",
+                   "correct its coordinates");
+            return;
+        }
+        const vornadjust::Vec3<double> x = vornadjust::geocentric(
+            reference->ellipsoid(),
+            vornadjust::GeographicPlace<double>{place->latitude, place->longitude, *point.value[2] + *undulation});
+        point.value = {x.x, x.y, x.z};
+    }
+
+    // What is geocentric already: baselines between marks, and points that were observed so.
+    template <class Record> void check_geocentric(const List<Record> &list, size_t i, bool is)
+    {
+        if (!reference) return;
+        const bool moved = note_at(list.notes.transformation, i) >= 0;
+        if (moved || !is)
+            refuse(list.where[i],
+                   moved ? "a transformation cannot be written in another format"
+                         : "what is not geocentric between marks cannot be written there",
+                   "take it out of the row");
+    }
+
     template <class Record> void add_point(const Record &record, Source at, bool station)
     {
         DraftPoint point;
@@ -105,6 +146,7 @@ private:
         if (record.ilump != 0 || record.iconn != 0)
             refuse(at, "point " + quote(point.name) + " belongs to a lump or a connected net",
                    "take it out of the row");
+        move_from_grid(point, at);
         draft.points.push_back(std::move(point));
     }
 
@@ -225,6 +267,7 @@ private:
         row.use = g.status > 0 && network.p.igps != 0;
         const double h1 = note_at(network.baselines.notes.h1, i, 0.0), h2 = note_at(network.baselines.notes.h2, i, 0.0);
         for (size_t axis = 0; axis < 3; axis++) row.value[axis] = g.dx[axis];
+        check_geocentric(network.baselines, i, h1 == 0.0 && h2 == 0.0);
         // The verticals of a network without an earth model are parallel to z.
         if (network.p.dim != 2 && (h1 != 0.0 || h2 != 0.0)) row.value[2] = *row.value[2] + h1 - h2;
         for (size_t k = 0; k < 6 && row.covariance.empty(); k++)
@@ -239,6 +282,7 @@ private:
             DraftRow row = row_of(kind, list, i, factor);
             row.from = name(v.from);
             if (v.to >= 0) row.to = name(v.to);
+            check_geocentric(list, i, is_geocentric(network, i));
             row.use = v.use;
             for (size_t axis = 0; axis < 3; axis++) {
                 if (!v.given[axis]) continue;
@@ -294,16 +338,17 @@ private:
     Draft &draft;
     Faults &faults;
     const Rounds rounds;
-    double metres = 1.0; // in the unit of the records
+    std::optional<Reference> reference; // where points are to be geocentric
+    double metres = 1.0;                // in the unit of the records
     std::vector<RowPlace> row_places;
 };
 
 } // namespace
 
-bool draft_of(const Model &network, Draft &draft, Faults &faults)
+bool draft_of(const Model &network, Draft &draft, Faults &faults, bool geocentric)
 {
     draft = Draft();
-    return Drafter(network, draft, faults).make();
+    return Drafter(network, draft, faults, geocentric).make();
 }
 
 } // namespace vornhost

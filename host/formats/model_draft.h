@@ -11,8 +11,9 @@
 
 namespace vornhost {
 
-// False after a fault.
-bool draft_of(const Model &network, Draft &draft, Faults &faults);
+// False after a fault. A network in space with a reference system can be written in geocentric coordinates alone, where
+// the caller wants these.
+bool draft_of(const Model &network, Draft &draft, Faults &faults, bool geocentric);
 
 } // namespace vornhost
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <ctime>
 
+#include "host/earth/reference.h"
 #include "host/formats/export.h"
 #include "host/own/own_run.h"
 #include "imported.h"
@@ -214,4 +215,18 @@ TEST_F(Gvx, ComesBackFromDynaml)
             EXPECT_NEAR(*first.point(name).adjusted[axis], geocentric_of(again.point(name), (size_t)axis), 1e-8)
                 << name;
     EXPECT_NEAR(first.results().variance_test->squares, again.results().variance_test->squares, 1e-9);
+
+    // What was read has a projection, and is written in geocentric coordinates again.
+    if (!has_proj()) return;
+    Model projected = model_of(write_network(draft).text);
+    ASSERT_TRUE(projected.crs.given());
+    const std::string once_more = export_network(projected, Target::dynaml, lines, faults);
+    EXPECT_EQ(faults.lines(), Lines());
+    EXPECT_EQ(import(once_more, "more.xml"), Lines());
+    const SolvedNetwork third = solve_text(write_network(draft).text);
+    ASSERT_TRUE(third.adjusted()) << third.words();
+    for (const char *name : {"B", "CHARLY"})
+        for (size_t axis = 0; axis < 3; axis++)
+            EXPECT_NEAR(geocentric_of(third.point(name), axis), geocentric_of(again.point(name), axis), 1e-8) << name;
+    EXPECT_NEAR(third.results().variance_test->squares, again.results().variance_test->squares, 1e-9);
 }
