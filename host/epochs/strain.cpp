@@ -118,7 +118,9 @@ std::vector<std::vector<double>> open_columns(int k, int n, const va::Dense &mot
     }
     const va::SmallSvd s = va::small_svd(h);
     std::vector<std::vector<double>> columns;
-    for (int c = 0; c < va::count_from(s.s, no_hold * s.s[0]); c++) columns.emplace_back(s.u.col(c), s.u.col(c) + n);
+    const int rank = va::count_from(s.s, no_hold * s.s[0]);
+    columns.reserve((size_t)rank);
+    for (int c = 0; c < rank; c++) columns.emplace_back(s.u.col(c), s.u.col(c) + n);
     return columns;
 }
 
@@ -135,6 +137,7 @@ bool Straining::weigh()
             for (size_t j = 0; j < size; j++) w[i * size + j] += scale * column[i] * column[j];
     if (!va::invert_full(n, &w)) return false;
     std::vector<std::vector<double>> ph;
+    ph.reserve(c);
     for (const std::vector<double> &column : h) ph.push_back(times_w(column));
     std::vector<double> hph;
     for (size_t a = 0; a < c; a++)
@@ -155,7 +158,8 @@ void Straining::columns()
     for (const Basis &b : all) {
         std::vector<double> column((size_t)n, 0.0);
         for (int i = 0; i < n; i++)
-            for (int j = 0; j < k; j++) column[(size_t)i] += b.m[i % k][j] * places[(size_t)(i - i % k + j)];
+            for (int j = 0; j < k; j++)
+                column[(size_t)i] += b.m[i % k][j] * places[(size_t)i - (size_t)(i % k) + (size_t)j];
         const bool determined = dot(column, times_w(column)) > no_information * weight * dot(column, column);
         place_of.push_back(determined ? (int)design.size() : -1);
         if (determined) design.push_back(std::move(column));

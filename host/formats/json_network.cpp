@@ -31,7 +31,7 @@ std::string cell_text(const Json &value)
     if (value.is_null()) return "-";
     if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
     if (value.is_number()) return number_text(value.get<double>());
-    const std::string text = value.get<std::string>();
+    std::string text = value.get<std::string>();
     if (!text.empty() && text != "-" && text.find_first_of(" \t#\"'") == std::string::npos) return text;
     std::string quoted = "\"";
     for (const char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);

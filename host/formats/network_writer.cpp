@@ -159,7 +159,10 @@ private:
     {
         if (draft.crs.empty()) return;
         line("[crs]");
-        for (const auto &[key, value] : draft.crs) line(key + " = " + value);
+        for (const auto &[key, value] : draft.crs) {
+            std::string text = key;
+            line(text.append(" = ").append(value));
+        }
         blank();
     }
 

@@ -98,7 +98,7 @@ void check_regular(const Results &r, const std::vector<Place> &places)
 
 std::vector<Place> checked_places(const Results &r)
 {
-    const std::vector<Place> places = adjusted_places(r);
+    std::vector<Place> places = adjusted_places(r);
     if (places.empty()) throw SideTableError("the named points have no adjusted coordinates, and so no covariances");
     check_regular(r, places);
     return places;
