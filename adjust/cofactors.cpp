@@ -32,7 +32,7 @@ void Cofactors::multiply(int m, double *x) const
     const std::size_t n = system.n(), all = system.columns.of.size();
     std::vector<double> y(m * n);
     for (int v = 0; v < m; v++) {
-        double *yv = &y[v * n];
+        double *yv = y.data() + v * n;
         for (std::size_t j = 0; j < n; j++) yv[j] = x[v * all + system.columns.unknown[j]];
         contribute(share, yv);
         transform_back(datum, yv);
@@ -42,7 +42,7 @@ void Cofactors::multiply(int m, double *x) const
     const std::vector<double> start(n, 0.0);
     std::fill(x, x + m * all, 0.0);
     for (int v = 0; v < m; v++) {
-        double *yv = &y[v * n];
+        double *yv = y.data() + v * n;
         for (int h : system.held) yv[h] = 0.0;
         transform(datum, start.data(), yv);
         contribute(share, yv);

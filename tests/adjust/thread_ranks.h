@@ -122,7 +122,7 @@ public:
     {
         std::vector<double> x = spread(k, b);
         sum(x.data(), x.size());
-        for (int c = 0; c < k; c++) substitute(&x[c * n]);
+        for (int c = 0; c < k; c++) substitute(x.data() + c * n);
         for (int c = 0; c < k; c++)
             for (std::size_t i = 0; i < which.size(); i++) b[c * which.size() + i] = x[c * n + which[i]];
     }
