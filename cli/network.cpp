@@ -34,7 +34,8 @@ bool apply_tests(const Options &options, Model &model)
     if (model.solver != Solver::Sparse) {
         if (model.tests.given) return refuse("[tests] of the network file is for the solver sparse; leave it out");
         if (model.derived.size() > 0) return refuse("table derived is for the solver sparse; leave it out");
-        if (asked) return refuse("--snoop, --left-out, --robust and --fail-on are for the solver sparse; leave them out");
+        if (asked)
+            return refuse("--snoop, --left-out, --robust and --fail-on are for the solver sparse; leave them out");
         return true;
     }
     if (!options.left_out.empty() && !options.snoop)

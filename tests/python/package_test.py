@@ -289,6 +289,7 @@ class Running(unittest.TestCase):
         self.assertGreater(tangle(300, 900).adjust().sigma, 0.5)
 
     def test_ends_with_ctrl_c(self):
+        signal.signal(signal.SIGINT, signal.default_int_handler)  # ignored where a shell runs this in the background
         network = tangle(4000, 12000)
         timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
         timer.start()
