@@ -58,6 +58,7 @@ complete -c vorn -n "$foreign" -l station-code -x -d "GSI: code of the blocks th
 complete -c vorn -n "$foreign" -l points -r -F -d "file with coordinates of points"
 complete -c vorn -n "$foreign" -l fix -x -d "points that are held"
 complete -c vorn -n "$foreign" -l datum -x -d "points that alone hold a free network"
+complete -c vorn -n "$foreign" -l geoid -rF -d "DynAdjust: height of the geoid, a grid file or metres"
 complete -c vorn -n "$import" -l force -d "replace the network file where there is one"
 complete -c vorn -n "$import" -l quiet -d "only errors on standard error"
 
