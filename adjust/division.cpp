@@ -69,7 +69,17 @@ std::vector<int> parts_of_points(const Model &model, int parts)
 {
     std::vector<int> part = library_parts(graph_of(model), parts);
     if (!part.empty()) return part;
-    for (int p = 0; p < model.n_points; p++) part.push_back((int)((std::int64_t)p * parts / model.n_points));
+    // By order, with as many observations that begin at its points in each part.
+    std::vector<std::int64_t> begin((std::size_t)model.n_points, 0);
+    std::int64_t before = 0, all = 1;
+    for (const Observation &o : model.observations) {
+        int points[3];
+        if (o.use && points_of(model, o, points) > 0) begin[(std::size_t)points[0]]++, all++;
+    }
+    for (const std::int64_t n : begin) {
+        part.push_back((int)(before * parts / all));
+        before += n;
+    }
     return part;
 }
 

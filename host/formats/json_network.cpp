@@ -30,6 +30,7 @@ std::string cell_text(const Json &value)
 {
     if (value.is_null()) return "-";
     if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
+    if (value.is_number_integer()) return value.dump(); // every digit: it may be a name
     if (value.is_number()) return number_text(value.get<double>());
     std::string text = value.get<std::string>();
     if (!text.empty() && text != "-" && text.find_first_of(" \t#\"'") == std::string::npos) return text;

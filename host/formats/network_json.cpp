@@ -35,7 +35,10 @@ void write_table(JsonText &json, const toml::table &table)
 void write_node(JsonText &json, const toml::node &node)
 {
     if (const auto *text = node.as_string()) return json.value(text->get());
-    if (const auto *whole = node.as_integer()) return json.value((int)whole->get()); // all are small
+    if (const auto *whole = node.as_integer()) {
+        const int64_t n = whole->get();
+        return n == (int)n ? json.value((int)n) : json.value((double)n);
+    }
     if (const auto *number = node.as_floating_point()) return json.value(number->get());
     if (const auto *truth = node.as_boolean()) return json.value(truth->get());
     if (const auto *list = node.as_array()) {
