@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "host/formats/geocentric.h"
+#include "host/formats/plate_motion.h"
 #include "host/formats/number_text.h"
 #include "host/formats/writer_table.h"
 #include "host/input/number.h"
@@ -98,18 +99,6 @@ std::string geocentric_system(const std::string &frame)
     for (const auto &[name, code] : systems)
         if (frame == name) return "EPSG:" + std::to_string(code);
     return {};
-}
-
-std::optional<double> year_of(const std::string &epoch)
-{
-    static const int before[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
-    int day = 0, month = 0, year = 0;
-    if (epoch.size() != 10 || epoch[2] != '.' || epoch[5] != '.') return std::nullopt;
-    const bool read = read_whole(epoch.substr(0, 2), day) == Reading::Number &&
-                      read_whole(epoch.substr(3, 2), month) == Reading::Number &&
-                      read_whole(epoch.substr(6), year) == Reading::Number;
-    if (!read || day < 1 || day > 31 || month < 1 || month > 12) return std::nullopt;
-    return year + (before[month - 1] + day - 1) / 365.25;
 }
 
 std::optional<DnaPlaces> DnaPlaces::open(const DnaNetwork &network, const std::string &geoid, std::string *fault)

@@ -50,9 +50,6 @@ private:
 // The geocentric system of a frame as PROJ knows it: "GDA2020" gives "EPSG:7842"; empty for others.
 std::string geocentric_system(const std::string &frame);
 
-// Year of an epoch written as dd.mm.yyyy.
-std::optional<double> year_of(const std::string &epoch);
-
 } // namespace vornhost
 
 #endif

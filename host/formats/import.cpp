@@ -159,11 +159,22 @@ bool import_file(const std::string &path, const ImportOptions &options, Draft &d
            add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
 }
 
+// A network in JSON leaves nothing to options; true after a fault.
+static bool says_more(const ImportOptions &o, const std::string &path, Faults &faults)
+{
+    const bool more = o.keep_sets || !o.sigma.empty() || !o.station.empty() || !o.points.empty() || !o.fixed.empty() ||
+                      !o.datum.empty() || !o.geoid.empty();
+    if (more)
+        faults.add({faults.add_file(path), 0, 0}, "a network in JSON says all by itself",
+                   "leave out --sets, --sigma, --station, --points, --fix, --datum and --geoid");
+    return more;
+}
+
 bool import_text(const std::string &path, const ImportOptions &options, MadeText &made, std::vector<std::string> &notes,
                  Faults &faults)
 {
     if (options.format.value_or(recognise_file(path).value_or(Format::gkf)) == Format::json)
-        return read_network_json(path, made, faults);
+        return !says_more(options, path, faults) && read_network_json(path, made, faults);
     Draft draft;
     if (!import_file(path, options, draft, faults)) return false;
     WrittenNetwork network = write_network(draft);

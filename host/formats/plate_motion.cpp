@@ -6,19 +6,6 @@ namespace vornhost {
 
 namespace {
 
-// Years of an epoch written as dd.mm.yyyy.
-std::optional<double> years(const std::string &epoch)
-{
-    static const int before[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
-    int day = 0, month = 0, year = 0;
-    if (epoch.size() != 10 || epoch[2] != '.' || epoch[5] != '.') return std::nullopt;
-    const bool read = read_whole(epoch.substr(0, 2), day) == Reading::Number &&
-                      read_whole(epoch.substr(3, 2), month) == Reading::Number &&
-                      read_whole(epoch.substr(6), year) == Reading::Number;
-    if (!read || day < 1 || day > 31 || month < 1 || month > 12) return std::nullopt;
-    return year + (before[month - 1] + day - 1) / 365.25;
-}
-
 // Values at 2020.0 and their rates a year: parts in 1e9, milliseconds of arc.
 struct Parameters {
     const char *from;
@@ -33,10 +20,22 @@ const Parameters into_gda2020[] = {
 
 } // namespace
 
+std::optional<double> year_of(const std::string &epoch)
+{
+    static const int before[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+    int day = 0, month = 0, year = 0;
+    if (epoch.size() != 10 || epoch[2] != '.' || epoch[5] != '.') return std::nullopt;
+    const bool read = read_whole(epoch.substr(0, 2), day) == Reading::Number &&
+                      read_whole(epoch.substr(3, 2), month) == Reading::Number &&
+                      read_whole(epoch.substr(6), year) == Reading::Number;
+    if (!read || day < 1 || day > 31 || month < 1 || month > 12) return std::nullopt;
+    return year + (before[month - 1] + day - 1) / 365.25;
+}
+
 std::optional<FrameChange> frame_change(const std::string &from, const std::string &epoch, const std::string &to)
 {
     constexpr double milli_second = 3.14159265358979323846 / 648000.0 / 1000.0;
-    const std::optional<double> year = years(epoch);
+    const std::optional<double> year = year_of(epoch);
     for (const Parameters &p : into_gda2020) {
         if (from != p.from || to != "GDA2020" || !year) continue;
         const double span = *year - 2020.0;

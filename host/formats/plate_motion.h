@@ -16,6 +16,9 @@ struct FrameChange {
     std::array<double, 3> rotation = {};
 };
 
+// Years of an epoch written as dd.mm.yyyy; nothing where it is none.
+std::optional<double> year_of(const std::string &epoch);
+
 // From a frame at an epoch (dd.mm.yyyy) into another frame; nothing where it is not known. Known are ITRF2014 and
 // ITRF2008 into GDA2020, which is fixed to the Australian plate (ICSM, GDA2020 Technical Manual, tables of
 // transformation parameters with reference epoch 2020.0; shifts do not act on differences).

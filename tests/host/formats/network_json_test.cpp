@@ -156,6 +156,35 @@ TEST_F(NetworkJson, NamesFaultsByTableAndRow)
                     "remove it"});
 }
 
+// Numbers of points may be longer than a double holds.
+TEST_F(NetworkJson, KeepsEveryDigitOfWholeNumbers)
+{
+    const SolvedNetwork one = solved(R"({"vorn_network": 1, "run": {"dimension": 1}, "tables": {"targets": [
+        {"name": 9210321501234567891, "z": 100, "code": "fixed"}, {"name": 9210321501234567892}], "height_differences": [
+        {"from": 9210321501234567891, "to": 9210321501234567892, "value": 1, "sigma": 1}]}})");
+    ASSERT_TRUE(one.adjusted()) << one.words();
+    EXPECT_EQ(one.results().points[1].name, "9210321501234567892");
+    const std::string far = json_of("net.inp", "[run]\ndimension = 3\n[earth]\nmodel = \"cartesian\"\n"
+                                               "origin = [5000000000, 0, 0]\n[tables]\ntargets = \"name x y z code\\n"
+                                               "A 0 0 0 fixed\\nB 1 0 0 free\"\ndistances = \"from to value sigma\\n"
+                                               "A B 1 1\"\n");
+    EXPECT_EQ(nlohmann::json::parse(far)["earth"]["origin"][0], 5e9);
+}
+
+TEST_F(NetworkJson, RefusesOptionsOfOtherFormats)
+{
+    folder.write("net.json", "{\"vorn_network\": 1}");
+    ImportOptions options;
+    options.fixed = {"A"};
+    options.given = true;
+    Model model;
+    Faults faults;
+    Lines notes;
+    EXPECT_FALSE(read_any_network(folder.file("net.json"), model, notes, faults, options));
+    ASSERT_EQ(faults.lines().size(), 1u);
+    EXPECT_NE(faults.lines()[0].find("a network in JSON says all by itself; leave out --sets"), std::string::npos);
+}
+
 TEST_F(NetworkJson, RefusesWhatIsNone)
 {
     EXPECT_EQ(faults_in("{\"schema\": 2}"),
