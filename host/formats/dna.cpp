@@ -228,18 +228,6 @@ private:
         }
     }
 
-    DraftRow row_of(const DnaMeasure &m) const
-    {
-        DraftRow row;
-        row.where = m.where;
-        row.id = m.id;
-        row.from = m.first;
-        row.to = m.second;
-        row.value[0] = m.value;
-        row.sigma[0] = m.sigma;
-        return row;
-    }
-
     // Straight lines between marks need no ellipsoid.
     void add_chord(const DnaMeasure &m)
     {

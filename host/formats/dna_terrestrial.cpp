@@ -10,20 +10,6 @@ namespace {
 
 constexpr double radian = 3.14159265358979323846 / 180.0;
 
-DraftRow row_of(const DnaMeasure &m)
-{
-    DraftRow row;
-    row.where = m.where;
-    row.id = m.id;
-    row.from = m.first;
-    row.to = m.second;
-    row.value[0] = m.value;
-    row.sigma[0] = m.sigma;
-    if (m.instrument_height != 0.0) row.h1 = m.instrument_height;
-    if (m.target_height != 0.0) row.h2 = m.target_height;
-    return row;
-}
-
 // A height of a point as observed coordinate z.
 DraftRow height_row(const DnaMeasure &m, double height)
 {
@@ -37,6 +23,20 @@ DraftRow height_row(const DnaMeasure &m, double height)
 std::string above_zero(const DnaMeasure &m) { return m.value > 0.0 ? std::string() : "a distance is not above 0"; }
 
 } // namespace
+
+DraftRow row_of(const DnaMeasure &m)
+{
+    DraftRow row;
+    row.where = m.where;
+    row.id = m.id;
+    row.from = m.first;
+    row.to = m.second;
+    row.value[0] = m.value;
+    row.sigma[0] = m.sigma;
+    if (m.instrument_height != 0.0) row.h1 = m.instrument_height;
+    if (m.target_height != 0.0) row.h2 = m.target_height;
+    return row;
+}
 
 std::string DnaTerrestrial::add(const DnaMeasure &m)
 {

@@ -12,6 +12,9 @@
 
 namespace vornhost {
 
+// The first two points of a measurement with its value, standard deviation and heights.
+DraftRow row_of(const DnaMeasure &m);
+
 class DnaTerrestrial {
 public:
     // Latitude and longitude in degrees and height of the stations that have them.

@@ -104,6 +104,7 @@ private:
         const bool angle = is_dna_angle(m.type) || std::string_view("IJPQ").find(m.type) != std::string_view::npos;
         m.value = angle ? packed(element, "Value") : number_in(element, "Value", faults);
         m.sigma = number_in(element, "StdDev", faults);
+        if (m.type != 'S' && m.type != 'V' && m.type != 'Z') return; // the others are between marks
         m.instrument_height = number_in(element, "InstHeight", 0.0, faults);
         m.target_height = number_in(element, "TargHeight", 0.0, faults);
     }
