@@ -262,3 +262,20 @@ TEST_F(Dna, MeetsTheResultsOfThatProgram)
     }
     EXPECT_EQ(count, (size_t)43);
 }
+
+// A chord is between marks, whatever heights stand beside it.
+TEST_F(Dna, TakesChordsOfDynamlBetweenMarks)
+{
+    if (!xml_available()) GTEST_SKIP() << "built without a parser of XML";
+    const std::string text = R"(<DnaXmlFormat type="Combined File" referenceframe="GDA2020" epoch="01.01.2020">
+<DnaStation><Name>ALFA</Name><Constraints>CCC</Constraints><Type>XYZ</Type><StationCoord><Name>ALFA</Name>
+<XAxis>-4000000</XAxis><YAxis>3000000</YAxis><Height>-4000000</Height></StationCoord></DnaStation>
+<DnaStation><Name>BETA</Name><Constraints>CCC</Constraints><Type>XYZ</Type><StationCoord><Name>BETA</Name>
+<XAxis>-4000300</XAxis><YAxis>3000400</YAxis><Height>-4000000</Height></StationCoord></DnaStation>
+<DnaMeasurement><Type>C</Type><Ignore/><First>ALFA</First><Second>BETA</Second><Value>500.01</Value>
+<StdDev>0.01</StdDev><InstHeight>1.5</InstHeight><TargHeight>1.6</TargHeight></DnaMeasurement></DnaXmlFormat>)";
+    ASSERT_EQ(import(text, "chord.xml"), Lines());
+    ASSERT_EQ(rows(DraftKind::scale_bar).size(), (size_t)1);
+    EXPECT_FALSE(rows(DraftKind::scale_bar)[0].h1.has_value());
+    EXPECT_FALSE(rows(DraftKind::scale_bar)[0].h2.has_value());
+}
