@@ -16,7 +16,8 @@ namespace {
 namespace va = vornadjust;
 using va::Kind;
 
-constexpr size_t most_lines = 20; // of one kind
+constexpr size_t most_lines = 20;     // of one kind
+constexpr double nearly_there = 0.05; // of how far a point is off: another place that explains it
 const char *const remedy = "observe a distance, or a direction to or from a point that does not lie on it";
 
 std::string number(double x, int digits)
@@ -137,13 +138,16 @@ std::vector<std::string> missing_lines(const Model &network, const Numbers &numb
     return lines;
 }
 
-// Both places, in the file's unit and origin.
-std::string doubt_line(const Model &network, const Numbers &numbers, const start::Doubt &d)
+// In the file's unit and origin.
+std::string plan_text(const Model &network, const Numbers &numbers, const double x[2])
 {
     const double unit = metres_per_unit(network.p);
-    const auto at = [&](const double x[2]) {
-        return number((x[0] + numbers.origin[0]) / unit, 3) + " " + number((x[1] + numbers.origin[1]) / unit, 3);
-    };
+    return number((x[0] + numbers.origin[0]) / unit, 3) + " " + number((x[1] + numbers.origin[1]) / unit, 3);
+}
+
+std::string doubt_line(const Model &network, const Numbers &numbers, const start::Doubt &d)
+{
+    const auto at = [&](const double x[2]) { return plan_text(network, numbers, x); };
     return name_of(network, numbers, d.point) + " fits in two places, " + number(d.apart, 3) + " m apart: at " +
            at(d.x) + " and at " + at(d.other) + " (" + where(network, numbers, d.point) + ")";
 }
@@ -155,6 +159,38 @@ std::vector<std::string> doubt_lines(const Model &network, const Numbers &number
     cut(&lines, "points");
     lines.push_back("give an approximate value, or observe one more sight");
     return lines;
+}
+
+// What the given coordinates of a displaced point look like instead; empty when that is not known.
+std::string guess_text(const Model &network, const Numbers &numbers, const start::Displaced &d,
+                       const std::vector<start::Displaced> &all)
+{
+    const double near = nearly_there * d.off;
+    for (const start::Displaced &o : all)
+        if (o.point != d.point && std::hypot(o.given[0] - d.x[0], o.given[1] - d.x[1]) < near)
+            return ", where " + name_of(network, numbers, o.point) + " is given: are the two exchanged?";
+    const double *origin = numbers.origin;
+    const double dx = d.given[1] + origin[1] - d.x[0] - origin[0];
+    const double dy = d.given[0] + origin[0] - d.x[1] - origin[1];
+    return std::hypot(dx, dy) < near ? ": are x and y exchanged?" : "";
+}
+
+std::string displaced_line(const Model &network, const Numbers &numbers, const start::Displaced &d,
+                           const std::vector<start::Displaced> &all)
+{
+    return where(network, numbers, d.point) + ": " + name_of(network, numbers, d.point) + " is given " +
+           number(d.off, 3) + " m from where its sights put it: " + plan_text(network, numbers, d.x) +
+           guess_text(network, numbers, d, all);
+}
+
+// All given coordinates are wrong in the same way.
+std::vector<std::string> given_lines(const start::Start &start)
+{
+    if (start.mirrored)
+        return {"the given coordinates fit the sights as a mirror image only: are x and y exchanged, or do the "
+                "directions run from y to x?"};
+    return {"the given coordinates are " + number(start.given_scale, start.given_scale < 0.1 ? 6 : 3) +
+            " times as far from one another as the sights say: is their unit right, and that of the distances?"};
 }
 
 } // namespace
@@ -178,6 +214,7 @@ std::string reading_text(const Model &network, const va::Observation &o, double 
 
 std::vector<std::string> start_refusals(const Model &network, const Numbers &numbers, const start::Start &start)
 {
+    if (start.mirrored || start.given_scale != 1.0) return given_lines(start);
     return start.missing.empty() ? doubt_lines(network, numbers, start) : missing_lines(network, numbers, start);
 }
 
@@ -194,9 +231,18 @@ std::vector<std::string> degenerate_words(const Model &network, const Numbers &n
 
 std::vector<std::string> start_notes(const Model &network, const Numbers &numbers, const start::Start &start)
 {
-    std::vector<std::string> lines;
-    for (const start::Misfit &m : start.misfits) lines.push_back(misfit_line(network, numbers, m));
-    cut(&lines, "observations that do not fit");
+    std::vector<std::string> lines, misfits;
+    if (start.contradicts)
+        lines.push_back("half of the observations are more than " + number(start.scale, 0) +
+                        " standard deviations off: are the units of angles and lengths right, and do the directions "
+                        "run from x to y?");
+    std::vector<std::string> displaced;
+    for (const start::Displaced &d : start.displaced)
+        displaced.push_back(displaced_line(network, numbers, d, start.displaced));
+    cut(&displaced, "points");
+    for (const start::Misfit &m : start.misfits) misfits.push_back(misfit_line(network, numbers, m));
+    cut(&misfits, "observations that do not fit");
+    for (const auto *some : {&displaced, &misfits}) lines.insert(lines.end(), some->begin(), some->end());
     return lines;
 }
 
