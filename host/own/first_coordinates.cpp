@@ -165,7 +165,7 @@ FirstNumbers make_first_numbers(Model &network, const Reference *reference)
     if (found.found()) {
         replace_displaced(network, first.numbers, found.displaced);
         write_records(network, first.numbers);
-    } else if (!found.missing.empty() && network.p.dim != 1 && by_the_engine(network))
+    } else if (!found.missing.empty() && found.degenerate.empty() && network.p.dim != 1 && by_the_engine(network))
         first.numbers = make_numbers(network, reference);
     else
         first.words = start_refusals(network, first.numbers, found);

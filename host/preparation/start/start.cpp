@@ -57,6 +57,7 @@ private:
     double difference(const Trial &a, const Trial &b, int p) const;
     bool in_one_valley(const Trial &t) const;
     void tell_misfits(Start *start) const;
+    void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start) const;
     Trial best_without(const std::vector<int> &points) const;
     void check_given(Start *start);
@@ -151,6 +152,23 @@ bool Search::in_one_valley(const Trial &t) const
         middle.value[u] += 0.5 * change;
     }
     return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + as_good;
+}
+
+// Of points without a place; and of those that have one by chance, as errors of readings carry them along a circle.
+void Search::tell_degenerate(Start *start) const
+{
+    if (is_large(model)) return;
+    va::Model all = model;
+    all.value = best.model.value;
+    if (!start->missing.empty()) {
+        start->degenerate = find_degenerate(all, best.placed, start->missing);
+        return;
+    }
+    std::vector<int> wanted;
+    for (int p = 0; p < model.n_points; p++)
+        if (given.wants_plan(p)) wanted.push_back(p);
+    start->degenerate = find_degenerate(all, best.placed, wanted, Near::readings);
+    for (const Degenerate &d : start->degenerate) start->missing.push_back(d.point);
 }
 
 // Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
@@ -250,11 +268,7 @@ Start Search::run()
     if (!clean(best)) check_given(&start);
     if (start.displaced.empty()) check_approximate(&start);
     start.missing = best.missing;
-    if (!best.missing.empty()) {
-        va::Model all = model;
-        all.value = best.model.value;
-        start.degenerate = find_degenerate(all, best.placed, best.missing);
-    }
+    tell_degenerate(&start);
     start.scale = best.fit.scale;
     start.contradicts = start.missing.empty() && !(start.scale < no_fit);
     tell_misfits(&start);

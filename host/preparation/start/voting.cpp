@@ -11,14 +11,13 @@ namespace vornhost::start {
 
 namespace {
 
-constexpr double share = 3e-4;       // of a length: curvature, tilts and what else the plan leaves out
-constexpr double times = 3.0;        // standard deviations in a tolerance
-constexpr double most_base = 5e-3;   // of a length: what the place at its other end may add to its tolerance
-constexpr size_t most_loci = 7;      // of a point, that propose places
-constexpr size_t most_rays = 6;      // of a circle, that propose turns
-constexpr double vague = 0.1;        // radians: tolerance of a ray so short that it tells nothing of a turn
-constexpr double torn_by = 0.5;      // agreement by which the best place must lead
-constexpr double at_a_target = 0.01; // of the mean sight of a resection
+constexpr double share = 3e-4;     // of a length: curvature, tilts and what else the plan leaves out
+constexpr double times = 3.0;      // standard deviations in a tolerance
+constexpr double most_base = 5e-3; // of a length: what the place at its other end may add to its tolerance
+constexpr size_t most_loci = 7;    // of a point, that propose places
+constexpr size_t most_rays = 6;    // of a circle, that propose turns
+constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
+constexpr double torn_by = 0.5;    // agreement by which the best place must lead
 const double pi = 4.0 * std::atan(1.0);
 
 struct Xy {
@@ -413,13 +412,6 @@ Ranking rank(const Evidence &e, const std::vector<Xy> &all)
     return r;
 }
 
-// The arcs of a resection that nothing checks meet in its targets too, and on the danger circle nowhere else.
-bool is_at_a_target(const Evidence &e, const Xy &p)
-{
-    const bool bare = e.stars.size() == 1 && e.count() < 3.0 && e.lines.empty() && e.lengths.empty();
-    return bare && least_reach(e, p) < at_a_target * mean_reach(e, p);
-}
-
 } // namespace
 
 Support support_of(const Sightings &s, const Frame &f, int p)
@@ -469,7 +461,6 @@ std::optional<Determination> determine(const Sightings &s, const Frame &frame, i
         p.y += (n.by * n.xx - n.bx * n.xy) / n.determinant();
     }
     if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
-    if (is_at_a_target(e, p)) return std::nullopt;
     Determination d;
     d.x = p.x, d.y = p.y;
     d.sigma = std::sqrt((n.xx + n.yy) / n.determinant()) / times;
