@@ -229,3 +229,24 @@ TEST(OwnFirstCoordinates, RefuseCoordinatesInAnotherUnit)
     EXPECT_NE(s.words().find("are 1000.000 times as far from one another as the sights say"), std::string::npos)
         << s.words();
 }
+
+// A triangle of distances beside two fixed points; `ties` are distances between both.
+static std::string triangle(const std::string &ties)
+{
+    return "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 100 0 fixed\nP - - free\n"
+           "Q - - free\nR - - free\n'''\ndistances = '''\nfrom to value sigma\nA B 100 0.01\nP Q 50 0.01\n"
+           "Q R 50 0.01\nR P 50 0.01\n" +
+           ties + "'''\n";
+}
+
+TEST(OwnFirstCoordinates, NameAnIslandOnceWithWhatTiesIt)
+{
+    const SolvedNetwork none = solve_text(triangle("")), one = solve_text(triangle("A P 70 0.01\n"));
+    EXPECT_EQ(none.words(), "first coordinates of P, Q and R could not be computed (net.inp:8): nothing was observed "
+                            "between them and the rest\nobserve more between such points and the rest, or give the "
+                            "coordinates of two of them\n");
+    EXPECT_NE(one.words().find("P, Q and R could not be computed (net.inp:8): only this ties them to the rest: "
+                               "net.inp:18: distance A to P"),
+              std::string::npos)
+        << one.words();
+}
