@@ -122,6 +122,9 @@ std::vector<std::string> start_notes(const Model &network, const Numbers &number
         lines.push_back("half of the observations are more than " + number(start.scale, 0) +
                         " standard deviations off: are the units of angles and lengths right, and do the directions "
                         "run from x to y?");
+    if (start.rough > 0)
+        lines.push_back("the first coordinates are rough: " + std::to_string(start.rough) + " of " +
+                        std::to_string(numbers.model.observations.size()) + " observations do not fit them");
     std::vector<std::string> displaced;
     for (const start::Displaced &d : start.displaced)
         displaced.push_back(displaced_line(network, numbers, d, start.displaced));

@@ -13,13 +13,15 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr double work = 150000.0; // observations in all ways together
-constexpr int most_ways = 14;     // tried on a small network
-constexpr int most_repeats = 3;   // of a way without what did not fit
-constexpr double bad_scale = 8.0; // of a fit: misclosures this much above their standard deviations
-constexpr double no_fit = 50.0;   // of one that says nothing
-constexpr double as_good = 10.0;  // difference of two losses that tells nothing
-constexpr size_t few_of = 1000;   // observations of a large network that may be wrong without another way being tried
+constexpr double work = 150000.0;  // observations in all ways together
+constexpr int most_ways = 14;      // tried on a small network
+constexpr int most_repeats = 3;    // of a way without what did not fit
+constexpr double bad_scale = 8.0;  // of a fit: misclosures this much above their standard deviations
+constexpr double no_fit = 50.0;    // of one that says nothing
+constexpr double as_good = 10.0;   // difference of two losses that tells nothing
+constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
+constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
+constexpr double wrong_share = 0.02;
 const double full_turn = 8.0 * std::atan(1.0);
 constexpr double elsewhere = 0.02;  // of a typical sight: apart enough to be another place
 constexpr double given_off = 0.5;   // of a typical sight: an approximate point that is off by more is wrong
@@ -131,7 +133,12 @@ void Search::consider(Trial t)
 
 void Search::tell_misfits(Start *start) const
 {
-    for (const int i : misfits(best)) {
+    const std::vector<int> all = misfits(best);
+    if (all.size() > most_wrong && all.size() > wrong_share * (double)model.observations.size()) {
+        start->rough = (int)all.size();
+        return;
+    }
+    for (const int i : all) {
         const va::Observation &o = best.model.observations[(size_t)i];
         va::Linear linear;
         va::linearize(best.model, o, false, &linear);
@@ -270,7 +277,7 @@ Start Search::run()
     start.missing = best.missing;
     tell_degenerate(&start);
     start.scale = best.fit.scale;
-    start.contradicts = start.missing.empty() && !(start.scale < no_fit);
+    start.contradicts = start.missing.empty() && !is_large(model) && !(start.scale < no_fit);
     tell_misfits(&start);
     if (start.missing.empty() && !start.contradicts) tell_doubts(&start);
     if (start.found()) write(start);

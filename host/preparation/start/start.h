@@ -36,6 +36,7 @@ struct Start {
     std::vector<int> missing;           // points without a place; where there are any, the model keeps its values
     std::vector<Degenerate> degenerate; // of these, those that their sights leave open along a circle or a line
     std::vector<Misfit> misfits;
+    int rough = 0; // observations that do not fit where they are too many to be wrong ones; then no misfits
     std::vector<Doubt> doubts;
     std::vector<Displaced> displaced;
     bool mirrored = false;    // the given coordinates fit the sights as a mirror image only
