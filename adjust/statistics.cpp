@@ -378,20 +378,25 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
     return c;
 }
 
-// The same of two points that a row sees, whose columns share it: without a solve.
-Covariance neighbour_cofactors(const System &s, const Cofactors &cofactors, const Statistics &result, int p, int q)
+// The same of two points in the plan (heights: in z) without a solve. False where the rows between them do not tie
+// these coordinates, such as a height difference in space.
+bool neighbour_cofactors(const System &s, bool heights, const Cofactors &cofactors, const Statistics &result, int p,
+                         int q, Covariance *c)
 {
-    int columns[6], axes_p[3], axes_q[3];
+    int columns[6], axes[6];
     double all[36], cross[9];
-    const int np = point_unknowns(s, p, columns, axes_p), nq = point_unknowns(s, q, columns + np, axes_q), n = np + nq;
+    const auto wanted = [&](int point, int *unknowns, int *its_axes) {
+        const int n = point_unknowns(s, point, unknowns, its_axes);
+        return heights || n == 0 || its_axes[n - 1] < 2 ? n : n - 1;
+    };
+    const int np = wanted(p, columns, axes), nq = wanted(q, columns + np, axes + np), n = np + nq;
     for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
-    cofactors.block(n, columns, all);
+    if (!cofactors.find(n, columns, all)) return false;
     for (int i = 0; i < np; i++)
         for (int j = 0; j < nq; j++) cross[i * nq + j] = all[i * n + np + j];
-    Covariance c;
-    for (int k = 0; k < 6; k++) c[k] = result.points[p][k] + result.points[q][k];
-    add(np, axes_p, nq, axes_q, cross, -2.0, &c);
-    return c;
+    for (int k = 0; k < 6; k++) (*c)[k] = result.points[p][k] + result.points[q][k];
+    add(np, axes, nq, axes + np, cross, -2.0, c);
+    return true;
 }
 
 // The points that a row compares; false for rows that tell of no pair.
@@ -465,8 +470,9 @@ std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const C
 {
     std::vector<WeakPair> weak;
     for (const auto &pair : neighbours(model, s.equations, points_along(model, s))) {
-        const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
         const bool heights = model.frame.space == Space::heights;
+        Covariance c;
+        if (!neighbour_cofactors(s, heights, cofactors, result, pair.first, pair.second, &c)) continue;
         const Ellipse e = heights ? Ellipse{std::sqrt(std::fmax(0.0, c[5])), 0.0, 0.0} : ellipse(c[0], c[1], c[3]);
         const WeakPair found{pair.first, pair.second, e.a * result.sigma, e.b * result.sigma};
         if ((int)weak.size() == most && !worse(found, weak.back())) continue;
