@@ -20,26 +20,6 @@ struct SparseRow {
     std::vector<double> coefficient;
 };
 
-// Rows in the order in which the first of their unknowns is eliminated, those without one last: the cofactors that
-// neighbours see lie together.
-std::vector<int> rows_along(const System &s)
-{
-    const NormalSystem &normal = s.normal;
-    const int n = s.equations.rows();
-    std::vector<char> listed(n, 0);
-    std::vector<int> rows;
-    rows.reserve(n);
-    const auto list = [&](int r) {
-        if (listed[r]) return;
-        listed[r] = 1;
-        rows.push_back(r);
-    };
-    for (const int c : s.symbolic.unknown)
-        for (std::size_t at = normal.begin[c]; at < normal.begin[c + 1]; at++) list(normal.row[at]);
-    for (int r = 0; r < n; r++) list(r);
-    return rows;
-}
-
 // Points in the order in which their first coordinate is eliminated, those without an estimated one last.
 std::vector<int> points_along(const Model &model, const System &s)
 {
@@ -102,7 +82,6 @@ private:
     void alone(int row);
     void group(const std::vector<int> &members);
     void enter(int row, double weighted_residual, const RowStatistics &r);
-    void add_to_kind(int row, double weighted_residual);
     void append_other_axes(int row, SparseRow *a) const;
     double own_shift(int row, const std::vector<int> &columns, const double *dx) const;
     void find_cofactors(Bundle *b) const;
@@ -139,11 +118,9 @@ void RowTests::run()
     result.rows.assign(e.rows(), {});
     find_bundles();
     std::vector<std::vector<int>> apart(together.size()); // rows without correlation that are tested together
-    for (const int r : rows_along(system))
-        if (e.group[r] < 0 && e.usable[r] && !watch.stopped()) alone(r);
     for (int r = 0; r < e.rows() && !watch.stopped(); r++) {
         if (e.group[r] >= 0 || !e.usable[r]) continue;
-        add_to_kind(r, result.rows[r].weight * result.rows[r].residual);
+        alone(r);
         if (bundle_of[r] >= 0) apart[bundle_of[r]].push_back(r);
     }
     for (const std::vector<int> &members : system.rows.members) {
@@ -169,11 +146,6 @@ void RowTests::enter(int row, double weighted_residual, const RowStatistics &r)
 {
     result.rows[row] = r;
     if (r.controlled()) result.rows[row].normalised = weighted_residual / std::sqrt(r.control);
-}
-
-void RowTests::add_to_kind(int row, double weighted_residual)
-{
-    const RowStatistics &r = result.rows[row];
     KindStatistics &kind = result.kinds[(int)model.observations[system.equations.observation[row]].kind];
     kind.rows++;
     kind.squares += r.residual * weighted_residual;
@@ -314,7 +286,6 @@ void RowTests::group(const std::vector<int> &rows)
         r.control = std::fmax(0.0, b.control(i, i));
         r.effect = own_shift(rows[i], b.columns, dx.data());
         enter(rows[i], weighted, r);
-        add_to_kind(rows[i], weighted);
     }
     test_together(b);
 }
