@@ -66,7 +66,7 @@ bool import_xml(Format format, const std::string &path, const std::string &geoid
 bool import_lines(Format format, const std::string &path, Draft &draft, Faults &faults)
 {
     TextFile file;
-    if (!file.read(path, Source(), faults)) return false;
+    if (!file.read_foreign(path, faults)) return false;
     return format == Format::sinex ? read_sinex(file, draft, faults) : read_lines(file, draft, faults);
 }
 
