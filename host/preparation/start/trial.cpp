@@ -177,17 +177,6 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
     return t;
 }
 
-Trial try_values(const va::Model &model)
-{
-    Trial t;
-    t.model = model;
-    t.placed.assign((size_t)model.n_points, 1);
-    t.levelled.assign((size_t)model.n_points, 1);
-    select(&t);
-    adjust(&t);
-    return t;
-}
-
 std::vector<int> misfits(const Trial &t)
 {
     std::vector<int> all;
