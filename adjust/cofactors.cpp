@@ -15,14 +15,19 @@ bool Cofactors::invert(const InverseOptions &options) { return vornadjust::inver
 
 void Cofactors::block(int k, const int *columns, double *q) const
 {
-    if (!elements(system.symbolic, inverse, k, columns, q))
-        throw std::logic_error("cofactors of unknowns without a row");
+    if (!find(k, columns, q)) throw std::logic_error("cofactors of unknowns without a row");
+}
+
+bool Cofactors::find(int k, const int *columns, double *q) const
+{
+    if (!elements(system.symbolic, inverse, k, columns, q)) return false;
     for (int a = 0; a < k; a++)
         for (int b = 0; b < k; b++) {
             double &x = q[(std::size_t)a * k + b];
             if (held[columns[a]] || held[columns[b]]) x = 0.0;
             x = transformed(datum, change, columns[a], columns[b], x);
         }
+    return true;
 }
 
 // Q = T Q- T^T with T = I - G C.

@@ -126,7 +126,7 @@ json marks(const ResidualResult &r)
 
 json observations(const Results &results, const InputLines &lines)
 {
-    const std::vector<ResidualResult> &all = results.residuals;
+    const std::vector<ResidualResult> all(results.residuals.begin(), results.residuals.end());
     Words kinds, names, files, components, units;
     json columns;
     for (const char *key : {"kind", "from", "to", "file", "line", "component", "unit", "sigma"})

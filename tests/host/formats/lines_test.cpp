@@ -228,7 +228,25 @@ TEST_F(CodedLines, FindsAllFaultsInOnePass)
 TEST_F(CodedLines, AsksForStandardDeviationsThatNothingGives)
 {
     EXPECT_EQ(lines(metres + ".2D\nA B-A-C 90\nA B-A-C 91\nD A-B 5 0.1\n"),
-              Lines({"net.dat:3:1: angle without a standard deviation, and 1 more behind it; write it in the file"}));
+              Lines({"net.dat:3:1: angle without a standard deviation, and 1 more behind it; write it in the file, or "
+                     "state it with --sigma angles=VALUE"}));
+}
+
+TEST_F(CodedLines, TakesStandardDeviationsThatTheUserStates)
+{
+    ImportOptions options;
+    options.sigma = {
+        {"angles", 3.0}, {"azimuths", 4.0}, {"distances", 2.0}, {"distances_ppm", 5.0}, {"centring_target", 1.0}};
+    EXPECT_EQ(import(".UNITS FeetUS DMS\n.2D\nA B-A-C 90\nB A-B 90 7\nB A-C 10\nD A-B 1000\n", "net.dat", options),
+              Lines());
+    const double foot = 1200.0 / 3937.0;
+    EXPECT_EQ(*only(DraftKind::angle).sigma[0], 3.0);
+    EXPECT_EQ(*rows(DraftKind::azimuth)[0].sigma[0], 7.0);
+    EXPECT_EQ(*rows(DraftKind::azimuth)[1].sigma[0], 4.0);
+    EXPECT_NEAR(*only(DraftKind::distance).sigma[0], (0.002 + 5e-6 * 1000 * foot) / foot, 1e-9);
+    ASSERT_EQ(draft.sigma.size(), (size_t)1);
+    EXPECT_EQ(draft.sigma[0].first, "centring_target");
+    EXPECT_NEAR(draft.sigma[0].second, 0.001 / foot, 1e-12);
 }
 
 TEST_F(CodedLines, AssumesTheLayoutThatThePointsShow)

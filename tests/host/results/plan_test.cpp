@@ -116,8 +116,7 @@ TEST(Plan, DrawsAnAngleOnItsTwoSides)
     r.residuals[0].kind = "angle";
     RowWords words;
     words.at = "A";
-    r.row_words = {words};
-    r.residuals[0].words = 0;
+    r.residuals[0].words = std::make_shared<const RowWords>(words);
     const Plan plan = make_plan(r, Axes::yx);
     ASSERT_EQ(plan.lines.size(), 2u);
     for (const PlanLine &line : plan.lines) {
