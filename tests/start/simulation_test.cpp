@@ -455,6 +455,7 @@ Verdict judge(Network n, std::string *told)
         for (const int i : n.wrong) *told += " gross " + std::to_string(i);
         *told += " missing " + std::to_string(start.missing.size()) + " doubts " + std::to_string(start.doubts.size());
     }
+    EXPECT_TRUE(start.displaced.empty() && !start.mirrored && start.given_scale == 1.0) << "given coordinates blamed";
     if (!start.found()) return Verdict::not_started;
     va::Model from_start = n.model;
     const va::Outcome outcome = adjusted(&from_start);

@@ -153,6 +153,7 @@ std::optional<Pair> Pairing::find() const
 {
     const double step = 2.0 * pi / turns;
     std::vector<double> off;
+    off.reserve(turns);
     for (int i = 0; i < turns; i++) off.push_back(cost(i * step));
     std::vector<int> minima;
     for (int i = 0; i < turns; i++)
