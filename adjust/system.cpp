@@ -103,9 +103,9 @@ System make_system(const Model &model, const Watch &watch, Ranks *ranks)
 double fill_rows(const Model &model, System *s)
 {
     s->watch.tell(Step::equations);
-    if (!s->present) fill(model, s->derivatives, &s->equations);
+    if (!s->present) fill(model, s->derivatives, &s->equations, s->threads);
     s->present = false;
-    s->bad_group = weigh(model, s->equations, s->columns, &s->rows);
+    s->bad_group = weigh(model, s->equations, s->columns, &s->rows, s->threads);
     for (int h : s->held)
         for (std::size_t at = s->normal.begin[h]; at < s->normal.begin[h + 1]; at++)
             s->rows.coefficient[s->rows.begin[s->normal.row[at]] + s->normal.entry[at]] = 0.0;

@@ -32,6 +32,7 @@ struct System {
                            // matrix are those of the identity, so that they have correction 0.
     Watch watch;           // of all that is done with the system
     bool present = false;  // the equations are filled at the present values, as the next fill_rows would do it
+    int threads = 1;       // that fill rows and normal matrix
     int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }
