@@ -311,7 +311,7 @@ int adjust(const Options &options)
     Interrupts interrupts(model.solver == Solver::Sparse && !options.ranks, &console);
     RunWatch watch = interrupts.watch();
     watch.ranks = options.ranks;
-    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch, Rows::on_demand);
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {

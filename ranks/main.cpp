@@ -21,6 +21,7 @@
 #include "interrupt.h"
 #include "options.h"
 #include "ranks/mpi_ranks.h"
+#include "ranks/watcher.h"
 
 namespace {
 
@@ -134,6 +135,7 @@ int share(const Options &given)
 
 int main(int argc, char **argv)
 {
+    become_worker();
     MPI_Init(&argc, &argv);
     std::set_terminate(end_without_memory);
     int rank = 0, status = STATUS_ADJUSTED;

@@ -27,9 +27,36 @@ ends() {
     [ -z "$(ls -A out)" ] || fail "$order $*: left $(ls -A out)"
 }
 
+# Kills a process of the second pair once the worker has taken half a second of processor time.
+kill_second() {
+    local which=$1 watcher worker=
+    for _ in $(seq 1000); do
+        sleep 0.02
+        [ -s second.pid ] && watcher=$(cat second.pid) && worker=$(pgrep -P "$watcher") || continue
+        read -ra stat <"/proc/$worker/stat" 2>/dev/null || continue
+        [ $((stat[13] + stat[14])) -lt 50 ] || break
+    done
+    echo "$worker" >worker.pid
+    kill -9 "${!which}"
+}
+
+# The same, a process of the second pair being killed on the way.
+ends_killed() {
+    local which=$1
+    shift
+    rm -f second.pid worker.pid
+    kill_second "$which" &
+    ends "$@"
+    wait
+    for _ in $(seq 100); do [ ! -d "/proc/$(cat worker.pid)" ] || sleep 0.02; done
+    [ ! -d "/proc/$(cat worker.pid)" ] || fail "the worker of the second process lives on"
+}
+
 outputs="--brief -o out/report.txt --json out/results.json"
 ends 3 'process 1: out of memory' 'ulimit -v 400000' grid.inp $outputs
-ends any '' 'ulimit -t 1' grid.inp $outputs
+ends 3 'process 1: lost, ended by signal' 'ulimit -t 1' grid.inp $outputs
+ends_killed worker 3 'process 1: lost, ended by signal 9' 'echo $$ >second.pid' grid.inp $outputs
+ends_killed watcher any '' 'echo $$ >second.pid' grid.inp $outputs
 ends 2 'cannot read standard input' true -
 ends 2 'solver sparse' true grid.inp --solver compact
 ends 3 'cannot write' true grid.inp --brief -o out/missing/report.txt
