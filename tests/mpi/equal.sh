@@ -39,6 +39,13 @@ same "$examples/gross_error.inp" --snoop
 same "$examples/gross_error.inp" --robust huber
 same "$examples/total_station_heights.inp" --components use
 
+# Factor and inverse in files.
+python3 "$examples/../bench/ladder.py" make plane 5000 grid.inp >/dev/null
+"$build/vorn" adjust grid.inp --quiet --brief -o one.txt --json one.json
+mpi adjust grid.inp --brief -o all.txt --json all.json --memory 2M 2>all.words || fail "--memory: $(cat all.words)"
+"$build/same-results" one.json all.json || fail "--memory: other results"
+grep -q 'more than --memory 2048K: they are kept in ' all.words || fail "--memory: $(cat all.words)"
+
 # Refusals: a fault of the file, a network that nothing holds.
 printf '[run]\ndimension = 7\n' >fault.inp
 same fault.inp
