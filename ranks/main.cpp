@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <exception>
@@ -32,8 +33,10 @@ char name[64] = "vorn-mpi";
 
 void say(const char *words)
 {
-    for (const char *piece : {(const char *)name, ": ", words, "\n"})
-        if (write(spoken, piece, strlen(piece)) < 0) break;
+    iovec pieces[4]; // in one piece, beside those of other processes
+    int n = 0;
+    for (const char *piece : {(const char *)name, ": ", words, "\n"}) pieces[n++] = {(void *)piece, strlen(piece)};
+    if (writev(spoken, pieces, n) < 0) return;
 }
 
 // Without memory to spare: may be called when there is none.
