@@ -15,8 +15,12 @@ bool Cofactors::invert(const InverseOptions &options) { return vornadjust::inver
 
 void Cofactors::block(int k, const int *columns, double *q) const
 {
-    if (!elements(system.symbolic, inverse, k, columns, q))
-        throw std::logic_error("cofactors of unknowns without a row");
+    if (!find(k, columns, q)) throw std::logic_error("cofactors of unknowns without a row");
+}
+
+bool Cofactors::find(int k, const int *columns, double *q) const
+{
+    if (!elements(system.symbolic, inverse, k, columns, q)) return false;
     for (int a = 0; a < k; a++)
         for (int b = 0; b < k; b++) {
             double &x = q[(std::size_t)a * k + b];
@@ -24,6 +28,7 @@ void Cofactors::block(int k, const int *columns, double *q) const
             x = transformed(datum, change, columns[a], columns[b], x);
         }
     leave(k, columns);
+    return true;
 }
 
 // An inverse on a disk is left when what was brought into memory around the columns that were looked up may fill two

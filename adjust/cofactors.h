@@ -27,6 +27,9 @@ public:
     //   q  out  [k][k]
     void block(int k, const int *columns, double *q) const;
 
+    // The same of any columns. False when some share no row and the pattern has no element for them.
+    bool find(int k, const int *columns, double *q) const;
+
     // Cofactors of k estimated unknowns of the model with m others, by m solves.
     //   q  out  [k][m]
     void solved(int k, const int *unknowns, int m, const int *others, double *q) const;

@@ -109,21 +109,17 @@ void fill(const Model &model, Derivatives derivatives, Equations *e)
 {
     std::fill(e->coefficient.begin(), e->coefficient.end(), 0.0);
     Linear linear;
-    int seen[most_unknowns], n_seen = 0;
     for (int r = 0; r < e->rows(); r++) {
         const Observation &o = model.observations[e->observation[r]];
         const int c = e->component[r];
-        if (c == 0) {
-            linearize(model, o, derivatives == Derivatives::invariant, &linear);
-            n_seen = seen_unknowns(model, o, seen);
-        }
+        if (c == 0) linearize(model, o, derivatives == Derivatives::invariant, &linear);
         e->usable[r] = linear.usable;
         e->misclosure[r] = 0.0;
         if (!linear.usable) continue;
         const double w = o.value[c] - linear.value[c];
         e->misclosure[r] = is_angle(model, o) ? std::remainder(w, turn) : w;
         const std::size_t first = e->begin[r];
-        scatter(seen, linear.slope[c], n_seen, &e->column[first], (int)(e->begin[r + 1] - first),
+        scatter(linear.unknown, linear.slope[c], linear.n, &e->column[first], (int)(e->begin[r + 1] - first),
                 &e->coefficient[first]);
     }
 }

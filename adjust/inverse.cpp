@@ -435,25 +435,65 @@ double *element(const Symbolic &symbolic, Inverse &inverse, int i, int j)
     return at < 0 ? nullptr : &inverse.value[(std::size_t)at];
 }
 
+namespace {
+
+// Unknowns whose elements are wanted, ascending by place. Those of one supernode have the others in the same rows of
+// it, which are therefore looked up once for each supernode, one behind the other.
+struct Wanted {
+    int place, index, local; // local: row in the supernode that was looked at last
+};
+
+} // namespace
+
+// Rows of the unknowns from `first` on in supernode s; false when one is not there.
+static bool find_local(const Symbolic &symbolic, int s, Wanted *first, const Wanted *end)
+{
+    const int *row = symbolic.row.data() + symbolic.rowstart[s], *rows_end = row + symbolic.below(s), *const rows = row;
+    for (Wanted *w = first; w != end; w++) {
+        if (w->place < symbolic.first[s + 1]) {
+            w->local = w->place - symbolic.first[s];
+            continue;
+        }
+        if (row != rows_end && *row < w->place) row++; // most stand behind one another
+        if (row == rows_end || *row != w->place) row = std::lower_bound(row, rows_end, w->place);
+        if (row == rows_end || *row != w->place) return false;
+        w->local = symbolic.width(s) + (int)(row - rows);
+    }
+    return true;
+}
+
+// Where the elements of k unknowns lie among the values, each with itself and those behind it.
+static bool find_elements(const Symbolic &symbolic, Wanted *wanted, int k, std::int64_t *at)
+{
+    int last = -1;
+    for (int a = 0; a < k; a++) {
+        const int s = symbolic.super[wanted[a].place];
+        if (s != last && !find_local(symbolic, s, wanted + a, wanted + k)) return false;
+        last = s;
+        const std::int64_t column =
+            symbolic.valuestart[s] + (std::int64_t)(wanted[a].place - symbolic.first[s]) * symbolic.height(s);
+        for (int b = a; b < k; b++) *at++ = column + wanted[b].local;
+    }
+    return true;
+}
+
 bool elements(const Symbolic &symbolic, const Inverse &inverse, int k, const int *i, double *block)
 {
     const int few = 16; // rows of observations have no more unknowns, most of them
-    std::int64_t places[few * (few + 1) / 2];
-    std::vector<std::int64_t> many;
-    std::int64_t *place = places;
-    if (k > few) {
-        many.resize((std::size_t)k * ((std::size_t)k + 1) / 2);
-        place = many.data();
-    }
-    std::size_t n = 0;
+    Wanted few_wanted[few];
+    std::int64_t few_places[few * (few + 1) / 2];
+    std::vector<Wanted> many_wanted(k > few ? (std::size_t)k : 0);
+    std::vector<std::int64_t> many_places(k > few ? (std::size_t)k * ((std::size_t)k + 1) / 2 : 0);
+    Wanted *wanted = k > few ? many_wanted.data() : few_wanted;
+    std::int64_t *at = k > few ? many_places.data() : few_places;
+    for (int a = 0; a < k; a++) wanted[a] = {symbolic.place[i[a]], a, 0};
+    std::sort(wanted, wanted + k, [](const Wanted &x, const Wanted &y) { return x.place < y.place; });
+    if (!find_elements(symbolic, wanted, k, at)) return false;
     for (int a = 0; a < k; a++)
-        for (int b = 0; b <= a; b++) {
-            place[n] = find_element(symbolic, i[a], i[b]);
-            if (place[n++] < 0) return false;
+        for (int b = a; b < k; b++) {
+            const std::size_t r = (std::size_t)wanted[a].index, c = (std::size_t)wanted[b].index;
+            block[r * k + c] = block[c * k + r] = inverse.value[(std::size_t)*at++];
         }
-    n = 0;
-    for (int a = 0; a < k; a++)
-        for (int b = 0; b <= a; b++) block[a * k + b] = block[b * k + a] = inverse.value[(std::size_t)place[n++]];
     return true;
 }
 

@@ -1,6 +1,8 @@
 // Solutions with a factor: forward through the supernodes, division by the pivots, backward.
 //
-// Several right-hand sides are taken BATCH at a time, side by side, by places. A boundary is passed over.
+// Several right-hand sides are taken BATCH at a time, side by side, by places. A boundary is passed over, and on the
+// way forward every supernode whose unknowns have no part in the right-hand sides. Columns of the right-hand sides are
+// copied before they are multiplied, so that the compiler sees that they do not change meanwhile.
 
 #include "adjust/factor.h"
 
@@ -8,6 +10,20 @@
 #include <cstddef>
 
 namespace vornadjust {
+
+static bool is_zero(const double *x, std::size_t n)
+{
+    return std::all_of(x, x + n, [](double v) { return v == 0.0; });
+}
+
+// y[i] += f v[i] x for N right-hand sides side by side.
+template <int N> static void add_multiples(double f, const double *v, int n, const double *x, double *y)
+{
+    double t[N];
+    for (int c = 0; c < N; c++) t[c] = f * x[c];
+    for (int i = 0; i < n; i++, y += N)
+        for (int c = 0; c < N; c++) y[c] += v[i] * t[c];
+}
 
 // Forward and backward substitution for N right-hand sides, x[place][N].
 //   below  work  [largest number of rows below][N]
@@ -20,13 +36,12 @@ template <int N> static void forward(const Symbolic &symbolic, const Factor &fac
         const int *row = symbolic.row.data() + symbolic.rowstart[s];
         const double *v = factor.value.data() + symbolic.valuestart[s];
         double *own = x + (std::size_t)symbolic.first[s] * N;
+        if (is_zero(own, (std::size_t)w * N)) continue;
         std::fill(below, below + (std::size_t)r * N, 0.0);
         for (int j = 0; j < w; j++, v += w + r) {
             const double *xj = own + (std::size_t)j * N;
-            for (int i = j + 1; i < w; i++)
-                for (int c = 0; c < N; c++) own[i * N + c] -= v[i] * xj[c];
-            for (int i = 0; i < r; i++)
-                for (int c = 0; c < N; c++) below[i * N + c] += v[w + i] * xj[c];
+            add_multiples<N>(-1.0, v + j + 1, w - j - 1, xj, own + (std::size_t)(j + 1) * N);
+            add_multiples<N>(1.0, v + w, r, xj, below);
         }
         for (int i = 0; i < r; i++)
             for (int c = 0; c < N; c++) x[(std::size_t)row[i] * N + c] -= below[i * N + c];

@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "adjust/small_svd.h"
+#include "adjust/tree.h"
 
 namespace vornadjust {
 
@@ -18,6 +19,23 @@ struct SparseRow {
     std::vector<int> column;
     std::vector<double> coefficient;
 };
+
+// Points in the order in which their first coordinate is eliminated, those without an estimated one last.
+std::vector<int> points_along(const Model &model, const System &s)
+{
+    std::vector<char> listed(model.n_points, 0);
+    std::vector<int> points;
+    points.reserve(model.n_points);
+    const auto list = [&](int p) {
+        if (listed[p]) return;
+        listed[p] = 1;
+        points.push_back(p);
+    };
+    for (const int c : s.symbolic.unknown)
+        if (s.columns.unknown[c] < 3 * model.n_points) list(s.columns.unknown[c] / 3);
+    for (int p = 0; p < model.n_points; p++) list(p);
+    return points;
+}
 
 void append(const System &s, int r, SparseRow *row)
 {
@@ -360,34 +378,59 @@ Covariance pair_cofactors(const System &s, const Cofactors &cofactors, const Sta
     return c;
 }
 
-// The same of two points that a row sees, whose columns share it: without a solve.
-Covariance neighbour_cofactors(const System &s, const Cofactors &cofactors, const Statistics &result, int p, int q)
+// The same of two points in the plan (heights: in z) without a solve. False where the rows between them do not tie
+// these coordinates, such as a height difference in space.
+bool neighbour_cofactors(const System &s, bool heights, const Cofactors &cofactors, const Statistics &result, int p,
+                         int q, Covariance *c)
 {
-    int columns[6], axes_p[3], axes_q[3];
+    int columns[6], axes[6];
     double all[36], cross[9];
-    const int np = point_unknowns(s, p, columns, axes_p), nq = point_unknowns(s, q, columns + np, axes_q), n = np + nq;
+    const auto wanted = [&](int point, int *unknowns, int *its_axes) {
+        const int n = point_unknowns(s, point, unknowns, its_axes);
+        return heights || n == 0 || its_axes[n - 1] < 2 ? n : n - 1;
+    };
+    const int np = wanted(p, columns, axes), nq = wanted(q, columns + np, axes + np), n = np + nq;
     for (int k = 0; k < n; k++) columns[k] = s.columns.of[columns[k]];
-    cofactors.block(n, columns, all);
+    if (!cofactors.find(n, columns, all)) return false;
     for (int i = 0; i < np; i++)
         for (int j = 0; j < nq; j++) cross[i * nq + j] = all[i * n + np + j];
-    Covariance c;
-    for (int k = 0; k < 6; k++) c[k] = result.points[p][k] + result.points[q][k];
-    add(np, axes_p, nq, axes_q, cross, -2.0, &c);
-    return c;
+    for (int k = 0; k < 6; k++) (*c)[k] = result.points[p][k] + result.points[q][k];
+    add(np, axes, nq, axes + np, cross, -2.0, c);
+    return true;
 }
 
-// Pairs of points that usable rows see, each once.
-std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations &e)
+// The points that a row compares; false for rows that tell of no pair.
+bool sees_pair(const Model &model, const Equations &e, int r, int ends[2])
 {
-    std::vector<std::pair<int, int>> pairs;
-    pairs.reserve(e.rows());
+    const Observation &o = model.observations[e.observation[r]];
+    ends[0] = o.from, ends[1] = o.to;
+    return e.usable[r] && e.component[r] == 0 && o.kind != Kind::unknown && o.from >= 0 && o.to >= 0 && o.from != o.to;
+}
+
+// Pairs of points that usable rows see, each once, the smaller number first.
+//   points  [points] in the order in which their pairs are listed, each with the point that comes first
+std::vector<std::pair<int, int>> neighbours(const Model &model, const Equations &e, const std::vector<int> &points)
+{
+    const std::vector<int> rank = inverse_permutation(points);
+    std::vector<std::size_t> begin(points.size() + 2, 0); // of the others of each point, counted one place behind
+    int ends[2];
+    for (int r = 0; r < e.rows(); r++)
+        if (sees_pair(model, e, r, ends)) begin[std::min(rank[ends[0]], rank[ends[1]]) + 2]++;
+    for (std::size_t i = 2; i < begin.size(); i++) begin[i] += begin[i - 1];
+    std::vector<int> other(begin.back());
     for (int r = 0; r < e.rows(); r++) {
-        const Observation &o = model.observations[e.observation[r]];
-        if (!e.usable[r] || e.component[r] > 0 || o.kind == Kind::unknown) continue;
-        if (o.from >= 0 && o.to >= 0 && o.from != o.to) pairs.push_back(std::minmax(o.from, o.to));
+        if (!sees_pair(model, e, r, ends)) continue;
+        const bool swapped = rank[ends[1]] < rank[ends[0]];
+        other[begin[rank[ends[swapped]] + 1]++] = ends[!swapped];
     }
-    std::sort(pairs.begin(), pairs.end());
-    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    std::vector<std::pair<int, int>> pairs;
+    pairs.reserve(other.size());
+    std::vector<int> met(points.size(), -1); // by which point
+    for (const int p : points)
+        for (std::size_t k = begin[rank[p]]; k < begin[rank[p] + 1]; k++) {
+            if (met[other[k]] != p) pairs.push_back(std::minmax(p, other[k]));
+            met[other[k]] = p;
+        }
     return pairs;
 }
 
@@ -426,9 +469,10 @@ std::vector<WeakPair> weakest_pairs(const Model &model, const System &s, const C
                                     const Statistics &result, int most)
 {
     std::vector<WeakPair> weak;
-    for (const auto &pair : neighbours(model, s.equations)) {
-        const Covariance c = neighbour_cofactors(s, cofactors, result, pair.first, pair.second);
+    for (const auto &pair : neighbours(model, s.equations, points_along(model, s))) {
         const bool heights = model.frame.space == Space::heights;
+        Covariance c;
+        if (!neighbour_cofactors(s, heights, cofactors, result, pair.first, pair.second, &c)) continue;
         const Ellipse e = heights ? Ellipse{std::sqrt(std::fmax(0.0, c[5])), 0.0, 0.0} : ellipse(c[0], c[1], c[3]);
         const WeakPair found{pair.first, pair.second, e.a * result.sigma, e.b * result.sigma};
         if ((int)weak.size() == most && !worse(found, weak.back())) continue;
@@ -479,7 +523,7 @@ void scale(double f, std::vector<Covariance> *list)
 void deviations(const System &s, const Cofactors &cofactors, Statistics *result)
 {
     result->deviation.assign(s.columns.of.size(), 0.0);
-    for (int c = 0; c < s.n(); c++) {
+    for (const int c : s.symbolic.unknown) {
         if (!is_own(s, c)) continue;
         double q;
         cofactors.block(1, &c, &q);
@@ -491,9 +535,8 @@ void deviations(const System &s, const Cofactors &cofactors, Statistics *result)
 // Cofactors of the coordinates of all points.
 std::vector<Covariance> all_points(const Model &model, const System &s, const Cofactors &cofactors)
 {
-    std::vector<Covariance> points;
-    points.reserve((std::size_t)model.n_points);
-    for (int p = 0; p < model.n_points; p++) points.push_back(point_cofactors(s, cofactors, p));
+    std::vector<Covariance> points((std::size_t)model.n_points);
+    for (const int p : points_along(model, s)) points[(std::size_t)p] = point_cofactors(s, cofactors, p);
     if (s.share.shared() && !points.empty()) s.share.ranks->sum(points[0].data(), 6 * points.size());
     return points;
 }

@@ -324,7 +324,7 @@ int adjust(const Options &options)
     watch.ranks = options.ranks;
     std::optional<FileDisk> disk;
     if (options.memory) watch.disk = &disk.emplace(*options.memory, end_without_disk);
-    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch);
+    const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch, Rows::on_demand);
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);
     } catch (const UpdateError &error) {

@@ -156,7 +156,7 @@ void add_foreign(CLI::App *command, vornhost::ImportOptions &foreign)
             [&foreign](const std::vector<std::string> &texts) {
                 for (const std::string &text : texts) read_sigma(text, foreign.sigma);
             },
-            "standard deviation of a field book, a key of [sigma]: mm, mgon or arc seconds, ppm")
+            "standard deviation where the file gives none, a key of [sigma]: mm, mgon or arc seconds, ppm")
         ->type_name("KEY=VALUE")
         ->allow_extra_args(false);
     command->add_option("--station", foreign.station, "where the sights of a field book before any set-up were taken")

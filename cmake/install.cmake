@@ -74,9 +74,9 @@ if(VORN_PROGRAM AND NOT WIN32)
   install(FILES ${packaging}/completions/vorn.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
   set(docs ${PROJECT_SOURCE_DIR}/docs)
-  install(FILES ${docs}/user-guide.md ${docs}/network-file.md ${docs}/earth.md ${docs}/program.md ${docs}/recipes.md
-    ${docs}/rules-to-know.md ${PROJECT_SOURCE_DIR}/CITATION.cff
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
+  install(FILES ${PROJECT_SOURCE_DIR}/CITATION.cff DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
+  install(DIRECTORY ${docs}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program
+    FILES_MATCHING PATTERN *.md PATTERN *.png)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program
     PATTERN host EXCLUDE)
 endif()

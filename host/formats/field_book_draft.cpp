@@ -311,10 +311,10 @@ bool same_place(const DraftPoint &a, const DraftPoint &b)
 
 const std::vector<std::string> &sigma_keys()
 {
-    static const std::vector<std::string> keys = {"directions",           "vertical_angles",      "distances",
-                                                  "distances_ppm",        "horizontal_distances", "height_differences",
-                                                  "height_difference_km", "height_instrument",    "height_target",
-                                                  "centring_instrument",  "centring_target"};
+    static const std::vector<std::string> keys = {
+        "directions",         "vertical_angles",      "distances",      "distances_ppm", "horizontal_distances",
+        "height_differences", "height_difference_km", "azimuths",       "angles",        "height_instrument",
+        "height_target",      "centring_instrument",  "centring_target"};
     return keys;
 }
 

@@ -49,7 +49,10 @@ public:
 private:
     bool find_network()
     {
-        GkfTag tag(root, {"xmlns", "version"}, faults);
+        std::vector<std::string> known = {"xmlns", "version"};
+        for (const XmlAttribute &attribute : root.attributes) // where other programs look for a schema
+            if (attribute.name.find(':') != std::string::npos) known.push_back(attribute.name);
+        GkfTag tag(root, known, faults);
         if (root.name == "gama-local" && tag.given("xmlns") && *tag.text("xmlns") != name_space)
             tag.fault("xmlns", "the namespace is not that of gama-local", std::string("write ") + name_space);
         for (const XmlElement &child : root.children) {

@@ -51,9 +51,10 @@ void read_dh(const XmlElement &element, bool has_matrix, GkfCluster &cluster)
     if (!tag.given("val")) tag.missing("val", "write the observed value");
     row.value[0] = tag.number("val");
     if (!ends || !row.value[0]) return;
-    const std::optional<double> sigma = tag.positive("stdev"), kilometres = tag.positive("dist");
-    if (!has_matrix && sigma) row.sigma[0] = sigma;
-    if (!has_matrix && !tag.given("stdev") && kilometres) {
+    const bool own_sigma = !has_matrix && tag.given("stdev"),
+               by_length = !has_matrix && !own_sigma && tag.given("dist");
+    if (own_sigma) row.sigma[0] = tag.positive("stdev");
+    if (const std::optional<double> kilometres = by_length ? tag.positive("dist") : std::nullopt) {
         row.length = tidy(*kilometres * 1000.0, *kilometres * 1000.0);
         context.draft.sigma_per_root_km = context.sigma_apriori;
     }

@@ -58,8 +58,11 @@ public:
         else if (row.length)
             value =
                 std::hypot(value, value_of(sigmas, "height_difference_km") * std::sqrt(*row.length * metres / 1000.0));
-        return tidy(value * 0.001 / sigma_metres, value);
+        return length(value);
     }
+
+    // Of millimetres.
+    double length(double value) const { return tidy(value * 0.001 / sigma_metres, value); }
 
 private:
     const std::map<std::string, double> &sigmas;
@@ -89,8 +92,11 @@ void apply_usual_sigmas(const std::map<std::string, double> &sigmas, Draft &draf
         faults.add(first,
                    std::string(key.observation) + " without a standard deviation" +
                        (missing > 1 ? ", and " + std::to_string(missing - 1) + " more behind it" : std::string()),
-                   "write it in the file");
+                   std::string("write it in the file, or state it with --sigma ") + key.word + "=VALUE");
     }
+    for (const char *key : {"height_instrument", "height_target", "centring_instrument", "centring_target"})
+        if (const double length = filler.length(value_of(sigmas, key)); length > 0.0)
+            draft.sigma.emplace_back(key, length);
 }
 
 } // namespace vornhost

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <map>
+#include <utility>
 
 #include "adjust/kinds/motions.h"
 #include "host/input/names.h"
@@ -13,6 +15,7 @@
 #include "host/own/exports.h"
 #include "host/own/item_names.h"
 #include "host/own/joint_tests.h"
+#include "host/own/observation_results.h"
 #include "host/results/test_limits.h"
 #include "host/results/test_rule.h"
 
@@ -24,20 +27,12 @@ namespace va = vornadjust;
 
 const double turn = 8.0 * std::atan(1.0);
 
-// The test of single observations in this run.
-TestRule rule_of(const Model &network, const va::Outcome &a)
-{
-    const bool planned = network.mode == Mode::Propagation;
-    return {network.tests, va::tested_rows(a.statistics, network.tests.least_redundancy), planned ? 0 : a.redundancy,
-            std::sqrt(a.variance_factor)};
-}
-
 class Collection {
 public:
-    Collection(const Model &model, const OwnOutcome &own, Results &all)
-        : network(model), outcome(own), numbers(own.numbers), values(own.numbers.model), adjustment(own.adjustment),
-          results(all), planned(model.mode == Mode::Propagation), precise(own.adjusted() && has_precision()),
-          rule(rule_of(model, own.adjustment)), detectable(precise ? rule.detectable() : 0.0)
+    Collection(const Model &model, const std::shared_ptr<const OwnOutcome> &own, Results &all)
+        : network(model), outcome(*own), numbers(own->numbers), values(own->numbers.model), adjustment(own->adjustment),
+          results(all), planned(model.mode == Mode::Propagation), precise(own->adjusted() && has_precision()),
+          rows(std::make_shared<const ObservationResults>(model, own)), rule(rows->rule())
     {
         seen.assign(values.value.size(), false);
         for (const int u : adjustment.equations.column) seen[(size_t)u] = true;
@@ -59,15 +54,9 @@ private:
     void moves(int point, PointResult &p) const;
     void on_earth(int point, PointResult &p) const;
     void reference_system();
-    void corrections(int observation, ResidualResult &r) const;
     void orientations();
     void residuals();
-    void residual(int row);
-    double counted_from(const va::Observation &o, int component) const;
-    int words_of(const ItemPlace &item, const ItemName &name);
-    void mark(const va::RowStatistics &s, ResidualResult &r) const;
-    double weight(int row) const;
-    void test(const va::RowStatistics &s, double weight, ResidualResult &r) const;
+    void look_through();
     void tests();
     void weights();
     void suspects();
@@ -88,11 +77,12 @@ private:
     const va::Outcome &adjustment;
     Results &results;
     const bool planned, precise;
-    const TestRule rule;
-    const double detectable;   // times the root of the cofactors of weighted residuals
-    std::vector<int> place_of; // [rows] among the residuals, or -1
-    std::vector<bool> seen;    // [unknowns] some observation sees it
-    double limit = 0, limit_divided = 0, tau = 0, tau_divided = 0;
+    const std::shared_ptr<const ObservationResults> rows;
+    const TestRule &rule;
+    std::map<std::string, KindResult> marks; // of the residuals of each kind, weighted and imported ones together
+    int unchecked = 0;
+    std::optional<size_t> first_unchecked;
+    std::vector<bool> seen; // [unknowns] some observation sees it
 };
 
 std::optional<double> Collection::deviation(int unknown) const
@@ -258,23 +248,6 @@ void Collection::reference_system()
     results.crs = r;
 }
 
-// From the reading to the value in the grid.
-void Collection::corrections(int observation, ResidualResult &r) const
-{
-    const auto found = numbers.reductions.find(observation);
-    if (found == numbers.reductions.end() || planned) return;
-    const GridReduction &g = found->second;
-    const double before = r.value - (g.ellipsoid + g.projection + g.arc_to_chord + g.convergence);
-    if (r.raw) r.corrections.push_back({"instrument", before - *r.raw});
-    if (!r.raw) r.raw = before;
-    const CorrectionResult all[] = {{"ellipsoid", g.ellipsoid},
-                                    {"projection", g.projection},
-                                    {"arc_to_chord", g.arc_to_chord},
-                                    {"convergence", g.convergence}};
-    for (const CorrectionResult &c : all)
-        if (c.value != 0.0) r.corrections.push_back(c);
-}
-
 void Collection::points()
 {
     results.points.reserve((size_t)values.n_points);
@@ -320,169 +293,46 @@ void Collection::orientations()
     }
 }
 
-const char *component_name(const va::Model &model, const va::Observation &o, int component)
+// The name under which the marks of a residual are counted.
+std::string counted_as(const ResidualResult &r)
 {
-    static const char *const axes[3] = {"x", "y", "z"}, *const pixels[2] = {"u", "v"};
-    if (o.kind == va::Kind::position) return axes[component];
-    if (o.kind == va::Kind::baseline) return axes[model.frame.space == va::Space::heights ? 2 : component];
-    return o.kind == va::Kind::image ? pixels[component] : "";
+    const bool weighted =
+        r.kind.rfind("weighted", 0) == 0 || r.kind.rfind("imported", 0) == 0 || r.kind.rfind("observed", 0) == 0;
+    return weighted ? std::string() : r.kind;
 }
 
-const char *unit_of(const va::Model &model, const va::Observation &o)
+// Counts marks, and finds the observations that the test rejects.
+void Collection::look_through()
 {
-    switch (o.kind) {
-    case va::Kind::direction:
-    case va::Kind::angle:
-    case va::Kind::vertical_angle:
-    case va::Kind::azimuth:
-    case va::Kind::bearing: return "rad";
-    case va::Kind::image: return "pixel";
-    case va::Kind::unknown: break;
-    default: return "m";
+    std::vector<std::pair<double, size_t>> worst;
+    size_t i = 0;
+    for (const ResidualResult &r : results.residuals) {
+        KindResult &k = marks[counted_as(r)];
+        k.over_normal += r.normal.value_or(false);
+        k.over_normal_divided += r.normal_divided.value_or(false);
+        k.over_tau += r.tau.value_or(false);
+        k.over_tau_divided += r.tau_divided.value_or(false);
+        k.suspicious += r.test && r.test->rejected;
+        k.unchecked += !r.checked.value_or(true);
+        unchecked += !r.checked.value_or(true);
+        if (!r.checked.value_or(true) && !first_unchecked) first_unchecked = i;
+        if (r.test && r.test->rejected) worst.emplace_back(std::fabs(r.normalised.value_or(0.0)), i);
+        i++;
     }
-    if (model.meaning[(size_t)o.unknown] == va::Meaning::motion) {
-        const auto after = std::upper_bound(model.motions.begin(), model.motions.end(), o.unknown,
-                                            [](int unknown, const va::Motion &m) { return unknown < m.first; });
-        const int part = o.unknown - std::prev(after)->first;
-        return part < 3 ? "m" : part < 6 ? "rad" : "1";
-    }
-    switch (model.meaning[(size_t)o.unknown]) {
-    case va::Meaning::angle: return "rad";
-    case va::Meaning::scale:
-    case va::Meaning::refraction: return "1";
-    default: return "m";
-    }
-}
-
-bool is_circle(const va::Observation &o)
-{
-    return o.kind == va::Kind::direction || o.kind == va::Kind::azimuth || o.kind == va::Kind::bearing ||
-           (o.kind == va::Kind::angle && o.value[0] >= 0.0);
-}
-
-// An adjusted direction, azimuth, bearing or angle as it is read, from 0 to a full circle.
-double on_circle(double angle)
-{
-    const double a = std::fmod(angle, turn);
-    return a < 0.0 ? a + turn : a;
-}
-
-void Collection::mark(const va::RowStatistics &s, ResidualResult &r) const
-{
-    if (!precise || network.mode != Mode::Statistics || adjustment.redundancy <= 0) return;
-    constexpr double histogram = 5.0; // standard deviations
-    const double w = std::fabs(s.normalised), sigma = std::sqrt(adjustment.variance_factor);
-    r.outside = w > histogram;
-    r.normal = w > limit;
-    r.normal_divided = w > limit_divided;
-    r.tau = w > tau * sigma;
-    r.tau_divided = w > tau_divided * sigma;
-}
-
-// The weight of robust estimation, which tests do without.
-double Collection::weight(int row) const
-{
-    return outcome.weights.empty() ? 1.0 : outcome.weights[(size_t)adjustment.equations.observation[(size_t)row]];
-}
-
-void Collection::test(const va::RowStatistics &s, double weight, ResidualResult &r) const
-{
-    r.checked = s.controlled() && s.share() >= network.tests.least_redundancy;
-    if (!*r.checked || detectable <= 0.0) return;
-    ObservationTestResult t;
-    t.detectable = detectable / std::sqrt(s.control / weight);
-    t.bias_to_noise = t.detectable * std::sqrt(std::fmax(0.0, s.weight - s.control));
-    t.shift = t.detectable * s.effect;
-    if (rule.tests()) {
-        const double normalised = s.normalised / std::sqrt(weight);
-        t.probability = rule.probability(normalised);
-        t.rejected = std::fabs(normalised) > rule.limit();
-    }
-    r.test = t;
-}
-
-// Where the values of an observation count from.
-double Collection::counted_from(const va::Observation &o, int component) const
-{
-    if (o.kind == va::Kind::unknown && o.unknown < 3 * values.n_points) return numbers.origin[o.unknown % 3];
-    const va::Vec3<double> &c = values.frame.centre;
-    const double centre[3] = {c.x, c.y, c.z};
-    return o.kind == va::Kind::position ? centre[component] : 0.0;
-}
-
-void Collection::residual(int row)
-{
-    const va::Equations &e = adjustment.equations;
-    const va::Observation &o = values.observations[(size_t)e.observation[(size_t)row]];
-    ItemName name = item_name(network, numbers, e.observation[(size_t)row]);
-    const int component = e.component[(size_t)row];
-    ResidualResult r;
-    r.kind = name.kind;
-    r.component = name.part.empty() ? component_name(values, o, component) : name.part;
-    r.unit = unit_of(values, o);
-    r.from = std::move(name.from);
-    r.to = std::move(name.to);
-    r.file = std::move(name.file);
-    r.line = name.line;
-    r.observed = !planned;
-    r.value = o.value[component] + counted_from(o, component);
-    r.sigma = e.sigma[(size_t)row];
-    r.residual = e.misclosure[(size_t)row];
-    if (!planned) r.adjusted = is_circle(o) ? on_circle(r.value - r.residual) : r.value - r.residual;
-    if (precise && !adjustment.statistics.rows.empty()) {
-        const va::RowStatistics &s = adjustment.statistics.rows[(size_t)row];
-        r.deviation = std::sqrt(s.cofactor);
-        r.redundancy = s.redundancy;
-        const double w = weight(row);
-        if (!planned && s.controlled()) r.normalised = s.normalised / std::sqrt(w);
-        if (outcome.weights.empty()) mark(s, r);
-        if (network.mode != Mode::Solution) test(s, w, r);
-    }
-    const ItemPlace &item = numbers.items[(size_t)e.observation[(size_t)row]];
-    if (const ItemNotes n = item_notes(network, item); n.notes)
-        r.raw = raw_reading(network, item.item == Item::vertical_angle, *n.notes, n.row);
-    const auto antennas = numbers.raw.find(e.observation[(size_t)row]);
-    if (antennas != numbers.raw.end()) r.raw = antennas->second[(size_t)component];
-    corrections(e.observation[(size_t)row], r);
-    r.words = words_of(item, name);
-    results.residuals.push_back(std::move(r));
-}
-
-// What the row says beside its values; -1 where it says nothing.
-int Collection::words_of(const ItemPlace &item, const ItemName &name)
-{
-    RowWords words;
-    words.at = name.at;
-    if (const ItemNotes n = item_notes(network, item); n.notes) {
-        words.id = note_at(n.notes->id, n.row);
-        words.remark = note_at(n.notes->remark, n.row);
-        if (const int s = note_at(n.notes->setup, n.row); s >= 0) words.setup = network.setups.records[(size_t)s].word;
-        if (const int s = note_at(n.notes->set, n.row); s >= 0) words.set = network.set_words[(size_t)s];
-    }
-    if (words.empty()) return -1;
-    results.row_words.push_back(words);
-    return (int)results.row_words.size() - 1;
+    std::stable_sort(worst.begin(), worst.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
+    results.suspicious.reserve(worst.size());
+    for (const auto &[size, place] : worst) results.suspicious.push_back(place);
 }
 
 void Collection::residuals()
 {
     if (!outcome.adjusted()) return;
-    const va::Equations &e = adjustment.equations;
-    const int n = e.usable_rows(), f = adjustment.redundancy;
-    if (n > 0 && f > 0) {
-        limit = normal_limit(significance);
-        limit_divided = normal_limit(significance / n);
-        tau = tau_limit(significance, f);
-        tau_divided = tau_limit(significance / n, f);
+    results.residuals =
+        Residuals(rows->size(), [all = rows](size_t first, size_t count) { return all->make(first, count); });
+    if (precise && !adjustment.statistics.rows.empty()) {
+        look_through();
+        tests();
     }
-    results.residuals.reserve((size_t)n);
-    place_of.assign((size_t)e.rows(), -1);
-    for (int row = 0; row < e.rows(); row++) {
-        if (!e.usable[(size_t)row]) continue;
-        place_of[(size_t)row] = (int)results.residuals.size();
-        residual(row);
-    }
-    tests();
     weights();
     suspects();
     joint_tests();
@@ -496,7 +346,6 @@ const char *test_word(ObservationTest test)
 
 void Collection::tests()
 {
-    if (!precise || adjustment.statistics.rows.empty()) return;
     TestsResult t;
     t.test = test_word(network.tests.test);
     t.words = rule.name();
@@ -506,16 +355,10 @@ void Collection::tests()
     t.power = network.tests.power;
     if (rule.tests()) t.limit = rule.limit();
     t.least_redundancy = network.tests.least_redundancy;
-    std::vector<size_t> &worst = results.suspicious;
-    for (size_t i = 0; i < results.residuals.size(); i++) {
-        const ResidualResult &r = results.residuals[i];
-        t.unchecked += !r.checked.value_or(true);
-        if (r.test && r.test->rejected) worst.push_back(i);
-    }
-    const auto size = [&](size_t i) { return std::fabs(results.residuals[i].normalised.value_or(0.0)); };
-    std::stable_sort(worst.begin(), worst.end(), [&](size_t a, size_t b) { return size(a) > size(b); });
-    t.tested = rule.tests() ? (int)results.residuals.size() - t.unchecked : 0;
-    t.rejected = (int)worst.size();
+    t.unchecked = unchecked;
+    t.first_unchecked = first_unchecked;
+    t.tested = rule.tests() ? (int)results.residuals.size() - unchecked : 0;
+    t.rejected = (int)results.suspicious.size();
     results.tests = t;
 }
 
@@ -529,8 +372,9 @@ void Collection::weights()
     if (outcome.weights.empty()) return;
     results.robust = robust_word(network.tests.robust);
     std::vector<WeightResult> &all = results.weights;
-    for (size_t row = 0; row < place_of.size(); row++)
-        if (place_of[row] >= 0 && weight((int)row) < 1.0) all.push_back({(size_t)place_of[row], weight((int)row)});
+    for (int row = 0; row < adjustment.equations.rows(); row++)
+        if (adjustment.equations.usable[(size_t)row] && rows->weight(row) < 1.0)
+            all.push_back({(size_t)rows->place_of(row), rows->weight(row)});
     std::stable_sort(all.begin(), all.end(),
                      [](const WeightResult &a, const WeightResult &b) { return a.weight < b.weight; });
 }
@@ -539,15 +383,15 @@ void Collection::suspects()
 {
     for (const va::Suspect &s : adjustment.suspects) {
         SuspectResult suspect;
-        suspect.residual = (size_t)place_of[(size_t)s.row];
-        const ResidualResult &r = results.residuals[suspect.residual];
+        suspect.residual = (size_t)rows->place_of(s.row);
+        const ResidualResult &r = std::as_const(results.residuals)[suspect.residual];
         suspect.error = s.error;
         suspect.would_read = r.raw.value_or(r.value) - s.error;
         const va::Observation &o = values.observations[(size_t)adjustment.equations.observation[(size_t)s.row]];
         if (is_circle(o)) suspect.would_read = on_circle(suspect.would_read);
         suspect.shift = s.shift;
         if (s.point >= 0) suspect.point = results.points[(size_t)s.point].name;
-        for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)place_of[(size_t)a.row], a.correlation});
+        for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)rows->place_of(a.row), a.correlation});
         results.suspects.push_back(suspect);
     }
 }
@@ -556,21 +400,21 @@ void Collection::suspects()
 void Collection::joint_tests()
 {
     if (planned || !precise || adjustment.statistics.together.empty() || !outcome.weights.empty()) return;
-    std::vector<int> first(values.observations.size(), -1), rows(values.observations.size(), 0);
+    std::vector<int> first(values.observations.size(), -1), count(values.observations.size(), 0);
     const va::Equations &e = adjustment.equations;
     for (int r = e.rows() - 1; r >= 0; r--) {
         if (!e.usable[(size_t)r]) continue;
-        first[(size_t)e.observation[(size_t)r]] = place_of[(size_t)r];
-        rows[(size_t)e.observation[(size_t)r]]++;
+        first[(size_t)e.observation[(size_t)r]] = r;
+        count[(size_t)e.observation[(size_t)r]]++;
     }
     const std::vector<std::vector<int>> together = tested_together(numbers);
     for (size_t i = 0; i < together.size(); i++) {
         JointTestResult t;
         t.rank = adjustment.statistics.together[i].rank;
         t.squares = adjustment.statistics.together[i].squares;
-        for (const int o : together[i]) t.components += rows[(size_t)o];
+        for (const int o : together[i]) t.components += count[(size_t)o];
         if (t.components == 0) continue;
-        t.first = (size_t)first[(size_t)together[i].front()];
+        t.first = (size_t)rows->place_of(first[(size_t)together[i].front()]);
         if (rule.tests_together(t.rank)) {
             const double all = adjustment.variance_factor * adjustment.redundancy;
             t.probability = rule.probability_together(t.squares, all, t.rank);
@@ -624,18 +468,13 @@ void Collection::kinds()
             k.goodness_of_fit = sum.squares >= chi_square_limit(significance / 2.0, sum.redundancy) &&
                                 sum.squares <= chi_square_limit(1.0 - significance / 2.0, sum.redundancy);
         }
-        const bool others = a.first == va::Kind::unknown;
-        for (const ResidualResult &r : results.residuals) {
-            const bool weighted = r.kind.rfind("weighted", 0) == 0 || r.kind.rfind("imported", 0) == 0 ||
-                                  r.kind.rfind("observed", 0) == 0;
-            if (others ? !weighted : r.kind != a.name) continue;
-            k.over_normal += r.normal.value_or(false);
-            k.over_normal_divided += r.normal_divided.value_or(false);
-            k.over_tau += r.tau.value_or(false);
-            k.over_tau_divided += r.tau_divided.value_or(false);
-            k.suspicious += r.test && r.test->rejected;
-            k.unchecked += !r.checked.value_or(true);
-        }
+        const KindResult &m = marks[a.first == va::Kind::unknown ? "" : a.name];
+        k.over_normal = m.over_normal;
+        k.over_normal_divided = m.over_normal_divided;
+        k.over_tau = m.over_tau;
+        k.over_tau_divided = m.over_tau_divided;
+        k.suspicious = m.suspicious;
+        k.unchecked = m.unchecked;
         results.kinds.push_back(k);
     }
 }
@@ -844,8 +683,9 @@ void set_ending(const OwnOutcome &outcome, Results &results)
 
 } // namespace
 
-Results collect_own(const Model &network, const OwnOutcome &outcome, const std::string &version)
+Results collect_own(const Model &network, const std::shared_ptr<const OwnOutcome> &own, const std::string &version)
 {
+    const OwnOutcome &outcome = *own;
     Results results = describe(network, version);
     results.adjusted = outcome.adjusted();
     set_ending(outcome, results);
@@ -854,7 +694,7 @@ Results collect_own(const Model &network, const OwnOutcome &outcome, const std::
     results.datum = outcome.datum;
     results.seconds = outcome.seconds;
     results.accounts = outcome.run.accounts;
-    Collection(network, outcome, results).run();
+    Collection(network, own, results).run();
     collect_closures(network, outcome, results);
     collect_covariances(network, outcome, results);
     return results;

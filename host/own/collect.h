@@ -3,6 +3,7 @@
 #ifndef VORNHOST_COLLECT_H
 #define VORNHOST_COLLECT_H
 
+#include <memory>
 #include <string>
 
 #include "host/own/road.h"
@@ -10,7 +11,8 @@
 
 namespace vornhost {
 
-Results collect_own(const Model &network, const OwnOutcome &outcome, const std::string &version);
+// Residuals are made on demand: the model has to last as long as they, or until they are kept.
+Results collect_own(const Model &network, const std::shared_ptr<const OwnOutcome> &outcome, const std::string &version);
 
 } // namespace vornhost
 

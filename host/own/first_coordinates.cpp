@@ -95,6 +95,16 @@ void write_records(Model &network, const Numbers &numbers)
     }
 }
 
+// Given coordinates that lie elsewhere give way to what the sights say, as far as they are not held.
+void replace_displaced(Model &network, const Numbers &numbers, const std::vector<start::Displaced> &displaced)
+{
+    for (const start::Displaced &d : displaced) {
+        const PointPlace &at = numbers.points[(size_t)d.point];
+        (at.station ? network.stations.records[(size_t)at.record].status
+                    : network.targets.records[(size_t)at.record].status) = STATUS_COMPUTE;
+    }
+}
+
 // Lumps that show too little count as unmoved.
 void settle(Model &network, FirstNumbers &first)
 {
@@ -152,9 +162,10 @@ FirstNumbers make_first_numbers(Model &network, const Reference *reference)
     first.numbers = make_numbers(network, reference);
     if (n == 0) return first;
     const start::Start found = start::find_start(&first.numbers.model, what_is_given(network, first.numbers));
-    if (found.found())
+    if (found.found()) {
+        replace_displaced(network, first.numbers, found.displaced);
         write_records(network, first.numbers);
-    else if (!found.missing.empty() && network.p.dim != 1 && by_the_engine(network))
+    } else if (!found.missing.empty() && found.degenerate.empty() && network.p.dim != 1 && by_the_engine(network))
         first.numbers = make_numbers(network, reference);
     else
         first.words = start_refusals(network, first.numbers, found);

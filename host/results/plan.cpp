@@ -26,7 +26,8 @@ public:
     Plan make()
     {
         points();
-        for (size_t i = 0; i < results.residuals.size(); i++) observation(i);
+        size_t i = 0;
+        for (const ResidualResult &r : results.residuals) observation(r, i++);
         ellipses();
         plan.magnification = magnification();
         return plan;
@@ -34,8 +35,8 @@ public:
 
 private:
     void points();
-    void observation(size_t i);
-    void connect(const std::string &from, const std::string &to, size_t i);
+    void observation(const ResidualResult &r, size_t i);
+    void connect(const std::string &from, const std::string &to, const ResidualResult &r, size_t i);
     void ellipses();
     double magnification() const;
 
@@ -62,26 +63,24 @@ void Planner::points()
     }
 }
 
-void Planner::connect(const std::string &from, const std::string &to, size_t i)
+void Planner::connect(const std::string &from, const std::string &to, const ResidualResult &r, size_t i)
 {
     const auto a = places.find(from), b = places.find(to);
     if (a == places.end() || b == places.end() || a->second == b->second) return;
     const auto [found, added] = lines.emplace(std::minmax(a->second, b->second), plan.lines.size());
     if (added) plan.lines.push_back({a->second, b->second, {}, std::nullopt, false});
     PlanLine &line = plan.lines[found->second];
-    const ResidualResult &r = results.residuals[i];
     line.observations.push_back(i);
     if (r.normalised) line.worst = std::max(line.worst.value_or(0.0), std::fabs(*r.normalised));
     line.suspicious = line.suspicious || (r.test ? r.test->rejected : r.normal_divided.value_or(false));
 }
 
 // An angle lies on two lines.
-void Planner::observation(size_t i)
+void Planner::observation(const ResidualResult &r, size_t i)
 {
-    const ResidualResult &r = results.residuals[i];
     const std::string &at = results.words_of(r).at;
-    connect(at.empty() ? r.from : at, r.to, i);
-    if (!at.empty()) connect(at, r.from, i);
+    connect(at.empty() ? r.from : at, r.to, r, i);
+    if (!at.empty()) connect(at, r.from, r, i);
 }
 
 // The bearing of a result counts from x towards y.

@@ -46,18 +46,16 @@ void fill_marks(const result &r, size_t n, ResidualResult &residual)
         if (marks[k]) *fields[k] = marks[k][n] != 0;
 }
 
-// Index of what a row says beside its values, -1 for nothing.
-int words_of(const RowNotes &notes, size_t row, Results &results)
+// What a row says beside its values, null for nothing.
+std::shared_ptr<const RowWords> words_of(const RowNotes &notes, size_t row)
 {
     RowWords words;
     words.id = note_at(notes.id, row);
     words.remark = note_at(notes.remark, row);
-    if (words.empty()) return -1;
-    results.row_words.push_back(words);
-    return (int)results.row_words.size() - 1;
+    return words.empty() ? nullptr : std::make_shared<const RowWords>(words);
 }
 
-ResidualResult make_residual(const ResultSource &from, const Block &block, size_t n, Results &results)
+ResidualResult make_residual(const ResultSource &from, const Block &block, size_t n)
 {
     const project &p = from.model.p;
     const result &r = from.run;
@@ -72,7 +70,7 @@ ResidualResult make_residual(const ResultSource &from, const Block &block, size_
     residual.to = full_name(from.model, m.to);
     if ((size_t)where.file < from.model.files.size()) residual.file = from.model.files[(size_t)where.file];
     residual.line = where.line;
-    residual.words = words_of(block.list.notes, i, results);
+    residual.words = words_of(block.list.notes, i);
     residual.raw = raw_reading(from.model, block.type == KIND_VERTICAL, block.list.notes, i);
     fill_observed(p, block.type, m, residual);
     const double observed_less_computed = from.model.solver == Solver::Simplex ? 0.0 - r.res[n] : r.res[n];
@@ -126,7 +124,7 @@ void collect_residuals(const ResultSource &from, Results &results)
     for (const Block &block : blocks)
         for (int i = 0; i < block.count; i++, n++)
             if (r.iobs[n] >= 0 && (size_t)r.iobs[n] < block.list.size())
-                results.residuals.push_back(make_residual(from, block, n, results));
+                results.residuals.push_back(make_residual(from, block, n));
 }
 
 void collect_kinds(const ResultSource &from, Results &results)

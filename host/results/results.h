@@ -13,6 +13,7 @@
 
 #include "host/run/accounts.h"
 #include "host/input/model.h"
+#include "host/results/residuals.h"
 #include "host/run/runner.h"
 
 namespace vornhost {
@@ -67,63 +68,6 @@ struct OrientationResult {
     std::string setup, set;         // empty for the only stand of a station, and where all sets share a zero
     double rotation[3] = {0, 0, 0}; // Rx1, Rx2, Rx3
     std::optional<double> deviation[3];
-};
-
-// What the file says of an observation beside its values.
-struct RowWords {
-    std::string at; // where an angle was taken, between from and to
-    std::string setup, set, id, remark;
-
-    bool empty() const { return at.empty() && setup.empty() && set.empty() && id.empty() && remark.empty(); }
-};
-
-// Test of an observation, and what can hide in it.
-struct ObservationTestResult {
-    std::optional<double> probability; // of a residual of this size or larger where no observation is wrong
-    double detectable = 0;             // bias that the test finds with the power asked for, unit of the observation
-    double bias_to_noise = 0;          // what that bias does to the unknowns, beside their standard deviations
-    double shift = 0;                  // metres, of the observation's own points by that bias
-    bool rejected = false;
-};
-
-// What a reduction added to a reading.
-struct CorrectionResult {
-    const char *name; // "instrument", "ellipsoid", "projection", "arc_to_chord", "convergence"
-    double value;     // in the unit of the observation
-};
-
-struct ResidualResult {
-    std::string kind;       // "distance", "height difference", "direction", "vertical angle", "azimuth", "baseline",
-                            // "image point", "weighted coordinate", "weighted rotation", "weighted constant",
-                            // "imported coordinate", "horizontal distance", "bearing", "angle", "scale bar",
-                            // "observed coordinate", "coordinate difference", "centring"
-    std::string component;  // "x", "y", "z" of baselines, coordinates and their differences, "u", "v" of image points,
-                            // which value of a weighted or imported item; empty otherwise
-    std::string unit = "m"; // of value, sigma and residual: "m", "rad", "pixel", "1"
-    std::string from, to;   // to is empty for weighted and imported items
-    std::string file;
-    int line = 0;
-    int words = -1;                            // in Results::row_words, -1: none
-    double value = 0, sigma = 0;               // metres or radians; vertical angles as elevations
-    double residual = 0;                       // observed less computed
-    bool observed = true;                      // false: a planned observation, without adjusted value and residual
-    std::optional<double> raw;                 // the reading, where value is what was made of it
-    std::vector<CorrectionResult> corrections; // from the reading into the grid; they add up to value - raw
-    std::optional<double> adjusted;
-    std::optional<double> deviation;  // of the residual, before the variance factor
-    std::optional<double> redundancy; // 0 (nothing checks it) to 1
-    std::optional<double> normalised; // residual by its standard deviation
-    std::optional<bool> checked;      // enough other observations control it
-    std::optional<ObservationTestResult> test;
-    std::optional<bool> outside, normal, normal_divided, tau, tau_divided; // rejection marks
-
-    // The correction of that name.
-    std::optional<double> correction(std::string_view which) const
-    {
-        for (const CorrectionResult &c : corrections)
-            if (which == c.name) return c.value;
-        return std::nullopt;
-    }
 };
 
 struct KindResult {
@@ -219,6 +163,7 @@ struct TestsResult {
     std::optional<double> limit;                   // of a normalised residual; absent where nothing was tested
     double least_redundancy = 0;
     int tested = 0, rejected = 0, unchecked = 0;
+    std::optional<size_t> first_unchecked; // residual
 };
 
 // What standard deviations and ellipses contain.
@@ -325,8 +270,7 @@ struct Results {
     std::optional<PrecisionResult> precision;
     std::vector<PointResult> points;
     std::vector<OrientationResult> orientations;
-    std::vector<ResidualResult> residuals;
-    std::vector<RowWords> row_words;
+    Residuals residuals;
     std::vector<KindResult> kinds;
     std::vector<ComponentResult> components; // where they were asked for
     std::vector<GroupResult> groups;
@@ -348,10 +292,10 @@ struct Results {
     std::vector<std::string> covariance_points; // those that the caller named
     std::vector<double> covariances; // of x, y, z of each, all with all, row by row, square metres; 0 for what is held
 
-    const RowWords &words_of(const ResidualResult &residual) const
+    static const RowWords &words_of(const ResidualResult &residual)
     {
         static const RowWords none;
-        return residual.words < 0 ? none : row_words[(size_t)residual.words];
+        return residual.words ? *residual.words : none;
     }
 };
 

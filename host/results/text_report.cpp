@@ -62,7 +62,8 @@ private:
     std::string transformations() const;
     std::string pairs() const;
     std::string observations() const;
-    std::string observations_of(const std::string &kind) const;
+    TextTable observation_table(const ResidualResult &first) const;
+    void add_observation(const ResidualResult &r, TextTable &table) const;
     std::string left_out() const;
     std::string tests() const;
     std::string suspects() const;
@@ -243,8 +244,9 @@ std::string Report::reductions() const
                      {"reduced", ""},
                      {"unit", "", Align::left},
                      {"place", "", Align::left}});
+    if (brief) return {};
     for (const ResidualResult &r : results.residuals) {
-        if (r.corrections.empty() || brief) continue;
+        if (r.corrections.empty()) continue;
         std::vector<std::string> cells = {r.kind, results.words_of(r).at, r.from, r.to,
                                           value(r, r.raw.value_or(r.value))};
         for (const char *name : names) {
@@ -428,71 +430,75 @@ std::string Report::kind_unit(const ResidualResult &r, bool small_unit) const
     return r.unit == "pixel" ? "pixel" : "";
 }
 
-std::string Report::observations_of(const std::string &kind) const
+// Of the kind of a residual, without rows.
+TextTable Report::observation_table(const ResidualResult &first) const
 {
-    const auto of_kind = [&](const ResidualResult &r) { return r.kind == kind; };
-    const auto first = std::find_if(results.residuals.begin(), results.residuals.end(), of_kind);
-    if (first == results.residuals.end()) return {};
-    const std::string unit = kind_unit(*first, false), small_unit = kind_unit(*first, true);
-    TextTable table({{"id", "", Align::left},
-                     {"at", "", Align::left},
-                     {"from", "", Align::left},
-                     {"to", "", Align::left},
-                     {"", "", Align::left},
-                     {"set-up", "", Align::left},
-                     {"set", "", Align::left},
-                     {"read", unit},
-                     {"observed", unit},
-                     {"adjusted", unit},
-                     {"residual", small_unit},
-                     {"sigma", small_unit},
-                     {"redundancy", ""},
-                     {"normalised", ""},
-                     {"p", ""},
-                     {"detectable", small_unit},
-                     {"bias/noise", ""},
-                     {"shift", units.small_length_name()},
-                     {"", "", Align::left},
-                     {"place", "", Align::left},
-                     {"remark", "", Align::left}});
-    for (const ResidualResult &r : results.residuals) {
-        const bool rejected = r.test && r.test->rejected;
-        if (r.kind != kind || (brief && !rejected)) continue;
-        const RowWords &words = results.words_of(r);
-        const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
-        const char *mark = rejected ? "suspicious" : !r.checked.value_or(true) ? "not checked" : "";
-        table.add({words.id,
-                   words.at,
-                   r.from,
-                   r.to,
-                   r.component,
-                   words.setup,
-                   words.set,
-                   r.raw ? value(r, *r.raw) : "",
-                   r.observed ? value(r, r.value) : "",
-                   r.adjusted ? value(r, *r.adjusted) : "",
-                   r.observed ? small(r, sign * r.residual) : "",
-                   small(r, r.sigma),
-                   r.redundancy ? decimal(*r.redundancy, 2) : "",
-                   r.normalised ? decimal(sign * *r.normalised, 2) : "",
-                   r.test && r.test->probability ? decimal(*r.test->probability, 4) : "",
-                   r.test ? small(r, r.test->detectable) : "",
-                   r.test ? decimal(r.test->bias_to_noise, 1) : "",
-                   r.test ? units.small_length(r.test->shift) : "",
-                   mark,
-                   r.file + ":" + std::to_string(r.line),
-                   words.remark});
-    }
-    return section((char)std::toupper((unsigned char)kind[0]) + kind.substr(1) + "s", table);
+    const std::string unit = kind_unit(first, false), small_unit = kind_unit(first, true);
+    return TextTable({{"id", "", Align::left},
+                      {"at", "", Align::left},
+                      {"from", "", Align::left},
+                      {"to", "", Align::left},
+                      {"", "", Align::left},
+                      {"set-up", "", Align::left},
+                      {"set", "", Align::left},
+                      {"read", unit},
+                      {"observed", unit},
+                      {"adjusted", unit},
+                      {"residual", small_unit},
+                      {"sigma", small_unit},
+                      {"redundancy", ""},
+                      {"normalised", ""},
+                      {"p", ""},
+                      {"detectable", small_unit},
+                      {"bias/noise", ""},
+                      {"shift", units.small_length_name()},
+                      {"", "", Align::left},
+                      {"place", "", Align::left},
+                      {"remark", "", Align::left}});
 }
 
+void Report::add_observation(const ResidualResult &r, TextTable &table) const
+{
+    const bool rejected = r.test && r.test->rejected;
+    if (brief && !rejected) return;
+    const RowWords &words = results.words_of(r);
+    const double sign = r.kind == "vertical angle" ? units.vertical_sign() : 1.0;
+    const char *mark = rejected ? "suspicious" : !r.checked.value_or(true) ? "not checked" : "";
+    table.add({words.id,
+               words.at,
+               r.from,
+               r.to,
+               r.component,
+               words.setup,
+               words.set,
+               r.raw ? value(r, *r.raw) : "",
+               r.observed ? value(r, r.value) : "",
+               r.adjusted ? value(r, *r.adjusted) : "",
+               r.observed ? small(r, sign * r.residual) : "",
+               small(r, r.sigma),
+               r.redundancy ? decimal(*r.redundancy, 2) : "",
+               r.normalised ? decimal(sign * *r.normalised, 2) : "",
+               r.test && r.test->probability ? probability_text(*r.test->probability) : "",
+               r.test ? small(r, r.test->detectable) : "",
+               r.test ? decimal(r.test->bias_to_noise, 1) : "",
+               r.test ? units.small_length(r.test->shift) : "",
+               mark,
+               r.file + ":" + std::to_string(r.line),
+               words.remark});
+}
+
+// A table of each kind.
 std::string Report::observations() const
 {
-    std::vector<std::string> kinds;
-    for (const ResidualResult &r : results.residuals)
-        if (std::find(kinds.begin(), kinds.end(), r.kind) == kinds.end()) kinds.push_back(r.kind);
+    std::vector<std::pair<std::string, TextTable>> tables;
+    for (const ResidualResult &r : results.residuals) {
+        auto of_kind = std::find_if(tables.begin(), tables.end(), [&](const auto &t) { return t.first == r.kind; });
+        if (of_kind == tables.end()) of_kind = tables.insert(tables.end(), {r.kind, observation_table(r)});
+        add_observation(r, of_kind->second);
+    }
     std::string text;
-    for (const std::string &kind : kinds) text += observations_of(kind);
+    for (const auto &[kind, table] : tables)
+        text += section((char)std::toupper((unsigned char)kind[0]) + kind.substr(1) + "s", table);
     return text;
 }
 
@@ -522,7 +528,7 @@ std::string level_text(double x)
 std::string global_test(const VarianceTest &t)
 {
     const auto line = [](const std::string &question, const std::string &range, double p, bool passed) {
-        return question + "\n  sum of squares expected " + range + ", p " + decimal(p, 4) + ": " +
+        return question + "\n  sum of squares expected " + range + ", p " + probability_text(p) + ": " +
                (passed ? "yes" : "no") + "\n";
     };
     return "test of the variance factor at level " + level_text(t.level) + ", sum of squares " + decimal(t.squares, 2) +
@@ -533,10 +539,12 @@ std::string global_test(const VarianceTest &t)
                 "up to " + decimal(t.one_sided_limit, 2), t.one_sided_probability, t.one_sided_passed());
 }
 
-std::string observation_test(const TestsResult &t)
+std::string observation_test(const TestsResult &t, int freedom)
 {
     std::string text = t.words + ": ";
-    if (!t.limit) return text + "no observation was tested\n";
+    if (!t.limit)
+        return text + "no observation was tested" +
+               (freedom == 1 ? ": with one degree of freedom every tau is 1\n" : "\n");
     return text + std::to_string(t.tested) + " tested, " + std::to_string(t.rejected) +
            " suspicious (normalised residual beyond " + decimal(*t.limit, 2) + "), " + std::to_string(t.unchecked) +
            " not checked (redundancy below " + level_text(t.least_redundancy) + ")\n";
@@ -550,7 +558,7 @@ std::string Report::tests() const
         text += "sigma a priori " + decimal(results.sigma_apriori.value_or(1.0), 4) + ", a posteriori " +
                 decimal(*results.sigma_aposteriori, 4) + "\n";
     if (results.variance_test) text += global_test(*results.variance_test);
-    if (results.tests) text += observation_test(*results.tests);
+    if (results.tests) text += observation_test(*results.tests, results.degrees_of_freedom.value_or(0));
     TextTable table({{"kind", "", Align::left},
                      {"a priori", ""},
                      {"a posteriori", ""},
@@ -602,7 +610,7 @@ std::string Report::together() const
         if (brief && !t.rejected) continue;
         const ResidualResult &r = results.residuals[t.first];
         table.add({r.from, r.to, std::to_string(t.components), std::to_string(t.rank), decimal(t.squares, 2),
-                   t.probability ? decimal(*t.probability, 4) : "",
+                   t.probability ? probability_text(*t.probability) : "",
                    t.rejected    ? "suspicious"
                    : t.rank == 0 ? "not checked"
                                  : "",

@@ -45,8 +45,8 @@ std::vector<const ResidualResult *> suspicious(const Results &results)
     std::vector<const ResidualResult *> all;
     for (const size_t i : results.suspicious) all.push_back(&results.residuals[i]);
     if (results.solver == "sparse") return all;
-    for (const ResidualResult &r : results.residuals)
-        if (r.normal_divided.value_or(false)) all.push_back(&r);
+    for (size_t i = 0; i < results.residuals.size(); i++) // the other solvers keep them
+        if (results.residuals[i].normal_divided.value_or(false)) all.push_back(&results.residuals[i]);
     const auto size = [](const ResidualResult *r) { return std::fabs(r->residual) / r->deviation.value_or(r->sigma); };
     std::stable_sort(all.begin(), all.end(), [&](auto *p, auto *q) { return size(p) > size(q); });
     return all;
@@ -71,15 +71,13 @@ std::string of_suspicious(const Results &results)
 
 std::string of_unchecked(const Results &results)
 {
-    const auto unchecked = [](const ResidualResult &r) { return !r.checked.value_or(true); };
-    const auto first = std::find_if(results.residuals.begin(), results.residuals.end(), unchecked);
     if (!results.tests) return "Not examined: which observations others check.";
-    if (first == results.residuals.end()) return "Every observation is checked by others.";
+    if (!results.tests->first_unchecked) return "Every observation is checked by others.";
     const int n = results.tests->unchecked;
     return std::to_string(n) + " of " + std::to_string(results.residuals.size()) +
            (n == 1 ? " observations is not checked by others: "
                    : " observations are not checked by others, the first: ") +
-           residual_name(results, *first) + ".";
+           residual_name(results, results.residuals[*results.tests->first_unchecked]) + ".";
 }
 
 } // namespace

@@ -2,6 +2,9 @@
 
 #include <time.h>
 
+#include <memory>
+#include <utility>
+
 #include "host/own/collect.h"
 #include "host/own/road.h"
 #include "host/results/text_report.h"
@@ -13,16 +16,17 @@ namespace vornhost {
 namespace {
 
 NetworkRun own_run(Model &model, FILE *report, Feedback &feedback, const std::string &version, bool check,
-                   const RunWatch &watch)
+                   const RunWatch &watch, Rows rows)
 {
-    OwnOutcome own = run_own(model, feedback, check, watch);
+    const auto own = std::make_shared<OwnOutcome>(run_own(model, feedback, check, watch));
     NetworkRun run;
-    run.stopped = own.ending == Ending::stopped;
+    run.stopped = own->ending == Ending::stopped;
     if (run.stopped) return run;
     run.results = collect_own(model, own, version);
-    run.outcome = std::move(own.run);
+    run.outcome = std::move(own->run);
     const std::string text = check ? std::string() : text_report(run.results, utc_now(), model.brief);
     fwrite(text.data(), 1, text.size(), report);
+    if (rows == Rows::kept) run.results.residuals.keep();
     return run;
 }
 
@@ -61,16 +65,16 @@ std::string utc_now()
 }
 
 NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
-                       const RunWatch &watch)
+                       const RunWatch &watch, Rows rows)
 {
-    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, false, watch);
+    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, false, watch, rows);
     return engine_run(model, report, feedback, version, false);
 }
 
 NetworkRun check_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
                          const RunWatch &watch)
 {
-    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, true, watch);
+    if (model.solver == Solver::Sparse) return own_run(model, report, feedback, version, true, watch, Rows::kept);
     return engine_run(model, report, feedback, version, true);
 }
 

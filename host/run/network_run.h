@@ -19,13 +19,16 @@ struct NetworkRun {
     bool stopped = false; // by the watch: there is neither outcome nor result, and nothing was written
 };
 
+// Whether residuals are a list, or made while somebody goes through them; the model has then to last as long.
+enum class Rows { kept, on_demand };
+
 // "2026-03-31 14:05 UTC".
 std::string utc_now();
 
 // Adjusts the network. The report goes to report, notes and progress to feedback. Results of the engine are taken out
 // of the model and released.
 NetworkRun run_network(Model &model, FILE *report, Feedback &feedback, const std::string &version,
-                       const RunWatch &watch = {});
+                       const RunWatch &watch = {}, Rows rows = Rows::kept);
 
 // Says what the adjustment would be: the solver sparse iterates and judges as a run does, the engine's solvers go up to
 // the check of the datum.

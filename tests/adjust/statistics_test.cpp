@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "adjust/adjustment.h"
 #include "random_networks.h"
+#include "small_net.h"
 
 using namespace vornadjust;
 
@@ -166,4 +168,27 @@ TEST(Statistics, WeakestPairsAreThoseWithTheLargestRelativeEllipses)
         ASSERT_EQ(worst.statistics.weak_pairs.size(), 3u);
         EXPECT_NEAR(worst.statistics.weak_pairs[2].a, weak[2].a, 1e-9);
     }
+}
+
+// Points placed by distances, one by one, and joined by height differences, which leave their plan apart.
+TEST(Statistics, NeighboursWhosePlanNoRowTiesNeedNotBeAmongTheWeakest)
+{
+    SmallNet net(Space::space);
+    const int held[3] = {net.point(0, 0, 0, Code::fixed, Code::fixed), net.point(900, 0, 300, Code::fixed, Code::fixed),
+                         net.point(0, 900, -200, Code::fixed, Code::fixed)};
+    const int n = 40;
+    for (int i = 0; i < n; i++) {
+        const int end = net.point(500 + 7 * i, 400 + 90 * std::sin(i), 30 + i);
+        for (const int begin : held) {
+            const double *u = &net.model.value[3 * begin], *v = &net.model.value[3 * end];
+            net.observe(Kind::slope_distance, begin, end).value[0] = std::hypot(u[0] - v[0], u[1] - v[1], u[2] - v[2]);
+        }
+        for (int step = 1; step <= 16 && step <= i; step *= 4)
+            net.observe(Kind::height_difference, end - step, end).value[0] = step;
+    }
+    Options options;
+    options.weak_pairs = 1000;
+    const Outcome o = adjust(&net.model, options);
+    ASSERT_EQ(o.status, Status::adjusted);
+    EXPECT_GE(o.statistics.weak_pairs.size(), 3u * n);
 }

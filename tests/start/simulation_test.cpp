@@ -298,8 +298,8 @@ Network azimuths(unsigned seed, int gross)
     return m.finish(gross);
 }
 
-// Theodolites in a hall: directions and vertical angles, four fixed targets or none, a scale bar.
-Network theodolites(unsigned seed, int gross, bool fixed)
+// Theodolites in a hall: directions and vertical angles, four fixed targets or a scale bar.
+Network theodolites(unsigned seed, int gross, bool fixed, bool see_each_other = true)
 {
     Maker m(seed);
     m.space(va::Space::space);
@@ -309,7 +309,7 @@ Network theodolites(unsigned seed, int gross, bool fixed)
     for (int i = 0; i < n; i++) {
         const int s = m.setup(i);
         for (int t = 0; t < n + targets; t++) {
-            if (t == i) continue;
+            if (t == i || (t < n && !see_each_other)) continue;
             m.direction(s, t);
             m.observe(Kind::vertical_angle, i, t, 0.001 * gon, s);
         }
@@ -320,6 +320,7 @@ Network theodolites(unsigned seed, int gross, bool fixed)
 
 Network theodolites_fixed(unsigned seed, int gross) { return theodolites(seed, gross, true); }
 Network theodolites_free(unsigned seed, int gross) { return theodolites(seed, gross, false); }
+Network theodolites_apart(unsigned seed, int gross) { return theodolites(seed, gross, false, false); }
 
 // Slope distances alone from known stations at different heights to targets.
 Network multilateration(unsigned seed, int gross)
@@ -409,17 +410,28 @@ struct NetworkKind {
     Network (*make)(unsigned seed, int gross);
 };
 
-const NetworkKind kinds[] = {{"plane, far control", far_control},   {"traverse", traverse},
-                             {"rings of traverses", rings},         {"hall", hall_fixed},
-                             {"hall, tilted", hall_tilted},         {"free hall", hall_free},
-                             {"resections only", resections},       {"trilateration", trilateration},
-                             {"triangulation", triangulation},      {"angles, distances", angles},
-                             {"trigonometric heights", heights},    {"levelling", levelling},
-                             {"GNSS, terrestrial", gnss},           {"pillar", pillar},
-                             {"free distances", free_distances},    {"azimuths, distances", azimuths},
-                             {"theodolites", theodolites_fixed},    {"free theodolites", theodolites_free},
-                             {"multilateration", multilateration},  {"zenith angles", zeniths},
-                             {"observed control", observed_control}};
+const NetworkKind kinds[] = {{"plane, far control", far_control},
+                             {"traverse", traverse},
+                             {"rings of traverses", rings},
+                             {"hall", hall_fixed},
+                             {"hall, tilted", hall_tilted},
+                             {"free hall", hall_free},
+                             {"resections only", resections},
+                             {"trilateration", trilateration},
+                             {"triangulation", triangulation},
+                             {"angles, distances", angles},
+                             {"trigonometric heights", heights},
+                             {"levelling", levelling},
+                             {"GNSS, terrestrial", gnss},
+                             {"pillar", pillar},
+                             {"free distances", free_distances},
+                             {"azimuths, distances", azimuths},
+                             {"theodolites", theodolites_fixed},
+                             {"free theodolites", theodolites_free},
+                             {"multilateration", multilateration},
+                             {"zenith angles", zeniths},
+                             {"observed control", observed_control},
+                             {"theodolites apart", theodolites_apart}};
 
 enum class Verdict { right, named, wrong, not_started, hopeless };
 

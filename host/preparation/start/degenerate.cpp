@@ -12,22 +12,21 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr double near = 0.01; // radians: angles that are taken to be the same
+constexpr double about = 0.01; // radians: angles that are taken to be the same
+constexpr double sigmas = 6.0; // of a reading, in an angle of three
 const double half_turn = 4.0 * std::atan(1.0);
-
-bool same_line(double angle) { return std::fabs(std::remainder(angle, half_turn)) < near; }
 
 // A placed target and its reading under a zero that is common to all of them.
 struct Seen {
     int to;
-    double reading;
+    double reading, sigma;
 };
 
 class Search {
 public:
-    Search(const va::Model &model, const std::vector<char> &placed)
-        : s(sightings_of(model, std::vector<double>(placed.size(), NAN),
-                         std::vector<char>(model.observations.size(), 0))),
+    Search(const va::Model &model, const std::vector<char> &placed, Near its_near)
+        : near(its_near), s(sightings_of(model, std::vector<double>(placed.size(), NAN),
+                                         std::vector<char>(model.observations.size(), 0))),
           frame(s)
     {
         for (int p = 0; p < s.n_points; p++) {
@@ -44,6 +43,11 @@ public:
     }
 
 private:
+    bool same_line(double angle, double sigma) const
+    {
+        return std::fabs(std::remainder(angle, half_turn)) < (near == Near::about ? about : sigmas * sigma);
+    }
+
     double bearing(int from, int to) const
     {
         const Place &a = frame.places[(size_t)from], &b = frame.places[(size_t)to];
@@ -60,6 +64,7 @@ private:
     std::optional<Degenerate> on_circle(int point) const;
     std::optional<Degenerate> on_line(int point) const;
 
+    const Near near;
     const Sightings s;
     Frame frame;
 };
@@ -81,7 +86,7 @@ std::vector<Seen> Search::seen_from(int point) const
         for (const int *i = s.rays_of.begin(*c); i != s.rays_of.end(*c) && std::isfinite(zero); i++) {
             const Ray &r = s.rays[(size_t)*i];
             if (frame.places[(size_t)r.to].known && reading_of(r.to) == all.end())
-                all.push_back({r.to, r.reading + zero});
+                all.push_back({r.to, r.reading + zero, r.sigma});
         }
     }
     return all;
@@ -99,10 +104,10 @@ std::optional<Degenerate> Search::on_circle(int point) const
     Degenerate found = {point, {a.to, b.to, -1}};
     for (const Seen &c : seen) {
         if (c.to == a.to || c.to == b.to) continue;
-        if (!same_line(b.reading - a.reading - bearing(c.to, b.to) + bearing(c.to, a.to))) return std::nullopt;
+        if (!same_line(b.reading - a.reading - bearing(c.to, b.to) + bearing(c.to, a.to), c.sigma)) return std::nullopt;
         found.through[2] = c.to;
     }
-    if (same_line(b.reading - a.reading)) found.through[2] = -1;
+    if (same_line(b.reading - a.reading, b.sigma)) found.through[2] = -1;
     return found;
 }
 
@@ -116,14 +121,15 @@ std::optional<Degenerate> Search::on_line(int point) const
         const Ray &r = s.rays[(size_t)*i];
         const Turn turn = r.circle == s.north ? Turn() : vote_turn(s, frame, r.circle);
         if (r.from == found.through[0] || (r.circle != s.north && !turn.known)) continue;
-        if (found.through[0] >= 0 && !same_line(bearing(found.through[0], r.from) - along)) return std::nullopt;
+        if (found.through[0] >= 0 && !same_line(bearing(found.through[0], r.from) - along, r.sigma))
+            return std::nullopt;
         if (found.through[0] < 0) {
             found.through[0] = r.from;
             along = r.reading + turn.value;
         } else if (found.through[1] < 0) {
             found.through[1] = r.from;
         }
-        if (!same_line(r.reading + turn.value - along)) return std::nullopt;
+        if (!same_line(r.reading + turn.value - along, r.sigma)) return std::nullopt;
     }
     if (found.through[1] < 0) return std::nullopt;
     return found;
@@ -132,10 +138,10 @@ std::optional<Degenerate> Search::on_line(int point) const
 } // namespace
 
 std::vector<Degenerate> find_degenerate(const va::Model &model, const std::vector<char> &placed,
-                                        const std::vector<int> &points)
+                                        const std::vector<int> &points, Near near)
 {
     std::vector<Degenerate> all;
-    const Search search(model, placed);
+    const Search search(model, placed, near);
     for (const int p : points)
         if (const auto found = search.of(p)) all.push_back(*found);
     return all;

@@ -18,9 +18,13 @@ struct Degenerate {
     int through[3]; // points on the circle; the third is -1 for a line through the first two
 };
 
+// How near to a circle or line counts as on it: about, where nothing better was found; as near as the readings are
+// good.
+enum class Near { about, readings };
+
 // Of these points, at the values of the model. Those with a 1 in `placed` are where the model has them.
 std::vector<Degenerate> find_degenerate(const vornadjust::Model &model, const std::vector<char> &placed,
-                                        const std::vector<int> &points);
+                                        const std::vector<int> &points, Near near = Near::about);
 
 } // namespace vornhost::start
 

@@ -10,11 +10,6 @@ namespace {
 constexpr size_t most_common = 40; // points of which pairs propose a motion
 constexpr double share = 1e-3;     // of the size of the network: how far a common point may be off
 
-// A point in both frames.
-struct Common {
-    double x, y, to_x, to_y;
-};
-
 std::vector<Common> common_points(const Frame &local, const Frame &ground)
 {
     std::vector<Common> all;
@@ -59,17 +54,10 @@ std::optional<Motion> fit(const std::vector<Common> &all, const std::vector<doub
     return m;
 }
 
-double off(const Motion &m, const Common &c)
-{
-    double x, y;
-    m.apply(c.x, c.y, &x, &y);
-    return std::hypot(x - c.to_x, y - c.to_y);
-}
-
 double agreement(const Motion &m, const std::vector<Common> &all, double t)
 {
     double sum = 0.0;
-    for (const Common &c : all) sum += 1.0 / (1.0 + (off(m, c) / t) * (off(m, c) / t));
+    for (const Common &c : all) sum += 1.0 / (1.0 + (distance_after(m, c) / t) * (distance_after(m, c) / t));
     return sum;
 }
 
@@ -79,31 +67,12 @@ Motion refined(Motion m, const std::vector<Common> &all, double t, bool rigid)
     for (const double wide : {10.0, 3.0, 1.0, 1.0}) {
         std::vector<double> weight;
         for (const Common &c : all) {
-            const double q = off(m, c) / (wide * t);
+            const double q = distance_after(m, c) / (wide * t);
             weight.push_back(1.0 / ((1.0 + q * q) * (1.0 + q * q)));
         }
         if (const auto next = fit(all, weight, rigid, m.mirror)) m = *next;
     }
     return m;
-}
-
-// The motion on which most points agree, of those that two of them propose.
-std::optional<Motion> best_of_pairs(const std::vector<Common> &all, double t, bool rigid, double mirror)
-{
-    std::optional<Motion> best;
-    const size_t n = std::min(all.size(), most_common), stride = all.size() / n;
-    std::vector<double> weight(2, 1.0);
-    for (size_t i = 0; i < n; i++)
-        for (size_t j = i + 1; j < n; j++) {
-            auto m = fit({all[i * stride], all[j * stride]}, weight, rigid, mirror);
-            if (!m) continue;
-            m->agreed = agreement(*m, all, t);
-            if (!best || m->agreed > best->agreed) best = m;
-        }
-    if (!best) return best;
-    best = refined(*best, all, t, rigid);
-    best->agreed = agreement(*best, all, t);
-    return best;
 }
 
 // Shift of a frame whose axes and scale are true: median over the points.
@@ -154,7 +123,7 @@ std::optional<Motion> by_points(const std::vector<Common> &all, const Frame &loc
     for (const bool rigid : {true, false})
         for (const double mirror : {mirror_first ? -1.0 : 1.0, mirror_first ? 1.0 : -1.0}) {
             if ((rigid && !local.scaled) || (mirror < 0.0 && !may_mirror)) continue;
-            const auto m = best_of_pairs(all, t, rigid, mirror);
+            const auto m = motion_of_most(all, t, rigid, mirror);
             if (m && (!best || m->agreed > best->agreed + (rigid ? 0.01 : 0.5))) best = m;
         }
     if (best) best->guessed = may_mirror && all.size() < 3;
@@ -210,6 +179,31 @@ void turn_frame(double turn, double scale, Frame *frame)
 }
 
 } // namespace
+
+double distance_after(const Motion &m, const Common &c)
+{
+    double x, y;
+    m.apply(c.x, c.y, &x, &y);
+    return std::hypot(x - c.to_x, y - c.to_y);
+}
+
+std::optional<Motion> motion_of_most(const std::vector<Common> &all, double t, bool rigid, double mirror)
+{
+    std::optional<Motion> best;
+    const size_t n = std::min(all.size(), most_common), stride = all.size() / n;
+    std::vector<double> weight(2, 1.0);
+    for (size_t i = 0; i < n; i++)
+        for (size_t j = i + 1; j < n; j++) {
+            auto m = fit({all[i * stride], all[j * stride]}, weight, rigid, mirror);
+            if (!m) continue;
+            m->agreed = agreement(*m, all, t);
+            if (!best || m->agreed > best->agreed) best = m;
+        }
+    if (!best) return best;
+    best = refined(*best, all, t, rigid);
+    best->agreed = agreement(*best, all, t);
+    return best;
+}
 
 std::optional<Motion> find_motion(const Sightings &s, const Frame &local, const Frame &ground, bool mirror_first)
 {

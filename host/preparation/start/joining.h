@@ -5,6 +5,7 @@
 #define VORNHOST_START_JOINING_H
 
 #include <optional>
+#include <vector>
 
 #include "host/preparation/start/frame.h"
 
@@ -23,6 +24,16 @@ struct Motion {
         *to_y = b * x + mirror * a * y + q;
     }
 };
+
+// A point in two frames.
+struct Common {
+    double x, y, to_x, to_y;
+};
+
+double distance_after(const Motion &m, const Common &c);
+
+// The motion on which most points agree within t, of those that two of them propose; rigid keeps lengths.
+std::optional<Motion> motion_of_most(const std::vector<Common> &all, double t, bool rigid, double mirror);
 
 // No value where too little is shared. Frames without circles may be mirror images; where both do as well, mirror_first
 // takes the mirror image.

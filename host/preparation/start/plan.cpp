@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 #include "host/preparation/start/joining.h"
+#include "host/preparation/start/pair.h"
 
 namespace vornhost::start {
 
@@ -32,6 +35,9 @@ private:
     int base_target(int circle) const;
     bool grow_by_vectors(int centre);
     bool grow_by_rays(int centre);
+    std::vector<CommonSight> common_sights(int circle, int other) const;
+    int partner(int circle) const;
+    bool grow_by_pair(int centre);
     bool grow_by_length(int centre);
     bool build(int centre);
     void join(const Motion &motion);
@@ -143,6 +149,53 @@ bool Planner::grow_by_rays(int centre)
     return local.members.size() > 2;
 }
 
+// Of targets that both sight with vertical angles.
+std::vector<CommonSight> Planner::common_sights(int circle, int other) const
+{
+    std::vector<CommonSight> common;
+    for (const int *i = s.rays_of.begin(circle); i != s.rays_of.end(circle); i++)
+        for (const int *k = s.rays_of.begin(other); k != s.rays_of.end(other); k++) {
+            const Ray &a = s.rays[(size_t)*i], &b = s.rays[(size_t)*k];
+            if (a.to == b.to && std::isfinite(a.slope) && std::isfinite(b.slope))
+                common.push_back({a.reading, a.slope, b.reading, b.slope});
+        }
+    return common;
+}
+
+// The circle of another point with most common targets; -1 without one.
+int Planner::partner(int circle) const
+{
+    std::map<int, int> count;
+    for (const int *i = s.rays_of.begin(circle); i != s.rays_of.end(circle); i++) {
+        const Ray &a = s.rays[(size_t)*i];
+        if (!std::isfinite(a.slope)) continue;
+        for (const int *k = s.rays_to.begin(a.to); k != s.rays_to.end(a.to); k++)
+            if (s.rays[(size_t)*k].from != a.from && s.rays[(size_t)*k].circle != s.north)
+                count[s.rays[(size_t)*k].circle]++;
+    }
+    const auto most =
+        std::max_element(count.begin(), count.end(), [](const auto &a, const auto &b) { return a.second < b.second; });
+    return most == count.end() ? -1 : most->first;
+}
+
+// Two stations that sight common points and not each other, in a frame without scale.
+bool Planner::grow_by_pair(int centre)
+{
+    const int circle = widest_circle(centre), other = circle < 0 ? -1 : partner(circle);
+    const auto pair = other < 0 ? std::nullopt : find_pair(common_sights(circle, other));
+    if (!pair) return false;
+    Turn first, second;
+    first.known = second.known = true;
+    second.value = pair->turn;
+    local.scaled = false;
+    local_growth.plant(centre, 0.0, 0.0, 0.0);
+    local_growth.plant(s.circle_point[(size_t)other], pair->x, pair->y, 0.0);
+    local_growth.orient(circle, first);
+    local_growth.orient(other, second);
+    local_growth.grow();
+    return local.members.size() > 2;
+}
+
 // The end of a length along the first axis.
 bool Planner::grow_by_length(int centre)
 {
@@ -158,7 +211,8 @@ bool Planner::grow_by_length(int centre)
 bool Planner::build(int centre)
 {
     bool grown = false;
-    for (const auto grow : {&Planner::grow_by_vectors, &Planner::grow_by_rays, &Planner::grow_by_length}) {
+    for (const auto grow :
+         {&Planner::grow_by_vectors, &Planner::grow_by_rays, &Planner::grow_by_pair, &Planner::grow_by_length}) {
         clear();
         grown = (this->*grow)(centre);
         if (grown) break;

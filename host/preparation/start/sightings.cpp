@@ -30,6 +30,7 @@ private:
     void add_length(int i, const va::Observation &o);
     void add_difference(int i, const va::Observation &o);
     void add_ray(int circle, int to, double reading, double sigma, int i);
+    double slope(int from, int to) const;
     double plane_length(const va::Observation &o, double slope, double *sigma) const;
     double convergence(const va::Observation &o) const;
     void index();
@@ -45,7 +46,16 @@ private:
 
 void Collector::add_ray(int circle, int to, double reading, double sigma, int i)
 {
-    s.rays.push_back({circle, model.observations[(size_t)i].from, to, reading, sigma, i});
+    const int from = model.observations[(size_t)i].from;
+    s.rays.push_back({circle, from, to, reading, sigma, i, slope(from, to)});
+}
+
+double Collector::slope(int from, int to) const
+{
+    const int v = elevations.any() ? elevations.between(from, to) : -1;
+    if (v < 0) return NAN;
+    const va::Observation &o = model.observations[(size_t)v];
+    return o.from == from ? std::tan(o.value[0]) : NAN;
 }
 
 // An angle is a circle of its own with two readings.

@@ -50,6 +50,7 @@ struct Ray {
     int circle, from, to;
     double reading, sigma;
     int observation;
+    double slope; // tangent of the elevation of this sight, no number where none was observed
 };
 
 struct Length {
@@ -93,6 +94,7 @@ public:
     explicit Elevations(const vornadjust::Model &model, const std::vector<char> &left_out);
     // Index of an observation between these ends in either direction, -1 without one.
     int between(int from, int to) const;
+    bool any() const { return !pairs.empty(); }
 
 private:
     std::vector<std::pair<long long, int>> pairs; // sorted

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "adjust/linear.h"
+#include "host/preparation/start/displaced.h"
 #include "host/preparation/start/sharp.h"
 
 namespace vornhost::start {
@@ -12,14 +13,32 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr double work = 150000.0; // observations in all ways together
-constexpr int most_ways = 14;     // tried on a small network
-constexpr int most_repeats = 3;   // of a way without what did not fit
-constexpr double bad_scale = 8.0; // of a fit: misclosures this much above their standard deviations
-constexpr double as_good = 10.0;  // difference of two losses that tells nothing
-constexpr size_t few_of = 1000;   // observations of a large network that may be wrong without another way being tried
+constexpr double work = 150000.0;  // observations in all ways together
+constexpr int most_ways = 14;      // tried on a small network
+constexpr int most_repeats = 3;    // of a way without what did not fit
+constexpr double bad_scale = 8.0;  // of a fit: misclosures this much above their standard deviations
+constexpr double no_fit = 50.0;    // of one that says nothing
+constexpr double as_good = 10.0;   // difference of two losses that tells nothing
+constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
+constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
+constexpr double wrong_share = 0.02;
 const double full_turn = 8.0 * std::atan(1.0);
-constexpr double elsewhere = 0.02; // of a typical sight: apart enough to be another place
+constexpr double elsewhere = 0.02;  // of a typical sight: apart enough to be another place
+constexpr double given_off = 0.5;   // of a typical sight: an approximate point that is off by more is wrong
+constexpr size_t sights_of_one = 3; // that do not fit, at least, where a given point is wrong
+
+double typical_sight(const va::Model &model)
+{
+    std::vector<double> lengths;
+    for (const va::Observation &o : model.observations) {
+        if (!o.use || o.from < 0 || o.to < 0) continue;
+        const double *a = &model.value[3 * (size_t)o.from], *b = &model.value[3 * (size_t)o.to];
+        lengths.push_back(std::hypot(a[0] - b[0], a[1] - b[1]));
+    }
+    if (lengths.empty()) return 0.0;
+    std::nth_element(lengths.begin(), lengths.begin() + (long)(lengths.size() / 2), lengths.end());
+    return lengths[lengths.size() / 2];
+}
 
 class Search {
 public:
@@ -29,6 +48,7 @@ public:
     }
 
     Start run();
+    const Trial &search(); // the best of all ways
 
 private:
     bool clean(const Trial &t) const;
@@ -36,13 +56,16 @@ private:
     Trial try_repeatedly(const Way &way);
     std::vector<Way> ways() const;
     void consider(Trial t);
-    void keep_rival(const Trial &t);
     double difference(const Trial &a, const Trial &b, int p) const;
-    double typical_sight() const;
     bool in_one_valley(const Trial &t) const;
     void tell_misfits(Start *start) const;
+    void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start) const;
-    void write();
+    Trial best_without(const std::vector<int> &points) const;
+    void check_given(Start *start);
+    void check_approximate(Start *start) const;
+    void displace(const std::vector<int> &points, Start *start) const;
+    void write(const Start &start);
 
     va::Model &target;     // gets the values
     const va::Model model; // on which they are found
@@ -91,19 +114,6 @@ std::vector<Way> Search::ways() const
     return all;
 }
 
-double Search::typical_sight() const
-{
-    std::vector<double> lengths;
-    for (const va::Observation &o : best.model.observations) {
-        if (!o.use || o.from < 0 || o.to < 0) continue;
-        const double *a = &best.model.value[3 * (size_t)o.from], *b = &best.model.value[3 * (size_t)o.to];
-        lengths.push_back(std::hypot(a[0] - b[0], a[1] - b[1]));
-    }
-    if (lengths.empty()) return 0.0;
-    std::nth_element(lengths.begin(), lengths.begin() + (long)(lengths.size() / 2), lengths.end());
-    return lengths[lengths.size() / 2];
-}
-
 double Search::difference(const Trial &a, const Trial &b, int p) const
 {
     const double *x = &a.model.value[3 * (size_t)p], *y = &b.model.value[3 * (size_t)p];
@@ -123,7 +133,12 @@ void Search::consider(Trial t)
 
 void Search::tell_misfits(Start *start) const
 {
-    for (const int i : misfits(best)) {
+    const std::vector<int> all = misfits(best);
+    if (all.size() > most_wrong && all.size() > wrong_share * (double)model.observations.size()) {
+        start->rough = (int)all.size();
+        return;
+    }
+    for (const int i : all) {
         const va::Observation &o = best.model.observations[(size_t)i];
         va::Linear linear;
         va::linearize(best.model, o, false, &linear);
@@ -146,13 +161,30 @@ bool Search::in_one_valley(const Trial &t) const
     return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + as_good;
 }
 
+// Of points without a place; and of those that have one by chance, as errors of readings carry them along a circle.
+void Search::tell_degenerate(Start *start) const
+{
+    if (is_large(model)) return;
+    va::Model all = model;
+    all.value = best.model.value;
+    if (!start->missing.empty()) {
+        start->degenerate = find_degenerate(all, best.placed, start->missing);
+        return;
+    }
+    std::vector<int> wanted;
+    for (int p = 0; p < model.n_points; p++)
+        if (given.wants_plan(p)) wanted.push_back(p);
+    start->degenerate = find_degenerate(all, best.placed, wanted, Near::readings);
+    for (const Degenerate &d : start->degenerate) start->missing.push_back(d.point);
+}
+
 // Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
 void Search::tell_doubts(Start *start) const
 {
     int held = 0;
     for (int p = 0; p < model.n_points; p++) held += given.plan(p);
     if (held < 2) return;
-    const double least = elsewhere * typical_sight();
+    const double least = elsewhere * typical_sight(best.model);
     for (const Trial &t : rivals) {
         if (!t.fit.finite || !t.missing.empty() || t.fit.loss > best.fit.loss + as_good) continue;
         if (in_one_valley(t)) continue;
@@ -166,34 +198,89 @@ void Search::tell_doubts(Start *start) const
     }
 }
 
-void Search::write()
+// The best start of the network without what is given in the plan of some points.
+Trial Search::best_without(const std::vector<int> &points) const
+{
+    Loosened loose = loosen(model, given, points);
+    return Search(&loose.model, loose.given).search();
+}
+
+void Search::displace(const std::vector<int> &points, Start *start) const
+{
+    for (const int p : points) {
+        const double *x = &best.model.value[3 * (size_t)p], *was = &model.value[3 * (size_t)p];
+        start->displaced.push_back({p, {x[0], x[1]}, {was[0], was[1]}, std::hypot(x[0] - was[0], x[1] - was[1])});
+    }
+}
+
+// Where much does not fit, given coordinates may be wrong: they are compared with the network that the sights make
+// without them, and those that lie elsewhere have no part.
+void Search::check_given(Start *start)
+{
+    const std::vector<int> points = given_points(model, given);
+    if (points.size() < 3 || is_large(model)) return;
+    const Trial loose = best_without(points);
+    if (!loose.missing.empty() || !loose.fit.finite || !(loose.fit.scale < bad_scale)) return;
+    const Comparison comparison = compare_given(model, points, loose, typical_sight(loose.model));
+    start->mirrored = comparison.mirrored;
+    start->given_scale = comparison.scale;
+    if (comparison.displaced.empty()) return;
+    Trial without = best_without(comparison.displaced);
+    const bool explains = misfits(without).size() + sights_of_one * comparison.displaced.size() <= misfits(best).size();
+    if (!without.missing.empty() || !(explains || best.fit.scale > bad_scale)) return;
+    best = std::move(without);
+    rivals.clear();
+    displace(comparison.displaced, start);
+}
+
+// Approximate coordinates that the damped adjustment moved far.
+void Search::check_approximate(Start *start) const
+{
+    const double far = given_off * typical_sight(best.model);
+    std::vector<int> moved;
+    for (const int p : given_points(model, given)) {
+        const double *x = &best.model.value[3 * (size_t)p], *was = &model.value[3 * (size_t)p];
+        if (std::hypot(x[0] - was[0], x[1] - was[1]) > far) moved.push_back(p);
+    }
+    displace(moved, start);
+}
+
+void Search::write(const Start &start)
 {
     for (int p = 0; p < 3 * model.n_points; p++)
         if (given.coordinate[(size_t)p] == Known::wanted)
             target.value[(size_t)p] = target.start[(size_t)p] = best.model.value[(size_t)p];
+    for (const Displaced &d : start.displaced)
+        for (size_t u = 3 * (size_t)d.point; u < 3 * (size_t)d.point + 2; u++)
+            if (target.estimated((int)u)) target.value[u] = target.start[u] = best.model.value[u];
     for (size_t c = 0; c < model.setups.size(); c++) {
         const size_t turn = (size_t)model.setups[c].first + 2;
         if (!given.setup[c]) target.value[turn] = target.start[turn] = best.model.value[turn];
     }
 }
 
-Start Search::run()
+const Trial &Search::search()
 {
     for (const Way &way : ways()) {
         if (any && clean(best) && best.alternatives.empty() && !best.mirrored) break;
         consider(try_repeatedly(way));
     }
+    return best;
+}
+
+Start Search::run()
+{
+    search();
     Start start;
+    if (!clean(best)) check_given(&start);
+    if (start.displaced.empty()) check_approximate(&start);
     start.missing = best.missing;
-    if (!best.missing.empty()) {
-        va::Model all = model;
-        all.value = best.model.value;
-        start.degenerate = find_degenerate(all, best.placed, best.missing);
-    }
+    tell_degenerate(&start);
     start.scale = best.fit.scale;
+    start.contradicts = start.missing.empty() && !is_large(model) && !(start.scale < no_fit);
     tell_misfits(&start);
-    if (start.missing.empty()) tell_doubts(&start);
-    if (start.found()) write();
+    if (start.missing.empty() && !start.contradicts) tell_doubts(&start);
+    if (start.found()) write(start);
     return start;
 }
 

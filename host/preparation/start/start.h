@@ -28,19 +28,23 @@ struct Doubt {
 // Given coordinates far from where the sights of the point put it.
 struct Displaced {
     int point;
-    double x[2]; // where they put it
-    double off;  // metres
+    double x[2], given[2]; // where they put it, and where it is given
+    double off;            // metres
 };
 
 struct Start {
     std::vector<int> missing;           // points without a place; where there are any, the model keeps its values
     std::vector<Degenerate> degenerate; // of these, those that their sights leave open along a circle or a line
     std::vector<Misfit> misfits;
+    int rough = 0; // observations that do not fit where they are too many to be wrong ones; then no misfits
     std::vector<Doubt> doubts;
     std::vector<Displaced> displaced;
-    double scale = 1; // of the misclosures of what fits, in standard deviations
+    bool mirrored = false;    // the given coordinates fit the sights as a mirror image only
+    double given_scale = 1;   // or with another scale only: given lengths by observed ones
+    double scale = 1;         // of the misclosures of what fits, in standard deviations
+    bool contradicts = false; // that is too much: the observations contradict one another everywhere
 
-    bool found() const { return missing.empty() && doubts.empty(); }
+    bool found() const { return missing.empty() && doubts.empty() && !mirrored && given_scale == 1.0; }
 };
 
 // Fills in values (and starts) that are not given, where all of them could be found.

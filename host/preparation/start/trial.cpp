@@ -11,9 +11,8 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr int few_steps = 25, fewer_steps = 6; // of the damped adjustment
-constexpr double rough = 20.0;                 // scale of the misclosures of a large network that needs them
-constexpr double far_off = 20.0;               // standard deviations, times the scale of the fit
+constexpr int few_steps = 25;    // of the damped adjustment
+constexpr double far_off = 20.0; // standard deviations, times the scale of the fit
 
 // Coordinates that are given or observed, NaN where there is neither.
 std::vector<double> known_values(const va::Model &model, const Given &given, const std::vector<char> &left_out)
@@ -108,14 +107,13 @@ void select(Trial *t)
 }
 
 // What was carried far is off where it meets what is known there: that is not to be taken for a gross error, and so
-// everything is pulled together first where anything seems to be one. A large network is left as it is where it fits:
-// its adjustment comes to the same.
+// everything is pulled together first where anything seems to be one. A large network is left as it is: a few steps
+// leave points far out, from where its adjustment finds no way back, and more of them are the adjustment itself.
 void adjust(Trial *t)
 {
     const std::vector<double> before = t->model.value;
     if (is_large(t->model)) {
         t->fit = measure_fit(t->model);
-        if (t->fit.scale > rough) t->fit = settle(&t->model, fewer_steps, Pull::together);
         return;
     }
     t->fit = settle(&t->model, few_steps, Pull::most);
@@ -172,17 +170,6 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
         heights = carry_heights(model, Distances(s, x, y), levels, left_out);
     }
     set_heights(heights, given, &t);
-    select(&t);
-    adjust(&t);
-    return t;
-}
-
-Trial try_values(const va::Model &model)
-{
-    Trial t;
-    t.model = model;
-    t.placed.assign((size_t)model.n_points, 1);
-    t.levelled.assign((size_t)model.n_points, 1);
     select(&t);
     adjust(&t);
     return t;

@@ -29,9 +29,6 @@ bool is_large(const vornadjust::Model &model);
 // Observations with a 1 in `left_out` place nothing; the adjustment has them.
 Trial try_way(const vornadjust::Model &model, const Given &given, const std::vector<char> &left_out, const Way &way);
 
-// Values as they stand, adjusted likewise.
-Trial try_values(const vornadjust::Model &model);
-
 // Observations that are off by more than so many standard deviations.
 std::vector<int> misfits(const Trial &trial);
 

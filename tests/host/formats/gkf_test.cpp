@@ -192,6 +192,24 @@ TEST_F(Gkf, WeighsLevellingByItsLength)
     EXPECT_EQ(dh[1].id, "k7");
 }
 
+// Writers fill in zeros where a standard deviation or a matrix counts, and name schemas in the root.
+TEST_F(Gkf, PassesOverLengthsAndStandardDeviationsThatDoNotCount)
+{
+    EXPECT_EQ(import("<gama-local xmlns='http://www.gnu.org/software/gama/gama-local' "
+                     "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='a b'><network>"
+                     "<points-observations><point id='A' z='1' fix='z'/><point id='P' adj='z'/>"
+                     "<height-differences><dh from='A' to='P' val='5' stdev='2' dist='0'/></height-differences>"
+                     "<height-differences><dh from='A' to='P' val='5' stdev='0' dist='0'/>"
+                     "<cov-mat dim='1' band='0'>9</cov-mat></height-differences>"
+                     "</points-observations></network></gama-local>"),
+              Lines());
+    const auto &heights = rows(DraftKind::height_difference);
+    ASSERT_EQ(heights.size(), (size_t)2);
+    EXPECT_EQ(*heights[0].sigma[0], 2.0);
+    EXPECT_EQ(*heights[1].sigma[0], 3.0);
+    EXPECT_FALSE(heights[0].length || heights[1].length);
+}
+
 TEST_F(Gkf, KeepsHeightsWhereTheyCount)
 {
     ASSERT_EQ(

@@ -28,11 +28,12 @@ protected:
     }
 
     // Imports a file with this text; returns the lines of its faults.
-    Lines import(const std::string &text, const std::string &name = "net.gkf")
+    Lines import(const std::string &text, const std::string &name = "net.gkf",
+                 const vornhost::ImportOptions &options = {})
     {
         folder.write(name, text);
         vornhost::Faults faults;
-        imported = vornhost::import_file(folder.file(name), std::nullopt, draft, faults);
+        imported = vornhost::import_file(folder.file(name), options, draft, faults);
         Lines lines = faults.lines();
         for (std::string &line : lines) folder.shorten(line);
         return lines;

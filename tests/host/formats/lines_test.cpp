@@ -228,7 +228,54 @@ TEST_F(CodedLines, FindsAllFaultsInOnePass)
 TEST_F(CodedLines, AsksForStandardDeviationsThatNothingGives)
 {
     EXPECT_EQ(lines(metres + ".2D\nA B-A-C 90\nA B-A-C 91\nD A-B 5 0.1\n"),
-              Lines({"net.dat:3:1: angle without a standard deviation, and 1 more behind it; write it in the file"}));
+              Lines({"net.dat:3:1: angle without a standard deviation, and 1 more behind it; write it in the file, or "
+                     "state it with --sigma angles=VALUE"}));
+}
+
+TEST_F(CodedLines, TakesStandardDeviationsThatTheUserStates)
+{
+    ImportOptions options;
+    options.sigma = {
+        {"angles", 3.0}, {"azimuths", 4.0}, {"distances", 2.0}, {"distances_ppm", 5.0}, {"centring_target", 1.0}};
+    EXPECT_EQ(import(".UNITS FeetUS DMS\n.2D\nA B-A-C 90\nB A-B 90 7\nB A-C 10\nD A-B 1000\n", "net.dat", options),
+              Lines());
+    const double foot = 1200.0 / 3937.0;
+    EXPECT_EQ(*only(DraftKind::angle).sigma[0], 3.0);
+    EXPECT_EQ(*rows(DraftKind::azimuth)[0].sigma[0], 7.0);
+    EXPECT_EQ(*rows(DraftKind::azimuth)[1].sigma[0], 4.0);
+    EXPECT_NEAR(*only(DraftKind::distance).sigma[0], (0.002 + 5e-6 * 1000 * foot) / foot, 1e-9);
+    ASSERT_EQ(draft.sigma.size(), (size_t)1);
+    EXPECT_EQ(draft.sigma[0].first, "centring_target");
+    EXPECT_NEAR(draft.sigma[0].second, 0.001 / foot, 1e-12);
+}
+
+// Bytes that are not UTF-8 are Latin-1, as in field books.
+TEST_F(CodedLines, ReadsNamesAndCommentsOfOtherEncodings)
+{
+    EXPECT_EQ(lines(metres + ".2D\n# 5\xB0\nC P\xE9 0 0 ! !\nC B 10 0 ! !\nD P\xE9-C 5 0.01\nD B-C 6 0.01\n"), Lines());
+    EXPECT_EQ(draft.points[0].name, "P\xC3\xA9");
+}
+
+TEST_F(CodedLines, NamesPointsThatComeAgainAndTheMeaningOfLengths)
+{
+    EXPECT_EQ(lines(metres + ".3D\nC A 0 0 0 ! ! !\nC A 1 1 1 ! ! !\nL A-B 1.5 20 0.001\nL A-B 1.5 20 0.001\n"),
+              Lines());
+    EXPECT_EQ(*point("A").value[2], 1.0);
+    const Lines said = notes();
+    ASSERT_EQ(said.size(), (size_t)3);
+    EXPECT_EQ(said[0], "net.dat:4: point \"A\" has coordinates in line 3 too: these go before them");
+    EXPECT_EQ(said[1],
+              "net.dat:5: the third item of L is taken for the length of the line, not for a number of set-ups");
+}
+
+// What only unused observations reach would be undetermined.
+TEST_F(CodedLines, LeavesPointsOffThatOnlyUnusedObservationsReach)
+{
+    EXPECT_EQ(lines(metres + ".2D\nC A 0 0 ! !\nC B 9 0 ! !\nC Q 5 5\nD A-P 5 0.1\nD B-P 6 0.1\nA Q-A-B 20-00-00 *\n"),
+              Lines());
+    EXPECT_TRUE(point("Q").off);
+    EXPECT_FALSE(point("P").off);
+    EXPECT_EQ(rows(DraftKind::angle).size(), (size_t)1);
 }
 
 TEST_F(CodedLines, AssumesTheLayoutThatThePointsShow)

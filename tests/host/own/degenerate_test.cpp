@@ -60,6 +60,17 @@ TEST(Degenerate, StationOnTheCircleOfItsTargetsIsNamed)
     }
 }
 
+// Errors of these readings put the place where the arcs meet into the target C.
+TEST(Degenerate, StationIsNotPutIntoATargetOnTheCircle)
+{
+    const SolvedNetwork solved = solve_text(
+        "[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nP - - free\n'''\ntargets = '''\nname x y code\n"
+        "A 490.0333 99.3347 fixed\nB -208.0734 454.6487 fixed\nC -326.8218 -378.4012 fixed\n'''\ndirections = '''\n"
+        "from to value sigma\nP A 27.69192 0.001\nP B 84.98533 0.001\nP C 148.64731 0.001\n'''\n");
+    EXPECT_FALSE(solved.adjusted());
+    EXPECT_NE(solved.words().find("lies on the circle through A, C and B"), std::string::npos) << solved.words();
+}
+
 // Approximate coordinates start the adjustment, which has no end on the circle.
 TEST(Degenerate, StationOnTheCircleIsNamedWhereItHasCoordinates)
 {

@@ -175,3 +175,78 @@ TEST(OwnFirstCoordinates, RefuseAFrameThatMayBeMirrored)
     EXPECT_FALSE(s.adjusted());
     EXPECT_NE(s.words().find("P fits in two places"), std::string::npos) << s.words();
 }
+
+namespace {
+
+// Four fixed corners of a square and P at 30 40, with all distances; rows of the corners are as given.
+std::string square(const std::string &corners, const std::string &directions)
+{
+    return "[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nP - - free\n'''\ntargets = '''\nname x y "
+           "code\n" +
+           corners +
+           "'''\ndistances = '''\nfrom to value sigma\nA B 100 0.01\nB C 100 0.01\nC D 100 0.01\n"
+           "D A 100 0.01\nA C 141.4214 0.01\nB D 141.4214 0.01\nP A 50 0.01\nP B 80.6226 0.01\n"
+           "P C 92.1954 0.01\nP D 67.0820 0.01\n'''\n" +
+           directions;
+}
+
+// From P.
+const char *const corner_directions = "directions = '''\nfrom to value sigma\nP A 259.0334 0.01\nP B 366.9501 0.01\n"
+                                      "P C 45.1125 0.01\nP D 129.5167 0.01\n'''\n";
+
+} // namespace
+
+TEST(OwnFirstCoordinates, NameAFixedPointThatLiesElsewhere)
+{
+    const SolvedNetwork s =
+        solve_text(square("A 0 0 fixed\nB 100 0 fixed\nC 100 150 fixed\nD 0 100 fixed\n", corner_directions));
+    EXPECT_TRUE(contains(s.messages, "net.inp:12: C is given 50.000 m from where its sights put it: 100.000 100.000"));
+    EXPECT_FALSE(contains(s.messages, "does not fit the others"));
+}
+
+TEST(OwnFirstCoordinates, AskWhetherAxesAreExchangedAtAPoint)
+{
+    const SolvedNetwork s = solve_text(
+        square("A 900 5000 fixed\nB 5000 1000 fixed\nC 1000 5100 fixed\nD 900 5100 fixed\n", corner_directions));
+    EXPECT_TRUE(contains(s.messages, "net.inp:11: B is given 5656.854 m from where its sights put it: "
+                                     "1000.000 5000.000: are x and y exchanged?"));
+}
+
+TEST(OwnFirstCoordinates, RefuseCoordinatesWithExchangedAxes)
+{
+    const SolvedNetwork s =
+        solve_text(square("A 0 0 fixed\nB 0 100 fixed\nC 100 100 fixed\nD 100 0 fixed\n", corner_directions));
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("fit the sights as a mirror image only: are x and y exchanged"), std::string::npos)
+        << s.words();
+}
+
+TEST(OwnFirstCoordinates, RefuseCoordinatesInAnotherUnit)
+{
+    const SolvedNetwork s = solve_text(
+        square("A 0 0 fixed\nB 100000 0 fixed\nC 100000 100000 fixed\nD 0 100000 fixed\n", corner_directions));
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("are 1000.000 times as far from one another as the sights say"), std::string::npos)
+        << s.words();
+}
+
+// A triangle of distances beside two fixed points; `ties` are distances between both.
+static std::string triangle(const std::string &ties)
+{
+    return "[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\nA 0 0 fixed\nB 100 0 fixed\nP - - free\n"
+           "Q - - free\nR - - free\n'''\ndistances = '''\nfrom to value sigma\nA B 100 0.01\nP Q 50 0.01\n"
+           "Q R 50 0.01\nR P 50 0.01\n" +
+           ties + "'''\n";
+}
+
+TEST(OwnFirstCoordinates, NameAnIslandOnceWithWhatTiesIt)
+{
+    const SolvedNetwork none = solve_text(triangle("")), one = solve_text(triangle("A P 70 0.01\n"));
+    EXPECT_EQ(none.words(), "first coordinates of P, Q and R could not be computed (net.inp:8): nothing was observed "
+                            "between them and the rest\nobserve more between such points and the rest, or give the "
+                            "coordinates of two of them\n");
+    EXPECT_NE(one.words().find("P, Q and R could not be computed (net.inp:8): only this ties them to the rest: "
+                               "net.inp:18: distance A to P"),
+              std::string::npos)
+        << one.words();
+}

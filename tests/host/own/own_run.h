@@ -52,8 +52,8 @@ inline SolvedNetwork solve(vornhost::Model &model, bool check = false)
     SolvedNetwork solved;
     Recorder messages;
     const std::unique_ptr<FILE, int (*)(FILE *)> report(tmpfile(), fclose);
-    const auto road = check ? vornhost::check_network : vornhost::run_network;
-    solved.run = road(model, report.get(), messages, "test", {});
+    solved.run = check ? vornhost::check_network(model, report.get(), messages, "test")
+                       : vornhost::run_network(model, report.get(), messages, "test");
     solved.report = whole_text(report.get());
     solved.messages = messages.lines;
     return solved;

@@ -116,8 +116,7 @@ TEST(Plan, DrawsAnAngleOnItsTwoSides)
     r.residuals[0].kind = "angle";
     RowWords words;
     words.at = "A";
-    r.row_words = {words};
-    r.residuals[0].words = 0;
+    r.residuals[0].words = std::make_shared<const RowWords>(words);
     const Plan plan = make_plan(r, Axes::yx);
     ASSERT_EQ(plan.lines.size(), 2u);
     for (const PlanLine &line : plan.lines) {
@@ -256,5 +255,8 @@ TEST(Svg, DrawsLinesByTheirWorstResidualAndEscapesNames)
     EXPECT_FALSE(has("stroke=\"#0072b2\""));
     EXPECT_TRUE(has("rotate(-60)"));
     EXPECT_TRUE(has(" in ellipses</text>"));
+    EXPECT_EQ(text.find("text-anchor"), std::string::npos);
+    r.points[2].name = "a long name at the right border";
+    EXPECT_NE(to_svg(r, Axes::yx).find("text-anchor=\"end\">a long name"), std::string::npos);
     EXPECT_TRUE(has(">10 m</text>")); // 40 m take 148 mm, a bar at most 40 mm
 }

@@ -207,7 +207,6 @@ namespace {
 Results with_words()
 {
     Results r = levelling();
-    r.residuals[0].words = 0;
     r.residuals[0].raw = 1.5;
     RowWords words;
     words.at = "S";
@@ -215,7 +214,7 @@ Results with_words()
     words.set = "2";
     words.id = "1017";
     words.remark = "wind, rain";
-    r.row_words.push_back(words);
+    r.residuals[0].words = std::make_shared<const RowWords>(words);
     r.suspicious = {0};
     r.orientations.resize(1);
     r.orientations[0].setup = "noon";

@@ -1,0 +1,45 @@
+#include "host/results/residuals.h"
+
+#include <algorithm>
+
+namespace vornhost {
+
+namespace {
+
+const size_t at_once = 8192; // residuals of a block
+const size_t beside = 64;    // of those that are asked for one by one: the next one is often near
+
+} // namespace
+
+const ResidualResult &Residuals::const_iterator::in_block() const
+{
+    if (at - first >= block.size()) {
+        block = list->making(at, std::min(at_once, list->made - at));
+        first = at;
+    }
+    return block[at - first];
+}
+
+const ResidualResult &Residuals::operator[](size_t i) const
+{
+    if (!making) return kept[i];
+    const auto found = named.find(i);
+    if (found != named.end()) return found->second;
+    if (i - near_first >= near_by.size()) {
+        near_first = i - i % beside;
+        near_by = making(near_first, std::min(beside, made - near_first));
+    }
+    return named.emplace(i, near_by[i - near_first]).first->second;
+}
+
+void Residuals::keep()
+{
+    if (!making) return;
+    kept.reserve(made);
+    for (const ResidualResult &r : *this) kept.push_back(r);
+    making = nullptr;
+    named.clear();
+    near_by.clear();
+}
+
+} // namespace vornhost
