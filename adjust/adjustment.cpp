@@ -283,6 +283,7 @@ Outcome Adjustment::run()
     const std::vector<double> first = model.value;
     system = make_system(model, options.watch, options.ranks);
     system.threads = options.threads;
+    fit_into_memory(&system, options.disk, options.threads, options.statistics);
     outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
     if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();

@@ -93,6 +93,8 @@ bool apply(const Options &options, Model &model)
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
         return false;
     }
+    if (model.solver != Solver::Sparse && options.memory)
+        return refuse("--memory is for the solver sparse; leave it out");
     if (!apply_tests(options, model) || !apply_covariance(options, model)) return false;
     const bool tested = model.solver == Solver::Sparse && model.mode == Mode::Statistics && model.residual_statistics;
     if (options.components && !tested)

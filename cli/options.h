@@ -3,6 +3,7 @@
 #ifndef VORN_CLI_OPTIONS_H
 #define VORN_CLI_OPTIONS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +51,7 @@ struct Options {
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
     std::optional<int> threads;
+    std::optional<std::size_t> memory; // bytes for factor and inverse
     bool brief = false; // report without the tables of observations
     bool no_residual_statistics = false;
     bool snoop = false;
