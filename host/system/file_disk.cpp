@@ -164,10 +164,9 @@ void FileDisk::give_back(double *numbers, std::size_t count)
 // Whole pages: what lies beside the numbers is read again as well.
 void FileDisk::leave(const double *numbers, std::size_t count)
 {
-    const std::uintptr_t page = (std::uintptr_t)sysconf(_SC_PAGESIZE);
-    const std::uintptr_t begin = (std::uintptr_t)numbers / page * page;
-    const std::uintptr_t end = ((std::uintptr_t)(numbers + count) + page - 1) / page * page;
-    madvise((void *)begin, end - begin, MADV_DONTNEED);
+    char *const begin = (char *)numbers;
+    const std::size_t before = (std::uintptr_t)begin % (std::size_t)sysconf(_SC_PAGESIZE);
+    madvise(begin - before, before + count * sizeof(double), MADV_DONTNEED); // to the end of its page
 }
 
 #endif
