@@ -52,7 +52,7 @@ struct Options {
     std::optional<vornhost::Mode> mode;
     std::optional<int> threads;
     std::optional<std::size_t> memory; // bytes for factor and inverse
-    bool brief = false; // report without the tables of observations
+    bool brief = false;                // report without the tables of observations
     bool no_residual_statistics = false;
     bool snoop = false;
     std::string left_out;                // table of the rows that --snoop leaves out
