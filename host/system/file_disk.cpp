@@ -1,6 +1,5 @@
 #include "host/system/file_disk.h"
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
