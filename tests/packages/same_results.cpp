@@ -29,13 +29,18 @@ std::string file_name(const json &path)
 
 bool is_file(const std::string &place) { return place.substr(place.rfind('/') + 1) == "file"; }
 
-// An ellipse whose axes differ by rounding points anywhere.
+bool alike(double a, double b) { return a - b <= 1e-7 * a; }
+
+// An ellipse or ellipsoid whose axes differ by rounding points anywhere.
 bool is_round(const json &ellipse)
 {
-    if (!ellipse.contains("semi_major_axis")) return false;
-    const double a = ellipse["semi_major_axis"], b = ellipse["semi_minor_axis"];
-    return a - b <= 1e-7 * a;
+    if (ellipse.contains("semi_major_axis")) return alike(ellipse["semi_major_axis"], ellipse["semi_minor_axis"]);
+    if (!ellipse.contains("semi_axes")) return false;
+    const json &axes = ellipse["semi_axes"];
+    return alike(axes[0], axes[1]) || alike(axes[1], axes[2]);
 }
+
+bool is_of_axes(const std::string &key) { return key == "bearing" || key == "bearings" || key == "elevations"; }
 
 void compare(const std::string &place, const json &a, const json &b)
 {
@@ -43,7 +48,7 @@ void compare(const std::string &place, const json &a, const json &b)
         if (!near(a.get<double>(), b.get<double>())) differ(place, a, b);
     } else if (a.is_object() && b.is_object() && a.size() == b.size()) {
         for (const auto &[key, value] : a.items())
-            if (key != "seconds" && !(key == "bearing" && is_round(a)))
+            if (key != "seconds" && !(is_of_axes(key) && is_round(a)))
                 b.contains(key) ? compare(place + "/" + key, value, b[key]) : differ(place, a, b);
     } else if (a.is_array() && b.is_array() && a.size() == b.size()) {
         for (size_t i = 0; i < a.size(); i++) compare(place + "/" + std::to_string(i), a[i], b[i]);
