@@ -53,7 +53,7 @@ private:
 Status Adjustment::choose_datum()
 {
     options.watch.tell(Step::equations);
-    fill(model, Derivatives::invariant, &system.equations);
+    fill(model, Derivatives::invariant, &system.equations, options.threads);
     if (system.share.sum(system.equations.usable_rows()) == 0) return Status::no_observations;
     options.watch.tell(Step::datum);
     outcome.determinacy.datum = find_datum(&model, system);
@@ -256,6 +256,7 @@ Status Adjustment::find_precision()
     StatisticsOptions s;
     s.sigma = options.a_priori ? 1.0 : std::sqrt(outcome.variance_factor);
     s.residuals = options.residuals;
+    s.threads = options.threads;
     s.watch = options.watch;
     s.pairs = options.pairs;
     s.weak_pairs = options.weak_pairs;
@@ -281,6 +282,8 @@ Outcome Adjustment::run()
 {
     const std::vector<double> first = model.value;
     system = make_system(model, options.watch, options.ranks);
+    system.threads = options.threads;
+    fit_into_memory(&system, options.disk, options.threads, options.statistics);
     outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
     if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "adjust/diagnosis.h"
+#include "adjust/disk.h"
 #include "adjust/iterate.h"
 #include "adjust/misclosures.h"
 #include "adjust/redundancy_traces.h"
@@ -34,6 +35,7 @@ struct Options {
     std::vector<char> made; // [points] 1 where the first coordinates are the program's own; or empty
     IterationLimits limits;
     int threads = 1;
+    Disk *disk = nullptr;   // for factor and inverse, where memory does not hold them
     Watch watch;            // with ranks nothing stops
     Ranks *ranks = nullptr; // that share the work; they need the same model and the same options
 };

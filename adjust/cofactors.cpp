@@ -27,7 +27,31 @@ bool Cofactors::find(int k, const int *columns, double *q) const
             if (held[columns[a]] || held[columns[b]]) x = 0.0;
             x = transformed(datum, change, columns[a], columns[b], x);
         }
+    leave(k, columns);
     return true;
+}
+
+// An inverse on a disk is left when what was brought into memory around the columns that were looked up may fill two
+// chunks; nothing else is in memory by then.
+void Cofactors::leave(int k, const int *columns) const
+{
+    if (!inverse.value.on_disk()) return;
+    const std::size_t around = 8192; // numbers that the system brings at a time
+    touched.resize(inverse.value.size() / around + 1, 0);
+    for (int a = 0; a < k; a++) {
+        const int place = system.symbolic.place[columns[a]], s = system.symbolic.super[place];
+        const std::size_t height = (std::size_t)system.symbolic.height(s);
+        const std::size_t begin =
+            (std::size_t)system.symbolic.valuestart[s] + (std::size_t)(place - system.symbolic.first[s]) * height;
+        for (std::size_t w = begin / around; w <= (begin + height - 1) / around; w++) {
+            brought += touched[w] ? 0 : around;
+            touched[w] = 1;
+        }
+    }
+    if (brought < 2 * inverse.value.stride()) return;
+    inverse.value.leave(0, inverse.value.size());
+    std::fill(touched.begin(), touched.end(), (char)0);
+    brought = 0;
 }
 
 // Q = T Q- T^T with T = I - G C.

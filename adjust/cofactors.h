@@ -23,7 +23,7 @@ public:
     // Makes the inverse on the pattern. False when the watch stopped it. Throws std::bad_alloc.
     bool invert(const InverseOptions &options);
 
-    // Cofactors of k columns of the normal system that share a row, after invert().
+    // Cofactors of k columns of the normal system that share a row, after invert(). By one thread at a time.
     //   q  out  [k][k]
     void block(int k, const int *columns, double *q) const;
 
@@ -42,9 +42,13 @@ public:
     void multiply(int m, double *x) const;
 
 private:
+    void leave(int k, const int *columns) const;
+
     const System &system;
     const FreeDatum &datum;
     Inverse inverse;
+    mutable std::vector<char> touched; // of an inverse on a disk: stretches that are in memory
+    mutable std::size_t brought = 0;   // numbers of these
     CofactorTransform change;
     std::vector<char> held; // [n]
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/blocks.h"
 #include "adjust/linear.h"
 
 namespace vornadjust {
@@ -105,27 +106,32 @@ Equations pattern(const Model &model, const std::vector<int> &part_of, int part)
     return e;
 }
 
-void fill(const Model &model, Derivatives derivatives, Equations *e)
+// Rows of the observations whose first rows are first to end - 1.
+static void fill_block(const Model &model, Derivatives derivatives, int first, int end, Equations *e)
 {
-    std::fill(e->coefficient.begin(), e->coefficient.end(), 0.0);
     Linear linear;
-    int seen[most_unknowns], n_seen = 0;
-    for (int r = 0; r < e->rows(); r++) {
+    const int rows = e->rows();
+    int r = first;
+    while (r < end && e->component[r] > 0) r++;
+    for (; r < rows && (r < end || e->component[r] > 0); r++) {
         const Observation &o = model.observations[e->observation[r]];
         const int c = e->component[r];
-        if (c == 0) {
-            linearize(model, o, derivatives == Derivatives::invariant, &linear);
-            n_seen = seen_unknowns(model, o, seen);
-        }
+        if (c == 0) linearize(model, o, derivatives == Derivatives::invariant, &linear);
+        const std::size_t begin = e->begin[r], n = e->begin[r + 1] - begin;
+        std::fill_n(e->coefficient.begin() + (std::ptrdiff_t)begin, n, 0.0);
         e->usable[r] = linear.usable;
         e->misclosure[r] = 0.0;
         if (!linear.usable) continue;
         const double w = o.value[c] - linear.value[c];
         e->misclosure[r] = is_angle(model, o) ? std::remainder(w, turn) : w;
-        const std::size_t first = e->begin[r];
-        scatter(seen, linear.slope[c], n_seen, &e->column[first], (int)(e->begin[r + 1] - first),
-                &e->coefficient[first]);
+        scatter(linear.unknown, linear.slope[c], linear.n, e->column.data() + begin, (int)n,
+                e->coefficient.data() + begin);
     }
+}
+
+void fill(const Model &model, Derivatives derivatives, Equations *e, int threads)
+{
+    in_blocks(threads, e->rows(), [&](int first, int end) { fill_block(model, derivatives, first, end, e); });
 }
 
 Columns columns(const Model &model, const Equations &equations)

@@ -52,8 +52,8 @@ struct Equations {
 Equations pattern(const Model &model);
 Equations pattern(const Model &model, const std::vector<int> &part_of, int part);
 
-// Coefficients, misclosures and usable rows at the model's present values.
-void fill(const Model &model, Derivatives derivatives, Equations *equations);
+// Coefficients, misclosures and usable rows at the model's present values, the same for any number of threads.
+void fill(const Model &model, Derivatives derivatives, Equations *equations, int threads = 1);
 
 // Columns of the normal system: the unknowns that are estimated, in the order of the model. Unknowns other than
 // coordinates that no row can answer to (the orientation of an upright set-up without directions) take no part.

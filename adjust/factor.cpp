@@ -308,12 +308,13 @@ static void drop_updates(const Job &job, int s, TwoStacks &stacks)
             stacks.pop(job.family.side[c], stair_size(job.symbolic.below(c)));
 }
 
-static void work_off(Job &job, int s, const Crew &crew, TwoStacks &stacks)
+static void work_off(Job &job, int s, const Crew &crew, TwoStacks &stacks, Trail &trail)
 {
     const Desk &desk = job.layout.desks[crew.thread];
     job.update[s] = place_update(job, s, stacks);
     factor_front(job, make_front(job, s, desk, job.update[s]), crew);
     drop_updates(job, s, stacks);
+    trail.done(job.symbolic.valuestart[s], job.symbolic.valuestart[s + 1]);
 }
 
 static void work_off_bunches(Job &job, Team &team, Tracker &tracker)
@@ -321,8 +322,9 @@ static void work_off_bunches(Job &job, Team &team, Tracker &tracker)
     team.run((int)job.plan.bunch.size(), [&](int task, int thread) {
         const Bunch &b = job.plan.bunch[task];
         TwoStacks stacks(job.layout.desks[thread].stack, b.stack);
+        Trail trail(job.factor.value);
         for (int s = b.first; s < b.end && !tracker.stopped(); s++) {
-            work_off(job, s, Crew{nullptr, thread}, stacks);
+            work_off(job, s, Crew{nullptr, thread}, stacks, trail);
             tracker.add(supernode_operations(job.symbolic, s), thread);
         }
     });
@@ -331,10 +333,11 @@ static void work_off_bunches(Job &job, Team &team, Tracker &tracker)
 static void work_off_crown(Job &job, Team &team, Tracker &tracker)
 {
     TwoStacks stacks(job.layout.desks[0].stack, job.plan.crown_stack);
+    Trail trail(job.factor.value);
     for (const int s : job.plan.crown) {
         if (tracker.stopped()) return;
         const double operations = supernode_operations(job.symbolic, s);
-        work_off(job, s, Crew{team.size() > 1 && operations > LEAST_SHARED ? &team : nullptr, 0}, stacks);
+        work_off(job, s, Crew{team.size() > 1 && operations > LEAST_SHARED ? &team : nullptr, 0}, stacks, trail);
         tracker.add(operations, 0);
     }
 }
@@ -361,6 +364,19 @@ static void take_memory(Job &job)
     }
 }
 
+// The matrix at its places, as many of them at a time as may be in memory.
+static void load_matrix(const SymmetricMatrix &a, const Symbolic &symbolic, Store &value)
+{
+    for (std::size_t from = 0; from < value.size(); from += value.stride()) {
+        const std::size_t end = std::min(value.size(), from + value.stride());
+        for (std::size_t p = 0; p < a.value.size(); p++) {
+            const std::size_t at = (std::size_t)symbolic.target[p];
+            if (at >= from && at < end) value[at] = a.value[p];
+        }
+        value.leave(from, end);
+    }
+}
+
 bool factorize(const SymmetricMatrix &a, const Symbolic &symbolic, Factor &factor, const FactorOptions &options)
 {
     factor.failed.clear();
@@ -368,7 +384,7 @@ bool factorize(const SymmetricMatrix &a, const Symbolic &symbolic, Factor &facto
     Layout layout = plan_layout(symbolic, plan, options.threads);
     Job job{a, symbolic, options, best_kernels(), std::move(plan), Family(symbolic), factor, {}, std::move(layout)};
     take_memory(job);
-    for (std::size_t p = 0; p < a.value.size(); p++) factor.value[symbolic.target[p]] = a.value[p];
+    load_matrix(a, symbolic, factor.value);
     Team team(options.threads);
     Tracker tracker(options.watch, job.plan.operations);
     work_off_bunches(job, team, tracker);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "adjust/sparse.h"
+#include "adjust/store.h"
 #include "adjust/symbolic.h"
 #include "adjust/watch.h"
 
@@ -30,7 +31,7 @@ struct FailedPivot {
 };
 
 struct Factor {
-    std::vector<double> value;       // [symbolic.values()] L in supernodes; its diagonal is not stored
+    Store value;                     // [symbolic.values()] L in supernodes; its diagonal is not stored
     std::vector<double> reciprocal;  // [n] by place: 1 / D, 0 for a failed pivot
     std::vector<double> pivot;       // [n] by unknown: relative to the diagonal element
     std::vector<FailedPivot> failed; // in the order of elimination

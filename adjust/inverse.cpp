@@ -311,9 +311,12 @@ static void load_square(const Square &f)
 
 // ---- the tree ----
 
-// A stack of parts for children.
+// A stack of parts for children, and what is done with.
 struct Stack {
+    Stack(const Job &job, double *space) : top(space), factor(job.factor.value), inverse(job.inverse.value) {}
+
     double *top;
+    Trail factor, inverse;
 };
 
 static void hand_down(Job &job, int s, const Square &f, const Crew &crew, Stack &stack)
@@ -343,11 +346,13 @@ static void work_off(Job &job, int s, const Crew &crew, Stack &stack)
     const int p = job.symbolic.parent[s];
     if (p >= 0 && job.plan.in_crown[p] == job.plan.in_crown[s]) stack.top -= stair_size(f.r);
     hand_down(job, s, f, crew, stack);
+    for (Trail *trail : {&stack.factor, &stack.inverse})
+        trail->done(job.symbolic.valuestart[s], job.symbolic.valuestart[s + 1]);
 }
 
 static void work_off_crown(Job &job, Team &team, Tracker &tracker)
 {
-    Stack stack = {job.layout.desks[0].stack};
+    Stack stack(job, job.layout.desks[0].stack);
     for (std::size_t k = job.plan.crown.size(); k-- > 0 && !tracker.stopped();) {
         const double operations = supernode_operations(job.symbolic, job.plan.crown[k]);
         work_off(job, job.plan.crown[k], Crew{team.size() > 1 && operations > LEAST_SHARED ? &team : nullptr, 0},
@@ -360,7 +365,7 @@ static void work_off_bunches(Job &job, Team &team, Tracker &tracker)
 {
     team.run((int)job.plan.bunch.size(), [&](int task, int thread) {
         const Bunch &b = job.plan.bunch[task];
-        Stack stack = {job.layout.desks[thread].stack};
+        Stack stack(job, job.layout.desks[thread].stack);
         for (int s = b.end - 1; s >= b.first && !tracker.stopped(); s--) {
             work_off(job, s, Crew{nullptr, thread}, stack);
             tracker.add(supernode_operations(job.symbolic, s), thread);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "adjust/factor.h"
+#include "adjust/store.h"
 #include "adjust/symbolic.h"
 #include "adjust/watch.h"
 
@@ -26,8 +27,8 @@ struct InverseOptions {
 };
 
 struct Inverse {
-    std::vector<double> value; // [symbolic.values()] as the factor; both triangles of the diagonal blocks
-    bool stopped = false;      // by the watch: nothing else holds then
+    Store value;          // [symbolic.values()] as the factor; both triangles of the diagonal blocks
+    bool stopped = false; // by the watch: nothing else holds then
 };
 
 // The inverse on the pattern of the factor. With a boundary, inverse.value has values() numbers before, and those of

@@ -3,6 +3,7 @@
 
 #include "adjust/linear.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -21,7 +22,7 @@ constexpr int most_ends = 3, most_parameters = 13;
 
 // Derivatives by the positions of the ends (three each), then by the parameters.
 struct ByPosition {
-    bool usable;
+    bool usable = false;
     double value[3];
     double slope[3][3 * most_ends + most_parameters];
 };
@@ -176,11 +177,37 @@ template <int N> void parameters(const Model &model, int unknown, int n, int fir
     for (int k = 0; k < n; k++) out[k] = Jet<N>::variable(model.value[unknown + k], first + k);
 }
 
-template <int N> void take(const Jet<N> &x, int component, ByPosition *out)
+// By what the ends of a sight are differentiated: nothing; both positions; or, where a value depends on their
+// difference alone, the second position, of which the derivatives by the first are the negative.
+enum class By { nothing, positions, difference };
+
+// Variables of a sight with two ends and so many parameters, of which the first is first_parameter(by).
+constexpr int first_parameter(By by) { return by == By::positions ? 6 : 3; }
+constexpr int variables_of(By by, int n_parameters)
+{
+    return by == By::nothing ? 0 : first_parameter(by) + n_parameters;
+}
+
+template <By by, int N> Vec3<Jet<N>> first_end(const Vec3<double> &p)
+{
+    if constexpr (by == By::difference) return {Jet<N>(p.x), Jet<N>(p.y), Jet<N>(p.z)};
+    return variables<N>(p, 0);
+}
+
+template <By by, int N> Vec3<Jet<N>> second_end(const Vec3<double> &q)
+{
+    return variables<N>(q, by == By::difference ? 0 : 3);
+}
+
+template <By by = By::positions, int N> void take(const Jet<N> &x, int component, ByPosition *out)
 {
     out->value[component] = x.v;
-    if constexpr (N > 0)
-        for (int k = 0; k < N; k++) out->slope[component][k] = x.d[k];
+    if constexpr (N > 0) {
+        double *slope = out->slope[component];
+        constexpr int shift = by == By::difference ? 3 : 0;
+        for (int k = 0; k < shift; k++) slope[k] = -x.d[k];
+        for (int k = 0; k < N; k++) slope[shift + k] = x.d[k];
+    }
 }
 
 // What every kind is evaluated with.
@@ -222,17 +249,18 @@ template <class T> T length_of_kind(const Sight &s, const Vec3<T> &p, const Vec3
     }
 }
 
-template <bool slopes> void distance_by_position(const Sight &s, ByPosition *out)
+template <By by> void distance_by_position(const Sight &s, ByPosition *out)
 {
-    constexpr int n = slopes ? 8 : 0;
+    constexpr int n = variables_of(by, 2);
     using J = Jet<n>;
-    const Vec3<J> p = variables<n>(s.end[0], 0), q = variables<n>(s.end[1], 3);
+    const Vec3<J> p = first_end<by, n>(s.end[0]), q = second_end<by, n>(s.end[1]);
     J constants[2] = {J(0.0), J(1.0)};
-    if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first, 2, 6, constants);
+    if (s.o.constants >= 0)
+        parameters(s.model, s.model.constants[s.o.constants].first, 2, first_parameter(by), constants);
     const Verticals<J> v = verticals<J>(s);
     const J l = length_of_kind(s, p, q, v.to(1));
     out->usable = l.v >= shortest;
-    take(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
+    take<by>(measured(DistanceConstants<J>{constants[0], constants[1]}, l), 0, out);
 }
 
 template <bool slopes> void height_by_position(const Sight &s, ByPosition *out)
@@ -255,14 +283,14 @@ template <int N> Axes<Jet<N>> axes_of(const Sight &s, int first)
     return {{a[0], a[1], a[2]}, setup.levelled, !upright(setup.first) || !upright(setup.first + 1)};
 }
 
-template <bool slopes> void direction_by_position(const Sight &s, ByPosition *out)
+template <By by> void direction_by_position(const Sight &s, ByPosition *out)
 {
-    constexpr int n = slopes ? 9 : 0;
+    constexpr int n = variables_of(by, 3);
     const auto v = verticals<Jet<n>>(s);
-    const auto e = instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights,
-                                    axes_of<n>(s, 6), v.to(1));
+    const auto e = instrument_sight(s.frame, first_end<by, n>(s.end[0]), second_end<by, n>(s.end[1]), s.heights,
+                                    axes_of<n>(s, first_parameter(by)), v.to(1));
     out->usable = has_direction(e);
-    take(direction(e), 0, out);
+    take<by>(direction(e), 0, out);
 }
 
 template <bool slopes> void angle_by_position(const Sight &s, ByPosition *out)
@@ -277,16 +305,16 @@ template <bool slopes> void angle_by_position(const Sight &s, ByPosition *out)
     take(horizontal_angle(left, right), 0, out);
 }
 
-template <bool slopes> void vertical_by_position(const Sight &s, ByPosition *out)
+template <By by> void vertical_by_position(const Sight &s, ByPosition *out)
 {
-    constexpr int n = slopes ? 10 : 0;
+    constexpr int n = variables_of(by, 4), angles = first_parameter(by);
     const auto v = verticals<Jet<n>>(s);
-    const auto e = instrument_sight(s.frame, variables<n>(s.end[0], 0), variables<n>(s.end[1], 3), s.heights,
-                                    axes_of<n>(s, 6), v.to(1));
+    const auto e = instrument_sight(s.frame, first_end<by, n>(s.end[0]), second_end<by, n>(s.end[1]), s.heights,
+                                    axes_of<n>(s, angles), v.to(1));
     Jet<n> refraction(s.o.refraction);
-    if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, 9, &refraction);
+    if (s.o.constants >= 0) parameters(s.model, s.model.constants[s.o.constants].first + 2, 1, angles + 3, &refraction);
     out->usable = has_direction(e);
-    take(vertical_angle(s.frame, e, refraction), 0, out);
+    take<by>(vertical_angle(s.frame, e, refraction), 0, out);
 }
 
 template <bool slopes> void azimuth_by_position(const Sight &s, ByPosition *out)
@@ -354,6 +382,31 @@ Sight sight_of(const Model &model, const Frame &frame, const Observation &o, con
     return s;
 }
 
+// Whether the frequent kinds depend on the difference of their ends alone: verticals are parallel.
+bool by_difference(const Frame &frame, const Observation &o)
+{
+    if (frame.curved()) return false;
+    switch (o.kind) {
+    case Kind::slope_distance:
+    case Kind::plane_distance:
+    case Kind::horizontal_distance:
+    case Kind::scale_bar:
+    case Kind::direction:
+    case Kind::vertical_angle: return true;
+    default: return false;
+    }
+}
+
+// The frequent kinds.
+template <By by> void sight_by_position(const Sight &s, ByPosition *out)
+{
+    switch (s.o.kind) {
+    case Kind::direction: return direction_by_position<by>(s, out);
+    case Kind::vertical_angle: return vertical_by_position<by>(s, out);
+    default: return distance_by_position<by>(s, out);
+    }
+}
+
 // Without `slopes` the values alone.
 template <bool slopes> void by_position(const Model &model, const Frame &frame, const Observation &o, ByPosition *out)
 {
@@ -362,16 +415,17 @@ template <bool slopes> void by_position(const Model &model, const Frame &frame, 
     for (int e = 0; e < ends.count; e++)
         s.end[e] = of_coordinates(frame, o.kind) ? coordinates(model, ends.point[e])
                                                  : end_position(model, frame, o, ends.point[e], ends.motion[e]);
+    if (slopes && by_difference(frame, o)) return sight_by_position<By::difference>(s, out);
     switch (o.kind) {
     case Kind::slope_distance:
     case Kind::plane_distance:
     case Kind::level_distance:
     case Kind::horizontal_distance:
-    case Kind::scale_bar: return distance_by_position<slopes>(s, out);
+    case Kind::scale_bar:
+    case Kind::direction:
+    case Kind::vertical_angle: return sight_by_position < slopes ? By::positions : By::nothing > (s, out);
     case Kind::height_difference: return height_by_position<slopes>(s, out);
-    case Kind::direction: return direction_by_position<slopes>(s, out);
     case Kind::angle: return angle_by_position<slopes>(s, out);
-    case Kind::vertical_angle: return vertical_by_position<slopes>(s, out);
     case Kind::azimuth: return azimuth_by_position<slopes>(s, out);
     case Kind::bearing: return bearing_by_position<slopes>(s, out);
     case Kind::baseline: return baseline_by_position<slopes>(s, out);
@@ -397,13 +451,19 @@ struct EndSlopes {
     double d[3][10];
 };
 
+// Whether the position of an end that is not moved is its coordinates.
+bool is_plain(const Frame &frame, const Observation &o)
+{
+    const bool turned = frame.ellipsoidal() || (frame.curved() && frame.mixed) ||
+                        (frame.space == Space::ellipsoid && of_vectors(o.kind));
+    return !turned || of_coordinates(frame, o.kind);
+}
+
 EndSlopes end_slopes(const Model &model, const Frame &frame, const Observation &o, int point, int motion)
 {
     using J = Jet<10>;
-    const bool turned = frame.ellipsoidal() || (frame.curved() && frame.mixed) ||
-                        (frame.space == Space::ellipsoid && of_vectors(o.kind));
     EndSlopes s;
-    s.plain = motion < 0 && (!turned || of_coordinates(frame, o.kind));
+    s.plain = motion < 0 && is_plain(frame, o);
     if (s.plain) return s;
     Vec3<J> p = unmoved(model, frame, o, point, variables<10>(coordinates(model, point), 0));
     if (motion >= 0) {
@@ -467,10 +527,38 @@ void add_deflections(const Model &model, const Frame &frame, const Observation &
     }
 }
 
-// Derivatives by unknowns in the order of seen_unknowns, without those of deflections; returns their number.
+// Of an observation whose ends are not moved and stand at their coordinates.
+void by_coordinates(const Model &model, const Ends &ends, const Observation &o, const ByPosition &by, Linear *linear)
+{
+    int from[most_unknowns], parameters[most_parameters]; // where the slopes stand
+    const int n_parameters = parameters_of(model, o, parameters), n_components = components(o.kind, model.frame.space);
+    int axes[3], n_axes = 0, n = 0;
+    for (int k = 0; k < 3; k++)
+        if (sees_axis(model.frame, o.kind, -1, k)) axes[n_axes++] = k;
+    for (int e = 0; e < ends.count; e++)
+        for (int a = 0; a < n_axes; a++) {
+            from[n] = 3 * e + axes[a];
+            linear->unknown[n++] = 3 * ends.point[e] + axes[a];
+        }
+    for (int k = 0; k < n_parameters; k++) {
+        from[n] = 3 * ends.count + k;
+        linear->unknown[n++] = parameters[k];
+    }
+    for (int c = 0; c < n_components; c++)
+        for (int k = 0; k < n; k++) linear->slope[c][k] = by.slope[c][from[k]];
+    linear->n = n;
+}
+
+// Unknowns, and derivatives by them but for those of deflections; returns the number of the latter.
 int by_unknowns(const Model &model, const Frame &frame, const Observation &o, const ByPosition &by, Linear *linear)
 {
     const Ends ends = ends_of(o);
+    const bool moved = std::any_of(ends.motion, ends.motion + ends.count, [](int motion) { return motion >= 0; });
+    if (!moved && is_plain(frame, o) && model.deflections.empty()) {
+        by_coordinates(model, ends, o, by, linear);
+        return linear->n;
+    }
+    linear->n = seen_unknowns(model, o, linear->unknown);
     int unused[most_parameters];
     const int n_parameters = parameters_of(model, o, unused), n_components = components(o.kind, frame.space);
     int n = 0;
@@ -507,19 +595,19 @@ int seen_unknowns(const Model &model, const Observation &o, int unknowns[most_un
     return n;
 }
 
-// The frame as an observation sees it.
+// The frame as an observation sees it on the ellipsoid.
 static Frame frame_of(const Model &model, const Observation &o)
 {
     Frame frame = model.frame;
-    if (frame.space == Space::ellipsoid && o.from >= 0)
-        frame.azimuth_rotation = model.sites[(std::size_t)o.from].convergence;
+    if (o.from >= 0) frame.azimuth_rotation = model.sites[(std::size_t)o.from].convergence;
     return frame;
 }
 
-void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
+// Derivatives in the frame `seen`, values in `frame`.
+static void linearize_in(const Model &model, const Frame &frame, const Frame &seen, const Observation &o,
+                         Linear *linear)
 {
-    const Frame frame = frame_of(model, o), seen = invariant ? frame.flat() : frame;
-    ByPosition by{};
+    ByPosition by;
     by_position<true>(model, seen, o, &by);
     const int n = by_unknowns(model, seen, o, by, linear);
     if (!model.deflections.empty() && uses_verticals(o.kind)) add_deflections(model, frame, o, n, linear);
@@ -528,12 +616,22 @@ void linearize(const Model &model, const Observation &o, bool invariant, Linear 
     for (int c = 0; c < components(o.kind, frame.space); c++) linear->value[c] = by.value[c];
 }
 
+void linearize(const Model &model, const Observation &o, bool invariant, Linear *linear)
+{
+    const bool own = model.frame.space == Space::ellipsoid;
+    if (!own && !invariant) return linearize_in(model, model.frame, model.frame, o, linear);
+    const Frame frame = own ? frame_of(model, o) : model.frame;
+    linearize_in(model, frame, invariant ? frame.flat() : frame, o, linear);
+}
+
 bool compute(const Model &model, const Observation &o, double value[3])
 {
-    const Frame frame = frame_of(model, o);
     ByPosition by;
-    by_position<false>(model, frame, o, &by);
-    for (int c = 0; c < components(o.kind, frame.space); c++) value[c] = by.value[c];
+    if (model.frame.space == Space::ellipsoid)
+        by_position<false>(model, frame_of(model, o), o, &by);
+    else
+        by_position<false>(model, model.frame, o, &by);
+    for (int c = 0; c < components(o.kind, model.frame.space); c++) value[c] = by.value[c];
     return by.usable;
 }
 

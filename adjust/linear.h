@@ -20,7 +20,9 @@ int seen_unknowns(const Model &model, const Observation &observation, int unknow
 struct Linear {
     bool usable = false;            // false: the geometry has no derivative here
     double value[3] = {};           // [components] computed
-    double slope[3][most_unknowns]; // [components][seen_unknowns] derivatives; axes left out have no place
+    double slope[3][most_unknowns]; // [components][n] derivatives; axes left out have no place
+    int n = 0;
+    int unknown[most_unknowns]; // [n] those of seen_unknowns
 };
 
 // In the model's frame, or with the derivatives of flat() when `invariant`; the values are always those of the frame.

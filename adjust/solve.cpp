@@ -29,6 +29,7 @@ template <int N> static void add_multiples(double f, const double *v, int n, con
 //   below  work  [largest number of rows below][N]
 template <int N> static void forward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
 {
+    Trail trail(factor.value);
     for (int s = 0; s < symbolic.nsuper; s++) {
         if (s == symbolic.boundary) continue;
         const int w = symbolic.width(s), r = symbolic.below(s);
@@ -44,11 +45,13 @@ template <int N> static void forward(const Symbolic &symbolic, const Factor &fac
         }
         for (int i = 0; i < r; i++)
             for (int c = 0; c < N; c++) x[(std::size_t)row[i] * N + c] -= below[i * N + c];
+        trail.done(symbolic.valuestart[s], symbolic.valuestart[s + 1]);
     }
 }
 
 template <int N> static void backward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
 {
+    Trail trail(factor.value);
     for (int s = symbolic.nsuper - 1; s >= 0; s--) {
         if (s == symbolic.boundary) continue;
         const int w = symbolic.width(s), r = symbolic.below(s);
@@ -65,6 +68,7 @@ template <int N> static void backward(const Symbolic &symbolic, const Factor &fa
                 for (int c = 0; c < N; c++) sum[c] += v[w + i] * below[i * N + c];
             for (int c = 0; c < N; c++) own[j * N + c] -= sum[c];
         }
+        trail.done(symbolic.valuestart[s], symbolic.valuestart[s + 1]);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <tuple>
 
+#include "adjust/blocks.h"
 #include "adjust/small_svd.h"
 #include "adjust/tree.h"
 
@@ -19,26 +20,6 @@ struct SparseRow {
     std::vector<int> column;
     std::vector<double> coefficient;
 };
-
-// Rows in the order in which the first of their unknowns is eliminated, those without one last: the cofactors that
-// neighbours see lie together.
-std::vector<int> rows_along(const System &s)
-{
-    const NormalSystem &normal = s.normal;
-    const int n = s.equations.rows();
-    std::vector<char> listed(n, 0);
-    std::vector<int> rows;
-    rows.reserve(n);
-    const auto list = [&](int r) {
-        if (listed[r]) return;
-        listed[r] = 1;
-        rows.push_back(r);
-    };
-    for (const int c : s.symbolic.unknown)
-        for (std::size_t at = normal.begin[c]; at < normal.begin[c + 1]; at++) list(normal.row[at]);
-    for (int r = 0; r < n; r++) list(r);
-    return rows;
-}
 
 // Points in the order in which their first coordinate is eliminated, those without an estimated one last.
 std::vector<int> points_along(const Model &model, const System &s)
@@ -91,7 +72,7 @@ struct Bundle {
 class RowTests {
 public:
     RowTests(const Model &m, const System &s, const Cofactors &c, const StatisticsOptions &o, Statistics *out)
-        : model(m), system(s), cofactors(c), watch(o.watch), together(o.together), result(*out)
+        : model(m), system(s), cofactors(c), watch(o.watch), threads(o.threads), together(o.together), result(*out)
     {
     }
 
@@ -99,10 +80,16 @@ public:
 
 private:
     void find_bundles();
-    void alone(int row);
+    struct Work {
+        SparseRow sparse;
+        std::vector<double> q, dx;
+    };
+
+    void alone(int row, Work *work);
     void group(const std::vector<int> &members);
     void enter(int row, double weighted_residual, const RowStatistics &r);
     void add_to_kind(int row, double weighted_residual);
+    std::vector<int> usable_members(int group) const;
     void append_other_axes(int row, SparseRow *a) const;
     double own_shift(int row, const std::vector<int> &columns, const double *dx) const;
     void find_cofactors(Bundle *b) const;
@@ -113,11 +100,11 @@ private:
     const System &system;
     const Cofactors &cofactors;
     const Watch &watch;
+    const int threads;
     const std::vector<std::vector<int>> &together;
     Statistics &result;
-    std::vector<int> bundle_of; // [rows] which of the observations tested together, or -1
-    SparseRow sparse;           // work
-    std::vector<double> q, dx;  // work
+    std::vector<int> bundle_of;   // [rows] which of the observations tested together, or -1
+    std::vector<double> weighted; // [rows] weighted residuals (P v)_i of members of groups, 0 where there is no test
 };
 
 // Which rows are tested together.
@@ -133,26 +120,39 @@ void RowTests::find_bundles()
     result.together.assign(together.size(), {});
 }
 
+std::vector<int> RowTests::usable_members(int group) const
+{
+    std::vector<int> usable;
+    for (int r : system.rows.members[group])
+        if (system.equations.usable[r]) usable.push_back(r);
+    return usable;
+}
+
+// Rows and groups are tested by all threads; sums over them are made in their order.
 void RowTests::run()
 {
     const Equations &e = system.equations;
+    const int n_groups = (int)system.rows.members.size();
     result.rows.assign(e.rows(), {});
+    if (n_groups > 0) weighted.assign(e.rows(), 0.0);
     find_bundles();
+    in_blocks(threads, e.rows(), [&](int first, int end) {
+        Work work;
+        for (int r = first; r < end && !watch.stopped(); r++)
+            if (e.group[r] < 0 && e.usable[r]) alone(r, &work);
+    });
+    in_blocks(threads, n_groups, [&](int first, int end) {
+        for (int g = first; g < end && !watch.stopped(); g++) group(usable_members(g));
+    });
     std::vector<std::vector<int>> apart(together.size()); // rows without correlation that are tested together
-    for (const int r : rows_along(system))
-        if (e.group[r] < 0 && e.usable[r] && !watch.stopped()) alone(r);
     for (int r = 0; r < e.rows() && !watch.stopped(); r++) {
         if (e.group[r] >= 0 || !e.usable[r]) continue;
         add_to_kind(r, result.rows[r].weight * result.rows[r].residual);
         if (bundle_of[r] >= 0) apart[bundle_of[r]].push_back(r);
     }
-    for (const std::vector<int> &members : system.rows.members) {
-        if (watch.stopped()) return;
-        std::vector<int> usable;
-        for (int r : members)
-            if (e.usable[r]) usable.push_back(r);
-        if (!usable.empty()) group(usable);
-    }
+    for (int g = 0; g < n_groups && !watch.stopped(); g++)
+        for (const int r : usable_members(g))
+            if (result.rows[r].weight > 0.0) add_to_kind(r, weighted[r]);
     for (const std::vector<int> &rows : apart) {
         if (rows.empty() || watch.stopped()) continue;
         Bundle b;
@@ -216,8 +216,10 @@ void RowTests::append_other_axes(int row, SparseRow *a) const
     }
 }
 
-void RowTests::alone(int row)
+void RowTests::alone(int row, Work *work)
 {
+    SparseRow &sparse = work->sparse;
+    std::vector<double> &q = work->q, &dx = work->dx;
     const Equations &e = system.equations;
     sparse.column.clear(), sparse.coefficient.clear();
     append(system, row, &sparse);
@@ -289,6 +291,7 @@ std::vector<double> inverse_of(int m, const std::vector<double> &l)
 void RowTests::group(const std::vector<int> &rows)
 {
     const std::size_t m = rows.size();
+    if (m == 0) return;
     const std::vector<double> s = weighted_covariance(model, system.equations, rows);
     std::vector<double> l = s;
     if (!cholesky((int)m, l.data())) return;
@@ -298,11 +301,11 @@ void RowTests::group(const std::vector<int> &rows)
     find_cofactors(&b);
     const std::size_t n = b.columns.size();
     for (std::size_t i = 0; i < m; i++) {
-        double weighted = 0.0, share = 0.0;
-        dx.assign(n, 0.0); // Q A^T P e
+        double share = 0.0;
+        std::vector<double> dx(n, 0.0); // Q A^T P e
         for (std::size_t k = 0; k < m; k++) {
             const double p = b.p[k * m + i];
-            weighted += p * system.equations.misclosure[rows[k]];
+            weighted[rows[i]] += p * system.equations.misclosure[rows[k]];
             share += b.aqa[i * m + k] * p;
             for (std::size_t j = 0; j < n; j++) dx[j] += b.aq[k * n + j] * p;
         }
@@ -313,8 +316,7 @@ void RowTests::group(const std::vector<int> &rows)
         r.weight = b.p[i * m + i];
         r.control = std::fmax(0.0, b.control(i, i));
         r.effect = own_shift(rows[i], b.columns, dx.data());
-        enter(rows[i], weighted, r);
-        add_to_kind(rows[i], weighted);
+        enter(rows[i], weighted[rows[i]], r);
     }
     test_together(b);
 }

@@ -104,6 +104,7 @@ struct Statistics {
 struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
+    int threads = 1;
     Watch watch;                            // rows without statistics are missing where it stops
     std::vector<std::pair<int, int>> pairs; // of points
     int weak_pairs = 0;                     // how many are wanted

@@ -1,5 +1,6 @@
 #include "adjust/system.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "adjust/division.h"
@@ -68,8 +69,37 @@ bool factorize_boundary(System *s, double damping, const FactorOptions &options)
     for (std::size_t i = 0; i < m; i++) diagonal[i] = (1.0 + damping) * s->diagonal[s->share.boundary[i]];
     const bool stands = s->share.ranks->factorize(s->factor.value.data() + boundary_block(s->symbolic), diagonal.data(),
                                                   options.least_pivot, pivot.data());
+    s->factor.value.leave(boundary_block(s->symbolic), s->factor.value.size());
     for (std::size_t i = 0; i < m; i++) s->factor.pivot[s->share.boundary[i]] = pivot[i];
     return stands;
+}
+
+// Bytes of factor and inverse together.
+struct Needs {
+    std::size_t work = 0;    // beside the results
+    std::size_t results = 0; // of the factor, and of the inverse where one is wanted
+    std::size_t blocks = 0;  // supernodes that are worked on at a time, the largest
+    std::size_t trails = 0;  // (store.h) at a time
+
+    std::size_t all() const { return work + results; }
+    // The matrix goes to its places in some passes, not in hundreds.
+    std::size_t least() const { return work + blocks + std::max(trails << 16, results / 16); }
+};
+
+Needs needs_of(const Symbolic &symbolic, int threads, bool inverse)
+{
+    Needs needs;
+    const std::size_t values = (std::size_t)symbolic.values() * sizeof(double), stores = inverse ? 2 : 1;
+    std::size_t most = factor_bytes(symbolic, threads);
+    if (inverse) most = std::max(most, inverse_bytes(symbolic, threads));
+    std::int64_t block = 0;
+    for (int i = 0; i < symbolic.nsuper; i++)
+        block = std::max(block, symbolic.valuestart[i + 1] - symbolic.valuestart[i]);
+    needs.work = most - values;
+    needs.results = stores * values;
+    needs.trails = stores * (std::size_t)threads;
+    needs.blocks = needs.trails * (std::size_t)block * sizeof(double);
+    return needs;
 }
 
 bool factorize_share(System *s, double damping, const FactorOptions &options)
@@ -103,13 +133,23 @@ System make_system(const Model &model, const Watch &watch, Ranks *ranks)
 double fill_rows(const Model &model, System *s)
 {
     s->watch.tell(Step::equations);
-    if (!s->present) fill(model, s->derivatives, &s->equations);
+    if (!s->present) fill(model, s->derivatives, &s->equations, s->threads);
     s->present = false;
-    s->bad_group = weigh(model, s->equations, s->columns, &s->rows);
+    s->bad_group = weigh(model, s->equations, s->columns, &s->rows, s->threads);
     for (int h : s->held)
         for (std::size_t at = s->normal.begin[h]; at < s->normal.begin[h + 1]; at++)
             s->rows.coefficient[s->rows.begin[s->normal.row[at]] + s->normal.entry[at]] = 0.0;
     return s->share.sum(sum_of_squares(s->rows));
+}
+
+void fit_into_memory(System *s, Disk *disk, int threads, bool inverse)
+{
+    if (!disk) return;
+    const Needs needs = needs_of(s->symbolic, threads, inverse);
+    if (needs.all() <= disk->limit()) return;
+    if (disk->limit() < needs.least()) disk->refuse(needs.least());
+    disk->begin(needs.all());
+    s->factor.value = Store(disk, (disk->limit() - needs.work - needs.blocks) / needs.trails / sizeof(double));
 }
 
 void fill_normal(System *s)
@@ -153,6 +193,7 @@ void solve(const System &s, int m, double *b)
 
 bool invert(const System &s, Inverse &inverse, const InverseOptions &options)
 {
+    inverse.value = s.factor.value.beside();
     if (s.share.shared()) {
         inverse.value.resize((std::size_t)s.symbolic.values());
         s.share.ranks->invert(inverse.value.data() + boundary_block(s.symbolic));

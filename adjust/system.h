@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "adjust/assembly.h"
+#include "adjust/disk.h"
 #include "adjust/equations.h"
 #include "adjust/factor.h"
 #include "adjust/inverse.h"
@@ -32,6 +33,7 @@ struct System {
                            // matrix are those of the identity, so that they have correction 0.
     Watch watch;           // of all that is done with the system
     bool present = false;  // the equations are filled at the present values, as the next fill_rows would do it
+    int threads = 1;       // that fill rows and normal matrix
     int bad_group = -1;    // a group whose covariance is not positive definite, and whose rows are 0
 
     int n() const { return columns.count(); }
@@ -49,6 +51,11 @@ System make_system(const Model &model, const Watch &watch = {}, Ranks *ranks = n
 // Rows at the model's present values, weighted, held columns 0. Returns the sum of squares of weighted misclosures, of
 // all ranks.
 double fill_rows(const Model &model, System *system);
+
+// Factor and inverse go to the disk where memory does not hold them. Throws what the disk says where its limit is too
+// low, and where there is no room.
+//   inverse  whether one will be wanted
+void fit_into_memory(System *system, Disk *disk, int threads, bool inverse);
 
 // Normal matrix and right side of the filled rows.
 void fill_normal(System *system);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/blocks.h"
+
 namespace vornadjust {
 
 namespace {
@@ -74,7 +76,8 @@ std::vector<double> dense_rows(const Equations &e, const Columns &columns, const
     return b;
 }
 
-bool weigh_group(const Model &model, const Equations &e, const Columns &columns, int group, WeightedRows *w)
+// Returns the row that depends on those before it, where the covariance is not positive definite; otherwise -1.
+int weigh_group(const Model &model, const Equations &e, const Columns &columns, int group, WeightedRows *w)
 {
     std::vector<int> rows;
     for (int r : w->members[group]) {
@@ -82,16 +85,13 @@ bool weigh_group(const Model &model, const Equations &e, const Columns &columns,
         w->misclosure[r] = 0.0;
         if (e.usable[r]) rows.push_back(r);
     }
-    if (rows.empty()) return true;
+    if (rows.empty()) return -1;
     const int n = (int)rows.size(), last = w->members[group].back();
     const int *column = w->column.data() + w->begin[last], n_columns = (int)(w->begin[last + 1] - w->begin[last]);
 
     std::vector<double> l = covariance_of(model, e, group, rows);
     int pivot = 0;
-    if (!cholesky(n, l.data(), &pivot)) {
-        if (w->bad_row < 0) w->bad_row = rows[pivot];
-        return false;
-    }
+    if (!cholesky(n, l.data(), &pivot)) return rows[pivot];
     std::vector<double> b = dense_rows(e, columns, rows, column, n_columns);
     forward_substitute(n, l.data(), n_columns + 1, b.data());
     for (int i = 0; i < n; i++) {
@@ -100,7 +100,7 @@ bool weigh_group(const Model &model, const Equations &e, const Columns &columns,
             w->coefficient[k] = row[std::lower_bound(column, column + n_columns, w->column[k]) - column];
         w->misclosure[rows[i]] = row[n_columns];
     }
-    return true;
+    return -1;
 }
 
 } // namespace
@@ -138,15 +138,20 @@ WeightedRows weighted_pattern(const Model &model, const Equations &e, const Colu
     return w;
 }
 
-int weigh(const Model &model, const Equations &e, const Columns &columns, WeightedRows *w)
+int weigh(const Model &model, const Equations &e, const Columns &columns, WeightedRows *w, int threads)
 {
-    for (int r = 0; r < e.rows(); r++)
-        if (e.group[r] < 0) weigh_alone(e, columns, r, w);
-    int bad = -1;
-    w->bad_row = -1;
-    for (int g = 0; g < (int)w->members.size(); g++)
-        if (!weigh_group(model, e, columns, g, w) && bad < 0) bad = g;
-    return bad;
+    in_blocks(threads, e.rows(), [&](int first, int end) {
+        for (int r = first; r < end; r++)
+            if (e.group[r] < 0) weigh_alone(e, columns, r, w);
+    });
+    const int groups = (int)w->members.size();
+    std::vector<int> bad(groups, -1); // rows
+    in_blocks(threads, groups, [&](int first, int end) {
+        for (int g = first; g < end; g++) bad[g] = weigh_group(model, e, columns, g, w);
+    });
+    const auto found = std::find_if(bad.begin(), bad.end(), [](int row) { return row >= 0; });
+    w->bad_row = found == bad.end() ? -1 : *found;
+    return found == bad.end() ? -1 : (int)(found - bad.begin());
 }
 
 std::vector<double> weighted_covariance(const Model &model, const Equations &e, const std::vector<int> &rows)

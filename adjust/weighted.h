@@ -37,7 +37,7 @@ WeightedRows weighted_pattern(const Model &model, const Equations &equations, co
 
 // Coefficients and misclosures of filled equations.
 // Returns the first group whose covariance is not positive definite, or -1; its rows are then 0.
-int weigh(const Model &model, const Equations &equations, const Columns &columns, WeightedRows *rows);
+int weigh(const Model &model, const Equations &equations, const Columns &columns, WeightedRows *rows, int threads = 1);
 
 // Covariance as weighted, S_ij / (factor_i factor_j), of some rows of one group; by rows.
 std::vector<double> weighted_covariance(const Model &model, const Equations &equations, const std::vector<int> &rows);

@@ -1,11 +1,13 @@
 // vorn adjust: runs the adjustment and writes report and results.
 
 #include <stdio.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -27,6 +29,7 @@
 #include "host/results/verdict.h"
 #include "interrupt.h"
 #include "host/run/network_run.h"
+#include "host/system/file_disk.h"
 #include "host/system/temporary_file.h"
 #include "vorn/version.h"
 
@@ -288,6 +291,14 @@ int check_numbers(const Results &results, const RunOutcome &outcome)
     return lines.empty() ? STATUS_ADJUSTED : STATUS_REFUSED;
 }
 
+// A signal handler.
+void end_without_disk()
+{
+    const char words[] = "vorn: the file in the place of memory cannot be read or written\n";
+    if (write(STDERR_FILENO, words, sizeof words - 1) < 0) _exit(STATUS_SYSTEM);
+    _exit(STATUS_SYSTEM);
+}
+
 } // namespace
 
 int adjust(const Options &options)
@@ -311,6 +322,8 @@ int adjust(const Options &options)
     Interrupts interrupts(model.solver == Solver::Sparse && !options.ranks, &console);
     RunWatch watch = interrupts.watch();
     watch.ranks = options.ranks;
+    std::optional<FileDisk> disk;
+    if (options.memory) watch.disk = &disk.emplace(*options.memory, end_without_disk);
     const NetworkRun run = run_network(model, outputs.stream(), console, VORN_VERSION, watch, Rows::on_demand);
     try {
         if (!interrupts.came()) outputs.prepare_results(options, model, run.results, texts);

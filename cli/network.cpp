@@ -93,6 +93,8 @@ bool apply(const Options &options, Model &model)
         fprintf(stderr, "vorn: --brief and --no-residual-statistics are for the solver sparse; leave them out\n");
         return false;
     }
+    if (model.solver != Solver::Sparse && options.memory)
+        return refuse("--memory is for the solver sparse; leave it out");
     if (!apply_tests(options, model) || !apply_covariance(options, model)) return false;
     const bool tested = model.solver == Solver::Sparse && model.mode == Mode::Statistics && model.residual_statistics;
     if (options.components && !tested)
@@ -113,16 +115,23 @@ std::string standard_input()
     return text;
 }
 
+// The mode of a file that names none. A plan may lack values.
+Mode usual_mode(const Options &options)
+{
+    return options.command == Command::plan ? Mode::Propagation : options.mode.value_or(Mode::Statistics);
+}
+
 bool read(const Options &options, Model &model, std::vector<std::string> &notes, Faults &faults)
 {
     const std::string &path = options.network;
-    if (path != "-") return read_any_network(path, model, notes, faults, options.foreign);
+    const Mode usual = usual_mode(options);
+    if (path != "-") return read_any_network(path, model, notes, faults, options.foreign, usual);
     if (options.foreign.given) {
         faults.add({faults.add_file("standard input"), 0, 0}, "options of foreign files do not go with standard input",
                    "name the file");
         return false;
     }
-    return read_network_text("standard input", standard_input(), model, faults);
+    return read_network_text("standard input", standard_input(), model, faults, usual);
 }
 
 bool same_file(const std::string &a, const std::string &b)

@@ -4,11 +4,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <map>
 
 #include "host/earth/reference.h"
 #include "host/input/number.h"
+#include "host/system/file_disk.h"
 #include "vorn/version.h"
 
 namespace {
@@ -195,6 +197,35 @@ void add_common(CLI::App *command, Options &options)
     add_foreign(command, options.foreign);
 }
 
+// A number of bytes, which may end in K, M, G or T for powers of 1024; nothing when it is none, or beyond addresses.
+std::optional<std::size_t> read_size(const std::string &text)
+{
+    const std::string units = "KMGT";
+    const std::size_t unit = text.empty() ? std::string::npos : units.find(text.back());
+    double value = 0.0;
+    const bool has_unit = unit != std::string::npos;
+    vornhost::read_number(text.substr(0, text.size() - (has_unit ? 1 : 0)), value); // 0 when it is none
+    const double bytes = std::ldexp(value, has_unit ? 10 * ((int)unit + 1) : 0);
+    if (!(bytes >= 1.0 && bytes < std::ldexp(1.0, 8 * (int)sizeof(std::size_t) - 1))) return std::nullopt;
+    return (std::size_t)bytes;
+}
+
+void add_memory(CLI::App *command, Options &options)
+{
+    command
+        ->add_option_function<std::string>(
+            "--memory",
+            [&options](const std::string &text) {
+                if (!vornhost::FileDisk::available())
+                    throw CLI::ValidationError("--memory", "this system has no files in the place of memory");
+                options.memory = read_size(text);
+                if (!options.memory)
+                    throw CLI::ValidationError("--memory", "'" + text + "' is no size; write 500M or 4G");
+            },
+            "memory for factor and inverse of the solver sparse; what is more goes to a file")
+        ->type_name("SIZE");
+}
+
 void add_adjust(CLI::App &app, Options &options)
 {
     CLI::App *adjust = app.add_subcommand("adjust", "adjust a network and report the results");
@@ -256,6 +287,7 @@ void add_adjust(CLI::App &app, Options &options)
     adjust->add_option("--threads", options.threads, "threads of the solver sparse; two where the machine has them")
         ->check(CLI::Range(1, 64))
         ->type_name("N");
+    add_memory(adjust, options);
     adjust->add_flag("--times", options.console.times, "how long the steps took, on standard error (solver sparse)");
     adjust->add_flag("--recompute", options.console.recompute, "compute new approximate values");
     adjust->add_flag("--balance", options.console.balance, "balance the observations (solver simplex)");

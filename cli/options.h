@@ -3,6 +3,7 @@
 #ifndef VORN_CLI_OPTIONS_H
 #define VORN_CLI_OPTIONS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,7 +51,8 @@ struct Options {
     std::optional<vornhost::Solver> solver;
     std::optional<vornhost::Mode> mode;
     std::optional<int> threads;
-    bool brief = false; // report without the tables of observations
+    std::optional<std::size_t> memory; // bytes for factor and inverse
+    bool brief = false;                // report without the tables of observations
     bool no_residual_statistics = false;
     bool snoop = false;
     std::string left_out;                // table of the rows that --snoop leaves out

@@ -64,6 +64,9 @@ endfunction()
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 if(VORN_PROGRAM AND NOT WIN32)
   file(GLOB pages CONFIGURE_DEPENDS ${packaging}/man/*.1)
+  if(NOT VORN_MPI)
+    list(FILTER pages EXCLUDE REGEX "vorn-mpi")
+  endif()
   foreach(page IN LISTS pages)
     get_filename_component(name ${page} NAME)
     install_compressed(${page} ${CMAKE_INSTALL_MANDIR}/man1 ${name} program)
@@ -74,9 +77,9 @@ if(VORN_PROGRAM AND NOT WIN32)
   install(FILES ${packaging}/completions/vorn.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
   set(docs ${PROJECT_SOURCE_DIR}/docs)
-  install(FILES ${docs}/user-guide.md ${docs}/network-file.md ${docs}/earth.md ${docs}/program.md ${docs}/recipes.md
-    ${docs}/rules-to-know.md ${PROJECT_SOURCE_DIR}/CITATION.cff
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
+  install(FILES ${PROJECT_SOURCE_DIR}/CITATION.cff DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program)
+  install(DIRECTORY ${docs}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program
+    FILES_MATCHING PATTERN *.md PATTERN *.png)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vorn COMPONENT program
     PATTERN host EXCLUDE)
 endif()

@@ -16,7 +16,7 @@ foreach(pair IN LISTS pairs)
 endforeach()
 
 set(CPACK_PACKAGE_VENDOR "the vorn developers")
-set(CPACK_PACKAGE_CONTACT "The vorn developers <vorn@localhost.localdomain>")
+set(CPACK_PACKAGE_CONTACT "The vorn developers <vorn@example.org>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

@@ -184,8 +184,8 @@ void Boundary::fetch_blocks(double *z)
         for_elements(self, round, [&](std::size_t, int i, int j) { count[owner(i, j)]++; });
         for (int p = 0; p < size; p++) in[p].resize(count[p]);
         exchange(out, &in);
-        std::vector<const double *> next;
-        for (const std::vector<double> &from : in) next.push_back(from.data());
+        std::vector<const double *> next(in.size());
+        for (std::size_t p = 0; p < in.size(); p++) next[p] = in[p].data();
         for_elements(self, round,
                      [&](std::size_t k, int i, int j) { z[k] = z[k % m * m + k / m] = *next[owner(i, j)]++; });
     }

@@ -6,17 +6,20 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <exception>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 
 #include "commands.h"
 #include "host/own/road.h"
 #include "host/run/memory_limit.h"
 #include "host/run/silence.h"
+#include "host/system/file_disk.h"
 #include "host/system/process.h"
 #include "interrupt.h"
 #include "options.h"
@@ -28,11 +31,18 @@ namespace {
 int spoken = STDERR_FILENO; // where a process speaks that is silent otherwise
 char name[64] = "vorn-mpi";
 
+void say(const char *words)
+{
+    iovec pieces[4]; // in one piece, beside those of other processes
+    int n = 0;
+    for (const char *piece : {(const char *)name, ": ", words, "\n"}) pieces[n++] = {(void *)piece, strlen(piece)};
+    if (writev(spoken, pieces, n) < 0) return;
+}
+
 // Without memory to spare: may be called when there is none.
 [[noreturn]] void end_all(const char *why)
 {
-    for (const char *piece : {(const char *)name, ": ", why, "\n"})
-        if (write(spoken, piece, strlen(piece)) < 0) break;
+    say(why);
     MPI_Abort(MPI_COMM_WORLD, STATUS_SYSTEM);
     _exit(STATUS_SYSTEM);
 }
@@ -64,6 +74,13 @@ void fall_silent(int rank)
         end_all("cannot open /dev/null");
 }
 
+// A signal handler. The end of one process is the end of all.
+void end_without_disk()
+{
+    say("the file in the place of memory cannot be read or written");
+    _exit(STATUS_SYSTEM);
+}
+
 // The part of a process other than the first.
 void follow(const Options &options)
 {
@@ -73,7 +90,11 @@ void follow(const Options &options)
     enter_folder(options);
     if (model.solver != vornhost::Solver::Sparse) return;
     vornhost::Silence silence;
-    run_own(model, silence, false, {nullptr, nullptr, options.ranks});
+    std::optional<vornhost::FileDisk> disk;
+    vornhost::RunWatch watch;
+    watch.ranks = options.ranks;
+    if (options.memory) watch.disk = &disk.emplace(*options.memory, end_without_disk);
+    run_own(model, silence, false, watch);
 }
 
 void follow_to_the_end(const Options &options, MpiRanks &ranks)

@@ -87,6 +87,12 @@ Residual residual_of(const vornhost::Results &results, const vornhost::ResidualR
     r.adjusted = from.adjusted;
     r.redundancy = from.redundancy;
     r.normalised = from.normalised;
+    r.checked = from.checked;
+    if (!from.test) return r;
+    r.p_value = from.test->probability;
+    r.detectable = from.test->detectable;
+    r.bias_to_noise = from.test->bias_to_noise;
+    r.shift = from.test->shift;
     return r;
 }
 

@@ -93,6 +93,28 @@ json velocities(const Comparison &c)
     return all;
 }
 
+json strain_of(const Strain &s)
+{
+    json all = {{"words", s.words}, {"values", json::array()}};
+    if (!s.made()) return all;
+    for (const auto &[name, v] : named_values(s))
+        all["values"].push_back({{"name", name}, {"value", v.value}, {"deviation", v.deviation}});
+    if (s.dimension == 2) all["bearing"] = s.bearing;
+    all["strained"] = test_of(s.strained);
+    all["homogeneous"] = test_of(s.homogeneous);
+    return all;
+}
+
+json strains(const Comparison &c)
+{
+    json all = json::array();
+    for (const GroupStrain &g : c.strains) {
+        all.push_back({{"points", g.points}, {"epochs", json::array()}});
+        for (const Strain &s : g.epochs) all.back()["epochs"].push_back(strain_of(s));
+    }
+    return all;
+}
+
 json epochs(const Comparison &c)
 {
     json all = json::array();
@@ -131,6 +153,7 @@ json comparison(const Comparison &c)
             {"epochs", epochs(c)},
             {"left_out", departures(c)},
             {"velocities", velocities(c)},
+            {"strains", strains(c)},
             {"elsewhere", json(c.elsewhere)}};
 }
 

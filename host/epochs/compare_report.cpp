@@ -24,15 +24,13 @@ std::string section(const std::string &title, const TextTable &table)
     return table.empty() ? "" : "\n" + underlined(title, '-') + table.text();
 }
 
-std::string probability(double p) { return p < 0.0001 ? "<0.0001" : decimal(p, 4); }
-
 std::string freedom(double f) { return std::isinf(f) ? "infinite" : decimal(f, 0); }
 
 // "4.21, limit 2.13 (F of 8 and 24), p 0.0023"
 std::string words_of(const FisherTest &t)
 {
     return decimal(t.value, 2) + ", limit " + decimal(t.limit, 2) + " (F of " + std::to_string(t.h) + " and " +
-           freedom(t.f) + "), p " + probability(t.p);
+           freedom(t.f) + "), p " + probability_text(t.p);
 }
 
 std::string level_text(double level) { return decimal(100.0 * level, level < 0.001 ? 3 : level < 0.01 ? 2 : 1) + " %"; }
@@ -141,7 +139,7 @@ std::string Report::departures() const
     for (size_t i = 0; i < c.departures.size(); i++) {
         const Departure &d = c.departures[i];
         table.add({std::to_string(i + 1), d.point, decimal(d.before.value, 2), decimal(d.before.limit, 2),
-                   probability(d.before.p)});
+                   probability_text(d.before.p)});
     }
     std::string again;
     for (const std::string &name : c.taken_again) again += (again.empty() ? "" : ", ") + name;
@@ -177,7 +175,7 @@ std::string Report::shifts_of(size_t epoch) const
         cells.push_back(s.ellipse ? units.bearing(s.ellipse->bearing) : "");
         cells.push_back(s.test.made() ? decimal(s.test.value, 2) : "");
         cells.push_back(s.test.made() ? decimal(s.test.limit, 2) : "");
-        cells.push_back(s.test.made() ? probability(s.test.p) : "");
+        cells.push_back(s.test.made() ? probability_text(s.test.p) : "");
         cells.push_back(!s.test.made() || s.test.passed() ? "" : "*");
         table.add(cells);
     }
@@ -210,7 +208,7 @@ std::string Report::velocities() const
         for (const auto &x : p.velocity->by) cells.push_back(small(x));
         for (const auto &x : p.velocity->deviation) cells.push_back(small(x));
         for (const FisherTest *t : {&p.velocity->moving, &p.velocity->steady})
-            for (const std::string &cell : {decimal(t->value, 2), decimal(t->limit, 2), probability(t->p)})
+            for (const std::string &cell : {decimal(t->value, 2), decimal(t->limit, 2), probability_text(t->p)})
                 cells.push_back(t->made() ? cell : "");
         table.add(cells);
     }
@@ -224,22 +222,13 @@ std::string Report::strain(const Strain &s) const
     const auto ppm = [](const StrainValue &v) {
         return std::vector<std::string>{decimal(1e6 * v.value, 2), decimal(1e6 * v.deviation, 2)};
     };
+    const auto bearing = [&](const std::string &what) {
+        if (s.dimension != 2 || what.compare(0, 10, "extension ") != 0) return std::string();
+        const double turned = what == "extension 2" ? 2.0 * std::atan(1.0) : 0.0;
+        return ", bearing " + units.bearing(s.bearing + turned) + " " + units.angle_name();
+    };
     TextTable table({{"", "", Align::left}, {"value", "ppm"}, {"standard deviation", "ppm"}});
-    const auto add = [&](const std::string &what, const StrainValue &v) { table.add({what, ppm(v)[0], ppm(v)[1]}); };
-    static const char *const plane[] = {"exx", "eyy", "exy"}, *const space[] = {"exx", "eyy", "ezz",
-                                                                                "exy", "exz", "eyz"};
-    if (s.mean) add("mean extension", *s.mean);
-    for (size_t i = 0; i < s.elements.size(); i++) add((s.dimension == 2 ? plane : space)[i], s.elements[i]);
-    for (size_t i = 0; i < s.principal.size(); i++)
-        add("extension " + std::to_string(i + 1) +
-                (s.dimension == 2 ? ", bearing " + units.bearing(s.bearing + (i == 1 ? 2.0 * std::atan(1.0) : 0.0)) +
-                                        " " + units.angle_name()
-                                  : ""),
-            s.principal[i]);
-    add("largest shear", s.shear);
-    static const char *const turns[] = {"turn from y to z", "turn from z to x", "turn from x to y"};
-    for (size_t i = 0; i < s.turns.size(); i++)
-        if (s.turns[i]) add(turns[s.dimension == 2 ? 2 : i], *s.turns[i]);
+    for (const auto &[what, v] : named_values(s)) table.add({what + bearing(what), ppm(v)[0], ppm(v)[1]});
     std::string text = table.text();
     if (!s.mean) text += "The scale is open: extensions are those beside the mean one, which nothing tells.\n";
     text += "Did the group keep its shape? " + words_of(s.strained) + ": " +
@@ -295,6 +284,23 @@ std::string compare_verdict(const Comparison &c)
     }
     return std::to_string(count) + " of " + std::to_string(c.points.size()) +
            (c.control ? " control points do not fit" : " points moved") + level + ": " + names;
+}
+
+std::vector<std::pair<std::string, StrainValue>> named_values(const Strain &s)
+{
+    static const char *const plane[] = {"exx", "eyy", "exy"}, *const space[] = {"exx", "eyy", "ezz",
+                                                                                "exy", "exz", "eyz"};
+    static const char *const turns[] = {"turn from y to z", "turn from z to x", "turn from x to y"};
+    std::vector<std::pair<std::string, StrainValue>> all;
+    if (s.mean) all.emplace_back("mean extension", *s.mean);
+    for (size_t i = 0; i < s.elements.size(); i++)
+        all.emplace_back((s.dimension == 2 ? plane : space)[i], s.elements[i]);
+    for (size_t i = 0; i < s.principal.size(); i++)
+        all.emplace_back("extension " + std::to_string(i + 1), s.principal[i]);
+    all.emplace_back("largest shear", s.shear);
+    for (size_t i = 0; i < s.turns.size(); i++)
+        if (s.turns[i]) all.emplace_back(turns[s.dimension == 2 ? 2 : i], *s.turns[i]);
+    return all;
 }
 
 std::string compare_report(const Comparison &comparison, const std::string &date)

@@ -33,8 +33,6 @@ std::string underlined(const std::string &title, char line)
     return title + "\n" + std::string(title.size(), line) + "\n";
 }
 
-std::string probability(double p) { return p < 0.0001 ? "<0.0001" : decimal(p, 4); }
-
 // As many decimals as a standard deviation of two digits wants; 4 without one.
 int decimals_for(double deviation)
 {
@@ -108,7 +106,7 @@ std::string Report::tests() const
     text += ", sigma a posteriori " + decimal(std::sqrt(t.fit.squares / t.fit.redundancy), t.weighted ? 4 : 6) + "\n";
     if (t.agreement.made())
         text += "Do the lists agree within their standard deviations? " + decimal(t.agreement.value, 2) + ", limit " +
-                decimal(t.agreement.limit, 2) + ", p " + probability(t.agreement.p) +
+                decimal(t.agreement.limit, 2) + ", p " + probability_text(t.agreement.p) +
                 (t.agreement.passed() ? ". Nothing speaks against it.\n" : ". No.\n");
     const FittedPoint *worst = nullptr;
     for (const FittedPoint &p : t.points)
@@ -139,7 +137,7 @@ std::string Report::points() const
         const bool made = p.test.made();
         cells.push_back(made ? decimal(p.test.value, 2) : "");
         cells.push_back(made ? decimal(p.test.limit, 2) : "");
-        cells.push_back(made ? probability(p.test.p) : "");
+        cells.push_back(made ? probability_text(p.test.p) : "");
         cells.push_back(!made || p.test.passed() ? "" : "*");
         table.add(cells);
     }

@@ -58,10 +58,10 @@ bool import_dna_columns(const std::string &path, const std::string &geoid, Draft
 {
     DnaNetwork network;
     TextFile measures, other;
-    if (!measures.read(path, Source(), faults)) return false;
+    if (!measures.read_foreign(path, faults)) return false;
     const std::string stations = stations_beside(path, ".msr", ".stn");
     read_dna_columns(measures, network, faults);
-    if (!stations.empty() && other.read(stations, Source(), faults)) {
+    if (!stations.empty() && other.read_foreign(stations, faults)) {
         const std::string frame = network.frame, epoch = network.epoch;
         read_dna_columns(other, network, faults);
         if (!frame.empty()) network.frame = frame, network.epoch = epoch;

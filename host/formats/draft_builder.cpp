@@ -88,8 +88,8 @@ void DraftBuilder::add(DraftKind kind, DraftRow row, size_t values)
         if (name->empty()) continue;
         point(*name, row.where);
         Reach &reach = reached[index[*name]];
-        reach.plan = reach.plan || plan;
-        reach.height = reach.height || height;
+        reach.plan = reach.plan || (plan && row.use);
+        reach.height = reach.height || (height && row.use);
     }
     if (!by_axis(kind) && kind != DraftKind::height_difference)
         point(kind == DraftKind::angle ? row.at : row.from, row.where).station = true;

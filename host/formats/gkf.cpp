@@ -6,6 +6,7 @@
 #include "host/formats/gkf_cluster.h"
 #include "host/formats/gkf_misclosures.h"
 #include "host/formats/gkf_tag.h"
+#include "host/formats/gkf_undetermined.h"
 #include "host/formats/gkf_usage.h"
 #include "host/formats/number_text.h"
 #include "host/input/number.h"
@@ -39,6 +40,7 @@ public:
         find_units();
         settle_dimension();
         if (!faults.empty()) return false;
+        leave_out_undetermined(lists, context);
         count_setups();
         for (const XmlElement *list : lists) read_clusters(*list);
         if (!faults.empty()) return false;

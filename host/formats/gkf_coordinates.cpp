@@ -14,7 +14,9 @@ namespace {
 std::string inactive(const GkfContext &context, const std::string &id, int axis)
 {
     const std::string name = "point " + quote(id);
-    if (!context.points.find(id)) return name + " is not declared; add it with fix or adj";
+    const GkfPoint *point = context.points.find(id);
+    if (!point) return name + " is not declared; add it with fix or adj";
+    if (axis != 2 && point->undetermined) return name + " is left out";
     const bool active = axis == 2 ? context.points.z_active(id) : context.points.xy_active(id);
     return active ? ""
                   : name + (axis == 2 ? " has no fix or adj for z; write one" : " has no fix or adj for xy; write one");

@@ -260,6 +260,7 @@ private:
         if (!point) return name + " is not declared; add it with fix or adj";
         const bool z_counts = kind == ObsKind::slope_distance || kind == ObsKind::zenith_angle;
         const bool xy_known = kind == ObsKind::zenith_angle && point->x;
+        if (point->undetermined && !xy_known) return name + " is left out";
         if (!xy_known && !context.points.xy_active(id)) return name + " has no fix or adj for xy; write one";
         if (z_counts && !context.points.z_active(id)) return name + " has no fix or adj for z; write one";
         return std::string();

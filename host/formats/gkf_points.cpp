@@ -82,6 +82,13 @@ void GkfPoints::check(Faults &faults) const
     }
 }
 
+void GkfPoints::leave_out_plan(const std::string &id)
+{
+    GkfPoint &point = points[index.at(id)];
+    point.xy_state = GkfState::none;
+    point.undetermined = true;
+}
+
 const GkfPoint *GkfPoints::find(const std::string &id) const
 {
     const auto found = index.find(id);

@@ -19,6 +19,7 @@ struct GkfPoint {
     std::string id;
     std::optional<double> x, y, z; // metres, in the axes of the file
     GkfState xy_state = GkfState::none, z_state = GkfState::none;
+    bool undetermined = false;                      // x and y were taken out: too little tells them
     Source where;                                   // of its first element
     Source fixed_xy = Source(), fixed_z = Source(); // of the words that hold it
 };
@@ -30,6 +31,9 @@ public:
 
     // Points that are fixed need a value.
     void check(Faults &faults) const;
+
+    // x and y of a point that is there take no part.
+    void leave_out_plan(const std::string &id);
 
     const GkfPoint *find(const std::string &id) const;
     bool xy_active(const std::string &id) const;

@@ -64,6 +64,7 @@ public:
         write_vectors();
         write_coordinates();
         for (const DraftCovariance &group : draft.covariances) write_group(active_part(draft, group));
+        repeat_observed_points();
         line("</points-observations>");
         line("</network>");
         line("</gama-local>");
@@ -103,6 +104,15 @@ private:
         refuse(point.where, "x and y of point " + quote(point.name) + " have codes that stand together nowhere there",
                "give both the same");
         return x;
+    }
+
+    // Observed coordinates become those of their point there, unless others come behind them.
+    void repeat_observed_points()
+    {
+        std::set<std::string> observed;
+        for (const DraftRow &row : draft.of(DraftKind::coordinates)) observed.insert(row.from);
+        for (const DraftPoint &point : draft.points)
+            if (observed.count(point.name) > 0) write_point(point);
     }
 
     void write_point(const DraftPoint &point)

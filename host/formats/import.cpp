@@ -66,7 +66,7 @@ bool import_xml(Format format, const std::string &path, const std::string &geoid
 bool import_lines(Format format, const std::string &path, Draft &draft, Faults &faults)
 {
     TextFile file;
-    if (!file.read(path, Source(), faults)) return false;
+    if (!file.read_foreign(path, faults)) return false;
     return format == Format::sinex ? read_sinex(file, draft, faults) : read_lines(file, draft, faults);
 }
 
@@ -184,14 +184,14 @@ bool import_text(const std::string &path, const ImportOptions &options, MadeText
 }
 
 bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,
-                      const ImportOptions &options)
+                      const ImportOptions &options, Mode usual)
 {
     const std::optional<Format> format = options.format ? options.format : recognise_file(path);
     if (!format && options.given) {
         unknown_format(path, faults);
         return false;
     }
-    if (!format) return read_network(path, model, faults);
+    if (!format) return read_network(path, model, faults, usual);
     MadeText made;
     return import_text(path, options, made, notes, faults) && read_network_text(path, std::move(made), model, faults);
 }

@@ -26,7 +26,7 @@ bool import_text(const std::string &path, const ImportOptions &options, MadeText
 // Reads a network file, or a file of another program as the network file that would be made of it. The lines of notes
 // say what was left out or assumed then.
 bool read_any_network(const std::string &path, Model &model, std::vector<std::string> &notes, Faults &faults,
-                      const ImportOptions &options = ImportOptions());
+                      const ImportOptions &options = ImportOptions(), Mode usual = Mode::Statistics);
 
 } // namespace vornhost
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -179,6 +181,44 @@ private:
     Faults &faults;
 };
 
+// Walks over a text and tells how far it came.
+struct Walker {
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char *;
+    using reference = const char &;
+
+    const char *at = nullptr;
+    const char **reached = nullptr;
+
+    reference operator*() const { return *at; }
+    Walker &operator++()
+    {
+        *reached = ++at;
+        return *this;
+    }
+    bool operator==(const Walker &other) const { return at == other.at; }
+    bool operator!=(const Walker &other) const { return at != other.at; }
+};
+
+// Of two values under one key only the last would count: a fault for each key that comes again in its object.
+Json parse(const TextFile &file, Faults &faults)
+{
+    const char *const begin = file.text().data(), *reached = begin;
+    std::vector<std::set<std::string>> keys; // of the objects that are open
+    const auto look = [&](int, Json::parse_event_t event, const Json &parsed) {
+        if (event == Json::parse_event_t::object_start) keys.emplace_back();
+        if (event == Json::parse_event_t::object_end) keys.pop_back();
+        if (event != Json::parse_event_t::key || keys.back().insert(parsed.get<std::string>()).second) return true;
+        const size_t length = parsed.dump().size(), behind = (size_t)(reached - begin);
+        faults.add(file.place(behind > length ? behind - length : 0),
+                   "the key " + quote(parsed.get<std::string>()) + " comes twice in one object", "keep one of them");
+        return true;
+    };
+    return Json::parse(Walker{begin, &reached}, Walker{begin + file.text().size(), &reached}, look);
+}
+
 } // namespace
 
 bool read_network_json(const std::string &path, MadeText &made, Faults &faults)
@@ -186,7 +226,8 @@ bool read_network_json(const std::string &path, MadeText &made, Faults &faults)
     TextFile file;
     if (!file.read(path, Source(), faults)) return false;
     try {
-        return NetworkOfJson(path, made, faults).make(Json::parse(file.text()));
+        const Json root = parse(file, faults);
+        return faults.empty() && NetworkOfJson(path, made, faults).make(root);
     } catch (const Json::parse_error &error) {
         const size_t at = error.byte > 0 ? error.byte - 1 : 0;
         faults.add(file.place(std::min(at, file.text().size())), "not JSON", "correct it here or just before");

@@ -12,6 +12,7 @@
 #include "host/formats/lines_options.h"
 #include "host/formats/lines_text.h"
 #include "host/formats/number_text.h"
+#include "host/input/utf8.h"
 
 namespace vornhost {
 
@@ -156,6 +157,15 @@ private:
         said_layout = true;
     }
 
+    // It counts where no standard deviation stands behind it.
+    void assume_length(const CodedLine &line)
+    {
+        if (!said_length)
+            builder.note(line.at,
+                         "the third item of L is taken for the length of the line, not for a number of set-ups");
+        said_length = true;
+    }
+
     void read_line(const CodedLine &line)
     {
         if (options.ended || (options.skipping && line.code[0] != '.')) {
@@ -281,6 +291,9 @@ private:
         items.end();
         if (!items.good()) return;
         DraftPoint &point = builder.point(name, line.at);
+        if (point.value[0])
+            builder.note(line.at, "point " + quote(name) + " has coordinates in line " +
+                                      std::to_string(point.where.line) + " too: these go before them");
         point.where = line.at;
         const size_t north = options.east_first ? 1 : 0;
         set_coordinate(point, 0, value[north], sigmas[north]);
@@ -472,6 +485,7 @@ private:
         if (items.left() > 0 && items.item(0).text != "!" && items.item(0).text != "*" && items.item(0).text != "&") {
             const double way = items.number();
             if (items.good() && way > 0.0) row.length = length(way);
+            assume_length(line);
         }
         const std::vector<LineSigma> sigmas = items.sigmas(1);
         items.end();
@@ -712,7 +726,7 @@ private:
     Survey found;
     LineOptions options;
     bool one_length = true; // lengths stay in the unit of the text
-    bool said_units = false, said_layout = false;
+    bool said_units = false, said_layout = false, said_length = false;
     size_t fixed_values = 0;
     bool set_open = false;
     Source set_at;
@@ -731,7 +745,7 @@ bool looks_like_lines(std::string_view beginning)
     static const std::set<std::string> pairs = {"A", "D", "V", "DV", "B", "M", "BM", "L", "G1"};
     TextFile file;
     Faults unheard;
-    if (!file.take("", beginning, unheard)) return false;
+    if (!file.take("", utf8_text(beginning), unheard)) return false;
     size_t lines = 0;
     for (const CodedLine &line : coded_lines(file)) {
         if (options.count(line.code) > 0) return true;

@@ -61,6 +61,8 @@ private:
             take_sight(line);
         else if (line.find_any({"Y", "X", "Z", "E_", "N_", "Z_", "E", "N"}))
             take_coordinates(line);
+        else if (code(line) == "S") // a station whose coordinates nobody knew
+            open_station(line, name(line));
         else
             account.leave_out(line.at, "a line without readings or coordinates");
     }

@@ -42,7 +42,6 @@ std::string_view behind_doctype(std::string_view text)
 // Name of the first element of an XML text, empty when there is none.
 std::string_view root_name(std::string_view text)
 {
-    if (begins(text, "\xEF\xBB\xBF")) text.remove_prefix(3);
     for (text = without_blanks(text); !text.empty(); text = without_blanks(text)) {
         if (begins(text, "<?"))
             text = behind(text, "?>");
@@ -61,7 +60,6 @@ std::string_view root_name(std::string_view text)
 // The first line that is not blank, without the marks of a serial transfer.
 std::string_view first_line(std::string_view text)
 {
-    if (begins(text, "\xEF\xBB\xBF")) text.remove_prefix(3);
     const size_t at = text.find_first_not_of(" \t\r\n\x02\x03");
     if (at == std::string_view::npos) return std::string_view();
     const size_t line = text.find_last_of("\r\n\x02", at) + 1; // blanks before it count
@@ -100,6 +98,7 @@ const std::vector<FormatWord> &importable_formats()
 
 std::optional<Format> recognise(std::string_view beginning)
 {
+    if (begins(beginning, "\xEF\xBB\xBF")) beginning.remove_prefix(3);
     const std::string_view root = root_name(beginning);
     if (root == "gama-local" || root == "gama-xml") return Format::gkf;
     if (root == "gama-local-adjustment") return Format::gama_results;

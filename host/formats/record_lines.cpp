@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "host/input/file_pieces.h"
-#include "host/input/utf8.h"
 
 namespace vornhost {
 
@@ -50,14 +49,6 @@ std::string_view trimmed(std::string_view text)
 std::string_view columns(std::string_view line, size_t first, size_t last)
 {
     return first > line.size() ? std::string_view() : trimmed(line.substr(first - 1, last - first + 1));
-}
-
-std::string utf8_text(std::string_view bytes)
-{
-    if (utf8_check(bytes) == bytes.size()) return std::string(bytes);
-    std::string text;
-    for (const char c : bytes) utf8_append(text, (unsigned char)c);
-    return text;
 }
 
 std::string point_name(std::string_view bytes, Source at, Faults &faults)

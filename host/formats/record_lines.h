@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/input/faults.h"
+#include "host/input/utf8.h"
 
 namespace vornhost {
 
@@ -41,9 +42,6 @@ std::string_view trimmed(std::string_view text);
 
 // Places first to last of a line, counted from 1, as far as there are any; without blanks at the ends.
 std::string_view columns(std::string_view line, size_t first, size_t last);
-
-// A text as UTF-8: bytes that are not are taken for Latin-1, so that different names stay different.
-std::string utf8_text(std::string_view bytes);
 
 // A name of a point; a fault where it is none.
 std::string point_name(std::string_view bytes, Source at, Faults &faults);

@@ -26,13 +26,14 @@ enum {
     LEVEL
 };
 
-const std::vector<Column> two_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},
-                                         {"use"},        {"id"},       {"remark"},      {"covariance"}};
-const std::vector<Column> distance_columns = {{"from", true}, {"to", true},  {"value", true}, {"sigma"},
-                                              {"use"},        {"id"},        {"remark"},      {"covariance"},
-                                              {"setup"},      {"constants"}, {"level"}};
-const std::vector<Column> angle_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},    {"use"},
-                                           {"id"},         {"remark"},   {"covariance"},  {"at", true}, {"setup"}};
+const std::vector<Column> two_columns = {{"from", true}, {"to", true}, {"value", true, true}, {"sigma"}, {"use"},
+                                         {"id"},         {"remark"},   {"covariance"}};
+const std::vector<Column> distance_columns = {
+    {"from", true}, {"to", true}, {"value", true, true}, {"sigma"}, {"use"}, {"id"}, {"remark"},
+    {"covariance"}, {"setup"},    {"constants"},         {"level"}};
+const std::vector<Column> angle_columns = {
+    {"from", true}, {"to", true}, {"value", true, true}, {"sigma"},    {"use"},
+    {"id"},         {"remark"},   {"covariance"},        {"at", true}, {"setup"}};
 
 struct SightTable {
     TableId id;
@@ -207,7 +208,7 @@ void read_field_kinds(Network &net)
     for (const SightTable &sights : tables) {
         Table *table = net.tables[sights.id].get();
         if (!table) continue;
-        table->parse(sights.columns, net.faults);
+        net.parse(*table, sights.columns);
         for (size_t i = 0; i < table->rows(); i++) {
             Row row(*table, i, net.faults);
             if (table->whole(i)) read_sight(net, row, sights);

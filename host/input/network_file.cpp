@@ -310,7 +310,8 @@ void NetworkReader::read_run(const toml::table &root)
     if (!run.find("dimension")) faults.add(run.place(), "dimension is missing in [run]", "write dimension = 1, 2 or 3");
     p.dim = run.whole("dimension", 0, 1, 3);
     net.model.solver = (Solver)run.word("solver", (int)Solver::Sparse, solvers);
-    net.model.mode = (Mode)run.word("mode", (int)Mode::Statistics, modes);
+    const Mode usual = net.model.solver == Solver::Simplex ? Mode::Statistics : net.model.mode;
+    net.model.mode = (Mode)run.word("mode", (int)usual, modes);
     p.itmax = run.whole("iterations", 20, 1, 1000);
     if (run.find("iterations")) net.model.steps = p.itmax;
     p.convergence = run.number("convergence", 1e-6, above_zero, "above 0");
@@ -913,12 +914,14 @@ std::string settings_of(const TextFile &file)
 
 using TakeTable = std::function<void(const Table &)>;
 
-// Reads the network out of its text, which is in memory. Where there is one, `take` gets the tables.
+// Reads the network out of its text, which is in memory. The mode of the model is the usual one. Where there is one,
+// `take` gets the tables.
 bool read_text(const std::string &path, const TextFile &file, Model &model, Faults &faults,
                const TakeTable &take = TakeTable())
 {
     if (!check_depth(file, faults)) return false;
     Model network;
+    network.mode = model.mode;
     network.path = path;
     network.p.imixed = -1;
     copy_text(network.p.filename, sizeof network.p.filename, run_name(path));
@@ -942,17 +945,19 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
 
 } // namespace
 
-bool read_network(const std::string &path, Model &model, Faults &faults)
+bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual)
 {
     model = Model();
+    model.mode = usual;
     faults = Faults();
     TextFile file;
     return file.read(path, Source(), faults) && read_text(path, file, model, faults);
 }
 
-bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults)
+bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults, Mode usual)
 {
     model = Model();
+    model.mode = usual;
     faults = Faults();
     TextFile file;
     return file.take(name, text, faults) && read_text(name, file, model, faults);

@@ -19,12 +19,13 @@ namespace vornhost {
 //
 // The project is complete but for pfeedback and out. Paths of image files and of the
 // connected net are absolute, so that a run may work in another folder. Codes of what
-// the dimension excludes are CODE_ABSENT.
-bool read_network(const std::string &path, Model &model, Faults &faults);
+// the dimension excludes are CODE_ABSENT. A file that names no mode has the usual one.
+bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual = Mode::Statistics);
 
 // The same for the text of a network file that goes by that name. Files that it names are looked for in the folder of
 // the name, which need not exist itself.
-bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults);
+bool read_network_text(const std::string &name, std::string_view text, Model &model, Faults &faults,
+                       Mode usual = Mode::Statistics);
 
 // A text that was made of something else: of the file of another program, of arrays.
 struct MadeText {

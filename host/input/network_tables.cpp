@@ -44,6 +44,11 @@ bool Network::planned(Source at)
     return true;
 }
 
+void Network::parse(Table &table, const std::vector<Column> &columns)
+{
+    table.parse(columns, faults, model.mode == Mode::Propagation);
+}
+
 bool Network::has_dimension(int coordinate) const
 {
     switch (model.p.dim) {
@@ -58,7 +63,7 @@ void read_rows(Network &net, TableId id, const std::vector<Column> &columns, voi
 {
     Table *table = net.tables[id].get();
     if (!table) return;
-    table->parse(columns, net.faults);
+    net.parse(*table, columns);
     for (size_t i = 0; i < table->rows(); i++) {
         Row row(*table, i, net.faults);
         if (table->whole(i)) read(net, row);
@@ -69,7 +74,7 @@ void enter_rows(Network &net, TableId id, const std::vector<Column> &columns, vo
 {
     Table *table = net.tables[id].get();
     if (!table) return;
-    table->parse(columns, net.faults);
+    net.parse(*table, columns);
     for (size_t i = 0; i < table->rows(); i++) {
         Row row(*table, i, net.faults);
         enter(net, row);

@@ -86,6 +86,8 @@ struct Network {
     // Whether a value may be unknown: in a plan, which the model then remembers.
     bool planned(Source at);
 
+    void parse(Table &table, const std::vector<Column> &columns); // what a plan may leave out is not missed there
+
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
 

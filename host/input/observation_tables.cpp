@@ -38,9 +38,9 @@ enum {
     SETUPS
 };
 
-const std::vector<Column> measure_columns = {{"from", true}, {"to", true}, {"value", true}, {"sigma"},
-                                             {"h1"},         {"h2"},       {"epoch"},       {"use"},
-                                             {"id"},         {"remark"},   {"covariance"}};
+const std::vector<Column> measure_columns = {
+    {"from", true}, {"to", true}, {"value", true, true}, {"sigma"}, {"h1"}, {"h2"}, {"epoch"}, {"use"},
+    {"id"},         {"remark"},   {"covariance"}};
 
 std::vector<Column> with(std::vector<Column> columns, std::initializer_list<const char *> more)
 {
@@ -256,7 +256,7 @@ void read_list(Network &net, const ListKind &list)
 {
     Table *table = net.tables[list.id].get();
     if (!table) return;
-    table->parse(columns_of(list.kind), net.faults);
+    net.parse(*table, columns_of(list.kind));
     if (table->rows() > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && !says_sigma(net, list, *table))
         net.faults.add(table->heading_place(), "sigma is not known in table " + table->name(),
                        "add a column sigma or write [sigma] " + table->name());
@@ -285,18 +285,28 @@ enum {
 };
 
 const std::vector<Column> baseline_columns = {
-    {"from", true}, {"to", true}, {"dx", true}, {"dy", true},     {"dz", true},      {"cxx"}, {"cxy"},
-    {"cxz"},        {"cyy"},      {"cyz"},      {"czz"},          {"use"},           {"id"},  {"remark"},
-    {"covariance"}, {"h1"},       {"h2"},       {"sigma_factor"}, {"transformation"}};
+    {"from", true},    {"to", true}, {"dx"},  {"dy"}, {"dz"},     {"cxx"},        {"cxy"}, {"cxz"}, {"cyy"},
+    {"cyz"},           {"czz"},      {"use"}, {"id"}, {"remark"}, {"covariance"}, {"h1"},  {"h2"},  {"sigma_factor"},
+    {"transformation"}};
 
 constexpr bool is_variance(int element) { return element == 0 || element == 3 || element == 5; }
 
+// Whether a network takes this component of a baseline: that of its dimension, all of geocentric ones.
+bool takes_part(const Network &net, int component)
+{
+    const Crs &crs = net.model.crs;
+    return (crs.given() && !crs.local()) || net.has_dimension(component);
+}
+
+constexpr int variances[] = {CXX, CYY, CZZ}; // of the components
+
 // The covariance must have positive variances and correlations within -1 and 1.
-void check_covariance(Row &row, const double *c)
+void check_covariance(const Network &net, Row &row, const double *c)
 {
     bool positive = true;
-    for (const int column : {CXX, CYY, CZZ}) {
-        if (row.given(column) && c[column - CXX] > 0.0) continue;
+    for (int i = 0; i < 3; i++) {
+        const int column = variances[i];
+        if (row.given(column) ? c[column - CXX] > 0.0 : !takes_part(net, i)) continue;
         positive = false;
         if (row.given(column))
             row.fault(column, "variance " + row.cell(column) + " is not above 0", "write a number above 0");
@@ -312,15 +322,19 @@ void read_own_covariance(Network &net, Row &row, gps_input &g)
 {
     const double factor = row.positive(BASELINE_FACTOR, net.stated.baseline_factor), unit = factor * net.sigma_metres;
     double covariance[6];
-    for (int i = 0; i < 6; i++) {
-        if (is_variance(i) && !row.has_cell(CXX + i) && row.has_cell(BASELINE_COVARIANCE))
+    for (int i = 0; i < 3; i++) {
+        const int column = variances[i];
+        if (row.given(column) || !takes_part(net, i)) continue;
+        if (!row.has_cell(column) && row.has_cell(BASELINE_COVARIANCE))
             row.fault(BASELINE_COVARIANCE, "the row has neither variances nor covariance", "write one of the two");
-        else if (is_variance(i) && !row.given(CXX + i))
-            row.missing(CXX + i, "write a number above 0");
+        else
+            row.missing(column, "write a number above 0");
+    }
+    for (int i = 0; i < 6; i++) {
         covariance[i] = row.length(CXX + i, is_variance(i) ? 1.0 : 0.0);
         g.cov[i] = covariance[i] * unit * unit;
     }
-    check_covariance(row, covariance);
+    check_covariance(net, row, covariance);
 }
 
 // Heights of the antennas above the marks, metres.
@@ -339,7 +353,8 @@ void read_baseline(Network &net, Row &row)
     hold_name(g.from, net.model.keys, row.name(FROM));
     hold_name(g.to, net.model.keys, row.name(TO));
     for (int i = 0; i < 3; i++) {
-        if (!row.given(DX + i) && !net.planned(row.at(DX + i))) row.missing(DX + i, "write a number");
+        if (!row.given(DX + i) && takes_part(net, i) && !net.planned(row.at(DX + i)))
+            row.missing(DX + i, "write a number");
         g.dx[i] = row.length(DX + i, 0.0) * net.metres;
     }
     List<gps_input> &list = net.model.baselines;
@@ -355,16 +370,22 @@ void read_baseline(Network &net, Row &row)
     list.add(g, row.at());
 }
 
-// Without a covariance that several share, each baseline needs its variances.
-void require_variances(Network &net)
+// The columns of the components that the network takes, and of their variances where no covariance is shared.
+void require_components(Network &net)
 {
     const Table *table = net.tables[TABLE_BASELINES].get();
-    if (!table || table->has(BASELINE_COVARIANCE)) return;
-    for (const int column : {CXX, CYY, CZZ})
+    if (!table) return;
+    const auto require = [&](int column) {
         if (!table->has(column))
             net.faults.add(table->heading_place(),
                            std::string("column ") + table->column_name(column) + " is missing in table baselines",
                            "add it to the heading");
+    };
+    for (int i = 0; i < 3; i++) {
+        if (!takes_part(net, i)) continue;
+        if (net.model.mode != Mode::Propagation) require(DX + i);
+        if (!table->has(BASELINE_COVARIANCE)) require(variances[i]);
+    }
 }
 
 const std::vector<Column> pair_columns = {{"from", true}, {"to", true}};
@@ -397,7 +418,7 @@ void read_measures(Network &net)
 void read_baselines(Network &net)
 {
     read_rows(net, TABLE_BASELINES, baseline_columns, read_baseline);
-    require_variances(net);
+    require_components(net);
 }
 
 void read_pairs(Network &net) { read_rows(net, TABLE_PAIRS, pair_columns, read_pair); }

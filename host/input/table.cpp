@@ -94,7 +94,7 @@ Table::Table(std::string name, Passage text, Layout how, Source at, CsvForm csv)
 {
 }
 
-void Table::parse(const std::vector<Column> &columns, Faults &faults)
+void Table::parse(const std::vector<Column> &columns, Faults &faults, bool plan)
 {
     if (known) return;
     known = &columns;
@@ -106,7 +106,7 @@ void Table::parse(const std::vector<Column> &columns, Faults &faults)
         line.clear();
         read_line({text.substr(at, line_end - at), at}, line, faults);
         if (!line.empty() && width == 0)
-            read_heading(line, faults);
+            read_heading(line, plan, faults);
         else if (!line.empty())
             add_row(line, faults);
         at = line_end + 1;
@@ -271,7 +271,7 @@ void Table::unknown_column(const Cell &cell, Faults &faults) const
     faults.add(at, "unknown column " + quote(cell.text) + " in table " + label, remedy);
 }
 
-void Table::read_heading(const std::vector<Cell> &heading, Faults &faults)
+void Table::read_heading(const std::vector<Cell> &heading, bool plan, Faults &faults)
 {
     width = heading.size();
     heading_offset = heading[0].offset;
@@ -289,16 +289,17 @@ void Table::read_heading(const std::vector<Cell> &heading, Faults &faults)
         }
     }
     check_headings(heading, faults);
-    require_columns(faults);
+    require_columns(plan, faults);
 }
 
-void Table::require_columns(Faults &faults) const
+void Table::require_columns(bool plan, Faults &faults) const
 {
     for (size_t i = 0; i < known->size(); i++) {
         const Column &column = (*known)[i];
-        if (!column.required || position[i] >= 0) continue;
+        if (!column.required || position[i] >= 0 || (column.open && plan)) continue;
         faults.add(heading_place(), "column " + std::string(column.name) + " is missing in table " + label,
-                   "add it to the heading");
+                   column.open ? "add it to the heading; only a plan (mode = \"propagation\") needs no values"
+                               : "add it to the heading");
     }
 }
 

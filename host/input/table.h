@@ -58,6 +58,7 @@ struct CsvForm {
 struct Column {
     const char *name;
     bool required = false;
+    bool open = false; // it may be missing in a plan, whose observations need no values
 };
 
 struct Cell {
@@ -73,8 +74,8 @@ public:
     Table(const Table &) = delete;
     Table &operator=(const Table &) = delete;
 
-    // Cuts the passage into cells; a second call does nothing. The list must outlive the table.
-    void parse(const std::vector<Column> &columns, Faults &faults);
+    // Cuts the passage into cells, of a plan or not; a second call does nothing. The list must outlive the table.
+    void parse(const std::vector<Column> &columns, Faults &faults, bool plan = false);
 
     const std::string &name() const { return label; }
     char decimal() const { return form.decimal; } // mark of decimals
@@ -106,14 +107,14 @@ private:
     void cut_at_separators(Line line, std::vector<Cell> &out, Faults &faults);
     size_t quoted_cell(Line line, size_t at, std::vector<Cell> &out, Faults &faults);
     void stray_text(Line line, size_t from, size_t to, Faults &faults) const;
-    void read_heading(const std::vector<Cell> &heading, Faults &faults);
+    void read_heading(const std::vector<Cell> &heading, bool plan, Faults &faults);
     int find_column(std::string_view name) const;
     int column_of(std::string_view heading) const;
     void check_headings(const std::vector<Cell> &heading, Faults &faults) const;
     std::vector<std::string> column_names() const;
     bool is_filling(char c) const;
     void unknown_column(const Cell &cell, Faults &faults) const;
-    void require_columns(Faults &faults) const;
+    void require_columns(bool plan, Faults &faults) const;
     void add_row(const std::vector<Cell> &row, Faults &faults);
 
     std::string label;

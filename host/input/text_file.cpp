@@ -30,6 +30,12 @@ bool TextFile::read(const std::string &path, Source asked, Faults &faults, size_
     return loaded && check_encoding(faults);
 }
 
+bool TextFile::read_foreign(const std::string &path, Faults &faults)
+{
+    foreign = true;
+    return read(path, Source(), faults);
+}
+
 bool TextFile::take(const std::string &name, std::string_view text, Faults &faults)
 {
     index = faults.add_file(name);
@@ -84,6 +90,11 @@ bool TextFile::check_encoding(Faults &faults)
 {
     const size_t bad = utf8_check(bytes);
     if (bad == bytes.size()) return true;
+    if (foreign) {
+        bytes = utf8_text(bytes);
+        find_lines();
+        return true;
+    }
     char byte[8];
     snprintf(byte, sizeof byte, "%02X", (unsigned char)bytes[bad]);
     faults.add(place(bad), std::string("byte ") + byte + " is not UTF-8", "save the file as UTF-8");

@@ -24,7 +24,10 @@ public:
     // fault.
     bool read(const std::string &path, Source asked, Faults &faults, size_t largest = largest_file);
 
-    // The same for a text that is there already and goes by that name.
+    // The same for a file of another program: a text that is not UTF-8 is taken for Latin-1.
+    bool read_foreign(const std::string &path, Faults &faults);
+
+    // The same as read() for a text that is there already and goes by that name.
     bool take(const std::string &name, std::string_view text, Faults &faults);
 
     // Says that the text was made of another file, in which line i + 1 stands at its_origins[i]: places are those
@@ -52,6 +55,7 @@ private:
     std::vector<Source> origins; // empty: the text is the file itself
     size_t line_start = 0;       // of the last line read so far
     int index = 0;
+    bool foreign = false;
     bool returns_only = false; // lines end with a carriage return alone
 };
 

@@ -133,4 +133,12 @@ void utf8_append(std::string &text, char32_t value)
     }
 }
 
+std::string utf8_text(std::string_view bytes)
+{
+    if (utf8_check(bytes) == bytes.size()) return std::string(bytes);
+    std::string text;
+    for (const char c : bytes) utf8_append(text, (unsigned char)c);
+    return text;
+}
+
 } // namespace vornhost

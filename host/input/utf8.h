@@ -29,6 +29,9 @@ char32_t utf8_value(std::string_view text, size_t offset, size_t length);
 
 void utf8_append(std::string &text, char32_t value);
 
+// A text as UTF-8: bytes that are not are taken for Latin-1, so that different names stay different.
+std::string utf8_text(std::string_view bytes);
+
 } // namespace vornhost
 
 #endif

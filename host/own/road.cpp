@@ -23,6 +23,7 @@
 #include "host/own/snooping.h"
 #include "host/results/test_rule.h"
 #include "host/run/determinacy_words.h"
+#include "host/system/file_disk.h"
 
 namespace vornhost {
 
@@ -157,6 +158,7 @@ va::Options Road::options() const
     va::Options o;
     o.watch = told();
     o.ranks = watch.ranks;
+    o.disk = watch.disk;
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
     o.residuals = network.mode != Mode::Solution && network.residual_statistics;
@@ -281,7 +283,9 @@ OwnOutcome Road::run()
 {
     const auto start = std::chrono::steady_clock::now();
     const AccountKeeper keeper(network);
+    if (watch.disk) watch.disk->tell([this](const std::string &line) { note(line); });
     if (prepare()) adjust();
+    if (watch.disk) watch.disk->tell(nullptr);
     if (watch.ranks) watch.ranks->leave_to_first(); // it alone has words and files to write
     if (watch.stopped()) outcome.ending = Ending::stopped;
     if (outcome.ending == Ending::stopped) return std::move(outcome);

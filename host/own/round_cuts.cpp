@@ -49,13 +49,6 @@ Agreement compare(const Round &a, const Round &b)
     return result;
 }
 
-bool repeats(const Round &a, const Round &b)
-{
-    std::unordered_set<std::string_view> met;
-    for (const Reading *r : a) met.insert(r->target);
-    return std::any_of(b.begin(), b.end(), [&](const Reading *r) { return met.count(r->target) > 0; });
-}
-
 // How often a round of increasing readings passes its beginning.
 int overruns(const Round &round)
 {
@@ -103,8 +96,14 @@ private:
     bool disputed(size_t r) const;
     int score(size_t first, size_t last) const;
     bool improve(size_t r);
-    void cut(size_t r, size_t at, bool of_their_own);
-    void join_again(size_t r, size_t n, bool of_their_own);
+    void divide(size_t r, size_t at);
+    std::optional<size_t> push(size_t r, size_t at);
+    void replace(size_t r, size_t count, const std::vector<Round> &by);
+    struct Cut {
+        std::pair<int, int> gain = {0, 0}; // by agreement; by readings that increase
+        std::vector<Round> rounds;
+    };
+    Cut tried(size_t r, size_t at, bool own, const std::vector<Round> &before);
     int overrun(size_t first, size_t last) const;
     bool worth(size_t r) const;
 
@@ -148,47 +147,80 @@ bool Cuts::worth(size_t r) const
     return false;
 }
 
-// Readings of a round from `at` on become the first of the next round, or a round of their own.
-void Cuts::cut(size_t r, size_t at, bool of_their_own)
+// Readings of a round from `at` on become a round of their own.
+void Cuts::divide(size_t r, size_t at)
 {
     const Round tail(rounds[r].begin() + (long)at, rounds[r].end());
     rounds[r].resize(at);
-    if (of_their_own)
-        rounds.insert(rounds.begin() + (long)r + 1, tail);
-    else
-        rounds[r + 1].insert(rounds[r + 1].begin(), tail.begin(), tail.end());
+    rounds.insert(rounds.begin() + (long)r + 1, tail);
 }
 
-void Cuts::join_again(size_t r, size_t n, bool of_their_own)
+// They become the first of the next round, and what comes again there moves on likewise. The last round that changed;
+// nothing where that goes on beyond the window.
+std::optional<size_t> Cuts::push(size_t r, size_t at)
 {
-    const long taken = (long)(n - rounds[r].size());
-    Round &next = rounds[r + 1];
-    rounds[r].insert(rounds[r].end(), next.begin(), next.begin() + taken);
-    next.erase(next.begin(), next.begin() + taken);
-    if (of_their_own) rounds.erase(rounds.begin() + (long)r + 1);
+    Round tail(rounds[r].begin() + (long)at, rounds[r].end());
+    rounds[r].resize(at);
+    for (size_t k = r + 1; k < std::min(rounds.size(), r + 1 + window); k++) {
+        std::unordered_set<std::string_view> met;
+        for (const Reading *reading : tail) met.insert(reading->target);
+        Round &next = rounds[k];
+        const auto again = std::find_if(next.begin(), next.end(),
+                                        [&](const Reading *reading) { return met.count(reading->target) > 0; });
+        Round rest(again, next.end());
+        next.erase(again, next.end());
+        next.insert(next.begin(), tail.begin(), tail.end());
+        if (rest.empty()) return k;
+        tail = std::move(rest);
+    }
+    return std::nullopt;
+}
+
+// Puts these rounds in the place of `count` from r on.
+void Cuts::replace(size_t r, size_t count, const std::vector<Round> &by)
+{
+    const auto first = rounds.erase(rounds.begin() + (long)r, rounds.begin() + (long)(r + count));
+    rounds.insert(first, by.begin(), by.end());
+}
+
+// What a cut gains, and the rounds from r on that it makes of those of `before`; these stand again afterwards.
+Cuts::Cut Cuts::tried(size_t r, size_t at, bool own, const std::vector<Round> &before)
+{
+    const size_t count = before.size() + (own ? 1 : 0);
+    std::optional<size_t> last = r;
+    if (own)
+        divide(r, at);
+    else
+        last = push(r, at);
+    Cut cut;
+    const bool stands = last && (!own || (worth(r) && worth(r + 1)));
+    if (stands) {
+        cut.rounds.assign(rounds.begin() + (long)r, rounds.begin() + (long)(r + count));
+        const size_t end = std::max(*last, std::min(r + 1, r + before.size() - 1));
+        cut.gain = {score(r, own ? end + 1 : end), -overrun(r, end)};
+        replace(r, count, before);
+        cut.gain.first -= score(r, end);
+        cut.gain.second += overrun(r, end);
+    } else {
+        replace(r, count, before);
+    }
+    return cut;
 }
 
 // Cuts a round where most is gained; where nothing tells it, where the readings begin to increase again.
 bool Cuts::improve(size_t r)
 {
-    const size_t n = rounds[r].size();
-    const size_t last = std::min(r + 1, rounds.size() - 1);
-    std::pair<int, int> best = {score(r, last), -overrun(r, last)};
-    std::optional<std::pair<size_t, bool>> found;
-    for (size_t at = 1; at < n; at++)
+    const auto first = rounds.begin() + (long)r;
+    const std::vector<Round> before(first, first + (long)std::min(rounds.size() - r, window + 1));
+    Cut best;
+    for (size_t at = 1; at < before[0].size(); at++)
         for (const bool own : {false, true}) {
-            const Round tail(rounds[r].begin() + (long)at, rounds[r].end());
-            if (!own && (last == r || repeats(tail, rounds[r + 1]))) continue;
-            cut(r, at, own);
-            const std::pair<int, int> now = {score(r, own ? last + 1 : last), -overrun(r, last)};
-            const bool stands = !own || (worth(r) && worth(r + 1));
-            join_again(r, n, own);
-            if (now <= best || !stands) continue;
-            best = now;
-            found = {at, own};
+            Cut cut = tried(r, at, own, before);
+            if (cut.gain > best.gain) best = std::move(cut);
         }
-    if (found) cut(r, found->first, found->second);
-    return found.has_value();
+    if (best.rounds.empty()) return false;
+    replace(r, before.size(), best.rounds);
+    return true;
 }
 
 } // namespace

@@ -6,11 +6,12 @@
 
 #include "adjust/congruence.h"
 #include "adjust/linear.h"
+#include "adjust/suspects.h"
 #include "host/input/names.h"
 #include "host/own/item_names.h"
 #include "host/own/road.h"
 #include "host/planning/candidates.h"
-#include "host/results/test_limits.h"
+#include "host/results/test_rule.h"
 #include "host/run/silence.h"
 
 namespace vornhost {
@@ -20,9 +21,6 @@ namespace {
 namespace va = vornadjust;
 
 constexpr int most_unknowns_seen = 3000; // by all candidates together: their cofactors are a full matrix
-// What a test of one observation at a level of 0.001 finds with a probability of 0.80, in standard deviations of its
-// residual (Baarda, A testing procedure for use in geodetic networks, 1968): 3.2905 + 0.8416.
-const double found = normal_limit(0.001) + normal_limit(0.4);
 
 class Plan {
 public:
@@ -92,6 +90,11 @@ const char *unit_of(va::Kind kind)
 void Plan::weak_observations()
 {
     const va::Equations &e = own.adjustment.equations;
+    const va::Statistics &statistics = own.adjustment.statistics;
+    const double least = network.tests.least_redundancy;
+    const TestRule rule(network.tests, va::tested_rows(statistics, least), 0, 1.0);
+    const double found = rule.detectable();
+    if (found > 0.0) out.test = rule.name();
     for (int r = 0; r < e.rows(); r++) {
         const size_t i = (size_t)e.observation[(size_t)r];
         if (!e.usable[(size_t)r] || own.numbers.items[i].item > Item::image_point) continue;
@@ -99,9 +102,9 @@ void Plan::weak_observations()
         w.text = item_text(item_name(network, own.numbers, (int)i));
         w.unit = unit_of(own.numbers.model.observations[i].kind);
         w.sigma = e.sigma[(size_t)r];
-        w.redundancy = own.adjustment.statistics.rows[(size_t)r].redundancy;
-        if (e.group[(size_t)r] < 0 && w.redundancy >= va::least_redundancy)
-            w.detectable = found * w.sigma / std::sqrt(w.redundancy);
+        const va::RowStatistics &s = statistics.rows[(size_t)r];
+        w.redundancy = s.redundancy;
+        if (found > 0.0 && s.controlled() && s.share() >= least) w.detectable = found / std::sqrt(s.control);
         out.observations.push_back(w);
     }
     std::stable_sort(out.observations.begin(), out.observations.end(),

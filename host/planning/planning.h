@@ -33,8 +33,7 @@ struct WeakPoint {
 struct WeakObservation {
     std::string text, unit; // "net.inp:12: distance P to Q", "m", "rad" or "pixel"
     double sigma = 0, redundancy = 0;
-    std::optional<double> detectable; // error that the test at a level of 0.001 finds with a probability of 0.80;
-                                      // absent where nothing checks it and for correlated ones
+    std::optional<double> detectable; // error that the test finds with its power; absent where nothing checks it
 };
 
 struct Candidate {
@@ -52,6 +51,7 @@ struct Planning {
     bool stopped = false;           // by the watch
     FileUnits units;
     std::string file, datum;
+    std::string test; // what finds the detectable errors, in words; empty with tau, which foretells nothing
     int redundancy = 0, rows = 0;
     std::vector<WeakPoint> points;             // all, the weakest first
     std::vector<WeakObservation> observations; // all, those checked least first

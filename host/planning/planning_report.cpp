@@ -73,8 +73,8 @@ std::string Report::observations() const
         table.add({o.text, small(o.sigma, o.unit), decimal(o.redundancy, 3),
                    o.detectable ? small(*o.detectable, o.unit) : "", name(o.unit)});
     }
-    return section("Observations that are checked least", table) +
-           "\ndetectable: error that a test at a level of 0.1 % finds with a probability of 80 %\n";
+    const std::string found = p.test.empty() ? "" : "\ndetectable: error that is found by " + p.test + "\n";
+    return section("Observations that are checked least", table) + found;
 }
 
 std::string Report::candidates() const
@@ -167,6 +167,7 @@ std::string planning_json(const Planning &p, const std::string &version)
             json.close();
         }
         json.close();
+        if (!p.test.empty()) json.pair("test", p.test);
         json.key("observations").open_array();
         for (const WeakObservation &o : p.observations) {
             json.open_object();

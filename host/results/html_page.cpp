@@ -63,16 +63,20 @@ private:
 
 json text_or_null(const std::string &text) { return text.empty() ? json(nullptr) : json(text); }
 
-json ellipse_columns(const std::vector<PointResult> &points, int plane)
+// Of ellipses at the confidence that was asked for, by standard ones.
+double magnification(const Results &results) { return results.precision ? results.precision->ellipse_factor : 1.0; }
+
+json ellipse_columns(const Results &results, int plane)
 {
-    const auto part = [&](double EllipseResult::*member) {
-        return column(points, [&](const PointResult &p) {
-            return p.ellipse[plane] ? number((*p.ellipse[plane]).*member, small_digits) : json(nullptr);
+    const auto part = [&](double EllipseResult::*member, double factor) {
+        return column(results.points, [&](const PointResult &p) {
+            return p.ellipse[plane] ? number(factor * (*p.ellipse[plane]).*member, small_digits) : json(nullptr);
         });
     };
-    const json a = part(&EllipseResult::a);
+    const double factor = magnification(results);
+    const json a = part(&EllipseResult::a, factor);
     if (a.is_null()) return nullptr;
-    return {{"a", a}, {"b", part(&EllipseResult::b)}, {"bearing", part(&EllipseResult::bearing)}};
+    return {{"a", a}, {"b", part(&EllipseResult::b, factor)}, {"bearing", part(&EllipseResult::bearing, 1.0)}};
 }
 
 json moves_of(const PointResult &p)
@@ -87,8 +91,9 @@ json moves_of(const PointResult &p)
     return all;
 }
 
-json points(const std::vector<PointResult> &all)
+json points(const Results &results)
 {
+    const std::vector<PointResult> &all = results.points;
     json columns;
     columns["name"] = json::array(); // also where there are none
     columns["station"] = json::array();
@@ -104,7 +109,7 @@ json points(const std::vector<PointResult> &all)
     axes("approximate", [](const PointResult &p, int k) { return number(p.approximate[k], value_digits); });
     axes("adjusted", [](const PointResult &p, int k) { return number(p.adjusted[k], value_digits); });
     axes("deviation", [](const PointResult &p, int k) { return number(p.deviation[k], small_digits); });
-    for (int plane = 0; plane < 3; plane++) columns["ellipse"].push_back(ellipse_columns(all, plane));
+    for (int plane = 0; plane < 3; plane++) columns["ellipse"].push_back(ellipse_columns(results, plane));
     columns["moves"] = column(all, moves_of);
     return columns;
 }
@@ -259,11 +264,12 @@ json lumps(const Results &results)
 json pairs(const Results &results)
 {
     json all = json::array();
+    const double factor = magnification(results);
     for (const PairResult &p : results.pairs) {
         json ellipses = json::array();
         for (const std::optional<EllipseResult> &e : p.ellipse)
-            ellipses.push_back(e ? json{{"a", number(e->a, small_digits)},
-                                        {"b", number(e->b, small_digits)},
+            ellipses.push_back(e ? json{{"a", number(factor * e->a, small_digits)},
+                                        {"b", number(factor * e->b, small_digits)},
                                         {"bearing", number(e->bearing, small_digits)}}
                                  : json(nullptr));
         all.push_back(
@@ -325,6 +331,17 @@ template <class Value> void put(json &object, const char *key, const std::option
     if (value) object[key] = *value;
 }
 
+// `wider` is what makes an ellipse of 95 % of a standard one: by F where the adjustment's own sigma is in it.
+json precision(const Results &r)
+{
+    const PrecisionResult &p = *r.precision;
+    const double freedom = p.a_priori ? INFINITY : r.degrees_of_freedom.value_or(0);
+    json all = {{"a_priori", p.a_priori}, {"sigma", p.sigma}, {"factor", p.ellipse_factor}};
+    if (freedom > 0) all["wider"] = std::sqrt(2.0 * fisher_limit(significance, 2, freedom));
+    put(all, "confidence", p.confidence);
+    return all;
+}
+
 json head(const Results &r, const std::string &date)
 {
     const double n = (double)std::max<size_t>(1, r.residuals.size());
@@ -364,14 +381,14 @@ json head(const Results &r, const std::string &date)
                                 {"passed", r.variance_test->passed()}};
     if (r.tests)
         all["tests"] = {{"words", r.tests->words}, {"tested", r.tests->tested}, {"unchecked", r.tests->unchecked}};
-    if (r.precision) all["precision"] = {{"a_priori", r.precision->a_priori}, {"sigma", r.precision->sigma}};
+    if (r.precision) all["precision"] = precision(r);
     return all;
 }
 
 std::string data(const Results &results, const InputLines &lines, const std::string &date)
 {
     json all = head(results, date);
-    all["points"] = points(results.points);
+    all["points"] = points(results);
     all["observations"] = observations(results, lines);
     all["kinds"] = kinds(results);
     all["orientations"] = orientations(results);

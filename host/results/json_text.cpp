@@ -49,13 +49,9 @@ void JsonText::add_beyond(std::string_view words)
     add(words);
 }
 
-// What stands before an element: a comma, and outside rows a line of its own. The value of a key stands behind it.
-void JsonText::separate()
+// What stands before an element that is no value of a key: a comma, and outside rows a line of its own.
+void JsonText::separate_elements()
 {
-    if (keyed) {
-        keyed = false;
-        return;
-    }
     if (levels.empty()) return;
     Level &level = levels.back();
     const bool first = level.empty;

@@ -22,6 +22,19 @@ public:
     explicit JsonText(Take its_take) : take(std::move(its_take)) {}
 
     JsonText &key(std::string_view name); // plain letters; the next value is that of this key
+    template <size_t size> JsonText &key(const char (&name)[size])
+    {
+        constexpr size_t marks = 6; // before and behind it
+        if (!in_row() || size - 1 + marks > room - used) return key(std::string_view(name, size - 1));
+        char *to = text.data() + used;
+        if (!levels.back().empty) to = copied(", ", 2, to);
+        levels.back().empty = false;
+        *to++ = '"';
+        to = copied(name, size - 1, to);
+        used = (size_t)(copied("\": ", 3, to) - text.data());
+        keyed = true;
+        return *this;
+    }
     void open_object() { open('{'); }
     void open_array() { open('['); }
     void close(); // the innermost object or array
@@ -33,12 +46,13 @@ public:
     void value(const char *words) { value(std::string_view(words)); }
     void null();
 
-    template <class Value> void pair(std::string_view name, const Value &v)
+    // A name is a text or a literal, which is copied faster.
+    template <class Name, class Value> void pair(const Name &name, const Value &v)
     {
         key(name);
         value(v);
     }
-    template <class Value> void pair(std::string_view name, const std::optional<Value> &v)
+    template <class Name, class Value> void pair(const Name &name, const std::optional<Value> &v)
     {
         if (v) pair(name, *v);
     }
@@ -53,8 +67,22 @@ private:
         bool empty = true;
     };
 
+    static char *copied(const char *from, size_t n, char *to)
+    {
+        memcpy(to, from, n);
+        return to + n;
+    }
+
     void open(char bracket);
-    void separate();
+    bool in_row() const { return !keyed && !levels.empty() && levels.back().row; }
+    void separate()
+    {
+        if (keyed)
+            keyed = false;
+        else
+            separate_elements();
+    }
+    void separate_elements();
     void add(std::string_view words)
     {
         if (words.size() > room - used) return add_beyond(words);

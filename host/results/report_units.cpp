@@ -48,6 +48,8 @@ std::string decimal(double value, int decimals)
     return std::string(zero && number[0] == '-' ? number.substr(1) : number);
 }
 
+std::string probability_text(double p) { return p < 0.0001 ? "<0.0001" : decimal(p, 4); }
+
 const char *ReportUnits::length_name() const { return lengths[units.length].name; }
 const char *ReportUnits::small_length_name() const { return lengths[units.length].small_name; }
 const char *ReportUnits::angle_name() const { return angles[units.angle].name; }

@@ -39,6 +39,9 @@ private:
 // A number with so many decimals; a zero has no sign.
 std::string decimal(double value, int decimals);
 
+// A probability: "<0.0001" where four decimals would say nothing.
+std::string probability_text(double p);
+
 } // namespace vornhost
 
 #endif

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/input/utf8.h"
 #include "host/results/report_units.h"
 #include "host/results/test_limits.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 // Millimetres on paper.
 constexpr double width = 180, highest = 240, border = 16, footer = 22;
+constexpr double letter = 1.9; // about the width of one in a name
 const double degrees = 45.0 / std::atan(1.0);
 
 // Lines by the size of the worst normalised residual: below 1, to 2, to the limit of the largest of all, beyond.
@@ -130,8 +132,9 @@ void Svg::point(const PlanPoint &p)
         text += "<path d=\"M-0.9 -0.9H0.9V0.9H-0.9Z\" " + at + paint;
     else
         text += "<circle r=\"0.85\" " + at + paint;
-    text += "<text x=\"" + number(x(p.right) + 1.8) + "\" y=\"" + number(y(p.up) - 1.4) + "\">" +
-            xml_text(result.name) + "</text>\n";
+    const bool fits = x(p.right) + 1.8 + letter * (double)utf8_width(result.name) < width;
+    text += "<text x=\"" + number(x(p.right) + (fits ? 1.8 : -1.8)) + "\" y=\"" + number(y(p.up) - 1.4) +
+            (fits ? "\">" : "\" text-anchor=\"end\">") + xml_text(result.name) + "</text>\n";
 }
 
 void Svg::bar(double top, double metres, double millimetres, const std::string &words, const char *colour)

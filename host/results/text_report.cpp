@@ -478,7 +478,7 @@ void Report::add_observation(const ResidualResult &r, TextTable &table) const
                small(r, r.sigma),
                r.redundancy ? decimal(*r.redundancy, 2) : "",
                r.normalised ? decimal(sign * *r.normalised, 2) : "",
-               r.test && r.test->probability ? decimal(*r.test->probability, 4) : "",
+               r.test && r.test->probability ? probability_text(*r.test->probability) : "",
                r.test ? small(r, r.test->detectable) : "",
                r.test ? decimal(r.test->bias_to_noise, 1) : "",
                r.test ? units.small_length(r.test->shift) : "",
@@ -528,7 +528,7 @@ std::string level_text(double x)
 std::string global_test(const VarianceTest &t)
 {
     const auto line = [](const std::string &question, const std::string &range, double p, bool passed) {
-        return question + "\n  sum of squares expected " + range + ", p " + decimal(p, 4) + ": " +
+        return question + "\n  sum of squares expected " + range + ", p " + probability_text(p) + ": " +
                (passed ? "yes" : "no") + "\n";
     };
     return "test of the variance factor at level " + level_text(t.level) + ", sum of squares " + decimal(t.squares, 2) +
@@ -539,10 +539,12 @@ std::string global_test(const VarianceTest &t)
                 "up to " + decimal(t.one_sided_limit, 2), t.one_sided_probability, t.one_sided_passed());
 }
 
-std::string observation_test(const TestsResult &t)
+std::string observation_test(const TestsResult &t, int freedom)
 {
     std::string text = t.words + ": ";
-    if (!t.limit) return text + "no observation was tested\n";
+    if (!t.limit)
+        return text + "no observation was tested" +
+               (freedom == 1 ? ": with one degree of freedom every tau is 1\n" : "\n");
     return text + std::to_string(t.tested) + " tested, " + std::to_string(t.rejected) +
            " suspicious (normalised residual beyond " + decimal(*t.limit, 2) + "), " + std::to_string(t.unchecked) +
            " not checked (redundancy below " + level_text(t.least_redundancy) + ")\n";
@@ -556,7 +558,7 @@ std::string Report::tests() const
         text += "sigma a priori " + decimal(results.sigma_apriori.value_or(1.0), 4) + ", a posteriori " +
                 decimal(*results.sigma_aposteriori, 4) + "\n";
     if (results.variance_test) text += global_test(*results.variance_test);
-    if (results.tests) text += observation_test(*results.tests);
+    if (results.tests) text += observation_test(*results.tests, results.degrees_of_freedom.value_or(0));
     TextTable table({{"kind", "", Align::left},
                      {"a priori", ""},
                      {"a posteriori", ""},
@@ -608,7 +610,7 @@ std::string Report::together() const
         if (brief && !t.rejected) continue;
         const ResidualResult &r = results.residuals[t.first];
         table.add({r.from, r.to, std::to_string(t.components), std::to_string(t.rank), decimal(t.squares, 2),
-                   t.probability ? decimal(*t.probability, 4) : "",
+                   t.probability ? probability_text(*t.probability) : "",
                    t.rejected    ? "suspicious"
                    : t.rank == 0 ? "not checked"
                                  : "",

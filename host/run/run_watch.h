@@ -11,6 +11,8 @@ class Ranks;
 
 namespace vornhost {
 
+class FileDisk;
+
 // Takes note of the steps of a run.
 class Progress {
 public:
@@ -24,6 +26,7 @@ struct RunWatch {
     Progress *progress = nullptr;
     const std::atomic<bool> *stop = nullptr;
     vornadjust::Ranks *ranks = nullptr; // processes that share the run; all but the first end within it
+    FileDisk *disk = nullptr;           // for factor and inverse of the solver sparse, beyond its limit
 
     void begin(const char *step) const
     {

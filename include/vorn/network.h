@@ -69,22 +69,27 @@ struct Point {
 
 /// An observation that took part.
 struct Residual {
-    std::string kind;                 ///< "distance", "direction", "baseline", ...
-    std::string component;            ///< which value of it, where it has several: "x", "u", ...; otherwise empty
-    std::string unit;                 ///< of the values below: "m", "rad", "pixel" or "1"
-    std::string from;                 ///< point, or item that is weighted
-    std::string to;                   ///< the other point; may be empty
-    std::string at;                   ///< the point of an angle; otherwise empty
-    std::string id;                   ///< that of the network file; may be empty
-    std::string file;                 ///< where it stands
-    int line = 0;                     ///< in the file
-    double value = 0;                 ///< observed
-    double sigma = 0;                 ///< a-priori standard deviation
-    double residual = 0;              ///< observed less computed
-    std::optional<double> adjusted;   ///< value less residual
-    std::optional<double> redundancy; ///< 0, nothing checks it, to 1
-    std::optional<double> normalised; ///< residual by its standard deviation
-    bool suspicious = false;          ///< beyond the limit for the largest of all
+    std::string kind;                    ///< "distance", "direction", "baseline", ...
+    std::string component;               ///< which value of it, where it has several: "x", "u", ...; otherwise empty
+    std::string unit;                    ///< of the values below: "m", "rad", "pixel" or "1"
+    std::string from;                    ///< point, or item that is weighted
+    std::string to;                      ///< the other point; may be empty
+    std::string at;                      ///< the point of an angle; otherwise empty
+    std::string id;                      ///< that of the network file; may be empty
+    std::string file;                    ///< where it stands
+    int line = 0;                        ///< in the file
+    double value = 0;                    ///< observed
+    double sigma = 0;                    ///< a-priori standard deviation
+    double residual = 0;                 ///< observed less computed
+    std::optional<double> adjusted;      ///< value less residual
+    std::optional<double> redundancy;    ///< 0, nothing checks it, to 1
+    std::optional<double> normalised;    ///< residual by its standard deviation
+    bool suspicious = false;             ///< the test of observations rejects it
+    std::optional<bool> checked;         ///< other observations control it
+    std::optional<double> p_value;       ///< probability of a normalised residual of this size or larger
+    std::optional<double> detectable;    ///< smallest error of it that the test finds with its power
+    std::optional<double> bias_to_noise; ///< what that error does to the unknowns, by their standard deviations
+    std::optional<double> shift;         ///< what it does to the observation's own points, metres
 };
 
 /// How far a run is: the step ("factor", "inverse", ...) and the share of it that is done, 0 to 1. Called by the thread

@@ -31,7 +31,7 @@ _vorn()
     esac
     case $word in
     -*)
-        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --left-out --covariance --robust --fail-on --components --threads --times --recompute --balance --ask --quiet -o"
+        [ "$command" != adjust ] || common+=" --json --html --geojson --kml --dxf --svg --update --axes --csv --brief --no-residual-statistics --snoop --left-out --covariance --robust --fail-on --components --threads --memory --times --recompute --balance --ask --quiet -o"
         [ "$command" != check ] || common+=" --json"
         COMPREPLY=($(compgen -W "$common $foreign" -- "$word")) ;;
     *)

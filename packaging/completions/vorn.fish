@@ -37,6 +37,7 @@ complete -c vorn -n "$adjust" -l robust -x -a "huber danish l1" -d "weights that
 complete -c vorn -n "$adjust" -l fail-on -x -a "test suspects unchecked" -d "exit status 4 where these fail"
 complete -c vorn -n "$adjust" -l components -x -a "propose use" -d "variance components"
 complete -c vorn -n "$adjust" -l threads -x -d "threads of the solver sparse"
+complete -c vorn -n "$adjust" -l memory -x -d "memory for factor and inverse, beyond it a file"
 complete -c vorn -n "$adjust" -l times -d "how long the steps took"
 complete -c vorn -n "$adjust" -l recompute -d "compute new approximate values"
 complete -c vorn -n "$adjust" -l balance -d "balance the observations"

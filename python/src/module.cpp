@@ -161,6 +161,11 @@ py::dict residuals(const Shared &result)
     table["redundancy"] = numbers(vornapi::column(all, &Residual::redundancy));
     table["normalised"] = numbers(vornapi::column(all, &Residual::normalised));
     table["suspicious"] = answers(all, [](const Residual &r) { return r.suspicious; });
+    table["checked"] = answers(all, [](const Residual &r) { return r.checked.value_or(false); });
+    table["p_value"] = numbers(vornapi::column(all, &Residual::p_value));
+    table["detectable"] = numbers(vornapi::column(all, &Residual::detectable));
+    table["bias_to_noise"] = numbers(vornapi::column(all, &Residual::bias_to_noise));
+    table["shift"] = numbers(vornapi::column(all, &Residual::shift));
     return table;
 }
 

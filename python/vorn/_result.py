@@ -113,7 +113,9 @@ class Result:
 
         Columns ``kind``, ``from``, ``to``, ``at`` (the point of an angle), ``component``, ``id``, ``file`` and ``line``
         (of networks made of arrays the table and the row, from 1), ``unit``, ``value``, ``sigma``, ``adjusted``,
-        ``residual``, ``redundancy``, ``normalised``, ``suspicious``.
+        ``residual``, ``redundancy``, ``normalised``, ``suspicious``; of the test of the observation ``checked`` (others
+        control it), ``p_value``, ``detectable`` (the smallest error that it finds with its power), ``bias_to_noise``
+        and ``shift`` (of its own points by that error, metres).
         """
         return Table(self._core.residuals())
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "adjust/inverse.h"
 #include "adjust/order.h"
 #include "patterns.h"
@@ -155,6 +158,31 @@ TEST(Inverse, HasZerosForAHeldUnknownAndIsThatOfTheRest)
     for (int i = 0; i < a.n; i++) wanted[(std::size_t)held * a.n + i] = wanted[(std::size_t)i * a.n + held] = 0.0L;
     compare(q, wanted, 1e-11, "held");
     EXPECT_EQ(*element(q.symbolic, q.inverse, held, held), 0.0);
+}
+
+TEST(InverseElements, OfManyUnknownsAreThoseOfEachPairInAnyOrder)
+{
+    const SymmetricMatrix a = matrix_of(grid(30, 30, 2, 1), 1);
+    const Inverted q = inverted(a);
+    std::mt19937 engine(3);
+    int many = 0;
+    for (int s = 0; s < q.symbolic.nsuper; s++) { // the columns and rows of a supernode know one another
+        std::vector<int> unknowns;
+        for (int place = q.symbolic.first[s]; place < q.symbolic.first[s + 1]; place++)
+            unknowns.push_back(q.symbolic.unknown[place]);
+        for (std::int64_t k = q.symbolic.rowstart[s]; k < q.symbolic.rowstart[s + 1]; k++)
+            unknowns.push_back(q.symbolic.unknown[q.symbolic.row[k]]);
+        std::shuffle(unknowns.begin(), unknowns.end(), engine);
+        unknowns.push_back(unknowns[0]); // one of them twice
+        const std::size_t k = unknowns.size();
+        many += k > 16;
+        std::vector<double> block(k * k);
+        ASSERT_TRUE(elements(q.symbolic, q.inverse, (int)k, unknowns.data(), block.data()));
+        for (std::size_t i = 0; i < k; i++)
+            for (std::size_t j = 0; j < k; j++)
+                ASSERT_EQ(block[i * k + j], *element(q.symbolic, q.inverse, unknowns[i], unknowns[j])) << i << " " << j;
+    }
+    EXPECT_GT(many, 0);
 }
 
 TEST(InverseElements, GiveABlockOrNothing)

@@ -293,10 +293,10 @@ class Page(unittest.TestCase):
         self.browser.click_on("#layer-moves")
         self.assertLess(self.ink(), with_arrows)
 
-    def compare(self, *epochs):
+    def compare(self, *epochs, more=(), command="compare"):
         """The page of a comparison, opened, and the same as JSON."""
         out = Path(self.folder.name) / "epochs"
-        subprocess.run([PROGRAM, "compare", *(f"examples/{e}.inp" for e in epochs), "--quiet", "--html", f"{out}.html", "--json", f"{out}.json", "-o", f"{out}.txt"],
+        subprocess.run([PROGRAM, command, *(f"examples/{e}.inp" if "/" not in e else e for e in epochs), *more, "--quiet", "--html", f"{out}.html", "--json", f"{out}.json", "-o", f"{out}.txt"],
                        cwd=HOUSE, check=True)
         self.browser.open(f"{out}.html")
         return json.loads(Path(f"{out}.json").read_text())
@@ -321,6 +321,35 @@ class Page(unittest.TestCase):
         self.browser.click(*self.in_window(self.screen("D2")))
         self.assertIn("moved", self.browser.run("document.getElementById('details').textContent"))
         self.assertTrue(self.browser.run("document.querySelector('a[href=\"#spread\"]').hidden"))
+
+    def test_a_comparison_has_a_table_of_strains(self):
+        results = self.compare("dam_may_2026", "dam_november_2026", more=("--strain", "P1,P2,P3"))
+        self.open_table("Strain")
+        strain = results["strains"][0]["epochs"][0]
+        self.assertEqual(self.cells("group"), ["P1, P2, P3"])
+        value, deviation = map(float, self.cells("exx")[0].split(" ± "))
+        self.assertAlmostEqual(value, 1e6 * strain["elements"]["xx"]["value"], delta=0.0051)
+        self.assertAlmostEqual(deviation, 1e6 * strain["elements"]["xx"]["standard_deviation"], delta=0.0051)
+        self.assertAlmostEqual(float(self.cells("p shape")[0]), strain["strained"]["p"], delta=0.000051)
+
+    # R3 is given 20 mm off; its arrow is the longest and has to be inside.
+    def test_control_points_are_shown_in_words_of_their_own(self):
+        corners = {"R1": (0, 0), "R2": (0, 300), "R3": (300.02, 300), "R4": (300, 0)}
+        rows = "".join(f"{n} {x} {y} fixed\n" for n, (x, y) in corners.items())
+        true = {**corners, "R3": (300, 300)}
+        lengths = "".join(f"{a} {b} {math.dist(true[a], true[b])} 0.001\n" for a in true for b in true if a < b)
+        path = Path(self.folder.name) / "control.inp"
+        path.write_text(f"[run]\ndimension = 2\n[tables]\ntargets = '''\nname x y code\n{rows}'''\ndistances = '''\nfrom to value sigma\n{lengths}'''\n")
+        results = self.compare(str(path), more=("--apriori",), command="control")
+        words = self.browser.run("document.body.innerText")
+        self.assertIn("Differences beyond their limits", words)
+        self.assertNotIn("Epochs over", words)
+        self.assertNotIn("Each epoch", words)
+        reach = self.browser.run("""(() => { const p = document.getElementById('plot').plot, s = p.vectorScale('moves');
+            return p.data.points.map(q => { const [x, y] = p.screen(q.index), [u, v] = p.view.vector(q.moves[0].by); return [x + u * s, y - v * s, p.width, p.height]; }); })()""")
+        for x, y, width, height in reach:
+            self.assertTrue(0 < x < width and 0 < y < height)
+        self.assertEqual([d["point"] for d in results["left_out"]], ["R3"])
 
     def test_zoom_pan_and_the_whole_again(self):
         self.example("niemeier_distance_direction")

@@ -593,3 +593,15 @@ TEST_F(Program, WritesANetworkFileBesideTheOneThatNamesOthers)
     EXPECT_EQ(run("adjust split.inp -C streams --update new.inp"), 2);
     EXPECT_FALSE(exists("new.inp") || exists("streams/new.inp") || exists("streams/new.txt"));
 }
+
+// A file without values and without a mode is a plan where the command or an option says so.
+TEST_F(Program, PlansAFileWithoutValues)
+{
+    folder.write("open.inp", "[run]\ndimension = 1\n[tables]\ntargets = '''\nname z code\nA 1 fixed\nB 2 free\n'''\n"
+                             "height_differences = '''\nfrom to sigma\nA B 0.003\nA B 0.004\n'''\n");
+    EXPECT_EQ(run("plan open.inp --json plan.json"), 0) << err;
+    EXPECT_NEAR(json("plan.json")["points"][0]["position"].get<double>(), 0.0024, 1e-12); // 1 / sqrt(1/9 + 1/16)
+    EXPECT_EQ(run("adjust open.inp --mode propagation"), 0) << err;
+    EXPECT_EQ(run("adjust open.inp"), 2);
+    EXPECT_TRUE(contains(err, "only a plan")) << err;
+}

@@ -39,6 +39,18 @@ same "$examples/gross_error.inp" --snoop
 same "$examples/gross_error.inp" --robust huber
 same "$examples/total_station_heights.inp" --components use
 
+# Factor and inverse in files: the same numbers to the last bit, and a note.
+python3 "$examples/../bench/ladder.py" make plane 5000 grid.inp >/dev/null
+mpi adjust grid.inp --solver sparse --quiet --brief -o one.txt --json one.json
+mpi adjust grid.inp --solver sparse --brief -o all.txt --json all.json --memory 6M 2>all.words || fail "--memory: $(cat all.words)"
+python3 - one.json all.json <<'END' || fail "--memory: other results"
+import json, sys
+one, all = (json.load(open(name)) for name in sys.argv[1:])
+for results in (one, all): del results["notes"], results["seconds"]
+sys.exit(one != all)
+END
+[ "$processes" != 2 ] || grep -q 'more than --memory 6144K: they are kept in ' all.words || fail "--memory: $(cat all.words)"
+
 # Refusals: a fault of the file, a network that nothing holds.
 printf '[run]\ndimension = 7\n' >fault.inp
 same fault.inp

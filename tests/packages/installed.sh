@@ -30,6 +30,11 @@ done
 quietly cmake --install "$build" --prefix "$work/first"
 mv "$work/first" "$work/prefix"
 
+# What an installed page links to is installed too.
+(cd "$work/prefix/share/doc/vorn" && grep -oH '](\(pictures/\)*[a-z_-]*\.\(md\|png\)' ./*.md | sort -u | while IFS= read -r link; do
+    [ -e "${link##*\](}" ] || fail "${link%%:*} links to ${link##*\](}, which is not installed"
+done)
+
 # Nothing but what include/ names can be seen in the shared library.
 lib=$(dirname "$(find "$work/prefix" -name libvorn.so)")
 nm -DC --defined-only "$lib/libvorn.so" | grep -vE ' (A VORN_0|T (vorn|project|vornapi)::.*|[VW] (typeinfo|typeinfo name|vtable) for .*)(@@VORN_0)?$' |

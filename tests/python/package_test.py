@@ -103,6 +103,13 @@ class Results(unittest.TestCase):
         np.testing.assert_allclose(heights, [[0, 0, 0], [0, 2e-6, 1e-6], [0, 1e-6, 2e-6]], atol=1e-17)
         np.testing.assert_array_equal(result.covariance("B", "C"), result.covariance("C", "B").T)
         np.testing.assert_array_equal(result.covariance("B"), result.covariance("B", "B"))
+        tested = result.residuals
+        delta = 3.290526731 + 0.841621234  # normal limits of the level 0.001 and of the power 0.80
+        np.testing.assert_allclose(tested["detectable"], 0.001 * delta * np.sqrt(3.0), rtol=1e-8)
+        np.testing.assert_allclose(tested["bias_to_noise"], delta * np.sqrt(2.0), rtol=1e-8)
+        np.testing.assert_allclose(tested["shift"], tested["detectable"] * np.array([2, 1, 2]) / 3, rtol=1e-8)
+        np.testing.assert_allclose(tested["p_value"], 0.0832645, atol=1e-7)
+        self.assertTrue(tested["checked"].all())
 
     def test_are_contiguous_arrays_of_numpy(self):
         result = vorn.adjust(FREE)

@@ -103,6 +103,9 @@ class Data {
       shift: this.points.some((p) => p.shift.some(isNumber)),
       moves: this.points.some((p) => p.moves.length),
     };
+    const p = raw.precision || {};
+    this.asked = p.confidence ? `${Number((100 * p.confidence).toPrecision(3))} %` : ""; // confidence of the ellipses; empty: standard ones
+    this.wider = p.wider || Math.sqrt(-2 * Math.log(0.05)); // ellipses of 95 % by standard ones
     this.suspicious = this.observations.filter((o) => o.marks & SUSPICIOUS)
       .sort((p, q) => Math.abs(q.w || 0) - Math.abs(p.w || 0));
     this.kindNames = [...new Set(this.observations.map((o) => o.kind))];

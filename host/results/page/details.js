@@ -111,14 +111,15 @@ function showLegend(plot) {
   if (plot.byClass[4].length) add(line("var(--none)", 1.3, "3 4"), data.comparison ? "observed" : `no value (${plot.byClass[4].length})`);
   for (const role of ROLES) if (data.points.some((p) => p.role === role)) add(pointSwatch(role, false), role);
   if (data.points.some((p) => p.station)) add(pointSwatch("none", true), "instrument");
-  if (plot.shown.ellipses && plot.view.plane >= 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--ellipse)", "stroke-width": 1.4 })]), plot.confidence > 1 ? "95 % ellipse" : "standard ellipse");
+  if (plot.shown.ellipses && plot.view.plane >= 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--ellipse)", "stroke-width": 1.4 })]), data.asked ? `${data.asked} ellipse` : plot.confidence > 1 ? "95 % ellipse" : "standard ellipse");
   const arrow = (colour, dash) => swatch(() => [drawn("path", { d: "M3 8H31M25 4 31 8 25 12", fill: "none", stroke: colour, "stroke-width": dash ? 1.1 : 1.8, "stroke-dasharray": dash || "none" })]);
   if (plot.shown.shifts) add(arrow("var(--shift)"), "shift");
   if (plot.shown.moves && !data.comparison) add(arrow("var(--epoch)"), "movement to other epochs");
   if (plot.shown.moves && data.comparison) {
-    add(arrow("var(--epoch)"), "shift beyond its limit");
-    add(arrow("var(--soft)", "3 3"), "shift within its limit");
-    if (plot.view.plane === 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--epoch)", "stroke-width": 1.1 })]), `confidence ellipse of a shift, ${decimal(100 * (1 - data.comparison.level), 1)} %`);
+    const moved = data.comparison.control ? "difference" : "shift";
+    add(arrow("var(--epoch)"), `${moved} beyond its limit`);
+    add(arrow("var(--soft)", "3 3"), `${moved} within its limit`);
+    if (plot.view.plane === 0) add(swatch(() => [drawn("ellipse", { cx: 17, cy: 8, rx: 12, ry: 5.5, fill: "none", stroke: "var(--epoch)", "stroke-width": 1.1 })]), `confidence ellipse of a ${moved}, ${decimal(100 * (1 - data.comparison.level), 1)} %`);
   }
-  byId("legend").replaceChildren(element("h3", {}, data.comparison ? "Epochs over one another" : `Lines by ${MEASURES[plot.measure].title}`), element("ul", { class: "legend" }, ...items));
+  byId("legend").replaceChildren(element("h3", {}, data.comparison ? (data.comparison.control ? "Free network less control points" : "Epochs over one another") : `Lines by ${MEASURES[plot.measure].title}`), element("ul", { class: "legend" }, ...items));
 }

@@ -19,8 +19,8 @@ function pointColumns(data) {
   if (data.has.shift) for (const k of data.axes) columns.push(smallColumn(`d${AXES[k]}`, data, (p) => p.shift[k], `adjusted less approximate ${AXES[k]}`));
   if (data.has.deviation) for (const k of data.axes) columns.push(smallColumn(`s${AXES[k]}`, data, (p) => p.deviation[k], `standard deviation of ${AXES[k]}`));
   if (data.points.some((p) => p.ellipse[0])) {
-    columns.push(smallColumn("a", data, (p) => p.ellipse[0] && p.ellipse[0].a, "larger semi-axis of the standard ellipse in x and y"));
-    columns.push(smallColumn("b", data, (p) => p.ellipse[0] && p.ellipse[0].b, "smaller semi-axis of the standard ellipse in x and y"));
+    columns.push(smallColumn("a", data, (p) => p.ellipse[0] && p.ellipse[0].a, `larger semi-axis of the ${data.asked || "standard"} ellipse in x and y`));
+    columns.push(smallColumn("b", data, (p) => p.ellipse[0] && p.ellipse[0].b, `smaller semi-axis of the ${data.asked || "standard"} ellipse in x and y`));
     columns.push({ title: "bearing", unit: data.format.angle.name, about: "bearing of the larger axis, from x towards y",
       text: (p) => (p.ellipse[0] ? data.format.bearing(p.ellipse[0].bearing) : ""), key: (p) => p.ellipse[0] && p.ellipse[0].bearing });
   }

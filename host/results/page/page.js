@@ -23,11 +23,12 @@ function figures(data) {
   if (isNumber(data.degrees_of_freedom)) all.push(["degrees of freedom", String(data.degrees_of_freedom)]);
   if (isNumber(data.sigma_a_posteriori)) all.push(["sigma of unit weight", decimal(data.sigma_a_posteriori, 3)]);
   const t = data.variance_test;
-  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${t.p < 0.001 ? "<0.001" : decimal(t.p, 3)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
+  if (t) all.push([`sum of squares, limits at level ${t.level.toPrecision(2)}`, `${decimal(t.squares, 1)} (${decimal(t.lower, 1)} to ${decimal(t.upper, 1)}), p ${probability(t.p)}`, t.passed ? "good" : t.squares > t.upper ? "bad" : ""]);
   else if (typeof data.one_tailed_test === "boolean") all.push(["test of sigma", passed(data.one_tailed_test), data.one_tailed_test ? "good" : "bad"]);
   if (data.observations.some((o) => o.tested)) all.push(["suspicious", String(data.suspicious.length), data.suspicious.length ? "bad" : "good"]);
   if (data.tests) all.push(["not checked", String(data.tests.unchecked), data.tests.unchecked ? "bad" : "good"], ["test", data.tests.words, "wide"]);
-  if (data.precision) all.push(["precision", data.precision.a_priori ? "a priori" : `a posteriori, times ${decimal(data.precision.sigma, 3)}`]);
+  if (data.precision) all.push(["precision", (data.precision.a_priori ? "a priori" : `a posteriori, times ${decimal(data.precision.sigma, 3)}`)
+    + (data.asked ? `; ellipses of ${data.asked}, ${decimal(data.precision.factor, 3)} times the standard ones` : "")]);
   const closures = data.closures.reduce((n, c) => n + c.found, 0), beyond = data.closures.reduce((n, c) => n + c.beyond_limit, 0);
   if (closures) all.push(["closures beyond limits", `${beyond} of ${closures}`, beyond ? "bad" : "good"]);
   if (isNumber(data.iterations)) all.push(["iterations", String(data.iterations)]);
@@ -49,8 +50,10 @@ function showSummary(data, chooseObservation) {
 
 function showMethods(data) {
   const squares = data.solver !== "simplex", compared = Boolean(data.comparison);
-  const holds = { compared, squares: squares && !compared, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, closures: data.closures.length > 0, diagram: data.dimension === 1 };
+  const epochs = compared && !data.comparison.control, control = compared && !epochs, tau = Boolean(data.tests && data.tests.words.startsWith("Pope"));
+  const holds = { compared, epochs, control, tau, squares: squares && !compared, absolute: !squares, precision: data.has.deviation, tests: data.has.w, moves: data.lumps.length > 0, closures: data.closures.length > 0, diagram: data.dimension === 1 };
   for (const part of document.querySelectorAll("[data-if]")) part.hidden = !holds[part.dataset.if];
+  byId("ellipse-factor").textContent = decimal(data.wider, 2);
   byId("limit-one").textContent = decimal(data.limits.one, 2);
   byId("limit-largest").textContent = decimal(data.limits.largest, 2);
 }
@@ -87,7 +90,8 @@ function layerControls(plot) {
     showLegend(plot);
   }, `layer-${key}`);
   const parts = [layer("names", "names")];
-  if (data.has.ellipse) parts.push(layer("ellipses", "ellipses"), check("95 %", false, (on) => { plot.confidence = on ? Math.sqrt(-2 * Math.log(0.05)) : 1; plot.repaint(); showLegend(plot); }, "confidence"));
+  if (data.has.ellipse) parts.push(layer("ellipses", "ellipses"));
+  if (data.has.ellipse && !data.asked) parts.push(check("95 %", false, (on) => { plot.confidence = on ? data.wider : 1; plot.repaint(); showLegend(plot); }, "confidence"));
   else if (data.dimension === 1 && data.has.deviation) { plot.shown.ellipses = true; parts.push(layer("ellipses", "standard deviations")); }
   if (data.pairs.length) parts.push(layer("pairs", "relative ellipses"));
   if (data.has.shift && data.dimension > 1) parts.push(layer("shifts", "shifts"));

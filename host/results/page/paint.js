@@ -234,7 +234,8 @@ function* paintNames(ctx, plot, t, colours) {
     if (drawn > 1500) break;
     const [u, v] = plot.at[p.index], x = t.x(u), y = t.y(v), w = 7 * Math.min(p.name.length, 24);
     const places = [[x + off, y - off, "left"], [x - off - w, y - off, "right"], [x + off, y + off, "left"], [x - off - w, y + off, "right"]];
-    const free = places.find(([left, top]) => keys(left, top, w).every((k) => !taken.has(k)));
+    const all = places.filter(([left, top]) => keys(left, top, w).every((k) => !taken.has(k)));
+    const free = all.find(([left]) => left >= 0 && left + w <= t.width) || all[0]; // whole, where there is such a place
     if (!free) continue;
     for (const key of keys(free[0], free[1], w)) taken.add(key);
     ctx.textAlign = free[2];

@@ -86,13 +86,14 @@ class Plot {
       const sorted = sizes.filter((s) => s > 0).sort((a, b) => a - b);
       return sorted.length ? sorted[Math.floor(0.85 * (sorted.length - 1))] : 0;
     };
+    const bounded = (sizes) => sizes.reduce((most, s) => Math.max(most, s / 5), large(sizes)); // one far movement fits in the window too
     const { points, pairs } = this.data, plane = this.view.plane;
     const axes = [...points, ...pairs].map((p) => (plane >= 0 && p.ellipse[plane] ? p.ellipse[plane].a : this.view.bar === 2 ? p.deviation[2] || 0 : 0));
     const length = (d) => Math.hypot(...this.view.vector(d));
     this.large = {
       ellipses: large(axes),
       shifts: large(points.map((p) => length(p.shift))),
-      moves: large(points.flatMap((p) => p.moves.map((m) => Math.max(length(m.by), plane === 0 && m.ellipse ? m.ellipse.a : 0)))),
+      moves: bounded(points.flatMap((p) => p.moves.map((m) => Math.max(length(m.by), plane === 0 && m.ellipse ? m.ellipse.a : 0)))),
     };
   }
 
@@ -144,7 +145,24 @@ class Plot {
     this.fitted = scale;
     this.whole = true;
     this.setTransform((u0 + u1) / 2, (v0 + v1) / 2, scale);
+    this.makeRoom();
     this.repaint();
+  }
+
+  // Shrinks the whole until the tips of the movements are inside. Their lengths in pixels stay.
+  makeRoom() {
+    const t = this.transform, vectors = this.vectorScale("moves"), middle = [t.width / 2, t.height / 2];
+    let room = 1;
+    for (const p of this.data.points)
+      for (const m of this.at[p.index] ? p.moves : []) {
+        const place = this.at[p.index], by = this.view.vector(m.by), around = m.ellipse ? m.ellipse.a : 0;
+        [(place[0] - t.cu) * t.scale, (place[1] - t.cv) * t.scale].forEach((x, k) => {
+          const beyond = (Math.sign(x) * by[k] + around) * vectors;
+          if (Math.abs(x) + beyond > middle[k] - 8) room = Math.min(room, (middle[k] - 8 - beyond) / Math.abs(x));
+        });
+      }
+    this.fitted *= Math.max(room, 0.4);
+    this.setTransform(t.cu, t.cv, this.fitted);
   }
 
   pan(dx, dy) {

@@ -100,6 +100,21 @@ TEST(ApplicationNetwork, GivesThePublishedCoordinates)
     EXPECT_EQ(result.residuals[0].line > 0 ? result.residuals[0].file : "", example);
 }
 
+// Each redundancy is 1/3: w is root 3, and the detectable error delta sigma root 3, of which two thirds go to the
+// height of B; delta is the normal limit of 0.001 and that of a power of 0.80.
+TEST(ApplicationNetwork, TellsWhatTheTestOfAnObservationFinds)
+{
+    const double delta = 3.290526731 + 0.841621234;
+    const Result result = network_of(levelling()).adjust();
+    const Residual &r = result.residuals[0];
+    EXPECT_TRUE(r.checked.value());
+    EXPECT_FALSE(r.suspicious);
+    EXPECT_NEAR(r.p_value.value(), std::erfc(std::sqrt(1.5)), 1e-9);
+    EXPECT_NEAR(r.detectable.value(), 0.001 * delta * std::sqrt(3.0), 1e-11);
+    EXPECT_NEAR(r.bias_to_noise.value(), delta * std::sqrt(2.0), 1e-8);
+    EXPECT_NEAR(r.shift.value(), 0.001 * delta * std::sqrt(3.0) * 2 / 3, 1e-11);
+}
+
 TEST(ApplicationNetwork, GivesCovariancesOfAnyPairWithTheVarianceFactor)
 {
     Options options;

@@ -347,6 +347,11 @@ TEST(Compare, TellsTheStrainOfAGroup)
     const std::string report = compare_report(c, ""), json = compare_json(c, "");
     EXPECT_NE(report.find("Strain of P1, P2, P3, P4, D1 from epoch1.inp to epoch2.inp"), std::string::npos);
     EXPECT_NE(json.find("\"strains\""), std::string::npos);
+    const nlohmann::json shown = data_of(compare_html(c, "0.1", "today"))["comparison"]["strains"][0];
+    EXPECT_EQ(shown["points"][4], "D1");
+    EXPECT_EQ(shown["epochs"][0]["values"][1]["name"], "exx");
+    EXPECT_EQ(shown["epochs"][0]["values"][1]["value"], s.elements[0].value);
+    EXPECT_EQ(shown["epochs"][0]["strained"]["p"], s.strained.p);
     CompareOptions unknown;
     unknown.groups = {{"P1", "P2", "X"}};
     const Comparison refused = compared({epoch(8, truth), epoch(9, places)}, unknown);

@@ -214,6 +214,15 @@ TEST_F(Export, WritesWeightsOfKindsAsStandardDeviations)
     if (xml_available()) expect_round_trip(weighted, Target::gkf);
 }
 
+// In .gkf what was observed of a point takes the place of its coordinates.
+TEST_F(Export, KeepsPointsWhereTheyAreBesideTheirObservedCoordinates)
+{
+    expect_round_trip("[run]\ndimension = 2\n[tables]\ntargets = \"\"\"\nname x y code\nA 0 0 fixed\nB 100 0 fixed\n"
+                      "P 50 50 free\n\"\"\"\ncoordinates = \"\"\"\nname x y sx sy\nB 100.02 0.01 0.01 0.01\n\"\"\"\n"
+                      "distances = \"\"\"\nfrom to value sigma\nA P 70.71 0.01\nB P 70.72 0.01\n\"\"\"\n",
+                      Target::gkf);
+}
+
 TEST_F(Export, RefusesAReferenceSystem)
 {
     if (!has_proj()) GTEST_SKIP() << "built without projections";

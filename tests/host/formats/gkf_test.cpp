@@ -404,6 +404,30 @@ TEST_F(Gkf, LeavesOutWhatCannotTakePartAndSaysWhy)
     EXPECT_EQ(codes(draft, "H")[0], CODE_ABSENT);
 }
 
+// Q was seen once; without it R, which was seen from it and from B, is told by one observation too.
+TEST_F(Gkf, LeavesOutPointsThatTooLittleTells)
+{
+    const std::string points = "<point id='A' x='0' y='0' fix='xy'/><point id='B' x='100' y='0' fix='xy'/>\n"
+                               "<point id='P' adj='xy'/>\n<point id='Q' adj='xy'/>\n<point id='R' adj='xy'/>\n";
+    const std::string sets = "<obs from='A'><direction to='B' val='0' stdev='5'/><direction to='P' val='50' stdev='5'/>"
+                             "<direction to='Q' val='20' stdev='5'/>\n<distance to='P' val='70.71' stdev='3'/></obs>"
+                             "<obs from='B'><distance to='R' val='30' stdev='3'/></obs>\n";
+    ASSERT_EQ(network(points + sets + "<obs from='R'><direction to='Q' val='1' stdev='5'/></obs>"), Lines());
+    EXPECT_TRUE(point(draft, "Q").off);
+    EXPECT_TRUE(point(draft, "R").off);
+    EXPECT_FALSE(point(draft, "P").off);
+    EXPECT_EQ(rows(DraftKind::direction).size(), (size_t)2);
+    EXPECT_EQ(notes()[0],
+              "net.gkf:5: x and y of point \"Q\" left out: too few observations tell them; gama-local leaves "
+              "it out too");
+    EXPECT_EQ(notes()[2], "net.gkf:7: direction from A to Q is left out: point \"Q\" is left out");
+    ASSERT_EQ(network(points + sets +
+                      "<obs><distance from='R' to='A' val='80' stdev='5'/>"
+                      "<distance from='Q' to='A' val='80' stdev='5'/></obs>"),
+              Lines());
+    EXPECT_FALSE(point(draft, "Q").off || point(draft, "R").off);
+}
+
 TEST_F(Gkf, LeavesOutSetsToOneTarget)
 {
     ASSERT_EQ(network(two_fixed +

@@ -249,6 +249,35 @@ TEST_F(CodedLines, TakesStandardDeviationsThatTheUserStates)
     EXPECT_NEAR(draft.sigma[0].second, 0.001 / foot, 1e-12);
 }
 
+// Bytes that are not UTF-8 are Latin-1, as in field books.
+TEST_F(CodedLines, ReadsNamesAndCommentsOfOtherEncodings)
+{
+    EXPECT_EQ(lines(metres + ".2D\n# 5\xB0\nC P\xE9 0 0 ! !\nC B 10 0 ! !\nD P\xE9-C 5 0.01\nD B-C 6 0.01\n"), Lines());
+    EXPECT_EQ(draft.points[0].name, "P\xC3\xA9");
+}
+
+TEST_F(CodedLines, NamesPointsThatComeAgainAndTheMeaningOfLengths)
+{
+    EXPECT_EQ(lines(metres + ".3D\nC A 0 0 0 ! ! !\nC A 1 1 1 ! ! !\nL A-B 1.5 20 0.001\nL A-B 1.5 20 0.001\n"),
+              Lines());
+    EXPECT_EQ(*point("A").value[2], 1.0);
+    const Lines said = notes();
+    ASSERT_EQ(said.size(), (size_t)3);
+    EXPECT_EQ(said[0], "net.dat:4: point \"A\" has coordinates in line 3 too: these go before them");
+    EXPECT_EQ(said[1],
+              "net.dat:5: the third item of L is taken for the length of the line, not for a number of set-ups");
+}
+
+// What only unused observations reach would be undetermined.
+TEST_F(CodedLines, LeavesPointsOffThatOnlyUnusedObservationsReach)
+{
+    EXPECT_EQ(lines(metres + ".2D\nC A 0 0 ! !\nC B 9 0 ! !\nC Q 5 5\nD A-P 5 0.1\nD B-P 6 0.1\nA Q-A-B 20-00-00 *\n"),
+              Lines());
+    EXPECT_TRUE(point("Q").off);
+    EXPECT_FALSE(point("P").off);
+    EXPECT_EQ(rows(DraftKind::angle).size(), (size_t)1);
+}
+
 TEST_F(CodedLines, AssumesTheLayoutThatThePointsShow)
 {
     EXPECT_EQ(lines("C A 1 2 3\nD A-B 5 0.1\n"), Lines());

@@ -69,6 +69,16 @@ TEST_F(FieldBooks, InM5TakeDegreesMinutesSecondsAsTheyAre)
     EXPECT_NEAR(*rows(DraftKind::vertical_angle).at(0).value[0], 91 + 16.0 / 60 + 19.0 / 3600, 1e-9);
 }
 
+TEST_F(FieldBooks, InM5StandOnStationsWithoutCoordinates)
+{
+    ASSERT_EQ(import(line("PI1", "S", "A", {}) + input({value("ih", 1.5, "m", 3), value("th", 1.6, "m", 3)}) +
+                     line("PI1", "", "B",
+                          {value("SD", 6.552, "m", 3), value("Hz", 10, "gon", 4), value("V1", 91, "gon", 4)})),
+              Lines());
+    ASSERT_EQ(rows(DraftKind::distance).size(), (size_t)1);
+    EXPECT_EQ(rows(DraftKind::distance)[0].from, "A");
+}
+
 TEST_F(FieldBooks, InM5TakeTheLastOfSightsWithCorrectedHeights)
 {
     const std::string sight = line("PI1", "", "B", {value("SD", 6.552, "m", 3), value("V1", 91, "gon", 4)});

@@ -201,3 +201,13 @@ TEST_F(NetworkJson, RefusesWhatIsNone)
     deep.append(100000, '[').append(100000, ']');
     EXPECT_EQ(faults_in(deep + "}").size(), 1u);
 }
+
+// Of two values under one key most readers take the last, without a word.
+TEST_F(NetworkJson, RefusesKeysThatComeTwiceInOneObject)
+{
+    EXPECT_EQ(
+        faults_in("{\"vorn_network\": 1, \"run\": {\"dimension\": 1},\n \"tables\": {\"targets\": [{\"name\": \"A\", "
+                  "\"z\": 0, \"name\": \"B\"}],\n  \"targets\": [{\"name\": \"A\"}, {\"name\": \"A\"}]}}"),
+        Lines({"net.json:2:47: the key \"name\" comes twice in one object; keep one of them",
+               "net.json:3:3: the key \"targets\" comes twice in one object; keep one of them"}));
+}

@@ -299,6 +299,36 @@ TEST(Baselines, NeedTheirComponentsAndEnds)
     EXPECT_EQ(faults_in("baselines", "from to dx dy dz cxx cyy czz\nT V 1 1 1 1 1 1"), Lines()); // between targets
 }
 
+// A network takes the components of its dimension; what a file says of the others is not needed.
+TEST(Baselines, NeedTheComponentsOfTheDimensionOnly)
+{
+    const auto faults = [](int dimension, const std::string &rows, const std::string &more = "") {
+        return faults_of("[run]\ndimension = " + std::to_string(dimension) + "\n" + more +
+                         "[tables]\ntargets = '''\nname x y z\nT 1 1 1\nV 2 2 2\n'''\nbaselines = '''\n" + rows +
+                         "\n'''\n");
+    };
+    EXPECT_EQ(faults(2, "from to dx dy cxx cxy cyy\nT V 1 1 1 0.5 1"), Lines());
+    EXPECT_EQ(faults(1, "from to dz czz\nT V 1 1"), Lines());
+    EXPECT_EQ(faults(2, "from to dx cxx\nT V 1 1"),
+              (Lines{"net.inp:10:1: column dy is missing in table baselines; add it to the heading",
+                     "net.inp:10:1: column cyy is missing in table baselines; add it to the heading"}));
+    EXPECT_EQ(faults(2, "from to dx dy cxx cxy cyy\nT V 1 1 1 2 1"),
+              Lines{"net.inp:11:9: covariance of the baseline is not positive definite; check cxy, cxz and cyz"});
+    EXPECT_EQ(faults(2, "from to cxx cyy\nT V 1 1", "mode = \"propagation\"\n"), Lines());
+}
+
+TEST(Observations, OfAPlanNeedNoColumnOfValues)
+{
+    for (const ListCase &c : lists) {
+        std::string text = network(c.table, "from to sigma\nS T 1");
+        EXPECT_EQ(faults_of(text),
+                  Lines{"net.inp:14:1: column value is missing in table " + std::string(c.table) +
+                        "; add it to the heading; only a plan (mode = \"propagation\") needs no values"});
+        text.insert(text.find("[tables]"), "mode = \"propagation\"\n");
+        EXPECT_EQ(faults_of(text), Lines()) << c.table;
+    }
+}
+
 TEST(Pairs, NameTwoPoints)
 {
     const std::string distances = "distances = \"from to value sigma\\nS T 1 1\"\n";

@@ -146,6 +146,7 @@ TEST(OwnReport, EndsWithTheObservationToLookAt)
         << end[0];
     EXPECT_NE(end[1].find("height difference A to C (net.inp:16), normalised residual "), std::string::npos) << end[1];
     EXPECT_NE(report_of(text).find("suspicious  net.inp:16\n"), std::string::npos);
+    EXPECT_NE(report_of(text).find("p <0.0001: no\n"), std::string::npos); // a sum of squares of 2500 and more
 }
 
 TEST(OwnReport, EndsWithWhyANetworkIsRefused)
@@ -201,6 +202,10 @@ TEST(OwnReport, ClaimsNothingOfObservationsThatNothingTests)
     EXPECT_EQ(end[0], "Adjusted. Nothing checks the observations: no redundancy.");
     EXPECT_EQ(end[1], "No observation was tested.");
     EXPECT_EQ(end[2].find("2 of 2 observations are not checked by others, the first: "), 0u) << end[2];
+    text = loop;
+    text.insert(text.find("[tables]"), "[tests]\ntest = \"tau\"\n");
+    EXPECT_NE(report_of(text).find(": no observation was tested: with one degree of freedom every tau is 1\n"),
+              std::string::npos);
 }
 
 // Planned: 10 mm times the root of 2/3 for both points, whatever the values.

@@ -139,6 +139,27 @@ TEST(Planning, NamesTheWeakestFirst)
     EXPECT_EQ(j["observations"].size(), p.observations.size());
 }
 
+// A height levelled twice, with a correlation of one half: e'P Qvv P e is 1 / sigma^2. The test is that of the file.
+TEST(Planning, TellsWhatTheTestOfTheFileFinds)
+{
+    const auto detectable = [](const std::string &tests) {
+        Folder folder;
+        folder.write("net.inp", "[run]\ndimension = 1\nmode = \"propagation\"\n" + tests +
+                                    "[covariances.two]\nmatrix = \"1e-6 0.5e-6 0.5e-6 1e-6\"\n[tables]\n"
+                                    "targets = '''\nname z code\nA 1 fixed\nB 2 free\n'''\n"
+                                    "height_differences = '''\nfrom to covariance\nA B two\nA B two\n'''\n");
+        EXPECT_EQ(folder.read(), Lines());
+        Faults faults;
+        const Planning p = plan_network(folder.model, PlanOptions(), faults);
+        EXPECT_NE(planning_report(p, "").find("detectable: error that is found by " + p.test + "\n"),
+                  std::string::npos);
+        return p.observations.at(0).detectable.value_or(0);
+    };
+    EXPECT_NEAR(detectable(""), 0.001 * (3.290527 + 0.841621), 1e-8);
+    EXPECT_NEAR(detectable("[tests]\nlevel = 0.01\npower = 0.95\n"), 0.001 * (2.575829 + 1.644854), 1e-8);
+    EXPECT_EQ(detectable("[tests]\nleast_redundancy = 0.8\n"), 0.0); // the share of control is 0.75
+}
+
 TEST(Planning, NamesWhatIsWrongInTheTable)
 {
     Lines faults;

@@ -96,6 +96,22 @@ TEST(HtmlPage, HoldsPointsAndObservationsInColumns)
     EXPECT_EQ(o["line"], (json{3, 3}));
 }
 
+// With an even number f of degrees of freedom the limit of F with 2 and f has a closed form: f / 2 (level^(-2/f) - 1).
+TEST(HtmlPage, HasTheEllipsesOfTheConfidenceAskedFor)
+{
+    Results r = two_points();
+    const double axis = data_of(r)["points"]["ellipse"][0]["a"][1];
+    r.degrees_of_freedom = 6;
+    r.precision = PrecisionResult();
+    EXPECT_NEAR(data_of(r)["precision"]["wider"], std::sqrt(6 * (std::pow(0.05, -1.0 / 3) - 1)), 1e-9);
+    r.precision->confidence = 0.99, r.precision->ellipse_factor = 5;
+    const json data = data_of(r);
+    EXPECT_NEAR(data["points"]["ellipse"][0]["a"][1], 5 * axis, 1e-6 * axis);
+    EXPECT_EQ(data["precision"]["confidence"], 0.99);
+    r.precision->a_priori = true;
+    EXPECT_NEAR(data_of(r)["precision"]["wider"], std::sqrt(-2 * std::log(0.05)), 1e-9);
+}
+
 TEST(HtmlPage, LeavesOutWhatTheRunDidNotMake)
 {
     const json data = data_of(two_points());

@@ -255,5 +255,8 @@ TEST(Svg, DrawsLinesByTheirWorstResidualAndEscapesNames)
     EXPECT_FALSE(has("stroke=\"#0072b2\""));
     EXPECT_TRUE(has("rotate(-60)"));
     EXPECT_TRUE(has(" in ellipses</text>"));
+    EXPECT_EQ(text.find("text-anchor"), std::string::npos);
+    r.points[2].name = "a long name at the right border";
+    EXPECT_NE(to_svg(r, Axes::yx).find("text-anchor=\"end\">a long name"), std::string::npos);
     EXPECT_TRUE(has(">10 m</text>")); // 40 m take 148 mm, a bar at most 40 mm
 }
