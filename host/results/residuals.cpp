@@ -6,8 +6,8 @@ namespace vornhost {
 
 namespace {
 
-const size_t at_once = 8192; // residuals of a block
-const size_t beside = 64;    // of those that are asked for one by one: the next one is often near
+const size_t at_once = 256; // residuals of a block: they stay in the second cache
+const size_t beside = 64;   // of those that are asked for one by one: the next one is often near
 
 } // namespace
 
