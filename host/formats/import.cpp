@@ -127,6 +127,14 @@ bool import_network(const std::string &path, Format format, const ImportOptions 
     return good && faults.empty();
 }
 
+// A file may be cut off behind its head.
+bool holds_points(const std::string &path, const Draft &draft, Faults &faults)
+{
+    if (draft.points.empty())
+        faults.add({faults.add_file(path), 0, 0}, "it holds no points and no observations", "is the file whole?");
+    return !draft.points.empty();
+}
+
 bool import_format(const std::string &path, Format format, const ImportOptions &options, Draft &draft, Faults &faults)
 {
     switch (format) {
@@ -156,7 +164,8 @@ bool import_file(const std::string &path, const ImportOptions &options, Draft &d
     }
     // What cannot be read is said there.
     return import_format(path, format.value_or(Format::gkf), options, draft, faults) &&
-           add_known_points(options, draft, faults) && choose_datum(options, draft, faults);
+           holds_points(path, draft, faults) && add_known_points(options, draft, faults) &&
+           choose_datum(options, draft, faults);
 }
 
 // A network in JSON leaves nothing to options; true after a fault.

@@ -127,7 +127,9 @@ std::optional<Format> recognise_file(const std::string &path)
     if (!file) return std::nullopt;
     std::string bytes(beginning_size, '\0');
     bytes.resize(fread(&bytes[0], 1, bytes.size(), file.get()));
-    return recognise(bytes);
+    const std::optional<Format> format = recognise(bytes);
+    const bool measurements = std::filesystem::path(path).extension() == ".msr"; // the oldest version has no header
+    return !format && measurements ? Format::dna : format;
 }
 
 } // namespace vornhost

@@ -154,6 +154,27 @@ TEST_F(Dna, AdjustsLevellingInHeights)
     EXPECT_EQ(notes().back(), "net.msr: observations read 3 = taken 2 + left out 1");
 }
 
+// Version 1.00 has no header: the ending of the file tells what it is.
+TEST_F(Dna, ReadsFilesWithoutAHeader)
+{
+    folder.write("net.stn", columns({{1, "ALFA"},
+                                     {11, "CCC"},
+                                     {15, "XYZ"},
+                                     {18, "-4000000.0000"},
+                                     {32, "2500000.0000"},
+                                     {46, "-4300000.0000"}}) +
+                                columns({{1, "BETA"},
+                                         {11, "FFF"},
+                                         {15, "XYZ"},
+                                         {18, "-4000300.0000"},
+                                         {32, "2500400.0000"},
+                                         {46, "-4299900.0000"}}));
+    EXPECT_EQ(import(columns({{1, "C ALFA"}, {13, "BETA"}, {33, "509.9020"}, {61, "0.0020"}}), "net.msr"), Lines());
+    ASSERT_EQ(rows(DraftKind::scale_bar).size(), (size_t)1);
+    EXPECT_EQ(*rows(DraftKind::scale_bar)[0].value[0], 509.902);
+    EXPECT_EQ(*rows(DraftKind::scale_bar)[0].sigma[0], 0.002);
+}
+
 TEST_F(Dna, SaysWhatItLeavesOut)
 {
     const std::string baseline = columns({{1, "G ALFA"}, {23, "BETA"}}) + component(-300, {"4e-06"}) +

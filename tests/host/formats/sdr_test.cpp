@@ -93,6 +93,12 @@ TEST_F(FieldBooks, InSdr2xHaveNarrowerColumns)
     EXPECT_DOUBLE_EQ(*draft.points.at(0).value[0], 100.0); // north stands first
 }
 
+TEST_F(FieldBooks, CutOffBehindTheirHeadAreNoNetwork)
+{
+    EXPECT_EQ(import("00NMSDR33 V04-04.02     01-Jan-26 08:00 113121\n"),
+              Lines{"book: it holds no points and no observations; is the file whole?"});
+}
+
 TEST_F(FieldBooks, InSdr33RefuseWhatTheyCannotRead)
 {
     EXPECT_EQ(import("00NMSDR33 V04-04.02     01-Jan-26 08:00 913121\n"
