@@ -14,7 +14,9 @@
 #include <string>
 
 #include "commands.h"
+#include "host/own/observation_results.h"
 #include "host/own/road.h"
+#include "host/own/shared_rows.h"
 #include "host/run/memory_limit.h"
 #include "host/run/silence.h"
 #include "host/system/process.h"
@@ -73,7 +75,9 @@ void follow(const Options &options)
     enter_folder(options);
     if (model.solver != vornhost::Solver::Sparse) return;
     vornhost::Silence silence;
-    run_own(model, silence, false, {nullptr, nullptr, options.ranks});
+    const auto own =
+        std::make_shared<const vornhost::OwnOutcome>(run_own(model, silence, false, {nullptr, nullptr, options.ranks}));
+    if (own->ranks) vornhost::serve_rows(vornhost::ObservationResults(model, own), *own->ranks);
 }
 
 void follow_to_the_end(const Options &options, MpiRanks &ranks)
@@ -100,10 +104,10 @@ int lead(const Options &options, MpiRanks &ranks)
     } catch (const std::bad_alloc &) {
         end_without_memory();
     } catch (const std::exception &error) {
-        if (ranks.begun() && !ranks.alone()) end_all(error.what());
+        if (ranks.begun() && !ranks.alone() && !ranks.standing_by()) end_all(error.what());
         fprintf(stderr, "vorn: %s\n", error.what());
     }
-    if (!ranks.begun()) ranks.release();
+    if (!ranks.begun() || ranks.standing_by()) ranks.release();
     return status;
 }
 
