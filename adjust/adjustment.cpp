@@ -40,7 +40,9 @@ private:
     Status judge_failure(const std::vector<double> &first);
     void find_hardly_determined();
     void count();
-    void make_whole();
+    void find_left_out();
+    void find_places();
+    void find_seen();
 
     Model &model;
     const Options &options;
@@ -221,31 +223,63 @@ void Adjustment::count()
         outcome.variance_factor = outcome.iteration.squares / outcome.redundancy;
 }
 
-// Brings the equations of all ranks together, and names those that have no derivative.
-void Adjustment::make_whole()
+// Names the observations of all ranks that have no derivative.
+void Adjustment::find_left_out()
 {
-    if (system.share.shared()) {
-        system.equations = whole_equations(model, system.derivatives);
-        system.rows.members = group_members(model, system.equations);
-    }
     const Equations &e = system.equations;
+    std::vector<int> &out = outcome.left_out;
     for (int r = 0; r < e.rows(); r++)
-        if (!e.usable[r] && e.component[r] == 0) outcome.left_out.push_back(e.observation[r]);
+        if (!e.usable[r] && e.component[r] == 0) out.push_back(e.observation[r]);
+    if (!system.share.any(!out.empty()) || !system.share.shared()) return;
+    std::vector<double> all(model.observations.size(), 0.0);
+    for (const int o : out) all[o] = 1.0;
+    system.share.sum(&all);
+    out.clear();
+    for (std::size_t o = 0; o < all.size(); o++)
+        if (all[o] > 0.0) out.push_back((int)o);
+}
+
+// Where the rows of this rank stand among those of all.
+void Adjustment::find_places()
+{
+    const Equations &e = system.equations;
+    std::vector<int> unusable(model.observations.size(), 0); // components of each observation
+    for (const int o : outcome.left_out) unusable[o] = components(model.observations[o].kind, model.frame.space);
+    std::vector<int> first; // usable row of each observation
+    first.reserve(model.observations.size());
+    int rows = 0;
+    for (std::size_t o = 0; o < model.observations.size(); o++) {
+        first.push_back(rows);
+        if (model.observations[o].use) rows += components(model.observations[o].kind, model.frame.space) - unusable[o];
+    }
+    outcome.place.reserve(e.rows());
+    for (int r = 0; r < e.rows(); r++)
+        outcome.place.push_back(e.usable[r] ? first[e.observation[r]] + e.component[r] : -1);
+}
+
+void Adjustment::find_seen()
+{
+    std::vector<double> seen(model.n_unknowns(), 0.0);
+    for (const int u : system.equations.column) seen[u] = 1.0;
+    system.share.sum(&seen);
+    outcome.seen.reserve(seen.size());
+    for (const double x : seen) outcome.seen.push_back(x > 0.0);
 }
 
 void Adjustment::suspect(const Cofactors &cofactors)
 {
     const SuspectOptions &o = options.suspects;
     if (o.most <= 0 || !o.limit || !options.iterate || outcome.redundancy <= 0 || options.watch.stopped()) return;
-    const double limit =
-        o.limit(tested_rows(outcome.statistics, o.least_share), outcome.redundancy, outcome.variance_factor);
-    outcome.suspects = find_suspects(model, system, cofactors, outcome.statistics, limit, o, options.watch);
+    const double limit = o.limit(outcome.tested, outcome.redundancy, outcome.variance_factor);
+    outcome.suspects =
+        find_suspects(model, system, cofactors, outcome.statistics, outcome.place, limit, o, options.watch);
 }
 
 Status Adjustment::find_precision()
 {
     options.watch.tell(Step::datum);
     if (datum.open > 0) set_motions(system.columns, find_datum(&model, system).motions, &datum);
+    if (options.classes.empty()) release_rows(&system);
     Cofactors cofactors(system, datum);
     InverseOptions inverse_options;
     inverse_options.threads = options.threads;
@@ -263,8 +297,9 @@ Status Adjustment::find_precision()
     s.joint = options.joint;
     s.together = options.together;
     if (options.forms) s.forms = options.forms(model);
+    s.place = outcome.place;
     outcome.statistics = statistics(model, system, cofactors, s);
-    make_whole();
+    outcome.tested = (int)system.share.sum(tested_rows(outcome.statistics, options.suspects.least_share));
     suspect(cofactors);
     if (!options.classes.empty() && options.residuals)
         outcome.traces =
@@ -287,10 +322,12 @@ Outcome Adjustment::run()
     outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
     if (outcome.status == Status::adjusted) outcome.status = options.watch.stopped() ? Status::stopped : find_values();
     count();
-    if (outcome.status == Status::adjusted && options.statistics)
-        outcome.status = find_precision();
-    else
-        make_whole();
+    if (outcome.status == Status::adjusted || !system.share.shared()) {
+        find_left_out();
+        find_places();
+        find_seen();
+    }
+    if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
     if (outcome.status == Status::stopped) model.value = first;
     outcome.equations = std::move(system.equations);
     return std::move(outcome);

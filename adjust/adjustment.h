@@ -55,7 +55,10 @@ enum class Status {
 struct Outcome {
     Status status = Status::adjusted;
     Determinacy determinacy; // datum at the first values; mechanisms and findings where something is not determined
-    Equations equations;     // at the last values; misclosure is the residual observed - adjusted
+    Equations equations;     // at the last values, of this rank; misclosure is the residual observed - adjusted
+    std::vector<int> place;  // [rows of the equations] among the usable rows of all ranks, which stand in the order of
+                             // the observations; -1 where it is not usable
+    std::vector<char> seen;  // [unknowns] 1 where a row of any rank sees it
     Iteration iteration;
     std::vector<int> left_out; // observations without a derivative at the last values
     std::vector<int> failed;   // unknowns of singular; of no_convergence those that are hardly determined
@@ -63,7 +66,8 @@ struct Outcome {
     int bad_row = -1;            // of the equations, of bad_group: it depends on those of the group before it
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
 
-    int rows = 0;                 // usable
+    int rows = 0;                 // usable, of all ranks
+    int tested = 0;               // of these, rows with the share of control that the options of suspects ask for
     int unknowns = 0;             // estimated
     int open = 0;                 // motions closed by datum points
     int redundancy = 0;           // rows - unknowns + open
@@ -75,8 +79,9 @@ struct Outcome {
         weak; // turns and scale that the observations determine badly, where statistics are asked for
 };
 
-// With ranks, each factors, inverts and tests its part of the network; model and outcome are whole on all of them. A
-// network that cannot be adjusted is left to the first rank, which finds out by itself why not.
+// With ranks, each factors, inverts and tests its part of the network. The model and what the outcome has of unknowns
+// and points is whole on all of them; equations and tests are those of its own observations. A network that cannot be
+// adjusted is left to the first rank, which finds out by itself why not.
 //
 // Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration
 // after no_convergence, and untouched otherwise. Throws std::bad_alloc; the values are then those of any step.

@@ -10,6 +10,7 @@
 #define VORNADJUST_RANKS_H
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 namespace vornadjust {
@@ -26,6 +27,15 @@ public:
     // From here on the first rank works alone; does not return on the others.
     virtual void leave_to_first() = 0;
     virtual bool alone() const = 0; // after that
+
+    // From here on the others only answer the first rank, in what follows.
+    virtual void stand_by() = 0;
+    // Numbers of the first rank for all; the others may wait long. Does not return on those that the first one has no
+    // more need of.
+    //   x  in/out  [n]
+    virtual void hear(double *x, std::size_t n) = 0;
+    // Brings bytes of all ranks to the first, in their order; the others get nothing.
+    virtual std::vector<std::string> bring(const std::string &own) = 0;
 
     // Sums, and the largest, of what all ranks have in each of n places.
     //   x  in/out  [n]; a NaN makes its sum a NaN and counts as infinite among the largest

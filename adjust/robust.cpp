@@ -19,13 +19,14 @@ double weight_of(Estimator estimator, double u)
 
 // Weights by the residuals of a run.
 std::vector<double> weights_of(const Model &model, const Equations &e, const std::vector<double> &factor,
-                               Estimator estimator)
+                               Estimator estimator, Ranks *ranks)
 {
     std::vector<double> u(model.observations.size(), 0.0);
     for (int r = 0; r < e.rows(); r++) {
         const int o = e.observation[r];
         if (e.usable[r]) u[o] = std::fmax(u[o], std::fabs(e.misclosure[r]) * factor[o] / e.sigma[r]);
     }
+    if (ranks && !ranks->alone()) ranks->sum(u.data(), u.size()); // an observation stands on one of them
     std::vector<double> w;
     w.reserve(u.size());
     for (double x : u) w.push_back(std::fmax(1e-12, weight_of(estimator, x)));
@@ -86,7 +87,7 @@ bool Reweighting::settle(Estimator estimator)
         weigh(result.weight);
         result.outcome = adjust(&model, values);
         if (result.outcome.status != Status::adjusted) return false;
-        std::vector<double> next = weights_of(model, result.outcome.equations, factor, estimator);
+        std::vector<double> next = weights_of(model, result.outcome.equations, factor, estimator, options.ranks);
         result.settled = largest_change(next, result.weight) < settled_at;
         result.weight = std::move(next);
     }

@@ -24,8 +24,6 @@ private:
     Outcome adjusted();
     void use(int which, bool on);
     int most() const;
-    int unit_of(int row) const { return unit_of(result.outcome, row); }
-    int unit_of(const Outcome &outcome, int row) const { return unit[outcome.equations.observation[row]]; }
     const Suspect *worst(const Outcome &outcome) const;
     bool leave_out();
     void try_again();
@@ -58,7 +56,7 @@ int Snooping::most() const { return std::min(limits.most, (int)(limits.largest_s
 const Suspect *Snooping::worst(const Outcome &outcome) const
 {
     for (const Suspect &s : outcome.suspects)
-        if (!keep[unit_of(outcome, s.row)]) return &s;
+        if (!keep[unit[s.observation]]) return &s;
     return nullptr;
 }
 
@@ -71,10 +69,9 @@ bool Snooping::leave_out()
         result.ended = false;
         return false;
     }
-    SnoopStep step = {
-        SnoopStep::Action::left_out, unit_of(s->row), result.outcome.statistics.rows[s->row].normalised, 1.0, {}};
+    SnoopStep step = {SnoopStep::Action::left_out, unit[s->observation], s->normalised, 1.0, {}};
     for (const Alike &a : s->alike) {
-        const int other = unit_of(a.row);
+        const int other = unit[a.observation];
         if (other != step.unit && std::find(step.alike.begin(), step.alike.end(), other) == step.alike.end())
             step.alike.push_back(other);
     }

@@ -72,7 +72,8 @@ struct Bundle {
 class RowTests {
 public:
     RowTests(const Model &m, const System &s, const Cofactors &c, const StatisticsOptions &o, Statistics *out)
-        : model(m), system(s), cofactors(c), watch(o.watch), threads(o.threads), together(o.together), result(*out)
+        : model(m), system(s), cofactors(c), watch(o.watch), threads(o.threads), together(o.together), place(o.place),
+          result(*out)
     {
     }
 
@@ -102,6 +103,7 @@ private:
     const Watch &watch;
     const int threads;
     const std::vector<std::vector<int>> &together;
+    const std::vector<int> &place;
     Statistics &result;
     std::vector<int> bundle_of;   // [rows] which of the observations tested together, or -1
     std::vector<double> weighted; // [rows] weighted residuals (P v)_i of members of groups, 0 where there is no test
@@ -115,9 +117,13 @@ void RowTests::find_bundles()
     for (std::size_t b = 0; b < together.size(); b++)
         for (int o : together[b]) of[o] = (int)b;
     bundle_of.assign(e.rows(), -1);
-    for (int r = 0; r < e.rows(); r++)
-        if (e.usable[r]) bundle_of[r] = of[e.observation[r]];
     result.together.assign(together.size(), {});
+    for (int r = 0; r < e.rows(); r++) {
+        if (!e.usable[r] || of[e.observation[r]] < 0) continue;
+        bundle_of[r] = of[e.observation[r]];
+        JointStatistics &joint = result.together[bundle_of[r]];
+        if (joint.rows++ == 0) joint.first = place[r];
+    }
 }
 
 std::vector<int> RowTests::usable_members(int group) const
@@ -572,32 +578,19 @@ std::vector<Covariance> all_points(const Model &model, const System &s, const Co
     return points;
 }
 
-// Gives every rank the rows of all, as they follow one another in the equations of the whole network, and their sums.
-void gather_rows(const Model &model, const System &s, Statistics *result)
+// Sums over the rows of all ranks. Observations that are tested together stand on one of them.
+void sum_over_ranks(const System &s, Statistics *result)
 {
     if (!s.share.shared()) return;
-    constexpr std::size_t numbers = 7;
-    static_assert(sizeof(RowStatistics) == numbers * sizeof(double), "rows are summed as numbers");
-    std::vector<std::size_t> first; // row of each observation
-    std::size_t rows = 0;
-    first.reserve(model.observations.size());
-    for (const Observation &o : model.observations) {
-        first.push_back(rows);
-        if (o.use) rows += (std::size_t)components(o.kind, model.frame.space);
-    }
-    std::vector<RowStatistics> all(rows);
-    for (int r = 0; r < s.equations.rows(); r++)
-        all[first[s.equations.observation[r]] + s.equations.component[r]] = result->rows[r];
-    if (rows > 0) s.share.ranks->sum(&all[0].residual, numbers * rows);
-    result->rows = std::move(all);
-
     std::vector<double> sums;
     for (const KindStatistics &k : result->kinds) sums.insert(sums.end(), {(double)k.rows, k.squares, k.redundancy});
-    for (const JointStatistics &j : result->together) sums.insert(sums.end(), {(double)j.rank, j.squares});
+    for (const JointStatistics &j : result->together)
+        sums.insert(sums.end(), {(double)j.rank, j.squares, (double)j.rows, j.first + 1.0});
     s.share.sum(&sums);
     const double *at = sums.data();
     for (KindStatistics &k : result->kinds) k.rows = (int)at[0], k.squares = at[1], k.redundancy = at[2], at += 3;
-    for (JointStatistics &j : result->together) j.rank = (int)at[0], j.squares = at[1], at += 2;
+    for (JointStatistics &j : result->together)
+        j.rank = (int)at[0], j.squares = at[1], j.rows = (int)at[2], j.first = (int)at[3] - 1, at += 4;
 }
 
 } // namespace
@@ -627,7 +620,7 @@ Statistics statistics(const Model &model, const System &system, const Cofactors 
     s.joint = joint_cofactors(system, cofactors, options.joint);
     if (options.residuals) {
         RowTests(model, system, cofactors, options, &s).run();
-        gather_rows(model, system, &s);
+        sum_over_ranks(system, &s);
     }
     return s;
 }

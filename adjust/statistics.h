@@ -54,6 +54,8 @@ using Form = std::vector<std::pair<int, double>>;
 struct JointStatistics {
     int rank = 0;         // of the cofactors of their residuals; 0: nothing controls them
     double squares = 0.0; // chi-square of the rank where no observation is wrong, for a variance factor of 1
+    int rows = 0;         // usable
+    int first = -1;       // place of the first of them among the usable rows
 };
 
 // Rows of one kind together.
@@ -96,7 +98,7 @@ struct Statistics {
     std::vector<WeakPair> weak_pairs;      // those with the largest a, the worst first
     std::vector<double> forms;             // standard deviations of linear functions of the unknowns, as asked for
     std::vector<double> joint;             // [joint][joint] cofactors (variance factor 1); 0 for what is held
-    std::vector<RowStatistics> rows;       // [rows]; empty when not asked for
+    std::vector<RowStatistics> rows;       // [rows] of this rank; empty when not asked for
     std::vector<JointStatistics> together; // as asked for; empty without rows
     std::array<KindStatistics, n_kinds> kinds = {}; // by Kind, of usable rows
 };
@@ -105,6 +107,7 @@ struct StatisticsOptions {
     double sigma = 1.0;
     bool residuals = true;
     int threads = 1;
+    std::vector<int> place;                 // [rows] among the usable rows of all ranks, or -1
     Watch watch;                            // rows without statistics are missing where it stops
     std::vector<std::pair<int, int>> pairs; // of points
     int weak_pairs = 0;                     // how many are wanted
@@ -115,7 +118,7 @@ struct StatisticsOptions {
     std::vector<std::vector<int>> together;
 };
 
-// Where ranks share the system, each gets the statistics of the whole network.
+// Where ranks share the system, each gets the statistics of all unknowns, and those of its own rows.
 Statistics statistics(const Model &model, const System &system, const Cofactors &cofactors,
                       const StatisticsOptions &options);
 

@@ -9,12 +9,12 @@ namespace {
 
 class Search {
 public:
-    Search(const Model &m, const System &s, const Cofactors &c, const Statistics &st)
-        : model(m), system(s), cofactors(c), statistics(st)
+    Search(const Model &m, const System &s, const Cofactors &c, const Statistics &st, const std::vector<int> &p)
+        : model(m), system(s), cofactors(c), statistics(st), place(p)
     {
     }
 
-    std::vector<Suspect> worst(double limit, const SuspectOptions &options) const;
+    std::vector<Suspect> worst(double limit, const SuspectOptions &options);
     void find_effects(std::vector<Suspect> *suspects, const Watch &watch);
     void find_alike(const SuspectOptions &options, std::vector<Suspect> *suspects) const;
 
@@ -29,24 +29,76 @@ private:
     const System &system;
     const Cofactors &cofactors;
     const Statistics &statistics;
-    std::vector<double> left; // [rows][suspects] e - A Q A^T P e, then P times this: columns of P Qvv P
+    const std::vector<int> &place;
+    std::vector<int> own_row;    // [suspects] or -1 where another rank has it
+    std::vector<double> control; // [suspects] of their rows
+    std::vector<double> left;    // [rows][suspects] e - A Q A^T P e, then P times this: columns of P Qvv P
 };
 
-std::vector<Suspect> Search::worst(double limit, const SuspectOptions &options) const
+// The first n in that order of those that the ranks have found. On one rank they are what it has found.
+template <class Found, class Order>
+void gather_first(const Share &share, std::size_t n, const Order &before, std::vector<Found> *found)
+{
+    constexpr std::size_t numbers = sizeof(Found) / sizeof(double);
+    static_assert(sizeof(Found) == numbers * sizeof(double), "they are summed as numbers");
+    std::sort(found->begin(), found->end(), before);
+    if (found->size() > n) found->resize(n);
+    if (!share.shared()) return;
+    std::vector<double> counts(share.ranks->size(), 0.0);
+    counts[share.ranks->own()] = (double)found->size();
+    share.sum(&counts);
+    std::size_t first = 0, all = 0;
+    for (int r = 0; r < share.ranks->size(); r++) {
+        if (r == share.ranks->own()) first = all;
+        all += (std::size_t)counts[r];
+    }
+    std::vector<double> sum(numbers * all, 0.0);
+    for (std::size_t i = 0; i < found->size(); i++)
+        std::copy_n((*found)[i].numbers, numbers, &sum[numbers * (first + i)]);
+    share.sum(&sum);
+    found->resize(all);
+    for (std::size_t i = 0; i < all; i++) std::copy_n(&sum[numbers * i], numbers, (*found)[i].numbers);
+    std::sort(found->begin(), found->end(), before);
+    if (found->size() > n) found->resize(n);
+}
+
+// A row that is suspect, or like one: its size in the order of the list, its place, its observation, and what else is
+// told of it.
+struct FoundRow {
+    double numbers[6] = {};
+
+    double size() const { return numbers[0]; }
+    int place() const { return (int)numbers[1]; }
+    int observation() const { return (int)numbers[2]; }
+};
+
+bool larger(const FoundRow &a, const FoundRow &b)
+{
+    return a.size() != b.size() ? a.size() > b.size() : a.place() < b.place();
+}
+
+std::vector<Suspect> Search::worst(double limit, const SuspectOptions &options)
 {
     const auto size = [&](int r) {
         const double w = options.weight.empty() ? 1.0 : options.weight[system.equations.observation[r]];
         return std::fabs(statistics.rows[r].normalised) / std::sqrt(w);
     };
-    std::vector<int> beyond;
-    for (int r = 0; r < (int)statistics.rows.size(); r++)
-        if (statistics.rows[r].share() >= options.least_share && size(r) > limit) beyond.push_back(r);
-    const std::size_t n = std::min((std::size_t)options.most, beyond.size());
-    std::partial_sort(beyond.begin(), beyond.begin() + (std::ptrdiff_t)n, beyond.end(),
-                      [&](int a, int b) { return size(a) != size(b) ? size(a) > size(b) : a < b; });
-    std::vector<Suspect> suspects(n);
-    for (std::size_t i = 0; i < n; i++)
-        suspects[i].row = beyond[i], suspects[i].error = statistics.rows[beyond[i]].error();
+    std::vector<FoundRow> beyond;
+    for (int r = 0; r < (int)statistics.rows.size(); r++) {
+        const RowStatistics &s = statistics.rows[r];
+        if (s.share() < options.least_share || !(size(r) > limit)) continue;
+        beyond.push_back(
+            {{size(r), (double)place[r], (double)system.equations.observation[r], s.normalised, s.error(), s.control}});
+    }
+    gather_first(system.share, (std::size_t)options.most, larger, &beyond);
+    std::vector<Suspect> suspects;
+    suspects.reserve(beyond.size());
+    for (const FoundRow &f : beyond) {
+        suspects.push_back({f.place(), f.observation(), f.numbers[3], f.numbers[4], 0.0, -1, {}});
+        control.push_back(f.numbers[5]);
+        const auto own = std::find(place.begin(), place.end(), f.place());
+        own_row.push_back(own == place.end() ? -1 : (int)(own - place.begin()));
+    }
     return suspects;
 }
 
@@ -132,12 +184,13 @@ void Search::find_effects(std::vector<Suspect> *suspects, const Watch &watch)
     for (std::size_t first = 0; first < n && !watch.stopped(); first += at_once) {
         const std::size_t m = std::min(n - first, at_once), size = model.n_unknowns();
         std::vector<double> x(m * size, 0.0);
-        for (std::size_t i = 0; i < m; i++) add_weighted_row((*suspects)[first + i].row, &x[i * size]);
+        for (std::size_t i = 0; i < m; i++)
+            if (own_row[first + i] >= 0) add_weighted_row(own_row[first + i], &x[i * size]);
+        system.share.sum(&x);
         cofactors.multiply((int)m, x.data());
         for (std::size_t i = 0; i < m; i++) {
-            Suspect &s = (*suspects)[first + i];
-            find_shift(&x[i * size], &s);
-            left[s.row * n + first + i] = 1.0;
+            find_shift(&x[i * size], &(*suspects)[first + i]);
+            if (own_row[first + i] >= 0) left[own_row[first + i] * n + first + i] = 1.0;
         }
         take_out(x, first, m, n);
     }
@@ -148,17 +201,17 @@ void Search::find_alike(const SuspectOptions &options, std::vector<Suspect> *sus
 {
     const std::size_t n = suspects->size();
     for (std::size_t k = 0; k < n; k++) {
-        Suspect &s = (*suspects)[k];
+        std::vector<FoundRow> alike;
         for (int r = 0; r < (int)statistics.rows.size(); r++) {
             const RowStatistics &other = statistics.rows[r];
-            if (r == s.row || !other.controlled() || other.share() < options.least_share) continue;
-            const double c = left[r * n + k] / std::sqrt(other.control * statistics.rows[s.row].control);
-            if (std::fabs(c) >= options.least_correlation) s.alike.push_back({r, std::fmax(-1.0, std::fmin(1.0, c))});
+            if (r == own_row[k] || !other.controlled() || other.share() < options.least_share) continue;
+            const double found = left[r * n + k] / std::sqrt(other.control * control[k]);
+            const double c = std::fmax(-1.0, std::fmin(1.0, found));
+            if (std::fabs(c) >= options.least_correlation)
+                alike.push_back({{std::fabs(c), (double)place[r], (double)system.equations.observation[r], c}});
         }
-        std::stable_sort(s.alike.begin(), s.alike.end(), [](const Alike &a, const Alike &b) {
-            return std::fabs(a.correlation) > std::fabs(b.correlation);
-        });
-        if ((int)s.alike.size() > options.most_alike) s.alike.resize(options.most_alike);
+        gather_first(system.share, (std::size_t)options.most_alike, larger, &alike);
+        for (const FoundRow &f : alike) (*suspects)[k].alike.push_back({f.place(), f.observation(), f.numbers[3]});
     }
 }
 
@@ -171,10 +224,10 @@ int tested_rows(const Statistics &statistics, double least_share)
 }
 
 std::vector<Suspect> find_suspects(const Model &model, const System &system, const Cofactors &cofactors,
-                                   const Statistics &statistics, double limit, const SuspectOptions &options,
-                                   const Watch &watch)
+                                   const Statistics &statistics, const std::vector<int> &place, double limit,
+                                   const SuspectOptions &options, const Watch &watch)
 {
-    Search search(model, system, cofactors, statistics);
+    Search search(model, system, cofactors, statistics, place);
     std::vector<Suspect> suspects = search.worst(limit, options);
     if (suspects.empty()) return suspects;
     search.find_effects(&suspects, watch);

@@ -31,24 +31,28 @@ struct SuspectOptions {
 };
 
 struct Alike {
-    int row;
+    int place; // among the usable rows of all ranks
+    int observation;
     double correlation;
 };
 
 struct Suspect {
-    int row;
+    int place; // among the usable rows of all ranks
+    int observation;
+    double normalised;        // as of its row
     double error;             // observed less what it would have to read; metres, radians or pixels
     double shift = 0.0;       // metres, of the point that it shifts most
     int point = -1;           // that point; -1 where it shifts none
     std::vector<Alike> alike; // the most correlated first
 };
 
-// Rows beyond the limit, the worst first, at most so many.
+// Rows beyond the limit, the worst first, at most so many; of all ranks, each of which finds the same.
+//   place  [rows] among the usable rows of all ranks, or -1
 std::vector<Suspect> find_suspects(const Model &model, const System &system, const Cofactors &cofactors,
-                                   const Statistics &statistics, double limit, const SuspectOptions &options,
-                                   const Watch &watch);
+                                   const Statistics &statistics, const std::vector<int> &place, double limit,
+                                   const SuspectOptions &options, const Watch &watch);
 
-// Number of rows with at least this share of control.
+// Number of rows with at least this share of control, those of this rank.
 int tested_rows(const Statistics &statistics, double least_share);
 
 } // namespace vornadjust

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "adjust/division.h"
 #include "adjust/order.h"
@@ -175,6 +176,16 @@ bool factorize(System *s, double damping, const FactorOptions &options)
     const bool whole = factorize_share(s, damping, options);
     for (int j = 0; j < a.n; j++) a.value[a.start[j]] = diagonal[j];
     return whole;
+}
+
+void release_rows(System *s)
+{
+    WeightedRows members;
+    members.members = std::move(s->rows.members);
+    s->rows = std::move(members);
+    s->normal.matrix = SymmetricMatrix();
+    for (std::vector<double> *list : {&s->normal.right, &s->normal.work}) *list = std::vector<double>();
+    s->normal.entry = std::vector<int>();
 }
 
 void solve(const System &s, int m, double *b)

@@ -64,6 +64,9 @@ void fill_normal(System *system);
 // Returns whether all pivots stand; otherwise system->factor names those that fail (without ranks).
 bool factorize(System *system, double damping, const FactorOptions &options);
 
+// Gives back what only another linearization needs: weighted rows and normal matrix. Members of groups stay.
+void release_rows(System *system);
+
 // Solves with the factor.
 //   b  in/out  [m][n] right-hand sides, contributions of this rank; become solutions
 void solve(const System &system, int m, double *b);

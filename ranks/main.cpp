@@ -16,7 +16,9 @@
 #include <string>
 
 #include "commands.h"
+#include "host/own/observation_results.h"
 #include "host/own/road.h"
+#include "host/own/shared_rows.h"
 #include "host/run/memory_limit.h"
 #include "host/run/silence.h"
 #include "host/system/file_disk.h"
@@ -94,7 +96,8 @@ void follow(const Options &options)
     vornhost::RunWatch watch;
     watch.ranks = options.ranks;
     if (options.memory) watch.disk = &disk.emplace(*options.memory, end_without_disk);
-    run_own(model, silence, false, watch);
+    const auto own = std::make_shared<const vornhost::OwnOutcome>(run_own(model, silence, false, watch));
+    if (own->ranks) vornhost::serve_rows(vornhost::ObservationResults(model, own), *own->ranks);
 }
 
 void follow_to_the_end(const Options &options, MpiRanks &ranks)
@@ -121,10 +124,10 @@ int lead(const Options &options, MpiRanks &ranks)
     } catch (const std::bad_alloc &) {
         end_without_memory();
     } catch (const std::exception &error) {
-        if (ranks.begun() && !ranks.alone()) end_all(error.what());
+        if (ranks.begun() && !ranks.alone() && !ranks.standing_by()) end_all(error.what());
         fprintf(stderr, "vorn: %s\n", error.what());
     }
-    if (!ranks.begun()) ranks.release();
+    if (!ranks.begun() || ranks.standing_by()) ranks.release();
     return status;
 }
 

@@ -54,6 +54,27 @@ void MpiRanks::leave_to_first()
     is_alone = true;
 }
 
+void MpiRanks::hear(double *x, std::size_t n)
+{
+    if (call(1) == 0) throw Released();
+    MPI_Bcast(x, (int)n, MPI_DOUBLE, 0, MPI_COMM_WORLD);
+}
+
+std::vector<std::string> MpiRanks::bring(const std::string &own)
+{
+    const int n = (int)own.size();
+    std::vector<int> sizes(self == 0 ? (std::size_t)processes : 0), starts(sizes.size(), 0);
+    MPI_Gather(&n, 1, MPI_INT, sizes.data(), 1, MPI_INT, 0, MPI_COMM_WORLD);
+    for (std::size_t r = 1; r < sizes.size(); r++) starts[r] = starts[r - 1] + sizes[r - 1];
+    std::string all(self == 0 ? (std::size_t)(starts.back() + sizes.back()) : 0, '\0');
+    MPI_Gatherv(own.data(), n, MPI_CHAR, all.data(), sizes.data(), starts.data(), MPI_CHAR, 0, MPI_COMM_WORLD);
+    std::vector<std::string> by_rank;
+    by_rank.reserve(sizes.size());
+    for (std::size_t r = 0; r < sizes.size(); r++)
+        by_rank.push_back(all.substr((std::size_t)starts[r], (std::size_t)sizes[r]));
+    return by_rank;
+}
+
 void MpiRanks::sum(double *x, std::size_t n) { reduce(x, n, MPI_SUM); }
 
 void MpiRanks::most(double *x, std::size_t n)

@@ -3,6 +3,10 @@
 #ifndef VORN_RANKS_MPI_RANKS_H
 #define VORN_RANKS_MPI_RANKS_H
 
+#include <cstddef>
+#include <string>
+#include <vector>
+
 #include "adjust/ranks.h"
 #include "ranks/boundary.h"
 
@@ -19,6 +23,10 @@ public:
     void leave_to_first() override;
     bool alone() const override { return is_alone; }
 
+    void stand_by() override { stands_by = true; }
+    void hear(double *x, std::size_t n) override;
+    std::vector<std::string> bring(const std::string &own) override;
+
     void sum(double *x, std::size_t n) override;
     void most(double *x, std::size_t n) override;
 
@@ -33,7 +41,10 @@ public:
 
     // Whether any adjustment has begun.
     bool begun() const { return has_begun; }
-    // The first process tells the others, which wait for an adjustment to begin, that there is none.
+    // Whether the others wait for what the first one asks.
+    bool standing_by() const { return stands_by; }
+    // The first process tells the others, which wait for an adjustment to begin or stand by, that there is nothing
+    // more.
     void release();
     // Another process waits for that. False when the first one begins to adjust.
     bool await_release();
@@ -42,7 +53,7 @@ private:
     int call(int go);
 
     int self = 0, processes = 1;
-    bool is_alone = false, has_begun = false;
+    bool is_alone = false, has_begun = false, stands_by = false;
     Boundary boundary;
 };
 

@@ -16,6 +16,7 @@
 #include "host/own/item_names.h"
 #include "host/own/joint_tests.h"
 #include "host/own/observation_results.h"
+#include "host/own/shared_rows.h"
 #include "host/results/test_limits.h"
 #include "host/results/test_rule.h"
 
@@ -34,15 +35,19 @@ public:
           results(all), planned(model.mode == Mode::Propagation), precise(own->adjusted() && has_precision()),
           rows(std::make_shared<const ObservationResults>(model, own)), rule(rows->rule())
     {
-        seen.assign(values.value.size(), false);
-        for (const int u : adjustment.equations.column) seen[(size_t)u] = true;
     }
 
     void run();
 
 private:
     bool has_precision() const { return !adjustment.statistics.deviation.empty(); }
-    bool estimated(int unknown) const { return values.estimated(unknown) && seen[(size_t)unknown]; }
+    // Of any process.
+    bool has_tests() const
+    {
+        return precise && std::any_of(adjustment.statistics.kinds.begin(), adjustment.statistics.kinds.end(),
+                                      [](const va::KindStatistics &k) { return k.rows > 0; });
+    }
+    bool estimated(int unknown) const { return values.estimated(unknown) && adjustment.seen[(size_t)unknown]; }
     std::optional<double> deviation(int unknown) const;
     template <int n>
     void parameters(int first, std::optional<double> (&value)[n], std::optional<double> (&sd)[n]) const;
@@ -82,7 +87,6 @@ private:
     std::map<std::string, KindResult> marks; // of the residuals of each kind, weighted and imported ones together
     int unchecked = 0;
     std::optional<size_t> first_unchecked;
-    std::vector<bool> seen; // [unknowns] some observation sees it
 };
 
 std::optional<double> Collection::deviation(int unknown) const
@@ -316,6 +320,7 @@ void Collection::look_through()
         k.unchecked += !r.checked.value_or(true);
         unchecked += !r.checked.value_or(true);
         if (!r.checked.value_or(true) && !first_unchecked) first_unchecked = i;
+        if (!outcome.weights.empty() && r.weight < 1.0) results.weights.push_back({i, r.weight});
         if (r.test && r.test->rejected) worst.emplace_back(std::fabs(r.normalised.value_or(0.0)), i);
         i++;
     }
@@ -327,13 +332,12 @@ void Collection::look_through()
 void Collection::residuals()
 {
     if (!outcome.adjusted()) return;
-    results.residuals =
-        Residuals(rows->size(), [all = rows](size_t first, size_t count) { return all->make(first, count); });
-    if (precise && !adjustment.statistics.rows.empty()) {
-        look_through();
-        tests();
-    }
-    weights();
+    results.residuals = Residuals((size_t)adjustment.rows, [all = rows, ranks = outcome.ranks](size_t first, size_t n) {
+        return ranks ? fetch_rows(*all, *ranks, first, n) : all->make(first, n);
+    });
+    if (has_tests() || !outcome.weights.empty()) look_through();
+    if (has_tests()) tests();
+    if (!outcome.weights.empty()) weights();
     suspects();
     joint_tests();
     results.snooping = outcome.snooping;
@@ -369,12 +373,8 @@ const char *robust_word(Robust robust)
 
 void Collection::weights()
 {
-    if (outcome.weights.empty()) return;
     results.robust = robust_word(network.tests.robust);
     std::vector<WeightResult> &all = results.weights;
-    for (int row = 0; row < adjustment.equations.rows(); row++)
-        if (adjustment.equations.usable[(size_t)row] && rows->weight(row) < 1.0)
-            all.push_back({(size_t)rows->place_of(row), rows->weight(row)});
     std::stable_sort(all.begin(), all.end(),
                      [](const WeightResult &a, const WeightResult &b) { return a.weight < b.weight; });
 }
@@ -383,15 +383,15 @@ void Collection::suspects()
 {
     for (const va::Suspect &s : adjustment.suspects) {
         SuspectResult suspect;
-        suspect.residual = (size_t)rows->place_of(s.row);
+        suspect.residual = (size_t)s.place;
         const ResidualResult &r = std::as_const(results.residuals)[suspect.residual];
         suspect.error = s.error;
         suspect.would_read = r.raw.value_or(r.value) - s.error;
-        const va::Observation &o = values.observations[(size_t)adjustment.equations.observation[(size_t)s.row]];
+        const va::Observation &o = values.observations[(size_t)s.observation];
         if (is_circle(o)) suspect.would_read = on_circle(suspect.would_read);
         suspect.shift = s.shift;
         if (s.point >= 0) suspect.point = results.points[(size_t)s.point].name;
-        for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)rows->place_of(a.row), a.correlation});
+        for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)a.place, a.correlation});
         results.suspects.push_back(suspect);
     }
 }
@@ -400,21 +400,13 @@ void Collection::suspects()
 void Collection::joint_tests()
 {
     if (planned || !precise || adjustment.statistics.together.empty() || !outcome.weights.empty()) return;
-    std::vector<int> first(values.observations.size(), -1), count(values.observations.size(), 0);
-    const va::Equations &e = adjustment.equations;
-    for (int r = e.rows() - 1; r >= 0; r--) {
-        if (!e.usable[(size_t)r]) continue;
-        first[(size_t)e.observation[(size_t)r]] = r;
-        count[(size_t)e.observation[(size_t)r]]++;
-    }
-    const std::vector<std::vector<int>> together = tested_together(numbers);
-    for (size_t i = 0; i < together.size(); i++) {
+    for (const va::JointStatistics &j : adjustment.statistics.together) {
+        if (j.rows == 0) continue;
         JointTestResult t;
-        t.rank = adjustment.statistics.together[i].rank;
-        t.squares = adjustment.statistics.together[i].squares;
-        for (const int o : together[i]) t.components += count[(size_t)o];
-        if (t.components == 0) continue;
-        t.first = (size_t)rows->place_of(first[(size_t)together[i].front()]);
+        t.rank = j.rank;
+        t.squares = j.squares;
+        t.components = j.rows;
+        t.first = (size_t)j.first;
         if (rule.tests_together(t.rank)) {
             const double all = adjustment.variance_factor * adjustment.redundancy;
             t.probability = rule.probability_together(t.squares, all, t.rank);

@@ -20,8 +20,7 @@ const double turn = 8.0 * std::atan(1.0);
 TestRule rule_of(const Model &network, const va::Outcome &a)
 {
     const bool planned = network.mode == Mode::Propagation;
-    return {network.tests, va::tested_rows(a.statistics, network.tests.least_redundancy), planned ? 0 : a.redundancy,
-            std::sqrt(a.variance_factor)};
+    return {network.tests, a.tested, planned ? 0 : a.redundancy, std::sqrt(a.variance_factor)};
 }
 
 const char *component_name(const va::Model &model, const va::Observation &o, int component)
@@ -81,14 +80,14 @@ ObservationResults::ObservationResults(const Model &model, std::shared_ptr<const
 {
     if (!outcome->adjusted()) return;
     const va::Equations &e = adjustment.equations;
-    const int n = e.usable_rows(), f = adjustment.redundancy;
+    const int n = adjustment.rows, f = adjustment.redundancy;
     if (n > 0 && f > 0) {
         limit = normal_limit(significance);
         limit_divided = normal_limit(significance / n);
         tau = tau_limit(significance, f);
         tau_divided = tau_limit(significance / n, f);
     }
-    row_of.reserve((size_t)n);
+    row_of.reserve((size_t)e.rows());
     for (int row = 0; row < e.rows(); row++)
         if (e.usable[(size_t)row]) row_of.push_back(row);
 }
@@ -171,12 +170,13 @@ ResidualResult ObservationResults::of_row(int row) const
     r.value = o.value[component] + counted_from(o, component);
     r.sigma = e.sigma[(size_t)row];
     r.residual = e.misclosure[(size_t)row];
+    r.weight = weight(row);
     if (!planned) r.adjusted = is_circle(o) ? on_circle(r.value - r.residual) : r.value - r.residual;
     if (precise && !adjustment.statistics.rows.empty()) {
         const va::RowStatistics &s = adjustment.statistics.rows[(size_t)row];
         r.deviation = std::sqrt(s.cofactor);
         r.redundancy = s.redundancy;
-        const double w = weight(row);
+        const double w = r.weight;
         if (!planned && s.controlled()) r.normalised = s.normalised / std::sqrt(w);
         if (outcome->weights.empty()) mark(s, r);
         if (network.mode != Mode::Solution) test(s, w, r);
@@ -205,17 +205,32 @@ std::shared_ptr<const RowWords> ObservationResults::words_of(const ItemPlace &it
     return words.empty() ? nullptr : std::make_shared<const RowWords>(std::move(words));
 }
 
+// Places ascend with the rows.
+std::pair<std::vector<int>::const_iterator, std::vector<int>::const_iterator>
+ObservationResults::among(size_t first, size_t count) const
+{
+    const auto before = [this](int row, size_t place) { return (size_t)adjustment.place[(size_t)row] < place; };
+    const auto begin = std::lower_bound(row_of.begin(), row_of.end(), first, before);
+    return {begin, std::lower_bound(begin, row_of.end(), first + count, before)};
+}
+
 std::vector<ResidualResult> ObservationResults::make(size_t first, size_t count) const
 {
+    const auto [begin, end] = among(first, count);
     std::vector<ResidualResult> out;
-    out.reserve(count);
-    for (size_t i = first; i < first + count; i++) out.push_back(of_row(row_of[i]));
+    out.reserve((size_t)(end - begin));
+    std::transform(begin, end, std::back_inserter(out), [this](int row) { return of_row(row); });
     return out;
 }
 
-int ObservationResults::place_of(int row) const
+std::vector<size_t> ObservationResults::places(size_t first, size_t count) const
 {
-    return (int)(std::lower_bound(row_of.begin(), row_of.end(), row) - row_of.begin());
+    const auto [begin, end] = among(first, count);
+    std::vector<size_t> out;
+    out.reserve((size_t)(end - begin));
+    std::transform(begin, end, std::back_inserter(out),
+                   [this](int row) { return (size_t)adjustment.place[(size_t)row]; });
+    return out;
 }
 
 } // namespace vornhost

@@ -4,6 +4,7 @@
 #define VORNHOST_OBSERVATION_RESULTS_H
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "host/own/item_names.h"
@@ -23,15 +24,16 @@ public:
     // The model has to last as long as these; there are none where nothing was adjusted.
     ObservationResults(const Model &model, std::shared_ptr<const OwnOutcome> outcome);
 
-    size_t size() const { return row_of.size(); } // residuals
+    // Those of this process that are among the `count` residuals from `first` on, of all that share the adjustment.
     std::vector<ResidualResult> make(size_t first, size_t count) const;
-    int place_of(int row) const; // among the residuals, of a usable row of the equations
+    std::vector<size_t> places(size_t first, size_t count) const; // of these, among all residuals
 
     const TestRule &rule() const { return test_rule; }
-    // The weight of robust estimation, which tests do without.
-    double weight(int row) const;
 
 private:
+    std::pair<std::vector<int>::const_iterator, std::vector<int>::const_iterator> among(size_t first,
+                                                                                        size_t count) const;
+    double weight(int row) const;
     ResidualResult of_row(int row) const;
     double counted_from(const vornadjust::Observation &o, int component) const;
     std::shared_ptr<const RowWords> words_of(const ItemPlace &item, const ItemName &name) const;
@@ -48,7 +50,7 @@ private:
     const TestRule test_rule;
     const double detectable; // times the root of the cofactors of weighted residuals
     double limit = 0, limit_divided = 0, tau = 0, tau_divided = 0;
-    std::vector<int> row_of; // [residuals]
+    std::vector<int> row_of; // [residuals of this process] rows of the equations
 };
 
 } // namespace vornhost

@@ -24,6 +24,7 @@
 #include "host/results/test_rule.h"
 #include "host/run/determinacy_words.h"
 #include "host/system/file_disk.h"
+#include "host/system/process.h"
 
 namespace vornhost {
 
@@ -32,6 +33,7 @@ namespace {
 namespace va = vornadjust;
 
 constexpr int weakest_listed = 5; // pairs of points
+constexpr size_t large = 100000;  // observations, from which on memory counts
 const std::string beside_camera = "the point stands in the plane of the camera, across its axis";
 
 class Road {
@@ -48,6 +50,7 @@ private:
     std::vector<std::string> open_reference();
     void place_again();
     void look_over(bool placed);
+    bool shares_rows();
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     std::vector<std::string> adjust_by_weights();
@@ -138,7 +141,10 @@ va::Watch Road::told() const
 {
     static const char *const steps[] = {"equations", "datum", "order", "factor", "inverse", "statistics"};
     va::Watch w;
-    w.begin = [this](va::Step step) { watch.begin(steps[(int)step]); };
+    w.begin = [this](va::Step step) {
+        if (step == va::Step::inverse && outcome.numbers.items.size() > large) give_back_memory(); // what is behind it
+        watch.begin(steps[(int)step]);
+    };
     if (watch.progress) w.progress = [this](double share) { watch.progress->share(share); };
     w.stop = watch.stop;
     return w;
@@ -256,6 +262,7 @@ void Road::adjust()
     const bool snoop = network.tests.snoop && !checking;
     const bool robust = network.tests.robust != Robust::none && !checking;
     const bool on_earth = network.crs.given() && network.mode != Mode::Propagation;
+    if (network.components != Components::none && watch.ranks) watch.ranks->leave_to_first(); // they need all rows
     if (on_earth || !(snoop || robust)) outcome.adjustment = va::adjust(&outcome.numbers.model, options());
     if (on_earth) place_again();
     if (snoop)
@@ -279,6 +286,19 @@ void Road::adjust()
         for (const std::string &line : weak_notes(network, outcome)) note(line);
 }
 
+// The first process alone has words and files to write. True on the others where they have rows for it.
+bool Road::shares_rows()
+{
+    va::Ranks &ranks = *watch.ranks;
+    if (!outcome.adjusted() || ranks.alone() || ranks.size() < 2) {
+        ranks.leave_to_first();
+        return false;
+    }
+    outcome.ranks = &ranks;
+    ranks.stand_by();
+    return ranks.own() > 0;
+}
+
 OwnOutcome Road::run()
 {
     const auto start = std::chrono::steady_clock::now();
@@ -286,7 +306,7 @@ OwnOutcome Road::run()
     if (watch.disk) watch.disk->tell([this](const std::string &line) { note(line); });
     if (prepare()) adjust();
     if (watch.disk) watch.disk->tell(nullptr);
-    if (watch.ranks) watch.ranks->leave_to_first(); // it alone has words and files to write
+    if (watch.ranks && shares_rows()) return std::move(outcome);
     if (watch.stopped()) outcome.ending = Ending::stopped;
     if (outcome.ending == Ending::stopped) return std::move(outcome);
     watch.begin("writing");

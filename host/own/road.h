@@ -45,12 +45,15 @@ struct OwnOutcome {
     std::vector<double> weights; // [observations] of robust estimation; empty for least squares
     std::vector<ComponentResult> components;
 
+    vornadjust::Ranks *ranks = nullptr; // that have the other rows of the adjustment, and stand by; null: all are here
+
     bool adjusted() const { return ending == Ending::adjusted; }
 };
 
 // Adjusts the network; tells notes and progress to feedback. A check iterates and judges as a run does, but makes no
 // precision and no files. Records of points get first coordinates, and those of observations that take no part are
-// deselected. A run that was stopped has written nothing.
+// deselected. A run that was stopped has written nothing. Where processes share an adjusted network, the run returns on
+// all of them: those other than the first then stand by to serve their rows (shared_rows.h).
 OwnOutcome run_own(Model &network, Feedback &feedback, bool check = false, const RunWatch &watch = {});
 
 } // namespace vornhost

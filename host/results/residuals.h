@@ -67,6 +67,7 @@ struct ResidualResult {
     std::optional<double> redundancy; // 0 (nothing checks it) to 1
     std::optional<double> normalised; // residual by its standard deviation
     std::optional<bool> checked;      // enough other observations control it
+    double weight = 1;                // of robust estimation, by that of the standard deviation
     std::optional<ObservationTestResult> test;
     std::optional<bool> outside, normal, normal_divided, tau, tau_divided; // rejection marks
 

@@ -93,8 +93,11 @@ void keep_memory()
     mallopt(M_TRIM_THRESHOLD, 256 << 20);
     mallopt(M_TOP_PAD, 4 << 20);
 }
+
+void give_back_memory() { malloc_trim(0); }
 #else
 void keep_memory() {}
+void give_back_memory() {}
 #endif
 
 } // namespace vornhost

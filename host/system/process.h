@@ -20,6 +20,9 @@ void when_interrupted(void (*function)());
 // the system would have to be asked for its pages each time.
 void keep_memory();
 
+// Gives free memory back to the system, where it knows how: before a step that takes much in one piece.
+void give_back_memory();
+
 // Texts on a terminal are UTF-8.
 void show_utf8();
 

@@ -84,7 +84,7 @@ TEST(Robust, TheSuspectsAreThoseThatWereWrong)
         ASSERT_EQ(r.outcome.status, Status::adjusted);
         ASSERT_FALSE(r.outcome.suspects.empty()) << (int)e;
         const Suspect &s = r.outcome.suspects[0];
-        EXPECT_EQ(r.outcome.equations.observation[s.row], 5) << (int)e;
+        EXPECT_EQ(s.observation, 5) << (int)e;
         EXPECT_NEAR(s.error, 60 * m.observations[5].sigma[0], 5 * m.observations[5].sigma[0]) << (int)e;
     }
 }

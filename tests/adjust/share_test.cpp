@@ -9,6 +9,7 @@
 #include "adjust/adjustment.h"
 #include "adjust/degree.h"
 #include "adjust/division.h"
+#include "adjust/robust.h"
 #include "adjust/snoop.h"
 #include "random_networks.h"
 #include "scattered.h"
@@ -70,31 +71,59 @@ void expect_same(const Outcome &found, const Outcome &wanted)
     EXPECT_EQ(found.iteration.steps, wanted.iteration.steps);
     expect_near_relative(found.variance_factor, wanted.variance_factor, 0, "variance factor");
     expect_same_precision(found.statistics, wanted.statistics);
-    ASSERT_EQ(found.statistics.rows.size(), wanted.statistics.rows.size());
-    for (size_t r = 0; r < wanted.statistics.rows.size(); r++) {
-        const RowStatistics &a = found.statistics.rows[r], &b = wanted.statistics.rows[r];
-        const double sigma = wanted.equations.sigma[r];
-        expect_near_relative(a.residual, b.residual, sigma, "residual");
-        expect_near_relative(a.redundancy, b.redundancy, 1.0, "redundancy");
-        expect_near_relative(a.effect, b.effect, 1.0, "effect");
-        if (b.share() > 1e-3) {
-            expect_near_relative(a.normalised, b.normalised, 10.0, "normalised");
-        }
+    EXPECT_EQ(found.tested, wanted.tested);
+    EXPECT_EQ(found.seen, wanted.seen);
+    ASSERT_EQ(found.statistics.together.size(), wanted.statistics.together.size());
+    for (size_t i = 0; i < wanted.statistics.together.size(); i++) {
+        const JointStatistics &a = found.statistics.together[i], &b = wanted.statistics.together[i];
+        EXPECT_EQ(a.rank, b.rank);
+        EXPECT_EQ(a.rows, b.rows);
+        EXPECT_EQ(a.first, b.first);
+        expect_near_relative(a.squares, b.squares, 10.0, "squares together");
     }
     ASSERT_EQ(found.suspects.size(), wanted.suspects.size());
     for (size_t i = 0; i < wanted.suspects.size(); i++) {
-        const int row = found.suspects[i].row, other = wanted.suspects[i].row;
-        if (row != other) { // equally bad ones may change places
-            EXPECT_NEAR(std::fabs(wanted.statistics.rows[row].normalised),
-                        std::fabs(wanted.statistics.rows[other].normalised), 1e-9);
+        const Suspect &a = found.suspects[i], &b = wanted.suspects[i];
+        if (a.place != b.place) { // equally bad ones may change places
+            EXPECT_NEAR(std::fabs(a.normalised), std::fabs(b.normalised), 1e-9);
             continue;
         }
+        EXPECT_EQ(a.observation, b.observation);
+        expect_near_relative(a.normalised, b.normalised, 10.0, "normalised");
         expect_near_relative(found.suspects[i].shift, wanted.suspects[i].shift, 1e-3, "shift");
         EXPECT_EQ(found.suspects[i].alike.size(), wanted.suspects[i].alike.size());
     }
 }
 
-// Every rank has the whole of what one machine finds.
+// Each rank has rows of its own, and together they have each row once, as one machine finds it.
+void expect_same_rows(const std::vector<Outcome> &found, const Outcome &wanted)
+{
+    std::vector<int> row_at((size_t)wanted.rows, -1), taken((size_t)wanted.rows, 0);
+    for (int r = 0; r < wanted.equations.rows(); r++)
+        if (wanted.place[r] >= 0) row_at[wanted.place[r]] = r;
+    for (const Outcome &o : found) {
+        EXPECT_LT(o.statistics.rows.size(), wanted.statistics.rows.size());
+        ASSERT_EQ(o.statistics.rows.size(), o.place.size());
+        for (size_t r = 0; r < o.place.size(); r++) {
+            if (o.place[r] < 0) continue;
+            ASSERT_LT(o.place[r], wanted.rows);
+            taken[o.place[r]]++;
+            const int whole = row_at[o.place[r]];
+            const RowStatistics &a = o.statistics.rows[r], &b = wanted.statistics.rows[whole];
+            EXPECT_EQ(o.equations.observation[r], wanted.equations.observation[whole]);
+            EXPECT_EQ(o.equations.component[r], wanted.equations.component[whole]);
+            expect_near_relative(a.residual, b.residual, wanted.equations.sigma[whole], "residual");
+            expect_near_relative(a.redundancy, b.redundancy, 1.0, "redundancy");
+            expect_near_relative(a.effect, b.effect, 1.0, "effect");
+            if (b.share() > 1e-3) {
+                expect_near_relative(a.normalised, b.normalised, 10.0, "normalised");
+            }
+        }
+    }
+    EXPECT_EQ(taken, std::vector<int>((size_t)wanted.rows, 1));
+}
+
+// Every rank has what one machine finds of unknowns, and its share of what it finds of rows.
 void expect_shared(const Model &given, const std::string &name)
 {
     SCOPED_TRACE(name);
@@ -112,6 +141,7 @@ void expect_shared(const Model &given, const std::string &name)
             boundary[ranks.own()] = ranks.boundary();
         });
         EXPECT_GT(boundary[0], 0u);
+        expect_same_rows(outcome, wanted);
         for (int r = 0; r < count; r++) {
             SCOPED_TRACE("rank " + std::to_string(r) + " of " + std::to_string(count));
             expect_same(outcome[r], wanted);
@@ -175,6 +205,39 @@ TEST(Share, OfUnknownsThatEveryPartSeesIsTheWhole)
     expect_shared(constants(1, Hold::fixed, true).model, "constants");
     expect_shared(images(1, Hold::fixed).model, "images");
     expect_shared(movement(1, Hold::fixed).model, "movement");
+}
+
+TEST(Share, KnowsWhereItsRowsStandBehindThoseWithoutDerivative)
+{
+    Network n = plane(5, Hold::fixed, true);
+    Observation nowhere = n.model.observations[3]; // to where it stands
+    nowhere.to = nowhere.from;
+    for (const size_t at : {(size_t)2, n.model.observations.size() / 2})
+        n.model.observations.insert(n.model.observations.begin() + (std::ptrdiff_t)at, nowhere);
+    Model alone = n.model;
+    ASSERT_EQ(adjust(&alone, tight()).left_out.size(), 2u);
+    expect_shared(n.model, "two without derivative");
+}
+
+TEST(Share, WeighsObservationsAsOneMachineDoes)
+{
+    Network n = plane(3, Hold::fixed, true);
+    n.model.observations[7].value[0] += 40 * n.model.observations[7].sigma[0];
+    for (const Estimator e : {Estimator::huber, Estimator::least_absolute}) {
+        Model alone = n.model;
+        const Robust wanted = adjust_robustly(&alone, tight(), e);
+        ASSERT_EQ(wanted.outcome.status, Status::adjusted);
+        EXPECT_LT(wanted.weight[7], 0.1);
+        on_ranks(3, [&](ThreadRanks &ranks) {
+            Model m = n.model;
+            Options o = tight();
+            o.ranks = &ranks;
+            const Robust found = adjust_robustly(&m, o, e);
+            ASSERT_EQ(found.weight.size(), wanted.weight.size());
+            for (size_t i = 0; i < wanted.weight.size(); i++)
+                EXPECT_NEAR(found.weight[i], wanted.weight[i], 1e-3 * wanted.weight[i]) << i; // where the rounds end
+        });
+    }
 }
 
 TEST(Share, IsRepeatable)

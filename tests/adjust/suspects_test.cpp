@@ -189,21 +189,21 @@ TEST(Suspects, HaveTheErrorEffectAndCorrelationsOfDenseMatrices)
         for (const Suspect &s : o.suspects) {
             int larger = 0;
             for (int r = 0; r < v.rows; r++)
-                larger += control(r, r) > 1e-6L * d.system.p(r, r) && size(r) > size(s.row) * (1 + 1e-5L);
+                larger += control(r, r) > 1e-6L * d.system.p(r, r) && size(r) > size(s.place) * (1 + 1e-5L);
             EXPECT_EQ(larger, &s - o.suspects.data());
-            const Real error = pv(s.row, 0) / control(s.row, s.row);
-            EXPECT_NEAR(s.error, (double)error, bound(error, 1e-2L / std::sqrt(control(s.row, s.row))));
-            Matrix x = column(effect, s.row);
+            const Real error = pv(s.place, 0) / control(s.place, s.place);
+            EXPECT_NEAR(s.error, (double)error, bound(error, 1e-2L / std::sqrt(control(s.place, s.place))));
+            Matrix x = column(effect, s.place);
             for (Real &dx : x.a) dx *= error;
             EXPECT_NEAR(s.shift, (double)largest_shift(c.network.model, d, x, -1), 1e-5 * s.shift);
             int expected = 0;
             for (int r = 0; r < v.rows; r++) {
-                if (r == s.row || control(r, r) < 1e-6L * d.system.p(r, r)) continue;
-                const Real rho = control(s.row, r) / std::sqrt(control(r, r) * control(s.row, s.row));
+                if (r == s.place || control(r, r) < 1e-6L * d.system.p(r, r)) continue;
+                const Real rho = control(s.place, r) / std::sqrt(control(r, r) * control(s.place, s.place));
                 if (std::fabs(rho) < 0.2L) continue;
                 expected++;
                 const auto found =
-                    std::find_if(s.alike.begin(), s.alike.end(), [&](const Alike &a) { return a.row == r; });
+                    std::find_if(s.alike.begin(), s.alike.end(), [&](const Alike &a) { return a.place == r; });
                 ASSERT_NE(found, s.alike.end()) << r << " " << (double)rho;
                 EXPECT_NEAR(found->correlation, (double)rho, 1e-5);
             }
@@ -226,7 +226,7 @@ TEST(Suspects, LeavingOneOutGivesWhatWasForetold)
     const Outcome with = adjust(&m, options);
     ASSERT_FALSE(with.suspects.empty());
     const Suspect &s = with.suspects[0];
-    ASSERT_EQ(s.row, 4);
+    ASSERT_EQ(s.place, 4);
     Model without = n.model;
     without.observations[4].use = false;
     ASSERT_EQ(adjust(&without, options).status, Status::adjusted);

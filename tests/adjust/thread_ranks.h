@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -68,6 +69,23 @@ public:
         is_alone = true;
     }
     bool alone() const override { return is_alone; }
+
+    void stand_by() override {}
+    void hear(double *x, std::size_t count) override
+    {
+        const auto all = table.meet(self, self == 0 ? std::vector<double>(x, x + count) : std::vector<double>());
+        if (all[0].empty()) throw Left();
+        std::copy(all[0].begin(), all[0].end(), x);
+    }
+    std::vector<std::string> bring(const std::string &own_bytes) override
+    {
+        std::vector<std::string> all;
+        for (const std::vector<double> &one : table.meet(self, std::vector<double>(own_bytes.begin(), own_bytes.end())))
+            all.emplace_back(one.begin(), one.end());
+        return self == 0 ? all : std::vector<std::string>();
+    }
+    // Of the first rank: the others, which stand by, are left.
+    void dismiss() { table.meet(self, {}); }
 
     void sum(double *x, std::size_t count) override
     {
