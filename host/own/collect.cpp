@@ -297,6 +297,9 @@ void Collection::orientations()
     }
 }
 
+// Residuals that are made once for all who go through them: half a gigabyte, and a third of the time of writing.
+constexpr int most_kept = 1000000;
+
 // The name under which the marks of a residual are counted.
 std::string counted_as(const ResidualResult &r)
 {
@@ -335,6 +338,7 @@ void Collection::residuals()
     results.residuals = Residuals((size_t)adjustment.rows, [all = rows, ranks = outcome.ranks](size_t first, size_t n) {
         return ranks ? fetch_rows(*all, *ranks, first, n) : all->make(first, n);
     });
+    if (!outcome.ranks && adjustment.rows <= most_kept) results.residuals.keep();
     if (has_tests() || !outcome.weights.empty()) look_through();
     if (has_tests()) tests();
     if (!outcome.weights.empty()) weights();

@@ -140,7 +140,10 @@ TEST_F(Import, RefusesWhatIsSaidOfAFileThatIsNone)
     folder.write("book.gsi", "410001+00000002 42....+0000000A\n");
     for (const char *sigma : {"length=1", "directions", "directions=0", "directions=-1", "directions=x"})
         EXPECT_EQ(run(std::string("adjust book.gsi --sigma ") + sigma), 2) << sigma;
-    EXPECT_EQ(run("adjust book.gsi --points none.csv"), 2);
+    EXPECT_EQ(run("adjust book.gsi --sigma directions=1"), 2);
+    EXPECT_TRUE(contains(err, "book.gsi: it holds no points and no observations")) << err;
+    folder.write("book.csv", "name,x,y\nA,1,2\n");
+    EXPECT_EQ(run("adjust book.csv --points none.csv"), 2);
     EXPECT_TRUE(contains(err, "none.csv")) << err;
 }
 
