@@ -42,11 +42,19 @@ std::string plan_text(const Model &network, const Numbers &numbers, const double
     return number((x[0] + numbers.origin[0]) / unit, 3) + " " + number((x[1] + numbers.origin[1]) / unit, 3);
 }
 
+std::string height_text(const Model &network, const Numbers &numbers, double z)
+{
+    return number((z + numbers.origin[2]) / metres_per_unit(network.p), 3);
+}
+
 std::string doubt_line(const Model &network, const Numbers &numbers, const start::Doubt &d)
 {
-    const auto at = [&](const double x[2]) { return plan_text(network, numbers, x); };
-    return name_of(network, numbers, d.point) + " fits in two places, " + number(d.apart, 3) + " m apart: at " +
-           at(d.x) + " and at " + at(d.other) + " (" + where(network, numbers, d.point) + ")";
+    const auto at = [&](const double x[3]) {
+        return d.in_height ? height_text(network, numbers, x[2]) : plan_text(network, numbers, x);
+    };
+    return name_of(network, numbers, d.point) + (d.in_height ? " fits at two heights, " : " fits in two places, ") +
+           number(d.apart, 3) + " m apart: at " + at(d.x) + " and at " + at(d.other) + " (" +
+           where(network, numbers, d.point) + ")";
 }
 
 std::vector<std::string> doubt_lines(const Model &network, const Numbers &numbers, const start::Start &start)

@@ -5,6 +5,7 @@
 
 #include "adjust/linear.h"
 #include "host/preparation/start/displaced.h"
+#include "host/preparation/start/mirror.h"
 #include "host/preparation/start/sharp.h"
 
 namespace vornhost::start {
@@ -13,12 +14,13 @@ namespace {
 
 namespace va = vornadjust;
 
-constexpr double work = 150000.0;  // observations in all ways together
-constexpr int most_ways = 14;      // tried on a small network
-constexpr int most_repeats = 3;    // of a way without what did not fit
-constexpr double bad_scale = 8.0;  // of a fit: misclosures this much above their standard deviations
-constexpr double no_fit = 50.0;    // of one that says nothing
-constexpr double as_good = 10.0;   // difference of two losses that tells nothing
+constexpr double work = 150000.0;          // observations in all ways together
+constexpr int most_ways = 14;              // tried on a small network
+constexpr int most_repeats = 3;            // of a way without what did not fit
+constexpr double bad_scale = 8.0;          // of a fit: misclosures this much above their standard deviations
+constexpr double no_fit = 50.0;            // of one that says nothing
+constexpr double as_good = 10.0;           // difference of two losses that tells nothing
+constexpr double as_good_in_height = 0.35; // the same of mirrored heights: one row three standard deviations off
 constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
 constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
 constexpr double wrong_share = 0.02;
@@ -57,10 +59,13 @@ private:
     std::vector<Way> ways() const;
     void consider(Trial t);
     double difference(const Trial &a, const Trial &b, int p) const;
-    bool in_one_valley(const Trial &t) const;
+    bool in_one_valley(const Trial &t, double ridge) const;
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start) const;
+    void mirror_misfitting_heights();
+    void tell_height_doubts(Start *start) const;
+    bool fits_as_well(const Trial &t, double difference) const;
     Trial best_without(const std::vector<int> &points) const;
     void check_given(Start *start);
     void check_approximate(Start *start) const;
@@ -150,7 +155,7 @@ void Search::tell_misfits(Start *start) const
 
 // Half way between two ways: it fits as well where both lie in one valley, which weak networks have, and does not
 // between two solutions.
-bool Search::in_one_valley(const Trial &t) const
+bool Search::in_one_valley(const Trial &t, double ridge) const
 {
     va::Model middle = best.model;
     for (size_t u = 0; u < middle.value.size(); u++) {
@@ -158,7 +163,7 @@ bool Search::in_one_valley(const Trial &t) const
         if (middle.meaning[u] == va::Meaning::angle) change = std::remainder(change, full_turn);
         middle.value[u] += 0.5 * change;
     }
-    return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + as_good;
+    return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + ridge;
 }
 
 // Of points without a place; and of those that have one by chance, as errors of readings carry them along a circle.
@@ -178,6 +183,12 @@ void Search::tell_degenerate(Start *start) const
     for (const Degenerate &d : start->degenerate) start->missing.push_back(d.point);
 }
 
+// Elsewhere, and with a difference of losses that tells nothing.
+bool Search::fits_as_well(const Trial &t, double difference) const
+{
+    return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(t, difference);
+}
+
 // Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
 void Search::tell_doubts(Start *start) const
 {
@@ -186,15 +197,40 @@ void Search::tell_doubts(Start *start) const
     if (held < 2) return;
     const double least = elsewhere * typical_sight(best.model);
     for (const Trial &t : rivals) {
-        if (!t.fit.finite || !t.missing.empty() || t.fit.loss > best.fit.loss + as_good) continue;
-        if (in_one_valley(t)) continue;
+        if (!t.missing.empty() || !fits_as_well(t, as_good)) continue;
         for (int p = 0; p < model.n_points; p++) {
             const double apart = difference(best, t, p);
             if (!given.wants_plan(p) || apart <= least) continue;
             const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
-            start->doubts.push_back({p, {x[0], x[1]}, {y[0], y[1]}, apart});
+            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, false, apart});
         }
         if (!start->doubts.empty()) return;
+    }
+}
+
+// An adjustment may end on the wrong side of the level of the other ends: the mirror image fits better then.
+void Search::mirror_misfitting_heights()
+{
+    for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
+        if (clean(best)) return;
+        Trial t = best;
+        mirror_heights(points, &t);
+        if (t.fit.finite && t.fit.loss < best.fit.loss - as_good_in_height) best = std::move(t);
+    }
+}
+
+// Heights that lengths alone tell, as their mirror images about the other ends of these.
+void Search::tell_height_doubts(Start *start) const
+{
+    for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
+        Trial t = best;
+        mirror_heights(points, &t);
+        if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
+        for (const int p : points) {
+            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
+            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, std::fabs(x[2] - y[2])});
+        }
+        return;
     }
 }
 
@@ -274,12 +310,14 @@ Start Search::run()
     Start start;
     if (!clean(best)) check_given(&start);
     if (start.displaced.empty()) check_approximate(&start);
+    if (best.missing.empty()) mirror_misfitting_heights();
     start.missing = best.missing;
     tell_degenerate(&start);
     start.scale = best.fit.scale;
     start.contradicts = start.missing.empty() && !is_large(model) && !(start.scale < no_fit);
     tell_misfits(&start);
     if (start.missing.empty() && !start.contradicts) tell_doubts(&start);
+    if (start.missing.empty() && !start.contradicts && start.doubts.empty()) tell_height_doubts(&start);
     if (start.found()) write(start);
     return start;
 }

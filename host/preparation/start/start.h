@@ -18,10 +18,11 @@ struct Misfit {
     double off; // standard deviations
 };
 
-// A point that fits in two places; `apart` metres from each other.
+// A point that fits in two places, or at two heights in one; `apart` metres from each other.
 struct Doubt {
     int point;
-    double x[2], other[2];
+    double x[3], other[3];
+    bool in_height;
     double apart;
 };
 

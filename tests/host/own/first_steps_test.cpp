@@ -148,6 +148,23 @@ TEST(OwnFirstCoordinates, RefuseAPointThatFitsInTwoPlaces)
     EXPECT_NE(s.words().find("P fits in two places, 96.000 m apart"), std::string::npos) << s.words();
 }
 
+// Three lengths put P 19.6 m above the plane of A, B and C, or as much below it.
+TEST(OwnFirstCoordinates, RefuseAPointThatFitsAtTwoHeights)
+{
+    const std::string head = "[run]\ndimension = 3\n[tables]\ntargets = '''\nname x y z code\nA 0 0 100 fixed\n"
+                             "B 100 0 101 fixed\nC 0 100 100 fixed\nP ";
+    const std::string tail = " free\n'''\ndistances = '''\nfrom to value sigma\nA P 53.851648 0.001\n"
+                             "B P 69.720872 0.001\nC P 83.066239 0.001\n'''\n";
+    const SolvedNetwork s = solve_text(head + "- - -" + tail);
+    EXPECT_FALSE(s.adjusted());
+    EXPECT_NE(s.words().find("P fits at two heights, 39.196 m apart: at "), std::string::npos) << s.words();
+    EXPECT_NE(s.words().find("120.000"), std::string::npos) << s.words();
+    EXPECT_NE(s.words().find("80.804"), std::string::npos) << s.words();
+    const SolvedNetwork given = solve_text(head + "41 30 110" + tail);
+    ASSERT_TRUE(given.adjusted()) << given.words();
+    EXPECT_NEAR(*given.point("P").adjusted[2], 120, 1e-4);
+}
+
 TEST(OwnFirstCoordinates, NameAPointOnceWithWhatItHas)
 {
     const std::string sights =
