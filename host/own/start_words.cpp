@@ -15,7 +15,6 @@ namespace {
 namespace va = vornadjust;
 using va::Kind;
 
-constexpr size_t most_lines = 20;     // of one kind
 constexpr double nearly_there = 0.05; // of how far a point is off: another place that explains it
 
 std::string number(double x, int digits)

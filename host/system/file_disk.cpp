@@ -128,10 +128,10 @@ FileDisk::FileDisk(std::size_t limit, void (*failed)()) : most(limit), folder(fo
 
 void FileDisk::begin(std::size_t bytes)
 {
-    if (has_begun || !told) return;
-    has_begun = true;
-    told("factor and inverse take " + size_text(bytes) + ", more than --memory " + size_text(most) +
-         ": they are kept in " + folder + file_system(folder) + ", with the same results but more slowly");
+    if (!told) return;
+    std::exchange(told, nullptr)("factor and inverse take " + size_text(bytes) + ", more than --memory " +
+                                 size_text(most) + ": they are kept in " + folder + file_system(folder) +
+                                 ", with the same results but more slowly");
 }
 
 double *FileDisk::take(std::size_t numbers)

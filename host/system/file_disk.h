@@ -39,7 +39,6 @@ private:
     const std::size_t most;
     const std::string folder;
     std::function<void(const std::string &)> told;
-    bool has_begun = false;
 };
 
 } // namespace vornhost
