@@ -34,8 +34,8 @@ bool orthogonalise(Dense &u, Dense &v, int i, int j)
     const double ab = dot(u.col(i), u.col(j), u.rows);
     if (!(std::fabs(ab) > eps * std::sqrt(aa) * std::sqrt(bb))) return false;
     const double zeta = (bb - aa) / (2 * ab);
-    const double t = std::copysign(1.0, zeta) / (std::fabs(zeta) + std::hypot(1.0, zeta));
-    const double c = 1 / std::hypot(1.0, t), s = c * t;
+    const double t = std::copysign(1.0, zeta) / (std::fabs(zeta) + std::sqrt(1.0 + zeta * zeta));
+    const double c = 1 / std::sqrt(1.0 + t * t), s = c * t;
     rotate(u.col(i), u.col(j), u.rows, c, s);
     rotate(v.col(i), v.col(j), v.rows, c, s);
     return true;

@@ -25,6 +25,22 @@ template <int N> static void add_multiples(double f, const double *v, int n, con
         for (int c = 0; c < N; c++) y[c] += v[i] * t[c];
 }
 
+// sum += the sum of v[i] x[i] for N right-hand sides side by side, in partial sums that do not wait for one another:
+// the same ones for any N, so that a solution does not depend on those beside it.
+template <int N> static void add_products(const double *v, int n, const double *x, double *sum)
+{
+    constexpr int parts = 4;
+    double part[parts * N] = {0.0};
+    int i = 0;
+    for (; i + parts <= n; i += parts)
+        for (int p = 0; p < parts; p++)
+            for (int c = 0; c < N; c++) part[p * N + c] += v[i + p] * x[(i + p) * N + c];
+    for (; i < n; i++)
+        for (int c = 0; c < N; c++) part[c] += v[i] * x[i * N + c];
+    for (int p = 0; p < parts; p++)
+        for (int c = 0; c < N; c++) sum[c] += part[p * N + c];
+}
+
 // Forward and backward substitution for N right-hand sides, x[place][N].
 //   below  work  [largest number of rows below][N]
 template <int N> static void forward(const Symbolic &symbolic, const Factor &factor, double *x, double *below)
@@ -62,10 +78,8 @@ template <int N> static void backward(const Symbolic &symbolic, const Factor &fa
         for (int j = w - 1; j >= 0; j--) {
             const double *v = factor.value.data() + symbolic.valuestart[s] + (std::size_t)j * (w + r);
             double sum[N] = {0.0};
-            for (int i = j + 1; i < w; i++)
-                for (int c = 0; c < N; c++) sum[c] += v[i] * own[i * N + c];
-            for (int i = 0; i < r; i++)
-                for (int c = 0; c < N; c++) sum[c] += v[w + i] * below[i * N + c];
+            add_products<N>(v + j + 1, w - j - 1, own + (std::size_t)(j + 1) * N, sum);
+            add_products<N>(v + w, r, below, sum);
             for (int c = 0; c < N; c++) own[j * N + c] -= sum[c];
         }
         trail.done(symbolic.valuestart[s], symbolic.valuestart[s + 1]);

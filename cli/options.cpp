@@ -503,8 +503,10 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
         return std::nullopt;
     }
     CLI::App app("Least-squares adjustment of survey networks.", "vorn");
-    const char *const lacking = vornhost::has_proj() ? "" : "\nwithout PROJ: of reference systems local ones only";
-    app.set_version_flag("--version", std::string("vorn " VORN_VERSION) + lacking);
+    app.set_version_flag("--version", [] {
+        const char *const lacking = vornhost::has_proj() ? "" : "\nwithout PROJ: of reference systems local ones only";
+        return std::string("vorn " VORN_VERSION) + lacking;
+    });
     app.require_subcommand(1);
     app.footer(overview);
     add_adjust(app, options);

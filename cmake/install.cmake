@@ -36,7 +36,7 @@ install(EXPORT vorn-targets NAMESPACE vorn:: DESTINATION ${package} COMPONENT de
 file(RELATIVE_PATH path_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 string(REGEX REPLACE "/$" "" path_to_prefix "${path_to_prefix}")
 set(other_libraries)
-foreach(library AMD METIS EXPAT_FOUND PROJ)
+foreach(library AMD METIS EXPAT_FOUND)
   if(${library})
     string(REGEX REPLACE "_.*" "" name ${library})
     string(TOLOWER ${name} name)

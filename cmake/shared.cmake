@@ -8,11 +8,11 @@ target_link_options(vornshared PRIVATE -Wl,--version-script=${CMAKE_CURRENT_LIST
 target_include_directories(vornshared INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>)
 target_compile_features(vornshared INTERFACE cxx_std_17)
-target_link_libraries(vornshared PRIVATE Threads::Threads)
+target_link_libraries(vornshared PRIVATE Threads::Threads ${CMAKE_DL_LIBS})
 if(EXPAT_FOUND)
   target_link_libraries(vornshared PRIVATE EXPAT::EXPAT)
 endif()
-foreach(library AMD METIS PROJ)
+foreach(library AMD METIS)
   if(${library})
     target_link_libraries(vornshared PRIVATE ${${library}})
   endif()

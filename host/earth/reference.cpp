@@ -4,13 +4,10 @@
 #include <cmath>
 #include <vector>
 
-#ifdef VORN_PROJ
-#include <geodesic.h>
-#include <proj.h>
-#include <proj_experimental.h> // proj_crs_promote_to_3D
-#endif
-
 #include "adjust/ellipsoid.h"
+#ifdef VORN_PROJ
+#include "host/earth/proj_library.h"
+#endif
 #include "host/input/faults.h"
 
 namespace vornhost {
@@ -23,18 +20,18 @@ constexpr double degree = 0.017453292519943295769; // radians
 constexpr double most_lost = 1e-4; // metres, on the way from the grid and back; far outside its area a projection folds
 
 struct Close {
-    void operator()(PJ_CONTEXT *context) const { proj_context_destroy(context); }
-    void operator()(PJ *object) const { proj_destroy(object); }
+    void operator()(PJ_CONTEXT *context) const { proj().context_destroy(context); }
+    void operator()(PJ *object) const { proj().destroy(object); }
 };
 using Context = std::unique_ptr<PJ_CONTEXT, Close>;
 using Object = std::unique_ptr<PJ, Close>;
 
 Context quiet_context()
 {
-    Context context(proj_context_create());
+    Context context(proj().context_create());
     if (!context) throw std::bad_alloc();
-    proj_log_level(context.get(), PJ_LOG_NONE);
-    proj_context_set_enable_network(context.get(), 0);
+    proj().log_level(context.get(), PJ_LOG_NONE);
+    proj().context_set_enable_network(context.get(), 0);
     return context;
 }
 
@@ -42,25 +39,27 @@ Context quiet_context()
 Object horizontal_system(PJ_CONTEXT *context, const std::string &name)
 {
     const bool text = name.find("+proj") != std::string::npos && name.find("+type") == std::string::npos;
-    Object crs(proj_create(context, (text ? name + " +type=crs" : name).c_str()));
-    if (crs && !proj_is_crs(crs.get())) crs.reset();
-    if (crs && proj_get_type(crs.get()) == PJ_TYPE_BOUND_CRS) crs.reset(proj_get_source_crs(context, crs.get()));
-    if (crs && proj_get_type(crs.get()) == PJ_TYPE_COMPOUND_CRS) crs.reset(proj_crs_get_sub_crs(context, crs.get(), 0));
+    Object crs(proj().create(context, (text ? name + " +type=crs" : name).c_str()));
+    if (crs && !proj().is_crs(crs.get())) crs.reset();
+    if (crs && proj().get_type(crs.get()) == PJ_TYPE_BOUND_CRS) crs.reset(proj().get_source_crs(context, crs.get()));
+    if (crs && proj().get_type(crs.get()) == PJ_TYPE_COMPOUND_CRS)
+        crs.reset(proj().crs_get_sub_crs(context, crs.get(), 0));
     return crs;
 }
 
 // From one system to another, with longitude before latitude and east before north; null where there is no way.
 Object way(PJ_CONTEXT *context, const PJ *from, const PJ *to)
 {
-    const Object plain(proj_create_crs_to_crs_from_pj(context, from, to, nullptr, nullptr));
-    return Object(plain ? proj_normalize_for_visualization(context, plain.get()) : nullptr);
+    const Object plain(proj().create_crs_to_crs_from_pj(context, from, to, nullptr, nullptr));
+    return Object(plain ? proj().normalize_for_visualization(context, plain.get()) : nullptr);
 }
 
 std::optional<PJ_COORD> taken(PJ *pj, PJ_DIRECTION direction, double x, double y, double z, double t)
 {
-    proj_errno_reset(pj);
-    const PJ_COORD c = proj_trans(pj, direction, proj_coord(x, y, z, t));
-    const bool good = proj_errno(pj) == 0 && std::isfinite(c.xyz.x) && std::isfinite(c.xyz.y) && std::isfinite(c.xyz.z);
+    proj().errno_reset(pj);
+    const PJ_COORD c = proj().trans(pj, direction, PJ_COORD{{x, y, z, t}});
+    const bool good =
+        proj().last_errno(pj) == 0 && std::isfinite(c.xyz.x) && std::isfinite(c.xyz.y) && std::isfinite(c.xyz.z);
     if (!good) return std::nullopt;
     return c;
 }
@@ -74,12 +73,12 @@ struct SystemAxes {
 SystemAxes axes_of(PJ_CONTEXT *context, const PJ *crs)
 {
     SystemAxes axes;
-    const Object system(proj_crs_get_coordinate_system(context, crs));
+    const Object system(proj().crs_get_coordinate_system(context, crs));
     std::string seen;
     for (int k = 0; system && k < 2; k++) {
         const char *direction = nullptr;
-        if (!proj_cs_get_axis_info(context, system.get(), k, nullptr, nullptr, &direction, &axes.unit, nullptr, nullptr,
-                                   nullptr))
+        if (!proj().cs_get_axis_info(context, system.get(), k, nullptr, nullptr, &direction, &axes.unit, nullptr,
+                                     nullptr, nullptr))
             continue;
         seen += direction;
     }
@@ -90,10 +89,11 @@ SystemAxes axes_of(PJ_CONTEXT *context, const PJ *crs)
 vornadjust::Ellipsoid ellipsoid_of(PJ_CONTEXT *context, const PJ *crs)
 {
     vornadjust::Ellipsoid e;
-    const Object ellipsoid(proj_get_ellipsoid(context, crs));
+    const Object ellipsoid(proj().get_ellipsoid(context, crs));
     double b = 0, inverse = 0;
     int computed = 0;
-    if (!ellipsoid || !proj_ellipsoid_get_parameters(context, ellipsoid.get(), &e.a, &b, &computed, &inverse)) return e;
+    if (!ellipsoid || !proj().ellipsoid_get_parameters(context, ellipsoid.get(), &e.a, &b, &computed, &inverse))
+        return e;
     const double f = inverse == 0.0 ? 0.0 : 1.0 / inverse;
     e.e2 = f * (2.0 - f);
     return e;
@@ -103,9 +103,9 @@ vornadjust::Ellipsoid ellipsoid_of(PJ_CONTEXT *context, const PJ *crs)
 bool is_plain(PJ_CONTEXT *context, const PJ *geographic)
 {
     constexpr double close = 1e-12;
-    const Object meridian(proj_get_prime_meridian(context, geographic));
+    const Object meridian(proj().get_prime_meridian(context, geographic));
     double longitude = 0;
-    if (meridian) proj_prime_meridian_get_parameters(context, meridian.get(), &longitude, nullptr, nullptr);
+    if (meridian) proj().prime_meridian_get_parameters(context, meridian.get(), &longitude, nullptr, nullptr);
     return longitude == 0.0 && std::fabs(axes_of(context, geographic).unit - degree) < close;
 }
 
@@ -115,7 +115,7 @@ Object geoid_grid(PJ_CONTEXT *context, const std::string &file)
     std::string words[] = {"proj=vgridshift", "grids=" + file, "multiplier=1"};
     std::vector<char *> arguments;
     for (std::string &word : words) arguments.push_back(&word[0]);
-    return Object(proj_create_argv(context, (int)arguments.size(), arguments.data()));
+    return Object(proj().create_argv(context, (int)arguments.size(), arguments.data()));
 }
 
 } // namespace
@@ -143,22 +143,22 @@ std::string Reference::Parts::read_system(const Crs &settings)
     const std::string quoted = quote(settings.network);
     crs = horizontal_system(context.get(), settings.network);
     if (!crs) return quoted + " is no reference system that PROJ knows";
-    if (proj_get_type(crs.get()) != PJ_TYPE_PROJECTED_CRS)
+    if (proj().get_type(crs.get()) != PJ_TYPE_PROJECTED_CRS)
         return quoted + " is no projected reference system: a network needs a grid in metres";
     const SystemAxes axes = axes_of(context.get(), crs.get());
     if (!axes.north_and_east) return "the axes of " + quoted + " do not point to north and east";
-    const Object geodetic(proj_crs_get_geodetic_crs(context.get(), crs.get()));
+    const Object geodetic(proj().crs_get_geodetic_crs(context.get(), crs.get()));
     if (!geodetic || !is_plain(context.get(), geodetic.get()))
         return quoted + " counts longitudes in another unit than degrees or not from Greenwich";
-    base.reset(proj_crs_promote_to_3D(context.get(), nullptr, geodetic.get()));
+    base.reset(proj().crs_promote_to_3D(context.get(), nullptr, geodetic.get()));
     projection = way(context.get(), geodetic.get(), crs.get());
     if (!base || !projection) return "PROJ has no way to " + quoted;
-    const Object world(proj_create(context.get(), "EPSG:4326"));
+    const Object world(proj().create(context.get(), "EPSG:4326"));
     if (world) map = way(context.get(), geodetic.get(), world.get());
     unit = axes.unit;
-    name = proj_get_name(crs.get());
+    name = proj().get_name(crs.get());
     ellipsoid = ellipsoid_of(context.get(), crs.get());
-    geod_init(&lines, ellipsoid.a, 1.0 - std::sqrt(1.0 - ellipsoid.e2));
+    proj().geodesic_init(&lines, ellipsoid.a, 1.0 - std::sqrt(1.0 - ellipsoid.e2));
     return {};
 }
 
@@ -173,10 +173,12 @@ std::string Reference::Parts::read_geoid(const Crs &settings)
     return geoid_file ? std::string() : "PROJ cannot read the geoid " + quote(geoid.file);
 }
 
-bool has_proj() { return true; }
+bool has_proj() { return load_proj().empty(); }
 
 std::optional<Reference> Reference::open(const Crs &crs, std::string *fault)
 {
+    *fault = load_proj();
+    if (!fault->empty()) return std::nullopt;
     auto parts = std::make_unique<Parts>();
     parts->context = quiet_context();
     *fault = parts->read_system(crs);
@@ -223,8 +225,8 @@ Geodesic Reference::geodesic(LatLon from, LatLon to) const
 {
     Geodesic line;
     double there = 0;
-    geod_inverse(&parts->lines, from.latitude / degree, from.longitude / degree, to.latitude / degree,
-                 to.longitude / degree, &line.length, &line.azimuth, &there);
+    proj().geodesic_inverse(&parts->lines, from.latitude / degree, from.longitude / degree, to.latitude / degree,
+                            to.longitude / degree, &line.length, &line.azimuth, &there);
     line.azimuth *= degree;
     return line;
 }
@@ -254,7 +256,7 @@ std::optional<Conversion> Conversion::open(const Reference &network, const std::
     if (from.empty()) return Conversion(std::move(parts));
     PJ_CONTEXT *context = network.parts->context.get();
     Object crs = horizontal_system(context, from);
-    const PJ_TYPE type = crs ? proj_get_type(crs.get()) : PJ_TYPE_UNKNOWN;
+    const PJ_TYPE type = crs ? proj().get_type(crs.get()) : PJ_TYPE_UNKNOWN;
     parts->geocentric = type == PJ_TYPE_GEOCENTRIC_CRS;
     parts->geographic = type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_GEOGRAPHIC_3D_CRS;
     if (!parts->geocentric && !parts->geographic && type != PJ_TYPE_PROJECTED_CRS) {
@@ -266,7 +268,7 @@ std::optional<Conversion> Conversion::open(const Reference &network, const std::
     if (!parts->geocentric && !axes.north_and_east)
         *fault = "the axes of " + quote(from) + " do not point to north and east";
     else if (type == PJ_TYPE_GEOGRAPHIC_2D_CRS || type == PJ_TYPE_PROJECTED_CRS)
-        crs.reset(proj_crs_promote_to_3D(context, nullptr, crs.get()));
+        crs.reset(proj().crs_promote_to_3D(context, nullptr, crs.get()));
     if (crs && fault->empty()) parts->pj = way(context, crs.get(), network.parts->base.get());
     if (!parts->pj && fault->empty()) *fault = "PROJ has no way from " + quote(from) + " to the network's system";
     if (!fault->empty()) return std::nullopt;

@@ -43,7 +43,7 @@ struct GridAxes {
     double latitude[2] = {0, 0}, longitude[2] = {0, 0};
 };
 
-// Whether the program was built with PROJ.
+// Whether PROJ is at hand: the program was built with it and finds the library.
 bool has_proj();
 
 class Reference {

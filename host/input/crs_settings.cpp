@@ -88,8 +88,9 @@ void open_crs(Section &crs, Network &net)
     const auto fails = [&](const char *key) {
         const toml::node *node = crs.find(key);
         const char *const remedy = std::string(key) == "geoid" ? "name a grid that PROJ reads, GTX or GeoTIFF"
-                                   : has_proj()                ? "write another one, such as EPSG:25832"
-                                                : "take a program that was built with it, or leave [crs] out";
+                                   : has_proj()
+                                       ? "write another one, such as EPSG:25832"
+                                       : "install it, take a program that was built with it, or leave [crs] out";
         net.faults.add(node ? place_of(node->source()) : crs.place(), fault, remedy);
     };
     if (!reference) return fails(fault.find("the geoid") != std::string::npos ? "geoid" : "network");

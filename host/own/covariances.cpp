@@ -12,6 +12,7 @@ namespace {
 // Points of the numbers with the names that are wanted, in the order of the wish; a name counts once.
 std::vector<int> wanted_points(const Model &network, const Numbers &numbers)
 {
+    if (network.covariance_points.empty()) return {};
     std::unordered_map<std::string, int> place;
     for (size_t p = 0; p < numbers.points.size(); p++)
         place.emplace(shown_name(network, point_name(network, numbers.points[p])), (int)p);

@@ -171,6 +171,7 @@ std::vector<std::string> take_imports(Model &network)
 
 std::vector<std::pair<int, int>> wanted_pairs(const Model &network, const Numbers &numbers)
 {
+    if (network.pairs.records.empty()) return {};
     std::unordered_map<std::string, int> point;
     for (size_t p = 0; p < numbers.points.size(); p++) point.emplace(point_name(network, numbers.points[p]), (int)p);
     std::vector<std::pair<int, int>> pairs;

@@ -170,7 +170,7 @@ va::Options Road::options() const
     o.residuals = network.mode != Mode::Solution && network.residual_statistics;
     o.threads = network.threads > 0 ? network.threads : std::thread::hardware_concurrency() > 1 ? 2 : 1;
     for (const PointPlace &point : outcome.numbers.points)
-        o.made.push_back(computed.count(point_name(network, point)) > 0);
+        o.made.push_back(!computed.empty() && computed.count(point_name(network, point)) > 0);
     o.limits.steps = network.steps;
     o.limits.length = network.p.convergence;
     if (o.statistics) o.pairs = wanted_pairs(network, outcome.numbers);

@@ -1,6 +1,7 @@
 #include "host/results/residuals.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vornhost {
 
@@ -36,7 +37,10 @@ void Residuals::keep()
 {
     if (!making) return;
     kept.reserve(made);
-    for (const ResidualResult &r : *this) kept.push_back(r);
+    for (size_t first = 0; first < made; first += at_once) {
+        std::vector<ResidualResult> block = making(first, std::min(at_once, made - first));
+        std::move(block.begin(), block.end(), std::back_inserter(kept));
+    }
     making = nullptr;
     named.clear();
     near_by.clear();

@@ -10,6 +10,10 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+bool is_whole(double value) { return std::isfinite(value); }
+bool is_whole(const EllipseResult &e) { return is_whole(e.a) && is_whole(e.b) && is_whole(e.bearing); }
+template <class Value> bool is_whole(const std::optional<Value> &value) { return !value || is_whole(*value); }
+
 // The names of one kind of quantity, as many as a line takes, and how many there are.
 class Collector {
 public:
@@ -37,7 +41,8 @@ public:
     template <class Value>
     void check_axes(const std::string &name, const Value (&values)[3], const char *const (&axes)[3])
     {
-        for (int c = 0; c < 3; c++) check(name + " " + axes[c], values[c]);
+        for (int c = 0; c < 3; c++)
+            if (!is_whole(values[c])) check(name + " " + axes[c], values[c]);
     }
     void give(Lines &lines) const
     {

@@ -19,15 +19,16 @@ std::vector<size_t> TextTable::widths() const
 
 void TextTable::append(const std::vector<std::string> &cells, const std::vector<size_t> &width, std::string &text) const
 {
-    std::string line;
+    const size_t line = text.size();
     for (size_t c = 0; c < columns.size(); c++) {
         if (width[c] == 0) continue;
-        if (!line.empty()) line += "  ";
-        const std::string blanks(width[c] - utf8_width(cells[c]), ' ');
-        line += columns[c].align == Align::left ? cells[c] + blanks : blanks + cells[c];
+        if (text.size() > line) text += "  ";
+        const size_t blanks = width[c] - utf8_width(cells[c]);
+        const bool left = columns[c].align == Align::left;
+        text.append(left ? 0 : blanks, ' ').append(cells[c]).append(left ? blanks : 0, ' ');
     }
-    line.erase(line.find_last_not_of(' ') + 1);
-    text += line + "\n";
+    while (text.size() > line && text.back() == ' ') text.pop_back();
+    text += '\n';
 }
 
 std::string TextTable::text() const

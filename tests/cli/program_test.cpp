@@ -605,3 +605,23 @@ TEST_F(Program, PlansAFileWithoutValues)
     EXPECT_EQ(run("adjust open.inp"), 2);
     EXPECT_TRUE(contains(err, "only a plan")) << err;
 }
+
+// The library is loaded for reference systems alone.
+TEST_F(Program, AdjustsWithoutProjAndRefusesReferenceSystemsByName)
+{
+    const std::string library = PROJ_LIBRARY;
+    if (library.empty()) GTEST_SKIP() << "built without PROJ";
+    std::filesystem::create_directory(folder.file("libraries"));
+    folder.write("libraries/" + library, "no library");
+    folder.write("grid.inp", "[run]\ndimension = 2\n[crs]\nnetwork = \"EPSG:25832\"\n"
+                             "heights = \"ellipsoidal\"\n[tables]\nstations = \"\"\"\nname x y code\n"
+                             "A 5500000 500000 fixed\nB 5501000 500000 fixed\n\"\"\"\n");
+    const std::string before = getenv("LD_LIBRARY_PATH") ? getenv("LD_LIBRARY_PATH") : "";
+    setenv("LD_LIBRARY_PATH", folder.file("libraries").c_str(), 1);
+    EXPECT_EQ(run("adjust net.inp"), 0);
+    EXPECT_EQ(run("check grid.inp"), 2);
+    EXPECT_TRUE(contains(err, "grid.inp:4:11: reference systems need the PROJ library " + library)) << err;
+    EXPECT_EQ(run("--version"), 0);
+    EXPECT_TRUE(contains(out, "without PROJ")) << out;
+    setenv("LD_LIBRARY_PATH", before.c_str(), 1);
+}
