@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <utility>
 
 #include "adjust/linear.h"
 #include "host/preparation/start/displaced.h"
@@ -19,13 +21,14 @@ constexpr int most_ways = 14;              // tried on a small network
 constexpr int most_repeats = 3;            // of a way without what did not fit
 constexpr double bad_scale = 8.0;          // of a fit: misclosures this much above their standard deviations
 constexpr double no_fit = 50.0;            // of one that says nothing
-constexpr double as_good = 10.0;           // difference of two losses that tells nothing
+constexpr double as_good = 10.0;           // difference of two losses that tells nothing where something is wrong
+constexpr double noise = 0.7;              // the same where nothing is: one row five standard deviations off
+constexpr size_t most_others = 64;         // ways with the other one of two places
+constexpr int last_steps = 100;            // of a place that fits as well
 constexpr double as_good_in_height = 0.35; // the same of mirrored heights: one row three standard deviations off
 constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
 constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
 constexpr double wrong_share = 0.02;
-const double full_turn = 8.0 * std::atan(1.0);
-constexpr double elsewhere = 0.02;  // of a typical sight: apart enough to be another place
 constexpr double given_off = 0.5;   // of a typical sight: an approximate point that is off by more is wrong
 constexpr size_t sights_of_one = 3; // that do not fit, at least, where a given point is wrong
 
@@ -58,11 +61,11 @@ private:
     Trial try_repeatedly(const Way &way);
     std::vector<Way> ways() const;
     void consider(Trial t);
-    double difference(const Trial &a, const Trial &b, int p) const;
-    bool in_one_valley(const Trial &t, double ridge) const;
+    void try_others();
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
-    void tell_doubts(Start *start) const;
+    void tell_doubts(Start *start);
+    double what_tells_nothing() const;
     void mirror_misfitting_heights();
     void tell_height_doubts(Start *start) const;
     bool fits_as_well(const Trial &t, double difference) const;
@@ -119,12 +122,6 @@ std::vector<Way> Search::ways() const
     return all;
 }
 
-double Search::difference(const Trial &a, const Trial &b, int p) const
-{
-    const double *x = &a.model.value[3 * (size_t)p], *y = &b.model.value[3 * (size_t)p];
-    return std::hypot(x[0] - y[0], x[1] - y[1]);
-}
-
 void Search::consider(Trial t)
 {
     if (!any || better(t, best)) {
@@ -153,19 +150,6 @@ void Search::tell_misfits(Start *start) const
                      [](const Misfit &a, const Misfit &b) { return a.off > b.off; });
 }
 
-// Half way between two ways: it fits as well where both lie in one valley, which weak networks have, and does not
-// between two solutions.
-bool Search::in_one_valley(const Trial &t, double ridge) const
-{
-    va::Model middle = best.model;
-    for (size_t u = 0; u < middle.value.size(); u++) {
-        double change = t.model.value[u] - middle.value[u];
-        if (middle.meaning[u] == va::Meaning::angle) change = std::remainder(change, full_turn);
-        middle.value[u] += 0.5 * change;
-    }
-    return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + ridge;
-}
-
 // Of points without a place; and of those that have one by chance, as errors of readings carry them along a circle.
 void Search::tell_degenerate(Start *start) const
 {
@@ -186,25 +170,30 @@ void Search::tell_degenerate(Start *start) const
 // Elsewhere, and with a difference of losses that tells nothing.
 bool Search::fits_as_well(const Trial &t, double difference) const
 {
-    return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(t, difference);
+    return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(best, t, difference);
 }
 
-// Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
-void Search::tell_doubts(Start *start) const
+// Between explanations of gross errors, or of readings alone.
+double Search::what_tells_nothing() const
 {
-    int held = 0;
-    for (int p = 0; p < model.n_points; p++) held += given.plan(p);
-    if (held < 2) return;
-    const double least = elsewhere * typical_sight(best.model);
-    for (const Trial &t : rivals) {
-        if (!t.missing.empty() || !fits_as_well(t, as_good)) continue;
-        for (int p = 0; p < model.n_points; p++) {
-            const double apart = difference(best, t, p);
-            if (!given.wants_plan(p) || apart <= least) continue;
-            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
-            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, false, apart});
-        }
-        if (!start->doubts.empty()) return;
+    return clean(best) ? std::fmin(as_good, noise * best.fit.scale * best.fit.scale) : as_good;
+}
+
+// Points that stand elsewhere in another way that fits as well.
+void Search::tell_doubts(Start *start)
+{
+    const double difference = what_tells_nothing();
+    std::vector<char> told((size_t)model.n_points, 0);
+    for (Trial &t : rivals) {
+        if (!t.missing.empty() || !t.fit.finite || t.fit.loss > best.fit.loss + difference) continue;
+        move_onto(best, given, &t);
+        if (places_apart(best, given, t).empty()) continue;
+        t.fit = settle(&t.model, last_steps, Pull::most);
+        move_onto(best, given, &t);
+        const std::vector<Doubt> apart = places_apart(best, given, t);
+        if (apart.empty() || !fits_as_well(t, difference)) continue;
+        for (const Doubt &d : apart)
+            if (!std::exchange(told[(size_t)d.point], 1)) start->doubts.push_back(d);
     }
 }
 
@@ -295,12 +284,35 @@ void Search::write(const Start &start)
     }
 }
 
+// From the best way, where two places fit alike: with the other one of each, then of two and more of them.
+void Search::try_others()
+{
+    const double n = std::fmax(1.0, (double)model.observations.size());
+    const size_t most = std::min(most_others, (size_t)(work / n));
+    std::vector<Way> waiting;
+    std::set<std::vector<Choice>> known = {best.way.others};
+    const auto add = [&](const Way &from, const std::vector<Choice> &choices) {
+        for (const Choice c : choices) {
+            Way way = from;
+            way.turn_round(c);
+            if (known.insert(way.others).second) waiting.push_back(way);
+        }
+    };
+    add(best.way, best.choices);
+    for (size_t i = 0; i < waiting.size() && i < most; i++) {
+        Trial t = try_repeatedly(waiting[i]);
+        add(t.way, t.choices);
+        consider(std::move(t));
+    }
+}
+
 const Trial &Search::search()
 {
     for (const Way &way : ways()) {
-        if (any && clean(best) && best.alternatives.empty() && !best.mirrored) break;
+        if (any && clean(best) && best.choices.empty()) break;
         consider(try_repeatedly(way));
     }
+    if (!best.choices.empty()) try_others();
     return best;
 }
 

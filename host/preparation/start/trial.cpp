@@ -152,6 +152,7 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
     const size_t n = (size_t)model.n_points;
     Trial t;
     t.model = model;
+    t.way = way;
     t.placed.assign(n, 1);
     t.levelled.assign(n, 0);
     const std::vector<double> nowhere(n, NAN), known = known_values(model, given, left_out);
@@ -163,8 +164,7 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
         const Sightings s = sightings_of(model, heights, left_out);
         const Plan plan = find_plan(s, known_ground(model, given, known, s), way);
         set_plan(plan, given, &t);
-        t.alternatives = plan.alternatives;
-        t.mirrored = plan.mirrored;
+        t.choices = plan.choices;
         for (size_t p = 0; p < n; p++)
             if (t.placed[p]) x[p] = plan.frame.places[p].x, y[p] = plan.frame.places[p].y;
         heights = carry_heights(model, Distances(s, x, y), levels, left_out);

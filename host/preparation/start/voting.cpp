@@ -18,6 +18,9 @@ constexpr size_t most_loci = 7;    // of a point, that propose places
 constexpr size_t most_rays = 6;    // of a circle, that propose turns
 constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
 constexpr double torn_by = 0.5;    // agreement by which the best place must lead
+constexpr double few = 3.0;        // observations, of which two places that are close are looked at
+constexpr double blurred = 0.02;   // of the sights: how far places that many observations propose may be apart
+constexpr double distinct = 1e-4;  // the same of few
 const double pi = 4.0 * std::atan(1.0);
 
 struct Xy {
@@ -402,7 +405,7 @@ Ranking rank(const Evidence &e, const std::vector<Xy> &all)
     Ranking r;
     r.best = sums[0].second;
     r.best_sum = sums[0].first;
-    const double apart = 0.02 * mean_reach(e, r.best);
+    const double apart = (e.count() > few ? blurred : distinct) * mean_reach(e, r.best);
     for (const auto &[sum, p] : sums) {
         if (root_of_squares(p.x - r.best.x, p.y - r.best.y) <= apart) continue;
         r.next = p;
@@ -410,6 +413,27 @@ Ranking rank(const Evidence &e, const std::vector<Xy> &all)
         break;
     }
     return r;
+}
+
+// Least squares of what agrees near a place; no value where that leaves it open.
+std::optional<Xy> refined(const Evidence &e, Xy p, Normal *n)
+{
+    for (int step = 0; step < 3; step++) {
+        *n = normal_at(e, p);
+        if (!n->regular()) return std::nullopt;
+        p.x += (n->bx * n->yy - n->by * n->xy) / n->determinant();
+        p.y += (n->by * n->xx - n->bx * n->xy) / n->determinant();
+    }
+    if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
+    return p;
+}
+
+// Whether another place that few observations propose is the same when it is refined.
+bool meet_again(const Evidence &e, const Xy &best, const Xy &next)
+{
+    Normal n;
+    const std::optional<Xy> p = e.count() > few ? std::nullopt : refined(e, next, &n);
+    return p && root_of_squares(p->x - best.x, p->y - best.y) <= distinct * mean_reach(e, best);
 }
 
 } // namespace
@@ -452,21 +476,15 @@ std::optional<Determination> determine(const Sightings &s, const Frame &frame, i
     const std::vector<Xy> all = proposals(e);
     if (all.empty()) return std::nullopt;
     const Ranking r = rank(e, all);
-    Xy p = r.best;
     Normal n;
-    for (int step = 0; step < 3; step++) {
-        n = normal_at(e, p);
-        if (!n.regular()) return std::nullopt;
-        p.x += (n.bx * n.yy - n.by * n.xy) / n.determinant();
-        p.y += (n.by * n.xx - n.bx * n.xy) / n.determinant();
-    }
-    if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
+    const std::optional<Xy> p = refined(e, r.best, &n);
+    if (!p) return std::nullopt;
     Determination d;
-    d.x = p.x, d.y = p.y;
+    d.x = p->x, d.y = p->y;
     d.sigma = std::sqrt((n.xx + n.yy) / n.determinant()) / times;
-    d.reach = e.points.empty() ? mean_reach(e, p) : HUGE_VAL;
-    d.redundancy = agreement_at(e, p) - 2.0;
-    d.torn = r.next_sum > r.best_sum - torn_by;
+    d.reach = e.points.empty() ? mean_reach(e, *p) : HUGE_VAL;
+    d.redundancy = agreement_at(e, *p) - 2.0;
+    d.torn = r.next_sum > r.best_sum - torn_by && !meet_again(e, *p, r.next);
     d.other[0] = r.next.x, d.other[1] = r.next.y;
     return d;
 }
