@@ -13,8 +13,7 @@ namespace {
 namespace va = vornadjust;
 using va::Kind;
 
-constexpr double same = 1e-3;  // of the size of the network: points that a motion brings together
-constexpr double least = 1e-4; // of the same: apart enough to be another place
+constexpr double same = 1e-3; // of the size of the network: points that a motion brings together
 const double full_turn = 8.0 * std::atan(1.0);
 
 // What holds a network as a whole in the plan.
@@ -118,14 +117,13 @@ bool in_one_valley(const Trial &best, const Trial &other, double ridge)
     return measure_fit(middle).loss < std::fmax(best.fit.loss, other.fit.loss) + ridge;
 }
 
-std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other)
+std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least)
 {
     std::vector<Doubt> apart;
-    const double enough = least * size_of(common_points(best, other));
     for (int p = 0; p < best.model.n_points; p++) {
         const double *x = &best.model.value[3 * (size_t)p], *y = &other.model.value[3 * (size_t)p];
         const double off = std::hypot(x[0] - y[0], x[1] - y[1]);
-        if (given.wants_plan(p) && off > enough)
+        if (given.wants_plan(p) && off > least)
             apart.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, false, off});
     }
     return apart;

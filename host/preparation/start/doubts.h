@@ -25,8 +25,8 @@ void move_onto(const Trial &best, const Given &given, Trial *other);
 // networks have, and does not between two solutions.
 bool in_one_valley(const Trial &best, const Trial &other, double ridge);
 
-// Points wanted in the plan that lie elsewhere in another start.
-std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other);
+// Points wanted in the plan that lie elsewhere in another start, by more than `least` metres.
+std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least);
 
 } // namespace vornhost::start
 

@@ -23,12 +23,14 @@ constexpr double bad_scale = 8.0;          // of a fit: misclosures this much ab
 constexpr double no_fit = 50.0;            // of one that says nothing
 constexpr double as_good = 10.0;           // difference of two losses that tells nothing where something is wrong
 constexpr double noise = 0.7;              // the same where nothing is: one row five standard deviations off
-constexpr size_t most_others = 64;         // ways with the other one of two places
+constexpr size_t most_others = 40;         // ways with the other one of two places
 constexpr int last_steps = 100;            // of a place that fits as well
 constexpr double as_good_in_height = 0.35; // the same of mirrored heights: one row three standard deviations off
 constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
 constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
 constexpr double wrong_share = 0.02;
+constexpr double elsewhere = 0.02;  // of a typical sight: apart enough to be another place
+constexpr double distinct = 1e-4;   // the same where nothing is wrong
 constexpr double given_off = 0.5;   // of a typical sight: an approximate point that is off by more is wrong
 constexpr size_t sights_of_one = 3; // that do not fit, at least, where a given point is wrong
 
@@ -65,7 +67,8 @@ private:
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start);
-    double what_tells_nothing() const;
+    double noise_of_losses() const;
+    bool same_but_elsewhere(const Trial &t) const;
     void mirror_misfitting_heights();
     void tell_height_doubts(Start *start) const;
     bool fits_as_well(const Trial &t, double difference) const;
@@ -173,26 +176,24 @@ bool Search::fits_as_well(const Trial &t, double difference) const
     return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(best, t, difference);
 }
 
-// Between explanations of gross errors, or of readings alone.
-double Search::what_tells_nothing() const
-{
-    return clean(best) ? std::fmin(as_good, noise * best.fit.scale * best.fit.scale) : as_good;
-}
+// Difference of two losses that readings explain.
+double Search::noise_of_losses() const { return std::fmin(as_good, noise * best.fit.scale * best.fit.scale); }
 
-// Points that stand elsewhere in another way that fits as well.
+// Points that stand elsewhere in another way that fits as well. Ways are told apart when they are adjusted to the end;
+// where gross errors are explained in several ways, points move a little from one to the other.
 void Search::tell_doubts(Start *start)
 {
-    const double difference = what_tells_nothing();
+    const bool sure = clean(best);
+    const double least = (sure ? distinct : elsewhere) * typical_sight(best.model);
     std::vector<char> told((size_t)model.n_points, 0);
     for (Trial &t : rivals) {
-        if (!t.missing.empty() || !t.fit.finite || t.fit.loss > best.fit.loss + difference) continue;
+        if (!t.missing.empty() || !t.fit.finite || t.fit.loss > best.fit.loss + as_good) continue;
         move_onto(best, given, &t);
-        if (places_apart(best, given, t).empty()) continue;
+        if (places_apart(best, given, t, least).empty()) continue;
         t.fit = settle(&t.model, last_steps, Pull::most);
         move_onto(best, given, &t);
-        const std::vector<Doubt> apart = places_apart(best, given, t);
-        if (apart.empty() || !fits_as_well(t, difference)) continue;
-        for (const Doubt &d : apart)
+        if (!fits_as_well(t, sure || misfits(t) == misfits(best) ? noise_of_losses() : as_good)) continue;
+        for (const Doubt &d : places_apart(best, given, t, least))
             if (!std::exchange(told[(size_t)d.point], 1)) start->doubts.push_back(d);
     }
 }
@@ -203,7 +204,7 @@ void Search::mirror_misfitting_heights()
     for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
         if (clean(best)) return;
         Trial t = best;
-        mirror_heights(points, &t);
+        mirror_heights(points, About::mean, &t);
         if (t.fit.finite && t.fit.loss < best.fit.loss - as_good_in_height) best = std::move(t);
     }
 }
@@ -211,16 +212,20 @@ void Search::mirror_misfitting_heights()
 // Heights that lengths alone tell, as their mirror images about the other ends of these.
 void Search::tell_height_doubts(Start *start) const
 {
-    for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
-        Trial t = best;
-        mirror_heights(points, &t);
-        if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
-        for (const int p : points) {
-            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
-            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, std::fabs(x[2] - y[2])});
+    const auto sets = heights_of_lengths(best, given, work);
+    const bool near_only = !clean(best) || 6.0 * (double)(sets.size() * model.observations.size()) > work;
+    for (const std::vector<int> &points : sets)
+        for (const About about : every_about) {
+            if (about != About::mean && (near_only || points.size() > 1)) break;
+            Trial t = best;
+            mirror_heights(points, about, &t);
+            if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
+            for (const int p : points) {
+                const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
+                start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, std::fabs(x[2] - y[2])});
+            }
+            return;
         }
-        return;
-    }
 }
 
 // The best start of the network without what is given in the plan of some points.
@@ -284,7 +289,15 @@ void Search::write(const Start &start)
     }
 }
 
-// From the best way, where two places fit alike: with the other one of each, then of two and more of them.
+// The same network but for what fits in two places: nothing else is wrong in it, and readings explain the difference.
+bool Search::same_but_elsewhere(const Trial &t) const
+{
+    return t.missing.empty() && t.fit.finite && t.fit.loss <= best.fit.loss + as_good && misfits(t) == misfits(best);
+}
+
+// From the best way, where two places fit alike: with the other one of each, and where that does not fit with others
+// of two and more, as what hangs on a point turns with it. Where gross errors are explained in several ways, the best
+// one stays, unless another one leaves much less unexplained.
 void Search::try_others()
 {
     const double n = std::fmax(1.0, (double)model.observations.size());
@@ -299,10 +312,14 @@ void Search::try_others()
         }
     };
     add(best.way, best.choices);
+    const double much = clean(best) ? 0.0 : as_good;
     for (size_t i = 0; i < waiting.size() && i < most; i++) {
         Trial t = try_repeatedly(waiting[i]);
-        add(t.way, t.choices);
-        consider(std::move(t));
+        const bool less = t.fit.finite && t.missing.size() <= best.missing.size() && t.fit.loss < best.fit.loss - much;
+        if (less || same_but_elsewhere(t))
+            consider(std::move(t));
+        else
+            add(t.way, t.choices);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/preparation/start/heights.h"
+#include "host/preparation/start/slopes.h"
 
 namespace vornhost::start {
 
@@ -143,6 +144,15 @@ std::vector<int> alone_off(const Trial &t, double limit)
     return alone;
 }
 
+// Whether points stay without a height that slope distances may tell.
+bool wants_slopes(const Trial &t, const Given &given)
+{
+    if (t.model.frame.space != va::Space::space || t.model.frame.curved() || is_large(t.model)) return false;
+    for (int p = 0; p < t.model.n_points; p++)
+        if (!t.levelled[(size_t)p] && given.at(p, 2) == Known::wanted) return true;
+    return false;
+}
+
 } // namespace
 
 bool is_large(const va::Model &model) { return model.observations.size() > 100000; }
@@ -171,8 +181,13 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
     }
     set_heights(heights, given, &t);
     select(&t);
+    Trial raised;
+    const bool slopes = wants_slopes(t, given);
+    if (slopes) raised = t;
     adjust(&t);
-    return t;
+    if (!slopes || !raise_by_slopes(given, &raised)) return t;
+    adjust(&raised);
+    return raised.fit.finite && raised.fit.loss < t.fit.loss ? raised : t;
 }
 
 std::vector<int> misfits(const Trial &t)

@@ -13,9 +13,9 @@ namespace vornhost::start {
 using Choice = int;
 
 struct Way {
-    bool local_first = false;   // a local frame before the ground
-    unsigned choices = 0;       // bit after bit the second one
-    int skip = 0;               // so many of the best centres of local frames
+    bool local_first = false;        // a local frame before the ground
+    unsigned choices = 0;            // bit after bit the second one
+    int skip = 0;                    // so many of the best centres of local frames
     std::vector<Choice> others = {}; // that are taken the other way round; sorted
 
     bool turned_round(Choice c) const { return std::binary_search(others.begin(), others.end(), c); }
