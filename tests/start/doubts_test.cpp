@@ -106,7 +106,7 @@ TEST(Doubts, AreNotSaidOfAFreeNetworkThatMayLieAnywhere)
     Maker m(5);
     m.space(va::Space::plane);
     for (int i = 0; i < 6; i++)
-        m.point(100.0 * (i % 3) + m.uniform(-20, 20), 90.0 * (i / 3) + m.uniform(-20, 20), 0, false);
+        m.point(100.0 * (i % 3) + m.uniform(-20, 20), (i < 3 ? 0.0 : 90.0) + m.uniform(-20, 20), 0, false);
     for (int i = 0; i < 6; i++)
         for (int j = i + 1; j < 6; j++) m.observe(Kind::plane_distance, i, j, 2 * mm);
     Network n = m.finish(0);
