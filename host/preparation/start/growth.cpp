@@ -15,8 +15,9 @@ enum Rank { fresh, agreed, bare, open, blunt, torn };
 
 } // namespace
 
-Growth::Growth(const Sightings &sightings, Frame *its_frame, const Frame *the_ground, unsigned its_choices)
-    : s(sightings), frame(*its_frame), ground(the_ground), choices(its_choices), version((size_t)sightings.n_points)
+Growth::Growth(const Sightings &sightings, Frame *its_frame, const Frame *the_ground, const Way &its_way)
+    : s(sightings), frame(*its_frame), ground(the_ground), way(its_way), bits(its_way.choices),
+      version((size_t)sightings.n_points)
 {
 }
 
@@ -110,15 +111,10 @@ int Growth::rank_of(const Determination &d) const
 void Growth::take(int p, const Determination &d)
 {
     if (!d.torn) return place(p, d.x, d.y, d.sigma);
-    const bool second = choices & 1U;
-    choices >>= 1U;
-    if (second) {
-        alternatives.push_back({p, d.x, d.y});
-        place(p, d.other[0], d.other[1], d.sigma);
-    } else {
-        alternatives.push_back({p, d.other[0], d.other[1]});
-        place(p, d.x, d.y, d.sigma);
-    }
+    const bool second = ((bits & 1U) != 0) != way.turned_round(p);
+    bits >>= 1U;
+    choices.push_back(p);
+    place(p, second ? d.other[0] : d.x, second ? d.other[1] : d.y, d.sigma);
 }
 
 // Places a point that is known well and checked; what is not waits with its rank.

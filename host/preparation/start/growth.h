@@ -10,20 +10,15 @@
 
 #include "host/preparation/start/frame.h"
 #include "host/preparation/start/voting.h"
+#include "host/preparation/start/way.h"
 
 namespace vornhost::start {
-
-// A point that two places fit alike, and the one that was not taken.
-struct Alternative {
-    int point;
-    double x, y;
-};
 
 class Growth {
 public:
     // Points with a place in `ground` are placed too, but nothing is carried from one of them to another.
-    // Where two places fit alike, bit after bit of `choices` takes the second one.
-    Growth(const Sightings &sightings, Frame *frame, const Frame *ground = nullptr, unsigned choices = 0);
+    // Where two places fit alike, the way tells which one is taken.
+    Growth(const Sightings &sightings, Frame *frame, const Frame *ground, const Way &way);
 
     // A point with a place of its own; a turn for a circle.
     void plant(int point, double x, double y, double sigma) { place(point, x, y, sigma); }
@@ -35,7 +30,7 @@ public:
     // Carries on from what was planted.
     void grow();
 
-    std::vector<Alternative> alternatives;
+    std::vector<Choice> choices; // points that two places fitted alike
 
 private:
     struct Waiting {
@@ -62,7 +57,8 @@ private:
     const Sightings &s;
     Frame &frame;
     const Frame *ground;
-    unsigned choices;
+    const Way &way;
+    unsigned bits;            // of the way that are left
     std::vector<int> version; // [points] of what is known of each
     std::priority_queue<Waiting> queue;
     int queued = 0;

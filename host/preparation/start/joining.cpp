@@ -8,6 +8,7 @@ namespace vornhost::start {
 namespace {
 
 constexpr size_t most_common = 40; // points of which pairs propose a motion
+constexpr double as_many = 0.5;    // difference of points that agree that tells nothing
 constexpr double share = 1e-3;     // of the size of the network: how far a common point may be off
 
 std::vector<Common> common_points(const Frame &local, const Frame &ground)
@@ -119,14 +120,16 @@ std::optional<Motion> by_points(const std::vector<Common> &all, const Frame &loc
     const double t = share * size_of(all);
     if (!(t > 0.0)) return std::nullopt;
     std::optional<Motion> best;
+    double agreed[2] = {0.0, 0.0}; // of the frame as it is, and of its mirror image
     const bool may_mirror = !handed(local);
     for (const bool rigid : {true, false})
         for (const double mirror : {mirror_first ? -1.0 : 1.0, mirror_first ? 1.0 : -1.0}) {
             if ((rigid && !local.scaled) || (mirror < 0.0 && !may_mirror)) continue;
             const auto m = motion_of_most(all, t, rigid, mirror);
+            if (m) agreed[mirror < 0.0] = std::fmax(agreed[mirror < 0.0], m->agreed);
             if (m && (!best || m->agreed > best->agreed + (rigid ? 0.01 : 0.5))) best = m;
         }
-    if (best) best->guessed = may_mirror && all.size() < 3;
+    if (best) best->guessed = may_mirror && std::fabs(agreed[0] - agreed[1]) < as_many;
     return best;
 }
 

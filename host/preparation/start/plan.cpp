@@ -20,8 +20,8 @@ constexpr int free_tries = 8;   // centres of which the largest frame becomes th
 class Planner {
 public:
     Planner(const Sightings &sightings, const Frame &given, const Way &its_way)
-        : s(sightings), way(its_way), turns(given.turns), plan{given, {}, false}, local(sightings),
-          ground_growth(s, &plan.frame, nullptr, way.choices), local_growth(s, &local, &plan.frame, way.choices)
+        : s(sightings), way(its_way), turns(given.turns), plan{given, {}}, local(sightings),
+          ground_growth(s, &plan.frame, nullptr, way), local_growth(s, &local, &plan.frame, way)
     {
     }
 
@@ -41,6 +41,10 @@ private:
     bool grow_by_length(int centre);
     bool build(int centre);
     void join(const Motion &motion);
+    void add_choices(const std::vector<Choice> &more)
+    {
+        plan.choices.insert(plan.choices.end(), more.begin(), more.end());
+    }
     bool round();
     bool make_ground();
     bool known(int p) const { return plan.frame.places[(size_t)p].known; }
@@ -89,7 +93,7 @@ void Planner::clear()
     local.members.clear();
     local.scaled = true;
     local.true_axes = false;
-    local_growth.alternatives.clear();
+    local_growth.choices.clear();
 }
 
 bool Planner::grow_by_vectors(int centre)
@@ -236,11 +240,7 @@ void Planner::join(const Motion &motion)
         motion.apply(at.x, at.y, &x, &y);
         ground_growth.plant(m, x, y, scale * at.sigma);
     }
-    for (Alternative a : local_growth.alternatives) {
-        motion.apply(a.x, a.y, &a.x, &a.y);
-        plan.alternatives.push_back(a);
-    }
-    plan.mirrored |= motion.guessed;
+    add_choices(local_growth.choices);
     ground_growth.grow();
 }
 
@@ -252,8 +252,11 @@ bool Planner::round()
     for (const int centre : centres) {
         if (known(centre) || tried[(size_t)centre] || !build(centre)) continue;
         for (const int m : local.members) tried[(size_t)m] = 1;
-        const std::optional<Motion> motion = find_motion(s, local, plan.frame, (way.choices & 1U) != 0);
+        const Choice image = s.n_points + centre;
+        const bool mirror_first = ((way.choices & 1U) != 0) != way.turned_round(image);
+        const std::optional<Motion> motion = find_motion(s, local, plan.frame, mirror_first);
         if (!motion) continue;
+        if (motion->guessed) plan.choices.push_back(image);
         join(*motion);
         any = true;
     }
@@ -265,7 +268,7 @@ bool Planner::make_ground()
 {
     Frame best(s);
     const Frame given = std::exchange(plan.frame, Frame(s));
-    std::vector<Alternative> alternatives;
+    std::vector<Choice> choices;
     tried.assign((size_t)s.n_points, 0);
     int tries = 0;
     for (const int centre : centres) {
@@ -275,7 +278,7 @@ bool Planner::make_ground()
         for (const int m : local.members) tried[(size_t)m] = 1;
         if (local.members.size() <= best.members.size()) continue;
         best = local;
-        alternatives = local_growth.alternatives;
+        choices = local_growth.choices;
     }
     if (best.members.empty()) {
         plan.frame = given;
@@ -287,9 +290,8 @@ bool Planner::make_ground()
         dy = given.places[(size_t)m].y - best.places[(size_t)m].y;
     }
     for (const int m : best.members) best.places[(size_t)m].x += dx, best.places[(size_t)m].y += dy;
-    for (Alternative &a : alternatives) a.x += dx, a.y += dy;
     plan.frame = best;
-    plan.alternatives = alternatives;
+    plan.choices = choices;
     ground_growth.begin_again();
     ground_growth.grow();
     return true;
@@ -304,7 +306,7 @@ Plan Planner::find()
     for (int i = 0; i < most_rounds && plan.frame.members.size() < all && round(); i++) continue;
     if (given <= 1 && plan.frame.members.size() == given && given < all && make_ground())
         for (int i = 0; i < most_rounds && plan.frame.members.size() < all && round(); i++) continue;
-    for (const Alternative &a : ground_growth.alternatives) plan.alternatives.push_back(a);
+    add_choices(ground_growth.choices);
     return std::move(plan);
 }
 

@@ -6,20 +6,13 @@
 
 #include "host/preparation/start/frame.h"
 #include "host/preparation/start/growth.h"
+#include "host/preparation/start/way.h"
 
 namespace vornhost::start {
 
-// How one of several ways to the plan begins.
-struct Way {
-    bool local_first = false; // a local frame before the ground
-    unsigned choices = 0;     // where two places fit alike
-    int skip = 0;             // so many of the best centres of local frames
-};
-
 struct Plan {
     Frame frame;
-    std::vector<Alternative> alternatives; // places that fitted alike
-    bool mirrored = false;                 // a frame may be the mirror image of the true one
+    std::vector<Choice> choices; // where something else fitted alike
 };
 
 // `ground` holds what is given: points with a place, circles with a turn.

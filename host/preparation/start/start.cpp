@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <utility>
 
 #include "adjust/linear.h"
 #include "host/preparation/start/displaced.h"
@@ -19,13 +21,16 @@ constexpr int most_ways = 14;              // tried on a small network
 constexpr int most_repeats = 3;            // of a way without what did not fit
 constexpr double bad_scale = 8.0;          // of a fit: misclosures this much above their standard deviations
 constexpr double no_fit = 50.0;            // of one that says nothing
-constexpr double as_good = 10.0;           // difference of two losses that tells nothing
+constexpr double as_good = 10.0;           // difference of two losses that tells nothing where something is wrong
+constexpr double noise = 0.7;              // the same where nothing is: one row five standard deviations off
+constexpr size_t most_others = 40;         // ways with the other one of two places
+constexpr int last_steps = 100;            // of a place that fits as well
 constexpr double as_good_in_height = 0.35; // the same of mirrored heights: one row three standard deviations off
 constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
 constexpr size_t most_wrong = 100; // observations, of a share of all: more of them show that the start is rough
 constexpr double wrong_share = 0.02;
-const double full_turn = 8.0 * std::atan(1.0);
 constexpr double elsewhere = 0.02;  // of a typical sight: apart enough to be another place
+constexpr double distinct = 1e-4;   // the same where nothing is wrong
 constexpr double given_off = 0.5;   // of a typical sight: an approximate point that is off by more is wrong
 constexpr size_t sights_of_one = 3; // that do not fit, at least, where a given point is wrong
 
@@ -58,11 +63,12 @@ private:
     Trial try_repeatedly(const Way &way);
     std::vector<Way> ways() const;
     void consider(Trial t);
-    double difference(const Trial &a, const Trial &b, int p) const;
-    bool in_one_valley(const Trial &t, double ridge) const;
+    void try_others();
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
-    void tell_doubts(Start *start) const;
+    void tell_doubts(Start *start);
+    double noise_of_losses() const;
+    bool same_but_elsewhere(const Trial &t) const;
     void mirror_misfitting_heights();
     void tell_height_doubts(Start *start) const;
     bool fits_as_well(const Trial &t, double difference) const;
@@ -119,12 +125,6 @@ std::vector<Way> Search::ways() const
     return all;
 }
 
-double Search::difference(const Trial &a, const Trial &b, int p) const
-{
-    const double *x = &a.model.value[3 * (size_t)p], *y = &b.model.value[3 * (size_t)p];
-    return std::hypot(x[0] - y[0], x[1] - y[1]);
-}
-
 void Search::consider(Trial t)
 {
     if (!any || better(t, best)) {
@@ -153,19 +153,6 @@ void Search::tell_misfits(Start *start) const
                      [](const Misfit &a, const Misfit &b) { return a.off > b.off; });
 }
 
-// Half way between two ways: it fits as well where both lie in one valley, which weak networks have, and does not
-// between two solutions.
-bool Search::in_one_valley(const Trial &t, double ridge) const
-{
-    va::Model middle = best.model;
-    for (size_t u = 0; u < middle.value.size(); u++) {
-        double change = t.model.value[u] - middle.value[u];
-        if (middle.meaning[u] == va::Meaning::angle) change = std::remainder(change, full_turn);
-        middle.value[u] += 0.5 * change;
-    }
-    return measure_fit(middle).loss < std::fmax(best.fit.loss, t.fit.loss) + ridge;
-}
-
 // Of points without a place; and of those that have one by chance, as errors of readings carry them along a circle.
 void Search::tell_degenerate(Start *start) const
 {
@@ -186,25 +173,28 @@ void Search::tell_degenerate(Start *start) const
 // Elsewhere, and with a difference of losses that tells nothing.
 bool Search::fits_as_well(const Trial &t, double difference) const
 {
-    return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(t, difference);
+    return t.fit.finite && t.fit.loss <= best.fit.loss + difference && !in_one_valley(best, t, difference);
 }
 
-// Points that stand elsewhere in another way that fits as well. Without anything given all may move as a whole.
-void Search::tell_doubts(Start *start) const
+// Difference of two losses that readings explain.
+double Search::noise_of_losses() const { return std::fmin(as_good, noise * best.fit.scale * best.fit.scale); }
+
+// Points that stand elsewhere in another way that fits as well. Ways are told apart when they are adjusted to the end;
+// where gross errors are explained in several ways, points move a little from one to the other.
+void Search::tell_doubts(Start *start)
 {
-    int held = 0;
-    for (int p = 0; p < model.n_points; p++) held += given.plan(p);
-    if (held < 2) return;
-    const double least = elsewhere * typical_sight(best.model);
-    for (const Trial &t : rivals) {
-        if (!t.missing.empty() || !fits_as_well(t, as_good)) continue;
-        for (int p = 0; p < model.n_points; p++) {
-            const double apart = difference(best, t, p);
-            if (!given.wants_plan(p) || apart <= least) continue;
-            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
-            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, false, apart});
-        }
-        if (!start->doubts.empty()) return;
+    const bool sure = clean(best);
+    const double least = (sure ? distinct : elsewhere) * typical_sight(best.model);
+    std::vector<char> told((size_t)model.n_points, 0);
+    for (Trial &t : rivals) {
+        if (!t.missing.empty() || !t.fit.finite || t.fit.loss > best.fit.loss + as_good) continue;
+        move_onto(best, given, &t);
+        if (places_apart(best, given, t, least).empty()) continue;
+        t.fit = settle(&t.model, last_steps, Pull::most);
+        move_onto(best, given, &t);
+        if (!fits_as_well(t, sure || misfits(t) == misfits(best) ? noise_of_losses() : as_good)) continue;
+        for (const Doubt &d : places_apart(best, given, t, least))
+            if (!std::exchange(told[(size_t)d.point], 1)) start->doubts.push_back(d);
     }
 }
 
@@ -214,7 +204,7 @@ void Search::mirror_misfitting_heights()
     for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
         if (clean(best)) return;
         Trial t = best;
-        mirror_heights(points, &t);
+        mirror_heights(points, About::mean, &t);
         if (t.fit.finite && t.fit.loss < best.fit.loss - as_good_in_height) best = std::move(t);
     }
 }
@@ -222,16 +212,20 @@ void Search::mirror_misfitting_heights()
 // Heights that lengths alone tell, as their mirror images about the other ends of these.
 void Search::tell_height_doubts(Start *start) const
 {
-    for (const std::vector<int> &points : heights_of_lengths(best, given, work)) {
-        Trial t = best;
-        mirror_heights(points, &t);
-        if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
-        for (const int p : points) {
-            const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
-            start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, std::fabs(x[2] - y[2])});
+    const auto sets = heights_of_lengths(best, given, work);
+    const bool near_only = !clean(best) || 6.0 * (double)(sets.size() * model.observations.size()) > work;
+    for (const std::vector<int> &points : sets)
+        for (const About about : every_about) {
+            if (about != About::mean && (near_only || points.size() > 1)) break;
+            Trial t = best;
+            mirror_heights(points, about, &t);
+            if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
+            for (const int p : points) {
+                const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
+                start->doubts.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, std::fabs(x[2] - y[2])});
+            }
+            return;
         }
-        return;
-    }
 }
 
 // The best start of the network without what is given in the plan of some points.
@@ -295,12 +289,47 @@ void Search::write(const Start &start)
     }
 }
 
+// The same network but for what fits in two places: nothing else is wrong in it, and readings explain the difference.
+bool Search::same_but_elsewhere(const Trial &t) const
+{
+    return t.missing.empty() && t.fit.finite && t.fit.loss <= best.fit.loss + as_good && misfits(t) == misfits(best);
+}
+
+// From the best way, where two places fit alike: with the other one of each, and where that does not fit with others
+// of two and more, as what hangs on a point turns with it. Where gross errors are explained in several ways, the best
+// one stays, unless another one leaves much less unexplained.
+void Search::try_others()
+{
+    const double n = std::fmax(1.0, (double)model.observations.size());
+    const size_t most = std::min(most_others, (size_t)(work / n));
+    std::vector<Way> waiting;
+    std::set<std::vector<Choice>> known = {best.way.others};
+    const auto add = [&](const Way &from, const std::vector<Choice> &choices) {
+        for (const Choice c : choices) {
+            Way way = from;
+            way.turn_round(c);
+            if (known.insert(way.others).second) waiting.push_back(way);
+        }
+    };
+    add(best.way, best.choices);
+    const double much = clean(best) ? 0.0 : as_good;
+    for (size_t i = 0; i < waiting.size() && i < most; i++) {
+        Trial t = try_repeatedly(waiting[i]);
+        const bool less = t.fit.finite && t.missing.size() <= best.missing.size() && t.fit.loss < best.fit.loss - much;
+        if (less || same_but_elsewhere(t))
+            consider(std::move(t));
+        else
+            add(t.way, t.choices);
+    }
+}
+
 const Trial &Search::search()
 {
     for (const Way &way : ways()) {
-        if (any && clean(best) && best.alternatives.empty() && !best.mirrored) break;
+        if (any && clean(best) && best.choices.empty()) break;
         consider(try_repeatedly(way));
     }
+    if (!best.choices.empty()) try_others();
     return best;
 }
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/preparation/start/degenerate.h"
+#include "host/preparation/start/doubts.h"
 #include "host/preparation/start/sightings.h"
-#include "host/preparation/start/trial.h"
 
 namespace vornhost::start {
 
@@ -16,14 +16,6 @@ struct Misfit {
     int observation;
     double would_read;
     double off; // standard deviations
-};
-
-// A point that fits in two places, or at two heights in one; `apart` metres from each other.
-struct Doubt {
-    int point;
-    double x[3], other[3];
-    bool in_height;
-    double apart;
 };
 
 // Given coordinates far from where the sights of the point put it.

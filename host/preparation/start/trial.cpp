@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/preparation/start/heights.h"
+#include "host/preparation/start/slopes.h"
 
 namespace vornhost::start {
 
@@ -143,6 +144,15 @@ std::vector<int> alone_off(const Trial &t, double limit)
     return alone;
 }
 
+// Whether points stay without a height that slope distances may tell.
+bool wants_slopes(const Trial &t, const Given &given)
+{
+    if (t.model.frame.space != va::Space::space || t.model.frame.curved() || is_large(t.model)) return false;
+    for (int p = 0; p < t.model.n_points; p++)
+        if (!t.levelled[(size_t)p] && given.at(p, 2) == Known::wanted) return true;
+    return false;
+}
+
 } // namespace
 
 bool is_large(const va::Model &model) { return model.observations.size() > 100000; }
@@ -152,6 +162,7 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
     const size_t n = (size_t)model.n_points;
     Trial t;
     t.model = model;
+    t.way = way;
     t.placed.assign(n, 1);
     t.levelled.assign(n, 0);
     const std::vector<double> nowhere(n, NAN), known = known_values(model, given, left_out);
@@ -163,16 +174,20 @@ Trial try_way(const va::Model &model, const Given &given, const std::vector<char
         const Sightings s = sightings_of(model, heights, left_out);
         const Plan plan = find_plan(s, known_ground(model, given, known, s), way);
         set_plan(plan, given, &t);
-        t.alternatives = plan.alternatives;
-        t.mirrored = plan.mirrored;
+        t.choices = plan.choices;
         for (size_t p = 0; p < n; p++)
             if (t.placed[p]) x[p] = plan.frame.places[p].x, y[p] = plan.frame.places[p].y;
         heights = carry_heights(model, Distances(s, x, y), levels, left_out);
     }
     set_heights(heights, given, &t);
     select(&t);
+    Trial raised;
+    const bool slopes = wants_slopes(t, given);
+    if (slopes) raised = t;
     adjust(&t);
-    return t;
+    if (!slopes || !raise_by_slopes(given, &raised)) return t;
+    adjust(&raised);
+    return raised.fit.finite && raised.fit.loss < t.fit.loss ? raised : t;
 }
 
 std::vector<int> misfits(const Trial &t)

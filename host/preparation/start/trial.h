@@ -13,11 +13,11 @@
 namespace vornhost::start {
 
 struct Trial {
-    vornadjust::Model model;               // with its first values
-    std::vector<char> placed;              // [points] in the plan
-    std::vector<char> levelled;            // [points] that have a height
-    std::vector<Alternative> alternatives; // places that fitted alike
-    bool mirrored = false;
+    vornadjust::Model model;     // with its first values
+    std::vector<char> placed;    // [points] in the plan
+    std::vector<char> levelled;  // [points] that have a height
+    std::vector<Choice> choices; // where something else fitted alike
+    Way way;
     Fit fit;
 
     std::vector<int> missing; // points that want a place and have none

@@ -18,6 +18,9 @@ constexpr size_t most_loci = 7;    // of a point, that propose places
 constexpr size_t most_rays = 6;    // of a circle, that propose turns
 constexpr double vague = 0.1;      // radians: tolerance of a ray so short that it tells nothing of a turn
 constexpr double torn_by = 0.5;    // agreement by which the best place must lead
+constexpr double few = 3.0;        // observations, of which two places that are close are looked at
+constexpr double blurred = 0.02;   // of the sights: how far places that many observations propose may be apart
+constexpr double distinct = 1e-4;  // the same of few
 const double pi = 4.0 * std::atan(1.0);
 
 struct Xy {
@@ -379,16 +382,12 @@ double least_reach(const Evidence &e, const Xy &p)
     return least;
 }
 
-// The best place and the next one that is elsewhere.
-struct Ranking {
-    Xy best{0, 0}, next{0, 0};
-    double best_sum = -1.0, next_sum = -1.0;
-};
+using Ranked = std::vector<std::pair<double, Xy>>; // agreement, place
 
-// Proposals that are the same within half of what any observation may be off are looked at once.
-Ranking rank(const Evidence &e, const std::vector<Xy> &all)
+// The best place first. Proposals that are the same within half of what any observation may be off are looked at once.
+Ranked ranked(const Evidence &e, const std::vector<Xy> &all)
 {
-    std::vector<std::pair<double, Xy>> sums;
+    Ranked sums;
     sums.reserve(all.size());
     const auto near = [&](const Xy &p) {
         const double same = 0.5 * share * least_reach(e, p);
@@ -399,17 +398,40 @@ Ranking rank(const Evidence &e, const std::vector<Xy> &all)
     for (const Xy &p : all)
         if (!near(p)) sums.emplace_back(agreement_at(e, p), p);
     std::stable_sort(sums.begin(), sums.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
-    Ranking r;
-    r.best = sums[0].second;
-    r.best_sum = sums[0].first;
-    const double apart = 0.02 * mean_reach(e, r.best);
-    for (const auto &[sum, p] : sums) {
-        if (root_of_squares(p.x - r.best.x, p.y - r.best.y) <= apart) continue;
-        r.next = p;
-        r.next_sum = sum;
-        break;
+    return sums;
+}
+
+// Least squares of what agrees near a place; no value where that leaves it open.
+std::optional<Xy> refined(const Evidence &e, Xy p, Normal *n)
+{
+    for (int step = 0; step < 3; step++) {
+        *n = normal_at(e, p);
+        if (!n->regular()) return std::nullopt;
+        p.x += (n->bx * n->yy - n->by * n->xy) / n->determinant();
+        p.y += (n->by * n->xx - n->bx * n->xy) / n->determinant();
     }
-    return r;
+    if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
+    return p;
+}
+
+// Whether a place that few observations propose close to the best one is another one when it is refined.
+bool stays_apart(const Evidence &e, const Xy &best, const Xy &next)
+{
+    Normal n;
+    const std::optional<Xy> p = e.count() > few ? std::nullopt : refined(e, next, &n);
+    return p && root_of_squares(p->x - best.x, p->y - best.y) > distinct * mean_reach(e, best);
+}
+
+// Another place that has hardly less agreement than the best one, which is refined in `best`.
+std::optional<Xy> rival(const Evidence &e, const Ranked &places, const Xy &best)
+{
+    const Xy &first = places[0].second;
+    const double apart = blurred * mean_reach(e, first);
+    for (const auto &[sum, p] : places) {
+        if (!(sum > places[0].first - torn_by)) break;
+        if (root_of_squares(p.x - first.x, p.y - first.y) > apart || stays_apart(e, best, p)) return p;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -451,23 +473,18 @@ std::optional<Determination> determine(const Sightings &s, const Frame &frame, i
     if (e.count() < 2.0) return std::nullopt;
     const std::vector<Xy> all = proposals(e);
     if (all.empty()) return std::nullopt;
-    const Ranking r = rank(e, all);
-    Xy p = r.best;
+    const Ranked places = ranked(e, all);
     Normal n;
-    for (int step = 0; step < 3; step++) {
-        n = normal_at(e, p);
-        if (!n.regular()) return std::nullopt;
-        p.x += (n.bx * n.yy - n.by * n.xy) / n.determinant();
-        p.y += (n.by * n.xx - n.bx * n.xy) / n.determinant();
-    }
-    if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
+    const std::optional<Xy> p = refined(e, places[0].second, &n);
+    if (!p) return std::nullopt;
     Determination d;
-    d.x = p.x, d.y = p.y;
+    d.x = p->x, d.y = p->y;
     d.sigma = std::sqrt((n.xx + n.yy) / n.determinant()) / times;
-    d.reach = e.points.empty() ? mean_reach(e, p) : HUGE_VAL;
-    d.redundancy = agreement_at(e, p) - 2.0;
-    d.torn = r.next_sum > r.best_sum - torn_by;
-    d.other[0] = r.next.x, d.other[1] = r.next.y;
+    d.reach = e.points.empty() ? mean_reach(e, *p) : HUGE_VAL;
+    d.redundancy = agreement_at(e, *p) - 2.0;
+    const std::optional<Xy> other = rival(e, places, *p);
+    d.torn = other.has_value();
+    d.other[0] = other.value_or(*p).x, d.other[1] = other.value_or(*p).y;
     return d;
 }
 
