@@ -14,16 +14,6 @@ namespace {
 
 const char *const axes[3] = {"x", "y", "z"};
 
-std::string underlined(const std::string &title, char line)
-{
-    return title + "\n" + std::string(title.size(), line) + "\n";
-}
-
-std::string section(const std::string &title, const TextTable &table)
-{
-    return table.empty() ? "" : "\n" + underlined(title, '-') + table.text();
-}
-
 std::string freedom(double f) { return std::isinf(f) ? "infinite" : decimal(f, 0); }
 
 // "4.21, limit 2.13 (F of 8 and 24), p 0.0023"

@@ -28,11 +28,6 @@ const char *words_of(va::FitModel model)
     }
 }
 
-std::string underlined(const std::string &title, char line)
-{
-    return title + "\n" + std::string(title.size(), line) + "\n";
-}
-
 // As many decimals as a standard deviation of two digits wants; 4 without one.
 int decimals_for(double deviation)
 {

@@ -59,7 +59,8 @@ struct Network {
 
     Model &model;
     Faults &faults;
-    std::array<std::unique_ptr<Table>, TABLE_COUNT> tables; // null: not in the file
+    std::array<std::unique_ptr<Table>, TABLE_COUNT> tables; // null: not in the file, or not to be read
+    std::array<bool, TABLE_COUNT> named{};                  // in the file, whether it can be read or not
     double metres = 1.0;                                    // metres in a unit of length of the file
     double sigma_metres = 1.0;                              // the same of standard deviations
     double length = 1.0, sigma_length = 1.0;                // units of the records in these two
@@ -80,6 +81,8 @@ struct Network {
     std::unordered_map<std::string, int> setups; // index by number of the station and word
     std::unordered_map<std::string, int> sets;   // index by word
     std::unordered_map<int, size_t> lumps;       // index of the definition of a lump
+
+    bool connected_net = false; // the file names one, whether it can be read or not
 
     std::unique_ptr<PlacesInput> places; // of points in other reference systems; null: the file names none
 

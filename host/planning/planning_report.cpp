@@ -11,16 +11,6 @@ namespace {
 
 constexpr size_t most_shown = 20;
 
-std::string underlined(const std::string &title, char line)
-{
-    return title + "\n" + std::string(title.size(), line) + "\n";
-}
-
-std::string section(const std::string &title, const TextTable &table)
-{
-    return table.empty() ? "" : "\n" + underlined(title, '-') + table.text();
-}
-
 class Report {
 public:
     Report(const Planning &all, const std::string &day) : p(all), units(all.units), date(day) {}

@@ -46,4 +46,14 @@ std::string TextTable::text() const
     return all;
 }
 
+std::string underlined(const std::string &title, char line)
+{
+    return title + "\n" + std::string(utf8_width(title), line) + "\n";
+}
+
+std::string section(const std::string &title, const TextTable &table)
+{
+    return table.empty() ? "" : "\n" + underlined(title, '-') + table.text();
+}
+
 } // namespace vornhost

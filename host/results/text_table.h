@@ -34,6 +34,12 @@ private:
     std::vector<std::vector<std::string>> rows;
 };
 
+// A title with a line of that character below.
+std::string underlined(const std::string &title, char line);
+
+// A table below its title and a line of -, behind an empty line; nothing without rows.
+std::string section(const std::string &title, const TextTable &table);
+
 } // namespace vornhost
 
 #endif
