@@ -67,6 +67,7 @@ void confirm(const std::vector<Shared> &shared, bool one_zero, std::vector<char>
 Flags certain_readings(const std::vector<Divided> &rounds)
 {
     Flags certain;
+    certain.reserve(rounds.size());
     for (const Divided &round : rounds) certain.emplace_back(round.readings.size(), 0);
     for (size_t a = 0; a < rounds.size(); a++)
         for (size_t b = a + 1; b < std::min(rounds.size(), a + 1 + window); b++)
@@ -237,6 +238,7 @@ std::vector<char> found_zeros(const Numbers &numbers)
     std::map<std::pair<int, int>, int> count;
     for (const SetupPlace &s : numbers.setups) count[stand(s)] += s.set < 0;
     std::vector<char> found;
+    found.reserve(numbers.setups.size());
     for (const SetupPlace &s : numbers.setups) found.push_back(s.set < 0 && count[stand(s)] > 1);
     return found;
 }

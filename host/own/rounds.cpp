@@ -119,8 +119,10 @@ public:
 
     void divide(Rounds &rounds)
     {
+        std::vector<Readings> rounds_read = cut(readings);
         std::vector<Divided> all;
-        for (Readings &round : cut(readings)) all.push_back({std::move(round), -1});
+        all.reserve(rounds_read.size());
+        for (Readings &round : rounds_read) all.push_back({std::move(round), -1});
         for (Divided &round : all)
             if (zeros.empty() || has_common(round.readings)) number(round, rounds);
         for (Divided &round : all)
