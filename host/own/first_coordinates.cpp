@@ -155,7 +155,7 @@ start::Start find_without_doubtful(const Model &network, Numbers &numbers)
     if (numbers.doubtful.empty()) return start::find_start(&numbers.model, given);
     const std::vector<double> before = numbers.model.value;
     use_doubtful(numbers, false);
-    const start::Start found = start::find_start(&numbers.model, given);
+    start::Start found = start::find_start(&numbers.model, given);
     use_doubtful(numbers, true);
     if (found.found()) return found;
     numbers.model.value = before;
