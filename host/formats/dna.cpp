@@ -85,7 +85,7 @@ private:
         if (heights_only || !has_proj()) return true;
         std::string fault;
         earth = DnaPlaces::open(network, geoid, &fault);
-        if (!earth) faults.add(file, fault, "name another geoid with --geoid, or none");
+        if (!earth) faults.add(file, fault, "name a GTX or GeoTIFF grid or a height in metres with --geoid, or none");
         if (!earth) return false;
         builder.draft.crs = earth->keys();
         const std::string system = geocentric_system(network.frame);

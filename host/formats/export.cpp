@@ -54,7 +54,12 @@ std::string export_results(const Results &results, Target target, time_t now, st
         snprintf(date, sizeof date, "%04d-%02d-%02d", calendar.tm_year + 1900, calendar.tm_mon + 1, calendar.tm_mday);
     }
     if (target == Target::sinex) return write_sinex(results, snx, notes, faults);
-    return target == Target::landxml ? write_landxml(results, date) : write_point_list(results);
+    if (target == Target::points) return write_point_list(results);
+    if (results.dimension == 1) {
+        faults.add(Source(), "LandXML holds points with x and y", "export as points");
+        return std::string();
+    }
+    return write_landxml(results, date, notes);
 }
 
 } // namespace vornhost

@@ -186,6 +186,9 @@ private:
                 }
             }
         context.points.check(faults);
+        for (const auto &[at, id] : context.points.moved())
+            context.note(at, "point " + quote(id) +
+                                 " is fixed and gets other coordinates here: these count, as in gama-local");
     }
 
     template <class Take> void each_observation(const Take &take) const

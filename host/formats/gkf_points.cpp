@@ -63,6 +63,10 @@ void GkfPoints::read(GkfTag &tag)
         tag.fault(tag.given("x") ? "x" : "y", "x and y of point " + quote(*id) + " are not both given",
                   "write both or neither");
     const std::optional<double> x = tag.number("x"), y = tag.number("y"), z = tag.number("z");
+    const bool moves_plan =
+        point.xy_state == GkfState::fixed && x && y && point.x && (*x != *point.x || *y != *point.y);
+    const bool moves_height = point.z_state == GkfState::fixed && z && point.z && *z != *point.z;
+    if (moves_plan || moves_height) moved_points.emplace_back(tag.at(), *id);
     if (x && y) {
         point.x = x;
         point.y = y;

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/formats/gkf_tag.h"
@@ -40,11 +41,15 @@ public:
     bool z_active(const std::string &id) const;
     const std::vector<GkfPoint> &all() const { return points; }
 
+    // Ids whose coordinates a later element changed after they were fixed, at that element.
+    const std::vector<std::pair<Source, std::string>> &moved() const { return moved_points; }
+
 private:
     GkfPoint &entry(const std::string &id, Source at);
 
     std::vector<GkfPoint> points; // in the order of the file
     std::map<std::string, size_t> index;
+    std::vector<std::pair<Source, std::string>> moved_points;
 };
 
 } // namespace vornhost

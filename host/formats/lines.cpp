@@ -8,6 +8,7 @@
 
 #include "host/formats/draft_builder.h"
 #include "host/formats/geocentric.h"
+#include "host/formats/lines_include.h"
 #include "host/formats/lines_items.h"
 #include "host/formats/lines_options.h"
 #include "host/formats/lines_text.h"
@@ -53,7 +54,8 @@ struct Traverse {
 class LinesReader {
 public:
     LinesReader(const TextFile &its_file, Draft &draft, Faults &all)
-        : file(its_file), builder(draft, all), faults(all), lines(coded_lines(its_file))
+        : file(its_file), builder(draft, all), faults(all), included(with_included(its_file, all)),
+          lines(included.lines)
     {
     }
 
@@ -69,6 +71,7 @@ public:
         settle_setups();
         note_fixed();
         builder.finish({file.file(), 0, 0});
+        place_in_first(included, faults, builder.draft);
         return faults.empty();
     }
 
@@ -722,7 +725,8 @@ private:
     const TextFile &file;
     DraftBuilder builder;
     Faults &faults;
-    std::vector<CodedLine> lines;
+    const IncludedLines included;
+    const std::vector<CodedLine> &lines;
     Survey found;
     LineOptions options;
     bool one_length = true; // lengths stay in the unit of the text
@@ -741,7 +745,7 @@ private:
 bool looks_like_lines(std::string_view beginning)
 {
     constexpr size_t enough = 20; // lines
-    static const std::set<std::string> options = {".UNITS", ".ORDER", ".2D", ".3D", ".DELTA", ".GPS"};
+    static const std::set<std::string> options = {".UNITS", ".ORDER", ".2D", ".3D", ".DELTA", ".GPS", ".INCLUDE"};
     static const std::set<std::string> pairs = {"A", "D", "V", "DV", "B", "M", "BM", "L", "G1"};
     TextFile file;
     Faults unheard;

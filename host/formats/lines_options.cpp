@@ -94,8 +94,7 @@ private:
         case Option::scale: return read_scale();
         case Option::mult: options.multiplier = line.items.empty() ? 1.0 : factor(line.items[0]); return;
         case Option::gps: return read_gps();
-        case Option::include:
-            return fault(line.at, "another file is included here", "put its lines in place of this one");
+        case Option::include: return; // its lines stand in its place already
         case Option::other_defaults:
             return builder.note(line.at, "option ." + word + " is not taken over: it changes defaults of its program");
         case Option::listing: return builder.note(line.at, "option ." + word + " is for listings and not taken over");

@@ -77,8 +77,7 @@ private:
 
     void choose_points()
     {
-        if (results.dimension != 3)
-            return faults.add(Source(), "SINEX holds networks in space", "export as landxml or points");
+        if (results.dimension != 3) return faults.add(Source(), "SINEX holds networks in space", "export as points");
         std::unordered_map<std::string, size_t> places;
         for (size_t i = 0; i < results.covariance_points.size(); i++) places[results.covariance_points[i]] = i;
         size_t held = 0, local = 0;
@@ -233,7 +232,7 @@ std::string write_sinex(const Results &results, const std::string &created, std:
     return SinexWriter(results, created, notes, faults).write();
 }
 
-std::string write_landxml(const Results &results, const std::string &date)
+std::string write_landxml(const Results &results, const std::string &date, std::vector<std::string> &notes)
 {
     std::string out =
         std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -244,7 +243,10 @@ std::string write_landxml(const Results &results, const std::string &date)
         "temperatureUnit=\"celsius\" pressureUnit=\"HPA\"/></Units>\n<CgPoints>\n";
     static const char *const errors[] = {"northingStdError", "eastingStdError", "elevationStdError"};
     for (const PointResult &point : results.points) {
-        if (!coordinate(point, 0) || !coordinate(point, 1)) continue;
+        if (!coordinate(point, 0) || !coordinate(point, 1)) {
+            notes.push_back("point " + quote(point.name) + " is left out: it has no x and y");
+            continue;
+        }
         out += "  <CgPoint name=\"" + escaped(point.name) + '"';
         for (int axis = 0; axis < 3; axis++)
             if (point.deviation[axis])

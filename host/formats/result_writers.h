@@ -18,7 +18,7 @@ std::string write_sinex(const Results &results, const std::string &created, std:
                         Faults &faults);
 
 // Points of LandXML 1.2 (CgPoints): x north, y east. The date as 2026-11-22.
-std::string write_landxml(const Results &results, const std::string &date);
+std::string write_landxml(const Results &results, const std::string &date, std::vector<std::string> &notes);
 
 // Comma-separated names, east, north and height to a tenth of a millimetre, as instruments read them.
 std::string write_point_list(const Results &results);

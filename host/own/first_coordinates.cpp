@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/input/names.h"
+#include "host/own/round_doubts.h"
 #include "host/own/start_words.h"
 #include "host/preparation/first_values.h"
 #include "host/preparation/lump_checks.h"
@@ -117,6 +118,8 @@ void settle(Model &network, FirstNumbers &first)
 Numbers numbers_again(Model &network, const Reference *reference, const Numbers &found)
 {
     Numbers numbers = make_numbers(network, reference);
+    for (const DoubtfulZero &d : found.doubtful)
+        numbers.model.observations[(size_t)d.row].setup = found.model.observations[(size_t)d.row].setup;
     for (size_t s = 0; s < numbers.model.setups.size(); s++)
         for (int k = 0; k < 3; k++) {
             const size_t angle = (size_t)numbers.model.setups[s].first + (size_t)k;
@@ -145,6 +148,25 @@ bool by_the_engine(Model &network)
     return values.words.empty() && missing(network.stations) + missing(network.targets) == 0;
 }
 
+// First values without the directions whose round is in doubt; with them where that does not find any.
+start::Start find_without_doubtful(const Model &network, Numbers &numbers)
+{
+    const start::Given given = what_is_given(network, numbers);
+    if (numbers.doubtful.empty()) return start::find_start(&numbers.model, given);
+    const std::vector<double> before = numbers.model.value;
+    use_doubtful(numbers, false);
+    start::Start found = start::find_start(&numbers.model, given);
+    use_doubtful(numbers, true);
+    if (found.found()) return found;
+    numbers.model.value = before;
+    return start::find_start(&numbers.model, given);
+}
+
+void settle_rounds(const Model &network, FirstNumbers &first)
+{
+    for (std::string &line : settle_doubtful(network, first.numbers)) first.notes.push_back(std::move(line));
+}
+
 std::string computed(int n, const char *what)
 {
     return std::string("first ") + what + " of " + std::to_string(n) + (n == 1 ? " point" : " points") +
@@ -160,8 +182,9 @@ FirstNumbers make_first_numbers(Model &network, const Reference *reference)
     FirstNumbers first;
     if (n == 0) settle(network, first);
     first.numbers = make_numbers(network, reference);
+    if (n == 0) settle_rounds(network, first);
     if (n == 0) return first;
-    const start::Start found = start::find_start(&first.numbers.model, what_is_given(network, first.numbers));
+    const start::Start found = find_without_doubtful(network, first.numbers);
     if (found.found()) {
         replace_displaced(network, first.numbers, found.displaced);
         write_records(network, first.numbers);
@@ -172,6 +195,7 @@ FirstNumbers make_first_numbers(Model &network, const Reference *reference)
     if (!first.words.empty()) return first;
     first.notes = start_notes(network, first.numbers, found);
     first.notes.insert(first.notes.begin(), computed(n, network.p.dim == 1 ? "heights" : "coordinates"));
+    settle_rounds(network, first);
     settle(network, first);
     if (depend_on_coordinates(network)) first.numbers = numbers_again(network, reference, first.numbers);
     return first;

@@ -99,6 +99,22 @@ Source point_source(const Model &network, const PointPlace &point)
     return point.station ? network.stations.where[(size_t)point.record] : network.targets.where[(size_t)point.record];
 }
 
+// Directions in doubt as observations and set-ups of the numbers.
+static void add_doubtful(Builder &b)
+{
+    std::unordered_multimap<int, DoubtfulZero> other_of;
+    for (const DoubtfulZero &d : b.rounds.doubtful) other_of.emplace(d.row, d);
+    for (size_t i = 0; i < b.numbers.items.size() && !other_of.empty(); i++) {
+        const va::Observation &o = b.numbers.model.observations[i];
+        if (o.kind != va::Kind::direction || b.numbers.items[i].item != Item::direction) continue;
+        const int record = b.numbers.items[i].record;
+        const auto found = other_of.equal_range(record);
+        for (auto d = found.first; d != found.second; ++d)
+            b.numbers.doubtful.push_back(
+                {(int)i, o.setup + d->second.other - b.rounds.orientation[(size_t)record], d->second.certain});
+    }
+}
+
 Numbers make_numbers(Model &network, const Reference *reference)
 {
     Builder b(network);
@@ -112,6 +128,7 @@ Numbers make_numbers(Model &network, const Reference *reference)
     add_transformations(b);
     add_deflections(b);
     add_measures(b);
+    add_doubtful(b);
     add_baselines(b);
     add_field_kinds(b);
     add_observed_points(b);

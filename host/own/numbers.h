@@ -13,6 +13,7 @@
 
 #include "adjust/model.h"
 #include "host/input/model.h"
+#include "host/own/round_cuts.h"
 #include "host/run/accounts.h"
 
 namespace vornhost {
@@ -95,6 +96,7 @@ struct Numbers {
     std::vector<int> deflections;                      // [deflections] record of each
     std::unordered_map<int, GridReduction> reductions; // by observation, in the plane of a grid
     std::vector<std::pair<int, double>> uncentred; // observations with their sigma without centring, metres or radians
+    std::vector<DoubtfulZero> doubtful;            // directions
     Reasons left_out;                              // rows that the file selects and that take no part
     std::vector<std::string> notes;                // one line each
     std::vector<std::string> words;                // why there are none, for the user; empty when there are

@@ -20,6 +20,7 @@
 #include "host/own/item_names.h"
 #include "host/own/joint_tests.h"
 #include "host/own/refusals.h"
+#include "host/own/round_doubts.h"
 #include "host/own/snooping.h"
 #include "host/results/test_rule.h"
 #include "host/run/determinacy_words.h"
@@ -33,6 +34,7 @@ namespace {
 namespace va = vornadjust;
 
 constexpr int weakest_listed = 5; // pairs of points
+constexpr double senseless = 3;   // standard deviation of unit weight, from which on readings stand in the wrong place
 constexpr size_t large = 100000;  // observations, from which on memory counts
 const std::string beside_camera = "the point stands in the plane of the camera, across its axis";
 
@@ -284,6 +286,9 @@ void Road::adjust()
     if (!outcome.datum.empty()) tell("datum: " + outcome.datum);
     if (outcome.adjusted())
         for (const std::string &line : weak_notes(network, outcome)) note(line);
+    const double off = std::sqrt(outcome.adjustment.variance_factor);
+    if (outcome.adjusted() && off > senseless)
+        for (const std::string &line : contradicting_rounds(network, outcome.numbers)) note(line);
 }
 
 // The first process alone has words and files to write. True on the others where they have rows for it.

@@ -18,6 +18,13 @@ struct Reading {
     double angle, sigma; // radians
 };
 
+// A direction that may have been read under another zero.
+struct DoubtfulZero {
+    int row;      // record, or observation of numbers
+    int other;    // orientation of the stand, or set-up of numbers
+    bool certain; // the readings of its stand agree with the zero that it has
+};
+
 using Readings = std::vector<Reading>;
 
 constexpr double reading_sigmas = 20.0; // by which readings of one target differ under one zero

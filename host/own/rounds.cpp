@@ -11,6 +11,7 @@
 #include "host/input/angle.h"
 #include "host/input/names.h"
 #include "host/own/round_cuts.h"
+#include "host/own/round_doubts.h"
 #include "host/own/stands.h"
 
 namespace vornhost {
@@ -43,7 +44,8 @@ std::vector<Readings> cut(const Readings &all)
 // The first reading of each target under one zero.
 using Zero = std::unordered_map<std::string, Reading>;
 
-// How a round compares with the readings under one zero; one reading in three may be wrong.
+// How a round compares with the readings under one zero; one reading in three may be wrong. Where they have one target
+// alone in common, an orientation of its own costs the round nothing but that reading.
 struct Comparison {
     int common = 0;
     double offset = 0;     // on which most differences agree
@@ -82,7 +84,8 @@ Comparison compare(const Readings &round, const Zero &zero)
         if (n > best) c.offset = all[i].angle;
         best = std::max(best, n);
     }
-    c.constant = best >= 2 && most(best);
+    const bool alone = c.common == 1 && !c.same && round.size() > 1;
+    c.constant = (best >= 2 && most(best)) || alone;
     return c;
 }
 
@@ -116,13 +119,16 @@ public:
 
     void divide(Rounds &rounds)
     {
-        std::vector<Readings> later; // that have no target in common with those before them
-        for (const Readings &round : cut(readings))
-            if (zeros.empty() || has_common(round))
-                number(round, rounds);
-            else
-                later.push_back(round);
-        for (const Readings &round : later) number(round, rounds);
+        std::vector<Readings> rounds_read = cut(readings);
+        std::vector<Divided> all;
+        all.reserve(rounds_read.size());
+        for (Readings &round : rounds_read) all.push_back({std::move(round), -1});
+        for (Divided &round : all)
+            if (zeros.empty() || has_common(round.readings)) number(round, rounds);
+        for (Divided &round : all)
+            if (round.zero < 0) number(round, rounds);
+        if (std::all_of(readings.begin(), readings.end(), [](const Reading &r) { return r.set < 0; }))
+            doubt(all, rounds);
         rounds.count[stand] = std::max(1, (int)zeros.size());
     }
 
@@ -132,11 +138,18 @@ private:
         return std::any_of(zeros.begin(), zeros.end(), [&](const Zero &z) { return compare(round, z).common > 0; });
     }
 
-    void number(const Readings &round, Rounds &rounds)
+    static void doubt(const std::vector<Divided> &all, Rounds &rounds)
     {
-        const size_t zero = zero_of(round, rounds);
+        const std::vector<DoubtfulZero> found = doubtful_readings(all);
+        rounds.doubtful.insert(rounds.doubtful.end(), found.begin(), found.end());
+    }
+
+    void number(Divided &round, Rounds &rounds)
+    {
+        const size_t zero = zero_of(round.readings, rounds);
+        round.zero = (int)zero;
         if (zero == zeros.size()) zeros.emplace_back();
-        for (const Reading &r : round) {
+        for (const Reading &r : round.readings) {
             zeros[zero].emplace(r.target, r);
             rounds.orientation[(size_t)r.record] = (int)zero;
         }

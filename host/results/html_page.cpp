@@ -295,6 +295,33 @@ json suspects(const Results &results)
     return all;
 }
 
+// Tests of the components of one observation together.
+json joint_tests(const Results &results)
+{
+    json all = json::array();
+    for (const JointTestResult &t : results.joint_tests)
+        all.push_back({{"observation", t.first},
+                       {"components", t.components},
+                       {"rank", t.rank},
+                       {"squares", number(t.squares, small_digits)},
+                       {"p", number(t.probability, small_digits)},
+                       {"rejected", t.rejected}});
+    return all;
+}
+
+json variance_components(const Results &results)
+{
+    json all = json::array();
+    for (const ComponentResult &c : results.components)
+        all.push_back({{"name", c.name},
+                       {"rows", c.rows},
+                       {"redundancy", number(c.redundancy, small_digits)},
+                       {"factor", number(c.factor, small_digits)},
+                       {"deviation", number(c.deviation, small_digits)},
+                       {"used", c.used}});
+    return all;
+}
+
 json derived(const Results &results)
 {
     json all = json::array();
@@ -398,6 +425,8 @@ std::string data(const Results &results, const InputLines &lines, const std::str
     all["pairs"] = pairs(results);
     all["suspects"] = suspects(results);
     all["derived"] = derived(results);
+    all["joint_tests"] = joint_tests(results);
+    all["variance_components"] = variance_components(results);
     all["accounts"] = accounts(results);
     all["closures"] = closures_json(results);
     return all.dump(-1, ' ', false, json::error_handler_t::replace);

@@ -188,7 +188,10 @@ TEST_F(Import, HasItsCounterpartInExport)
     EXPECT_EQ(run("export line.inp --to points -o -"), 0);
     EXPECT_TRUE(contains(out, "B,,,101.2500"));
     EXPECT_EQ(run("export line.inp --to sinex -o none.snx"), 2);
-    EXPECT_EQ(err, "line.inp: SINEX holds networks in space; export as landxml or points\n");
+    EXPECT_EQ(err, "line.inp: SINEX holds networks in space; export as points\n");
     EXPECT_FALSE(exists("none.snx"));
+    EXPECT_EQ(run("export line.inp --to landxml -o none.xml"), 2);
+    EXPECT_EQ(err, "line.inp: LandXML holds points with x and y; export as points\n");
+    EXPECT_FALSE(exists("none.xml"));
     EXPECT_EQ(run("export line.inp"), 2);
 }

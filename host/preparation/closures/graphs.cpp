@@ -73,16 +73,48 @@ double refraction_of(const va::Model &model, const va::Observation &o)
     return o.constants < 0 ? o.refraction : model.value[(size_t)model.constants[(size_t)o.constants].first + 2];
 }
 
-// By the elevation e over a slope s or a horizontal length d: s sin e or d tan e, the heights of instrument and target,
-// and what curvature and refraction make of the sight.
+bool leans(const va::Model &model, int point)
+{
+    return !model.deflection_at.empty() && model.deflection_at[(size_t)point] >= 0;
+}
+
+// By how much a sight is steeper above the horizon of a vertical that leans towards north (xi) and east (eta):
+// xi cos(azimuth) + eta sin(azimuth).
+double steeper_by(const va::Model &model, const va::Observation &o)
+{
+    if (!leans(model, o.from)) return 0.0;
+    const size_t xi = (size_t)model.deflections[(size_t)model.deflection_at[(size_t)o.from]].first;
+    const double *p = &model.value[3 * (size_t)o.from], *q = &model.value[3 * (size_t)o.to];
+    const double azimuth = std::atan2(q[1] - p[1], q[0] - p[0]) + model.sites[(size_t)o.from].convergence;
+    return model.value[xi] * std::cos(azimuth) + model.value[xi + 1] * std::sin(azimuth);
+}
+
+// A vertical whose lean is an unknown makes no closure.
+bool is_vertical_known(const va::Model &model, int point)
+{
+    if (!leans(model, point)) return true;
+    const int xi = model.deflections[(size_t)model.deflection_at[(size_t)point]].first;
+    return !model.estimated(xi) && !model.estimated(xi + 1);
+}
+
+// What heights above the geoid lack of those above the ellipsoid, from one point to the other.
+double undulation_between(const va::Model &model, const va::Observation &o)
+{
+    if (!model.frame.ellipsoidal()) return 0.0;
+    return model.sites[(size_t)o.to].undulation - model.sites[(size_t)o.from].undulation;
+}
+
+// By the elevation e above the horizon of the ellipsoid over a slope s or a horizontal length d: s sin e or d tan e,
+// the heights of instrument and target, what curvature and refraction make of the sight, and the rise of the geoid.
 Leg trigonometric(const va::Model &model, int length, int vertical)
 {
     const va::Observation &l = model.observations[(size_t)length], &v = model.observations[(size_t)vertical];
-    const double e = v.value[0], c = std::cos(e), t = std::tan(e);
+    const double e = v.value[0] - steeper_by(model, v), c = std::cos(e), t = std::tan(e);
     const bool slope = l.kind == Kind::slope_distance;
     const double d = slope ? l.value[0] * c : l.value[0];
     const double curvature = (model.frame.curved() ? 1.0 : 0.0) - refraction_of(model, v);
-    Leg leg = observed(v, length, d * t + v.h1 - v.h2 + curvature * d * d / (2.0 * model.frame.radius));
+    Leg leg = observed(
+        v, length, d * t + v.h1 - v.h2 + curvature * d * d / (2.0 * model.frame.radius) - undulation_between(model, v));
     leg.second = vertical;
     leg.by[0] = slope ? std::sin(e) : t;
     leg.by[1] = slope ? d : d / (c * c);
@@ -244,6 +276,7 @@ LegGraph height_graph(const va::Model &model, const LegGraph &levels)
     for (int i = 0; i < (int)model.observations.size(); i++) {
         const va::Observation &o = model.observations[(size_t)i];
         if (o.kind != Kind::vertical_angle || !o.use || moves(o) || !is_upright(model, o.setup)) continue;
+        if (!is_vertical_known(model, o.from)) continue;
         const bool open = o.constants >= 0 && model.estimated(model.constants[(size_t)o.constants].first + 2);
         const int length = open ? -1 : lengths.of(o);
         if (length < 0) continue;

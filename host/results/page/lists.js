@@ -163,6 +163,35 @@ function derivedColumns(data) {
   ];
 }
 
+// Baselines and observed points, whose components are tested together too; the line of each component is among the
+// observations.
+function jointRows(data) {
+  return (data.joint_tests || []).map((t) => ({ ...t, o: data.observations[t.observation] }));
+}
+
+function jointColumns() {
+  return [
+    plain("kind", (t) => t.o.kind), plain("from", (t) => t.o.from), plain("to", (t) => t.o.to),
+    { title: "components", text: (t) => String(t.components), key: (t) => t.components },
+    { title: "rank", about: "of the cofactors of their residuals", text: (t) => String(t.rank), key: (t) => t.rank },
+    { title: "squares", about: "of the residuals, by their cofactors", text: (t) => decimal(t.squares, 2), key: (t) => t.squares },
+    { title: "p", about: "probability of squares of this size or larger where nothing is wrong", text: (t) => decimal(t.p, 4), key: (t) => t.p },
+    { title: "test", left: true, text: (t) => (t.rejected ? "suspicious" : ""), strong: (t) => t.rejected },
+    plain("place", (t) => (t.o.line > 0 ? `${t.o.file.replace(/^.*\//, "")}:${t.o.line}` : ""), { width: 34 }),
+  ];
+}
+
+function varianceColumns() {
+  return [
+    plain("of", (c) => c.name, { width: 40 }),
+    { title: "rows", text: (c) => String(c.rows), key: (c) => c.rows },
+    { title: "redundancy", text: (c) => decimal(c.redundancy, 2), key: (c) => c.redundancy },
+    { title: "factor", about: "by which the standard deviations would be multiplied", text: (c) => (isNumber(c.factor) ? decimal(c.factor, 3) : ""), key: (c) => c.factor },
+    { title: "standard deviation", about: "of the factor", text: (c) => (isNumber(c.deviation) ? decimal(c.deviation, 3) : ""), key: (c) => c.deviation },
+    plain("used", (c) => (c.used ? "yes" : "")),
+  ];
+}
+
 // Every table that has rows.
 function makeTables(data, choosePoint, chooseObservation) {
   const f = data.format, tables = [];
@@ -173,6 +202,8 @@ function makeTables(data, choosePoint, chooseObservation) {
   add("Observations", observationColumns(data), data.observations, chooseObservation);
   add("Suspicious", observationColumns(data), data.suspicious, chooseObservation);
   add("Suspects", suspectColumns(data), suspectRows(data), (s) => chooseObservation(s.o));
+  add("Tested together", jointColumns(), jointRows(data), (t) => chooseObservation(t.o));
+  add("Variance components", varianceColumns(), data.variance_components || []);
   add("Derived", derivedColumns(data), data.derived);
   add("Left out", [plain("kind", (l) => l.kind), plain("at", (l) => l.at), plain("from", (l) => l.from), plain("to", (l) => l.to), plain("reason", (l) => l.reason, { width: 70 }), plain("place", (l) => `${l.file}:${l.line}`, { width: 40 })], leftOutRows(data));
   add("Closures", closureColumns(data), closureRows(data));

@@ -275,6 +275,81 @@ TEST(Closures, OnTheEarthTakeItForWhatItIs)
     }
 }
 
+// Two points 1.1 km apart: a zenith angle from a vertical that leans, a slope distance and a levelled difference above
+// a geoid that rises, from geocentric coordinates in closed form (GRS 80). Where the lean is an unknown nothing closes.
+TEST(Closures, KnowHowTheVerticalLeansAndTheGeoidRises)
+{
+    if (!has_proj()) GTEST_SKIP() << "built without PROJ";
+    const double degree = pi / 180.0, second = degree / 3600.0, xi = 15.0, eta = -9.0;
+    const double a = 6378137.0, f = 1.0 / 298.257222101, e2 = f * (2.0 - f);
+    const auto prime = [&](double latitude) { return a / std::sqrt(1.0 - e2 * std::pow(std::sin(latitude), 2)); };
+    struct Xyz {
+        double x, y, z;
+    };
+    const auto place = [&](double latitude, double longitude, double h) {
+        const double n = prime(latitude), c = std::cos(latitude);
+        return Xyz{(n + h) * c * std::cos(longitude), (n + h) * c * std::sin(longitude),
+                   (n * (1.0 - e2) + h) * std::sin(latitude)};
+    };
+    const double lat = 50.0 * degree, lon = 9.0 * degree, dlat = 0.009 * degree, dlon = 0.006 * degree;
+    const Xyz p = place(lat, lon, 250.0), q = place(lat + dlat, lon + dlon, 300.0);
+    const double north = prime(lat) * (1.0 - e2) / (1.0 - e2 * std::pow(std::sin(lat), 2)) * dlat;
+    const double rise = 5e-5 * north - 3e-5 * prime(lat) * std::cos(lat) * dlon;
+    const double up_lat = lat + xi * second, up_lon = lon + eta * second / std::cos(lat);
+    const double dx = q.x - p.x, dy = q.y - p.y, dz = q.z - p.z, s = std::sqrt(dx * dx + dy * dy + dz * dz);
+    const double up =
+        dx * std::cos(up_lat) * std::cos(up_lon) + dy * std::cos(up_lat) * std::sin(up_lon) + dz * std::sin(up_lat);
+    const auto solved = [&](const char *sigma) {
+        char text[1500];
+        std::snprintf(text, sizeof text, R"([run]
+dimension = 3
+[crs]
+network = "EPSG:25832"
+heights = "orthometric"
+coordinates = "EPSG:4936"
+geoid = { undulation = 47.0, latitude = 50, longitude = 9, north = 0.05, east = -0.03 }
+stations = "EPSG:4936"
+targets = "EPSG:4936"
+[tables]
+stations = """
+name x y z code
+A %.5f %.5f %.5f fixed
+"""
+targets = """
+name x y z code
+B %.5f %.5f %.5f free
+"""
+deflections = """
+name xi eta %s
+A %g %g %s
+"""
+distances = """
+from to value sigma
+A B %.5f 0.001
+"""
+vertical_angles = """
+from to value sigma
+A B %.7f 0.0003
+"""
+height_differences = """
+from to value sigma
+A B %.6f 0.001
+"""
+coordinates = """
+name x y z sx sy sz
+B %.5f %.5f %.5f 0.01 0.01 0.01
+"""
+)",
+                      p.x, p.y, p.z, q.x, q.y, q.z, *sigma ? "sxi seta" : "", xi, eta, sigma, s,
+                      std::acos(up / s) / gon, 50.0 - rise, q.x, q.y, q.z);
+        return solve_text(text);
+    };
+    const SolvedNetwork known = solved(""), unknown = solved("1 1");
+    EXPECT_EQ(known.results().words, std::vector<std::string>());
+    EXPECT_LT(std::fabs(only(known.results(), "heights").misclosure), 0.0005);
+    EXPECT_EQ(find(unknown.results(), "heights"), nullptr);
+}
+
 TEST(Closures, OfBaselinesHaveALimitInTheirDirection)
 {
     const std::string points = table("targets", "name x y z code\nA 0 0 0 fixed\nB 100 0 0 free\nC 0 100 0 free\n");

@@ -112,6 +112,26 @@ TEST(HtmlPage, HasTheEllipsesOfTheConfidenceAskedFor)
     EXPECT_NEAR(data_of(r)["precision"]["wider"], std::sqrt(-2 * std::log(0.05)), 1e-9);
 }
 
+TEST(HtmlPage, HoldsTestsOfComponentsTogetherAndVarianceComponents)
+{
+    Results r = two_points();
+    r.joint_tests.emplace_back();
+    r.joint_tests[0].components = 3;
+    r.joint_tests[0].rank = 2;
+    r.joint_tests[0].squares = 14.25;
+    r.joint_tests[0].probability = 0.0008;
+    r.joint_tests[0].rejected = true;
+    r.components.emplace_back();
+    r.components[0].name = "distance";
+    r.components[0].factor = 1.25;
+    const json data = data_of(r);
+    EXPECT_EQ(data["joint_tests"], json::parse(R"([{"observation": 0, "components": 3, "rank": 2, "squares": 14.25,
+                                                   "p": 0.0008, "rejected": true}])"));
+    EXPECT_EQ(data["variance_components"][0]["name"], "distance");
+    EXPECT_EQ(data["variance_components"][0]["factor"], 1.25);
+    EXPECT_TRUE(data["variance_components"][0]["deviation"].is_null());
+}
+
 TEST(HtmlPage, LeavesOutWhatTheRunDidNotMake)
 {
     const json data = data_of(two_points());
