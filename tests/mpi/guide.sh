@@ -6,6 +6,7 @@ set -euo pipefail
 build=$(realpath "$1") here=$(cd "$(dirname "$0")/../.." && pwd)
 command -v mmdebstrap >/dev/null || { echo "skipped: mmdebstrap is not installed"; exit 77; }
 . /etc/os-release
+unset CMAKE_CXX_COMPILER_LAUNCHER # which the fresh root does not have
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 if ! apt-get -q download --print-uris libc6 >"$work/log" 2>&1; then
