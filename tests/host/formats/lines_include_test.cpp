@@ -79,7 +79,10 @@ TEST_F(IncludedCodedLines, RefuseWhatIsMissingElsewhereOrEndless)
     ASSERT_EQ(missing.size(), (size_t)1);
     EXPECT_EQ(missing[0].find("net.dat:3:1: file \"nowhere.dat\" is not there"), (size_t)0) << missing[0];
     for (const char *outside : {"../net.dat", "/etc/hostname", "a/../../b.dat"}) {
-        const Lines faults = import(head + ".INCLUDE " + outside + "\n" + points + sights, "net.dat");
+        std::string text = head;
+        text += ".INCLUDE ";
+        text += outside;
+        const Lines faults = import(text + "\n", "net.dat");
         ASSERT_EQ(faults.size(), (size_t)1);
         EXPECT_NE(faults[0].find("lies in another folder"), std::string::npos) << faults[0];
     }

@@ -142,6 +142,7 @@ TEST(Loops, AreFoundRoundALongRing)
 {
     std::vector<Link> links;
     const int n = 50000;
+    links.reserve(n);
     for (int i = 0; i < n; i++) links.push_back({i, (i + 1) % n});
     size_t length = 0;
     EXPECT_EQ(closures::find_loops(n, links, -1, [&](const Loop &l) { length = l.size(); }), 0U);
