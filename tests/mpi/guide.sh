@@ -38,6 +38,6 @@ if ! timeout 2400 mmdebstrap --mode=root --variant=apt --format=null --dpkgopt=f
 fi
 
 "$build/vorn" adjust "$here/examples/photo_block.inp" >"$work/here.txt" 2>/dev/null
-lines() { grep -v -E '[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]+ UTC|seconds|^file ' "$1"; }
-diff <(lines "$work/here.txt") <(lines "$work/report.txt")
+lines() { grep -v -E '[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]+ UTC|seconds|^file ' "$1" | sed "s|$2/||g"; } # files of images by their paths
+diff <(lines "$work/here.txt" "$here") <(lines "$work/report.txt" /root/vorn)
 echo "two processes in a fresh $VERSION_CODENAME, the same report"
