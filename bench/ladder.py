@@ -174,6 +174,9 @@ def make(kind, unknowns, path, seed):
 def start(program, network, folder, threads):
     """Seconds of processor time and on the clock, megabytes and the processor seconds of each step."""
     errors = os.path.join(folder, "errors.txt")
+    for old in ("report.txt", "results.json"):  # to drop a large file takes a while, which is no part of a run
+        if os.path.exists(os.path.join(folder, old)):
+            os.remove(os.path.join(folder, old))
     begun = time.monotonic()
     with open(errors, "w") as err:
         child = subprocess.Popen(
