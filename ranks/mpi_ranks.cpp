@@ -31,14 +31,19 @@ MpiRanks::MpiRanks()
     MPI_Comm_size(MPI_COMM_WORLD, &processes);
 }
 
-// The first process may take long before it calls: the others wait without keeping a processor busy.
+// The first process may take long before it calls: the others wait without keeping a processor busy, but answer soon
+// what follows soon.
 int MpiRanks::call(int go)
 {
+    constexpr useconds_t shortest = 20, longest = 2000;
+    useconds_t nap = shortest;
     MPI_Request request;
     int done = 0;
     MPI_Ibcast(&go, 1, MPI_INT, 0, MPI_COMM_WORLD, &request);
-    for (MPI_Test(&request, &done, MPI_STATUS_IGNORE); !done; MPI_Test(&request, &done, MPI_STATUS_IGNORE))
-        usleep(2000);
+    for (MPI_Test(&request, &done, MPI_STATUS_IGNORE); !done; MPI_Test(&request, &done, MPI_STATUS_IGNORE)) {
+        usleep(nap);
+        nap = std::min(2 * nap, longest);
+    }
     return go;
 }
 

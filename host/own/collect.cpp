@@ -300,6 +300,9 @@ void Collection::orientations()
 // Residuals that are made once for all who go through them: half a gigabyte, and a third of the time of writing.
 constexpr int most_kept = 1000000;
 
+// Residuals that other processes send at a time: each time the first one waits for the slowest of them.
+constexpr size_t most_sent = 8192;
+
 // The name under which the marks of a residual are counted.
 std::string counted_as(const ResidualResult &r)
 {
@@ -335,9 +338,10 @@ void Collection::look_through()
 void Collection::residuals()
 {
     if (!outcome.adjusted()) return;
-    results.residuals = Residuals((size_t)adjustment.rows, [all = rows, ranks = outcome.ranks](size_t first, size_t n) {
+    const auto make = [all = rows, ranks = outcome.ranks](size_t first, size_t n) {
         return ranks ? fetch_rows(*all, *ranks, first, n) : all->make(first, n);
-    });
+    };
+    results.residuals = Residuals((size_t)adjustment.rows, make, outcome.ranks ? most_sent : Residuals::in_cache);
     if (!outcome.ranks && adjustment.rows <= most_kept) results.residuals.keep();
     if (has_tests() || !outcome.weights.empty()) look_through();
     if (has_tests()) tests();

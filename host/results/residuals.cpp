@@ -7,15 +7,14 @@ namespace vornhost {
 
 namespace {
 
-const size_t at_once = 256; // residuals of a block: they stay in the second cache
-const size_t beside = 64;   // of those that are asked for one by one: the next one is often near
+const size_t beside = 64; // of those that are asked for one by one: the next one is often near
 
 } // namespace
 
 const ResidualResult &Residuals::const_iterator::in_block() const
 {
     if (at - first >= block.size()) {
-        block = list->making(at, std::min(at_once, list->made - at));
+        block = list->making(at, std::min(list->at_once, list->made - at));
         first = at;
     }
     return block[at - first];

@@ -83,13 +83,16 @@ struct ResidualResult {
 // A list that is kept, or one that is made in blocks. Not to be read by several threads at once.
 class Residuals {
 public:
+    static constexpr size_t in_cache = 256; // of a block that stays in the second cache
     // Residuals `first` to `first + count - 1`.
     using Make = std::function<std::vector<ResidualResult>(size_t first, size_t count)>;
 
     Residuals() = default;
     Residuals(std::initializer_list<ResidualResult> list) : kept(list) {}
-    // What `make` needs has to last as long as these, or until keep().
-    Residuals(size_t count, Make make) : making(std::move(make)), made(count) {}
+    // What `make` needs has to last as long as these, or until keep(). It is asked for `block` at a time.
+    Residuals(size_t count, Make make, size_t block = in_cache) : making(std::move(make)), made(count), at_once(block)
+    {
+    }
 
     size_t size() const { return making ? made : kept.size(); }
     bool empty() const { return size() == 0; }
@@ -140,7 +143,7 @@ public:
 private:
     std::vector<ResidualResult> kept;
     Make making; // null: a list
-    size_t made = 0;
+    size_t made = 0, at_once = in_cache;
     mutable std::map<size_t, ResidualResult> named; // that were asked for one by one
     mutable size_t near_first = 0;                  // of these:
     mutable std::vector<ResidualResult> near_by;    // a few around the last of them
