@@ -12,6 +12,7 @@
 
 #include "host/earth/crs.h"
 #include "host/input/field_records.h"
+#include "host/input/file_share.h"
 #include "host/input/name_keys.h"
 #include "host/input/test_settings.h"
 #include "host/input/units.h"
@@ -43,8 +44,13 @@ template <class Record> struct List {
     std::vector<Record> records;
     std::vector<Source> where;
     RowNotes notes;
+    // Of a file that is read by parts: the row of each record in its table, ascending, and the rows of the table, all
+    // parts together. Otherwise empty: record i is row i.
+    std::vector<int> row;
+    int rows = 0;
 
     size_t size() const { return records.size(); }
+    int row_of(size_t record) const { return row.empty() ? (int)record : row[record]; } // from 0
     void add(const Record &record, Source at)
     {
         records.push_back(record);
@@ -81,6 +87,8 @@ struct Model {
     std::vector<std::string> files; // all files read; files[0] is path
     char separator = ',', decimal = '.'; // of tables in files of their own
     NameKeys keys;                       // of names that the records have no room for
+    FileShare share;                     // of the rows of observations, what this model holds
+    std::vector<int> part_of;            // [stations, then targets] of a file that is read by parts
 
     project p = project();                      // settings; attach() sets its arrays
     std::optional<int> length_unit, angle_unit; // of the file, where the project has other ones

@@ -177,6 +177,7 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
     if (!check_depth(file, faults)) return false;
     Model network;
     network.mode = model.mode;
+    network.share = model.share;
     network.path = path;
     network.p.imixed = -1;
     copy_text(network.p.filename, sizeof network.p.filename, run_name(path));
@@ -199,10 +200,11 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
 
 } // namespace
 
-bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual)
+bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual, FileShare share)
 {
     model = Model();
     model.mode = usual;
+    model.share = share;
     faults = Faults();
     TextFile file;
     return file.read(path, Source(), faults) && read_text(path, file, model, faults);

@@ -20,7 +20,12 @@ namespace vornhost {
 // The project is complete but for pfeedback and out. Paths of image files and of the
 // connected net are absolute, so that a run may work in another folder. Codes of what
 // the dimension excludes are CODE_ABSENT. A file that names no mode has the usual one.
-bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual = Mode::Statistics);
+//
+// Of a file that is read by parts the model has all points, set-ups and settings, but only the rows of observations
+// that begin at points of the own part (observed coordinates: of these points; angles: taken there), with the faults of
+// these rows only. Rows that begin at no known point are those of part 0.
+bool read_network(const std::string &path, Model &model, Faults &faults, Mode usual = Mode::Statistics,
+                  FileShare share = FileShare());
 
 // The same for the text of a network file that goes by that name. Files that it names are looked for in the folder of
 // the name, which need not exist itself.
