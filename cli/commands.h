@@ -21,7 +21,8 @@ int transform_list(const Options &options);
 int plan(const Options &options);
 
 // Reads the network file, or a file of another program as one, and applies the options to it. False, with the faults
-// also on standard error, when something is wrong.
+// also on standard error, when something is wrong. Throws WholeWanted where processes have read parts of a network with
+// faults.
 bool read_input(const Options &options, vornhost::Model &model, vornhost::Faults &faults);
 
 // Whether nothing is lost when the target is written; what would be is said on standard error.

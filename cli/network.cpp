@@ -10,8 +10,11 @@
 
 #include "commands.h"
 #include "host/formats/import.h"
+#include "host/formats/recognise.h"
+#include "host/input/by_parts.h"
 #include "host/input/names.h"
 #include "host/input/network_file.h"
+#include "host/own/parts.h"
 #include "host/results/output_file.h"
 #include "host/results/side_tables.h"
 
@@ -134,6 +137,19 @@ bool read(const Options &options, Model &model, std::vector<std::string> &notes,
     return read_network_text("standard input", standard_input(), model, faults, usual);
 }
 
+// Of a network that processes read by parts, the part of this one. Whether it was read is decided alike on all.
+bool read_part(const Options &options, Model &model, Faults &faults)
+{
+    if (recognise_file(options.network)) return refuse("--by-parts needs a network file; import it first");
+    const FileShare share = {options.ranks->size(), options.ranks->own()};
+    const bool good = read_network(options.network, model, faults, usual_mode(options), share);
+    if (any_has(*options.ranks, !good)) throw WholeWanted();
+    if (!apply(options, model)) return false;
+    const std::vector<std::string> why = not_by_parts(model);
+    show_lines(why);
+    return why.empty();
+}
+
 bool same_file(const std::string &a, const std::string &b)
 {
     std::error_code error;
@@ -156,6 +172,7 @@ bool may_write(const Options &options, const std::string &target)
 
 bool read_input(const Options &options, Model &model, Faults &faults)
 {
+    if (options.by_parts && options.ranks->size() > 1) return read_part(options, model, faults);
     std::vector<std::string> notes;
     const bool good = read(options, model, notes, faults);
     if (!options.console.quiet) show_lines(notes);

@@ -495,7 +495,7 @@ bool names_command(int argc, char **argv)
 
 } // namespace
 
-std::optional<Options> read_options(int argc, char **argv, int *status)
+std::optional<Options> read_options(int argc, char **argv, int *status, Program program)
 {
     Options options;
     if (!names_command(argc, argv)) {
@@ -510,6 +510,9 @@ std::optional<Options> read_options(int argc, char **argv, int *status)
     app.require_subcommand(1);
     app.footer(overview);
     add_adjust(app, options);
+    if (program == Program::vorn_mpi)
+        app.get_subcommand("adjust")->add_flag("--by-parts", options.by_parts,
+                                               "each process reads its part of the observations alone");
     add_check(app, options);
     add_import(app, options);
     add_export(app, options);

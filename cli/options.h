@@ -31,6 +31,7 @@ enum Status {
     STATUS_INTERRUPTED = 130 // as a shell says it of a program that was interrupted
 };
 
+enum class Program { vorn, vorn_mpi };
 enum class Command { adjust, check, import, compare, control, transform, plan, export_to };
 
 struct Options {
@@ -62,10 +63,11 @@ struct Options {
     std::optional<vornhost::Components> components;
     vornhost::ConsoleOptions console;
     vornadjust::Ranks *ranks = nullptr; // processes that share the run, of the program vorn-mpi
+    bool by_parts = false;              // each of them reads its part of the observations alone
 };
 
 // Reads the command line. Returns no options when the program has to end with *status: after
 // a help text or a usage error, which have been shown.
-std::optional<Options> read_options(int argc, char **argv, int *status);
+std::optional<Options> read_options(int argc, char **argv, int *status, Program program = Program::vorn);
 
 #endif

@@ -17,6 +17,7 @@
 
 #include "commands.h"
 #include "host/own/observation_results.h"
+#include "host/own/parts.h"
 #include "host/own/road.h"
 #include "host/own/shared_rows.h"
 #include "host/run/memory_limit.h"
@@ -53,7 +54,7 @@ void say(const char *words)
 
 std::optional<Options> command(int argc, char **argv, int *status)
 {
-    std::optional<Options> options = read_options(argc, argv, status);
+    std::optional<Options> options = read_options(argc, argv, status, Program::vorn_mpi);
     if (!options) return options;
     const char *why = nullptr;
     if (options->command != Command::adjust) why = "has the command adjust alone; vorn has the others";
@@ -107,6 +108,8 @@ void follow_to_the_end(const Options &options, MpiRanks &ranks)
         follow(options);
     } catch (const Released &) {
         why.clear();
+    } catch (const vornhost::WholeWanted &) {
+        why.clear();
     } catch (const std::bad_alloc &) {
         end_without_memory();
     } catch (const std::exception &error) {
@@ -115,12 +118,28 @@ void follow_to_the_end(const Options &options, MpiRanks &ranks)
     if (ranks.begun() ? !why.empty() : !ranks.await_release()) end_all(why.c_str());
 }
 
+// What parts alone do not tell, a fault of the file or why the network cannot be adjusted, the first process finds out by
+// itself.
+int adjust_or_judge(const Options &options)
+{
+    try {
+        return adjust(options);
+    } catch (const vornhost::WholeWanted &) {
+    }
+    if (!options.console.quiet)
+        fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network to find out why\n");
+    Options whole = options;
+    whole.by_parts = false;
+    whole.ranks = nullptr;
+    return adjust(whole);
+}
+
 // The first process.
 int lead(const Options &options, MpiRanks &ranks)
 {
     int status = STATUS_SYSTEM;
     try {
-        status = adjust(options);
+        status = adjust_or_judge(options);
     } catch (const std::bad_alloc &) {
         end_without_memory();
     } catch (const std::exception &error) {

@@ -11,6 +11,7 @@
 
 #include "host/earth/reference.h"
 #include "host/own/numbers.h"
+#include "host/own/parts.h"
 #include "host/own/rounds.h"
 
 namespace vornhost {
@@ -32,6 +33,7 @@ struct Builder {
     std::vector<int> setups;                     // [stands] the first set-up of each or -1
     Rounds rounds;                               // a set-up for each orientation, one behind the other
     std::vector<int> constants;                  // [stands] or -1
+    vornadjust::Ranks *ranks = nullptr;          // that have read the network by parts
     const Reference *reference = nullptr;        // of the coordinates; null where the file gives none
     std::vector<CovarianceMember> members;       // components that share a covariance
     std::map<std::pair<int, int>, int> motions;  // of a lump at an epoch

@@ -135,8 +135,7 @@ void Collection::suspects()
         const ResidualResult &r = std::as_const(results.residuals)[suspect.residual];
         suspect.error = s.error;
         suspect.would_read = r.raw.value_or(r.value) - s.error;
-        const va::Observation &o = values.observations[(size_t)s.observation];
-        if (is_circle(o)) suspect.would_read = on_circle(suspect.would_read);
+        if (is_circle(r)) suspect.would_read = on_circle(suspect.would_read);
         suspect.shift = s.shift;
         if (s.point >= 0) suspect.point = results.points[(size_t)s.point].name;
         for (const va::Alike &a : s.alike) suspect.alike.push_back({(size_t)a.place, a.correlation});
@@ -170,7 +169,7 @@ void Collection::kinds()
     if (!precise || planned || adjustment.redundancy <= 0 || !outcome.weights.empty()) return;
     const project &p = network.p;
     const Model::Apriori &own = network.apriori;
-    const bool coordinates = network.coordinates.size() > 0;
+    const bool coordinates = network.coordinates.size() > 0 || network.coordinates.rows > 0;
     const struct {
         const char *name;
         va::Kind first, last;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/input/names.h"
+#include "host/own/parts.h"
 #include "host/own/round_doubts.h"
 #include "host/own/start_words.h"
 #include "host/preparation/first_values.h"
@@ -175,14 +176,15 @@ std::string computed(int n, const char *what)
 
 } // namespace
 
-FirstNumbers make_first_numbers(Model &network, const Reference *reference)
+FirstNumbers make_first_numbers(Model &network, const Reference *reference, va::Ranks *ranks)
 {
     const int n = missing(network.stations) + missing(network.targets);
     if (n > 0 && network.mode == Mode::Propagation && network.p.dim != 1) return refuse_planned(network);
     FirstNumbers first;
     if (n == 0) settle(network, first);
-    first.numbers = make_numbers(network, reference);
+    first.numbers = make_numbers(network, reference, ranks);
     if (n == 0) settle_rounds(network, first);
+    share_setups(network, ranks, &first.numbers);
     if (n == 0) return first;
     const start::Start found = find_without_doubtful(network, first.numbers);
     if (found.found()) {

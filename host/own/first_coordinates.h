@@ -19,7 +19,8 @@ struct FirstNumbers {
 
 // Records of used points with status compute get their first coordinates and status on. They come from observed values,
 // and so are not made for planned networks. Where no way of the program's own leads on, the engine's is tried.
-FirstNumbers make_first_numbers(Model &network, const Reference *reference);
+// Networks that ranks have read by parts have coordinates.
+FirstNumbers make_first_numbers(Model &network, const Reference *reference, vornadjust::Ranks *ranks = nullptr);
 
 } // namespace vornhost
 

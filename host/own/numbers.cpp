@@ -115,10 +115,11 @@ static void add_doubtful(Builder &b)
     }
 }
 
-Numbers make_numbers(Model &network, const Reference *reference)
+Numbers make_numbers(Model &network, const Reference *reference, va::Ranks *ranks)
 {
     Builder b(network);
     b.reference = reference;
+    b.ranks = ranks;
     set_frame(b);
     add_points(b);
     add_setups(b);

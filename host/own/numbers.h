@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "adjust/model.h"
+#include "adjust/ranks.h"
 #include "host/input/model.h"
 #include "host/own/round_cuts.h"
 #include "host/run/accounts.h"
@@ -108,9 +109,10 @@ Source point_source(const Model &network, const PointPlace &point);
 
 class Reference;
 
-// Coordinates must be there (first_coordinates). Observations that cannot take part (a point that is off, an image of
+// Coordinates must be there (first_coordinates). Where ranks have read the network by parts, the numbers have the
+// observations of the own part and the unknowns of all. Observations that cannot take part (a point that is off, an image of
 // too few points) are deselected in the network.
-Numbers make_numbers(Model &network, const Reference *reference = nullptr);
+Numbers make_numbers(Model &network, const Reference *reference = nullptr, vornadjust::Ranks *ranks = nullptr);
 
 // First orientations of set-ups whose station gives none: the circular mean of what its directions give.
 void orient_setups(Numbers &numbers);

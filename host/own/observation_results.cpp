@@ -59,10 +59,9 @@ const char *unit_of(const va::Model &model, const va::Observation &o)
 
 } // namespace
 
-bool is_circle(const va::Observation &o)
+bool is_circle(const ResidualResult &r)
 {
-    return o.kind == va::Kind::direction || o.kind == va::Kind::azimuth || o.kind == va::Kind::bearing ||
-           (o.kind == va::Kind::angle && o.value[0] >= 0.0);
+    return r.kind == "direction" || r.kind == "azimuth" || r.kind == "bearing" || (r.kind == "angle" && r.value >= 0.0);
 }
 
 // An adjusted direction, azimuth, bearing or angle as it is read, from 0 to a full circle.
@@ -171,7 +170,7 @@ ResidualResult ObservationResults::of_row(int row) const
     r.sigma = e.sigma[(size_t)row];
     r.residual = e.misclosure[(size_t)row];
     r.weight = weight(row);
-    if (!planned) r.adjusted = is_circle(o) ? on_circle(r.value - r.residual) : r.value - r.residual;
+    if (!planned) r.adjusted = is_circle(r) ? on_circle(r.value - r.residual) : r.value - r.residual;
     if (precise && !adjustment.statistics.rows.empty()) {
         const va::RowStatistics &s = adjustment.statistics.rows[(size_t)row];
         r.deviation = std::sqrt(s.cofactor);

@@ -16,7 +16,7 @@ namespace vornhost {
 
 // Whether an observation is read on a circle, and a direction, azimuth, bearing or angle as it is read there, from 0
 // to a full circle.
-bool is_circle(const vornadjust::Observation &observation);
+bool is_circle(const ResidualResult &residual);
 double on_circle(double angle);
 
 class ObservationResults {

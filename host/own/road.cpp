@@ -19,6 +19,7 @@
 #include "host/own/first_coordinates.h"
 #include "host/own/item_names.h"
 #include "host/own/joint_tests.h"
+#include "host/own/parts.h"
 #include "host/own/refusals.h"
 #include "host/own/round_doubts.h"
 #include "host/own/snooping.h"
@@ -52,7 +53,7 @@ private:
     std::vector<std::string> open_reference();
     void place_again();
     void look_over(bool placed);
-    bool shares_rows();
+    bool shares_rows(const AccountKeeper &keeper);
     bool stop(Ending ending, std::vector<std::string> words);
     void adjust();
     std::vector<std::string> adjust_by_weights();
@@ -61,6 +62,9 @@ private:
     void account_for_image_points();
     void tell(std::string line) { user.feedback(&line[0]); }
     void note(const std::string &line);
+    void note_of_part(const std::string &line);
+    bool by_parts() const { return !network.share.whole(); }
+    void bring_together(const AccountKeeper &keeper);
     template <class Record> void remember_computed(const List<Record> &list)
     {
         for (const Record &r : list.records)
@@ -76,6 +80,8 @@ private:
     const bool checking;
     const RunWatch &watch;
     std::unordered_set<std::string> computed; // points that get first coordinates
+    va::OwnObservations own_observations;     // of a network that is read by parts
+    std::vector<std::string> notes_of_part;   // which the first process tells with those of the others
     OwnOutcome outcome;
 };
 
@@ -85,8 +91,18 @@ void Road::note(const std::string &line)
     tell(line);
 }
 
+// Of observations, of which each process may have others.
+void Road::note_of_part(const std::string &line)
+{
+    if (by_parts())
+        notes_of_part.push_back(line);
+    else
+        note(line);
+}
+
 bool Road::stop(Ending ending, std::vector<std::string> words)
 {
+    if (by_parts() && any_has(*watch.ranks, !words.empty())) throw WholeWanted();
     if (words.empty()) return false;
     outcome.ending = ending;
     outcome.run.words = std::move(words);
@@ -96,6 +112,10 @@ bool Road::stop(Ending ending, std::vector<std::string> words)
 // Closures, and what looks wrong, before anything is adjusted. `placed`: all points have first coordinates.
 void Road::look_over(bool placed)
 {
+    if (by_parts()) {
+        note("read by parts: closures and values that look wrong were not looked for");
+        return;
+    }
     watch.begin("closures");
     outcome.closures = closures::find_closures(outcome.numbers.model, placed);
     for (const std::string &line : doubt_notes(network, outcome.numbers, placed && computed.empty())) note(line);
@@ -115,13 +135,14 @@ std::vector<std::string> Road::open_reference()
 // From the records to numbers with first values; false when it ends there.
 bool Road::prepare()
 {
+    if (by_parts()) watch.ranks->begin();
     if (stop(Ending::not_available, not_adjusted_here(network))) return false;
     if (stop(Ending::bad_import, take_imports(network))) return false;
     if (stop(Ending::not_available, open_reference())) return false;
     watch.begin("first coordinates");
     remember_computed(network.stations);
     remember_computed(network.targets);
-    FirstNumbers first = make_first_numbers(network, outcome.reference.get());
+    FirstNumbers first = make_first_numbers(network, outcome.reference.get(), watch.ranks);
     outcome.numbers = std::move(first.numbers);
     if (stop(Ending::bad_import, outcome.numbers.words)) return false;
     const bool speaks = !watch.ranks || watch.ranks->own() == 0;
@@ -131,10 +152,11 @@ bool Road::prepare()
         return false;
     if (speaks && network.mode != Mode::Propagation && (placed || !on_earth)) look_over(placed);
     if (stop(Ending::no_first_coordinates, first.words)) return false;
-    for (const std::string &line : first.notes) note(line);
+    for (const std::string &line : first.notes) note_of_part(line);
     watch.begin("equations");
     share_centring(network, outcome.numbers);
-    for (const std::string &line : outcome.numbers.notes) note(line);
+    if (by_parts()) own_observations = number_observations(network, outcome.numbers);
+    for (const std::string &line : outcome.numbers.notes) note_of_part(line);
     return true;
 }
 
@@ -166,6 +188,7 @@ va::Options Road::options() const
     va::Options o;
     o.watch = told();
     o.ranks = watch.ranks;
+    if (by_parts()) o.own = &own_observations;
     o.disk = watch.disk;
     o.iterate = network.mode != Mode::Propagation;
     o.statistics = !checking && network.mode != Mode::Solution;
@@ -203,8 +226,8 @@ void Road::leave_out()
     for (const int i : outcome.adjustment.left_out) {
         const ItemName name = item_name(network, outcome.numbers, i);
         const bool image = outcome.numbers.items[(size_t)i].item == Item::image_point;
-        note(item_text(name) + ": left out, " +
-             (image ? beside_camera : "its ends stand in one place or straight above one another"));
+        note_of_part(item_text(name) + ": left out, " +
+                     (image ? beside_camera : "its ends stand in one place or straight above one another"));
         deselect(network, outcome.numbers.items[(size_t)i]);
     }
 }
@@ -266,6 +289,7 @@ void Road::adjust()
     const bool on_earth = network.crs.given() && network.mode != Mode::Propagation;
     if (network.components != Components::none && watch.ranks) watch.ranks->leave_to_first(); // they need all rows
     if (on_earth || !(snoop || robust)) outcome.adjustment = va::adjust(&outcome.numbers.model, options());
+    if (by_parts() && outcome.adjustment.status != va::Status::adjusted) throw WholeWanted();
     if (on_earth) place_again();
     if (snoop)
         steps = adjust_by_snooping(network, options(), outcome);
@@ -288,17 +312,28 @@ void Road::adjust()
         for (const std::string &line : weak_notes(network, outcome)) note(line);
     const double off = std::sqrt(outcome.adjustment.variance_factor);
     if (outcome.adjusted() && off > senseless)
-        for (const std::string &line : contradicting_rounds(network, outcome.numbers)) note(line);
+        for (const std::string &line : contradicting_rounds(network, outcome.numbers)) note_of_part(line);
+}
+
+// What each process knows of its part of an adjusted network, on the first one.
+void Road::bring_together(const AccountKeeper &keeper)
+{
+    va::Ranks &ranks = *watch.ranks;
+    for (const std::string &line : lines_of_all(ranks, notes_of_part)) note(line);
+    outcome.run.accounts = accounts_of_all(ranks, keeper.close(network, outcome.numbers.left_out));
+    std::vector<va::JointStatistics> &together = outcome.adjustment.statistics.together;
+    together = joint_tests_of_all(ranks, together);
 }
 
 // The first process alone has words and files to write. True on the others where they have rows for it.
-bool Road::shares_rows()
+bool Road::shares_rows(const AccountKeeper &keeper)
 {
     va::Ranks &ranks = *watch.ranks;
     if (!outcome.adjusted() || ranks.alone() || ranks.size() < 2) {
         ranks.leave_to_first();
         return false;
     }
+    if (by_parts()) bring_together(keeper);
     outcome.ranks = &ranks;
     ranks.stand_by();
     return ranks.own() > 0;
@@ -311,7 +346,7 @@ OwnOutcome Road::run()
     if (watch.disk) watch.disk->tell([this](const std::string &line) { note(line); });
     if (prepare()) adjust();
     if (watch.disk) watch.disk->tell(nullptr);
-    if (watch.ranks && shares_rows()) return std::move(outcome);
+    if (watch.ranks && shares_rows(keeper)) return std::move(outcome);
     if (watch.stopped()) outcome.ending = Ending::stopped;
     if (outcome.ending == Ending::stopped) return std::move(outcome);
     watch.begin("writing");
@@ -319,7 +354,7 @@ OwnOutcome Road::run()
     if (!checking) write_export(network, outcome);
     for (size_t i = told; i < outcome.run.prepared.notes.size(); i++) tell(outcome.run.prepared.notes[i]);
     outcome.run.reached = outcome.adjusted() ? Stage::Done : Stage::Refused;
-    outcome.run.accounts = keeper.close(network, outcome.numbers.left_out);
+    if (!by_parts()) outcome.run.accounts = keeper.close(network, outcome.numbers.left_out);
     account_for_image_points();
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return std::move(outcome);

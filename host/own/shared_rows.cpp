@@ -5,7 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <type_traits>
+
+#include "host/own/bytes.h"
 
 namespace vornhost {
 
@@ -13,90 +14,33 @@ namespace {
 
 const char *const correction_names[] = {"instrument", "ellipsoid", "projection", "arc_to_chord", "convergence"};
 
-// Appends values to bytes.
-class Packer {
-public:
-    explicit Packer(std::string *all) : bytes(*all) {}
+void pass(Packer &pack, const CorrectionResult &c)
+{
+    int name = 0;
+    while (std::strcmp(correction_names[name], c.name) != 0) name++;
+    pack(name), pack(c.value);
+}
 
-    template <class Value> void operator()(const Value &x)
-    {
-        static_assert(std::is_arithmetic_v<Value>, "numbers lie as they are");
-        bytes.append(reinterpret_cast<const char *>(&x), sizeof x);
-    }
-    void operator()(const std::string &text)
-    {
-        (*this)(text.size());
-        bytes += text;
-    }
-    template <class Value> void operator()(const std::optional<Value> &x)
-    {
-        (*this)(x.has_value());
-        if (x) (*this)(*x);
-    }
-    void operator()(const ObservationTestResult &t);
-    void operator()(const CorrectionResult &c)
-    {
-        int name = 0;
-        while (std::strcmp(correction_names[name], c.name) != 0) name++;
-        (*this)(name), (*this)(c.value);
-    }
-    void operator()(const std::vector<CorrectionResult> &list)
-    {
-        (*this)(list.size());
-        for (const CorrectionResult &c : list) (*this)(c);
-    }
-    void operator()(const std::shared_ptr<const RowWords> &words);
+void pass(Unpacker &take, CorrectionResult &c)
+{
+    int name = 0;
+    take(name), take(c.value);
+    c.name = correction_names[name];
+}
 
-private:
-    std::string &bytes;
-};
+void pass(Packer &pack, const std::vector<CorrectionResult> &list)
+{
+    pack(list.size());
+    for (const CorrectionResult &c : list) pass(pack, c);
+}
 
-// Takes values from bytes, in the same order.
-class Unpacker {
-public:
-    explicit Unpacker(const std::string &all) : bytes(all) {}
-
-    bool at_end() const { return at == bytes.size(); }
-    template <class Value> void operator()(Value &x)
-    {
-        static_assert(std::is_arithmetic_v<Value>, "numbers lie as they are");
-        std::memcpy(&x, bytes.data() + at, sizeof x);
-        at += sizeof x;
-    }
-    void operator()(std::string &text)
-    {
-        size_t n = 0;
-        (*this)(n);
-        text.assign(bytes, at, n);
-        at += n;
-    }
-    template <class Value> void operator()(std::optional<Value> &x)
-    {
-        bool there = false;
-        (*this)(there);
-        x.reset();
-        if (there) (*this)(x.emplace());
-    }
-    void operator()(ObservationTestResult &t);
-    void operator()(CorrectionResult &c)
-    {
-        int name = 0;
-        (*this)(name), (*this)(c.value);
-        c.name = correction_names[name];
-    }
-    void operator()(std::vector<CorrectionResult> &list)
-    {
-        size_t n = 0;
-        (*this)(n);
-        list.resize(n);
-        for (CorrectionResult &c : list) (*this)(c);
-    }
-    void operator()(std::shared_ptr<const RowWords> &words);
-
-private:
-    const std::string &bytes;
-    size_t at = 0;
-};
+void pass(Unpacker &take, std::vector<CorrectionResult> &list)
+{
+    size_t n = 0;
+    take(n);
+    list.resize(n);
+    for (CorrectionResult &c : list) pass(take, c);
+}
 
 // All that a record has, for both.
 template <class Pass, class Record> void pass_test(Pass &pass, Record &t)
@@ -109,31 +53,43 @@ template <class Pass, class Record> void pass_words(Pass &pass, Record &w)
     pass(w.at), pass(w.setup), pass(w.set), pass(w.id), pass(w.remark);
 }
 
-template <class Pass, class Record> void pass_residual(Pass &pass, Record &r)
+void pass(Packer &pack, const std::optional<ObservationTestResult> &t)
 {
-    pass(r.kind), pass(r.component), pass(r.unit), pass(r.from), pass(r.to), pass(r.file), pass(r.line);
-    pass(r.words), pass(r.value), pass(r.sigma), pass(r.residual), pass(r.observed), pass(r.raw), pass(r.corrections);
-    pass(r.adjusted), pass(r.deviation), pass(r.redundancy), pass(r.normalised), pass(r.checked), pass(r.weight);
-    pass(r.test), pass(r.outside), pass(r.normal), pass(r.normal_divided), pass(r.tau), pass(r.tau_divided);
+    pack(t.has_value());
+    if (t) pass_test(pack, *t);
 }
 
-void Packer::operator()(const ObservationTestResult &t) { pass_test(*this, t); }
-void Unpacker::operator()(ObservationTestResult &t) { pass_test(*this, t); }
-
-void Packer::operator()(const std::shared_ptr<const RowWords> &words)
-{
-    (*this)(words != nullptr);
-    if (words) pass_words(*this, *words);
-}
-
-void Unpacker::operator()(std::shared_ptr<const RowWords> &words)
+void pass(Unpacker &take, std::optional<ObservationTestResult> &t)
 {
     bool there = false;
-    (*this)(there);
+    take(there);
+    t.reset();
+    if (there) pass_test(take, t.emplace());
+}
+
+void pass(Packer &pack, const std::shared_ptr<const RowWords> &words)
+{
+    pack(words != nullptr);
+    if (words) pass_words(pack, *words);
+}
+
+void pass(Unpacker &take, std::shared_ptr<const RowWords> &words)
+{
+    bool there = false;
+    take(there);
     if (!there) return;
     RowWords w;
-    pass_words(*this, w);
+    pass_words(take, w);
     words = std::make_shared<const RowWords>(std::move(w));
+}
+
+template <class Pass, class Record> void pass_residual(Pass &way, Record &r)
+{
+    way(r.kind), way(r.component), way(r.unit), way(r.from), way(r.to), way(r.file), way(r.line);
+    pass(way, r.words), way(r.value), way(r.sigma), way(r.residual), way(r.observed), way(r.raw);
+    pass(way, r.corrections), way(r.adjusted), way(r.deviation), way(r.redundancy), way(r.normalised), way(r.checked);
+    way(r.weight), pass(way, r.test), way(r.outside), way(r.normal), way(r.normal_divided), way(r.tau);
+    way(r.tau_divided);
 }
 
 } // namespace

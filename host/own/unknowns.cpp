@@ -42,11 +42,6 @@ template <class Record> void add_point(Builder &b, const Record &record, const P
     b.numbers.points.push_back(place);
 }
 
-// What starts at each stand and needs a set-up of it.
-struct Sights {
-    bool circle = false, any = false;
-};
-
 std::vector<Sights> sights_of(const Builder &b)
 {
     const Model &m = b.network;
@@ -207,8 +202,9 @@ void add_points(Builder &b)
 void add_setups(Builder &b)
 {
     const Model &m = b.network;
-    const std::vector<Sights> sights = sights_of(b);
+    std::vector<Sights> sights = sights_of(b);
     b.rounds = find_rounds(m);
+    share_stands(m, b.ranks, &sights, &b.rounds);
     b.setups.assign(sights.size(), -1);
     for (size_t i = 0; i < sights.size(); i++) {
         if (!sights[i].any) continue;

@@ -17,7 +17,7 @@ template <class Record> void add_coordinates(Builder &b, const List<Record> &lis
 {
     for (size_t i = 0; i < list.size(); i++) {
         const Record &r = list.records[i];
-        const int point = r.status > 0 ? b.point(r.name) : -1;
+        const int point = r.status > 0 && is_own(b.network, before + (int)i) ? b.point(r.name) : -1;
         for (int k = 0; k < 3 && point >= 0; k++)
             if (r.ix[k] == CODE_WEIGHTED && r.iconn != 2)
                 observe_unknown(b, 3 * point + k, r.sx[k] * b.metres, {Item::weighted_coordinate, before + (int)i, k});
@@ -30,18 +30,19 @@ void add_rotations(Builder &b)
         const SetupPlace &place = b.numbers.setups[s];
         const SetupRecord setup = describe_stand(b.network, stand_of(b.network, place.station, place.named));
         const int first = b.numbers.model.setups[s].first;
-        for (int k = 0; k < 3; k++)
+        for (int k = 0; k < 3 && is_own(b.network, place.station); k++)
             if (setup.ir[k] == CODE_WEIGHTED)
                 observe_unknown(b, first + k, setup.sr[k], {Item::weighted_rotation, (int)s, k});
     }
 }
 
-// Constants that some observation sees.
+// Constants that some observation sees, here or in another part.
 std::vector<bool> seen_constants(const Builder &b)
 {
     std::vector<bool> seen(b.numbers.model.constants.size());
     for (const va::Observation &o : b.numbers.model.observations)
         if (o.constants >= 0) seen[(size_t)o.constants] = true;
+    share_flags(b.network, b.ranks, &seen);
     return seen;
 }
 
@@ -51,7 +52,7 @@ void add_group_constants(Builder &b)
     for (size_t g = 0; g < b.numbers.constant_groups.size(); g++) {
         const int record = b.numbers.constant_groups[g];
         const group_input &group = b.network.groups.records[(size_t)record];
-        for (int k = 0; k < 3 && seen[g]; k++)
+        for (int k = 0; k < 3 && seen[g] && b.network.share.own == 0; k++)
             if (group.ic[k] == CODE_WEIGHTED)
                 observe_unknown(b, b.numbers.model.constants[g].first + k, group.sc[k],
                                 {Item::weighted_constant, record, k});

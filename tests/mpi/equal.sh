@@ -51,6 +51,40 @@ sys.exit(one != all)
 END
 [ "$processes" != 2 ] || grep -q 'more than --memory 6144K: they are kept in ' all.words || fail "--memory: $(cat all.words)"
 
+# Results without what is looked for in whole networks alone.
+of_parts() {
+    python3 - "$1" <<'END'
+import json, sys
+results = json.load(open(sys.argv[1]))
+for key in "notes", "closures": results.pop(key, None)
+json.dump(results, open(sys.argv[1], "w"))
+END
+}
+
+# A network of which each process reads a part; one that cannot be divided is refused.
+by_parts() {
+    local file=$1 one=0 all=0
+    shift
+    rm -f one.* all.*
+    "$build/vorn" adjust "$file" --solver sparse --quiet -o one.txt --json one.json "$@" 2>one.words || one=$?
+    mpi adjust "$file" --solver sparse --quiet --by-parts -o all.txt --json all.json "$@" 2>all.words || all=$?
+    if [ $all = 2 ] && [ $one != 2 ] && grep -q -- 'leave out --by-parts' all.words; then return; fi
+    [ $one = $all ] || fail "$file --by-parts $*: status $all beside $one: $(cat all.words)"
+    [ -e one.json ] || return 0
+    taken=$((taken + 1))
+    of_parts one.json
+    of_parts all.json
+    "$build/same-results" one.json all.json || fail "$file --by-parts $*: other results"
+}
+
+taken=0
+for file in "$examples"/*.inp; do by_parts "$file"; done
+for kind in levelling plane free hall gnss; do
+    python3 "$examples/../bench/ladder.py" make $kind 600 $kind.inp >/dev/null
+    by_parts $kind.inp
+done
+[ "$processes" = 1 ] || [ $taken -ge 8 ] || fail "only $taken networks were adjusted by parts"
+
 # Refusals: a fault of the file, a network that nothing holds.
 printf '[run]\ndimension = 7\n' >fault.inp
 same fault.inp
@@ -72,4 +106,7 @@ C D 1.0 0.001
 """
 END
 same loose.inp
+by_parts loose.inp
+sed 's/^C D/C Q/' loose.inp >unknown.inp
+by_parts unknown.inp
 exit $failed
