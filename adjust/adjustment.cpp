@@ -41,7 +41,6 @@ private:
     void find_hardly_determined();
     void count();
     void find_left_out();
-    void find_places();
     void find_seen();
 
     Model &model;
@@ -64,7 +63,9 @@ Status Adjustment::choose_datum()
     if (has_isolated_point() && has_findings(model.value, options.made)) return Status::undetermined;
     switch (found.state) {
     case DatumState::loose: return Status::no_datum;
-    case DatumState::not_carried: has_findings(model.value, options.made); return Status::datum_points;
+    case DatumState::not_carried:
+        if (!system.share.shared()) has_findings(model.value, options.made);
+        return Status::datum_points;
     case DatumState::held: break;
     case DatumState::by_points:
         datum = free_datum(system.columns, found, system.share);
@@ -128,6 +129,10 @@ Status Adjustment::judge_factor(const std::vector<double> &first)
     if (system.factor.stopped) return Status::stopped;
     if (system.share.shared() && !system.whole) return Status::singular;
     gather_values(system.share, system.columns, &model);
+    if (system.apart) {
+        const bool clear = !outcome.iteration.singular_start && clearly_determined() && clear_without_curvature();
+        return clear ? Status::adjusted : Status::singular;
+    }
     if (outcome.iteration.singular_start && has_findings(first, options.made)) return Status::undetermined;
     if (clearly_determined() && clear_without_curvature()) return Status::adjusted;
     if (has_findings(model.value, {})) return Status::undetermined;
@@ -223,38 +228,20 @@ void Adjustment::count()
         outcome.variance_factor = outcome.iteration.squares / outcome.redundancy;
 }
 
-// Names the observations of all ranks that have no derivative.
+// Names the observations that have no derivative: those of all ranks, where ranks have the same ones.
 void Adjustment::find_left_out()
 {
     const Equations &e = system.equations;
     std::vector<int> &out = outcome.left_out;
     for (int r = 0; r < e.rows(); r++)
         if (!e.usable[r] && e.component[r] == 0) out.push_back(e.observation[r]);
-    if (!system.share.any(!out.empty()) || !system.share.shared()) return;
+    if (system.apart || !system.share.any(!out.empty()) || !system.share.shared()) return;
     std::vector<double> all(model.observations.size(), 0.0);
     for (const int o : out) all[o] = 1.0;
     system.share.sum(&all);
     out.clear();
     for (std::size_t o = 0; o < all.size(); o++)
         if (all[o] > 0.0) out.push_back((int)o);
-}
-
-// Where the rows of this rank stand among those of all.
-void Adjustment::find_places()
-{
-    const Equations &e = system.equations;
-    std::vector<int> unusable(model.observations.size(), 0); // components of each observation
-    for (const int o : outcome.left_out) unusable[o] = components(model.observations[o].kind, model.frame.space);
-    std::vector<int> first; // usable row of each observation
-    first.reserve(model.observations.size());
-    int rows = 0;
-    for (std::size_t o = 0; o < model.observations.size(); o++) {
-        first.push_back(rows);
-        if (model.observations[o].use) rows += components(model.observations[o].kind, model.frame.space) - unusable[o];
-    }
-    outcome.place.reserve(e.rows());
-    for (int r = 0; r < e.rows(); r++)
-        outcome.place.push_back(e.usable[r] ? first[e.observation[r]] + e.component[r] : -1);
 }
 
 void Adjustment::find_seen()
@@ -316,7 +303,7 @@ Status Adjustment::find_precision()
 Outcome Adjustment::run()
 {
     const std::vector<double> first = model.value;
-    system = make_system(model, options.watch, options.ranks);
+    system = make_system(model, options.watch, options.ranks, options.own);
     system.threads = options.threads;
     fit_into_memory(&system, options.disk, options.threads, options.statistics);
     outcome.status = options.watch.stopped() ? Status::stopped : choose_datum();
@@ -324,7 +311,8 @@ Outcome Adjustment::run()
     count();
     if (outcome.status == Status::adjusted || !system.share.shared()) {
         find_left_out();
-        find_places();
+        const OwnObservations every = {{}, (std::int64_t)model.observations.size()};
+        outcome.place = find_places(system.share, system.equations, options.own ? *options.own : every);
         find_seen();
     }
     if (outcome.status == Status::adjusted && options.statistics) outcome.status = find_precision();
@@ -346,8 +334,9 @@ Outcome adjust(Model *model, const Options &options)
         options.ranks->begin();
         Outcome outcome = Adjustment(model, together).run();
         if (outcome.status == Status::adjusted) return outcome;
-        options.ranks->leave_to_first();
         model->value = first;
+        if (options.own) return outcome;
+        options.ranks->leave_to_first();
     }
     Options alone = options;
     alone.ranks = nullptr;

@@ -11,6 +11,7 @@
 #include "adjust/disk.h"
 #include "adjust/iterate.h"
 #include "adjust/misclosures.h"
+#include "adjust/places.h"
 #include "adjust/redundancy_traces.h"
 #include "adjust/statistics.h"
 #include "adjust/suspects.h"
@@ -38,6 +39,9 @@ struct Options {
     Disk *disk = nullptr;   // for factor and inverse, where memory does not hold them
     Watch watch;            // with ranks nothing stops
     Ranks *ranks = nullptr; // that share the work; they need the same model and the same options
+    // With ranks: the model of each has all points and unknowns but its own observations alone, perhaps none. Groups
+    // are numbered by each, and one lies whole on one rank; `together` is of own observations. Not with classes.
+    const OwnObservations *own = nullptr;
 };
 
 enum class Status {
@@ -60,9 +64,9 @@ struct Outcome {
                              // the observations; -1 where it is not usable
     std::vector<char> seen;  // [unknowns] 1 where a row of any rank sees it
     Iteration iteration;
-    std::vector<int> left_out; // observations without a derivative at the last values
-    std::vector<int> failed;   // unknowns of singular; of no_convergence those that are hardly determined
-    int bad_group = -1;
+    std::vector<int> left_out;   // observations without a derivative at the last values, of all that the model has
+    std::vector<int> failed;     // unknowns of singular; of no_convergence those that are hardly determined
+    int bad_group = -1;          // -1 too where another rank has it
     int bad_row = -1;            // of the equations, of bad_group: it depends on those of the group before it
     std::vector<Misfit> misfits; // at the first values, where the iteration failed
 
@@ -81,7 +85,9 @@ struct Outcome {
 
 // With ranks, each factors, inverts and tests its part of the network. The model and what the outcome has of unknowns
 // and points is whole on all of them; equations and tests are those of its own observations. A network that cannot be
-// adjusted is left to the first rank, which finds out by itself why not.
+// adjusted is left to the first rank, which finds out by itself why not. No rank can, where each has observations of
+// its own alone: all of them return the status then, with values untouched and nothing else of worth. It is singular,
+// too, where a look at all observations would have to tell whether all unknowns are determined.
 //
 // Adjusts the values of the model; they are the adjusted ones after Status::adjusted, the last ones of the iteration
 // after no_convergence, and untouched otherwise. Throws std::bad_alloc; the values are then those of any step.

@@ -578,18 +578,20 @@ std::vector<Covariance> all_points(const Model &model, const System &s, const Co
     return points;
 }
 
-// Sums over the rows of all ranks. Observations that are tested together stand on one of them.
+// Sums over the rows of all ranks. Observations that are tested together stand on one of them, and where ranks have
+// their own alone no other asks for them.
 void sum_over_ranks(const System &s, Statistics *result)
 {
     if (!s.share.shared()) return;
     std::vector<double> sums;
     for (const KindStatistics &k : result->kinds) sums.insert(sums.end(), {(double)k.rows, k.squares, k.redundancy});
-    for (const JointStatistics &j : result->together)
+    std::vector<JointStatistics> none, &together = s.apart ? none : result->together;
+    for (const JointStatistics &j : together)
         sums.insert(sums.end(), {(double)j.rank, j.squares, (double)j.rows, j.first + 1.0});
     s.share.sum(&sums);
     const double *at = sums.data();
     for (KindStatistics &k : result->kinds) k.rows = (int)at[0], k.squares = at[1], k.redundancy = at[2], at += 3;
-    for (JointStatistics &j : result->together)
+    for (JointStatistics &j : together)
         j.rank = (int)at[0], j.squares = at[1], j.rows = (int)at[2], j.first = (int)at[3] - 1, at += 4;
 }
 

@@ -114,7 +114,8 @@ struct StatisticsOptions {
     std::vector<int> joint;                 // unknowns whose cofactors are wanted, all with all
     std::vector<Form> forms;                // whose standard deviations are wanted; a solve each
     // Observations that are tested together: of one correlated group, or without any; each once, their unknowns with
-    // one another in the pattern of the normal matrix (those of one group, those of one point).
+    // one another in the pattern of the normal matrix (those of one group, those of one point). Where ranks have their
+    // own observations alone, so are these, and so are the tests.
     std::vector<std::vector<int>> together;
 };
 

@@ -7,6 +7,16 @@ namespace vornadjust {
 
 namespace {
 
+// A row that is suspect, or like one: its size in the order of the list, its place, its observation, and what else is
+// told of it.
+struct FoundRow {
+    double numbers[6] = {};
+
+    double size() const { return numbers[0]; }
+    int place() const { return (int)numbers[1]; }
+    int observation() const { return (int)numbers[2]; }
+};
+
 class Search {
 public:
     Search(const Model &m, const System &s, const Cofactors &c, const Statistics &st, const std::vector<int> &p)
@@ -19,6 +29,8 @@ public:
     void find_alike(const SuspectOptions &options, std::vector<Suspect> *suspects) const;
 
 private:
+    int row_at(int its_place) const;
+    int observation_of(const FoundRow &found, int row) const;
     std::vector<int> usable_members(int group) const;
     void add_weighted_row(int row, double *x) const;
     void find_shift(const double *x, Suspect *suspect) const;
@@ -62,16 +74,6 @@ void gather_first(const Share &share, std::size_t n, const Order &before, std::v
     if (found->size() > n) found->resize(n);
 }
 
-// A row that is suspect, or like one: its size in the order of the list, its place, its observation, and what else is
-// told of it.
-struct FoundRow {
-    double numbers[6] = {};
-
-    double size() const { return numbers[0]; }
-    int place() const { return (int)numbers[1]; }
-    int observation() const { return (int)numbers[2]; }
-};
-
 bool larger(const FoundRow &a, const FoundRow &b)
 {
     return a.size() != b.size() ? a.size() > b.size() : a.place() < b.place();
@@ -94,12 +96,24 @@ std::vector<Suspect> Search::worst(double limit, const SuspectOptions &options)
     std::vector<Suspect> suspects;
     suspects.reserve(beyond.size());
     for (const FoundRow &f : beyond) {
-        suspects.push_back({f.place(), f.observation(), f.numbers[3], f.numbers[4], 0.0, -1, {}});
+        own_row.push_back(row_at(f.place()));
         control.push_back(f.numbers[5]);
-        const auto own = std::find(place.begin(), place.end(), f.place());
-        own_row.push_back(own == place.end() ? -1 : (int)(own - place.begin()));
+        suspects.push_back({f.place(), observation_of(f, own_row.back()), f.numbers[3], f.numbers[4], 0.0, -1, {}});
     }
     return suspects;
+}
+
+// Own row with a place, or -1.
+int Search::row_at(int its_place) const
+{
+    const auto own = std::find(place.begin(), place.end(), its_place);
+    return own == place.end() ? -1 : (int)(own - place.begin());
+}
+
+// The observation of a row, which is an own one where it is not -1.
+int Search::observation_of(const FoundRow &found, int row) const
+{
+    return row < 0 && system.apart ? -1 : found.observation();
 }
 
 std::vector<int> Search::usable_members(int group) const
@@ -211,7 +225,8 @@ void Search::find_alike(const SuspectOptions &options, std::vector<Suspect> *sus
                 alike.push_back({{std::fabs(c), (double)place[r], (double)system.equations.observation[r], c}});
         }
         gather_first(system.share, (std::size_t)options.most_alike, larger, &alike);
-        for (const FoundRow &f : alike) (*suspects)[k].alike.push_back({f.place(), f.observation(), f.numbers[3]});
+        for (const FoundRow &f : alike)
+            (*suspects)[k].alike.push_back({f.place(), observation_of(f, row_at(f.place())), f.numbers[3]});
     }
 }
 

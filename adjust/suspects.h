@@ -31,14 +31,14 @@ struct SuspectOptions {
 };
 
 struct Alike {
-    int place; // among the usable rows of all ranks
-    int observation;
+    int place;       // among the usable rows of all ranks
+    int observation; // -1 where another rank alone has it
     double correlation;
 };
 
 struct Suspect {
-    int place; // among the usable rows of all ranks
-    int observation;
+    int place;                // among the usable rows of all ranks
+    int observation;          // -1 where another rank alone has it
     double normalised;        // as of its row
     double error;             // observed less what it would have to read; metres, radians or pixels
     double shift = 0.0;       // metres, of the point that it shifts most

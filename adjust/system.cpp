@@ -12,11 +12,14 @@ namespace vornadjust {
 namespace {
 
 // Ranks whose networks differ (a file that is another one on another machine) would find a wrong result together.
-void agree(const Model &model, Ranks *ranks)
+//   own  null: all have all observations
+void agree(const Model &model, Ranks *ranks, const OwnObservations *own)
 {
-    std::vector<double> told = {(double)model.n_unknowns(), (double)model.observations.size(), 0.0, 0.0};
+    const double observations = own ? (double)own->all : (double)model.observations.size();
+    std::vector<double> told = {(double)model.n_unknowns(), observations, 0.0, 0.0, 0.0};
     for (const double x : model.value) told[2] += x;
-    for (const Observation &o : model.observations) told[3] += o.use ? o.value[0] + o.sigma[0] : 0.0;
+    for (const Code c : model.code) told[3] += (double)c;
+    for (const Observation &o : model.observations) told[4] += o.use && !own ? o.value[0] + o.sigma[0] : 0.0;
     const std::size_t n = told.size();
     for (std::size_t i = 0; i < n; i++) told.push_back(-told[i]);
     ranks->most(told.data(), told.size());
@@ -29,7 +32,6 @@ void agree(const Model &model, Ranks *ranks)
 // in different ways would not know.
 std::vector<int> agreed_parts(const Model &model, Ranks *ranks)
 {
-    agree(model, ranks);
     std::vector<double> told(model.observations.size(), 0.0);
     if (ranks->own() == 0) {
         const std::vector<int> part = divide(model, ranks->size());
@@ -37,6 +39,12 @@ std::vector<int> agreed_parts(const Model &model, Ranks *ranks)
     }
     ranks->sum(told.data(), told.size());
     return std::vector<int>(told.begin(), told.end());
+}
+
+Equations pattern_of_share(const Model &model, Ranks *ranks, const OwnObservations *own)
+{
+    agree(model, ranks, own);
+    return own ? pattern(model) : pattern(model, agreed_parts(model, ranks), ranks->own());
 }
 
 // Elements of the boundary among those of the factor or the inverse: [m][m] by columns, m the columns of the boundary.
@@ -114,14 +122,15 @@ bool factorize_share(System *s, double damping, const FactorOptions &options)
 
 } // namespace
 
-System make_system(const Model &model, const Watch &watch, Ranks *ranks)
+System make_system(const Model &model, const Watch &watch, Ranks *ranks, const OwnObservations *own)
 {
     System s;
     s.watch = watch;
     watch.tell(Step::equations);
-    s.equations = ranks ? pattern(model, agreed_parts(model, ranks), ranks->own()) : pattern(model);
+    s.equations = ranks ? pattern_of_share(model, ranks, own) : pattern(model);
     s.columns = ranks ? columns_of_share(model, s.equations) : columns(model, s.equations);
     s.share = make_share(model, s.columns, ranks);
+    s.apart = ranks && own;
     s.rows = weighted_pattern(model, s.equations, s.columns);
     std::vector<int> point;
     for (int u : s.columns.unknown) point.push_back(u < 3 * model.n_points ? u / 3 : -1);

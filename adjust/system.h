@@ -11,6 +11,7 @@
 #include "adjust/equations.h"
 #include "adjust/factor.h"
 #include "adjust/inverse.h"
+#include "adjust/places.h"
 #include "adjust/share.h"
 #include "adjust/symbolic.h"
 #include "adjust/watch.h"
@@ -29,6 +30,7 @@ struct System {
     Factor factor;
     bool whole = false; // all pivots of the last factor stand, those of all ranks
     Share share;
+    bool apart = false;    // the ranks have their own observations alone
     std::vector<int> held; // columns that keep their values: the minimal datum. Their rows and columns of the normal
                            // matrix are those of the identity, so that they have correction 0.
     Watch watch;           // of all that is done with the system
@@ -45,8 +47,10 @@ struct System {
 };
 
 // Patterns, columns and order of elimination; nothing is filled.
-// Throws std::bad_alloc.
-System make_system(const Model &model, const Watch &watch = {}, Ranks *ranks = nullptr);
+//   own  with ranks: all observations of the model are those of this rank; null: they are divided among the ranks
+// Throws std::bad_alloc, and std::runtime_error where ranks have different networks.
+System make_system(const Model &model, const Watch &watch = {}, Ranks *ranks = nullptr,
+                   const OwnObservations *own = nullptr);
 
 // Rows at the model's present values, weighted, held columns 0. Returns the sum of squares of weighted misclosures, of
 // all ranks.

@@ -9,6 +9,7 @@
 #include "adjust/adjustment.h"
 #include "adjust/degree.h"
 #include "adjust/division.h"
+#include "adjust/places.h"
 #include "adjust/robust.h"
 #include "adjust/snoop.h"
 #include "random_networks.h"
@@ -297,6 +298,44 @@ TEST(Share, LeavesOutTheSameObservationsOneByOne)
         Options own = o;
         own.ranks = &ranks;
         EXPECT_EQ(snoop(&m, own, unit).left_out, wanted.left_out);
+    });
+}
+
+// Numbers with gaps, some of them longer than what the ranks tell each other at a time.
+TEST(Places, CountTheUsableRowsWithSmallerNumbers)
+{
+    struct Row {
+        std::int64_t number;
+        int rank, component, place;
+    };
+    const int count = 3;
+    std::mt19937 engine(7);
+    std::vector<Row> rows;
+    std::int64_t number = 0;
+    int usable = 0;
+    for (int o = 0; o < 3000; o++) {
+        number += o % 1000 == 999 ? 20'000'000 : 1 + (std::int64_t)(engine() % 40);
+        const int rank = (int)(engine() % count), components = 1 + (int)(engine() % 3);
+        const bool stands = engine() % 5 > 0;
+        for (int c = 0; c < components; c++) rows.push_back({number, rank, c, stands ? usable++ : -1});
+    }
+    on_ranks(count, [&](ThreadRanks &ranks) {
+        Share share;
+        share.ranks = &ranks;
+        Equations e;
+        OwnObservations own;
+        own.all = number + 1;
+        std::vector<int> wanted;
+        for (const Row &r : rows) {
+            if (r.rank != ranks.own()) continue;
+            if (r.component == 0) own.numbers.push_back(r.number);
+            e.observation.push_back((int)own.numbers.size() - 1);
+            e.component.push_back((unsigned char)r.component);
+            e.usable.push_back(r.place >= 0);
+            e.misclosure.push_back(0.0);
+            wanted.push_back(r.place);
+        }
+        EXPECT_EQ(find_places(share, e, own), wanted);
     });
 }
 
