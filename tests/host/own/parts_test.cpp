@@ -125,7 +125,9 @@ private:
     std::string distance(const Place &a, const Place &b)
     {
         const double d = std::hypot(plan(a, b), rise(a, b)) + 0.002 * error();
-        return a.name + " " + b.name + number(d) + " 0.002 n" + std::to_string(count++) + (count % 20 == 0 ? " no yes" : " - yes");
+        count++;
+        return a.name + " " + b.name + number(d) + " 0.002 n" + std::to_string(count) +
+               (count % 20 == 0 ? " no yes" : " - yes");
     }
     std::string horizontal(const Place &a, const Place &b)
     {
