@@ -3,6 +3,7 @@
 
 #include "host/input/angle.h"
 #include "host/input/note_columns.h"
+#include "host/input/own_rows.h"
 
 namespace vornhost {
 
@@ -105,6 +106,13 @@ void read_level(const Network &net, Row &row, SightRow &sight)
         row.fault(LEVEL, "a reduced distance has no constants of an instrument", "leave constants or level out");
 }
 
+// Angles are taken at the point of column at.
+RowStart start_of(TableId id)
+{
+    if (id == TABLE_ANGLES) return {AT, THIRD_SETUP};
+    return {FROM, id == TABLE_HORIZONTAL_DISTANCES ? (int)SETUP : -1};
+}
+
 void read_sight(Network &net, Row &row, const SightTable &table)
 {
     const bool angles = table.id == TABLE_ANGLES, distances = table.id == TABLE_HORIZONTAL_DISTANCES;
@@ -117,7 +125,7 @@ void read_sight(Network &net, Row &row, const SightTable &table)
     sight.value = read_value(net, row, table);
     sight.sigma = read_sigma(net, row, table);
     sight.use = row.yes(USE, true);
-    const NoteColumns columns{ID, REMARK, COVARIANCE, angles ? THIRD_SETUP : distances ? SETUP : -1};
+    const NoteColumns columns{ID, REMARK, COVARIANCE, start_of(table.id).setup};
     const int setup = read_notes(net, row, columns, angles ? sight.third : sight.from, list.notes, list.size());
     if (distances) read_constants(net, row, setup, sight);
     if (distances) read_level(net, row, sight);
@@ -193,8 +201,11 @@ void read_vector(Network &net, Row &row, List<VectorRow> &list, bool difference)
     list.add(vector, row.at());
 }
 
-void read_coordinate(Network &net, Row &row) { read_vector(net, row, net.model.coordinates, false); }
-void read_difference(Network &net, Row &row) { read_vector(net, row, net.model.coordinate_differences, true); }
+void read_vectors(Network &net, TableId id, const std::vector<Column> &columns, List<VectorRow> &list)
+{
+    const bool difference = id == TABLE_COORDINATE_DIFFERENCES;
+    read_own_rows(net, id, columns, {POINT}, list, [&](Row &row) { read_vector(net, row, list, difference); });
+}
 
 } // namespace
 
@@ -205,17 +216,11 @@ void read_field_kinds(Network &net)
         {TABLE_BEARINGS, &Model::bearings, two_columns, true},
         {TABLE_ANGLES, &Model::angles, angle_columns, true},
         {TABLE_SCALE_BARS, &Model::scale_bars, two_columns, false}};
-    for (const SightTable &sights : tables) {
-        Table *table = net.tables[sights.id].get();
-        if (!table) continue;
-        net.parse(*table, sights.columns);
-        for (size_t i = 0; i < table->rows(); i++) {
-            Row row(*table, i, net.faults);
-            if (table->whole(i)) read_sight(net, row, sights);
-        }
-    }
-    read_rows(net, TABLE_COORDINATES, coordinate_columns, read_coordinate);
-    read_rows(net, TABLE_COORDINATE_DIFFERENCES, difference_columns, read_difference);
+    for (const SightTable &table : tables)
+        read_own_rows(net, table.id, table.columns, start_of(table.id), net.model.*table.list,
+                      [&](Row &row) { read_sight(net, row, table); });
+    read_vectors(net, TABLE_COORDINATES, coordinate_columns, net.model.coordinates);
+    read_vectors(net, TABLE_COORDINATE_DIFFERENCES, difference_columns, net.model.coordinate_differences);
 }
 
 } // namespace vornhost

@@ -40,6 +40,10 @@ template <class Record> void leave_out_row(Network &net, Row &row, int id, List<
     const std::string table = table_names[id];
     const int number = row.whole(ROW, 0, 1, most_rows), of = row.whole(OF, 0, 1, most_rows);
     if (number == 0 || of == 0) return;
+    if (!net.model.share.whole()) { // the row may be one of another part
+        net.model.left_out.add({id, (size_t)number - 1, std::string(row.text(REASON)), Source()}, row.at());
+        return;
+    }
     if ((size_t)of != list.size() || number > of) {
         row.fault(OF,
                   "table " + table + " has " + std::to_string(list.size()) + " rows, not " + std::to_string(of) +

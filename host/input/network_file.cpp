@@ -10,6 +10,7 @@
 #include "host/input/covariances.h"
 #include "host/input/network_tables.h"
 #include "host/input/open_text.h"
+#include "host/input/point_parts.h"
 #include "host/input/section.h"
 #include "host/input/settings.h"
 #include "host/input/table_sources.h"
@@ -29,6 +30,7 @@ void read_tables(Network &net)
     read_groups(net);
     read_stations(net);
     read_targets(net);
+    if (!net.model.share.whole()) net.model.part_of = parts_of_points(net.model);
     read_setups(net);
     read_measures(net);
     read_deflections(net);
@@ -86,7 +88,7 @@ void check_network(Network &net)
 {
     if (net.model.p.lumpmethod == no_lump_method)
         net.model.p.lumpmethod = net.named[TABLE_LUMPS] || has_lumps(net.model) ? 1 : 0;
-    check_lumps(net.model, net.faults);
+    if (net.model.share.whole()) check_lumps(net.model, net.faults);
     if (!net.named[TABLE_STATIONS] && !net.named[TABLE_TARGETS])
         net.faults.add({0, 0, 0}, "no points", "list them in table stations or targets");
     bool observed = net.named[TABLE_IMAGES] || net.named[TABLE_BASELINES];
@@ -118,11 +120,14 @@ void read_parsed(const TextFile &file, const toml::table &root, Network &net, co
     read_connected_net(root, net);
     sources.find_covariances(root);
     read_tables(net);
-    complete_covariances(net, sources.matrices);
+    if (net.model.share.whole()) complete_covariances(net, sources.matrices);
     check_network(net);
     if (!take || !net.faults.empty()) return;
-    for (const std::unique_ptr<Table> &table : net.tables)
-        if (table) take(*table);
+    for (const std::unique_ptr<Table> &table : net.tables) {
+        if (!table) continue;
+        table->keep_rows();
+        take(*table);
+    }
 }
 
 // A key with very many points would nest tables deeper than the stack allows.

@@ -44,9 +44,10 @@ bool Network::planned(Source at)
     return true;
 }
 
-void Network::parse(Table &table, const std::vector<Column> &columns)
+size_t Network::each_row(Table &table, const std::vector<Column> &columns, const Table::TakeRow &take,
+                         const Table::IsWanted &wanted)
 {
-    table.parse(columns, faults, model.mode == Mode::Propagation);
+    return table.each_row(columns, faults, model.mode == Mode::Propagation, take, wanted);
 }
 
 bool Network::has_dimension(int coordinate) const
@@ -63,22 +64,20 @@ void read_rows(Network &net, TableId id, const std::vector<Column> &columns, voi
 {
     Table *table = net.tables[id].get();
     if (!table) return;
-    net.parse(*table, columns);
-    for (size_t i = 0; i < table->rows(); i++) {
-        Row row(*table, i, net.faults);
-        if (table->whole(i)) read(net, row);
-    }
+    net.each_row(*table, columns, [&](size_t) {
+        Row row(*table, 0, net.faults);
+        if (table->whole(0)) read(net, row);
+    });
 }
 
 void enter_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*enter)(Network &, Row &))
 {
     Table *table = net.tables[id].get();
     if (!table) return;
-    net.parse(*table, columns);
-    for (size_t i = 0; i < table->rows(); i++) {
-        Row row(*table, i, net.faults);
+    net.each_row(*table, columns, [&](size_t) {
+        Row row(*table, 0, net.faults);
         enter(net, row);
-    }
+    });
 }
 
 std::string similar_name(const Network &net, const NameIndex &known, const Row &row, int column, const char *otherwise)

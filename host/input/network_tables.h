@@ -89,7 +89,9 @@ struct Network {
     // Whether a value may be unknown: in a plan, which the model then remembers.
     bool planned(Source at);
 
-    void parse(Table &table, const std::vector<Column> &columns); // what a plan may leave out is not missed there
+    // Table::each_row(); what a plan may leave out is not missed there.
+    size_t each_row(Table &table, const std::vector<Column> &columns, const Table::TakeRow &take,
+                    const Table::IsWanted &wanted = Table::IsWanted());
 
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
@@ -114,7 +116,7 @@ void read_left_out(Network &net); // when all rows of observations have been rea
 void read_deflections(Network &net);
 void read_transformations(Network &net); // before the rows that name them
 
-// Cuts the table into cells, if it is in the file, and reads its whole rows.
+// Reads the whole rows of the table, if it is in the file.
 void read_rows(Network &net, TableId id, const std::vector<Column> &columns, void (*read)(Network &, Row &));
 
 // The same for what names something: rows with a wrong number of cells too, so that what names

@@ -104,4 +104,11 @@ int read_notes(Network &net, Row &row, const NoteColumns &c, int station, RowNot
     return setup;
 }
 
+void know_stand(Network &net, const Row &row, int station, int setup_column, int set_column)
+{
+    const bool at_station = station >= 0 && (size_t)station < net.model.stations.size();
+    if (at_station && says(row, setup_column)) setup_of(net, station, row.text(setup_column), row.at(setup_column));
+    if (says(row, set_column)) read_set(net, row.text(set_column));
+}
+
 } // namespace vornhost

@@ -21,6 +21,10 @@ inline bool says(const Row &row, int column) { return column >= 0 && row.given(c
 // stood. Returns the set-up of the row, -1 where it has none of its own.
 int read_notes(Network &net, Row &row, const NoteColumns &columns, int station, RowNotes &notes, size_t index);
 
+// Numbers the set-up and the set of a row that is passed over, without faults, so that all parts of a file number them
+// alike.
+void know_stand(Network &net, const Row &row, int station, int setup_column, int set_column);
+
 // Index of a set-up of a station in Model::setups, made with defaults where it is new. The empty word stands for the
 // set-up that rows without one belong to.
 int setup_of(Network &net, int station, std::string_view word, Source at);

@@ -8,6 +8,7 @@
 
 #include "host/input/angle.h"
 #include "host/input/note_columns.h"
+#include "host/input/own_rows.h"
 #include "host/input/stated_sigmas.h"
 
 namespace vornhost {
@@ -254,16 +255,14 @@ bool says_sigma(const Network &net, const ListKind &list, const Table &table)
 
 void read_list(Network &net, const ListKind &list)
 {
-    Table *table = net.tables[list.id].get();
+    const Table *table = net.tables[list.id].get();
     if (!table) return;
-    net.parse(*table, columns_of(list.kind));
-    if (table->rows() > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && !says_sigma(net, list, *table))
+    const NoteColumns notes = notes_of(list.kind);
+    const size_t rows = read_own_rows(net, list.id, columns_of(list.kind), {FROM, notes.setup, notes.set},
+                                      net.model.*list.list, [&](Row &row) { read_measure(net, row, list); });
+    if (rows > 0 && !table->has(SIGMA) && !table->has(COVARIANCE) && !says_sigma(net, list, *table))
         net.faults.add(table->heading_place(), "sigma is not known in table " + table->name(),
                        "add a column sigma or write [sigma] " + table->name());
-    for (size_t i = 0; i < table->rows(); i++) {
-        Row row(*table, i, net.faults);
-        if (table->whole(i)) read_measure(net, row, list);
-    }
 }
 
 enum {
@@ -417,7 +416,8 @@ void read_measures(Network &net)
 
 void read_baselines(Network &net)
 {
-    read_rows(net, TABLE_BASELINES, baseline_columns, read_baseline);
+    read_own_rows(net, TABLE_BASELINES, baseline_columns, {FROM}, net.model.baselines,
+                  [&](Row &row) { read_baseline(net, row); });
     require_components(net);
 }
 

@@ -96,28 +96,98 @@ Table::Table(std::string name, Passage text, Layout how, Source at, CsvForm csv)
 
 void Table::parse(const std::vector<Column> &columns, Faults &faults, bool plan)
 {
-    if (known) return;
+    clear_rows();
+    Line line;
+    for (size_t at = begin(columns, plan, faults); next_line(at, line);) {
+        read_line(line, cut, faults);
+        if (!cut.empty()) add_row(faults);
+    }
+    tell_empty(rows(), faults);
+}
+
+size_t Table::each_row(const std::vector<Column> &columns, Faults &faults, bool plan, const TakeRow &take,
+                       const IsWanted &wanted)
+{
+    Faults unsaid;
+    Faults &first = known ? unsaid : faults, &said = wanted ? unsaid : first;
+    Line line;
+    size_t count = 0;
+    for (size_t at = begin(columns, plan, first); next_line(at, line);) {
+        bool row = cut_row(line, said);
+        if (wanted && (row || !unsaid.empty())) {
+            const bool mine = wanted();
+            if (mine && !unsaid.empty()) cut_row(line, first);
+            unsaid = Faults();
+            count += row && !mine;
+            row = row && mine;
+        }
+        if (row) take(count++);
+    }
+    tell_empty(count, first);
+    clear_rows();
+    return count;
+}
+
+void Table::keep_rows()
+{
+    Faults none;
+    if (known) parse(*known, none, true);
+}
+
+// Takes the heading; returns the offset behind its line.
+size_t Table::begin(const std::vector<Column> &columns, bool plan, Faults &faults)
+{
     known = &columns;
     position.assign(columns.size(), -1);
-    const std::string_view text = passage.text();
-    std::vector<Cell> line;
-    for (size_t at = 0; at < text.size();) {
-        const size_t line_end = std::min(text.find('\n', at), text.size());
-        line.clear();
-        read_line({text.substr(at, line_end - at), at}, line, faults);
-        if (!line.empty() && width == 0)
-            read_heading(line, plan, faults);
-        else if (!line.empty())
-            add_row(line, faults);
-        at = line_end + 1;
+    width = 0;
+    size_t at = 0;
+    for (Line line; width == 0 && next_line(at, line);) {
+        read_line(line, cut, faults);
+        if (!cut.empty()) read_heading(cut, plan, faults);
     }
-    if (rows() > 0) return;
+    return at;
+}
+
+// The line that begins at `at`, and where the next one begins; false at the end.
+bool Table::next_line(size_t &at, Line &line) const
+{
+    const std::string_view text = passage.text();
+    if (at >= text.size()) return false;
+    const size_t line_end = std::min(text.find('\n', at), text.size());
+    line = {text.substr(at, line_end - at), at};
+    at = line_end + 1;
+    return true;
+}
+
+// Makes a line the one row of the table; false, and no row has cells, where the line has none.
+bool Table::cut_row(Line line, Faults &faults)
+{
+    clear_rows();
+    read_line(line, cut, faults);
+    if (!cut.empty()) add_row(faults);
+    if (cut.empty()) row_begin.push_back(0), row_size.push_back(0), row_whole.push_back(false);
+    return !cut.empty();
+}
+
+void Table::clear_rows()
+{
+    cells.clear();
+    row_begin.clear();
+    row_size.clear();
+    row_whole.clear();
+    doubled.clear();
+}
+
+void Table::tell_empty(size_t rows, Faults &faults) const
+{
+    if (rows > 0) return;
     const char *const missing = width == 0 ? " is empty" : " has a heading but no rows";
     faults.add(named_at, "table " + label + missing, "add rows or remove the table");
 }
 
 void Table::read_line(Line line, std::vector<Cell> &out, Faults &faults)
 {
+    out.clear();
     if (layout == Layout::Blanks) {
         cut_at_blanks(line, out, faults);
         return;
@@ -303,16 +373,17 @@ void Table::require_columns(bool plan, Faults &faults) const
     }
 }
 
-void Table::add_row(const std::vector<Cell> &row, Faults &faults)
+// The cells of the last line as a row.
+void Table::add_row(Faults &faults)
 {
     row_begin.push_back(cells.size());
-    row_size.push_back(row.size());
-    row_whole.push_back(row.size() == width);
-    cells.insert(cells.end(), row.begin(), row.end());
-    if (row.size() == width) return;
-    const bool few = row.size() < width;
-    const Source at = passage.place(few ? row[0].offset : row[width].offset);
-    faults.add(at, "row has " + count_of(row.size(), "cell") + ", the heading has " + std::to_string(width),
+    row_size.push_back(cut.size());
+    row_whole.push_back(cut.size() == width);
+    cells.insert(cells.end(), cut.begin(), cut.end());
+    if (cut.size() == width) return;
+    const bool few = cut.size() < width;
+    const Source at = passage.place(few ? cut[0].offset : cut[width].offset);
+    faults.add(at, "row has " + count_of(cut.size(), "cell") + ", the heading has " + std::to_string(width),
                few ? "write - for a value that is not known" : "remove what is too much or name its column");
 }
 

@@ -10,6 +10,7 @@
 #include <stddef.h>
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,8 +75,20 @@ public:
     Table(const Table &) = delete;
     Table &operator=(const Table &) = delete;
 
-    // Cuts the passage into cells, of a plan or not; a second call does nothing. The list must outlive the table.
+    // Cuts the passage into cells, of a plan or not. The list must outlive the table.
     void parse(const std::vector<Column> &columns, Faults &faults, bool plan = false);
+
+    // The same row by row: the table has one row, 0, with the cells of the one that take() is called for; its number
+    // counts from 0. Where wanted() is given it is asked first whether the row that the table has is wanted: faults of
+    // others are not reported, those of lines without cells as of a row without cells. A second call reports no faults
+    // of the text. Returns how many rows there are.
+    using TakeRow = std::function<void(size_t number)>;
+    using IsWanted = std::function<bool()>;
+    size_t each_row(const std::vector<Column> &columns, Faults &faults, bool plan, const TakeRow &take,
+                    const IsWanted &wanted = IsWanted());
+
+    // Keeps all rows of a table without faults that was read row by row.
+    void keep_rows();
 
     const std::string &name() const { return label; }
     char decimal() const { return form.decimal; } // mark of decimals
@@ -102,6 +115,11 @@ private:
         size_t offset;
     };
 
+    size_t begin(const std::vector<Column> &columns, bool plan, Faults &faults);
+    bool next_line(size_t &at, Line &line) const;
+    bool cut_row(Line line, Faults &faults);
+    void clear_rows();
+    void tell_empty(size_t rows, Faults &faults) const;
     void read_line(Line line, std::vector<Cell> &out, Faults &faults);
     void cut_at_blanks(Line line, std::vector<Cell> &out, Faults &faults);
     void cut_at_separators(Line line, std::vector<Cell> &out, Faults &faults);
@@ -115,7 +133,7 @@ private:
     bool is_filling(char c) const;
     void unknown_column(const Cell &cell, Faults &faults) const;
     void require_columns(bool plan, Faults &faults) const;
-    void add_row(const std::vector<Cell> &row, Faults &faults);
+    void add_row(Faults &faults);
 
     std::string label;
     Passage passage;
@@ -126,6 +144,7 @@ private:
     std::vector<int> position; // of each known column in the heading, -1 when it is not there
     size_t width = 0;          // cells of the heading
     size_t heading_offset = 0; // of its first cell
+    std::vector<Cell> cut;     // cells of the last line
     std::vector<Cell> cells;
     std::vector<size_t> row_begin; // first cell of each row
     std::vector<size_t> row_size;

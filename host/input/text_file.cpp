@@ -3,6 +3,9 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
 
 #include "host/input/file_pieces.h"
 #include "host/input/utf8.h"
@@ -46,8 +49,12 @@ bool TextFile::take(const std::string &name, std::string_view text, Faults &faul
     return accepted && check_encoding(faults);
 }
 
+// Room for the whole file is taken at once: a text that grows would be there twice for a moment.
 bool TextFile::load(const std::string &path, size_t largest, Source asked, Faults &faults)
 {
+    std::error_code unknown;
+    const uintmax_t whole = std::filesystem::file_size(path, unknown);
+    if (!unknown && whole <= largest) bytes.reserve((size_t)whole);
     return read_pieces(path, asked, largest, faults,
                        [&](const char *piece, size_t size) { return accept(piece, size, faults); });
 }

@@ -173,6 +173,54 @@ TEST(Table, RefusesAnEmptyTable)
               Lines{"t:1:1: table points has a heading but no rows; add rows or remove the table"});
 }
 
+TEST(Table, HandsOnItsRowsOneByOneAsItCutsThemAll)
+{
+    const std::string text = "name y x # heading\n\nA 1 \"a \"\"b\"\"\" # first\nB 2\n# none\nC - 3 4\nD 5 6";
+    Cut cut(text);
+    for (int time = 1; time <= 2; time++) {
+        Faults faults;
+        std::vector<size_t> numbers;
+        Table again("points", Passage(cut.file, 0, text.size()), Layout::Blanks, Source{0, 1, 1});
+        for (int call = 1; call <= time; call++) { // the second reports nothing that the first has reported
+            numbers.clear();
+            EXPECT_EQ(again.each_row(columns, faults, false,
+                                     [&](size_t row) {
+                                         numbers.push_back(row);
+                                         EXPECT_EQ(again.rows(), 1u);
+                                         EXPECT_EQ(again.whole(0), cut.table->whole(row));
+                                         EXPECT_EQ(again.place(0, X).column, cut.table->place(row, X).column);
+                                         for (const int column : {NAME, X, Y}) {
+                                             const Cell *cell = again.cell(0, column);
+                                             EXPECT_EQ(cell ? std::string(cell->text) : "none", cut.at(row, column));
+                                         }
+                                     }),
+                      4u);
+        }
+        EXPECT_EQ(numbers, (std::vector<size_t>{0, 1, 2, 3}));
+        EXPECT_EQ(faults.count(), 2u);
+        EXPECT_EQ(cut.lines.size(), 2u);
+        again.keep_rows();
+        EXPECT_EQ(again.rows(), 4u);
+    }
+}
+
+TEST(Table, ReportsNoFaultsOfRowsThatAreNotWanted)
+{
+    const std::string text = "name x y\nA 1\nB 2 \"3\nA 1 2\nB 4 5 6\n";
+    Cut cut(text);
+    Table table("points", Passage(cut.file, 0, text.size()), Layout::Blanks, Source{0, 1, 1});
+    Faults faults;
+    std::vector<size_t> numbers;
+    EXPECT_EQ(table.each_row(
+                  columns, faults, false, [&](size_t row) { numbers.push_back(row); },
+                  [&] { return table.cell(0, NAME)->text == "B"; }),
+              4u);
+    EXPECT_EQ(numbers, (std::vector<size_t>{1, 3}));
+    ASSERT_EQ(faults.count(), 2u);
+    EXPECT_EQ(faults.kept()[0].at.line, 3);
+    EXPECT_EQ(faults.kept()[1].at.line, 5);
+}
+
 TEST(CommaTable, CutsAtCommasAndTrimsBlanks)
 {
     const Cut cut("name, x ,y\r\n A 1 ,\t2.5,\r\n", Layout::Commas);
