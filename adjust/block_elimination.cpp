@@ -139,6 +139,16 @@ void BlockElimination::eliminate(double threshold)
     stages.push_back(std::move(stage));
 }
 
+std::vector<Row> BlockElimination::take_rest()
+{
+    std::vector<Row> rest;
+    for (std::size_t b = stages.size(); b < buckets.size(); b++) {
+        for (Row &row : reduced(buckets[b].rows)) rest.push_back(std::move(row));
+        buckets[b] = Bucket();
+    }
+    return rest;
+}
+
 void BlockElimination::complete(std::vector<double> &vector, int block) const
 {
     for (int b = block - 1; b >= 0; b--) {

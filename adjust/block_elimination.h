@@ -32,6 +32,9 @@ public:
     // Eliminates the next block; singular values below the threshold are taken for zero.
     void eliminate(double threshold);
 
+    // Takes out the rows that are left for blocks behind the eliminated ones, as few as tell the same.
+    std::vector<std::vector<std::pair<int, double>>> take_rest();
+
     // Directions of an eliminated block that its rows do not determine.
     int open(int block) const { return stages[block].open.cols; }
 

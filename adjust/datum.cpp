@@ -9,6 +9,7 @@
 #include "adjust/block_elimination.h"
 #include "adjust/holding.h"
 #include "adjust/motion_rows.h"
+#include "adjust/over_ranks.h"
 
 namespace vornadjust {
 
@@ -27,16 +28,37 @@ constexpr double determined_nuisance = 1e-11;
 // Share of the motions in a null vector of unknowns that several parts have in common; rounding is less.
 constexpr double some_motion = 1e-7;
 
+// Gives each rank the rows that all have left for their common blocks: what is eliminated from here on is the same on
+// all. A row is told as its length, columns and entries.
+void join_rows(const MotionRows &m, BlockElimination &elimination)
+{
+    if (!m.rows->ranks) return;
+    std::vector<double> own;
+    for (const Terms &row : elimination.take_rest()) {
+        own.push_back((double)row.size());
+        for (const auto &[column, entry] : row) own.insert(own.end(), {(double)(column - m.own_columns), entry});
+    }
+    const std::vector<double> all = gather(m.rows->ranks, own);
+    for (std::size_t at = 0; at < all.size();) {
+        Terms row;
+        for (std::size_t left = (std::size_t)all[at++]; left > 0; left--, at += 2)
+            row.emplace_back((int)all[at] + m.own_columns, all[at + 1]);
+        elimination.add(std::move(row));
+    }
+}
+
 BlockElimination eliminated(const MotionRows &m)
 {
     BlockElimination elimination(m.sizes);
     for (int r = 0; r < m.rows->rows(); r++)
         if (m.rows->tells(r)) elimination.add(m.terms(r));
-    for (int u = 0; u < 3 * m.model().n_points; u++)
+    for (int u = 0; u < 3 * m.model().n_points && leads(m.rows->ranks); u++)
         if (m.is_fixed(u)) elimination.add(m.terms_of_fixed(u));
     const int after_parts = m.before_parts + static_cast<int>(m.motions.size());
-    for (int b = 0; b < static_cast<int>(m.sizes.size()); b++)
+    for (int b = 0; b < static_cast<int>(m.sizes.size()); b++) {
+        if (b == m.own_blocks) join_rows(m, elimination);
         elimination.eliminate(b >= m.before_parts && b < after_parts ? open_motion : determined_nuisance);
+    }
     return elimination;
 }
 
@@ -77,7 +99,9 @@ Dense take_motions(const MotionRows &m, const BlockElimination &elimination, con
             for (int k = 0; k < n_motions && model.estimated(u) && m.parts.part_of[u / 3] >= 0; k++)
                 datum.motions(u, j) += c[k] * part.similarity.of_point(k, &model.value[u - u % 3], u % 3);
         for (int u = 3 * model.n_points; u < model.n_unknowns(); u++)
-            if (m.column_of[u] >= 0) datum.motions(u, j) = vector[m.column_of[u]] * m.rows->column_factor[u];
+            if (m.tells(u)) datum.motions(u, j) = vector[m.column_of[u]] * m.rows->column_factor[u];
+        sum(m.rows->ranks, datum.motions.col(j) + 3 * (std::size_t)model.n_points,
+            (std::size_t)(model.n_unknowns() - 3 * model.n_points));
     }
     return coefficients;
 }

@@ -53,7 +53,7 @@ struct Datum {
 };
 
 // At the model's present values; equations filled there with invariant derivatives. The time is
-// linear in the rows.
+// linear in the rows. Where ranks share the rows, all of them call it and find the same, to the bit.
 Datum find_datum(const UnitRows &rows);
 
 // Estimated coordinates that stop all motions when they are held, one for each column of motions, by

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/over_ranks.h"
+
 namespace vornadjust {
 
 namespace {
@@ -12,11 +14,6 @@ double dot(int n, const double *x, const double *y)
     double sum = 0.0;
     for (int j = 0; j < n; j++) sum += x[j] * y[j];
     return sum;
-}
-
-void sum(const FreeDatum &datum, std::vector<double> *x)
-{
-    if (datum.ranks) datum.ranks->sum(x->data(), x->size());
 }
 
 // Inverse of a small matrix (d x d by rows), d at most 7, by elimination with the largest pivot.
@@ -56,10 +53,8 @@ std::vector<double> over_columns(const Columns &columns, const Dense &m)
 
 Datum find_datum(Model *model, const System &system)
 {
-    if (!system.share.shared()) return find_datum(unit_rows(*model, system.equations));
     gather_values(system.share, system.columns, model);
-    const Equations whole = whole_equations(*model, Derivatives::invariant);
-    return find_datum(unit_rows(*model, whole));
+    return find_datum(unit_rows(*model, system.equations, system.share.ranks));
 }
 
 FreeDatum free_datum(const Columns &columns, const Datum &found, const Share &share)
@@ -91,7 +86,7 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++)
             bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &datum->motion[(std::size_t)k * n]);
-    sum(*datum, &bg);
+    sum(datum->ranks, bg.data(), bg.size());
     datum->closing = small_inverse(d, bg);
 }
 
@@ -103,7 +98,7 @@ void transform(const FreeDatum &datum, const double *from_start, double *dx)
         const double *condition = &datum.condition[(std::size_t)k * n];
         b[k] = dot(n, condition, dx) + dot(n, condition, from_start);
     }
-    sum(datum, &b);
+    sum(datum.ranks, b.data(), b.size());
     for (int k = 0; k < d; k++) {
         const double c = dot(d, &datum.closing[(std::size_t)k * d], b.data()), *g = &datum.motion[(std::size_t)k * n];
         for (int j = 0; j < n; j++) dx[j] -= c * g[j];
@@ -115,7 +110,7 @@ void transform_back(const FreeDatum &datum, double *x)
     const int d = datum.open, n = datum.n;
     std::vector<double> gx(d);
     for (int k = 0; k < d; k++) gx[k] = dot(n, &datum.motion[(std::size_t)k * n], x);
-    sum(datum, &gx);
+    sum(datum.ranks, gx.data(), gx.size());
     for (int i = 0; i < d; i++) {
         const double *condition = &datum.condition[(std::size_t)i * n];
         double c = 0.0;
@@ -140,7 +135,7 @@ CofactorTransform cofactor_transform(const FreeDatum &datum, const System &syste
     t.cw.resize((std::size_t)d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++) t.cw[i * d + k] = dot(n, &c[(std::size_t)i * n], &t.w[(std::size_t)k * n]);
-    sum(datum, &t.cw);
+    sum(datum.ranks, t.cw.data(), t.cw.size());
     return t;
 }
 

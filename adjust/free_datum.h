@@ -28,8 +28,8 @@ struct FreeDatum {
     Ranks *ranks = nullptr;        // that share the columns; B0 is 0 on each where others own a column
 };
 
-// Open motions of the network at the model's present values, with the system's rows filled there; with ranks of the
-// whole network, whose values the model gets.
+// Open motions of the network at the model's present values, with the system's rows filled there. With ranks the model
+// gets the values of the whole network.
 Datum find_datum(Model *model, const System &system);
 
 // Of the open motions found at the first values, which come with the conditions.

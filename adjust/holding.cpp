@@ -6,6 +6,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "adjust/over_ranks.h"
+
 namespace vornadjust {
 
 namespace {
@@ -79,6 +81,7 @@ std::vector<double> sizes_of_answers(const MotionRows &m, std::vector<Basic> &ba
             basics[i].most[kind] = std::max(basics[i].most[kind], size);
         }
     }
+    for (Basic &basic : basics) most(m.rows->ranks, basic.most.data(), basic.most.size());
     return sizes;
 }
 
@@ -99,16 +102,34 @@ void count_observations(const MotionRows &m, std::vector<Basic> &basics, std::ar
     }
 }
 
-// Held and weighted coordinates of a part, a row of answers each.
+// Held and weighted coordinates of a part, a row of answers each; the held ones are counted by one rank.
 struct Anchors {
     std::vector<Answers> rows;
-    std::size_t fixed = 0; // the first of them
+    std::size_t fixed = 0;        // the first of them
+    Triangle triangle{n_motions}; // of the rows of all ranks
 };
+
+void find_triangles(Ranks *ranks, std::vector<Anchors> &anchors)
+{
+    std::vector<double> own; // part and entries of the rows of triangles
+    for (std::size_t p = 0; p < anchors.size(); p++) {
+        if (anchors[p].rows.empty()) continue;
+        Triangle triangle(n_motions);
+        for (Answers row : anchors[p].rows) triangle.add(row.data());
+        for (int i = 0; i < n_motions; i++) {
+            own.push_back((double)p);
+            for (int j = 0; j < n_motions; j++) own.push_back(triangle.matrix()(i, j));
+        }
+    }
+    std::vector<double> all = gather(ranks, own);
+    for (std::size_t at = 0; at < all.size(); at += 1 + n_motions)
+        anchors[(std::size_t)all[at]].triangle.add(&all[at + 1]);
+}
 
 std::vector<Anchors> anchors(const MotionRows &m)
 {
     std::vector<Anchors> out(m.motions.size());
-    for (int u = 0; u < 3 * m.model().n_points; u++) {
+    for (int u = 0; u < 3 * m.model().n_points && leads(m.rows->ranks); u++) {
         if (!m.is_fixed(u)) continue;
         const int part = m.parts.part_of[u / 3];
         out[part].rows.push_back(m.answers_of_coordinate(u, m.motions[part].similarity));
@@ -119,33 +140,50 @@ std::vector<Anchors> anchors(const MotionRows &m)
         const int part = m.part_of_row(r);
         out[part].rows.push_back(m.answers(r, m.motions[part].similarity));
     }
+    find_triangles(m.rows->ranks, out);
     return out;
 }
 
 // Answers of anchors to a motion beside what motions of lower kinds explain: shifts for a turn, shifts and
-// turns for the scale.
-std::vector<double> own_answers(const std::vector<Answers> &rows, int motion)
+// turns for the scale. Of all anchors A = Q R with the triangle R, so that least squares need R alone.
+std::vector<double> own_answers(const Anchors &anchors, int motion)
 {
-    const int n = static_cast<int>(rows.size()), lower = motion < 3 ? 0 : motion < 6 ? 3 : 6;
-    Dense a(n, lower);
-    std::vector<double> out(n);
-    for (int i = 0; i < n; i++) {
-        for (int j = 0; j < lower; j++) a(i, j) = rows[i][j];
-        out[i] = rows[i][motion];
-    }
-    const SmallSvd d = small_svd(std::move(a));
+    const int lower = motion < 3 ? 0 : motion < 6 ? 3 : 6;
+    const Dense &r = anchors.triangle.matrix();
+    const SmallSvd d = small_svd(column_range(r, 0, lower));
+    Answers explained = {}; // by each of the lower motions
     for (int k = 0; k < count_from(d.s, answer); k++) {
-        const double along = std::inner_product(out.begin(), out.end(), d.u.col(k), 0.0);
-        for (int i = 0; i < n; i++) out[i] -= along * d.u(i, k);
+        const double along = std::inner_product(d.u.col(k), d.u.col(k) + n_motions, r.col(motion), 0.0) / d.s[k];
+        for (int j = 0; j < lower; j++) explained[j] += along * d.v(j, k);
     }
+    std::vector<double> out;
+    out.reserve(anchors.rows.size());
+    for (const Answers &row : anchors.rows)
+        out.push_back(row[motion] - std::inner_product(row.begin(), row.end(), explained.begin(), 0.0));
     return out;
 }
 
 void count_anchors(const Anchors &anchors, int motion, Holding &holding)
 {
-    const std::vector<double> own = own_answers(anchors.rows, motion);
+    const std::vector<double> own = own_answers(anchors, motion);
     for (std::size_t i = 0; i < own.size(); i++)
         if (std::fabs(own[i]) > answer) (i < anchors.fixed ? holding.fixed : holding.weighted)++;
+}
+
+// Makes the counts of one rank those of all.
+void add_up(Ranks *ranks, std::array<Holding, n_motions> &out)
+{
+    std::vector<double> counts;
+    for (const Holding &h : out) {
+        counts.insert(counts.end(), h.of_kind.begin(), h.of_kind.end());
+        counts.insert(counts.end(), {(double)h.fixed, (double)h.weighted});
+    }
+    sum(ranks, counts.data(), counts.size());
+    const double *at = counts.data();
+    for (Holding &h : out) {
+        for (int &count : h.of_kind) count = (int)*at++;
+        h.fixed = (int)*at++, h.weighted = (int)*at++;
+    }
 }
 
 } // namespace
@@ -166,6 +204,7 @@ std::array<Holding, n_motions> count_holding(const MotionRows &m, const BlockEli
         for (const Anchors &anchors_of_part : of_parts) count_anchors(anchors_of_part, motion, holding);
     }
     count_observations(m, basics, out);
+    add_up(m.rows->ranks, out);
     return out;
 }
 

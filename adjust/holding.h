@@ -21,7 +21,7 @@ struct Holding {
 };
 
 // Of all parts together, by basic motion. Coordinates hold a turn when they do so wherever the network is
-// shifted, and the scale when they do so however it is shifted and turned.
+// shifted, and the scale when they do so however it is shifted and turned. The same on all ranks.
 //   elimination  of the blocks before the motions of the parts at least
 //   open         named open motions
 std::array<Holding, n_motions> count_holding(const MotionRows &rows, const BlockElimination &elimination,

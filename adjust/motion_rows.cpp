@@ -3,7 +3,11 @@
 #include "adjust/motion_rows.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
+#include <utility>
+
+#include "adjust/over_ranks.h"
 
 namespace vornadjust {
 
@@ -17,8 +21,12 @@ constexpr double empty_motion = 1e-9;
 struct NuisanceBlock {
     std::vector<int> unknowns; // that are estimated and stand in a row
     int rows = 0;
-    int part = -1;
-    bool shared = false; // by rows of several parts
+    int ranks = 0;                                                    // that have such rows
+    bool own = false;                                                 // this one has
+    int first_part = std::numeric_limits<int>::max(), last_part = -1; // of the rows
+
+    bool shared() const { return first_part < last_part; }
+    int stage() const { return shared() ? 2 : ranks > 1 ? 1 : 0; }
 };
 
 bool moves(const Model &model, int unknown) { return model.code[unknown] != Code::absent; }
@@ -43,6 +51,25 @@ PartMotions part_motions(const Model &model, const std::vector<int> &points)
     return out;
 }
 
+// Makes what is known of blocks from the rows of one rank what all rows tell.
+void agree(Ranks *ranks, std::vector<NuisanceBlock> &blocks)
+{
+    std::vector<double> counts, parts;
+    counts.reserve(2 * blocks.size());
+    parts.reserve(2 * blocks.size());
+    for (NuisanceBlock &b : blocks) {
+        b.own = b.rows > 0;
+        counts.insert(counts.end(), {(double)b.rows, (double)b.own});
+        parts.insert(parts.end(), {-(double)b.first_part, (double)b.last_part});
+    }
+    sum(ranks, counts.data(), counts.size());
+    most(ranks, parts.data(), parts.size());
+    for (std::size_t i = 0; i < blocks.size(); i++) {
+        blocks[i].rows = (int)counts[2 * i], blocks[i].ranks = (int)counts[2 * i + 1];
+        blocks[i].first_part = (int)-parts[2 * i], blocks[i].last_part = (int)parts[2 * i + 1];
+    }
+}
+
 std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
 {
     const UnitRows &rows = *m.rows;
@@ -57,7 +84,7 @@ std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
     for (const Constants &c : model.constants) assign(c.first, 3);
     std::vector<NuisanceBlock> nuisances(n);
 
-    std::vector<char> stands(model.n_unknowns(), 0);
+    std::vector<double> stands(model.n_unknowns(), 0.0);
     for (int r = 0; r < rows.rows(); r++) {
         if (!rows.tells(r)) continue;
         const int part = m.part_of_row(r);
@@ -65,33 +92,41 @@ std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
         for (std::size_t k = equations.begin[r]; k < equations.begin[r + 1]; k++) {
             const int unknown = equations.column[k];
             if (block_of[unknown] < 0 || !model.estimated(unknown) || rows.entry(r, k) == 0) continue;
-            stands[unknown] = 1;
+            stands[unknown] = 1.0;
             NuisanceBlock &block = nuisances[block_of[unknown]];
             if (block_of[unknown] != last) block.rows++;
             last = block_of[unknown];
-            if (part >= 0 && block.part >= 0 && block.part != part) block.shared = true;
-            if (part >= 0) block.part = part;
+            if (part < 0) continue;
+            block.first_part = std::min(block.first_part, part);
+            block.last_part = std::max(block.last_part, part);
         }
     }
+    agree(rows.ranks, nuisances);
+    most(rows.ranks, stands.data(), stands.size());
     for (int u = 0; u < model.n_unknowns(); u++)
-        if (stands[u]) nuisances[block_of[u]].unknowns.push_back(u);
+        if (stands[u] > 0.0) nuisances[block_of[u]].unknowns.push_back(u);
     return nuisances;
 }
 
-// Nuisances of one part with few rows first, then the motions of each part, then shared nuisances.
+// Nuisances of one part with few rows first, those of this rank before those of several; then the motions of each
+// part, then shared nuisances.
 void order_blocks(std::vector<NuisanceBlock> nuisances, MotionRows &m)
 {
     std::stable_sort(nuisances.begin(), nuisances.end(), [](const NuisanceBlock &a, const NuisanceBlock &b) {
-        return a.shared != b.shared ? b.shared : a.rows < b.rows;
+        return std::make_pair(a.stage(), a.rows) < std::make_pair(b.stage(), b.rows);
     });
     m.column_of.assign(m.model().n_unknowns(), -1);
     int column = 0;
-    const auto append = [&](const NuisanceBlock &block) {
-        for (int u : block.unknowns) m.column_of[u] = column++;
-        m.sizes.push_back(static_cast<int>(block.unknowns.size()));
+    const auto append = [&](int stage) {
+        for (const NuisanceBlock &block : nuisances) {
+            if (block.stage() != stage || (stage == 0 && !block.own)) continue;
+            for (int u : block.unknowns) m.column_of[u] = column++;
+            m.sizes.push_back(static_cast<int>(block.unknowns.size()));
+        }
     };
-    for (const NuisanceBlock &block : nuisances)
-        if (!block.shared) append(block);
+    append(0);
+    m.own_blocks = static_cast<int>(m.sizes.size()), m.own_columns = column;
+    append(1);
     m.before_parts = static_cast<int>(m.sizes.size());
     for (PartMotions &part : m.motions) {
         part.block = static_cast<int>(m.sizes.size());
@@ -99,8 +134,7 @@ void order_blocks(std::vector<NuisanceBlock> nuisances, MotionRows &m)
         m.sizes.push_back(part.basis.cols);
         column += part.basis.cols;
     }
-    for (const NuisanceBlock &block : nuisances)
-        if (block.shared) append(block);
+    append(2);
 }
 
 // Whether a row is a component of the difference of two points as it was observed, and that vector in
@@ -138,6 +172,12 @@ int MotionRows::part_of_row(int row) const
     for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++)
         if (rows->is_coordinate(equations.column[k])) return parts.part_of[equations.column[k] / 3];
     return -1;
+}
+
+bool MotionRows::tells(int unknown) const
+{
+    const int column = column_of[unknown];
+    return column >= 0 && (column < own_columns || leads(rows->ranks));
 }
 
 bool MotionRows::is_fixed(int unknown) const

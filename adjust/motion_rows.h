@@ -2,7 +2,8 @@
 // sparse matrix whose columns come in blocks: what the search for open motions eliminates.
 //
 // Blocks in their order: unknowns that one part has alone, those with few rows first; motions of each part;
-// unknowns that several parts share.
+// unknowns that several parts share. Where ranks share a network, unknowns that this rank alone has come first of all,
+// and those that others have alone are left out; all further blocks are common to the ranks, in one order.
 
 #ifndef VORNADJUST_MOTION_ROWS_H
 #define VORNADJUST_MOTION_ROWS_H
@@ -35,9 +36,13 @@ struct MotionRows {
     std::vector<PartMotions> motions; // [parts]
     std::vector<int> sizes;           // of the blocks
     std::vector<int> column_of;       // [unknowns] of those that are no coordinates and take part, or -1
+    int own_blocks = 0;               // blocks before those that are common to the ranks
+    int own_columns = 0;              // of these blocks
     int before_parts = 0;             // blocks before the motions of the parts
 
     const Model &model() const { return *rows->model; }
+    // Whether it is for this rank to tell what an unknown that is no coordinate does.
+    bool tells(int unknown) const;
     // Part of a row's points, -1 for a row without points.
     int part_of_row(int row) const;
     // What a row answers to the seven basic motions of its part.

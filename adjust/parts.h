@@ -14,7 +14,8 @@ struct Parts {
     std::vector<int> part_of;             // [points] -1: no row sees the point
 };
 
-// Points that stand in one row, or that were imported as one correlated group, belong together.
+// Points that stand in one row, or that were imported as one correlated group, which one rank has, belong together.
+// The same on all ranks.
 Parts find_parts(const UnitRows &rows);
 
 } // namespace vornadjust

@@ -79,11 +79,4 @@ void gather_values(const Share &share, const Columns &columns, Model *model)
         if (share.takes_part[u]) model->value[u] = value[u];
 }
 
-Equations whole_equations(const Model &model, Derivatives derivatives)
-{
-    Equations e = pattern(model);
-    fill(model, derivatives, &e);
-    return e;
-}
-
 } // namespace vornadjust

@@ -41,9 +41,6 @@ void contribute(const Share &share, double *x);
 // Gives every rank the values of all unknowns.
 void gather_values(const Share &share, const Columns &columns, Model *model);
 
-// Equations of all observations at the model's present values, wherever they are.
-Equations whole_equations(const Model &model, Derivatives derivatives);
-
 } // namespace vornadjust
 
 #endif

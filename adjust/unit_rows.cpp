@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "adjust/over_ranks.h"
+
 namespace vornadjust {
 
 namespace {
@@ -45,26 +47,32 @@ double reciprocal(double length) { return length > 0 && std::isfinite(length) ? 
 void scale_columns(UnitRows &u)
 {
     const Equations &e = *u.equations;
-    std::vector<double> most(u.model->n_unknowns(), 0.0), by_angle(u.model->n_unknowns(), 0.0);
+    const int first = 3 * u.model->n_points, n = u.model->n_unknowns() - first;
+    std::vector<double> scaled(n, 0.0), by_angle(n, 0.0); // the largest entries
     for (int r = 0; r < u.rows(); r++)
         for (std::size_t k = e.begin[r]; k < e.begin[r + 1]; k++) {
-            const int j = e.column[k];
-            most[j] = std::max(most[j], std::fabs(e.coefficient[k]) * u.row_factor[r]);
+            const int j = e.column[k] - first;
+            if (j < 0) continue;
+            scaled[j] = std::max(scaled[j], std::fabs(e.coefficient[k]) * u.row_factor[r]);
             by_angle[j] = std::max(by_angle[j], std::fabs(e.coefficient[k]));
         }
-    for (int j = 3 * u.model->n_points; j < u.model->n_unknowns(); j++) {
-        if (most[j] > 0) u.column_factor[j] = 1 / most[j];
-        if (u.model->meaning[j] == Meaning::angle && by_angle[j] < least_by_angle) u.column_factor[j] = 0;
+    most(u.ranks, scaled.data(), scaled.size());
+    most(u.ranks, by_angle.data(), by_angle.size());
+    for (int j = 0; j < n; j++) {
+        if (scaled[j] > 0) u.column_factor[first + j] = 1 / scaled[j];
+        if (u.model->meaning[first + j] == Meaning::angle && by_angle[j] < least_by_angle)
+            u.column_factor[first + j] = 0;
     }
 }
 
 } // namespace
 
-UnitRows unit_rows(const Model &model, const Equations &equations)
+UnitRows unit_rows(const Model &model, const Equations &equations, Ranks *ranks)
 {
     UnitRows u;
     u.model = &model;
     u.equations = &equations;
+    u.ranks = ranks;
     u.row_factor.assign(equations.rows(), 0.0);
     u.column_factor.assign(model.n_unknowns(), 1.0);
     std::vector<int> without_coordinates;

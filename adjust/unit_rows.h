@@ -8,6 +8,8 @@
 //
 //   entry(k) of row r and unknown u:  coefficient[k] * row_factor[r] * column_factor[u]
 //   a movement in scaled unknowns, times column_factor, is one in metres and radians.
+//
+// Where ranks share a network, each has its own rows; unknowns are scaled alike on all.
 
 #ifndef VORNADJUST_UNIT_ROWS_H
 #define VORNADJUST_UNIT_ROWS_H
@@ -16,6 +18,7 @@
 
 #include "adjust/equations.h"
 #include "adjust/model.h"
+#include "adjust/ranks.h"
 
 namespace vornadjust {
 
@@ -23,6 +26,7 @@ namespace vornadjust {
 struct UnitRows {
     const Model *model = nullptr;
     const Equations *equations = nullptr;
+    Ranks *ranks = nullptr;            // that have the other rows of the network; none: all rows are here
     std::vector<double> row_factor;    // [rows] 0: the row says nothing
     std::vector<double> column_factor; // [unknowns] 1 for coordinates, 0 for angles to which no row answers
 
@@ -35,8 +39,8 @@ struct UnitRows {
     }
 };
 
-// Equations are to be filled with invariant derivatives.
-UnitRows unit_rows(const Model &model, const Equations &equations);
+// Equations are to be filled with invariant derivatives. All ranks call it, at the same values.
+UnitRows unit_rows(const Model &model, const Equations &equations, Ranks *ranks = nullptr);
 
 // Sum of entry times movement (scaled unknowns) over a row.
 double response(const UnitRows &rows, int row, const double *movement);
