@@ -494,6 +494,14 @@ TEST(OwnObservations, OfSpaceNetworksAreAdjustedAsTheWhole)
             expect_shared_apart(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
 }
 
+TEST(OwnObservations, OnASphereAreAdjustedAsTheWhole)
+{
+    Frame earth = frame_of(Space::sphere);
+    earth.radius = 6371000, earth.height = 400;
+    for (const Hold how : {Hold::fixed, Hold::free_all})
+        expect_shared_apart(space(12, how, earth, true).model, name("sphere", how, 12));
+}
+
 TEST(OwnObservations, InGroupsAreAdjustedAsTheWhole)
 {
     for (const Hold how : every_hold) expect_shared_apart(baselines(1, how).model, name("baselines", how, 1));
