@@ -92,18 +92,26 @@ void expect_same(const Outcome &found, const Outcome &wanted)
         EXPECT_EQ(a.observation, b.observation);
         expect_near_relative(a.normalised, b.normalised, 10.0, "normalised");
         expect_near_relative(found.suspects[i].shift, wanted.suspects[i].shift, 1e-3, "shift");
-        EXPECT_EQ(found.suspects[i].alike.size(), wanted.suspects[i].alike.size());
+        ASSERT_EQ(a.alike.size(), b.alike.size());
+        for (size_t k = 0; k < a.alike.size(); k++) {
+            EXPECT_NEAR(std::fabs(a.alike[k].correlation), std::fabs(b.alike[k].correlation), 1e-7);
+            if (a.alike[k].place == b.alike[k].place) {
+                EXPECT_EQ(a.alike[k].observation, b.alike[k].observation);
+            }
+        }
     }
+    ASSERT_EQ(found.statistics.weak_pairs.size(), wanted.statistics.weak_pairs.size());
+    for (size_t i = 0; i < wanted.statistics.weak_pairs.size(); i++)
+        expect_near_relative(found.statistics.weak_pairs[i].a, wanted.statistics.weak_pairs[i].a, 0, "weak pair");
 }
 
-// Each rank has rows of its own, and together they have each row once, as one machine finds it.
+// Together the ranks have each row once, as one machine finds it.
 void expect_same_rows(const std::vector<Outcome> &found, const Outcome &wanted)
 {
     std::vector<int> row_at((size_t)wanted.rows, -1), taken((size_t)wanted.rows, 0);
     for (int r = 0; r < wanted.equations.rows(); r++)
         if (wanted.place[r] >= 0) row_at[wanted.place[r]] = r;
     for (const Outcome &o : found) {
-        EXPECT_LT(o.statistics.rows.size(), wanted.statistics.rows.size());
         ASSERT_EQ(o.statistics.rows.size(), o.place.size());
         for (size_t r = 0; r < o.place.size(); r++) {
             if (o.place[r] < 0) continue;
@@ -124,6 +132,13 @@ void expect_same_rows(const std::vector<Outcome> &found, const Outcome &wanted)
     EXPECT_EQ(taken, std::vector<int>((size_t)wanted.rows, 1));
 }
 
+void expect_same_values(const Model &found, const Model &first, const Model &alone, const Outcome &wanted)
+{
+    for (int u = 0; u < alone.n_unknowns(); u++)
+        EXPECT_NEAR(found.value[u], alone.value[u], 1e-9 + 1e-7 * wanted.statistics.deviation[u]) << u;
+    EXPECT_EQ(found.value, first.value); // bit by bit
+}
+
 // Every rank has what one machine finds of unknowns, and its share of what it finds of rows.
 void expect_shared(const Model &given, const std::string &name)
 {
@@ -142,15 +157,174 @@ void expect_shared(const Model &given, const std::string &name)
             boundary[ranks.own()] = ranks.boundary();
         });
         EXPECT_GT(boundary[0], 0u);
+        for (const Outcome &o : outcome) EXPECT_LT(o.statistics.rows.size(), wanted.statistics.rows.size());
         expect_same_rows(outcome, wanted);
         for (int r = 0; r < count; r++) {
             SCOPED_TRACE("rank " + std::to_string(r) + " of " + std::to_string(count));
             expect_same(outcome[r], wanted);
-            for (int u = 0; u < alone.n_unknowns(); u++)
-                EXPECT_NEAR(model[r].value[u], alone.value[u], 1e-9 + 1e-7 * wanted.statistics.deviation[u]) << u;
-            EXPECT_EQ(model[r].value, model[0].value); // bit by bit
+            expect_same_values(model[r], model[0], alone, wanted);
         }
     }
+}
+
+// What one rank has where none has all observations.
+struct Own {
+    Model model;
+    OwnObservations observations;
+    std::vector<int> whole;                 // [observations] index among all
+    std::vector<std::vector<int>> together; // own indexes
+    std::vector<int> list;                  // [together] index among those of all
+    Outcome outcome;
+};
+
+// Observations that can be tested together: those of each group, and the weighted coordinates of each point.
+std::vector<std::vector<int>> together_of(const Model &m)
+{
+    std::vector<std::vector<int>> groups(m.groups.size()), points(m.n_points);
+    for (int i = 0; i < (int)m.observations.size(); i++) {
+        const Observation &o = m.observations[i];
+        if (o.group >= 0)
+            groups[o.group].push_back(i);
+        else if (o.kind == Kind::unknown && o.unknown < 3 * m.n_points)
+            points[o.unknown / 3].push_back(i);
+    }
+    groups.insert(groups.end(), points.begin(), points.end());
+    groups.erase(std::remove_if(groups.begin(), groups.end(), [](const auto &g) { return g.empty(); }), groups.end());
+    return groups;
+}
+
+// The rank of each observation: points are dealt out among the ranks in turn, but among three or four ranks none to the
+// second. Groups go where their first observation goes.
+std::vector<int> dealt(const Model &m, int count)
+{
+    std::vector<int> rank, of_group(m.groups.size(), -1);
+    for (const Observation &o : m.observations) {
+        const int first = o.from >= 0 ? o.from : o.unknown / 3, parts = count > 2 ? count - 1 : count;
+        int own = (7 * first + first / 3) % parts;
+        if (count > 2 && own > 0) own++;
+        if (o.group >= 0) {
+            if (of_group[o.group] < 0) of_group[o.group] = own;
+            own = of_group[o.group];
+        }
+        rank.push_back(own);
+    }
+    return rank;
+}
+
+// Numbers of observations with gaps, so that another one never has its index.
+std::int64_t number_of(int observation) { return 3 + 5 * (std::int64_t)observation + observation % 2; }
+
+Own own_of(const Model &given, int rank, int count)
+{
+    Own own;
+    own.model = given;
+    own.model.observations.clear(), own.model.groups.clear(), own.model.covariance.clear();
+    own.observations.all = number_of((int)given.observations.size());
+    const std::vector<int> of = dealt(given, count);
+    std::vector<int> group(given.groups.size(), -1), index(of.size(), -1);
+    for (int i = 0; i < (int)of.size(); i++) {
+        Observation o = given.observations[i];
+        if (of[i] != rank) continue;
+        if (o.group >= 0) {
+            const Group &g = given.groups[o.group];
+            if (group[o.group] < 0) group[o.group] = own.model.add_group(g.size, &given.covariance[g.first]);
+            o.group = group[o.group];
+        }
+        index[i] = own.model.observe(o);
+        own.whole.push_back(i);
+        own.observations.numbers.push_back(number_of(i));
+    }
+    const std::vector<std::vector<int>> together = together_of(given);
+    for (size_t t = 0; t < together.size(); t++) {
+        if (of[together[t][0]] != rank) continue;
+        own.list.push_back((int)t);
+        own.together.emplace_back();
+        for (const int o : together[t]) own.together.back().push_back(index[o]);
+    }
+    return own;
+}
+
+std::vector<Own> adjust_apart(const Model &given, int count, const Options &options)
+{
+    std::vector<Own> all(count);
+    on_ranks(count, [&](ThreadRanks &ranks) {
+        Own &own = all[ranks.own()];
+        own = own_of(given, ranks.own(), count);
+        Options o = options;
+        o.ranks = &ranks;
+        o.own = &own.observations;
+        o.together = own.together;
+        own.outcome = adjust(&own.model, o);
+    });
+    return all;
+}
+
+// A row's observation among all; -1 where another rank has the row.
+int whole_observation(const Own &own, int place, int observation, const Outcome &wanted)
+{
+    const std::vector<int> &places = own.outcome.place;
+    const bool mine = std::find(places.begin(), places.end(), place) != places.end();
+    EXPECT_EQ(mine, observation >= 0);
+    if (mine) return own.whole[observation];
+    const auto row = std::find(wanted.place.begin(), wanted.place.end(), place) - wanted.place.begin();
+    return wanted.equations.observation[row];
+}
+
+// Outcomes as of ranks that have all observations.
+std::vector<Outcome> whole_outcomes(const std::vector<Own> &all, const Outcome &wanted)
+{
+    std::vector<Outcome> out;
+    std::vector<int> left_out;
+    std::vector<JointStatistics> together(wanted.statistics.together.size());
+    for (const Own &own : all) {
+        out.push_back(own.outcome);
+        for (int &o : out.back().equations.observation) o = own.whole[o];
+        for (const int o : own.outcome.left_out) left_out.push_back(own.whole[o]);
+        EXPECT_EQ(own.outcome.statistics.together.size(), own.list.size());
+        for (size_t t = 0; t < own.list.size(); t++) together[own.list[t]] = own.outcome.statistics.together[t];
+        for (Suspect &s : out.back().suspects) {
+            s.observation = whole_observation(own, s.place, s.observation, wanted);
+            for (Alike &a : s.alike) a.observation = whole_observation(own, a.place, a.observation, wanted);
+        }
+    }
+    std::sort(left_out.begin(), left_out.end());
+    for (Outcome &o : out) o.left_out = left_out, o.statistics.together = together;
+    return out;
+}
+
+// Ranks with their own observations alone find what one machine finds that has all.
+void expect_shared_apart(const Model &given, const std::string &name)
+{
+    SCOPED_TRACE(name);
+    Model alone = given;
+    Options options = tight();
+    options.weak_pairs = 3;
+    options.together = together_of(given);
+    const Outcome wanted = adjust(&alone, options);
+    ASSERT_EQ(wanted.status, Status::adjusted);
+    for (int count = 1; count <= 4; count++) {
+        SCOPED_TRACE(std::to_string(count) + " ranks");
+        const std::vector<Own> all = adjust_apart(given, count, options);
+        for (const Own &own : all) ASSERT_EQ(own.outcome.status, Status::adjusted);
+        const std::vector<Outcome> outcome = whole_outcomes(all, wanted);
+        expect_same_rows(outcome, wanted);
+        for (int r = 0; r < count; r++) {
+            SCOPED_TRACE("rank " + std::to_string(r));
+            expect_same(outcome[r], wanted);
+            expect_same_values(all[r].model, all[0].model, alone, wanted);
+        }
+    }
+}
+
+// The status that all ranks with their own observations alone end with; they leave the values as they were.
+Status status_apart(const Model &given, int count, const Options &options = {})
+{
+    const std::vector<Own> all = adjust_apart(given, count, options);
+    for (const Own &own : all) {
+        EXPECT_EQ(own.outcome.status, all[0].outcome.status);
+        EXPECT_EQ(own.model.value, given.value);
+    }
+    return all[0].outcome.status;
 }
 
 std::string name(const char *what, Hold how, unsigned seed)
@@ -299,6 +473,102 @@ TEST(Share, LeavesOutTheSameObservationsOneByOne)
         own.ranks = &ranks;
         EXPECT_EQ(snoop(&m, own, unit).left_out, wanted.left_out);
     });
+}
+
+TEST(OwnObservations, OfPlaneNetworksAreAdjustedAsTheWhole)
+{
+    for (const Hold how : every_hold)
+        for (const bool distances : {true, false})
+            expect_shared_apart(plane(1, how, distances).model, name("plane", how, 1));
+}
+
+TEST(OwnObservations, OfLevellingAreAdjustedAsTheWhole)
+{
+    for (const Hold how : every_hold) expect_shared_apart(levelling(2, how).model, name("levelling", how, 2));
+}
+
+TEST(OwnObservations, OfSpaceNetworksAreAdjustedAsTheWhole)
+{
+    for (const Hold how : every_hold)
+        for (const bool levelled : {true, false})
+            expect_shared_apart(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
+}
+
+TEST(OwnObservations, OnASphereAreAdjustedAsTheWhole)
+{
+    Frame earth = frame_of(Space::sphere);
+    earth.radius = 6371000, earth.height = 400;
+    for (const Hold how : {Hold::fixed, Hold::free_all})
+        expect_shared_apart(space(12, how, earth, true).model, name("sphere", how, 12));
+}
+
+TEST(OwnObservations, InGroupsAreAdjustedAsTheWhole)
+{
+    for (const Hold how : every_hold) expect_shared_apart(baselines(1, how).model, name("baselines", how, 1));
+    expect_shared_apart(sessions(1).model, "sessions");
+}
+
+TEST(OwnObservations, WithConstantsAreAdjustedAsTheWhole)
+{
+    for (const Hold how : every_hold) expect_shared_apart(constants(1, how, true).model, name("constants", how, 1));
+    expect_shared_apart(movement(1, Hold::fixed).model, "movement");
+}
+
+TEST(OwnObservations, WithoutDerivativeAreLeftOutWhereTheyAre)
+{
+    Network n = plane(5, Hold::fixed, true);
+    Observation nowhere = n.model.observations[3];
+    nowhere.to = nowhere.from;
+    for (const size_t at : {(size_t)2, n.model.observations.size() / 2})
+        n.model.observations.insert(n.model.observations.begin() + (std::ptrdiff_t)at, nowhere);
+    n.model.observations[9].use = false;
+    expect_shared_apart(n.model, "two without derivative, one unused");
+}
+
+TEST(OwnObservations, ThatCannotBeAdjustedEndOnAllRanksAlike)
+{
+    const Model held = plane(1, Hold::fixed, true).model;
+    SmallNet hanging(Space::plane); // the last point is seen by one distance
+    for (const double x : {0.0, 10.0, 20.0, 30.0}) hanging.plane_point(x, x * x / 7, x < 25 ? Code::fixed : Code::free);
+    hanging.all_distances_among(3), hanging.distance(0, 3);
+    SmallNet loose(Space::heights);
+    for (const double z : {1.0, 2.0, 3.0, 4.0}) loose.height(z, Code::free);
+    loose.level(0, 1), loose.level(2, 3);
+    Model none = held;
+    for (Observation &o : none.observations) o.use = false;
+    Model bad = baselines(1, Hold::fixed).model;
+    std::fill(bad.covariance.begin() + 9, bad.covariance.begin() + 18, 1.0);
+    Model unseen = held; // the last point by no row at all
+    for (Observation &o : unseen.observations) o.use = o.from + 1 < unseen.n_points && o.to + 1 < unseen.n_points;
+    Options few, planning;
+    few.limits.steps = 1;
+    planning.iterate = false;
+    for (int count = 2; count <= 4; count++) {
+        SCOPED_TRACE(std::to_string(count) + " ranks");
+        EXPECT_EQ(status_apart(hanging.model, count), Status::no_convergence);
+        EXPECT_EQ(status_apart(hanging.model, count, planning), Status::singular);
+        EXPECT_EQ(status_apart(loose.model, count), Status::no_datum);
+        EXPECT_EQ(status_apart(none, count), Status::no_observations);
+        EXPECT_EQ(status_apart(bad, count), Status::bad_covariance);
+        EXPECT_EQ(status_apart(unseen, count), Status::undetermined);
+        EXPECT_EQ(status_apart(held, count, few), Status::no_convergence);
+    }
+}
+
+TEST(OwnObservations, OfAnotherNetworkAreNoticed)
+{
+    const Model given = levelling(1, Hold::fixed).model;
+    std::atomic<int> noticed{0};
+    on_ranks(2, [&](ThreadRanks &ranks) {
+        Own own = own_of(given, ranks.own(), 2);
+        if (ranks.own() == 1) own.model.code[8] = Code::fixed;
+        Options o;
+        o.ranks = &ranks;
+        o.own = &own.observations;
+        EXPECT_THROW(adjust(&own.model, o), std::runtime_error);
+        noticed++;
+    });
+    EXPECT_EQ(noticed, 2);
 }
 
 // Numbers with gaps, some of them longer than what the ranks tell each other at a time.
