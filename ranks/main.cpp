@@ -118,8 +118,8 @@ void follow_to_the_end(const Options &options, MpiRanks &ranks)
     if (ranks.begun() ? !why.empty() : !ranks.await_release()) end_all(why.c_str());
 }
 
-// What parts alone do not tell, a fault of the file or why the network cannot be adjusted, the first process finds out by
-// itself.
+// What parts alone do not tell, a fault of the file or why the network cannot be adjusted, the first process finds out
+// by itself.
 int adjust_or_judge(const Options &options)
 {
     try {

@@ -110,8 +110,8 @@ Source point_source(const Model &network, const PointPlace &point);
 class Reference;
 
 // Coordinates must be there (first_coordinates). Where ranks have read the network by parts, the numbers have the
-// observations of the own part and the unknowns of all. Observations that cannot take part (a point that is off, an image of
-// too few points) are deselected in the network.
+// observations of the own part and the unknowns of all. Observations that cannot take part (a point that is off, an
+// image of too few points) are deselected in the network.
 Numbers make_numbers(Model &network, const Reference *reference = nullptr, vornadjust::Ranks *ranks = nullptr);
 
 // First orientations of set-ups whose station gives none: the circular mean of what its directions give.

@@ -30,40 +30,6 @@ void share_counts(va::Ranks &ranks, Rounds *rounds)
     for (size_t s = 0; s < more.size(); s++) rounds->count[s] = more[s] + 1;
 }
 
-// Values of the set-ups, each from the process that has its rows.
-void share_values(const Model &network, va::Ranks &ranks, Numbers *numbers)
-{
-    va::Model &model = numbers->model;
-    std::vector<double> values(3 * numbers->setups.size(), 0.0);
-    for (size_t s = 0; s < numbers->setups.size(); s++)
-        for (int k = 0; k < 3 && is_own(network, numbers->setups[s].station); k++)
-            values[3 * s + (size_t)k] = model.value[(size_t)(model.setups[s].first + k)];
-    ranks.sum(values.data(), values.size());
-    for (size_t i = 0; i < values.size(); i++) {
-        const size_t unknown = (size_t)model.setups[i / 3].first + i % 3;
-        model.value[unknown] = model.start[unknown] = values[i];
-    }
-}
-
-// Words of the sets of other processes' set-ups.
-void share_set_words(Model &network, va::Ranks &ranks, Numbers *numbers)
-{
-    std::string own;
-    Packer pack(&own);
-    for (size_t s = 0; s < numbers->setups.size() && ranks.own() > 0; s++) {
-        const SetupPlace &setup = numbers->setups[s];
-        if (setup.set >= 0 && is_own(network, setup.station)) pack(s), pack(network.set_words[(size_t)setup.set]);
-    }
-    for (const std::string &bytes : ranks.bring(own))
-        for (Unpacker take(bytes); !take.at_end();) {
-            size_t setup = 0;
-            std::string word;
-            take(setup), take(word);
-            numbers->setups[setup].set = (int)network.set_words.size();
-            network.set_words.push_back(word);
-        }
-}
-
 // Kinds of items in the order of their observations, with the rows that each may have.
 struct Rows {
     Item item;
@@ -175,11 +141,25 @@ void share_flags(const Model &network, va::Ranks *ranks, std::vector<bool> *flag
     std::transform(found.begin(), found.end(), flags->begin(), [](int n) { return n > 0; });
 }
 
-void share_setups(Model &network, va::Ranks *ranks, Numbers *numbers)
+void share_setups(const Model &network, va::Ranks *ranks, Numbers *numbers)
 {
     if (network.share.whole()) return;
-    share_values(network, *ranks, numbers);
-    share_set_words(network, *ranks, numbers);
+    constexpr size_t told = 4;
+    va::Model &model = numbers->model;
+    std::vector<SetupPlace> &setups = numbers->setups;
+    std::vector<double> all(told * setups.size(), 0.0);
+    for (size_t s = 0; s < setups.size(); s++) {
+        if (!is_own(network, setups[s].station)) continue;
+        std::copy_n(&model.value[(size_t)model.setups[s].first], 3, &all[told * s]);
+        all[told * s + 3] = setups[s].set;
+    }
+    ranks->sum(all.data(), all.size());
+    for (size_t s = 0; s < setups.size(); s++) {
+        const size_t first = (size_t)model.setups[s].first;
+        std::copy_n(&all[told * s], 3, &model.value[first]);
+        std::copy_n(&all[told * s], 3, &model.start[first]);
+        setups[s].set = (int)all[told * s + 3];
+    }
 }
 
 va::OwnObservations number_observations(const Model &network, const Numbers &numbers)

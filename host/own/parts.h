@@ -40,8 +40,8 @@ void share_stands(const Model &network, vornadjust::Ranks *ranks, std::vector<Si
 // Whether any process has each of them.
 void share_flags(const Model &network, vornadjust::Ranks *ranks, std::vector<bool> *flags);
 
-// First orientations of the set-ups of all parts; the first process learns the names of their sets.
-void share_setups(Model &network, vornadjust::Ranks *ranks, Numbers *numbers);
+// First orientations and sets of the set-ups of all parts.
+void share_setups(const Model &network, vornadjust::Ranks *ranks, Numbers *numbers);
 
 // Numbers of the observations among those of all parts.
 vornadjust::OwnObservations number_observations(const Model &network, const Numbers &numbers);

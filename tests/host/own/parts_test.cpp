@@ -37,14 +37,15 @@ public:
     {
         for (int i = 0; i < rows; i++)
             for (int k = 0; k < columns; k++)
-                at.push_back({"P" + std::to_string(columns * i + k),
-                              {110.0 * i + shift(), 90.0 * k + shift(), 50.0 + shift()}});
+                at.push_back(
+                    {"P" + std::to_string(columns * i + k), {110.0 * i + shift(), 90.0 * k + shift(), 50.0 + shift()}});
     }
 
     std::string text()
     {
         std::string all = "[run]\ndimension = " + std::to_string(dimension) + "\n[tables]\n";
-        all += table("stations", dimension == 3 ? "name x y z code sx sy sz group" : "name x y code sx sy group", points());
+        all += table("stations", dimension == 3 ? "name x y z code sx sy sz group" : "name x y code sx sy group",
+                     points());
         all += table("groups", "name additive s_additive code_additive code_scale",
                      {"early 0.001 0.002 weighted fixed", "late 0 - fixed free"});
         all += table("distances", "from to value sigma id use constants", some(&Survey::distance, 1));
@@ -160,8 +161,9 @@ private:
                 for (const Place &b : at) {
                     if (&b == &at[i] || plan(at[i], b) >= 150.0) continue;
                     const std::string set = i % 3 == 1 ? "set" + std::to_string(10 * i + (size_t)round) : "-";
-                    lines.push_back(at[i].name + " " + b.name + number(circle(turned(at[i], b) - zero + 0.001 * error())) +
-                                    " 0.001 " + set + " r" + std::to_string(count++));
+                    lines.push_back(at[i].name + " " + b.name +
+                                    number(circle(turned(at[i], b) - zero + 0.001 * error())) + " 0.001 " + set + " r" +
+                                    std::to_string(count++));
                 }
             }
         return lines;
@@ -172,7 +174,8 @@ private:
         Lines lines;
         for (size_t i = 1; i + 1 < at.size(); i += 4) {
             const double angle = turned(at[i], at[i + 1]) - turned(at[i], at[i - 1]) + 0.001 * error();
-            lines.push_back(at[i - 1].name + " " + at[i].name + " " + at[i + 1].name + number(circle(angle)) + " 0.001");
+            lines.push_back(at[i - 1].name + " " + at[i].name + " " + at[i + 1].name + number(circle(angle)) +
+                            " 0.001");
         }
         return lines;
     }
