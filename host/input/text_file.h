@@ -16,7 +16,7 @@ namespace vornhost {
 class TextFile {
 public:
     static constexpr size_t longest_line = 100000;     // bytes
-    static constexpr size_t largest_file = 1000000000; // bytes
+    static constexpr size_t largest_file = (size_t)(sizeof(size_t) > 4 ? 100000000000 : 1000000000); // bytes
 
     // Reads the file in pieces and stops at the first that cannot be text. A byte order
     // mark is left out; lines that end with a carriage return alone get line ends. Faults of the whole file are placed
