@@ -109,6 +109,7 @@ struct Anchors {
     Triangle triangle{n_motions}; // of the rows of all ranks
 };
 
+// Each rank brings the triangle of its own rows of each part.
 void find_triangles(Ranks *ranks, std::vector<Anchors> &anchors)
 {
     std::vector<double> own; // part and entries of the rows of triangles

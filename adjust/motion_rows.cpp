@@ -70,41 +70,51 @@ void agree(Ranks *ranks, std::vector<NuisanceBlock> &blocks)
     }
 }
 
-std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
+// Block of each unknown, -1 for coordinates; their number.
+int find_blocks(const Model &model, std::vector<int> &block_of)
 {
-    const UnitRows &rows = *m.rows;
-    const Model &model = *rows.model;
-    const Equations &equations = *rows.equations;
-    std::vector<int> block_of(model.n_unknowns(), -1);
+    block_of.assign(model.n_unknowns(), -1);
     int n = 0;
     const auto assign = [&](int first, int size) { std::fill_n(block_of.begin() + first, size, n++); };
     for (const Setup &s : model.setups) assign(s.first, 3);
     for (const Motion &motion : model.motions) assign(motion.first, 7);
     for (const Camera &c : model.cameras) assign(c.first, 10);
     for (const Constants &c : model.constants) assign(c.first, 3);
-    std::vector<NuisanceBlock> nuisances(n);
+    return n;
+}
 
-    std::vector<double> stands(model.n_unknowns(), 0.0);
-    for (int r = 0; r < rows.rows(); r++) {
-        if (!rows.tells(r)) continue;
-        const int part = m.part_of_row(r);
-        int last = -1;
-        for (std::size_t k = equations.begin[r]; k < equations.begin[r + 1]; k++) {
-            const int unknown = equations.column[k];
-            if (block_of[unknown] < 0 || !model.estimated(unknown) || rows.entry(r, k) == 0) continue;
-            stands[unknown] = 1.0;
-            NuisanceBlock &block = nuisances[block_of[unknown]];
-            if (block_of[unknown] != last) block.rows++;
-            last = block_of[unknown];
-            if (part < 0) continue;
-            block.first_part = std::min(block.first_part, part);
-            block.last_part = std::max(block.last_part, part);
-        }
+// Counts a row at the blocks that it sees, and marks their unknowns that stand in it.
+void count_row(const MotionRows &m, int row, const std::vector<int> &block_of, std::vector<NuisanceBlock> &nuisances,
+               std::vector<double> &stands)
+{
+    const Equations &equations = *m.rows->equations;
+    const int part = m.part_of_row(row);
+    int last = -1;
+    for (std::size_t k = equations.begin[row]; k < equations.begin[row + 1]; k++) {
+        const int unknown = equations.column[k];
+        if (block_of[unknown] < 0 || !m.model().estimated(unknown) || m.rows->entry(row, k) == 0) continue;
+        stands[unknown] = 1.0;
+        NuisanceBlock &block = nuisances[block_of[unknown]];
+        if (block_of[unknown] != last) block.rows++;
+        last = block_of[unknown];
+        if (part < 0) continue;
+        block.first_part = std::min(block.first_part, part);
+        block.last_part = std::max(block.last_part, part);
     }
+}
+
+std::vector<NuisanceBlock> nuisance_blocks(const MotionRows &m)
+{
+    const UnitRows &rows = *m.rows;
+    std::vector<int> block_of;
+    std::vector<NuisanceBlock> nuisances(find_blocks(*rows.model, block_of));
+    std::vector<double> stands(block_of.size(), 0.0);
+    for (int r = 0; r < rows.rows(); r++)
+        if (rows.tells(r)) count_row(m, r, block_of, nuisances, stands);
     agree(rows.ranks, nuisances);
     most(rows.ranks, stands.data(), stands.size());
-    for (int u = 0; u < model.n_unknowns(); u++)
-        if (stands[u] > 0.0) nuisances[block_of[u]].unknowns.push_back(u);
+    for (std::size_t u = 0; u < stands.size(); u++)
+        if (stands[u] > 0.0) nuisances[block_of[u]].unknowns.push_back(static_cast<int>(u));
     return nuisances;
 }
 
