@@ -33,7 +33,7 @@ struct Place {
 // A grid of stations with every kind of observation, true values and normal errors.
 class Survey {
 public:
-    explicit Survey(int its_dimension) : dimension(its_dimension)
+    Survey(int its_dimension, bool its_freedom) : dimension(its_dimension), free(its_freedom)
     {
         for (int i = 0; i < rows; i++)
             for (int k = 0; k < columns; k++)
@@ -44,6 +44,7 @@ public:
     std::string text()
     {
         std::string all = "[run]\ndimension = " + std::to_string(dimension) + "\n[tables]\n";
+        if (dimension == 1) return all + heights();
         all += table("stations", dimension == 3 ? "name x y z code sx sy sz group" : "name x y code sx sy group",
                      points());
         all += table("groups", "name additive s_additive code_additive code_scale",
@@ -58,14 +59,27 @@ public:
                      dimension == 3 ? "from to dx dy dz cxx cyy czz cxy cxz cyz" : "from to dx dy cxx cyy cxy",
                      some(&Survey::baseline, 7));
         all += table("coordinates", dimension == 3 ? "name x y z sx sy sz" : "name x y sx sy", coordinates());
-        if (dimension == 3) all += table("vertical_angles", "from to value sigma", some(&Survey::vertical, 1));
-        return all;
+        all += table("coordinate_differences", "from to dx dy sx sy", some(&Survey::difference, 9));
+        all += table("scale_bars", "from to value sigma", some(&Survey::bar, 23));
+        all += table("pairs", "from to", {"P1 P27", "P4 P5"});
+        all += table("derived", "kind from to", {"distance P0 P28", "bearing P12 P13"});
+        if (dimension < 3) return all;
+        all += table("vertical_angles", "from to value sigma", some(&Survey::vertical, 1));
+        return all + table("height_differences", "from to value sigma", some(&Survey::levelled, 4));
     }
 
 private:
     using Lines = std::vector<std::string>;
 
     static constexpr int rows = 6, columns = 5;
+
+    std::string heights()
+    {
+        return table("targets", "name z code sz", points()) +
+               table("height_differences", "from to value sigma", some(&Survey::levelled, 1)) +
+               table("baselines", "from to dz czz", some(&Survey::baseline, 7)) +
+               table("coordinates", "name z sz", coordinates());
+    }
 
     double shift() { return std::uniform_real_distribution<double>(-9.0, 9.0)(random); }
     double error() { return std::normal_distribution<double>(0.0, 1.0)(random); }
@@ -83,6 +97,9 @@ private:
         return all + "\"\"\"\n";
     }
 
+    int first_axis() const { return dimension == 1 ? 2 : 0; }
+    int last_axis() const { return dimension == 2 ? 2 : 3; }
+
     double between(const Place &a, const Place &b, int axis) const { return b.x[axis] - a.x[axis]; }
     double plan(const Place &a, const Place &b) const { return std::hypot(between(a, b, 0), between(a, b, 1)); }
     double rise(const Place &a, const Place &b) const { return dimension == 3 ? between(a, b, 2) : 0.0; }
@@ -94,11 +111,12 @@ private:
         Lines lines;
         for (size_t i = 0; i < at.size(); i++) {
             std::string line = at[i].name;
-            const bool fixed = i == 3 || i == 26, weighted = i == 11 || i == 19;
-            for (int k = 0; k < dimension; k++) line += number(at[i].x[k] + (fixed ? 0.0 : 0.02 * error()));
+            const bool fixed = !free && (i == 3 || i == 26), weighted = !free && (i == 11 || i == 19);
+            for (int k = first_axis(); k < last_axis(); k++)
+                line += number(at[i].x[k] + (fixed ? 0.0 : 0.02 * error()));
             line += fixed ? " fixed" : weighted ? " weighted" : " free";
-            for (int k = 0; k < dimension; k++) line += weighted ? " 0.01" : " -";
-            lines.push_back(line + (i % 2 == 0 ? " early" : " late"));
+            for (int k = first_axis(); k < last_axis(); k++) line += weighted ? " 0.01" : " -";
+            lines.push_back(line + (dimension == 1 ? "" : i % 2 == 0 ? " early" : " late"));
         }
         std::shuffle(lines.begin(), lines.end(), random);
         return lines;
@@ -125,14 +143,27 @@ private:
 
     std::string distance(const Place &a, const Place &b)
     {
-        const double d = std::hypot(plan(a, b), rise(a, b)) + 0.002 * error();
         count++;
+        const double d = std::hypot(plan(a, b), rise(a, b)) + 0.002 * error() + (count == 30 ? 0.05 : 0.0);
         return a.name + " " + b.name + number(d) + " 0.002 n" + std::to_string(count) +
                (count % 20 == 0 ? " no yes" : " - yes");
     }
     std::string horizontal(const Place &a, const Place &b)
     {
         return a.name + " " + b.name + number(plan(a, b) + 0.003 * error()) + " 0.003";
+    }
+    std::string bar(const Place &a, const Place &b)
+    {
+        return a.name + " " + b.name + number(std::hypot(plan(a, b), rise(a, b)) + 0.0005 * error()) + " 0.0005";
+    }
+    std::string levelled(const Place &a, const Place &b)
+    {
+        return a.name + " " + b.name + number(between(a, b, 2) + 0.001 * error()) + " 0.001";
+    }
+    std::string difference(const Place &a, const Place &b)
+    {
+        return a.name + " " + b.name + number(between(a, b, 0) + 0.004 * error()) +
+               number(between(a, b, 1) + 0.004 * error()) + " 0.004 0.004";
     }
     std::string bearing(const Place &a, const Place &b)
     {
@@ -147,8 +178,8 @@ private:
     std::string baseline(const Place &a, const Place &b)
     {
         std::string line = a.name + " " + b.name;
-        for (int k = 0; k < dimension; k++) line += number(between(a, b, k) + 0.003 * error());
-        return line + (dimension == 3 ? " 9e-6 9e-6 9e-6 1e-6 0 0" : " 9e-6 9e-6 1e-6");
+        for (int k = first_axis(); k < last_axis(); k++) line += number(between(a, b, k) + 0.003 * error());
+        return line + (dimension == 3 ? " 9e-6 9e-6 9e-6 1e-6 0 0" : dimension == 2 ? " 9e-6 9e-6 1e-6" : " 9e-6");
     }
 
     // Two rounds at each station: named sets at some, a turned circle without names at others.
@@ -183,15 +214,17 @@ private:
     Lines coordinates()
     {
         Lines lines;
-        for (size_t i = 2; i < at.size(); i += 6) {
+        for (size_t i = 2; i < at.size() && !free; i += 6) {
             std::string line = at[i].name;
-            for (int k = 0; k < dimension; k++) line += number(at[i].x[k] + 0.004 * error());
-            lines.push_back(line + (dimension == 3 ? " 0.004 0.004 0.004" : " 0.004 0.004"));
+            for (int k = first_axis(); k < last_axis(); k++) line += number(at[i].x[k] + 0.004 * error());
+            for (int k = first_axis(); k < last_axis(); k++) line += " 0.004";
+            lines.push_back(line);
         }
         return lines;
     }
 
     const int dimension;
+    const bool free; // nothing is known of its points
     std::mt19937 random{7};
     std::vector<Place> at;
     size_t count = 0;
@@ -240,11 +273,11 @@ void expect_same(const nlohmann::json &found, const nlohmann::json &wanted, cons
     }
 }
 
-void expect_parts_like_whole(int dimension)
+void expect_parts_like_whole(int dimension, bool free = false)
 {
     const Folder folder;
     const InFolder inside(folder.path);
-    folder.write("net.inp", Survey(dimension).text().c_str());
+    folder.write("net.inp", Survey(dimension, free).text().c_str());
     const nlohmann::json whole = adjusted(nullptr);
     ASSERT_EQ(whole["adjusted"], true) << whole.dump(1);
     for (const int count : {2, 3, 5}) {
@@ -259,3 +292,12 @@ void expect_parts_like_whole(int dimension)
 TEST(Parts, OfAPlaneNetworkGiveTheResultsOfTheWhole) { expect_parts_like_whole(2); }
 
 TEST(Parts, OfANetworkInSpaceGiveTheResultsOfTheWhole) { expect_parts_like_whole(3); }
+
+TEST(Parts, OfANetworkOfHeightsGiveTheResultsOfTheWhole) { expect_parts_like_whole(1); }
+
+TEST(Parts, OfFreeNetworksGiveTheResultsOfTheWhole)
+{
+    expect_parts_like_whole(1, true);
+    expect_parts_like_whole(2, true);
+    expect_parts_like_whole(3, true);
+}
