@@ -296,6 +296,13 @@ void read_target(Network &net, Row &row)
     net.model.targets.add(target, row.at());
 }
 
+// Room for as many points as have entered their names: lists that grow would hold them twice for a moment.
+template <class Record> void make_room(List<Record> &list, size_t count)
+{
+    list.records.reserve(count);
+    list.where.reserve(count);
+}
+
 } // namespace
 
 void enter_stations(Network &net)
@@ -306,8 +313,17 @@ void enter_stations(Network &net)
 
 void enter_targets(Network &net) { enter_rows(net, TABLE_TARGETS, target_columns, enter_point); }
 
-void read_stations(Network &net) { read_rows(net, TABLE_STATIONS, station_columns, read_station); }
+void read_stations(Network &net)
+{
+    make_room(net.model.stations, net.station_names);
+    net.model.station_notes.reserve(net.station_names);
+    read_rows(net, TABLE_STATIONS, station_columns, read_station);
+}
 
-void read_targets(Network &net) { read_rows(net, TABLE_TARGETS, target_columns, read_target); }
+void read_targets(Network &net)
+{
+    make_room(net.model.targets, net.points.size() - net.station_names);
+    read_rows(net, TABLE_TARGETS, target_columns, read_target);
+}
 
 } // namespace vornhost
