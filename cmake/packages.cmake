@@ -22,7 +22,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_STRIP_FILES ON)
-# PROJ is loaded at run time: no header of the programs tells that they need it.
+# PROJ is loaded at run time: no header of the programs tells that they need it. The package has the number of the
+# interface in its name, and every version of it has the functions that host/earth/proj_library looks for.
 if(PROJ_SONAME)
   execute_process(COMMAND dpkg-query -S */${PROJ_SONAME} OUTPUT_VARIABLE proj_package COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX REPLACE ":.*" "" proj_package "${proj_package}")

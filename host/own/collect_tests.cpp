@@ -199,7 +199,7 @@ void Collection::kinds()
             sum.redundancy += s.redundancy;
         }
         if (sum.rows == 0) continue;
-        KindResult k;
+        KindResult k = marks[a.first == va::Kind::unknown ? "" : a.name];
         k.kind = a.name;
         k.sigma_apriori = a.apriori;
         if (sum.redundancy >= va::least_redundancy) {
@@ -207,13 +207,6 @@ void Collection::kinds()
             k.goodness_of_fit = sum.squares >= chi_square_limit(significance / 2.0, sum.redundancy) &&
                                 sum.squares <= chi_square_limit(1.0 - significance / 2.0, sum.redundancy);
         }
-        const KindResult &m = marks[a.first == va::Kind::unknown ? "" : a.name];
-        k.over_normal = m.over_normal;
-        k.over_normal_divided = m.over_normal_divided;
-        k.over_tau = m.over_tau;
-        k.over_tau_divided = m.over_tau_divided;
-        k.suspicious = m.suspicious;
-        k.unchecked = m.unchecked;
         results.kinds.push_back(k);
     }
 }

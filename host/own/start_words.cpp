@@ -125,6 +125,11 @@ std::vector<std::string> start_refusals(const Model &network, const Numbers &num
 std::vector<std::string> start_notes(const Model &network, const Numbers &numbers, const start::Start &start)
 {
     std::vector<std::string> lines, misfits;
+    if (start.points_that_tell_side > 0)
+        lines.push_back(std::string("the mirror image of the network fits the observations as well: give approximate "
+                                    "coordinates of ") +
+                        (start.points_that_tell_side == 3 ? "three points that do not lie on a line"
+                                                          : "four points that do not lie in one plane"));
     if (start.contradicts)
         lines.push_back("half of the observations are more than " + number(start.scale, 0) +
                         " standard deviations off: are the units of angles and lengths right, and do the directions "

@@ -1,21 +1,12 @@
 // What the report says of tests: of the variance factor, of observations, alone and together, of variance components.
 
-#include <cstdio>
-
 #include "host/results/report_sections.h"
+#include "host/results/test_rule.h"
 #include "host/results/verdict.h"
 
 namespace vornhost {
 
 namespace {
-
-// Levels and probabilities: as many digits as they have.
-std::string level_text(double x)
-{
-    char text[40];
-    std::snprintf(text, sizeof text, "%.3g", x);
-    return text;
-}
 
 // The two tests of the variance factor with the question that each answers.
 std::string global_test(const VarianceTest &t)

@@ -12,24 +12,24 @@ namespace vornhost {
 
 namespace {
 
-std::string number_text(double x)
-{
-    char text[40];
-    std::snprintf(text, sizeof text, "%.3g", x);
-    return text;
-}
-
 std::string in_words(const TestSettings &s, double alpha, double global)
 {
     std::string text = s.test == ObservationTest::tau ? "Pope's tau" : "Baarda's test";
-    text += " at level " + number_text(s.level);
-    if (s.sidak) text += " for all together (" + number_text(alpha) + " each, Sidak)";
+    text += " at level " + level_text(s.level);
+    if (s.sidak) text += " for all together (" + level_text(alpha) + " each, Sidak)";
     if (s.test == ObservationTest::b_method && global > 0)
-        text += ", of the variance factor at " + number_text(global) + " (B-method)";
-    return text + ", power " + number_text(s.power);
+        text += ", of the variance factor at " + level_text(global) + " (B-method)";
+    return text + ", power " + level_text(s.power);
 }
 
 } // namespace
+
+std::string level_text(double level)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%.3g", level);
+    return text;
+}
 
 VarianceTest variance_test(double squares, int f, double level)
 {

@@ -11,6 +11,9 @@ namespace vornhost {
 
 struct VarianceTest;
 
+// A level or a power with as many digits as it has: "0.001".
+std::string level_text(double level);
+
 // Both tests of a sum of squares with f degrees of freedom, f > 0.
 VarianceTest variance_test(double squares, int f, double level);
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the packages of the program and for Python in a fresh root of the distribution, adjusts an example there with
-# each and compares the results with those of a build; the manual page and the completions are there too.
+# each and compares the results with those of a build; a network in a national grid, for which PROJ is loaded, is adjusted
+# too; the manual page and the completions are there.
 #   fresh_root.sh PACKAGES_FOLDER BUILD_FOLDER
 # Exit status 77: no fresh root can be made here.
 set -euo pipefail
@@ -27,6 +28,7 @@ fi
 if ! make_root --customize-hook="copy-in $work/vorn.deb $work/python3-vorn.deb /tmp" \
     --customize-hook='chroot "$1" apt-get install -y /tmp/vorn.deb /tmp/python3-vorn.deb' \
     --customize-hook="chroot \"\$1\" python3 -c 'import vorn; print(vorn.adjust(\"$example\").to_json())' >$work/python.json" \
+    --customize-hook='chroot "$1" vorn adjust /usr/share/doc/vorn/examples/utm_space.inp -o /dev/null' \
     --customize-hook="chroot \"\$1\" vorn adjust $example --json /tmp/result.json -o /tmp/report.txt" \
     --customize-hook="chroot \"\$1\" sh -c 'vorn adjust - --json - < $example > /tmp/piped.json'" \
     --customize-hook='chroot "$1" ls /usr/share/man/man1/vorn.1.gz /usr/share/man/man1/vorn-adjust.1.gz /usr/share/bash-completion/completions/vorn /usr/share/zsh/vendor-completions/_vorn /usr/share/fish/vendor_completions.d/vorn.fish' \

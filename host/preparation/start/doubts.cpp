@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 
+#include "host/preparation/start/held.h"
 #include "host/preparation/start/joining.h"
 
 namespace vornhost::start {
@@ -11,40 +12,9 @@ namespace vornhost::start {
 namespace {
 
 namespace va = vornadjust;
-using va::Kind;
 
 constexpr double same = 1e-3; // of the size of the network: points that a motion brings together
 const double full_turn = 8.0 * std::atan(1.0);
-
-// What holds a network as a whole in the plan.
-struct Held {
-    int points = 0;      // with coordinates
-    bool axes = false;   // something tells the turn
-    bool length = false; // and the scale
-    bool side = false;   // and the network from its mirror image
-};
-
-Held held_by(const va::Model &model, const Given &given)
-{
-    Held held;
-    std::vector<char> known((size_t)model.n_points, 0);
-    for (int p = 0; p < model.n_points; p++) known[(size_t)p] = given.plan(p);
-    for (const char g : given.setup) held.axes |= g != 0;
-    for (const va::Observation &o : model.observations) {
-        if (!o.use) continue;
-        if (o.kind == Kind::unknown && o.unknown < 3 * model.n_points) known[(size_t)o.unknown / 3] = 1;
-        if (o.kind == Kind::position) known[(size_t)o.from] = 1;
-        const bool vector = o.kind == Kind::baseline || o.kind == Kind::difference;
-        held.axes |= vector || o.kind == Kind::azimuth || o.kind == Kind::bearing;
-        held.side |= o.kind == Kind::direction || o.kind == Kind::angle;
-        held.length |= vector || o.kind == Kind::slope_distance || o.kind == Kind::plane_distance ||
-                       o.kind == Kind::level_distance || o.kind == Kind::horizontal_distance ||
-                       o.kind == Kind::scale_bar;
-    }
-    held.points = (int)std::count(known.begin(), known.end(), 1);
-    held.side |= held.axes;
-    return held;
-}
 
 std::vector<Common> common_points(const Trial &best, const Trial &other)
 {
@@ -95,7 +65,7 @@ void move_onto(const Trial &best, const Given &given, Trial *other)
 {
     const Held held = held_by(best.model, given);
     const std::vector<Common> all = common_points(best, *other);
-    if (all.size() < 2 || held.points > 1 || (held.points == 1 && held.axes && held.length)) return;
+    if (all.size() < 2 || held.points.size() > 1 || (held.points.size() == 1 && held.axes && held.length)) return;
     const std::optional<Motion> motion = open_motion(all, held);
     if (!motion) return;
     for (int p = 0; p < best.model.n_points; p++) {
@@ -117,14 +87,16 @@ bool in_one_valley(const Trial &best, const Trial &other, double ridge)
     return measure_fit(middle).loss < std::fmax(best.fit.loss, other.fit.loss) + ridge;
 }
 
-std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least)
+std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least, bool in_space)
 {
     std::vector<Doubt> apart;
     for (int p = 0; p < best.model.n_points; p++) {
         const double *x = &best.model.value[3 * (size_t)p], *y = &other.model.value[3 * (size_t)p];
-        const double off = std::hypot(x[0] - y[0], x[1] - y[1]);
+        const double off = std::hypot(x[0] - y[0], x[1] - y[1]), rise = std::fabs(x[2] - y[2]);
         if (given.wants_plan(p) && off > least)
             apart.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, false, off});
+        else if (in_space && given.at(p, 2) == Known::wanted && rise > least)
+            apart.push_back({p, {x[0], x[1], x[2]}, {y[0], y[1], y[2]}, true, rise});
     }
     return apart;
 }

@@ -25,8 +25,9 @@ void move_onto(const Trial &best, const Given &given, Trial *other);
 // networks have, and does not between two solutions.
 bool in_one_valley(const Trial &best, const Trial &other, double ridge);
 
-// Points wanted in the plan that lie elsewhere in another start, by more than `least` metres.
-std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least);
+// Points wanted in the plan that lie elsewhere in another start, by more than `least` metres; in space those at another
+// height too.
+std::vector<Doubt> places_apart(const Trial &best, const Given &given, const Trial &other, double least, bool in_space);
 
 } // namespace vornhost::start
 

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <set>
 #include <utility>
 
 #include "adjust/linear.h"
 #include "host/preparation/start/displaced.h"
+#include "host/preparation/start/held.h"
 #include "host/preparation/start/mirror.h"
+#include "host/preparation/start/shape.h"
 #include "host/preparation/start/sharp.h"
 
 namespace vornhost::start {
@@ -50,7 +53,7 @@ double typical_sight(const va::Model &model)
 class Search {
 public:
     Search(va::Model *its_model, const Given &its_given)
-        : target(*its_model), model(with_sharp_sigmas(*its_model)), given(its_given)
+        : target(*its_model), model(with_sharp_sigmas(*its_model)), given(its_given), shape_alone(is_shape_alone(model))
     {
     }
 
@@ -67,6 +70,8 @@ private:
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start);
+    void tell_image(Start *start) const;
+    std::vector<Doubt> bring_onto_best(Trial *t, double least) const;
     double noise_of_losses() const;
     bool same_but_elsewhere(const Trial &t) const;
     void mirror_misfitting_heights();
@@ -81,6 +86,7 @@ private:
     va::Model &target;     // gets the values
     const va::Model model; // on which they are found
     const Given &given;
+    const bool shape_alone; // what is known of the network; it lies anywhere in space
     Trial best;
     bool any = false;
     std::vector<Trial> rivals; // as good as the best, elsewhere
@@ -179,6 +185,23 @@ bool Search::fits_as_well(const Trial &t, double difference) const
 // Difference of two losses that readings explain.
 double Search::noise_of_losses() const { return std::fmin(as_good, noise * best.fit.scale * best.fit.scale); }
 
+// Moves a start onto the best one, and says which points lie elsewhere then.
+std::vector<Doubt> Search::bring_onto_best(Trial *t, double least) const
+{
+    if (shape_alone)
+        move_shape_onto(best, t);
+    else
+        move_onto(best, given, t);
+    return places_apart(best, given, *t, least, shape_alone);
+}
+
+// The network beside known points on one line, where nothing tells right from left.
+void Search::tell_image(Start *start) const
+{
+    const std::optional<Trial> image = image_in_line(best, given);
+    if (image) start->doubts = places_apart(best, given, *image, distinct * typical_sight(best.model), false);
+}
+
 // Points that stand elsewhere in another way that fits as well. Ways are told apart when they are adjusted to the end;
 // where gross errors are explained in several ways, points move a little from one to the other.
 void Search::tell_doubts(Start *start)
@@ -188,12 +211,11 @@ void Search::tell_doubts(Start *start)
     std::vector<char> told((size_t)model.n_points, 0);
     for (Trial &t : rivals) {
         if (!t.missing.empty() || !t.fit.finite || t.fit.loss > best.fit.loss + as_good) continue;
-        move_onto(best, given, &t);
-        if (places_apart(best, given, t, least).empty()) continue;
+        if (bring_onto_best(&t, least).empty()) continue;
         t.fit = settle(&t.model, last_steps, Pull::most);
-        move_onto(best, given, &t);
+        const std::vector<Doubt> apart = bring_onto_best(&t, least);
         if (!fits_as_well(t, sure || misfits(t) == misfits(best) ? noise_of_losses() : as_good)) continue;
-        for (const Doubt &d : places_apart(best, given, t, least))
+        for (const Doubt &d : apart)
             if (!std::exchange(told[(size_t)d.point], 1)) start->doubts.push_back(d);
     }
 }
@@ -219,6 +241,7 @@ void Search::tell_height_doubts(Start *start) const
             if (about != About::mean && (near_only || points.size() > 1)) break;
             Trial t = best;
             mirror_heights(points, about, &t);
+            if (shape_alone && bring_onto_best(&t, distinct * typical_sight(best.model)).empty()) continue;
             if (!fits_as_well(t, as_good_in_height) || misfits(t).size() > misfits(best).size()) continue;
             for (const int p : points) {
                 const double *x = &best.model.value[3 * (size_t)p], *y = &t.model.value[3 * (size_t)p];
@@ -345,9 +368,13 @@ Start Search::run()
     start.scale = best.fit.scale;
     start.contradicts = start.missing.empty() && !is_large(model) && !(start.scale < no_fit);
     tell_misfits(&start);
-    if (start.missing.empty() && !start.contradicts) tell_doubts(&start);
+    if (start.missing.empty() && !start.contradicts) tell_image(&start);
+    if (start.missing.empty() && !start.contradicts && start.doubts.empty()) tell_doubts(&start);
     if (start.missing.empty() && !start.contradicts && start.doubts.empty()) tell_height_doubts(&start);
-    if (start.found()) write(start);
+    if (start.found()) {
+        start.points_that_tell_side = points_that_tell_side(best, given);
+        write(start);
+    }
     return start;
 }
 

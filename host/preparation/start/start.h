@@ -32,10 +32,11 @@ struct Start {
     int rough = 0; // observations that do not fit where they are too many to be wrong ones; then no misfits
     std::vector<Doubt> doubts;
     std::vector<Displaced> displaced;
-    bool mirrored = false;    // the given coordinates fit the sights as a mirror image only
-    double given_scale = 1;   // or with another scale only: given lengths by observed ones
-    double scale = 1;         // of the misclosures of what fits, in standard deviations
-    bool contradicts = false; // that is too much: the observations contradict one another everywhere
+    bool mirrored = false;         // the given coordinates fit the sights as a mirror image only
+    double given_scale = 1;        // or with another scale only: given lengths by observed ones
+    double scale = 1;              // of the misclosures of what fits, in standard deviations
+    bool contradicts = false;      // that is too much: the observations contradict one another everywhere
+    int points_that_tell_side = 0; // more than 0 where the mirror image of the network fits as well
 
     bool found() const { return missing.empty() && doubts.empty() && !mirrored && given_scale == 1.0; }
 };

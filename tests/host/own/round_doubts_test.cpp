@@ -81,6 +81,17 @@ Count count(double missing, bool given, int networks)
     return n;
 }
 
+// A station amid the fixed targets A, B, C and a fourth one, 100 m off: directions that fit their coordinates.
+void expect_fit(const std::string &fourth, const std::string &directions)
+{
+    const SolvedNetwork n =
+        solve_text("[run]\ndimension = 2\n[tables]\nstations = '''\nname x y code\nS 0 0 fixed\n'''\n"
+                   "targets = '''\nname x y code\nA 100 0 fixed\nB 0 100 fixed\nC -100 0 fixed\n" +
+                   fourth + " 0 -100 fixed\n'''\ndirections = '''\nfrom to " + directions + "'''\n");
+    ASSERT_TRUE(n.adjusted()) << n.words();
+    EXPECT_LT(n.results().sigma_aposteriori.value_or(1e9), 0.01);
+}
+
 } // namespace
 
 TEST(RoundDoubts, LeaveNoWrongResultWithoutAWord)
@@ -97,26 +108,13 @@ TEST(RoundDoubts, LeaveNoWrongResultWithoutAWord)
 // T5 is read once: it ends the first round or begins the second one, and the coordinates tell that it is the second.
 TEST(RoundDoubts, AreSettledByTheRestOfTheNetwork)
 {
-    const SolvedNetwork n =
-        solve_text("[run]\ndimension = 2\n[tables]\n"
-                   "stations = '''\nname x y code\nS 0 0 fixed\n'''\n"
-                   "targets = '''\nname x y code\nA 100 0 fixed\nB 0 100 fixed\nC -100 0 fixed\n"
-                   "T5 0 -100 fixed\n'''\n"
-                   "directions = '''\nfrom to value sigma\nS A 10 0.001\nS B 110 0.001\n"
-                   "S C 210 0.001\nS T5 340 0.001\nS A 40 0.001\nS B 140 0.001\nS C 240 0.001\n'''\n");
-    ASSERT_TRUE(n.adjusted()) << n.words();
-    EXPECT_LT(n.results().sigma_aposteriori.value_or(1e9), 0.01);
+    expect_fit("T5", "value sigma\nS A 10 0.001\nS B 110 0.001\nS C 210 0.001\nS T5 340 0.001\n"
+                     "S A 40 0.001\nS B 140 0.001\nS C 240 0.001\n");
 }
 
 // One target alone comes again, under another angle.
 TEST(RoundDoubts, TakeAnotherZeroWhereTheOnlyCommonTargetReadsDifferently)
 {
-    const SolvedNetwork n = solve_text("[run]\ndimension = 2\n[tables]\n"
-                                       "stations = '''\nname x y code\nS 0 0 fixed\n'''\n"
-                                       "targets = '''\nname x y code\nA 100 0 fixed\nB 0 100 fixed\nC -100 0 fixed\n"
-                                       "D 0 -100 fixed\n'''\n"
-                                       "directions = '''\nfrom to value sigma set\nS A 10 0.001 1\nS B 110 0.001 1\n"
-                                       "S C 210 0.001 1\nS A 40 0.001 2\nS D 340 0.001 2\n'''\n");
-    ASSERT_TRUE(n.adjusted()) << n.words();
-    EXPECT_LT(n.results().sigma_aposteriori.value_or(1e9), 0.01);
+    expect_fit("D", "value sigma set\nS A 10 0.001 1\nS B 110 0.001 1\nS C 210 0.001 1\n"
+                    "S A 40 0.001 2\nS D 340 0.001 2\n");
 }
