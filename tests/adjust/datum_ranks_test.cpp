@@ -191,7 +191,7 @@ struct TwoTriangles : SmallNet {
         for (int i : {0, 3})
             distance(i, i + 1, constants), distance(i + 1, i + 2, constants), distance(i + 2, i, constants);
     }
-    void fix(int point) { model.code[3 * point] = model.code[3 * point + 1] = Code::fixed; }
+    void fix(std::size_t point) { model.code[3 * point] = model.code[3 * point + 1] = Code::fixed; }
 };
 
 } // namespace
