@@ -65,7 +65,7 @@ FreeDatum free_datum(const Columns &columns, const Datum &found, const Share &sh
     d.open = found.motions.cols;
     d.size = found.similarity.size;
     d.condition = over_columns(columns, found.conditions);
-    for (int k = 0; k < d.open; k++) contribute(share, &d.condition[(std::size_t)k * d.n]);
+    for (int k = 0; k < d.open; k++) contribute(share, d.condition.data() + (std::size_t)k * d.n);
     set_motions(columns, found.motions, &d);
     return d;
 }
@@ -85,7 +85,8 @@ void set_motions(const Columns &columns, const Dense &motions, FreeDatum *datum)
     std::vector<double> bg((std::size_t)d * d);
     for (int i = 0; i < d; i++)
         for (int k = 0; k < d; k++)
-            bg[i * d + k] = dot(n, &datum->condition[(std::size_t)i * n], &datum->motion[(std::size_t)k * n]);
+            bg[i * d + k] =
+                dot(n, datum->condition.data() + (std::size_t)i * n, datum->motion.data() + (std::size_t)k * n);
     sum(datum->ranks, bg.data(), bg.size());
     datum->closing = small_inverse(d, bg);
 }
@@ -95,12 +96,13 @@ void transform(const FreeDatum &datum, const double *from_start, double *dx)
     const int d = datum.open, n = datum.n;
     std::vector<double> b(d);
     for (int k = 0; k < d; k++) {
-        const double *condition = &datum.condition[(std::size_t)k * n];
+        const double *condition = datum.condition.data() + (std::size_t)k * n;
         b[k] = dot(n, condition, dx) + dot(n, condition, from_start);
     }
     sum(datum.ranks, b.data(), b.size());
     for (int k = 0; k < d; k++) {
-        const double c = dot(d, &datum.closing[(std::size_t)k * d], b.data()), *g = &datum.motion[(std::size_t)k * n];
+        const double c = dot(d, datum.closing.data() + (std::size_t)k * d, b.data()),
+                     *g = datum.motion.data() + (std::size_t)k * n;
         for (int j = 0; j < n; j++) dx[j] -= c * g[j];
     }
 }
@@ -109,10 +111,10 @@ void transform_back(const FreeDatum &datum, double *x)
 {
     const int d = datum.open, n = datum.n;
     std::vector<double> gx(d);
-    for (int k = 0; k < d; k++) gx[k] = dot(n, &datum.motion[(std::size_t)k * n], x);
+    for (int k = 0; k < d; k++) gx[k] = dot(n, datum.motion.data() + (std::size_t)k * n, x);
     sum(datum.ranks, gx.data(), gx.size());
     for (int i = 0; i < d; i++) {
-        const double *condition = &datum.condition[(std::size_t)i * n];
+        const double *condition = datum.condition.data() + (std::size_t)i * n;
         double c = 0.0;
         for (int k = 0; k < d; k++) c += datum.closing[k * d + i] * gx[k];
         for (int j = 0; j < n; j++) x[j] -= c * condition[j];
@@ -134,7 +136,8 @@ CofactorTransform cofactor_transform(const FreeDatum &datum, const System &syste
     solve(system, d, t.w.data());
     t.cw.resize((std::size_t)d * d);
     for (int i = 0; i < d; i++)
-        for (int k = 0; k < d; k++) t.cw[i * d + k] = dot(n, &c[(std::size_t)i * n], &t.w[(std::size_t)k * n]);
+        for (int k = 0; k < d; k++)
+            t.cw[i * d + k] = dot(n, c.data() + (std::size_t)i * n, t.w.data() + (std::size_t)k * n);
     sum(datum.ranks, t.cw.data(), t.cw.size());
     return t;
 }
