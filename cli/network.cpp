@@ -144,6 +144,7 @@ bool read_part(const Options &options, Model &model, Faults &faults)
     const FileShare share = {options.ranks->size(), options.ranks->own()};
     const bool good = read_network(options.network, model, faults, usual_mode(options), share);
     if (any_has(*options.ranks, !good)) throw WholeWanted();
+    agree_on_files(*options.ranks, model);
     if (!apply(options, model)) return false;
     const std::vector<std::string> why = not_by_parts(model);
     show_lines(why);

@@ -127,7 +127,7 @@ int adjust_or_judge(const Options &options)
     } catch (const vornhost::WholeWanted &) {
     }
     if (!options.console.quiet)
-        fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network to find out why\n");
+        fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network\n");
     Options whole = options;
     whole.by_parts = false;
     whole.ranks = nullptr;

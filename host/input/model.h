@@ -89,6 +89,7 @@ struct Model {
     NameKeys keys;                       // of names that the records have no room for
     FileShare share;                     // of the rows of observations, what this model holds
     std::vector<int> part_of;            // [stations, then targets] of a file that is read by parts
+    std::size_t digest = 0;              // of all texts of such a file
 
     project p = project();                      // settings; attach() sets its arrays
     std::optional<int> length_unit, angle_unit; // of the file, where the project has other ones

@@ -189,6 +189,7 @@ bool read_text(const std::string &path, const TextFile &file, Model &model, Faul
     try {
         const toml::table root = toml::parse(std::string_view(settings_of(file)), std::string_view(path));
         Network net(network, faults);
+        net.digest(file);
         read_parsed(file, root, net, take);
     } catch (const toml::parse_error &error) {
         if (!tell_open_text(file, faults))

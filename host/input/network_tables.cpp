@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "host/input/angle.h"
 #include "host/input/number.h"
@@ -48,6 +49,11 @@ size_t Network::each_row(Table &table, const std::vector<Column> &columns, const
                          const Table::IsWanted &wanted)
 {
     return table.each_row(columns, faults, model.mode == Mode::Propagation, take, wanted);
+}
+
+void Network::digest(const TextFile &text)
+{
+    if (!model.share.whole()) model.digest = 31 * model.digest + std::hash<std::string_view>()(text.text());
 }
 
 bool Network::has_dimension(int coordinate) const

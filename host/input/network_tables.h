@@ -93,6 +93,9 @@ struct Network {
     size_t each_row(Table &table, const std::vector<Column> &columns, const Table::TakeRow &take,
                     const Table::IsWanted &wanted = Table::IsWanted());
 
+    // A text of a file that is read by parts, for its digest.
+    void digest(const TextFile &text);
+
     bool has_dimension(int coordinate) const; // coordinate 0, 1, 2 belongs to the run's dimension
 };
 

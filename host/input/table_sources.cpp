@@ -106,7 +106,9 @@ const TextFile *TableSources::open_file(const toml::value<std::string> &path)
 {
     const auto whole = std::filesystem::path(net.model.path).parent_path() / path.get();
     TextFile &text = files.emplace_back();
-    return text.read(whole.string(), place_of(path.source()), net.faults) ? &text : nullptr;
+    if (!text.read(whole.string(), place_of(path.source()), net.faults)) return nullptr;
+    net.digest(text);
+    return &text;
 }
 
 void TableSources::find_covariances(const toml::table &root)

@@ -1,7 +1,9 @@
 #include "host/own/parts.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 #include "host/own/bytes.h"
@@ -112,6 +114,16 @@ bool any_has(va::Ranks &ranks, bool own)
     double found = own;
     ranks.most(&found, 1);
     return found > 0.0;
+}
+
+void agree_on_files(va::Ranks &ranks, const Model &network)
+{
+    constexpr std::size_t half = (std::size_t)1 << 4 * sizeof(std::size_t);
+    const double high = (double)(network.digest / half), low = (double)(network.digest % half);
+    double told[] = {high, low, -high, -low};
+    ranks.most(told, std::size(told));
+    if (told[0] != -told[2] || told[1] != -told[3])
+        throw std::runtime_error("the processes have read different networks; give them the same files");
 }
 
 bool is_own(const Model &network, int point)

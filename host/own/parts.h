@@ -25,6 +25,9 @@ struct WholeWanted {};
 // Whether any process says so.
 bool any_has(vornadjust::Ranks &ranks, bool own);
 
+// Throws std::runtime_error, on all processes alike, where they have read different files.
+void agree_on_files(vornadjust::Ranks &ranks, const Model &network);
+
 // Whether this process answers for a point: its record, or stations and then targets counted through.
 bool is_own(const Model &network, int point);
 bool is_own(const Model &network, const PointPlace &point);

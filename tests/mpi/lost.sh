@@ -63,4 +63,8 @@ ends 3 'cannot write' true grid.inp --brief -o out/missing/report.txt
 ends 3 'No space left' true grid.inp --brief -o /dev/full
 sed 's/ 3\./ 4./' grid.inp >other/grid.inp
 ends 3 'different networks' 'cd other' grid.inp --brief -o "$folder/out/report.txt"
+ends 3 'different networks' 'cd other' grid.inp --brief --by-parts -o "$folder/out/report.txt"
+ends 3 'process 1: lost, ended by signal' 'ulimit -t 1' grid.inp --by-parts $outputs
+ends 3 'No space left' true grid.inp --brief --by-parts -o /dev/full
+ends 3 'process 1: out of memory' 'ulimit -v 400000' grid.inp --by-parts $outputs
 exit $failed
