@@ -338,6 +338,18 @@ Network multilateration(unsigned seed, int gross)
     return m.finish(gross);
 }
 
+// Slope distances between new points of a hall, nothing given.
+Network free_slopes(unsigned seed, int gross)
+{
+    Maker m(seed);
+    m.space(va::Space::space);
+    const int n = m.whole(8, 14);
+    for (int i = 0; i < n; i++) m.point(m.uniform(-40, 40), m.uniform(-40, 40), m.uniform(0, 30), false);
+    for (int i = 0; i < n; i++)
+        for (int j = i + 1; j < n; j++) m.observe(Kind::slope_distance, i, j, 0.001);
+    return m.finish(gross);
+}
+
 // Slope distances and vertical angles without horizontal circles, over known and new points of different heights.
 Network zeniths(unsigned seed, int gross)
 {
@@ -431,7 +443,8 @@ const NetworkKind kinds[] = {{"plane, far control", far_control},
                              {"multilateration", multilateration},
                              {"zenith angles", zeniths},
                              {"observed control", observed_control},
-                             {"theodolites apart", theodolites_apart}};
+                             {"theodolites apart", theodolites_apart},
+                             {"free slopes", free_slopes}};
 
 enum class Verdict { right, named, wrong, not_started, hopeless };
 

@@ -62,19 +62,25 @@ Held held_by(const va::Model &model, const Given &given)
     return held;
 }
 
-bool is_shape_alone(const va::Model &model)
+std::vector<int> held_in_space(const va::Model &model)
 {
-    if (model.frame.space != va::Space::space || model.frame.curved()) return false;
     std::vector<char> held((size_t)model.n_points, 0);
     for (int u = 0; u < 3 * model.n_points; u++) held[(size_t)u / 3] |= !model.estimated(u);
     for (const va::Observation &o : model.observations) {
-        if (!o.use) continue;
-        if (o.kind == Kind::unknown && o.unknown < 3 * model.n_points)
-            held[(size_t)o.unknown / 3] = 1;
-        else if (o.kind != Kind::unknown && !is_straight(o))
-            return false;
+        if (o.use && o.kind == Kind::unknown && o.unknown < 3 * model.n_points) held[(size_t)o.unknown / 3] = 1;
+        if (o.use && o.kind == Kind::position) held[(size_t)o.from] = 1;
     }
-    return std::count(held.begin(), held.end(), 1) <= 2;
+    std::vector<int> points;
+    for (int p = 0; p < model.n_points; p++)
+        if (held[(size_t)p]) points.push_back(p);
+    return points;
+}
+
+bool is_shape_alone(const va::Model &model)
+{
+    if (model.frame.space != va::Space::space || model.frame.curved()) return false;
+    const auto fits = [](const va::Observation &o) { return !o.use || o.kind == Kind::unknown || is_straight(o); };
+    return std::all_of(model.observations.begin(), model.observations.end(), fits) && held_in_space(model).size() <= 2;
 }
 
 } // namespace vornhost::start

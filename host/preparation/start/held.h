@@ -19,6 +19,9 @@ struct Held {
 
 Held held_by(const vornadjust::Model &model, const Given &given);
 
+// Points with a coordinate that is fixed, weighted or observed.
+std::vector<int> held_in_space(const vornadjust::Model &model);
+
 // Nothing but straight lengths between points of a space with parallel verticals, and two points held at most: the
 // network may turn about an axis that is not upright.
 bool is_shape_alone(const vornadjust::Model &model);

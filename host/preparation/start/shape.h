@@ -20,6 +20,9 @@ std::optional<Trial> image_in_line(const Trial &trial, const Given &given);
 // Of a network in space that is its shape alone: shifts, turns and mirrors one start onto another as a whole.
 void move_shape_onto(const Trial &best, Trial *other);
 
+// Of such a network: moves a start as a whole to where its points are given, on the side where these tell it.
+void place_as_given(const vornadjust::Model &as_given, const Given &given, Trial *trial);
+
 } // namespace vornhost::start
 
 #endif

@@ -12,6 +12,7 @@
 #include "host/preparation/start/mirror.h"
 #include "host/preparation/start/shape.h"
 #include "host/preparation/start/sharp.h"
+#include "host/preparation/start/solid.h"
 
 namespace vornhost::start {
 
@@ -27,6 +28,7 @@ constexpr double no_fit = 50.0;            // of one that says nothing
 constexpr double as_good = 10.0;           // difference of two losses that tells nothing where something is wrong
 constexpr double noise = 0.7;              // the same where nothing is: one row five standard deviations off
 constexpr size_t most_others = 40;         // ways with the other one of two places
+constexpr int most_bases = 8;              // of a network in space that is its shape alone
 constexpr int last_steps = 100;            // of a place that fits as well
 constexpr double as_good_in_height = 0.35; // the same of mirrored heights: one row three standard deviations off
 constexpr size_t few_of = 1000;    // observations of a large network that may be wrong without another way being tried
@@ -67,6 +69,7 @@ private:
     std::vector<Way> ways() const;
     void consider(Trial t);
     void try_others();
+    void try_solids();
     void tell_misfits(Start *start) const;
     void tell_degenerate(Start *start) const;
     void tell_doubts(Start *start);
@@ -346,13 +349,35 @@ void Search::try_others()
     }
 }
 
+// A network that is its shape alone, from several bases. Of points that fit on both sides of three others the other
+// side is a rival.
+void Search::try_solids()
+{
+    std::vector<int> open, open_now;
+    SolidWay way;
+    for (int base = 0; base < most_bases && !(any && clean(best)); base++) {
+        auto t = grow_solid(model, given, {base, {}}, &open_now);
+        if (!t) continue;
+        consider(std::move(*t));
+        way.base = base;
+        open = open_now;
+    }
+    if (open.size() > most_others) open.resize(most_others);
+    for (const int p : open) {
+        way.below = {p};
+        if (auto t = grow_solid(model, given, way, &open_now)) consider(std::move(*t));
+    }
+}
+
 const Trial &Search::search()
 {
+    if (shape_alone && !is_large(model)) try_solids();
     for (const Way &way : ways()) {
         if (any && clean(best) && best.choices.empty()) break;
         consider(try_repeatedly(way));
     }
     if (!best.choices.empty()) try_others();
+    if (shape_alone) place_as_given(model, given, &best);
     return best;
 }
 
