@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "adjust/linear.h"
 #include "host/input/angle.h"
 #include "host/input/names.h"
 #include "host/own/item_names.h"
@@ -15,13 +16,38 @@ namespace {
 namespace va = vornadjust;
 using va::Kind;
 
+const double turn = 8.0 * std::atan(1.0);
 constexpr double nearly_there = 0.05; // of how far a point is off: another place that explains it
+// Of the length of a sight: what the scale of the projection and the curvature do to it where first coordinates in
+// space on the ellipsoid are those of a plain grid.
+constexpr double beside_grid = 3e-3;
 
 std::string number(double x, int digits)
 {
     char text[40];
     std::snprintf(text, sizeof text, "%.*f", digits, x);
     return text;
+}
+
+// Whether first coordinates leave the scale of the projection and the curvature out.
+bool is_plain(const Model &network) { return network.crs.given() && !network.crs.local() && network.p.dim == 3; }
+
+// Whether an observation is off by no more than that explains.
+bool fits_plainly(const va::Model &model, const start::Misfit &m)
+{
+    const va::Observation &o = model.observations[(size_t)m.observation];
+    double computed[3];
+    if (o.from < 0 || o.to < 0 || !va::compute(model, o, computed)) return false;
+    const double *p = &model.value[3 * (size_t)o.from], *q = &model.value[3 * (size_t)o.to];
+    const double length = std::hypot(q[0] - p[0], q[1] - p[1], q[2] - p[2]);
+    const bool angle = o.kind == Kind::direction || o.kind == Kind::angle || o.kind == Kind::vertical_angle ||
+                       o.kind == Kind::azimuth || o.kind == Kind::bearing;
+    double squares = 0.0;
+    for (int k = 0; k < va::components(o.kind, model.frame.space); k++) {
+        const double off = o.value[k] - computed[k];
+        squares += angle ? std::pow(std::remainder(off, turn) * length, 2) : off * off;
+    }
+    return std::sqrt(squares) < beside_grid * length;
 }
 
 std::string misfit_line(const Model &network, const Numbers &numbers, const start::Misfit &m)
@@ -130,18 +156,20 @@ std::vector<std::string> start_notes(const Model &network, const Numbers &number
                                     "coordinates of ") +
                         (start.points_that_tell_side == 3 ? "three points that do not lie on a line"
                                                           : "four points that do not lie in one plane"));
-    if (start.contradicts)
+    const bool plain = is_plain(network);
+    if (start.contradicts && !plain)
         lines.push_back("half of the observations are more than " + number(start.scale, 0) +
                         " standard deviations off: are the units of angles and lengths right, and do the directions "
                         "run from x to y?");
-    if (start.rough > 0)
+    if (start.rough > 0 && !plain)
         lines.push_back("the first coordinates are rough: " + std::to_string(start.rough) + " of " +
                         std::to_string(numbers.model.observations.size()) + " observations do not fit them");
     std::vector<std::string> displaced;
     for (const start::Displaced &d : start.displaced)
         displaced.push_back(displaced_line(network, numbers, d, start.displaced));
     cut(&displaced, "points");
-    for (const start::Misfit &m : start.misfits) misfits.push_back(misfit_line(network, numbers, m));
+    for (const start::Misfit &m : start.misfits)
+        if (!plain || !fits_plainly(numbers.model, m)) misfits.push_back(misfit_line(network, numbers, m));
     cut(&misfits, "observations that do not fit");
     for (const auto *some : {&displaced, &misfits}) lines.insert(lines.end(), some->begin(), some->end());
     return lines;
