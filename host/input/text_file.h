@@ -15,7 +15,7 @@ namespace vornhost {
 
 class TextFile {
 public:
-    static constexpr size_t longest_line = 100000;     // bytes
+    static constexpr size_t longest_line = 100000;                                                   // bytes
     static constexpr size_t largest_file = (size_t)(sizeof(size_t) > 4 ? 100000000000 : 1000000000); // bytes
 
     // Reads the file in pieces and stops at the first that cannot be text. A byte order

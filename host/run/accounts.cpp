@@ -210,7 +210,8 @@ std::vector<Account> AccountKeeper::close(const Model &after, Reasons known) con
     const ReasonFinder finder(after);
     std::vector<Account> accounts;
     const auto add = [&](int kind, const auto &list) {
-        if (list.size() > 0 || list.rows > 0) accounts.push_back(account_of(after, kind, list, selected[(size_t)kind], finder, known));
+        if (list.size() > 0 || list.rows > 0)
+            accounts.push_back(account_of(after, kind, list, selected[(size_t)kind], finder, known));
     };
     for (int kind = 0; kind < measure_kinds; kind++) add(kind, measures(after, kind));
     add(BASELINES, after.baselines);
