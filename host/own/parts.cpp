@@ -119,8 +119,8 @@ bool any_has(va::Ranks &ranks, bool own)
 void agree_on_files(va::Ranks &ranks, const Model &network)
 {
     constexpr std::size_t half = (std::size_t)1 << 4 * sizeof(std::size_t);
-    const double high = (double)(network.digest / half), low = (double)(network.digest % half);
-    double told[] = {high, low, -high, -low};
+    const std::size_t high = network.digest / half, low = network.digest % half;
+    double told[] = {(double)high, (double)low, -(double)high, -(double)low};
     ranks.most(told, std::size(told));
     if (told[0] != -told[2] || told[1] != -told[3])
         throw std::runtime_error("the processes have read different networks; give them the same files");
