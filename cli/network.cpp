@@ -143,7 +143,7 @@ bool read_part(const Options &options, Model &model, Faults &faults)
     if (recognise_file(options.network)) return refuse("--by-parts needs a network file; import it first");
     const FileShare share = {options.ranks->size(), options.ranks->own()};
     const bool good = read_network(options.network, model, faults, usual_mode(options), share);
-    if (any_has(*options.ranks, !good)) throw WholeWanted();
+    if (any_has(*options.ranks, !good)) throw WholeWanted{false};
     agree_on_files(*options.ranks, model);
     if (!apply(options, model)) return false;
     const std::vector<std::string> why = not_by_parts(model);

@@ -124,10 +124,10 @@ int adjust_or_judge(const Options &options)
 {
     try {
         return adjust(options);
-    } catch (const vornhost::WholeWanted &) {
+    } catch (const vornhost::WholeWanted &why) {
+        if (why.was_read && !options.console.quiet)
+            fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network\n");
     }
-    if (!options.console.quiet)
-        fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network\n");
     Options whole = options;
     whole.by_parts = false;
     whole.ranks = nullptr;

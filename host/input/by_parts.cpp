@@ -77,7 +77,8 @@ private:
 std::vector<std::string> not_by_parts(const Model &model)
 {
     Refusals r(model);
-    r.setting(model.solver != Solver::Sparse, "only the solver sparse divides a network");
+    if (model.solver != Solver::Sparse)
+        r.lines.push_back("only the solver sparse divides a network (" + model.path + "): write --solver sparse");
     r.setting(model.crs.given(), "a network in a reference system, section [crs], is not divided");
     r.table(model.cameras, "table cameras is not divided");
     r.table(model.images, "table images is not divided");

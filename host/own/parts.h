@@ -20,7 +20,9 @@
 namespace vornhost {
 
 // Thrown on all processes where parts alone do not lead on: the first one has to read the whole network.
-struct WholeWanted {};
+struct WholeWanted {
+    bool was_read = true; // false: a part has a fault
+};
 
 // Whether any process says so.
 bool any_has(vornadjust::Ranks &ranks, bool own);

@@ -311,8 +311,10 @@ void Road::adjust()
     if (outcome.adjusted())
         for (const std::string &line : weak_notes(network, outcome)) note(line);
     const double off = std::sqrt(outcome.adjustment.variance_factor);
-    if (outcome.adjusted() && off > senseless)
-        for (const std::string &line : contradicting_rounds(network, outcome.numbers)) note_of_part(line);
+    if (!outcome.adjusted() || off <= senseless) return;
+    std::vector<std::string> stations = contradicting_stations(network, outcome.numbers);
+    if (by_parts()) stations = lines_of_all(*watch.ranks, stations);
+    if (!stations.empty()) note(contradiction_line(stations));
 }
 
 // What each process knows of its part of an adjusted network, on the first one.

@@ -245,7 +245,7 @@ std::vector<char> found_zeros(const Numbers &numbers)
 
 } // namespace
 
-std::vector<std::string> contradicting_rounds(const Model &network, const Numbers &numbers)
+std::vector<std::string> contradicting_stations(const Model &network, const Numbers &numbers)
 {
     const va::Model &model = numbers.model;
     const std::vector<char> found = found_zeros(numbers);
@@ -261,12 +261,16 @@ std::vector<std::string> contradicting_rounds(const Model &network, const Number
         const std::string name = item_name(network, numbers, (int)i).from;
         if (std::find(stations.begin(), stations.end(), name) == stations.end()) stations.push_back(name);
     }
-    if (stations.empty()) return {};
+    return stations;
+}
+
+std::string contradiction_line(const std::vector<std::string> &stations)
+{
     std::string list;
     for (size_t i = 0; i < std::min(stations.size(), most_stations); i++) list += (i > 0 ? ", " : "") + stations[i];
     if (stations.size() > most_stations) list += ", ...";
-    return {"directions of " + list +
-            " contradict the rest; if circles were turned there between rounds, name the rounds in a column set"};
+    return "directions of " + list +
+           " contradict the rest; if circles were turned there between rounds, name the rounds in a column set";
 }
 
 } // namespace vornhost

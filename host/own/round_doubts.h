@@ -31,8 +31,9 @@ void use_doubtful(Numbers &numbers, bool use);
 std::vector<std::string> settle_doubtful(const Model &network, Numbers &numbers);
 
 // Of an adjusted network: stations whose directions contradict each other by far more than their standard deviations,
-// where the file names no sets; one line or none.
-std::vector<std::string> contradicting_rounds(const Model &network, const Numbers &numbers);
+// where the file names no sets; some of them, and a line that names them.
+std::vector<std::string> contradicting_stations(const Model &network, const Numbers &numbers);
+std::string contradiction_line(const std::vector<std::string> &stations);
 
 } // namespace vornhost
 

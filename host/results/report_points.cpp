@@ -265,8 +265,9 @@ std::string TextReport::weakest() const
     for (const PointResult &p : results.points)
         if (p.uncertainty) worst.push_back(&p);
     if (worst.size() <= most) return {};
+    // Those that differ by rounding alone keep the order of the file.
     std::stable_sort(worst.begin(), worst.end(),
-                     [](auto *p, auto *q) { return p->uncertainty.value() > q->uncertainty.value(); });
+                     [](auto *p, auto *q) { return (float)*p->uncertainty > (float)*q->uncertainty; });
     TextTable table({{"point", "", Align::left}, {"within, 95 %", units.small_length_name()}});
     for (size_t i = 0; i < most; i++) table.add({worst[i]->name, units.small_length(*worst[i]->uncertainty)});
     return section("Weakest points", table);

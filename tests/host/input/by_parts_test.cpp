@@ -492,7 +492,7 @@ TEST(NotByParts, IsASolverOfTheEngine)
 {
     std::string text = small_net;
     text.insert(text.find("[tables]"), "solver = \"compact\"\n");
-    EXPECT_EQ(refusals(text), Lines{"only the solver sparse divides a network (net.inp): leave out --by-parts"});
+    EXPECT_EQ(refusals(text), Lines{"only the solver sparse divides a network (net.inp): write --solver sparse"});
 }
 
 TEST(NotByParts, AreImages)

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -300,4 +301,25 @@ TEST(Parts, OfFreeNetworksGiveTheResultsOfTheWhole)
     expect_parts_like_whole(1, true);
     expect_parts_like_whole(2, true);
     expect_parts_like_whole(3, true);
+}
+
+// Directions of two stations far from each other, read 50 gon off.
+TEST(Parts, NameStationsThatContradictTheRestInOneLine)
+{
+    const Folder folder;
+    const InFolder inside(folder.path);
+    std::string text = Survey(2, false).text();
+    for (const char *sight : {"\nP0 P1 ", "\nP29 P28 "}) {
+        const size_t at = text.find(sight, text.find("directions = ")) + std::strlen(sight);
+        const size_t end = text.find(' ', at);
+        text.replace(at, end - at, std::to_string(std::stod(text.substr(at, end - at)) + 50.0));
+    }
+    folder.write("net.inp", text.c_str());
+    nlohmann::json shared;
+    vornadjust::on_ranks(3, [&](vornadjust::ThreadRanks &ranks) { shared = adjusted(&ranks); });
+    std::vector<std::string> lines;
+    for (const std::string line : shared["notes"])
+        if (line.find("contradict the rest") != std::string::npos) lines.push_back(line);
+    ASSERT_EQ(lines.size(), 1u) << shared["notes"].dump(1);
+    EXPECT_NE(lines[0].find("P0"), std::string::npos) << lines[0];
 }
