@@ -1,5 +1,6 @@
 #include "host/own/start_words.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -33,9 +34,8 @@ std::string number(double x, int digits)
 bool is_plain(const Model &network) { return network.crs.given() && !network.crs.local() && network.p.dim == 3; }
 
 // Whether an observation is off by no more than that explains.
-bool fits_plainly(const va::Model &model, const start::Misfit &m)
+bool fits_plainly(const va::Model &model, const va::Observation &o)
 {
-    const va::Observation &o = model.observations[(size_t)m.observation];
     double computed[3];
     if (o.from < 0 || o.to < 0 || !va::compute(model, o, computed)) return false;
     const double *p = &model.value[3 * (size_t)o.from], *q = &model.value[3 * (size_t)o.to];
@@ -50,11 +50,21 @@ bool fits_plainly(const va::Model &model, const start::Misfit &m)
     return std::sqrt(squares) < beside_grid * length;
 }
 
+// Sights that are off by more.
+int beyond_grid(const va::Model &model)
+{
+    return (int)std::count_if(model.observations.begin(), model.observations.end(), [&](const va::Observation &o) {
+        return o.use && o.from >= 0 && o.to >= 0 && !fits_plainly(model, o);
+    });
+}
+
 std::string misfit_line(const Model &network, const Numbers &numbers, const start::Misfit &m)
 {
     const va::Observation &o = numbers.model.observations[(size_t)m.observation];
     std::string line = item_text(item_name(network, numbers, m.observation)) + " does not fit the others";
-    if (va::components(o.kind, numbers.model.frame.space) == 1)
+    const bool constant =
+        o.kind == Kind::unknown && numbers.model.meaning[(size_t)o.unknown] != va::Meaning::coordinate;
+    if (va::components(o.kind, numbers.model.frame.space) == 1 && !constant)
         line += ": it reads " + reading_text(network, o, o.value[0]) + " and would have to read " +
                 reading_text(network, o, m.would_read);
     return line + "; it has no part in the first coordinates";
@@ -157,19 +167,21 @@ std::vector<std::string> start_notes(const Model &network, const Numbers &number
                         (start.points_that_tell_side == 3 ? "three points that do not lie on a line"
                                                           : "four points that do not lie in one plane"));
     const bool plain = is_plain(network);
-    if (start.contradicts && !plain)
+    const int all = (int)numbers.model.observations.size(), rough = plain ? beyond_grid(numbers.model) : start.rough;
+    if (start.contradicts && (!plain || 2 * rough > all))
         lines.push_back("half of the observations are more than " + number(start.scale, 0) +
                         " standard deviations off: are the units of angles and lengths right, and do the directions "
                         "run from x to y?");
-    if (start.rough > 0 && !plain)
-        lines.push_back("the first coordinates are rough: " + std::to_string(start.rough) + " of " +
-                        std::to_string(numbers.model.observations.size()) + " observations do not fit them");
+    if (start.rough > 0 && rough > 0)
+        lines.push_back("the first coordinates are rough: " + std::to_string(rough) + " of " + std::to_string(all) +
+                        " observations do not fit them");
     std::vector<std::string> displaced;
     for (const start::Displaced &d : start.displaced)
         displaced.push_back(displaced_line(network, numbers, d, start.displaced));
     cut(&displaced, "points");
     for (const start::Misfit &m : start.misfits)
-        if (!plain || !fits_plainly(numbers.model, m)) misfits.push_back(misfit_line(network, numbers, m));
+        if (!plain || !fits_plainly(numbers.model, numbers.model.observations[(size_t)m.observation]))
+            misfits.push_back(misfit_line(network, numbers, m));
     cut(&misfits, "observations that do not fit");
     for (const auto *some : {&displaced, &misfits}) lines.insert(lines.end(), some->begin(), some->end());
     return lines;
