@@ -349,31 +349,53 @@ Status shared_status(const Model &given, int count)
     return status;
 }
 
-} // namespace
+// A plane network, two of whose observations have no derivative: to where they stand.
+Network with_two_nowhere()
+{
+    Network n = plane(5, Hold::fixed, true);
+    Observation nowhere = n.model.observations[3];
+    nowhere.to = nowhere.from;
+    for (const size_t at : {(size_t)2, n.model.observations.size() / 2})
+        n.model.observations.insert(n.model.observations.begin() + (std::ptrdiff_t)at, nowhere);
+    return n;
+}
 
-TEST(Share, OfPlaneNetworksIsTheWhole)
+// Networks of each sort, given to what is expected of them.
+using Expect = void (*)(const Model &, const std::string &);
+
+void of_plane_networks(Expect expect)
 {
     for (const Hold how : every_hold)
-        for (const bool distances : {true, false}) expect_shared(plane(1, how, distances).model, name("plane", how, 1));
+        for (const bool distances : {true, false}) expect(plane(1, how, distances).model, name("plane", how, 1));
 }
 
-TEST(Share, OfLevellingIsTheWhole)
+void of_levelling(Expect expect)
 {
-    for (const Hold how : every_hold) expect_shared(levelling(2, how).model, name("levelling", how, 2));
+    for (const Hold how : every_hold) expect(levelling(2, how).model, name("levelling", how, 2));
 }
 
-TEST(Share, OfSpaceNetworksIsTheWhole)
+void of_space_networks(Expect expect)
 {
     for (const Hold how : every_hold)
         for (const bool levelled : {true, false})
-            expect_shared(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
+            expect(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
 }
 
-TEST(Share, OfCorrelatedGroupsIsTheWhole)
+void of_groups(Expect expect)
 {
-    for (const Hold how : every_hold) expect_shared(baselines(1, how).model, name("baselines", how, 1));
-    expect_shared(sessions(1).model, "sessions");
+    for (const Hold how : every_hold) expect(baselines(1, how).model, name("baselines", how, 1));
+    expect(sessions(1).model, "sessions");
 }
+
+} // namespace
+
+TEST(Share, OfPlaneNetworksIsTheWhole) { of_plane_networks(expect_shared); }
+
+TEST(Share, OfLevellingIsTheWhole) { of_levelling(expect_shared); }
+
+TEST(Share, OfSpaceNetworksIsTheWhole) { of_space_networks(expect_shared); }
+
+TEST(Share, OfCorrelatedGroupsIsTheWhole) { of_groups(expect_shared); }
 
 TEST(Share, OfUnknownsThatEveryPartSeesIsTheWhole)
 {
@@ -384,11 +406,7 @@ TEST(Share, OfUnknownsThatEveryPartSeesIsTheWhole)
 
 TEST(Share, KnowsWhereItsRowsStandBehindThoseWithoutDerivative)
 {
-    Network n = plane(5, Hold::fixed, true);
-    Observation nowhere = n.model.observations[3]; // to where it stands
-    nowhere.to = nowhere.from;
-    for (const size_t at : {(size_t)2, n.model.observations.size() / 2})
-        n.model.observations.insert(n.model.observations.begin() + (std::ptrdiff_t)at, nowhere);
+    const Network n = with_two_nowhere();
     Model alone = n.model;
     ASSERT_EQ(adjust(&alone, tight()).left_out.size(), 2u);
     expect_shared(n.model, "two without derivative");
@@ -475,24 +493,11 @@ TEST(Share, LeavesOutTheSameObservationsOneByOne)
     });
 }
 
-TEST(OwnObservations, OfPlaneNetworksAreAdjustedAsTheWhole)
-{
-    for (const Hold how : every_hold)
-        for (const bool distances : {true, false})
-            expect_shared_apart(plane(1, how, distances).model, name("plane", how, 1));
-}
+TEST(OwnObservations, OfPlaneNetworksAreAdjustedAsTheWhole) { of_plane_networks(expect_shared_apart); }
 
-TEST(OwnObservations, OfLevellingAreAdjustedAsTheWhole)
-{
-    for (const Hold how : every_hold) expect_shared_apart(levelling(2, how).model, name("levelling", how, 2));
-}
+TEST(OwnObservations, OfLevellingAreAdjustedAsTheWhole) { of_levelling(expect_shared_apart); }
 
-TEST(OwnObservations, OfSpaceNetworksAreAdjustedAsTheWhole)
-{
-    for (const Hold how : every_hold)
-        for (const bool levelled : {true, false})
-            expect_shared_apart(space(1, how, frame_of(Space::space), levelled).model, name("space", how, 1));
-}
+TEST(OwnObservations, OfSpaceNetworksAreAdjustedAsTheWhole) { of_space_networks(expect_shared_apart); }
 
 TEST(OwnObservations, OnASphereAreAdjustedAsTheWhole)
 {
@@ -502,11 +507,7 @@ TEST(OwnObservations, OnASphereAreAdjustedAsTheWhole)
         expect_shared_apart(space(12, how, earth, true).model, name("sphere", how, 12));
 }
 
-TEST(OwnObservations, InGroupsAreAdjustedAsTheWhole)
-{
-    for (const Hold how : every_hold) expect_shared_apart(baselines(1, how).model, name("baselines", how, 1));
-    expect_shared_apart(sessions(1).model, "sessions");
-}
+TEST(OwnObservations, InGroupsAreAdjustedAsTheWhole) { of_groups(expect_shared_apart); }
 
 TEST(OwnObservations, WithConstantsAreAdjustedAsTheWhole)
 {
@@ -516,11 +517,7 @@ TEST(OwnObservations, WithConstantsAreAdjustedAsTheWhole)
 
 TEST(OwnObservations, WithoutDerivativeAreLeftOutWhereTheyAre)
 {
-    Network n = plane(5, Hold::fixed, true);
-    Observation nowhere = n.model.observations[3];
-    nowhere.to = nowhere.from;
-    for (const size_t at : {(size_t)2, n.model.observations.size() / 2})
-        n.model.observations.insert(n.model.observations.begin() + (std::ptrdiff_t)at, nowhere);
+    Network n = with_two_nowhere();
     n.model.observations[9].use = false;
     expect_shared_apart(n.model, "two without derivative, one unused");
 }
