@@ -120,7 +120,7 @@ void follow_to_the_end(const Options &options, MpiRanks &ranks)
 
 // What parts alone do not tell, a fault of the file or why the network cannot be adjusted, the first process finds out
 // by itself.
-int adjust_or_judge(const Options &options)
+int adjust_or_judge(const Options &options, MpiRanks &ranks)
 {
     try {
         return adjust(options);
@@ -128,6 +128,7 @@ int adjust_or_judge(const Options &options)
         if (why.was_read && !options.console.quiet)
             fprintf(stderr, "vorn-mpi: not adjusted by parts; the first process reads the whole network\n");
     }
+    ranks.leave_to_first();
     Options whole = options;
     whole.by_parts = false;
     whole.ranks = nullptr;
@@ -139,7 +140,7 @@ int lead(const Options &options, MpiRanks &ranks)
 {
     int status = STATUS_SYSTEM;
     try {
-        status = adjust_or_judge(options);
+        status = adjust_or_judge(options, ranks);
     } catch (const std::bad_alloc &) {
         end_without_memory();
     } catch (const std::exception &error) {

@@ -67,4 +67,8 @@ ends 3 'different networks' 'cd other' grid.inp --brief --by-parts -o "$folder/o
 ends 3 'process 1: lost, ended by signal' 'ulimit -t 1' grid.inp --by-parts $outputs
 ends 3 'No space left' true grid.inp --brief --by-parts -o /dev/full
 ends 3 'process 1: out of memory' 'ulimit -v 400000' grid.inp --by-parts $outputs
+# One that the first process judges by itself.
+printf '[run]\ndimension = 1\n[tables]\ntargets = """\nname z code\nA 1 free\nB 2 free\nC 3 free\nD 4 free\n"""\n' >loose.inp
+printf 'height_differences = """\nfrom to value sigma\nA B 1 0.001\nC D 1 0.001\n"""\n' >>loose.inp
+ends 3 'vorn: cannot write' true loose.inp --solver sparse --by-parts -o /dev/full
 exit $failed
